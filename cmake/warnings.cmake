@@ -1,0 +1,12 @@
+# Every target of ours links ambrel_warnings: a warning is an error.
+add_library(ambrel_warnings INTERFACE)
+if(MSVC)
+    target_compile_options(ambrel_warnings INTERFACE /W4 /WX /permissive- /utf-8)
+else()
+    target_compile_options(ambrel_warnings INTERFACE
+        -Werror -Wall -Wextra -Wshadow -Wconversion -Wswitch -Wformat=2 -Wold-style-cast -Wnull-dereference)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # GetProcAddress answers a pointer of one type for functions of every type.
+        target_compile_options(ambrel_warnings INTERFACE -Wno-cast-function-type)
+    endif()
+endif()
