@@ -1,0 +1,95 @@
+// The one record of the program's live state. It holds no logic. Only the window thread touches it.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "win32/platform.h"
+
+struct tagMAGCOLOREFFECT;
+
+enum class Panel { Main, Settings };
+enum class Slider { None, Warmth, Brightness };
+
+constexpr int kFontCount = 8;
+constexpr std::uint32_t kDesignDpi = 96;
+
+struct AppState {
+    // Shell.
+    HINSTANCE instance = nullptr;
+    HWND mainWindow = nullptr;
+    HANDLE singleInstanceMutex = nullptr;
+    std::uint32_t taskbarCreatedMessage = 0;  // 0: not registered
+    std::uint32_t dpi = kDesignDpi;           // of the popup's monitor; 0 reads as 96
+    std::uint64_t startTick = 0;              // GetTickCount64 at start-up, ms
+    NOTIFYICONDATAW trayIconData = {};
+    bool trayIconAdded = false;
+    std::int32_t trayRetryCount = 0;
+    bool popupShown = false;
+    bool popupArmed = false;  // the popup has been active since it was shown; only then it hides itself
+    bool menuTracking = false;
+    std::uint64_t popupHiddenAt = 0;  // tick, ms
+    Panel panel = Panel::Main;
+    Slider dragSlider = Slider::None;
+    std::int32_t dragStartY = 0;  // design units
+    double dragStartValue = 0.0;
+    std::uint64_t copiedUntil = 0;  // tick, ms; 0 until the first copy
+    std::wstring settingsPath;      // empty: no settings and no log file for the whole run
+
+    // Resources of the popup, alive for the whole run.
+    HBRUSH backgroundBrush = nullptr;
+    HFONT fonts[kFontCount] = {};
+    HICON headerIcon = nullptr;  // icon 103 at 22 units
+    bool scaledResourcesBuilt = false;
+    HBITMAP logoBitmap = nullptr;
+    std::uint32_t logoWidth = 0;  // pixels
+    std::uint32_t logoHeight = 0;
+
+    // Colour filter.
+    bool filterOn = false;     // never saved
+    double intensity = 0.385;  // 0.0 (6500 K) .. 1.0 (0 K)
+    double brightness = 1.0;   // 0.1, or 0.0 with allowExtremeDim, .. 1.0
+    bool allowExtremeDim = false;
+    bool useLegacyGamma = false;
+    bool legacyModeAutoSet = false;
+    bool fallbackSuppressed = false;  // the user left Legacy Mode by hand during this run
+    std::int32_t consecutiveError87 = 0;
+    HMODULE magnificationModule = nullptr;
+    BOOL(WINAPI* magInitialize)() = nullptr;
+    BOOL(WINAPI* magUninitialize)() = nullptr;
+    BOOL(WINAPI* magSetFullscreenColorEffect)(tagMAGCOLOREFFECT* effect) = nullptr;
+    bool magnificationReady = false;
+    bool failureNoticeShown = false;
+    std::int32_t rampsAccepted = 0;
+    std::int32_t rampsRejected = 0;
+    std::int32_t readBackMismatchStreak = 0;
+    bool lastApplyRejected = false;
+    bool gammaRangeExpanded = false;
+    bool gammaFixPending = false;
+    std::uint64_t gammaFixDeadline = 0;  // tick, ms
+    std::uint64_t gammaFixEpoch = 0;     // seconds since 1970; 0: never confirmed
+    bool bannerDemotedLogged = false;
+
+    // Hardware brightness.
+    bool pwmSafe = false;
+    bool pwmTargetsPresent = false;
+    bool pwmBuiltInOnly = false;
+    bool pwmLockConfirmed = false;
+    bool pwmVerifyPending = false;
+    bool pwmVerifyIsUserToggle = false;
+    std::int32_t pwmTargetCount = 0;
+    std::int32_t pwmTargetsAt100 = 0;
+    bool pwmPendingLogged = false;
+    std::int32_t pwmRetryCount = 0;
+    bool pwmRetrySlowed = false;
+    std::map<std::wstring, std::uint32_t> pwmSavedBrightness;  // percent before the lock, by target name
+
+    bool launchAtStart = false;
+};
+
+extern AppState g_app;
+
+// Design units (96 DPI) to pixels of the popup's monitor, and back. A DPI of 0 counts as 96.
+int ScaleByDpi(int units);
+int UnscaleForDpi(int pixels);

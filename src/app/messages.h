@@ -1,0 +1,16 @@
+// Every private message of the main window, with its sender and payload.
+#pragma once
+
+#include "win32/platform.h"
+
+// From the shell for the tray icon: lParam is the mouse message, wParam the icon's id.
+constexpr UINT kMessageTray = WM_USER + 1;
+
+// Posted by the automatic fallback to Legacy Mode; no payload.
+constexpr UINT kMessageLegacyNotice = WM_APP + 104;
+
+// Posted by a second instance of the program before it ends; no payload.
+constexpr UINT kMessageShowPopup = WM_APP + 105;
+
+// Posted once a run when the colour matrix is refused; wParam is the error code.
+constexpr UINT kMessageMagnificationError = WM_APP + 106;

@@ -1,0 +1,5 @@
+/* The one place of the version: read by the resource compiler and by the program. */
+#pragma once
+
+#define AMBREL_VERSION "2.23"
+#define AMBREL_VERSION_NUMBERS 2, 23, 0, 0
