@@ -1,0 +1,104 @@
+#include "diag/system_probe.h"
+
+#include "win32/format_text.h"
+#include "win32/guards.h"
+#include "win32/system_library.h"
+
+namespace {
+
+constexpr wchar_t kWindowsKey[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
+constexpr wchar_t kCpuKey[] = L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0";
+constexpr wchar_t kBiosKey[] = L"HARDWARE\\DESCRIPTION\\System\\BIOS";
+constexpr wchar_t kUnknown[] = L"unknown";
+
+constexpr DWORD kLongestValue = 65536;  // bytes; a longer registry value counts as unreadable
+
+// The text of a string value of an open key; empty when it is missing, of another type or too long. The data
+// of a string value may lack its terminating zero.
+std::wstring ReadText(HKEY key, const wchar_t* value) {
+    DWORD type = 0;
+    DWORD bytes = 0;
+    if (RegQueryValueExW(key, value, nullptr, &type, nullptr, &bytes) != ERROR_SUCCESS) return {};
+    if (type != REG_SZ || bytes == 0 || bytes > kLongestValue) return {};
+
+    std::wstring text((bytes + 1) / sizeof(wchar_t), L'\0');
+    if (RegQueryValueExW(key, value, nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &bytes) !=
+        ERROR_SUCCESS) {
+        return {};
+    }
+    text.resize(bytes / sizeof(wchar_t));
+    return text.substr(0, text.find(L'\0'));
+}
+
+std::wstring ReadNumberAsText(HKEY key, const wchar_t* value) {
+    DWORD type = 0;
+    DWORD number = 0;
+    DWORD bytes = sizeof(number);
+    const LSTATUS status =
+        RegQueryValueExW(key, value, nullptr, &type, reinterpret_cast<BYTE*>(&number), &bytes);
+    if (status != ERROR_SUCCESS || type != REG_DWORD) return {};
+    wchar_t text[16];
+    FormatText(text, "%lu", number);
+    return text;
+}
+
+void ReadVersionNumbers(OsInfo* info) {
+    using RtlGetVersionFunction = LONG(WINAPI*)(OSVERSIONINFOW*);
+    const SystemLibrary ntdll(L"ntdll.dll");
+    const auto rtlGetVersion = ntdll.Find<RtlGetVersionFunction>("RtlGetVersion");
+    if (rtlGetVersion == nullptr) return;
+
+    OSVERSIONINFOW version = {};
+    version.dwOSVersionInfoSize = sizeof(version);
+    if (rtlGetVersion(&version) != 0) return;
+    info->major = version.dwMajorVersion;
+    info->minor = version.dwMinorVersion;
+    info->build = version.dwBuildNumber;
+}
+
+}  // namespace
+
+std::wstring CorrectProductName(std::wstring name, DWORD major, DWORD build) {
+    constexpr wchar_t kTen[] = L"Windows 10";
+    const std::size_t found = name.find(kTen);
+    if (major == 10 && build >= 22000 && found != std::wstring::npos) {
+        name.replace(found, std::size(kTen) - 1, L"Windows 11");
+    }
+    return name;
+}
+
+OsInfo ReadOsInfo() {
+    OsInfo info;
+    ReadVersionNumbers(&info);
+
+    RegistryKey windows;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kWindowsKey, 0, KEY_READ | KEY_WOW64_64KEY, windows.Out()) ==
+        ERROR_SUCCESS) {
+        info.productName = CorrectProductName(ReadText(windows.key, L"ProductName"), info.major, info.build);
+        info.displayVersion = ReadText(windows.key, L"DisplayVersion");
+        info.updateRevision = ReadNumberAsText(windows.key, L"UBR");
+    }
+    return info;
+}
+
+std::wstring ReadCpuName() {
+    RegistryKey cpu;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kCpuKey, 0, KEY_QUERY_VALUE, cpu.Out()) != ERROR_SUCCESS) {
+        return kUnknown;
+    }
+    const std::wstring name = ReadText(cpu.key, L"ProcessorNameString");
+    return name.empty() ? kUnknown : name;
+}
+
+std::wstring ReadHardwareName() {
+    RegistryKey bios;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kBiosKey, 0, KEY_QUERY_VALUE, bios.Out()) != ERROR_SUCCESS) {
+        return kUnknown;
+    }
+    const std::wstring manufacturer = ReadText(bios.key, L"SystemManufacturer");
+    const std::wstring product = ReadText(bios.key, L"SystemProductName");
+    if (manufacturer.empty() && product.empty()) return kUnknown;
+    if (manufacturer.empty()) return product;
+    if (product.empty()) return manufacturer;
+    return manufacturer + L" " + product;
+}

@@ -1,0 +1,107 @@
+#include "store/event_log.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <deque>
+#include <memory>
+#include <new>
+
+#include "win32/guards.h"
+
+namespace {
+
+constexpr long long kTrimAbove = 262144;  // bytes
+constexpr long long kTrimKeeps = 65536;   // bytes
+constexpr wchar_t kSessionMarker[] = L"---------- session start ----------";
+
+// Guards everything below and every access to the file.
+SRWLOCK g_lock = SRWLOCK_INIT;
+std::deque<std::wstring> g_ring;
+std::wstring g_path;  // empty until OpenEventLogFile
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+File OpenLog(const wchar_t* mode) {
+    std::FILE* file = nullptr;
+    if (_wfopen_s(&file, g_path.c_str(), mode) != 0) return nullptr;
+    return File(file);
+}
+
+std::string ToUtf8(const std::wstring& text) {
+    const int length = WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, nullptr, 0, nullptr, nullptr);
+    if (length <= 1) return {};
+    std::string bytes(static_cast<std::size_t>(length), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, bytes.data(), length, nullptr, nullptr);
+    bytes.pop_back();
+    return bytes;
+}
+
+// The caller holds the lock. The file is opened and closed for every line, so that other programs can read it
+// at any time and nothing is lost when the process is killed.
+void WriteLogFileLine(const std::wstring& line) {
+    if (g_path.empty()) return;
+    const File file = OpenLog(L"ab");
+    if (file == nullptr) return;
+    const std::string bytes = ToUtf8(line);
+    if (bytes.empty()) return;
+    std::fwrite(bytes.data(), 1, bytes.size(), file.get());
+    std::fwrite("\r\n", 1, 2, file.get());
+}
+
+// Cut at a byte, not at a line: the first line that is kept may be a partial one.
+void TrimLogFile() {
+    File file = OpenLog(L"rb");
+    if (file == nullptr || _fseeki64(file.get(), 0, SEEK_END) != 0) return;
+    const long long size = _ftelli64(file.get());
+    if (size <= kTrimAbove || _fseeki64(file.get(), size - kTrimKeeps, SEEK_SET) != 0) return;
+
+    const std::unique_ptr<char[]> tail(new (std::nothrow) char[kTrimKeeps]);
+    if (tail == nullptr) return;
+    const std::size_t kept = std::fread(tail.get(), 1, kTrimKeeps, file.get());
+    file.reset();
+
+    file = OpenLog(L"wb");
+    if (file != nullptr) std::fwrite(tail.get(), 1, kept, file.get());
+}
+
+}  // namespace
+
+void AppendLogLine(const wchar_t* message) {
+    const ExclusiveLock lock(&g_lock);
+    if (g_ring.size() >= kLogRingLines) g_ring.pop_front();
+
+    SYSTEMTIME now = {};
+    GetLocalTime(&now);
+    wchar_t stamp[32];
+    FormatText(stamp, "[%02u:%02u:%02u.%03u] ", now.wHour, now.wMinute, now.wSecond, now.wMilliseconds);
+
+    g_ring.push_back(stamp);
+    g_ring.back() += message;
+    WriteLogFileLine(g_ring.back());
+}
+
+void OpenEventLogFile(const std::wstring& path) {
+    const ExclusiveLock lock(&g_lock);
+    g_path = path;
+    TrimLogFile();
+    WriteLogFileLine(kSessionMarker);
+    for (const std::wstring& line : g_ring)
+        WriteLogFileLine(line);
+}
+
+std::vector<std::wstring> ReadLogRing() {
+    const ExclusiveLock lock(&g_lock);
+    return {g_ring.begin(), g_ring.end()};
+}
+
+void LogFormatted(const wchar_t* format, ...) {
+    wchar_t message[kLogMessageCapacity];
+    va_list arguments;
+    va_start(arguments, format);
+    FormatWideArguments(message, kLogMessageCapacity, format, arguments);
+    va_end(arguments);
+    AppendLogLine(message);
+}
