@@ -1,0 +1,110 @@
+#include "filter/filter.h"
+
+#include "app/app_state.h"
+#include "app/messages.h"
+#include "app/refresh.h"
+#include "app/timers.h"
+#include "filter/legacy_gamma.h"
+#include "filter/magnification.h"
+#include "store/event_log.h"
+#include "store/settings.h"
+
+namespace {
+
+// Graphics stacks that cannot do the matrix answer error 87, "the parameter is incorrect". One is forgiven.
+constexpr DWORD kUnsupportedError = ERROR_INVALID_PARAMETER;
+constexpr int kErrorsToFallBack = 2;
+
+void FallBackToLegacyMode() {
+    LogEvent("Auto-fallback to Legacy Mode after %d consecutive error 87s", g_app.consecutiveError87);
+    const bool toldBefore = g_app.legacyModeAutoSet;
+    g_app.useLegacyGamma = true;
+    g_app.legacyModeAutoSet = true;
+    g_app.consecutiveError87 = 0;
+    SaveSettings();
+    ApplyLegacyRamp();
+    RefreshPopupAndTray();
+    if (!toldBefore) PostMessageW(g_app.mainWindow, kMessageLegacyNotice, 0, 0);
+}
+
+void CountUnsupported() {
+    g_app.consecutiveError87 += 1;
+    if (g_app.consecutiveError87 < kErrorsToFallBack) {
+        LogEvent("MagSetFullscreenColorEffect error 87 (%d/%d before fallback)", g_app.consecutiveError87,
+                 kErrorsToFallBack);
+        return;
+    }
+    FallBackToLegacyMode();
+}
+
+// Posted, not shown here: the box opens after the apply has returned.
+void ReportFailureOnce(DWORD error) {
+    g_app.consecutiveError87 = 0;
+    if (g_app.failureNoticeShown) return;
+    g_app.failureNoticeShown = true;
+    if (g_app.mainWindow != nullptr) PostMessageW(g_app.mainWindow, kMessageMagnificationError, error, 0);
+}
+
+void OnMatrixRefused(DWORD error) {
+    if (error == kUnsupportedError && !g_app.fallbackSuppressed) {
+        CountUnsupported();
+    } else {
+        ReportFailureOnce(error);
+    }
+}
+
+// The automatic fallback's bookkeeping ends when the user decides for the modern pipeline.
+void ReturnToMagnification() {
+    g_app.legacyModeAutoSet = false;
+    g_app.fallbackSuppressed = true;
+    g_app.consecutiveError87 = 0;
+    if (!g_app.magnificationReady) InitMagnification();
+}
+
+}  // namespace
+
+void ApplyFilter() {
+    if (!g_app.filterOn) {
+        ClearFilter();
+        return;
+    }
+    if (g_app.useLegacyGamma) {
+        ApplyLegacyRamp();
+        return;
+    }
+    if (!IsMagnificationUsable()) return;
+
+    const MatrixResult result = SetFilterMatrix();
+    if (result.accepted) {
+        g_app.consecutiveError87 = 0;
+    } else {
+        OnMatrixRefused(result.error);
+    }
+}
+
+void ClearFilter() {
+    if (g_app.useLegacyGamma) {
+        RestoreIdentityRamp();
+    } else {
+        SetIdentityMatrix();
+    }
+}
+
+void ApplyPreset(FilterPreset preset) {
+    for (const PresetRow& row : kPresets) {
+        if (row.preset != preset) continue;
+        g_app.intensity = row.intensity;
+        g_app.brightness = row.brightness;
+        g_app.filterOn = true;
+        ApplyFilter();
+        RefreshPopupAndTray();
+        RestartTimer(TimerId::SaveSettings);
+    }
+}
+
+void ToggleLegacyMode() {
+    if (g_app.filterOn) ClearFilter();
+    g_app.useLegacyGamma = !g_app.useLegacyGamma;
+    if (!g_app.useLegacyGamma) ReturnToMagnification();
+    if (g_app.filterOn) ApplyFilter();
+}

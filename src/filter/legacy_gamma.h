@@ -1,0 +1,11 @@
+// Legacy Mode's pipeline: a linear gamma ramp loaded into the display. Windows may refuse a ramp, or accept
+// it and load another, so every ramp is read back and counted as accepted or rejected. Window thread only.
+#pragma once
+
+// Loads the linear gamma ramp for the current warmth and brightness into the display and reads it back.
+// Ramp entries are 0..65535, 256 a channel, red first; with the filter off it is the identity.
+// A refused ramp is counted and flagged, logged once per change of fate; it never opens a box.
+void ApplyLegacyRamp();
+
+// Loads the identity ramp, entry i = 257 i. A refusal is ignored.
+void RestoreIdentityRamp();
