@@ -1,0 +1,115 @@
+#include "ui/drawing_kit.h"
+
+#include <algorithm>
+
+#include "app/app_state.h"
+#include "ui/canvas.h"
+#include "ui/palette.h"
+#include "ui/regions.h"
+#include "win32/guards.h"
+
+namespace {
+
+constexpr RECT kHeaderBand = {0, 0, kCanvasWidth, 56};
+constexpr RECT kHeaderTitle = {22, 20, 180, 40};
+constexpr RECT kHeaderSubtitle = {42, 36, 250, 52};
+constexpr RECT kHeaderDot = {20, 38, 28, 46};
+constexpr wchar_t kGearGlyph[] = L"\xE713";
+
+// GDI colour channels of a gradient's vertex are 16 bits wide, the colour in the upper 8.
+TRIVERTEX Vertex(LONG x, LONG y, COLORREF colour) {
+    TRIVERTEX vertex = {};
+    vertex.x = x;
+    vertex.y = y;
+    vertex.Red = static_cast<COLOR16>(GetRValue(colour) << 8);
+    vertex.Green = static_cast<COLOR16>(GetGValue(colour) << 8);
+    vertex.Blue = static_cast<COLOR16>(GetBValue(colour) << 8);
+    vertex.Alpha = 0xFF00;
+    return vertex;
+}
+
+}  // namespace
+
+void DrawLine(HDC dc, FontRole font, COLORREF colour, const RECT& rect, UINT alignment, const wchar_t* text) {
+    const SelectedObject selectedFont(dc, FontFor(font));
+    SetBkMode(dc, TRANSPARENT);
+    SetTextColor(dc, colour);
+    RECT box = rect;
+    DrawTextW(dc, text, -1, &box, alignment | DT_SINGLELINE | DT_NOPREFIX);
+}
+
+void FillBox(HDC dc, const RECT& rect, COLORREF colour) {
+    const OwnedGdi brush(CreateSolidBrush(colour));
+    FillRect(dc, &rect, brush.handle);
+}
+
+void OutlineRoundRect(HDC dc, const RECT& rect, int corner, COLORREF colour) {
+    const OwnedGdi pen(CreatePen(PS_SOLID, 1, colour));
+    const SelectedObject selectedPen(dc, pen.handle);
+    const SelectedObject selectedBrush(dc, GetStockObject(NULL_BRUSH));
+    RoundRect(dc, rect.left, rect.top, rect.right, rect.bottom, corner, corner);
+}
+
+void DrawRoundBox(HDC dc, const RECT& rect, int corner, COLORREF fill, int penWidth, COLORREF outline) {
+    const OwnedGdi brush(CreateSolidBrush(fill));
+    const OwnedGdi pen(CreatePen(penWidth > 0 ? PS_SOLID : PS_NULL, penWidth, outline));
+    const SelectedObject selectedBrush(dc, brush.handle);
+    const SelectedObject selectedPen(dc, pen.handle);
+    RoundRect(dc, rect.left, rect.top, rect.right, rect.bottom, corner, corner);
+}
+
+void FillRoundRect(HDC dc, int x, int y, int width, int height, int radius, COLORREF fill, COLORREF outline) {
+    const RECT rect = {x, y, x + width, y + height};
+    DrawRoundBox(dc, rect, 2 * radius, fill, outline != 0 ? 1 : 0, outline);
+}
+
+void FillVerticalGradient(HDC dc, const RECT& rect, COLORREF top, COLORREF bottom) {
+    TRIVERTEX corners[] = {Vertex(rect.left, rect.top, top), Vertex(rect.right, rect.bottom, bottom)};
+    GRADIENT_RECT whole = {0, 1};
+    // The same call as msimg32's GradientFill, in a DLL that is loaded from System32 whatever the program's
+    // folder holds.
+    GdiGradientFill(dc, corners, 2, &whole, 1, GRADIENT_FILL_RECT_V);
+}
+
+void ClipToRoundRect(HDC dc, const RECT& rect, int radius) {
+    const int ellipse = 2 * std::max(1, ScaleByDpi(radius));
+    const OwnedGdi region(CreateRoundRectRgn(ScaleByDpi(rect.left), ScaleByDpi(rect.top),
+                                             ScaleByDpi(rect.right) + 1, ScaleByDpi(rect.bottom) + 1, ellipse,
+                                             ellipse));
+    SelectClipRgn(dc, region.handle);
+}
+
+void FillRoundedGradient(HDC dc, const RECT& rect, int radius, COLORREF top, COLORREF bottom) {
+    const SavedClip clip(dc);
+    ClipToRoundRect(dc, rect, radius);
+    FillVerticalGradient(dc, rect, top, bottom);
+}
+
+void DrawStroke(HDC dc, POINT from, POINT to, int width, COLORREF colour) {
+    const OwnedGdi pen(CreatePen(PS_SOLID, width, colour));
+    const SelectedObject selectedPen(dc, pen.handle);
+    MoveToEx(dc, from.x, from.y, nullptr);
+    LineTo(dc, to.x, to.y);
+}
+
+void DrawEdgeLines(HDC dc, const RECT& rect, int inset, COLORREF top, COLORREF bottom) {
+    const LONG left = rect.left + inset;
+    const LONG right = rect.right - inset;
+    DrawStroke(dc, {left, rect.top + 1}, {right, rect.top + 1}, 1, top);
+    DrawStroke(dc, {left, rect.bottom - 2}, {right, rect.bottom - 2}, 1, bottom);
+}
+
+void DrawPanelHeader(HDC dc, const wchar_t* subtitle, COLORREF subtitleColour, bool showGear, bool showDot) {
+    FillBox(dc, kHeaderBand, kColourHeader);
+    DrawLine(dc, FontRole::Title, kColourDimmed, kHeaderTitle, kAlignTopLeft, L"AMBREL");
+    DrawLine(dc, FontRole::Small, subtitleColour, kHeaderSubtitle, kAlignTopLeft, subtitle);
+    if (showDot) {
+        const OwnedGdi brush(CreateSolidBrush(subtitleColour));
+        const SelectedObject selectedBrush(dc, brush.handle);
+        const SelectedObject selectedPen(dc, GetStockObject(NULL_PEN));
+        Ellipse(dc, kHeaderDot.left, kHeaderDot.top, kHeaderDot.right, kHeaderDot.bottom);
+    }
+    if (showGear) {
+        DrawLine(dc, FontRole::Glyph, kColourDimmed, RegionRect(Region::Gear), kAlignCentre, kGearGlyph);
+    }
+}

@@ -1,0 +1,106 @@
+#include "ui/logo.h"
+
+#include <cstring>
+
+#include "app/app_state.h"
+#include "res/resource_ids.h"
+#include "win32/guards.h"
+
+#include <objbase.h>
+#include <wincodec.h>
+
+namespace {
+
+// A stream over a copy of the logo's resource; the stream frees the copy when it is released.
+bool OpenLogoStream(ComPointer<IStream>* stream) {
+    HRSRC found = FindResourceW(g_app.instance, MAKEINTRESOURCEW(IDR_LOGO_PNG), MAKEINTRESOURCEW(10));
+    HGLOBAL loaded = found != nullptr ? LoadResource(g_app.instance, found) : nullptr;
+    const void* bytes = loaded != nullptr ? LockResource(loaded) : nullptr;
+    const DWORD size = found != nullptr ? SizeofResource(g_app.instance, found) : 0;
+    if (bytes == nullptr || size == 0) return false;
+
+    GlobalBlock copy(size);
+    void* target = copy.block != nullptr ? GlobalLock(copy.block) : nullptr;
+    if (target == nullptr) return false;
+    std::memcpy(target, bytes, size);
+    GlobalUnlock(copy.block);
+    if (FAILED(CreateStreamOnHGlobal(copy.block, TRUE, stream->Out()))) return false;
+    copy.Release();
+    return true;
+}
+
+// Frame 0 of the stream, converted to premultiplied BGRA.
+bool OpenFrame(IStream* stream, ComPointer<IWICFormatConverter>* converter) {
+    ComPointer<IWICImagingFactory> factory;
+    ComPointer<IWICBitmapDecoder> decoder;
+    ComPointer<IWICBitmapFrameDecode> frame;
+    return SUCCEEDED(CoCreateInstance(CLSID_WICImagingFactory2, nullptr, CLSCTX_INPROC_SERVER,
+                                      IID_IWICImagingFactory, reinterpret_cast<void**>(factory.Out()))) &&
+           SUCCEEDED(factory->CreateDecoderFromStream(stream, nullptr, WICDecodeMetadataCacheOnLoad,
+                                                      decoder.Out())) &&
+           SUCCEEDED(decoder->GetFrame(0, frame.Out())) &&
+           SUCCEEDED(factory->CreateFormatConverter(converter->Out())) &&
+           SUCCEEDED((*converter)
+                         ->Initialize(frame.pointer, GUID_WICPixelFormat32bppPBGRA, WICBitmapDitherTypeNone,
+                                      nullptr, 0.0, WICBitmapPaletteTypeCustom));
+}
+
+HBITMAP CreateTopDownDib(UINT width, UINT height, void** bits) {
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof(info.bmiHeader);
+    info.bmiHeader.biWidth = static_cast<LONG>(width);
+    info.bmiHeader.biHeight = -static_cast<LONG>(height);
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    info.bmiHeader.biCompression = BI_RGB;
+    return CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, bits, nullptr, 0);
+}
+
+void LoadLogoOnce() {
+    if (g_app.logoBitmap != nullptr) return;
+    ComPointer<IStream> stream;
+    if (!OpenLogoStream(&stream)) return;
+    g_app.logoBitmap = DecodePng(stream.pointer, &g_app.logoWidth, &g_app.logoHeight);
+}
+
+}  // namespace
+
+HBITMAP DecodePng(IStream* stream, UINT* width, UINT* height) {
+    ComPointer<IWICFormatConverter> converter;
+    if (!OpenFrame(stream, &converter)) return nullptr;
+    UINT frameWidth = 0;
+    UINT frameHeight = 0;
+    if (FAILED(converter->GetSize(&frameWidth, &frameHeight)) || frameWidth == 0 || frameHeight == 0) {
+        return nullptr;
+    }
+
+    void* bits = nullptr;
+    OwnedGdi bitmap(CreateTopDownDib(frameWidth, frameHeight, &bits));
+    if (bitmap.handle == nullptr) return nullptr;
+    const UINT stride = frameWidth * 4;
+    if (FAILED(converter->CopyPixels(nullptr, stride, stride * frameHeight, static_cast<BYTE*>(bits)))) {
+        return nullptr;
+    }
+    *width = frameWidth;
+    *height = frameHeight;
+    return bitmap.Release();
+}
+
+void DrawLogo(HDC dc, int centreX, int centreY, int size) {
+    LoadLogoOnce();
+    if (g_app.logoBitmap == nullptr) return;
+    const MemoryDc memory(dc);
+    const SelectedObject selected(memory.dc, g_app.logoBitmap);
+    SetStretchBltMode(dc, HALFTONE);
+    const BLENDFUNCTION blend = {AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};
+    // msimg32's AlphaBlend by its name in a DLL that is always loaded from System32.
+    GdiAlphaBlend(dc, centreX - size / 2, centreY - size / 2, size, size, memory.dc, 0, 0,
+                  static_cast<int>(g_app.logoWidth), static_cast<int>(g_app.logoHeight), blend);
+}
+
+void FreeLogo() {
+    if (g_app.logoBitmap != nullptr) DeleteObject(g_app.logoBitmap);
+    g_app.logoBitmap = nullptr;
+    g_app.logoWidth = 0;
+    g_app.logoHeight = 0;
+}

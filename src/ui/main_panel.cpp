@@ -1,0 +1,76 @@
+#include "ui/main_panel.h"
+
+#include "app/app_state.h"
+#include "filter/warmth.h"
+#include "ui/canvas.h"
+#include "ui/drawing_kit.h"
+#include "ui/palette.h"
+#include "ui/power_button.h"
+#include "ui/regions.h"
+#include "ui/slider.h"
+#include "ui/status_strip.h"
+#include "win32/format_text.h"
+
+namespace {
+
+constexpr int kLowerAreaTop = 374;
+
+struct PresetColours {
+    COLORREF ring;
+    COLORREF top;
+    COLORREF bottom;
+    COLORREF outline;
+    COLORREF text;
+};
+
+constexpr PresetColours kSelected = {Hex(0x464646), Hex(0x464646), Hex(0x282828), Hex(0x6E6E6E), kColourText};
+constexpr PresetColours kUnselected = {Hex(0x222222), Hex(0x2D2D2D), Hex(0x161616), Hex(0x373737),
+                                       kColourDimmed};
+
+constexpr Region kPresetRegions[] = {Region::DayPreset, Region::EveningPreset, Region::NightPreset};
+
+void DrawSliders(HDC dc) {
+    wchar_t kelvin[16];
+    FormatKelvinLabel(g_app.intensity, kelvin, std::size(kelvin));
+    DrawVerticalSlider(dc, {80, g_app.intensity, kColourRed, g_app.filterOn, L"WARMTH", kelvin, 84});
+
+    wchar_t percent[16];
+    FormatText(percent, "%d%%", TruncatedPercent(g_app.brightness));
+    DrawVerticalSlider(dc, {240, g_app.brightness, kColourText, g_app.filterOn, L"BRIGHTNESS", percent, 64});
+
+    DrawStroke(dc, {160, 117}, {160, 295}, 2, kColourDivider);
+}
+
+void DrawLowerArea(HDC dc) {
+    FillBox(dc, {0, kLowerAreaTop, kCanvasWidth, kCanvasHeight}, kColourLowerArea);
+    DrawStroke(dc, {0, kLowerAreaTop}, {kCanvasWidth, kLowerAreaTop}, 1, kColourBlack);
+}
+
+void DrawPresetButton(HDC dc, const RECT& button, const wchar_t* label, const PresetColours& colours) {
+    RECT ring = button;
+    InflateRect(&ring, 1, 1);
+    OutlineRoundRect(dc, ring, 22, colours.ring);
+    FillRoundedGradient(dc, button, 10, colours.top, colours.bottom);
+    OutlineRoundRect(dc, button, 20, colours.outline);
+    DrawLine(dc, FontRole::Preset, colours.text, button, kAlignCentre, label);
+}
+
+void DrawPresets(HDC dc) {
+    const FilterPreset recognised = RecognisePreset(g_app.intensity);
+    for (std::size_t i = 0; i < std::size(kPresets); ++i) {
+        const bool selected = kPresets[i].preset == recognised;
+        DrawPresetButton(dc, RegionRect(kPresetRegions[i]), kPresets[i].label,
+                         selected ? kSelected : kUnselected);
+    }
+}
+
+}  // namespace
+
+void DrawMainPanel(HDC dc) {
+    DrawPanelHeader(dc, L"", kColourDimmed, true, false);
+    DrawSliders(dc);
+    DrawLowerArea(dc);
+    DrawStatusStrip(dc);
+    DrawPresets(dc);
+    DrawPowerButton(dc);
+}

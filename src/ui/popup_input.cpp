@@ -1,0 +1,94 @@
+#include "ui/popup_input.h"
+
+#include <algorithm>
+
+#include "app/app_state.h"
+#include "app/refresh.h"
+#include "app/timers.h"
+#include "filter/filter.h"
+#include "store/settings.h"
+#include "ui/regions.h"
+#include "ui/slider.h"
+
+namespace {
+
+void BeginDrag(Slider slider, double value, int y) {
+    g_app.dragSlider = slider;
+    g_app.dragStartY = y;
+    g_app.dragStartValue = value;
+    SetCapture(g_app.mainWindow);
+}
+
+void ClickPower() {
+    g_app.filterOn = !g_app.filterOn;
+    ApplyFilter();
+    RefreshPopupAndTray();
+    RestartTimer(TimerId::SaveSettings);
+}
+
+void ClickClose() {
+    g_app.panel = Panel::Main;
+    RefreshPopupAndTray();
+}
+
+// Without extreme dim a darker brightness is lifted to the floor.
+void ClickExtremeDim() {
+    g_app.allowExtremeDim = !g_app.allowExtremeDim;
+    g_app.brightness = ClampBrightness(g_app.brightness, g_app.allowExtremeDim);
+    if (g_app.filterOn) ApplyFilter();
+    SaveSettings();
+    RefreshPopupAndTray();
+}
+
+void ClickLegacyMode() {
+    ToggleLegacyMode();
+    SaveSettings();
+    RefreshPopupAndTray();
+}
+
+}  // namespace
+
+void OnMouseDown(int x, int y) {
+    const int unitY = UnscaleForDpi(y);
+    switch (HitTest(UnscaleForDpi(x), unitY)) {
+        case Region::WarmthTrack: BeginDrag(Slider::Warmth, g_app.intensity, unitY); return;
+        case Region::BrightnessTrack: BeginDrag(Slider::Brightness, g_app.brightness, unitY); return;
+        case Region::DayPreset: ApplyPreset(FilterPreset::Day); return;
+        case Region::EveningPreset: ApplyPreset(FilterPreset::Evening); return;
+        case Region::NightPreset: ApplyPreset(FilterPreset::Night); return;
+        case Region::Power: ClickPower(); return;
+        case Region::Close: ClickClose(); return;
+        case Region::ExtremeDimRow: ClickExtremeDim(); return;
+        case Region::LegacyRow: ClickLegacyMode(); return;
+        case Region::GammaBanner:
+        case Region::PwmCard:
+        case Region::Gear:
+        case Region::LaunchRow:
+        case Region::Support:
+        case Region::None: return;
+    }
+}
+
+void OnMouseMove(int, int y) {
+    if (g_app.dragSlider == Slider::None) return;
+    const int risen = g_app.dragStartY - UnscaleForDpi(y);
+    const double value = static_cast<double>(risen) / kSliderTravel + g_app.dragStartValue;
+    if (g_app.dragSlider == Slider::Warmth) {
+        g_app.intensity = std::clamp(value, 0.0, 1.0);
+    } else {
+        g_app.brightness = ClampBrightness(value, g_app.allowExtremeDim);
+    }
+    ApplyFilter();
+    RefreshPopupAndTray();
+}
+
+void OnMouseUp() {
+    if (g_app.dragSlider == Slider::None) return;
+    ReleaseCapture();
+    g_app.dragSlider = Slider::None;
+    RestartTimer(TimerId::SaveSettings);
+}
+
+void OnCaptureLost() {
+    g_app.dragSlider = Slider::None;
+}

@@ -1,0 +1,60 @@
+#include "ui/power_button.h"
+
+#include "app/app_state.h"
+#include "ui/drawing_kit.h"
+#include "ui/palette.h"
+#include "ui/regions.h"
+#include "win32/guards.h"
+
+namespace {
+
+constexpr wchar_t kLabel[] = L"KIVO";
+constexpr int kIconSize = 22;
+constexpr int kIconGap = 8;
+constexpr int kIconTop = 492;
+
+struct ButtonColours {
+    COLORREF ring;
+    COLORREF top;
+    COLORREF bottom;
+    COLORREF outline;
+};
+
+constexpr ButtonColours kOn = {Hex(0x780000), Hex(0xCC0000), Hex(0x990000), Hex(0x500000)};
+constexpr ButtonColours kOff = {Hex(0x222222), Hex(0x262626), Hex(0x1A1A1A), Hex(0x2D2D2D)};
+
+int WidthOfLabel(HDC dc) {
+    const SelectedObject selected(dc, FontFor(FontRole::Toggle));
+    SIZE size = {};
+    GetTextExtentPoint32W(dc, kLabel, static_cast<int>(std::size(kLabel) - 1), &size);
+    return size.cx;
+}
+
+// Icon and label are centred as one group.
+void DrawContent(HDC dc, const RECT& button) {
+    const int inner = button.right - button.left;
+    const int width = WidthOfLabel(dc);
+    LONG left = button.left;
+    if (g_app.headerIcon != nullptr) {
+        left += (inner - kIconSize - kIconGap - width) / 2;
+        DrawIconEx(dc, left, kIconTop, g_app.headerIcon, kIconSize, kIconSize, 0, nullptr, DI_NORMAL);
+        left += kIconSize + kIconGap;
+    } else {
+        left += (inner - width) / 2;
+    }
+    DrawLine(dc, FontRole::Toggle, kColourText, {left, button.top, left + width + 6, button.bottom},
+             kAlignLeft, kLabel);
+}
+
+}  // namespace
+
+void DrawPowerButton(HDC dc) {
+    const RECT button = RegionRect(Region::Power);
+    const ButtonColours colours = g_app.filterOn ? kOn : kOff;
+    RECT ring = button;
+    InflateRect(&ring, 1, 1);
+    OutlineRoundRect(dc, ring, 22, colours.ring);
+    FillRoundedGradient(dc, button, 10, colours.top, colours.bottom);
+    OutlineRoundRect(dc, button, 20, colours.outline);
+    DrawContent(dc, button);
+}

@@ -1,0 +1,60 @@
+#include "ui/regions.h"
+
+#include "filter/gamma_range.h"
+
+namespace {
+
+struct RegionRow {
+    Region region;
+    Panel panel;
+    RECT rect;
+};
+
+// In the order in which they are hit.
+constexpr RegionRow kRegions[] = {
+    {Region::WarmthTrack, Panel::Main, {54, 107, 106, 305}},
+    {Region::BrightnessTrack, Panel::Main, {214, 107, 266, 305}},
+    {Region::GammaBanner, Panel::Main, {22, 380, 298, 410}},
+    {Region::PwmCard, Panel::Main, {24, 384, 296, 418}},
+    {Region::DayPreset, Panel::Main, {30, 429, 110, 465}},
+    {Region::EveningPreset, Panel::Main, {120, 429, 200, 465}},
+    {Region::NightPreset, Panel::Main, {210, 429, 290, 465}},
+    {Region::Power, Panel::Main, {24, 479, 296, 527}},
+    {Region::Gear, Panel::Main, {280, 17, 304, 41}},
+    {Region::Close, Panel::Settings, {252, 18, 300, 42}},
+    {Region::LaunchRow, Panel::Settings, {24, 132, 296, 174}},
+    {Region::ExtremeDimRow, Panel::Settings, {24, 182, 296, 224}},
+    {Region::LegacyRow, Panel::Settings, {24, 232, 296, 274}},
+    {Region::Support, Panel::Settings, {24, 462, 296, 516}},
+};
+
+bool Contains(const RECT& rect, int x, int y) {
+    return x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom;
+}
+
+bool IsPresent(Region region) {
+    if (region == Region::GammaBanner) return CurrentStatusStrip() == StatusStrip::Banner;
+    if (region == Region::PwmCard) return CurrentStatusStrip() == StatusStrip::Card;
+    return true;
+}
+
+}  // namespace
+
+RECT RegionRect(Region region) {
+    for (const RegionRow& row : kRegions) {
+        if (row.region == region) return row.rect;
+    }
+    return {};
+}
+
+StatusStrip CurrentStatusStrip() {
+    if (IsBannerVisible()) return StatusStrip::Banner;
+    return g_app.pwmTargetsPresent || g_app.pwmSafe ? StatusStrip::Card : StatusStrip::Hint;
+}
+
+Region HitTest(int x, int y) {
+    for (const RegionRow& row : kRegions) {
+        if (row.panel == g_app.panel && Contains(row.rect, x, y) && IsPresent(row.region)) return row.region;
+    }
+    return Region::None;
+}

@@ -1,0 +1,66 @@
+#include "ui/status_strip.h"
+
+#include "app/app_state.h"
+#include "brightness/pwm_safe.h"
+#include "ui/drawing_kit.h"
+#include "ui/palette.h"
+#include "ui/regions.h"
+
+namespace {
+
+constexpr RECT kTextLine = {22, 385, 298, 405};
+constexpr RECT kCardTitle = {36, 387, 226, 402};
+constexpr RECT kCardStatus = {36, 400, 226, 414};
+constexpr RECT kCardSwitch = {234, 384, 284, 418};
+
+// Below this software brightness the backlight's flicker may show, and the hint is lit.
+constexpr double kHintBrightness = 0.9;
+
+struct CardColours {
+    COLORREF accent;
+    COLORREF top;
+    COLORREF bottom;
+};
+
+constexpr CardColours kCardWarning = {kColourAmber, Hex(0x1C180C), Hex(0x120F08)};
+constexpr CardColours kCardNeutral = {Hex(0x6E6E6E), Hex(0x161616), Hex(0x0C0C0C)};
+constexpr CardColours kCardLocked = {kColourGreen, Hex(0x122016), Hex(0x0A140E)};
+
+CardColours ColoursOfCard() {
+    if (g_app.pwmSafe) return g_app.pwmLockConfirmed ? kCardLocked : kCardWarning;
+    return g_app.pwmTargetsAt100 < g_app.pwmTargetCount ? kCardWarning : kCardNeutral;
+}
+
+void DrawBanner(HDC dc) {
+    DrawLine(dc, FontRole::Small, kColourRed, kTextLine, kAlignTopCentre,
+             g_app.gammaRangeExpanded ? L"\u26a0 FIX APPLIED. RESTART YOUR COMPUTER"
+                                      : L"\u26a0 COLORS BLOCKED BY WINDOWS. CLICK TO FIX");
+}
+
+void DrawCard(HDC dc) {
+    const RECT card = RegionRect(Region::PwmCard);
+    const CardColours colours = ColoursOfCard();
+    FillRoundedGradient(dc, card, 8, colours.top, colours.bottom);
+    DrawEdgeLines(dc, card, 8, g_app.pwmSafe ? Hex(0x787878) : Hex(0x505050), kColourBlack);
+    OutlineRoundRect(dc, card, 16, colours.accent);
+    DrawLine(dc, FontRole::Label, kColourText, kCardTitle, kAlignLeft, L"PWM-SAFE MODE");
+    DrawLine(dc, FontRole::Small, colours.accent, kCardStatus, kAlignLeft, PwmCardLabel());
+    DrawLine(dc, FontRole::Label, g_app.pwmSafe ? kColourText : kColourDimmed, kCardSwitch, kAlignRight,
+             g_app.pwmSafe ? L"ON" : L"OFF");
+}
+
+// Unlit it is barely visible, by design.
+void DrawHint(HDC dc) {
+    DrawLine(dc, FontRole::Small, g_app.brightness < kHintBrightness ? kColourAmber : kColourGroove,
+             kTextLine, kAlignTopCentre, L"\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%");
+}
+
+}  // namespace
+
+void DrawStatusStrip(HDC dc) {
+    switch (CurrentStatusStrip()) {
+        case StatusStrip::Banner: DrawBanner(dc); return;
+        case StatusStrip::Card: DrawCard(dc); return;
+        case StatusStrip::Hint: DrawHint(dc); return;
+    }
+}
