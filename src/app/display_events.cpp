@@ -1,0 +1,35 @@
+#include "app/display_events.h"
+
+#include "app/app_state.h"
+#include "app/refresh.h"
+#include "app/scaled_resources.h"
+#include "app/timers.h"
+#include "filter/filter.h"
+#include "filter/magnification.h"
+#include "ui/canvas.h"
+
+void OnDisplayChange() {
+    RestartTimer(TimerId::DisplaySettle);
+}
+
+void OnPowerBroadcast(WPARAM event) {
+    if (event == PBT_APMRESUMEAUTOMATIC || event == PBT_APMRESUMESUSPEND) {
+        StartTimer(TimerId::DisplaySettle, TimerPace::Long);
+    }
+}
+
+void OnDpiChanged(UINT dpi, const RECT* suggested) {
+    AdoptDpi(dpi);
+    if (suggested == nullptr) return;
+    SetWindowPos(g_app.mainWindow, nullptr, suggested->left, suggested->top, ScaleByDpi(kCanvasWidth),
+                 ScaleByDpi(kCanvasHeight), SWP_NOZORDER | SWP_NOACTIVATE);
+    InvalidateRect(g_app.mainWindow, nullptr, FALSE);
+}
+
+void OnDisplaysSettled() {
+    if (g_app.filterOn) {
+        if (!g_app.useLegacyGamma && !g_app.magnificationReady) InitMagnification();
+        ApplyFilter();
+    }
+    RefreshPopupAndTray();
+}

@@ -1,0 +1,8 @@
+// Getting the popup in front of other programs' windows, which Windows does not grant to everybody.
+#pragma once
+
+#include "win32/platform.h"
+
+// Makes the window the foreground window, by insistence if need be. False when Windows still refuses. Other
+// threads' input and the system's foreground lock time-out are as before on return.
+bool BringToForeground(HWND window);

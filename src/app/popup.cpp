@@ -1,0 +1,55 @@
+#include "app/popup.h"
+
+#include <algorithm>
+
+#include "app/app_state.h"
+#include "app/foreground.h"
+#include "app/scaled_resources.h"
+#include "app/timers.h"
+#include "ui/canvas.h"
+
+namespace {
+
+constexpr int kMarginUnits = 10;
+
+RECT WorkAreaOf(HMONITOR monitor) {
+    MONITORINFO info = {};
+    info.cbSize = sizeof(info);
+    if (monitor != nullptr && GetMonitorInfoW(monitor, &info)) return info.rcWork;
+    RECT primary = {};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &primary, 0);
+    return primary;
+}
+
+}  // namespace
+
+POINT PlacePopup(const RECT& workArea) {
+    const int margin = ScaleByDpi(kMarginUnits);
+    const int x = workArea.right - ScaleByDpi(kCanvasWidth) - margin;
+    const int y = workArea.bottom - ScaleByDpi(kCanvasHeight) - margin;
+    return {std::max<LONG>(x, workArea.left + margin), std::max<LONG>(y, workArea.top + margin)};
+}
+
+void ShowPopup() {
+    POINT cursor = {};
+    GetCursorPos(&cursor);
+    HMONITOR monitor = MonitorFromPoint(cursor, MONITOR_DEFAULTTONEAREST);
+    const RECT workArea = WorkAreaOf(monitor);
+
+    UpdateDpiForMonitor(g_app.mainWindow, monitor);
+    const POINT corner = PlacePopup(workArea);
+    // The size follows the DPI of the monitor that the window arrives on, through WM_DPICHANGED.
+    SetWindowPos(g_app.mainWindow, HWND_TOPMOST, corner.x, corner.y, 0, 0, SWP_NOSIZE | SWP_SHOWWINDOW);
+    g_app.popupShown = true;
+    g_app.popupArmed = BringToForeground(g_app.mainWindow);
+    InvalidateRect(g_app.mainWindow, nullptr, FALSE);
+    StartTimer(TimerId::PopupAutoHide);
+}
+
+void HidePopup() {
+    StopTimer(TimerId::PopupAutoHide);
+    g_app.popupShown = false;
+    g_app.popupArmed = false;
+    g_app.popupHiddenAt = GetTickCount64();
+    ShowWindow(g_app.mainWindow, SW_HIDE);
+}

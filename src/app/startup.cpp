@@ -1,0 +1,165 @@
+#include "app/startup.h"
+
+#include "app/app_state.h"
+#include "app/messages.h"
+#include "app/program_names.h"
+#include "app/scaled_resources.h"
+#include "app/single_instance.h"
+#include "app/timers.h"
+#include "app/tray_icon.h"
+#include "app/window_proc.h"
+#include "diag/system_probe.h"
+#include "filter/magnification.h"
+#include "res/resource_ids.h"
+#include "res/version.h"
+#include "store/event_log.h"
+#include "store/settings.h"
+#include "ui/canvas.h"
+#include "ui/fonts.h"
+#include "ui/palette.h"
+#include "win32/system_library.h"
+
+#include <dwmapi.h>
+#include <objbase.h>
+#include <shellscalingapi.h>
+
+namespace {
+
+void LogStartLines() {
+    const OsInfo os = ReadOsInfo();
+    LogEvent("Ambrel Windows v%ls starting", L"" AMBREL_VERSION);
+    LogEvent("OS: %ls %ls (%lu.%lu.%lu)", os.productName.empty() ? L"Windows" : os.productName.c_str(),
+             os.displayVersion.c_str(), os.major, os.minor, os.build);
+    LogEvent("Hardware: %ls / %ls", ReadHardwareName().c_str(), ReadCpuName().c_str());
+}
+
+// The security blanket is what WMI's calls need.
+void PrepareCom() {
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
+    CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT,
+                         RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE, nullptr);
+}
+
+void BecomeDpiAware() {
+    const SystemLibrary shcore(L"Shcore.dll");
+    const auto setAwareness = shcore.Find<decltype(&SetProcessDpiAwareness)>("SetProcessDpiAwareness");
+    if (setAwareness == nullptr) {
+        SetProcessDPIAware();
+        return;
+    }
+    // Access denied: the awareness was set already, for example by a compatibility setting.
+    const HRESULT result = setAwareness(PROCESS_PER_MONITOR_DPI_AWARE);
+    if (FAILED(result) && result != E_ACCESSDENIED) SetProcessDPIAware();
+}
+
+void MakeDrawingResources() {
+    g_app.backgroundBrush = CreateSolidBrush(kColourBackground);
+    CreateFonts();
+    RebuildScaledResources();
+}
+
+// Lies beside settings.ini; without a settings path the log lives in memory only.
+void OpenLogBesideSettings() {
+    if (g_app.settingsPath.empty()) return;
+    const std::size_t lastBackslash = g_app.settingsPath.rfind(L'\\');
+    const std::wstring folder = lastBackslash == std::wstring::npos
+                                    ? std::wstring()
+                                    : g_app.settingsPath.substr(0, lastBackslash + 1);
+    OpenEventLogFile(folder + L"events.log");
+}
+
+bool RegisterPopupClass() {
+    WNDCLASSEXW windowClass = {};
+    windowClass.cbSize = sizeof(windowClass);
+    windowClass.style = CS_HREDRAW | CS_VREDRAW;
+    windowClass.lpfnWndProc = MainWindowProc;
+    windowClass.hInstance = g_app.instance;
+    windowClass.hIcon = LoadIconW(g_app.instance, MAKEINTRESOURCEW(IDI_APPLICATION_WINDOW));
+    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    windowClass.hbrBackground = g_app.backgroundBrush;
+    windowClass.lpszClassName = kWindowClassName;
+    return RegisterClassExW(&windowClass) != 0;
+}
+
+bool CreatePopupWindow() {
+    HWND window =
+        CreateWindowExW(WS_EX_TOPMOST | WS_EX_TOOLWINDOW, kWindowClassName, kProgramTitle,
+                        WS_POPUP | WS_CLIPCHILDREN, CW_USEDEFAULT, CW_USEDEFAULT, ScaleByDpi(kCanvasWidth),
+                        ScaleByDpi(kCanvasHeight), nullptr, nullptr, g_app.instance, nullptr);
+    return window != nullptr;
+}
+
+// Windows 11 rounds the corners when asked; earlier systems do not know the attribute.
+void RoundCorners() {
+    constexpr DWORD kCornerPreference = 33;  // DWMWA_WINDOW_CORNER_PREFERENCE
+    const DWORD round = 2;                   // DWMWCP_ROUND
+    const SystemLibrary dwmapi(L"dwmapi.dll");
+    const auto setAttribute = dwmapi.Find<decltype(&DwmSetWindowAttribute)>("DwmSetWindowAttribute");
+    if (setAttribute != nullptr) setAttribute(g_app.mainWindow, kCornerPreference, &round, sizeof(round));
+}
+
+void FitWindowToItsDpi() {
+    AdoptDpi(DpiOfWindow(g_app.mainWindow));
+    SetWindowPos(g_app.mainWindow, nullptr, 0, 0, ScaleByDpi(kCanvasWidth), ScaleByDpi(kCanvasHeight),
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    RoundCorners();
+}
+
+void AddFirstTrayIcon() {
+    g_app.trayIconAdded = AddTrayIcon();
+    if (g_app.trayIconAdded) return;
+    LogEvent("Tray icon add failed (taskbar not ready?) - retry timer armed");
+    g_app.trayRetryCount = 0;
+    StartTimer(TimerId::TrayRetry);
+}
+
+int RunMessageLoop() {
+    MSG message = {};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    return static_cast<int>(message.wParam);
+}
+
+int FailToStart(const wchar_t* text) {
+    MessageBoxW(nullptr, text, kProgramTitle, MB_ICONERROR);
+    return 1;
+}
+
+void PrepareProcess() {
+    g_app.startTick = GetTickCount64();
+    LogStartLines();
+    PrepareCom();
+    BecomeDpiAware();
+    g_app.dpi = kDesignDpi;
+}
+
+void PrepareState(HINSTANCE instance) {
+    g_app.instance = instance;
+    g_app.taskbarCreatedMessage = RegisterWindowMessageW(L"TaskbarCreated");
+    MakeDrawingResources();
+    LoadSettings();
+    OpenLogBesideSettings();
+    InitMagnification();
+}
+
+}  // namespace
+
+int RunAmbrel(HINSTANCE instance) {
+    PrepareProcess();
+    if (!ClaimSingleInstance()) {
+        WakeFirstInstance();
+        CoUninitialize();
+        return 0;
+    }
+    PrepareState(instance);
+    if (!RegisterPopupClass()) return FailToStart(L"Failed to register window class");
+    if (!CreatePopupWindow()) return FailToStart(L"Failed to create window");
+    FitWindowToItsDpi();
+    AddFirstTrayIcon();
+    ShowWindow(g_app.mainWindow, SW_HIDE);
+    const int exitCode = RunMessageLoop();
+    CoUninitialize();
+    return exitCode;
+}

@@ -1,0 +1,52 @@
+#include "app/window_lifetime.h"
+
+#include "app/app_state.h"
+#include "app/refresh.h"
+#include "app/single_instance.h"
+#include "app/timers.h"
+#include "app/tray_icon.h"
+#include "filter/legacy_gamma.h"
+#include "filter/magnification.h"
+#include "ui/fonts.h"
+#include "ui/logo.h"
+
+namespace {
+
+void FreeDrawingResources() {
+    FreeLogo();
+    DeleteObject(g_app.backgroundBrush);
+    g_app.backgroundBrush = nullptr;
+    DeleteFonts();
+    if (g_app.headerIcon != nullptr) DestroyIcon(g_app.headerIcon);
+    g_app.headerIcon = nullptr;
+}
+
+}  // namespace
+
+void OnCreate(HWND window) {
+    g_app.mainWindow = window;
+    g_app.panel = Panel::Main;
+    RefreshPopupAndTray();
+}
+
+void OnDestroy() {
+    StopTimer(TimerId::PwmSafePoll);
+    StopTimer(TimerId::PwmSafeVerify);
+    StopTimer(TimerId::PopupAutoHide);
+    RestoreIdentityRamp();
+    ShutdownMagnification();
+    RemoveTrayIcon();
+    FreeDrawingResources();
+    ReleaseSingleInstance();
+    PostQuitMessage(0);
+}
+
+void OnEndSession(bool ending) {
+    if (!ending) return;
+    // The process lives on for a moment: no poll, and no slider still held, may undo what is given back now.
+    StopTimer(TimerId::DisplaySettle);
+    StopTimer(TimerId::PwmSafePoll);
+    StopTimer(TimerId::PwmSafeVerify);
+    g_app.dragSlider = Slider::None;
+    RestoreIdentityRamp();
+}

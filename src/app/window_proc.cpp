@@ -1,0 +1,87 @@
+#include "app/window_proc.h"
+
+#include <windowsx.h>
+
+#include "app/app_state.h"
+#include "app/auto_hide.h"
+#include "app/display_events.h"
+#include "app/messages.h"
+#include "app/notices.h"
+#include "app/popup.h"
+#include "app/refresh.h"
+#include "app/timers.h"
+#include "app/tray_events.h"
+#include "app/window_lifetime.h"
+#include "store/settings.h"
+#include "ui/popup_input.h"
+#include "ui/popup_painter.h"
+
+namespace {
+
+// A switch without default: a timer that is forgotten here does not compile.
+void OnTimer(TimerId timer) {
+    if (IsOneShot(timer)) StopTimer(timer);
+    switch (timer) {
+        case TimerId::SaveSettings: SaveSettings(); return;
+        case TimerId::DisplaySettle: OnDisplaysSettled(); return;
+        case TimerId::CopiedLookEnd: RefreshPopupAndTray(); return;
+        case TimerId::PwmSafePoll: RefreshPopupAndTray(); return;
+        case TimerId::PwmSafeVerify: RefreshPopupAndTray(); return;
+        case TimerId::PopupAutoHide: OnAutoHideTimer(); return;
+        case TimerId::TrayRetry: OnTrayRetryTimer(); return;
+        case TimerId::GammaFixPoll: return;
+    }
+}
+
+void OnTimerId(WPARAM id) {
+    if (IsTimerId(id)) OnTimer(static_cast<TimerId>(id));
+}
+
+LRESULT OnMouseActivate() {
+    g_app.popupArmed = true;
+    return MA_ACTIVATE;
+}
+
+// Both words hold the same DPI; some senders fill only the low one.
+UINT DpiFrom(WPARAM wParam) {
+    return wParam > 0xFFFF ? HIWORD(wParam) : LOWORD(wParam);
+}
+
+const RECT* SuggestedRect(LPARAM lParam) {
+    return reinterpret_cast<const RECT*>(lParam);
+}
+
+bool IsTaskbarCreated(UINT message) {
+    return g_app.taskbarCreatedMessage != 0 && message == g_app.taskbarCreatedMessage;
+}
+
+}  // namespace
+
+// clang-format off
+LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (IsTaskbarCreated(message)) { OnTaskbarCreated(); return 0; }
+    switch (message) {
+        case kMessageLegacyNotice:       ShowLegacyNotice();                                          return 0;
+        case kMessageShowPopup:          ShowPopup();                                                 return 0;
+        case kMessageMagnificationError: ShowMagnificationError(static_cast<int>(wParam));            return 0;
+        case WM_POWERBROADCAST:          OnPowerBroadcast(wParam);                                    return TRUE;
+        case WM_LBUTTONDOWN:             OnMouseDown(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));     return 0;
+        case WM_LBUTTONUP:               OnMouseUp();                                                 return 0;
+        case WM_CAPTURECHANGED:          OnCaptureLost();                                             return 0;
+        case WM_MOUSEMOVE:               OnMouseMove(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));     return 0;
+        case WM_DPICHANGED:              OnDpiChanged(DpiFrom(wParam), SuggestedRect(lParam));        return 0;
+        case kMessageTray:               OnTrayCallback(lParam);                                      return 0;
+        case WM_MOUSEACTIVATE:                                                             return OnMouseActivate();
+        case WM_DISPLAYCHANGE:           OnDisplayChange();                                           return 0;
+        case WM_TIMER:                   OnTimerId(wParam);                                           return 0;
+        case WM_ENDSESSION:              OnEndSession(wParam != FALSE);                               return 0;
+        case WM_CREATE:                  OnCreate(window);                                            return 0;
+        case WM_DESTROY:                 OnDestroy();                                                 return 0;
+        case WM_ACTIVATE:                OnActivate(LOWORD(wParam), reinterpret_cast<HWND>(lParam));  return 0;
+        case WM_PAINT:                   PaintPopup(window);                                          return 0;
+        case WM_CLOSE:                   HidePopup();                                                 return 0;
+        case WM_ERASEBKGND:                                                                           return 1;
+        default:                         return DefWindowProcW(window, message, wParam, lParam);
+    }
+}
+// clang-format on
