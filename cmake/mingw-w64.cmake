@@ -1,9 +1,10 @@
 # Cross-compiles for 64-bit Windows with mingw-w64 (posix threads).
-# AMBREL_COMPILER=clang takes clang++ for the compiling and mingw-w64's g++ for the linking.
+# AMBREL_COMPILER=clang takes clang++ with mingw-w64's headers, libraries and linker.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 
 set(AMBREL_TRIPLE x86_64-w64-mingw32)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../lab/run-in-lab)
 set(CMAKE_RC_COMPILER ${AMBREL_TRIPLE}-windres)
 set(CMAKE_FIND_ROOT_PATH /usr/${AMBREL_TRIPLE})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
@@ -13,16 +14,15 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES AMBREL_COMPILER)
 
 if(AMBREL_COMPILER STREQUAL "clang")
-    # clang does not look for mingw-w64's C++ headers by itself, and its driver does not know where the
-    # posix-threads runtime lives: it is told the former, and g++ does the linking.
+    # clang does not look for mingw-w64's posix-threads runtime by itself: it is told where the C++ headers
+    # are, and g++ does the linking.
     execute_process(COMMAND ${AMBREL_TRIPLE}-g++-posix -dumpversion
                     OUTPUT_VARIABLE gcc_version OUTPUT_STRIP_TRAILING_WHITESPACE)
-    set(cxx_headers /usr/lib/gcc/${AMBREL_TRIPLE}/${gcc_version}/include/c++)
+    set(gcc_folder /usr/lib/gcc/${AMBREL_TRIPLE}/${gcc_version})
+    set(cxx_headers ${gcc_folder}/include/c++)
     set(CMAKE_CXX_COMPILER clang++)
     set(CMAKE_CXX_COMPILER_TARGET ${AMBREL_TRIPLE})
     set(CMAKE_CXX_FLAGS_INIT "-stdlib++-isystem ${cxx_headers} -isystem ${cxx_headers}/${AMBREL_TRIPLE}")
-    set(CMAKE_CXX_LINK_EXECUTABLE
-        "${AMBREL_TRIPLE}-g++-posix <CMAKE_CXX_LINK_FLAGS> <LINK_FLAGS> <OBJECTS> -o <TARGET> <LINK_LIBRARIES>")
     set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 else()
     set(CMAKE_CXX_COMPILER ${AMBREL_TRIPLE}-g++-posix)
