@@ -24,8 +24,8 @@ void OnTimer(TimerId timer) {
     switch (timer) {
         case TimerId::SaveSettings: SaveSettings(); return;
         case TimerId::DisplaySettle: OnDisplaysSettled(); return;
-        case TimerId::CopiedLookEnd: RefreshPopupAndTray(); return;
-        case TimerId::PwmSafePoll: RefreshPopupAndTray(); return;
+        case TimerId::CopiedLookEnd:
+        case TimerId::PwmSafePoll:
         case TimerId::PwmSafeVerify: RefreshPopupAndTray(); return;
         case TimerId::PopupAutoHide: OnAutoHideTimer(); return;
         case TimerId::TrayRetry: OnTrayRetryTimer(); return;

@@ -95,8 +95,8 @@ std::wstring ReadHardwareName() {
     if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kBiosKey, 0, KEY_QUERY_VALUE, bios.Out()) != ERROR_SUCCESS) {
         return kUnknown;
     }
-    const std::wstring manufacturer = ReadText(bios.key, L"SystemManufacturer");
-    const std::wstring product = ReadText(bios.key, L"SystemProductName");
+    std::wstring manufacturer = ReadText(bios.key, L"SystemManufacturer");
+    std::wstring product = ReadText(bios.key, L"SystemProductName");
     if (manufacturer.empty() && product.empty()) return kUnknown;
     if (manufacturer.empty()) return product;
     if (product.empty()) return manufacturer;
