@@ -1,0 +1,49 @@
+"""The program in a Wine desktop window on a person's own display."""
+
+import os
+import time
+from pathlib import Path
+
+from .desktop import Desktop
+from .magnification import Magnification
+from .places import DEFAULT_BUILD, LabError
+from .prefix import Prefix
+from .processes import processes_named
+from .run import Run
+from .unit import end_on_signals
+from .x11 import Connection
+
+
+def run_on_display(display=None, build_dir=DEFAULT_BUILD, size=(1280, 800), dpi=96):
+    """Runs the built program on `display` ($DISPLAY when none is named) until it quits or its desktop is closed.
+
+    The display's gamma ramp is put back afterwards, whatever happens, and nothing stays behind. Nothing of one run,
+    such as the settings, is there in the next.
+    """
+    display = display or os.environ.get("DISPLAY")
+    exe = Path(build_dir) / "ambrel.exe"
+    if not display:
+        raise LabError("DISPLAY is not set: there is no screen to show the desktop on")
+    if not exe.exists():
+        raise LabError(f"{exe} has not been built")
+    end_on_signals()
+    run = Run(size, borrowed_display=display)
+    try:
+        connection = Connection(run.display)
+        if not connection.ramp_size():
+            print("lab: this display has no gamma ramp, so the filter will not be seen")
+        connection.close()
+        prefix = Prefix(run.folder / "prefix")
+        Magnification(prefix, Path(build_dir) / "lab").install("ok")
+        access = {name: os.environ[name] for name in ("XAUTHORITY",) if name in os.environ}
+        desktop = Desktop(prefix, run, size, dpi, Path(build_dir) / "lab" / "labtool.exe", "-all", access)
+        prefix.put(exe, "C:\\Ambrel\\ambrel.exe")
+        program = desktop.start(["C:\\Ambrel\\ambrel.exe"])
+        # A desktop closed by its window's button ends the program too, but one whose window is lost may not.
+        while program.poll() is None and processes_named(prefix.folder, "explorer.exe"):
+            time.sleep(0.2)
+        finished = program.poll()
+        desktop.close()
+        return finished or 0
+    finally:
+        run.close()

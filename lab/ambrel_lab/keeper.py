@@ -1,0 +1,89 @@
+"""The keeper: one small process beside each lab that owns its X server and clears up when the lab is gone.
+
+It waits for the end of its standard input, which comes when the lab closes it and just as surely when the lab's
+process is killed. Then it ends every process of the run, puts a borrowed display's gamma ramp back and deletes the
+run's folder. It is the only place where that is done, so every way of ending takes the same path.
+"""
+
+import ctypes
+import json
+import os
+import shutil
+import signal
+import subprocess
+import sys
+from pathlib import Path
+
+from .processes import end_processes
+
+PR_SET_PDEATHSIG = 1
+KEPT = "keep"
+
+
+def die_with_parent():
+    ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGTERM)
+
+
+def start_screen(folder):
+    """Starts the X server configured in the folder and returns (process, display)."""
+    reader, writer = os.pipe()
+    command = ["Xorg", "-displayfd", str(writer), "-config", str(folder / "xorg.conf"),
+               "-logfile", str(folder / "xorg.log"), "-nolisten", "tcp", "-novtswitch", "-sharevts", "-noreset",
+               "-ac", "-quiet"]
+    with open(folder / "xorg.out", "wb") as out:
+        # A session of its own, or a Ctrl-C at the terminal would take the screen away before the clearing up.
+        server = subprocess.Popen(command, pass_fds=[writer], stdin=subprocess.DEVNULL, stdout=out, stderr=out,
+                                  preexec_fn=die_with_parent, start_new_session=True)
+    os.close(writer)
+    with os.fdopen(reader) as answer:
+        number = answer.readline().strip()
+    return server, f":{number}" if number else ""
+
+
+def end_screen(server):
+    server.terminate()
+    try:
+        server.wait(5)
+    except subprocess.TimeoutExpired:
+        server.kill()
+        server.wait()
+
+
+def give_back(connection, ramp):
+    """Loads a borrowed display's own ramp again; a display that is gone needs none."""
+    from .places import LabError
+    try:
+        if ramp:
+            connection.set_ramp(ramp)
+        connection.close()
+    except LabError:
+        pass
+
+
+def keep(folder, borrowed_display):
+    connection, ramp, server, display = None, None, None, borrowed_display
+    if borrowed_display:
+        from .x11 import Connection
+        connection = Connection(borrowed_display)
+        ramp = connection.ramp() if connection.ramp_size() else None
+    else:
+        server, display = start_screen(folder)
+    print(json.dumps({"display": display}), flush=True)
+    sys.stdin.buffer.read()
+    end_processes(folder / "prefix")
+    if connection:
+        give_back(connection, ramp)
+    if server:
+        end_screen(server)
+    if not (folder / KEPT).exists():
+        shutil.rmtree(folder, ignore_errors=True)
+
+
+def main():
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, signal.SIG_IGN)
+    keep(Path(sys.argv[1]), sys.argv[2] if len(sys.argv) > 2 else "")
+
+
+if __name__ == "__main__":
+    main()

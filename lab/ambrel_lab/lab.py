@@ -1,0 +1,133 @@
+"""Lab: one virtual screen with one Windows desktop on it."""
+
+from pathlib import Path
+
+from .desktop import Desktop
+from .input import Hands
+from .magnification import Magnification
+from .places import DEFAULT_BUILD
+from .popup import PopupActions
+from .prefix import Prefix
+from .program import ProgramActions
+from .run import Run
+from .windows import WindowsActions
+from .x11 import Connection
+
+
+class Lab(PopupActions, ProgramActions, WindowsActions):
+    """A screen, a copy of the template prefix and a desktop of its own; several may run side by side.
+
+    Use it with `with`. Whatever happens to it, nothing that it started stays behind: a keeper process clears up
+    when the lab closes and also when the lab's process is killed.
+    """
+
+    def __init__(self, build_dir=DEFAULT_BUILD, dpi=96, size=(1920, 1080), magnification="ok", debug="-all",
+                 keep=False, tools=True):
+        """`magnification` is a key of magnification.LIBRARIES. `debug` is WINEDEBUG, recorded in wine_log().
+        `keep` leaves the run's folder for a look afterwards. Without `tools` there is only a screen and a prefix:
+        nothing needs to have been built, and the Magnification double is not there."""
+        self.build_dir, self.dpi, self.size = Path(build_dir), dpi, size
+        self.program, self.program_path = None, "C:\\Ambrel\\ambrel.exe"
+        self.connection, self.desktop = None, None
+        self._options = (magnification, debug, keep, tools)
+
+    def __enter__(self):
+        magnification, debug, keep, tools = self._options
+        self.run = Run(self.size, kept=keep)
+        try:
+            doubles = self.build_dir / "lab"
+            self.prefix = Prefix(self.run.folder / "prefix")
+            self.magnification = Magnification(self.prefix, doubles)
+            if tools:
+                self.magnification.install(magnification)
+            self.connection = Connection(self.run.display)
+            self.hands = Hands(self.run.display)
+            self.desktop = Desktop(self.prefix, self.run, self.size, self.dpi, tools and doubles / "labtool.exe", debug)
+        except BaseException:
+            self.close()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        self.close()
+
+    def close(self):
+        """Ends everything. Calling it again does nothing."""
+        if self.connection:
+            self.connection.close()
+        if self.desktop:
+            self.desktop.close()
+        self.run.close()
+
+    @property
+    def folder(self):
+        """The run's folder, which holds the prefix and the logs."""
+        return self.run.folder
+
+    @property
+    def display(self):
+        return self.run.display
+
+    def wine_log(self):
+        """What Wine and the programs' standard error wrote."""
+        return self.desktop.log.read_text(errors="replace") if self.desktop.log.exists() else ""
+
+    def click(self, x, y, button=1):
+        self.hands.click(x, y, button)
+
+    def press(self, x, y, button=1):
+        self.hands.press(x, y, button)
+
+    def move(self, x, y):
+        self.hands.move(x, y)
+
+    def release(self, button=1):
+        self.hands.release(button)
+
+    def drag(self, x0, y0, x1, y1, steps=10, release=True):
+        self.hands.drag(x0, y0, x1, y1, steps=steps, release=release)
+
+    def key(self, combination):
+        self.hands.key(combination)
+
+    def screenshot(self, path=None):
+        """The whole screen as a Picture, saved as PNG when a path is given. A gamma ramp is not in it."""
+        picture = self.connection.picture()
+        if path:
+            picture.save(path)
+        return picture
+
+    def eye_picture(self, path=None):
+        """The screen as the eye sees it: with the gamma ramp in force applied."""
+        picture = self.connection.picture().through(self.connection.ramp())
+        if path:
+            picture.save(path)
+        return picture
+
+    def pixel(self, x, y):
+        """(red, green, blue) of one pixel of the screen, without the gamma ramp."""
+        return self.connection.picture(x, y, 1, 1).pixel(0, 0)
+
+    def ramp(self):
+        """The gamma ramp in force: three lists (red, green, blue) of 256 numbers from 0 to 65535, 8 bits exact."""
+        return self.connection.ramp()
+
+    def set_ramp(self, ramp):
+        self.connection.set_ramp(ramp)
+
+    def magnification_calls(self):
+        """Every call that the program made to Magnification.dll; see magnification.Call."""
+        return self.magnification.calls()
+
+    def magnification_script(self, effect=(0,), initialize=0):
+        """What Magnification.dll answers from now on; see Magnification.script."""
+        self.magnification.script(effect, initialize)
+
+    def run_tool(self, name, *arguments, timeout=20.0):
+        """The text that a command of tools/main.cpp prints; ToolError when it fails."""
+        return self.desktop.ask(name, *arguments, timeout=timeout)
+
+    def run_unit(self, exe, arguments=(), timeout=None):
+        """Runs a console program of the build here; output streamed, exit code returned."""
+        from .unit import run_console
+        return run_console(self.desktop, exe, arguments, timeout)

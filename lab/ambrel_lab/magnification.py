@@ -1,0 +1,75 @@
+"""The double of Magnification.dll in one prefix: which one is there, what it answers, what it was asked."""
+
+import os
+from dataclasses import dataclass
+
+from .places import LabError
+
+DLL = "C:\\windows\\system32\\Magnification.dll"
+SCRIPT = "C:\\lab\\magnification.script"
+LOG = "C:\\lab\\magnification.log"
+
+# What the library is: whole, without one entry point, or not there at all.
+LIBRARIES = {
+    "ok": "magnification.dll",
+    "missing": None,
+    "without-initialize": "magnification-without-initialize.dll",
+    "without-uninitialize": "magnification-without-uninitialize.dll",
+    "without-effect": "magnification-without-effect.dll",
+}
+
+
+@dataclass
+class Call:
+    """One call that the program made. `matrix` holds 25 floats for the effect and none for the others."""
+
+    function: str
+    result: int
+    error: int
+    matrix: list
+
+    @property
+    def diagonal(self):
+        """(red, green, blue) factors of an effect."""
+        return tuple(self.matrix[6 * channel] for channel in range(3))
+
+
+class Magnification:
+    def __init__(self, prefix, double_folder):
+        self.prefix, self.double_folder, self.serial = prefix, double_folder, 0
+
+    def install(self, kind):
+        """Puts a library of LIBRARIES into system32; a program that has loaded another keeps that one."""
+        if kind not in LIBRARIES:
+            raise LabError(f"no such Magnification library: {kind}; there are {', '.join(LIBRARIES)}")
+        if LIBRARIES[kind]:
+            self.prefix.put(self.double_folder / LIBRARIES[kind], DLL)
+        else:
+            self.prefix.path(DLL).unlink(missing_ok=True)
+
+    def script(self, effect=(0,), initialize=0):
+        """What the library answers from now on, also while the program runs.
+
+        `effect` is the error of each coming effect call, 0 being success; the last one answers all later calls, so
+        (87, 0) fails once with error 87 and (87,) for ever. A program that loads the library anew starts the list
+        again. `initialize` is the error of MagInitialize.
+        """
+        self.serial += 1
+        path = self.prefix.path(SCRIPT)
+        text = f"serial={self.serial}\ninitialize={initialize}\neffect={','.join(map(str, effect))}\n"
+        temporary = path.with_suffix(".new")
+        temporary.write_text(text)
+        os.replace(temporary, path)
+
+    def calls(self):
+        """Every call so far, oldest first."""
+        path = self.prefix.path(LOG)
+        calls = []
+        for line in path.read_text().splitlines() if path.exists() else []:
+            function, result, error, matrix = line.split("\t")
+            calls.append(Call(function, int(result), int(error), [float(cell) for cell in matrix.split()]))
+        return calls
+
+    def forget(self):
+        """Empties the record."""
+        self.prefix.path(LOG).unlink(missing_ok=True)

@@ -1,0 +1,64 @@
+"""The Linux processes behind a prefix, found by the environment that the lab gave them."""
+
+import os
+import shutil
+import signal
+import time
+from pathlib import Path
+
+from .places import server_folder
+
+TICKS = os.sysconf("SC_CLK_TCK")
+
+
+def read_bytes(path):
+    try:
+        return Path(path).read_bytes()
+    except OSError:
+        return b""
+
+
+def processes_of(prefix):
+    """Process ids of everything that runs in the prefix, Wine's server and services included."""
+    mark = f"WINEPREFIX={prefix}".encode()
+    found = []
+    for name in os.listdir("/proc"):
+        if name.isdigit() and mark in read_bytes(f"/proc/{name}/environ").split(b"\0"):
+            found.append(int(name))
+    return found
+
+
+def processes_named(prefix, image):
+    """Process ids of the Windows programs in the prefix whose file is called `image`, ordered by their start."""
+    found = []
+    for pid in processes_of(prefix):
+        words = read_bytes(f"/proc/{pid}/cmdline").split(b"\0")[:2]
+        names = [word.replace(b"/", b"\\").rsplit(b"\\", 1)[-1].decode("utf-8", "replace").lower() for word in words]
+        if image.lower() in names:
+            found.append(pid)
+    return sorted(found)
+
+
+def processor_time(pid):
+    """Seconds of processor time that a process has used so far."""
+    fields = read_bytes(f"/proc/{pid}/stat").rsplit(b")", 1)[1].split()
+    return (int(fields[11]) + int(fields[12])) / TICKS
+
+
+def end_processes(prefix, patience=10.0):
+    """Ends everything in the prefix at once, and Wine's traces of it outside. True when nothing is left."""
+    prefix = Path(prefix)
+    if not prefix.exists():
+        return True
+    deadline = time.monotonic() + patience
+    while pids := processes_of(prefix):
+        if time.monotonic() > deadline:
+            return False
+        for pid in pids:
+            try:
+                os.kill(pid, signal.SIGKILL)
+            except ProcessLookupError:
+                pass
+        time.sleep(0.02)
+    shutil.rmtree(server_folder(prefix), ignore_errors=True)
+    return True

@@ -1,0 +1,116 @@
+"""The program in a lab: its files, its process, its messages. Mixed into Lab."""
+
+import time
+from pathlib import Path
+
+from .places import LabError
+from .popup import WINDOW_CLASS
+from .processes import processes_named, processor_time
+from .waiting import wait_until
+
+
+class ProgramActions:
+    """Needs `prefix`, `desktop` and `build_dir` of Lab."""
+
+    def install_program(self, exe=None, target="C:\\Ambrel\\ambrel.exe"):
+        """Copies the program (the built one when none is named) to `target` and makes that the program of this lab."""
+        exe = Path(exe or self.build_dir / "ambrel.exe")
+        if not exe.exists():
+            raise LabError(f"{exe} has not been built")
+        self.program_path = target
+        return self.prefix.put(exe, target)
+
+    def start_program(self, *arguments):
+        """Starts the installed program and returns its process; call it again for a second instance."""
+        self.program = self.desktop.start([self.program_path, *arguments])
+        return self.program
+
+    @property
+    def program_image(self):
+        return self.program_path.rsplit("\\", 1)[-1]
+
+    def program_pids(self):
+        """Linux process ids of every running instance, however it was started."""
+        return processes_named(self.prefix.folder, self.program_image)
+
+    def program_running(self):
+        for child in self.desktop.children:
+            child.poll()
+        return bool(self.program_pids())
+
+    def wait_for_exit(self, timeout=10.0):
+        """Waits until no instance runs; the exit code (low eight bits) of the one last started by start_program."""
+        wait_until(lambda: not self.program_running(), timeout, f"the end of {self.program_image}")
+        return self.program.wait() if self.program else None
+
+    def kill_program(self):
+        """Ends every instance as a crash would, without its clean-up."""
+        self.desktop.run(["taskkill", "/f", "/im", self.program_image])
+        self.wait_for_exit()
+
+    def processor_seconds(self):
+        """Processor time used so far by the first running instance."""
+        return processor_time(self.program_pids()[0])
+
+    def processor_share(self, seconds):
+        """The share of one processor (0.01 is 1%) that the program uses during the next seconds; 10 ms exact."""
+        before = self.processor_seconds()
+        time.sleep(seconds)
+        return (self.processor_seconds() - before) / seconds
+
+    def gdi_objects(self):
+        """How many GDI objects the program holds."""
+        return self.desktop.facts("process", self.program_image)["gdi"]
+
+    def post_message(self, message, wparam=0, lparam=0, target=WINDOW_CLASS):
+        self.desktop.ask("message", target, "post", message, wparam, lparam)
+
+    def send_message(self, message, wparam=0, lparam=0, target=WINDOW_CLASS, timeout=10.0):
+        """The answer of the window procedure, as a signed number; an unsent message raises ToolError."""
+        text = self.desktop.ask("message", target, "send", message, wparam, lparam, int(timeout * 1000),
+                                timeout=timeout + 5)
+        return int(text.partition("=")[2])
+
+    @property
+    def settings_folder(self):
+        return self.prefix.roaming / "Ambrel2"
+
+    @property
+    def settings_path(self):
+        return self.settings_folder / "settings.ini"
+
+    @property
+    def events_path(self):
+        return self.settings_folder / "events.log"
+
+    def settings_text(self):
+        """settings.ini as it is, "" when it does not exist; its line ends become plain line feeds."""
+        return self._text(self.settings_path)
+
+    def settings(self):
+        """settings.ini as {key: text}; sections are not told apart."""
+        lines = [line.partition("=") for line in self.settings_text().splitlines() if "=" in line]
+        return {key.strip(): value.strip() for key, _, value in lines}
+
+    def write_settings(self, content):
+        """Writes settings.ini as the given bytes or text, or deletes it for None."""
+        self._write(self.settings_path, content)
+
+    def events_text(self):
+        """events.log as text, "" when it does not exist; its line ends become plain line feeds."""
+        return self._text(self.events_path)
+
+    def write_events(self, content):
+        self._write(self.events_path, content)
+
+    @staticmethod
+    def _text(path):
+        return path.read_bytes().decode("utf-8", "replace").replace("\r\n", "\n") if path.exists() else ""
+
+    @staticmethod
+    def _write(path, content):
+        path.parent.mkdir(parents=True, exist_ok=True)
+        if content is None:
+            path.unlink(missing_ok=True)
+        else:
+            path.write_bytes(content.encode("utf-8") if isinstance(content, str) else content)

@@ -1,0 +1,135 @@
+"""A run: a folder of its own under the lab's state, a keeper beside it, and a screen."""
+
+import fcntl
+import json
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+from .keeper import KEPT
+from .places import STATE, LabError, make_home
+from .processes import end_processes
+
+LOCK = "lock"
+KEEPER = "from ambrel_lab.keeper import main; main()"
+
+XORG_CONFIG = """\
+Section "ServerFlags"
+    Option "AutoAddDevices" "false"
+    Option "AutoAddGPU" "false"
+    Option "DontVTSwitch" "true"
+    Option "BlankTime" "0"
+    Option "StandbyTime" "0"
+    Option "SuspendTime" "0"
+    Option "OffTime" "0"
+EndSection
+Section "Device"
+    Identifier "card"
+    Driver "dummy"
+    VideoRam 131072
+EndSection
+Section "Monitor"
+    Identifier "monitor"
+    HorizSync 1-2000
+    VertRefresh 1-1000
+{modelines}
+EndSection
+Section "Screen"
+    Identifier "screen"
+    Device "card"
+    Monitor "monitor"
+    DefaultDepth 24
+    SubSection "Display"
+        Depth 24
+        Modes {modes}
+        Virtual {width} {height}
+    EndSubSection
+EndSection
+"""
+
+
+def screen_config(width, height):
+    """The X server's configuration: the wanted size first, then smaller ones to change to."""
+    sizes = [(width, height)] + [size for size in ((1920, 1080), (1280, 720), (1024, 768), (800, 600))
+                                 if size[0] < width and size[1] < height]
+    lines = []
+    for wide, high in sizes:
+        timing = f"{wide} {wide + 40} {wide + 120} {wide + 200} {high} {high + 3} {high + 8} {high + 30}"
+        clock = (wide + 200) * (high + 30) * 60 / 1e6
+        lines.append(f'    Modeline "{wide}x{high}" {clock:.2f} {timing}')
+    modes = " ".join(f'"{wide}x{high}"' for wide, high in sizes)
+    return XORG_CONFIG.format(modelines="\n".join(lines), modes=modes, width=width, height=height)
+
+
+def remove_leftovers(runs):
+    """Deletes the folders of runs whose lab and keeper both died, and ends what still runs in them."""
+    for folder in runs.iterdir():
+        if (folder / KEPT).exists():
+            continue
+        try:
+            with open(folder / LOCK, "w") as handle:
+                fcntl.flock(handle, fcntl.LOCK_EX | fcntl.LOCK_NB)
+                end_processes(folder / "prefix")
+                shutil.rmtree(folder, ignore_errors=True)
+        except OSError:
+            # It is in use, or its keeper has just deleted it.
+            pass
+
+
+def make_folder(kept):
+    """A new run's (folder, lock held on it). No other lab looks for leftovers between the two."""
+    runs = STATE / "runs"
+    runs.mkdir(parents=True, exist_ok=True)
+    with open(STATE / "runs.lock", "w") as guard:
+        fcntl.flock(guard, fcntl.LOCK_EX)
+        remove_leftovers(runs)
+        folder = Path(tempfile.mkdtemp(prefix=time.strftime("%H%M%S-"), dir=runs))
+        if kept:
+            (folder / KEPT).touch()
+        lock = open(folder / LOCK, "w")
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        return folder, lock
+
+
+class Run:
+    """A folder, a screen and the promise that both are gone afterwards. `folder`, `home` and `display` are set.
+
+    With `borrowed_display` no screen is made: that display is used, and its gamma ramp is put back at the end.
+    """
+
+    def __init__(self, size=(1920, 1080), borrowed_display="", kept=False):
+        self.folder, lock = make_folder(kept)
+        self.home = make_home(self.folder / "home")
+        (self.folder / "xorg.conf").write_text(screen_config(*size))
+        # The keeper holds the lock too: it is free only when both are gone.
+        with lock:
+            environment = dict(os.environ, PYTHONPATH=str(Path(__file__).resolve().parents[1]),
+                               PYTHONDONTWRITEBYTECODE="1")
+            self.keeper = subprocess.Popen(
+                [sys.executable, "-S", "-c", KEEPER, str(self.folder), borrowed_display],
+                stdin=subprocess.PIPE, stdout=subprocess.PIPE, env=environment, pass_fds=[lock.fileno()],
+                start_new_session=True, text=True)
+        self._display = ""
+
+    @property
+    def display(self):
+        """The display's name. The screen starts while the prefix is being copied; only this waits for it."""
+        if not self._display:
+            answer = self.keeper.stdout.readline()
+            self._display = json.loads(answer)["display"] if answer else ""
+            if not self._display:
+                log = self.folder / "xorg.out"
+                reason = log.read_text(errors="replace")[-2000:] if log.exists() else ""
+                raise LabError(f"the screen did not start\n{reason}")
+        return self._display
+
+    def close(self):
+        """Returns when every process of the run has ended and its folder is gone."""
+        if self.keeper.poll() is None:
+            self.keeper.stdin.close()
+            self.keeper.stdout.close()
+            self.keeper.wait()

@@ -1,0 +1,180 @@
+"""Checks of the lab itself, without the program: run by lab.py selftest."""
+
+import os
+import signal
+import subprocess
+import sys
+import time
+import traceback
+from pathlib import Path
+
+from .desktop import TOOL
+from .lab import Lab
+from .places import STATE
+from .waiting import wait_until
+from .x11 import identity_ramp
+
+LONGEST_LINE = "\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%"
+LONGEST_LINE_UNITS = 276
+TOLERANCE = 256
+
+# A lab in a process of its own, to be ended from outside while everything runs.
+VICTIM = """
+import sys, time
+from ambrel_lab import Lab
+with Lab(sys.argv[1]) as lab:
+    lab.metrics()
+    print(lab.folder, flush=True)
+    time.sleep(60)
+"""
+
+
+def still_alive(folder):
+    """Processes whose environment or command line names the run's folder."""
+    mark, found = str(folder).encode(), []
+    for name in os.listdir("/proc"):
+        if name.isdigit() and int(name) != os.getpid():
+            for file in ("environ", "cmdline"):
+                try:
+                    if mark in Path("/proc", name, file).read_bytes():
+                        found.append(int(name))
+                except OSError:
+                    pass
+    return found
+
+
+def close_enough(got, wanted):
+    return abs(got - wanted) <= TOLERANCE
+
+
+def check_fonts(lab):
+    for weight in (700, 900):
+        line = lab.measure_text("Segoe UI", 12, weight, LONGEST_LINE)
+        assert line["face"] == "Segoe UI" and line["weight"] == 700, line
+        assert line["first_glyph"] >= 0 and line["width"] <= LONGEST_LINE_UNITS, line
+    assert lab.measure_text("Segoe UI", 12, 400, LONGEST_LINE)["weight"] == 400
+    assert lab.measure_text("Segoe MDL2 Assets", 18, 400, "\ue713")["first_glyph"] >= 0
+    narrow, wide = (lab.measure_text("Consolas", 12, 700, text)["width"] for text in ("iiii", "WWWW"))
+    assert narrow == wide, (narrow, wide)
+
+
+def check_screen(lab):
+    ramp = [[step * 257 // divisor for step in range(256)] for divisor in (1, 2, 4)]
+    lab.set_ramp(ramp)
+    assert all(close_enough(got, wanted) for pair in zip(lab.ramp(), ramp) for got, wanted in zip(*pair))
+    red, green, blue = lab.screenshot().pixel(5, 5)
+    assert lab.eye_picture().pixel(5, 5) == (red, green // 2, blue // 4)
+    lab.set_ramp(identity_ramp())
+    lab.move(300, 200)
+    metrics = lab.metrics()
+    assert (metrics["cursor_x"], metrics["cursor_y"]) == (300, 200), metrics
+    assert metrics["work_bottom"] == 1060 and metrics["dpi"] == 96, metrics
+
+
+def fresh_magnification(lab):
+    """What a program that starts now finds of the library, as a set of lines."""
+    child = lab.desktop.start([TOOL, "magnify", "1", "1", "1"], stdout=subprocess.PIPE)
+    return set(child.communicate(timeout=20)[0].decode().split())
+
+
+def check_magnification(lab):
+    lab.run_tool("magnify", 1000, 500, 0, "keep")
+    assert all(close_enough(got, wanted) for got, wanted in zip((c[255] for c in lab.ramp()), (65535, 32768, 0)))
+    assert lab.magnification_calls()[-1].diagonal == (1.0, 0.5, 0.0)
+    lab.magnification_script(effect=(87, 0))
+    answers = [lab.run_tool("magnify", 1000, 1000, 1000, "keep").strip().rpartition("=")[2] for _ in range(3)]
+    assert answers == ["87", "0", "0"], answers
+    lab.magnification_script(initialize=5)
+    assert "initialize_error=5" in lab.run_tool("magnify", 1000, 1000, 1000)
+    lab.magnification_script()
+    lab.run_tool("magnify", 1000, 1000, 1000, "keep")
+    lab.magnification.install("without-effect")
+    # A program that has loaded a library keeps it; a new one finds the other.
+    assert {"initialize=1", "uninitialize=1", "effect=0"} <= fresh_magnification(lab)
+    lab.magnification.install("missing")
+    assert "loaded=0" in fresh_magnification(lab)
+    assert lab.ramp()[1][255] > 65000
+
+
+def check_windows(lab):
+    key = "HKCU\\Software\\Lab \u017c\u00f3\u0142w"
+    for name, value in (("text", "a\tb\\c \u26a0"), ("number", 7), ("bytes", b"\0\1"), ("kind", (7, b"a\0\0\0"))):
+        lab.registry_set(key, name, value)
+        assert lab.registry_get(key, name) == value
+    assert lab.registry_delete(key) and lab.registry_get(key, "text") is None
+    lab.set_clipboard_text("one\r\ntwo\t\u26a0")
+    assert lab.clipboard_text() == "one\r\ntwo\t\u26a0"
+    with lab.other_window():
+        assert lab.window_facts("LabOtherWindow")["foreground"] == 1
+    assert lab.window_facts("LabOtherWindow") is None
+    lab.change_mode(1280, 720)
+    assert lab.metrics()["width"] == 1280
+    assert lab.message_boxes() == [] and lab.tray_icons() == []
+
+
+def check_registry_before_start(build_dir):
+    with Lab(build_dir, dpi=144) as lab:
+        lab.registry_set("HKLM\\Software\\Lab \u26a0", "name \"q\"", "value \\ \u017c")
+        assert lab.registry_get("HKLM\\Software\\Lab \u26a0", "name \"q\"") == "value \\ \u017c"
+        assert lab.metrics()["dpi"] == 144
+        roaming = lab.prefix.roaming
+        assert roaming.is_dir(), roaming
+
+
+def check_end(build_dir, number):
+    """Whatever ends a lab's process, nothing that it started stays."""
+    environment = dict(os.environ, PYTHONPATH=str(Path(__file__).resolve().parents[1]), PYTHONDONTWRITEBYTECODE="1")
+    victim = subprocess.Popen([sys.executable, "-c", VICTIM, str(build_dir)], env=environment, text=True,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    folder = Path(victim.stdout.readline().strip())
+    assert folder.parent == STATE / "runs" and len(still_alive(folder)) > 5, folder
+    victim.send_signal(number)
+    victim.wait(20)
+    victim.stdout.close()
+    wait_until(lambda: not still_alive(folder) and not folder.exists(), 10.0, f"the end of all after {number.name}")
+
+
+def check_failure(build_dir):
+    folder = None
+    try:
+        with Lab(build_dir) as lab:
+            folder = lab.folder
+            lab.metrics()
+            raise ZeroDivisionError
+    except ZeroDivisionError:
+        pass
+    assert not folder.exists() and not still_alive(folder), still_alive(folder)
+
+
+def side_by_side(build_dir):
+    with Lab(build_dir) as one, Lab(build_dir) as other:
+        one.set_clipboard_text("one")
+        other.set_clipboard_text("other")
+        one.run_tool("magnify", 500, 500, 500, "keep")
+        assert (one.clipboard_text(), other.clipboard_text()) == ("one", "other")
+        assert one.ramp()[0][255] < 40000 < other.ramp()[0][255]
+
+
+def selftest(build_dir):
+    """Runs every check, prints one line each, and returns 0 when all passed."""
+    failures = 0
+
+    def check(name, call):
+        nonlocal failures
+        started = time.monotonic()
+        try:
+            call()
+            verdict = "ok"
+        except Exception:
+            failures += 1
+            verdict = "FAILED\n" + traceback.format_exc()
+        print(f"{name:32} {time.monotonic() - started:5.1f} s  {verdict}", flush=True)
+
+    with Lab(build_dir) as lab:
+        for call in (check_fonts, check_screen, check_magnification, check_windows):
+            check(call.__name__, lambda: call(lab))
+    for call in (check_registry_before_start, check_failure, side_by_side):
+        check(call.__name__, lambda: call(build_dir))
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGKILL):
+        check(f"check_end {number.name}", lambda: check_end(build_dir, number))
+    return 1 if failures else 0

@@ -1,0 +1,119 @@
+"""The rest of Windows in a lab: registry, clipboard, message boxes, modes, the session. Mixed into Lab."""
+
+from collections import namedtuple
+from contextlib import contextmanager
+
+from .desktop import NOT_FOUND, OK, ToolError
+from .desktop import facts as parse_facts
+from .prefix import append_registry
+from .waiting import wait_until
+
+MessageBox = namedtuple("MessageBox", "handle title text buttons owner process")
+Window = namedtuple("Window", "handle window_class title left top right bottom process")
+
+
+class WindowsActions:
+    """Needs `prefix` and `desktop` of Lab. A registry key is such as "HKCU\\\\Software\\\\X" or "HKLM\\\\...";
+    values are str (REG_SZ), int (REG_DWORD), bytes (REG_BINARY) or (type number, bytes)."""
+
+    def registry_get(self, key, name):
+        """The value, None when it is not there."""
+        result, text = self.desktop.tool("registry-get", key, name)
+        if result == NOT_FOUND:
+            return None
+        found = parse_facts(text)
+        data = bytes.fromhex(text.partition("hex=")[2].partition("\n")[0])
+        if found["type"] in (1, 2):
+            return data.decode("utf-16-le").rstrip("\0")
+        return found["value"] if found["type"] == 4 else data if found["type"] == 3 else (found["type"], data)
+
+    def registry_set(self, key, name, value):
+        """Works at any time; before the desktop has started it costs nothing."""
+        if not self.desktop.started():
+            append_registry(self.prefix.folder, key, {name: value})
+        elif isinstance(value, str):
+            self.desktop.ask("registry-set", key, name, "sz", value)
+        elif isinstance(value, int):
+            self.desktop.ask("registry-set", key, name, "dword", value)
+        else:
+            kind, data = value if isinstance(value, tuple) else (3, value)
+            self.desktop.ask("registry-set", key, name, f"hex:{kind}", data.hex())
+
+    def registry_delete(self, key, name=None):
+        """Deletes a value, or the whole key when no name is given; False when it was not there."""
+        return self.desktop.tool("registry-delete", key, *([] if name is None else [name]))[0] == OK
+
+    def clipboard_text(self):
+        """The clipboard's text, None when it holds none."""
+        result, text = self.desktop.tool("clipboard-get")
+        if result not in (OK, NOT_FOUND):
+            raise ToolError("the clipboard could not be opened")
+        return text if result == OK else None
+
+    def set_clipboard_text(self, text):
+        self.desktop.ask("clipboard-set", text)
+
+    @contextmanager
+    def clipboard_held(self):
+        """Within it another program keeps the clipboard open."""
+        holder = self.desktop.start_tool("clipboard-hold")
+        try:
+            yield
+        finally:
+            holder.kill()
+            holder.wait()
+
+    @contextmanager
+    def other_window(self):
+        """Within it an ordinary window (class LabOtherWindow, 400 x 300 at 100,100) exists; it has taken the
+        foreground. Yields its process."""
+        child = self.desktop.start_tool("foreground")
+        try:
+            yield child
+        finally:
+            child.kill()
+            child.wait()
+
+    def windows(self):
+        """Every visible top-level window, topmost first."""
+        rows = self.desktop.rows("windows")
+        return [Window(row[0], row[1], row[2], *map(int, row[3:])) for row in rows]
+
+    def message_boxes(self):
+        """Every visible message box; `buttons` is {id: caption}."""
+        boxes = []
+        for handle, title, text, buttons, owner, process in self.desktop.rows("boxes"):
+            pairs = [button.split("=", 1) for button in buttons.split(";") if button]
+            boxes.append(MessageBox(handle, title, text, {int(number): caption for number, caption in pairs}, owner,
+                                    int(process)))
+        return boxes
+
+    def wait_for_message_box(self, timeout=10.0):
+        return wait_until(self.message_boxes, timeout, "a message box")[0]
+
+    def press_button(self, box, number=None):
+        """Presses a button of a message box (its only or first one when no id is given) and waits for its end."""
+        self.desktop.ask("press", box.handle, number or next(iter(box.buttons)))
+        wait_until(lambda: box.handle not in [other.handle for other in self.message_boxes()], 10.0,
+                   "the end of the message box")
+
+    def change_mode(self, width, height):
+        """Changes the desktop's resolution, which sends WM_DISPLAYCHANGE."""
+        self.desktop.ask("mode", width, height)
+
+    def metrics(self):
+        """width, height, work_left, work_top, work_right, work_bottom, dpi, cursor_x, cursor_y."""
+        return self.desktop.facts("metrics")
+
+    def measure_text(self, face, height, weight, text):
+        """face, weight, width, height and first_glyph (-1: not in the font) of a text that GDI draws at 96 DPI."""
+        return self.desktop.facts("measure", face, height, weight, text)
+
+    def sign_in(self):
+        """Starts what the Run keys name, as signing in to Windows does."""
+        self.desktop.run(["wineboot"], timeout=60)
+
+    def end_session(self):
+        """Ends the Windows session: WM_QUERYENDSESSION, WM_ENDSESSION, then the end of every program with windows."""
+        # Without --shutdown Wine signs in again at once and starts the Run keys' entries.
+        self.desktop.run(["wineboot", "--end-session", "--shutdown"], timeout=60)

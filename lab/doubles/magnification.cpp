@@ -1,0 +1,138 @@
+// Stands in for Magnification.dll, which Wine does not have. Records every call in C:\lab\magnification.log,
+// answers as C:\lab\magnification.script says, and shows an accepted matrix's diagonal on the screen as a
+// gamma ramp.
+//
+// The script is read at every call, so it may change while the program runs. It holds name=value lines:
+//     initialize=ERROR        what MagInitialize fails with; 0 succeeds
+//     effect=ERROR,ERROR,...  what successive effect calls fail with; the last one answers all later calls
+// A script whose text has changed, or a library loaded anew, starts the list from the beginning. No script
+// means that everything succeeds.
+//
+// One variant a missing entry point is built from this file too: see LAB_EXPORT_* in CMakeLists.txt.
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+
+namespace {
+
+constexpr wchar_t kScriptPath[] = L"C:\\lab\\magnification.script";
+constexpr wchar_t kLogPath[] = L"C:\\lab\\magnification.log";
+constexpr int kMatrixCells = 25;
+// The lab's own choice; the real library's error for a call before MagInitialize is not documented.
+constexpr DWORD kNotInitialized = ERROR_NOT_READY;
+// Wine refuses a channel that does not rise, and one that only jumps at its end. A last entry of 32 is still
+// black.
+constexpr double kSmallestFactor = 32.0 / 65535.0;
+
+int g_initialized = 0;
+int g_effectCalls = 0;
+char g_script[4096] = {};
+
+void ReadScript() {
+    char text[sizeof(g_script)] = {};
+    const HANDLE file =
+        CreateFileW(kScriptPath, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+        DWORD size = 0;
+        ReadFile(file, text, sizeof(text) - 1, &size, nullptr);
+        CloseHandle(file);
+    }
+    if (std::strcmp(text, g_script) != 0) {
+        std::memcpy(g_script, text, sizeof(text));
+        g_effectCalls = 0;
+    }
+}
+
+// The number at `index` of a comma-separated list, or its last one; 0 when the script has no such line.
+DWORD ScriptedError(const char* name, int index) {
+    const char* position = std::strstr(g_script, name);
+    if (!position) {
+        return ERROR_SUCCESS;
+    }
+    char* end = nullptr;
+    DWORD error = std::strtoul(position + std::strlen(name), &end, 10);
+    for (; index > 0 && *end == ','; --index) {
+        error = std::strtoul(end + 1, &end, 10);
+    }
+    return error;
+}
+
+void Record(const char* function, DWORD error, const float* matrix) {
+    char line[1024];
+    int length = std::snprintf(line, sizeof(line), "%s\t%d\t%lu\t", function, error == ERROR_SUCCESS, error);
+    for (int i = 0; matrix && i < kMatrixCells; ++i) {
+        length += std::snprintf(line + length, sizeof(line) - static_cast<size_t>(length), "%s%.9g",
+                                i ? " " : "", static_cast<double>(matrix[i]));
+    }
+    line[length++] = '\n';
+    const HANDLE file = CreateFileW(kLogPath, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_ALWAYS, 0, nullptr);
+    DWORD written = 0;
+    WriteFile(file, line, static_cast<DWORD>(length), &written, nullptr);
+    CloseHandle(file);
+}
+
+void ShowDiagonal(double red, double green, double blue) {
+    static WORD ramp[3][256];
+    const double factors[3] = {red, green, blue};
+    for (int channel = 0; channel < 3; ++channel) {
+        const double factor = std::clamp(factors[channel], kSmallestFactor, 1.0);
+        for (int i = 0; i < 256; ++i) {
+            ramp[channel][i] = static_cast<WORD>(i * 257 * factor + 0.5);
+        }
+    }
+    const HDC screen = GetDC(nullptr);
+    SetDeviceGammaRamp(screen, ramp);
+    ReleaseDC(nullptr, screen);
+}
+
+BOOL Answer(DWORD error) {
+    SetLastError(error);
+    return error == ERROR_SUCCESS;
+}
+
+}  // namespace
+
+#ifdef LAB_EXPORT_INITIALIZE
+extern "C" __declspec(dllexport) BOOL WINAPI MagInitialize() {
+    ReadScript();
+    const DWORD error = ScriptedError("initialize=", 0);
+    Record("MagInitialize", error, nullptr);
+    g_initialized += error == ERROR_SUCCESS;
+    return Answer(error);
+}
+#endif
+
+#ifdef LAB_EXPORT_UNINITIALIZE
+extern "C" __declspec(dllexport) BOOL WINAPI MagUninitialize() {
+    const DWORD error = g_initialized > 0 ? ERROR_SUCCESS : kNotInitialized;
+    Record("MagUninitialize", error, nullptr);
+    if (g_initialized > 0 && --g_initialized == 0) {
+        ShowDiagonal(1.0, 1.0, 1.0);
+    }
+    return Answer(error);
+}
+#endif
+
+#ifdef LAB_EXPORT_EFFECT
+extern "C" __declspec(dllexport) BOOL WINAPI MagSetFullscreenColorEffect(const float* matrix) {
+    ReadScript();
+    DWORD error = ScriptedError("effect=", g_effectCalls++);
+    if (!matrix) {
+        error = ERROR_INVALID_PARAMETER;
+    } else if (g_initialized == 0) {
+        error = kNotInitialized;
+    }
+    Record("MagSetFullscreenColorEffect", error, matrix);
+    if (error == ERROR_SUCCESS) {
+        ShowDiagonal(static_cast<double>(matrix[0]), static_cast<double>(matrix[6]),
+                     static_cast<double>(matrix[12]));
+    }
+    return Answer(error);
+}
+#endif

@@ -1,0 +1,69 @@
+#include "tool.h"
+
+namespace {
+
+// Another program may hold the clipboard for a moment.
+bool OpenClipboardPatiently(HWND owner) {
+    for (int attempt = 0; attempt < 40; ++attempt) {
+        if (OpenClipboard(owner)) {
+            return true;
+        }
+        Sleep(25);
+    }
+    return false;
+}
+
+HGLOBAL CopyToGlobal(const std::wstring& text) {
+    const size_t size = (text.size() + 1) * sizeof(wchar_t);
+    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, size);
+    if (void* const memory = block ? GlobalLock(block) : nullptr) {
+        CopyMemory(memory, text.c_str(), size);
+        GlobalUnlock(block);
+    }
+    return block;
+}
+
+}  // namespace
+
+// The clipboard's Unicode text as it is; kToolNotFound when it holds none.
+int GetClipboardText(const Arguments&) {
+    if (!OpenClipboardPatiently(nullptr)) {
+        return kToolFailed;
+    }
+    const HANDLE block = GetClipboardData(CF_UNICODETEXT);
+    const wchar_t* const text = block ? static_cast<const wchar_t*>(GlobalLock(block)) : nullptr;
+    if (text) {
+        PrintText(text);
+        GlobalUnlock(block);
+    }
+    CloseClipboard();
+    return text ? kToolOk : kToolNotFound;
+}
+
+// clipboard-set TEXT: puts it on the clipboard; the text stays there after the tool has ended.
+int SetClipboardText(const Arguments& arguments) {
+    // Emptying without an owner window makes Windows refuse the data.
+    const HWND owner =
+        CreateWindowExW(0, L"Static", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+    if (!OpenClipboardPatiently(owner)) {
+        DestroyWindow(owner);
+        return kToolFailed;
+    }
+    EmptyClipboard();
+    const bool stored = SetClipboardData(CF_UNICODETEXT, CopyToGlobal(arguments[0])) != nullptr;
+    CloseClipboard();
+    DestroyWindow(owner);
+    return stored ? kToolOk : kToolFailed;
+}
+
+// Keeps the clipboard open, so that nobody else can, until the process is ended. Prints "ready" when it has
+// it.
+int HoldClipboard(const Arguments&) {
+    if (!OpenClipboardPatiently(nullptr)) {
+        return kToolFailed;
+    }
+    Print(L"ready\n");
+    FlushOutput();
+    Sleep(INFINITE);
+    return kToolOk;
+}

@@ -1,0 +1,55 @@
+#include "tool.h"
+
+namespace {
+
+// mingw-w64's header does not declare the full-screen functions.
+struct ColorEffect {
+    float transform[5][5];
+};
+using StartOrEnd = BOOL(WINAPI*)();
+using SetEffect = BOOL(WINAPI*)(const ColorEffect*);
+
+struct Library {
+    HMODULE module;
+    StartOrEnd initialize;
+    StartOrEnd uninitialize;
+    SetEffect setEffect;
+};
+
+Library LoadMagnification() {
+    const HMODULE module = LoadLibraryExW(L"Magnification.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    const auto find = [module](const char* name) {
+        return module ? reinterpret_cast<void*>(GetProcAddress(module, name)) : nullptr;
+    };
+    return {module, reinterpret_cast<StartOrEnd>(find("MagInitialize")),
+            reinterpret_cast<StartOrEnd>(find("MagUninitialize")),
+            reinterpret_cast<SetEffect>(find("MagSetFullscreenColorEffect"))};
+}
+
+}  // namespace
+
+// magnify RED GREEN BLUE [keep]: asks Magnification.dll for that colour (factors in thousandths) and tells
+// what it has and answers. With "keep" the effect stays and the library stays loaded.
+int CallMagnification(const Arguments& arguments) {
+    const Library library = LoadMagnification();
+    Print(L"loaded=%d\ninitialize=%d\nuninitialize=%d\neffect=%d\n", library.module != nullptr,
+          library.initialize != nullptr, library.uninitialize != nullptr, library.setEffect != nullptr);
+    if (library.initialize && library.uninitialize && library.setEffect) {
+        ColorEffect effect = {};
+        for (size_t channel = 0; channel < 3; ++channel) {
+            effect.transform[channel][channel] = static_cast<float>(Number(arguments[channel])) / 1000.0F;
+        }
+        effect.transform[3][3] = effect.transform[4][4] = 1.0F;
+        const BOOL ready = library.initialize();
+        Print(L"initialize_error=%lu\n", ready ? 0 : GetLastError());
+        const BOOL applied = library.setEffect(&effect);
+        Print(L"effect_error=%lu\n", applied ? 0 : GetLastError());
+        if (ready && arguments.size() < 4) {
+            library.uninitialize();
+        }
+    }
+    if (library.module && arguments.size() < 4) {
+        FreeLibrary(library.module);
+    }
+    return kToolOk;
+}

@@ -1,0 +1,91 @@
+// One small program for everything that must be done or asked from inside the Windows desktop. A single
+// command:
+//     labtool NAME ARGUMENT...
+// or, so that a question costs a millisecond and not the start of a process, the resident form:
+//     labtool serve
+// which reads one command a line (fields separated by tabs, escaped as Escape does) and ends each answer with
+// a line of the character 4 and the command's result.
+#include <fcntl.h>
+#include <io.h>
+
+#include <cstdio>
+#include <iterator>
+
+#include "tool.h"
+
+namespace {
+
+const Command kCommands[] = {
+    {L"serve", 0, Serve},
+    {L"windows", 0, ListWindows},
+    {L"window", 1, ShowWindowFacts},
+    {L"message", 5, SendToWindow},
+    {L"boxes", 0, ListBoxes},
+    {L"press", 2, PressButton},
+    {L"tray", 0, ListTrayIcons},
+    {L"clipboard-get", 0, GetClipboardText},
+    {L"clipboard-set", 1, SetClipboardText},
+    {L"clipboard-hold", 0, HoldClipboard},
+    {L"mode", 2, ChangeMode},
+    {L"metrics", 0, ShowMetrics},
+    {L"foreground", 0, TakeForeground},
+    {L"process", 1, ShowProcessFacts},
+    {L"registry-get", 2, RegistryGet},
+    {L"registry-set", 4, RegistrySet},
+    {L"registry-delete", 1, RegistryDelete},
+    {L"magnify", 3, CallMagnification},
+    {L"measure", 4, MeasureText},
+};
+
+Arguments SplitLine(const std::wstring& line) {
+    Arguments fields;
+    size_t start = 0;
+    for (;;) {
+        const size_t end = line.find(L'\t', start);
+        fields.push_back(Unescape(line.substr(start, end - start)));
+        if (end == std::wstring::npos) {
+            return fields;
+        }
+        start = end + 1;
+    }
+}
+
+}  // namespace
+
+int RunCommand(const std::wstring& name, const Arguments& arguments) {
+    for (const Command& command : kCommands) {
+        if (name == command.name) {
+            return arguments.size() < command.argumentCount ? kToolUsage : command.run(arguments);
+        }
+    }
+    return kToolUsage;
+}
+
+int Serve(const Arguments&) {
+    std::string line;
+    for (int letter = std::getchar(); letter != EOF; letter = std::getchar()) {
+        if (letter != '\n') {
+            line += static_cast<char>(letter);
+            continue;
+        }
+        Arguments fields = SplitLine(FromUtf8(line));
+        line.clear();
+        const std::wstring name = fields.front();
+        fields.erase(fields.begin());
+        const int result = name == L"serve" ? kToolUsage : RunCommand(name, fields);
+        Print(L"\n\x4%d\n", result);
+        FlushOutput();
+    }
+    return kToolOk;
+}
+
+int wmain(int count, wchar_t** words) {
+    _setmode(_fileno(stdin), _O_BINARY);
+    _setmode(_fileno(stdout), _O_BINARY);
+    if (count < 2) {
+        return kToolUsage;
+    }
+    const int result = RunCommand(words[1], Arguments(words + 2, words + count));
+    FlushOutput();
+    return result;
+}
