@@ -1,0 +1,78 @@
+#!/usr/bin/python3
+"""Measures the program in the lab: bench.py BUILD-FOLDER. Each figure stands beside a floor measured in the same run;
+what counts is the ratio."""
+
+import sys
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "lab"))
+sys.dont_write_bytecode = True
+
+from ambrel_lab import Lab  # noqa: E402
+
+QUIET_SECONDS = 5
+LARGEST_PROGRAM = 512 * 1024
+DRAG_STEPS = 200
+
+
+def memory_kib(pid):
+    """Resident memory of a process that no other process shares, in KiB."""
+    rows = Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()
+    values = dict(row.split(":") for row in rows[1:])
+    return sum(int(values[f"Private_{kind}"].split()[0]) for kind in ("Clean", "Dirty"))
+
+
+def line(name, value, floor, unit):
+    print(f"{name:44} {value:10.2f} {unit}   floor {floor:10.2f} {unit}   ratio {value / floor:6.2f}", flush=True)
+
+
+def size(build):
+    program = (build / "ambrel.exe").stat().st_size / 1024
+    empty = (build / "bench/bench_empty_program.exe").stat().st_size / 1024
+    resources = sum(file.stat().st_size for name in ("*.ico", "*.png")
+                    for file in (ROOT / "src/res").glob(name)) / 1024
+    line("size of the program / empty one + pictures", program, empty + resources, "KiB")
+    print(f"{'share of the 512 KiB that it may have':44} {program * 1024 / LARGEST_PROGRAM:10.2f}")
+
+
+def empty_memory(build):
+    with Lab(build) as lab:
+        lab.install_program(build / "bench/bench_empty_program.exe", "C:\\Ambrel\\empty.exe")
+        lab.start_program()
+        lab.wait_for_tray_icon()
+        return memory_kib(lab.program_pids()[0])
+
+
+def program_at_rest_and_in_a_drag(build):
+    floor = empty_memory(build)
+    with Lab(build) as lab:
+        lab.install_program()
+        lab.start_program()
+        lab.wait_for_tray_icon()
+        line("memory after start / empty program", memory_kib(lab.program_pids()[0]), floor, "KiB")
+        print(f"{'processor while hidden':44} {100 * lab.processor_share(QUIET_SECONDS):10.2f} %")
+        lab.open_popup()
+        lab.click_unit(160, 503)
+        before = lab.processor_seconds()
+        lab.drag_unit(80, 290, 80, 110, steps=DRAG_STEPS)
+        spent = lab.processor_seconds() - before
+        print(f"{'processor time of a step of a real drag':44} {1000 * spent / DRAG_STEPS:10.2f} ms")
+        line("memory after a drag / empty program", memory_kib(lab.program_pids()[0]), floor, "KiB")
+
+
+def steps_and_frames(build):
+    with Lab(build) as lab:
+        for name in ("bench_drag_step", "bench_frame"):
+            if lab.run_unit(build / f"bench/{name}.exe") != 0:
+                sys.exit(f"{name} failed")
+
+
+def main(build):
+    size(build)
+    program_at_rest_and_in_a_drag(build)
+    steps_and_frames(build)
+
+
+if __name__ == "__main__":
+    main(Path(sys.argv[1]).resolve())
