@@ -55,6 +55,8 @@ void PerformMenuCommand(MenuCommand command) {
 }
 
 void ShowTrayMenu() {
+    // The menu dispatches messages, another click on the icon among them.
+    if (g_app.menuTracking) return;
     POINT cursor = {};
     GetCursorPos(&cursor);
     HMENU menu = CreatePopupMenu();

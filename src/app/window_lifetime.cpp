@@ -30,6 +30,9 @@ void OnCreate(HWND window) {
 }
 
 void OnDestroy() {
+    // A handler that is still waiting in a message box below us may go on to apply the filter; from now on
+    // that clears.
+    g_app.filterOn = false;
     StopTimer(TimerId::PwmSafePoll);
     StopTimer(TimerId::PwmSafeVerify);
     StopTimer(TimerId::PopupAutoHide);
@@ -38,15 +41,17 @@ void OnDestroy() {
     RemoveTrayIcon();
     FreeDrawingResources();
     ReleaseSingleInstance();
+    g_app.mainWindow = nullptr;
     PostQuitMessage(0);
 }
 
 void OnEndSession(bool ending) {
     if (!ending) return;
-    // The process lives on for a moment: no poll, and no slider still held, may undo what is given back now.
+    // The process lives on for a moment, and nothing that happens in it may undo what is given back now: no
+    // poll, no display change, no slider still held.
+    g_app.filterOn = false;
     StopTimer(TimerId::DisplaySettle);
     StopTimer(TimerId::PwmSafePoll);
     StopTimer(TimerId::PwmSafeVerify);
-    g_app.dragSlider = Slider::None;
     RestoreIdentityRamp();
 }

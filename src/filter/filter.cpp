@@ -1,5 +1,8 @@
 #include "filter/filter.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "app/app_state.h"
 #include "app/messages.h"
 #include "app/refresh.h"
@@ -24,7 +27,8 @@ void FallBackToLegacyMode() {
     SaveSettings();
     ApplyLegacyRamp();
     RefreshPopupAndTray();
-    if (!toldBefore) PostMessageW(g_app.mainWindow, kMessageLegacyNotice, 0, 0);
+    if (!toldBefore && g_app.mainWindow != nullptr)
+        PostMessageW(g_app.mainWindow, kMessageLegacyNotice, 0, 0);
 }
 
 void CountUnsupported() {
@@ -91,15 +95,15 @@ void ClearFilter() {
 }
 
 void ApplyPreset(FilterPreset preset) {
-    for (const PresetRow& row : kPresets) {
-        if (row.preset != preset) continue;
-        g_app.intensity = row.intensity;
-        g_app.brightness = row.brightness;
-        g_app.filterOn = true;
-        ApplyFilter();
-        RefreshPopupAndTray();
-        RestartTimer(TimerId::SaveSettings);
-    }
+    const PresetRow* row = std::find_if(std::begin(kPresets), std::end(kPresets),
+                                        [preset](const PresetRow& each) { return each.preset == preset; });
+    if (row == std::end(kPresets)) return;
+    g_app.intensity = row->intensity;
+    g_app.brightness = row->brightness;
+    g_app.filterOn = true;
+    ApplyFilter();
+    RefreshPopupAndTray();
+    RestartTimer(TimerId::SaveSettings);
 }
 
 void ToggleLegacyMode() {

@@ -1,6 +1,7 @@
 #include "filter/magnification.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "app/app_state.h"
 #include "app/program_names.h"
@@ -33,6 +34,14 @@ void ForgetModule() {
     g_app.magnificationModule = nullptr;
 }
 
+// The box dispatches messages, and one of them may load the library anew: what is freed after it is this
+// attempt's.
+void GiveUp(const wchar_t* text, UINT icon) {
+    HMODULE failed = std::exchange(g_app.magnificationModule, nullptr);
+    MessageBoxW(nullptr, text, kProgramTitle, icon);
+    FreeLibrary(failed);
+}
+
 template <typename Function>
 void FindEntryPoint(Function* entryPoint, const char* name) {
     *entryPoint = reinterpret_cast<Function>(GetProcAddress(g_app.magnificationModule, name));
@@ -61,17 +70,14 @@ void InitMagnification() {
         return;
     }
     if (!FindEntryPoints()) {
-        MessageBoxW(nullptr,
-                    L"Failed to get Magnification API functions.\n\nThis requires Windows 8 or later.",
-                    kProgramTitle, MB_ICONERROR);
-        ForgetModule();
+        GiveUp(L"Failed to get Magnification API functions.\n\nThis requires Windows 8 or later.",
+               MB_ICONERROR);
         return;
     }
     if (g_app.magInitialize() == FALSE) {
         const DWORD error = GetLastError();
         FormatText(text, "MagInitialize failed.\nError code: %d", static_cast<int>(error));
-        MessageBoxW(nullptr, text, kProgramTitle, MB_ICONWARNING);
-        ForgetModule();
+        GiveUp(text, MB_ICONWARNING);
         return;
     }
     g_app.magnificationReady = true;
