@@ -60,11 +60,11 @@ void TrimLogFile() {
 
     const std::unique_ptr<char[]> tail(new (std::nothrow) char[kTrimKeeps]);
     if (tail == nullptr) return;
-    const std::size_t kept = std::fread(tail.get(), 1, kTrimKeeps, file.get());
+    if (std::fread(tail.get(), 1, kTrimKeeps, file.get()) != kTrimKeeps) return;
     file.reset();
 
     file = OpenLog(L"wb");
-    if (file != nullptr) std::fwrite(tail.get(), 1, kept, file.get());
+    if (file != nullptr) std::fwrite(tail.get(), 1, kTrimKeeps, file.get());
 }
 
 }  // namespace

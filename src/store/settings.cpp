@@ -44,6 +44,8 @@ constexpr FlagRow kFlags[] = {
 std::uint64_t ReadEpoch(const wchar_t* path) {
     wchar_t text[512] = {};
     GetPrivateProfileStringW(kSettingsSection, kEpochKey, L"0", text, 512, path);
+    // A sign is no digit, though wcstoull would take it.
+    if (text[0] < L'0' || text[0] > L'9') return 0;
     return std::wcstoull(text, nullptr, 10);
 }
 

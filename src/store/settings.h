@@ -1,5 +1,6 @@
 // The user's choices in settings.ini: read once at start-up, rewritten whole at each change, through Windows'
-// private-profile functions. Failures are silent: a value that cannot be read keeps its default.
+// private-profile functions. Failures are silent: a missing or empty value reads as its default,
+// one that is no number as 0.
 #pragma once
 
 #include <string>
