@@ -20,9 +20,10 @@ void OnPowerBroadcast(WPARAM event) {
 
 void OnDpiChanged(UINT dpi, const RECT* suggested) {
     AdoptDpi(dpi);
-    if (suggested == nullptr) return;
-    SetWindowPos(g_app.mainWindow, nullptr, suggested->left, suggested->top, ScaleByDpi(kCanvasWidth),
-                 ScaleByDpi(kCanvasHeight), SWP_NOZORDER | SWP_NOACTIVATE);
+    if (suggested != nullptr) {
+        SetWindowPos(g_app.mainWindow, nullptr, suggested->left, suggested->top, ScaleByDpi(kCanvasWidth),
+                     ScaleByDpi(kCanvasHeight), SWP_NOZORDER | SWP_NOACTIVATE);
+    }
     InvalidateRect(g_app.mainWindow, nullptr, FALSE);
 }
 

@@ -41,8 +41,7 @@ struct [[nodiscard]] AttachedInput {
     DWORD thread;
     bool attached = false;
 
-    explicit AttachedInput(HWND foreground)
-        : thread(foreground != nullptr ? GetWindowThreadProcessId(foreground, nullptr) : 0) {
+    AttachedInput(HWND foreground, DWORD foregroundThread) : thread(foregroundThread) {
         const DWORD own = GetCurrentThreadId();
         if (thread == 0 || thread == own || IsHungAppWindow(foreground)) return;
         attached = AttachThreadInput(own, thread, TRUE) != FALSE;
@@ -60,9 +59,10 @@ bool BringToForeground(HWND window) {
     if (AskForForeground(window)) return true;
     {
         HWND foreground = GetForegroundWindow();
+        const DWORD thread = foreground != nullptr ? GetWindowThreadProcessId(foreground, nullptr) : 0;
         const LiftedForegroundLock lifted;
         AllowSetForegroundWindow(ASFW_ANY);
-        const AttachedInput attached(foreground);
+        const AttachedInput attached(foreground, thread);
         AskForForeground(window);
     }
     return IsForeground(window);

@@ -4,5 +4,5 @@
 #include "win32/platform.h"
 
 // Makes the window the foreground window, by insistence if need be. False when Windows still refuses. Other
-// threads' input and the system's foreground lock time-out are as before on return.
+// threads' input is as before on return, and so is the system's foreground lock time-out if it could be read.
 bool BringToForeground(HWND window);

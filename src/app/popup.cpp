@@ -21,6 +21,17 @@ RECT WorkAreaOf(HMONITOR monitor) {
     return primary;
 }
 
+// A window that comes from a monitor of another DPI is resized through WM_DPICHANGED, if it lands mostly on
+// the new monitor. Coming from a larger DPI it may not; then it gets the size here that it was placed for.
+void FitToPlace(POINT corner) {
+    RECT window = {};
+    if (!GetWindowRect(g_app.mainWindow, &window)) return;
+    const int width = ScaleByDpi(kCanvasWidth);
+    const int height = ScaleByDpi(kCanvasHeight);
+    if (window.right - window.left == width && window.bottom - window.top == height) return;
+    SetWindowPos(g_app.mainWindow, nullptr, corner.x, corner.y, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
 }  // namespace
 
 POINT PlacePopup(const RECT& workArea) {
@@ -40,6 +51,7 @@ void ShowPopup() {
     const POINT corner = PlacePopup(workArea);
     // The size follows the DPI of the monitor that the window arrives on, through WM_DPICHANGED.
     SetWindowPos(g_app.mainWindow, HWND_TOPMOST, corner.x, corner.y, 0, 0, SWP_NOSIZE | SWP_SHOWWINDOW);
+    FitToPlace(corner);
     g_app.popupShown = true;
     g_app.popupArmed = BringToForeground(g_app.mainWindow);
     InvalidateRect(g_app.mainWindow, nullptr, FALSE);

@@ -3,7 +3,8 @@
 
 #include "win32/platform.h"
 
-// Loads the popup's icon for the DPI in AppState; the one before is destroyed once the new one is in place.
+// Loads the popup's icon for the DPI in AppState; the one before is destroyed once the new one is in place,
+// and stays when there is no new one.
 void RebuildScaledResources();
 
 // Stores a DPI (0 counts as 96) and rebuilds the resources when it differs from the stored one, or when they

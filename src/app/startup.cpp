@@ -1,7 +1,6 @@
 #include "app/startup.h"
 
 #include "app/app_state.h"
-#include "app/messages.h"
 #include "app/program_names.h"
 #include "app/scaled_resources.h"
 #include "app/single_instance.h"
