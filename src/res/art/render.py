@@ -29,7 +29,10 @@ OUT = os.path.dirname(HERE)
 # Size in pixels -> suffix of the drawing it is rendered from.
 APP = {16: "_16", 20: "_20", 24: "_24", 32: "", 40: "", 48: "", 64: "", 256: ""}
 TRAY = {16: "_16", 20: "_20", 24: "_24", 32: "", 40: "_20", 48: "", 64: "", 256: ""}
-ICONS = {"app": APP, "tray_off": TRAY, "tray_on": TRAY}
+# The popup draws this one at 22 units: a size of its own at each usual DPI, or
+# Windows would stretch a neighbour.
+POPUP = {22: "_20", 28: "", 33: "", 44: ""}
+ICONS = {"app": APP, "tray_off": TRAY, "tray_on": dict(sorted({**TRAY, **POPUP}.items()))}
 
 # The 256-pixel picture keeps this many colours: the flat ones and a few steps
 # of edge blending, which makes its PNG far smaller.
