@@ -5,18 +5,20 @@ target_compile_definitions(ambrel_hardening INTERFACE
     UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX STRICT
     WINVER=0x0A00 _WIN32_WINNT=0x0A00 NTDDI_VERSION=0x0A000007)
 if(MSVC)
-    target_compile_options(ambrel_hardening INTERFACE /EHs-c- /GR- /GS /guard:cf)
+    # The checked formats need the standard's preprocessor; the runtime is part of the one file.
+    set(CMAKE_MSVC_RUNTIME_LIBRARY "MultiThreaded$<$<CONFIG:Debug>:Debug>")
+    target_compile_options(ambrel_hardening INTERFACE /Zc:preprocessor /EHs-c- /GR- /GS /guard:cf)
     target_compile_definitions(ambrel_hardening INTERFACE _HAS_EXCEPTIONS=0)
     target_link_options(ambrel_hardening INTERFACE
         /HIGHENTROPYVA /DYNAMICBASE /NXCOMPAT /guard:cf /Brepro /OPT:REF)
 else()
     target_compile_options(ambrel_hardening INTERFACE
         -fno-exceptions -fno-rtti -fstack-protector-strong -ffunction-sections -fdata-sections
-        -ffp-contract=off -fno-ident
+        -ffp-contract=off -fno-ident $<$<CONFIG:Release>:-g1>
         -ffile-prefix-map=${CMAKE_SOURCE_DIR}=. -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)
     target_link_options(ambrel_hardening INTERFACE
         -static -fstack-protector-strong -Wl,--gc-sections
-        -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va -Wl,--no-insert-timestamp
+        -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va -Wl,--no-insert-timestamp -Wl,--tsaware
         -Wl,--major-os-version=10 -Wl,--minor-os-version=0
         -Wl,--major-subsystem-version=10 -Wl,--minor-subsystem-version=0)
 endif()

@@ -1,7 +1,7 @@
 # Every target of ours links ambrel_warnings: a warning is an error.
 add_library(ambrel_warnings INTERFACE)
 if(MSVC)
-    target_compile_options(ambrel_warnings INTERFACE /W4 /WX /permissive- /utf-8)
+    target_compile_options(ambrel_warnings INTERFACE /W4 /w14062 /WX /permissive- /utf-8)
 else()
     target_compile_options(ambrel_warnings INTERFACE
         -Werror -Wall -Wextra -Wshadow -Wconversion -Wswitch -Wformat=2 -Wold-style-cast -Wnull-dereference)

@@ -22,7 +22,7 @@ KNOWN_DLLS = {"advapi32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.
               "user32.dll"}
 
 X64, WINDOWS_GUI = 0x8664, 2
-HIGH_ENTROPY_ASLR, ASLR, DEP = 0x20, 0x40, 0x100
+HIGH_ENTROPY_ASLR, ASLR, DEP, TERMINAL_SERVER_AWARE = 0x20, 0x40, 0x100, 0x8000
 
 
 @pytest.fixture(scope="module")
@@ -41,6 +41,10 @@ def test_its_addresses_are_random_and_its_data_is_not_executable(program):
     for flag in (HIGH_ENTROPY_ASLR, ASLR, DEP):
         assert program.dll_characteristics & flag
     assert ".reloc" in [name for name, *_ in program.sections]
+
+
+def test_it_gets_no_compatibility_treatment_on_terminal_servers(program):
+    assert program.dll_characteristics & TERMINAL_SERVER_AWARE
 
 
 def test_it_imports_from_known_dlls_only(program):
