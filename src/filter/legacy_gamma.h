@@ -1,5 +1,6 @@
 // Legacy Mode's pipeline: a linear gamma ramp loaded into the display. Windows may refuse a ramp, or accept
-// it and load another, so every ramp is read back and counted as accepted or rejected. Window thread only.
+// it and load another, so every ramp of the filter is counted as accepted or rejected, by what Windows
+// answers and by reading it back. Window thread only.
 #pragma once
 
 // Loads the linear gamma ramp for the current warmth and brightness into the display and reads it back.

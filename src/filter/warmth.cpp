@@ -102,9 +102,9 @@ FilterPreset RecognisePreset(double intensity) {
 void FormatKelvinLabel(double intensity, wchar_t* label, std::size_t capacity) {
     const int kelvin = RoundedKelvin(intensity);
     if (kelvin >= 1000) {
-        FormatWide(label, capacity, L"%d,%03dK", kelvin / 1000, kelvin % 1000);
+        FormatTextInto(label, capacity, "%d,%03dK", kelvin / 1000, kelvin % 1000);
     } else {
-        FormatWide(label, capacity, L"%dK", kelvin);
+        FormatTextInto(label, capacity, "%dK", kelvin);
     }
 }
 

@@ -36,7 +36,7 @@ int RoundedKelvin(double intensity);
 
 // Raw linear RGB of a black body at `kelvin` (clamped to 2000..25000 K), each channel 0..4.
 // Source: Kim et al., cubic approximation of the Planckian locus in CIE 1931 xy; sRGB matrix of IEC 61966-2-1
-// (D65), rounded to four decimals.
+// (D65), rounded to four decimals. One coefficient is our own; the source file says which.
 void KelvinToRgb(double kelvin, double* red, double* green, double* blue);
 
 // KelvinToRgb relative to 6500 K, each channel 0..1; (1, 1, 1) at 6500 K.

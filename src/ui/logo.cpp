@@ -13,7 +13,7 @@ namespace {
 
 // A stream over a copy of the logo's resource; the stream frees the copy when it is released.
 bool OpenLogoStream(ComPointer<IStream>* stream) {
-    HRSRC found = FindResourceW(g_app.instance, MAKEINTRESOURCEW(IDR_LOGO_PNG), MAKEINTRESOURCEW(10));
+    HRSRC found = FindResourceW(g_app.instance, MAKEINTRESOURCEW(IDR_LOGO_PNG), RT_RCDATA);
     HGLOBAL loaded = found != nullptr ? LoadResource(g_app.instance, found) : nullptr;
     const void* bytes = loaded != nullptr ? LockResource(loaded) : nullptr;
     const DWORD size = found != nullptr ? SizeofResource(g_app.instance, found) : 0;
@@ -29,20 +29,23 @@ bool OpenLogoStream(ComPointer<IStream>* stream) {
     return true;
 }
 
-// Frame 0 of the stream, converted to premultiplied BGRA.
-bool OpenFrame(IStream* stream, ComPointer<IWICFormatConverter>* converter) {
-    ComPointer<IWICImagingFactory> factory;
+// Frame 0 of the stream, which must not be empty.
+bool OpenFrame(IWICImagingFactory* factory, IStream* stream, ComPointer<IWICBitmapFrameDecode>* frame,
+               UINT* width, UINT* height) {
     ComPointer<IWICBitmapDecoder> decoder;
-    ComPointer<IWICBitmapFrameDecode> frame;
-    return SUCCEEDED(CoCreateInstance(CLSID_WICImagingFactory2, nullptr, CLSCTX_INPROC_SERVER,
-                                      IID_IWICImagingFactory, reinterpret_cast<void**>(factory.Out()))) &&
-           SUCCEEDED(factory->CreateDecoderFromStream(stream, nullptr, WICDecodeMetadataCacheOnLoad,
+    return SUCCEEDED(factory->CreateDecoderFromStream(stream, nullptr, WICDecodeMetadataCacheOnLoad,
                                                       decoder.Out())) &&
-           SUCCEEDED(decoder->GetFrame(0, frame.Out())) &&
-           SUCCEEDED(factory->CreateFormatConverter(converter->Out())) &&
+           SUCCEEDED(decoder->GetFrame(0, frame->Out())) && SUCCEEDED((*frame)->GetSize(width, height)) &&
+           *width != 0 && *height != 0;
+}
+
+// The frame's pixels as premultiplied BGRA.
+bool ConvertFrame(IWICImagingFactory* factory, IWICBitmapFrameDecode* frame,
+                  ComPointer<IWICFormatConverter>* converter) {
+    return SUCCEEDED(factory->CreateFormatConverter(converter->Out())) &&
            SUCCEEDED((*converter)
-                         ->Initialize(frame.pointer, GUID_WICPixelFormat32bppPBGRA, WICBitmapDitherTypeNone,
-                                      nullptr, 0.0, WICBitmapPaletteTypeCustom));
+                         ->Initialize(frame, GUID_WICPixelFormat32bppPBGRA, WICBitmapDitherTypeNone, nullptr,
+                                      0.0, WICBitmapPaletteTypeCustom));
 }
 
 HBITMAP CreateTopDownDib(UINT width, UINT height, void** bits) {
@@ -66,11 +69,17 @@ void LoadLogoOnce() {
 }  // namespace
 
 HBITMAP DecodePng(IStream* stream, UINT* width, UINT* height) {
+    ComPointer<IWICImagingFactory> factory;
+    if (FAILED(CoCreateInstance(CLSID_WICImagingFactory2, nullptr, CLSCTX_INPROC_SERVER,
+                                IID_IWICImagingFactory, reinterpret_cast<void**>(factory.Out())))) {
+        return nullptr;
+    }
+    ComPointer<IWICBitmapFrameDecode> frame;
     ComPointer<IWICFormatConverter> converter;
-    if (!OpenFrame(stream, &converter)) return nullptr;
     UINT frameWidth = 0;
     UINT frameHeight = 0;
-    if (FAILED(converter->GetSize(&frameWidth, &frameHeight)) || frameWidth == 0 || frameHeight == 0) {
+    if (!OpenFrame(factory.pointer, stream, &frame, &frameWidth, &frameHeight) ||
+        !ConvertFrame(factory.pointer, frame.pointer, &converter)) {
         return nullptr;
     }
 

@@ -1,5 +1,7 @@
 #include "ui/main_panel.h"
 
+#include <iterator>
+
 #include "app/app_state.h"
 #include "filter/warmth.h"
 #include "ui/canvas.h"
@@ -27,16 +29,20 @@ constexpr PresetColours kSelected = {Hex(0x464646), Hex(0x464646), Hex(0x282828)
 constexpr PresetColours kUnselected = {Hex(0x222222), Hex(0x2D2D2D), Hex(0x161616), Hex(0x373737),
                                        kColourDimmed};
 
+// In the order of kPresets.
 constexpr Region kPresetRegions[] = {Region::DayPreset, Region::EveningPreset, Region::NightPreset};
+static_assert(std::size(kPresetRegions) == std::size(kPresets));
 
 void DrawSliders(HDC dc) {
     wchar_t kelvin[16];
     FormatKelvinLabel(g_app.intensity, kelvin, std::size(kelvin));
-    DrawVerticalSlider(dc, {80, g_app.intensity, kColourRed, g_app.filterOn, L"WARMTH", kelvin, 84});
+    DrawVerticalSlider(dc,
+                       {kWarmthCentreX, g_app.intensity, kColourRed, g_app.filterOn, L"WARMTH", kelvin, 84});
 
     wchar_t percent[16];
     FormatText(percent, "%d%%", TruncatedPercent(g_app.brightness));
-    DrawVerticalSlider(dc, {240, g_app.brightness, kColourText, g_app.filterOn, L"BRIGHTNESS", percent, 64});
+    DrawVerticalSlider(
+        dc, {kBrightnessCentreX, g_app.brightness, kColourText, g_app.filterOn, L"BRIGHTNESS", percent, 64});
 
     DrawStroke(dc, {160, 117}, {160, 295}, 2, kColourDivider);
 }

@@ -14,6 +14,7 @@ constexpr COLORREF kColourBackground = Hex(0x0D0D0D);
 constexpr COLORREF kColourHeader = Hex(0x191919);
 constexpr COLORREF kColourDimmed = Hex(0x666666);  // title, gear, text of what is not selected
 constexpr COLORREF kColourGroove = Hex(0x1E1E1E);
+constexpr COLORREF kColourHintUnlit = Hex(0x1E1E1E);
 constexpr COLORREF kColourFillOff = Hex(0x282828);
 constexpr COLORREF kColourThumbBarOff = Hex(0x505050);
 constexpr COLORREF kColourThumbOutline = Hex(0x3C3C3C);

@@ -1,5 +1,7 @@
 #include "ui/power_button.h"
 
+#include <iterator>
+
 #include "app/app_state.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"

@@ -1,6 +1,8 @@
 #include "ui/regions.h"
 
+#include "app/app_state.h"
 #include "filter/gamma_range.h"
+#include "ui/slider.h"
 
 namespace {
 
@@ -10,10 +12,16 @@ struct RegionRow {
     RECT rect;
 };
 
+// The travel of a slider, as wide as its thumb; not the part of the thumb that overhangs it.
+constexpr RECT TrackOf(int centreX) {
+    return {centreX - kThumbHalfWidth, kSliderBottom - kSliderTravel, centreX + kThumbHalfWidth,
+            kSliderBottom};
+}
+
 // In the order in which they are hit.
 constexpr RegionRow kRegions[] = {
-    {Region::WarmthTrack, Panel::Main, {54, 107, 106, 305}},
-    {Region::BrightnessTrack, Panel::Main, {214, 107, 266, 305}},
+    {Region::WarmthTrack, Panel::Main, TrackOf(kWarmthCentreX)},
+    {Region::BrightnessTrack, Panel::Main, TrackOf(kBrightnessCentreX)},
     {Region::GammaBanner, Panel::Main, {22, 380, 298, 410}},
     {Region::PwmCard, Panel::Main, {24, 384, 296, 418}},
     {Region::DayPreset, Panel::Main, {30, 429, 110, 465}},

@@ -1,7 +1,7 @@
-// Every rectangle of the popup that reacts to the mouse, in design units. Panels draw from the same rows.
+// Every rectangle of the popup that reacts to the mouse, in design units. Panels draw from the same rows,
+// sliders from the numbers that their rows are made of.
 #pragma once
 
-#include "app/app_state.h"
 #include "win32/platform.h"
 
 enum class Region {

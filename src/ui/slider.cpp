@@ -9,7 +9,6 @@ namespace {
 constexpr int kTicks = 11;
 constexpr int kTickReach = 45;  // from the centre to a tick's outer end
 constexpr int kThumbRows = 28;
-constexpr int kThumbHalfWidth = 26;
 constexpr int kThumbAboveCentre = 14;
 
 int OffsetOf(double fraction) {

@@ -7,6 +7,10 @@
 // over the same distance.
 constexpr int kSliderBottom = 305;
 constexpr int kSliderTravel = 198;
+constexpr int kThumbHalfWidth = 26;
+
+constexpr int kWarmthCentreX = 80;
+constexpr int kBrightnessCentreX = 240;
 
 struct SliderLook {
     int centreX;

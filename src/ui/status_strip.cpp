@@ -51,7 +51,7 @@ void DrawCard(HDC dc) {
 
 // Unlit it is barely visible, by design.
 void DrawHint(HDC dc) {
-    DrawLine(dc, FontRole::Small, g_app.brightness < kHintBrightness ? kColourAmber : kColourGroove,
+    DrawLine(dc, FontRole::Small, g_app.brightness < kHintBrightness ? kColourAmber : kColourHintUnlit,
              kTextLine, kAlignTopCentre, L"\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%");
 }
 

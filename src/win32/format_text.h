@@ -3,6 +3,7 @@
 
 #include <cstdarg>
 #include <cstddef>
+#include <iterator>
 
 // Writes at most capacity - 1 characters and a terminating zero; a longer text is cut. Wide strings are %ls.
 // Writes nothing when capacity is 0. Call FormatText, which has the compiler check the arguments.
@@ -18,7 +19,11 @@ int CheckFormat(const char* format, ...) __attribute__((format(gnu_printf, 1, 2)
 int CheckFormat(const char* format, ...);
 #endif
 
-// FormatText(buffer, format, arguments...): buffer is an array, format a narrow literal.
-#define FormatText(buffer, format, ...)                                         \
+// FormatTextInto(buffer, capacity, format, arguments...): format is a narrow literal.
+#define FormatTextInto(buffer, capacity, format, ...)                           \
     (static_cast<void>(sizeof(CheckFormat(format __VA_OPT__(, ) __VA_ARGS__))), \
-     FormatWide(buffer, sizeof(buffer) / sizeof((buffer)[0]), L"" format __VA_OPT__(, ) __VA_ARGS__))
+     FormatWide(buffer, capacity, L"" format __VA_OPT__(, ) __VA_ARGS__))
+
+// FormatText(buffer, format, arguments...): the same into the whole of an array.
+#define FormatText(buffer, format, ...) \
+    FormatTextInto(buffer, std::size(buffer), format __VA_OPT__(, ) __VA_ARGS__)

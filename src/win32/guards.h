@@ -63,16 +63,17 @@ struct [[nodiscard]] MemoryDc {
     MemoryDc& operator=(const MemoryDc&) = delete;
 };
 
-// The clip region that a device context has now, put back at the end of the scope.
+// The clip region that a device context has now, put back at the end of the scope. A clip that cannot be read
+// is left as it is then.
 struct [[nodiscard]] SavedClip {
     HDC dc;
     HRGN region;
-    bool clipped;
+    int found;  // 1: region holds the clip; 0: there is none; -1: not known
 
     explicit SavedClip(HDC target)
-        : dc(target), region(CreateRectRgn(0, 0, 0, 0)), clipped(GetClipRgn(target, region) == 1) {}
+        : dc(target), region(CreateRectRgn(0, 0, 0, 0)), found(GetClipRgn(target, region)) {}
     ~SavedClip() {
-        SelectClipRgn(dc, clipped ? region : nullptr);
+        if (found >= 0) SelectClipRgn(dc, found == 1 ? region : nullptr);
         if (region != nullptr) DeleteObject(region);
     }
     SavedClip(const SavedClip&) = delete;
