@@ -1,0 +1,19 @@
+#include "fake_model.h"
+
+#include <gtest/gtest.h>
+
+#include "filter/warmth.h"
+
+FakeModel g_model;
+
+void IntensityToFilterRgb(double intensity, double* red, double* green, double* blue) {
+    // The caller's own values are neutral: a model that wrote nothing would colour nothing.
+    EXPECT_EQ(*red, 1.0);
+    EXPECT_EQ(*green, 1.0);
+    EXPECT_EQ(*blue, 1.0);
+    g_model.askedIntensity = intensity;
+    g_model.calls += 1;
+    *red = g_model.red;
+    *green = g_model.green;
+    *blue = g_model.blue;
+}

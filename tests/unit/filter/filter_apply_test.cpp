@@ -1,0 +1,280 @@
+// The one door to the colour: which pipeline is used, what a refused matrix leads to, and in which order.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "app/app_state.h"
+#include "app/call_record.h"
+#include "fake_magnification.h"
+#include "filter/filter.h"
+#include "support/seam.h"
+
+void SaveSettings() {
+    Record("save legacy=", g_app.useLegacyGamma, " auto=", g_app.legacyModeAutoSet,
+           " count=", g_app.consecutiveError87);
+}
+
+void ApplyLegacyRamp() {
+    Record("ramp legacy=", g_app.useLegacyGamma);
+}
+
+void RestoreIdentityRamp() {
+    Record("identity ramp legacy=", g_app.useLegacyGamma);
+}
+
+void RefreshPopupAndTray() {
+    Record("refresh");
+}
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+HWND const kWindow = MakeHandle<HWND>(0x1234);
+
+BOOL WINAPI FakePostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    Record("post ", window == kWindow ? "window" : "elsewhere", " ", message, " ", wParam, " ", lParam);
+    return TRUE;
+}
+
+// WM_APP + 104 and WM_APP + 106.
+const std::string kNotice = "post window 32872 0 0";
+
+std::string FailurePost(DWORD error) {
+    return "post window 32874 " + std::to_string(error) + " 0";
+}
+
+const std::string kFirst87 = "log: MagSetFullscreenColorEffect error 87 (1/2 before fallback)";
+const std::string kFallback = "log: Auto-fallback to Legacy Mode after 2 consecutive error 87s";
+
+class FilterApply : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        g_app.mainWindow = kWindow;
+        g_app.filterOn = true;
+        g_app.intensity = 0.6;
+        g_magnification = FakeMagnification{};
+        PutFakeMagnificationInPlace();
+        g_calls.clear();
+    }
+
+    static void ApplyWith(std::vector<DWORD> errors) {
+        g_magnification.effectErrors = errors;
+        for (std::size_t i = 0; i < errors.size(); ++i)
+            ApplyFilter();
+    }
+
+    static CallRecord CallsOfOneApply() {
+        g_calls.clear();
+        ApplyFilter();
+        return g_calls;
+    }
+
+    static int CountOf(const std::string& call) {
+        return static_cast<int>(std::count(g_calls.begin(), g_calls.end(), call));
+    }
+};
+
+}  // namespace
+
+AMBREL_SEAM(PostMessageW, FakePostMessageW);
+
+TEST_F(FilterApply, SetsOneMatrixAndDoesNothingElse) {
+    ApplyFilter();
+    EXPECT_THAT(g_calls, ElementsAre("matrix"));
+}
+
+TEST_F(FilterApply, NeutralSettingsSetTheIdentityMatrix) {
+    g_app.intensity = 0.0;
+    g_app.brightness = 1.0;
+    ApplyFilter();
+    EXPECT_THAT(g_calls, ElementsAre("identity matrix"));
+}
+
+TEST_F(FilterApply, InLegacyModeOnlyTheRampIsApplied) {
+    g_app.useLegacyGamma = true;
+    ApplyFilter();
+    EXPECT_THAT(g_calls, ElementsAre("ramp legacy=1"));
+}
+
+TEST_F(FilterApply, WithTheFilterOffTheEffectIsTakenOffThePipelineInUse) {
+    g_app.filterOn = false;
+    ApplyFilter();
+    g_app.useLegacyGamma = true;
+    ApplyFilter();
+    EXPECT_THAT(g_calls, ElementsAre("identity matrix", "identity ramp legacy=1"));
+}
+
+TEST_F(FilterApply, ClearingTakesTheEffectOffThePipelineInUseWhetherTheFilterIsOnOrOff) {
+    for (const bool on : {true, false}) {
+        g_app.filterOn = on;
+        g_app.useLegacyGamma = false;
+        ClearFilter();
+        g_app.useLegacyGamma = true;
+        ClearFilter();
+    }
+    EXPECT_THAT(g_calls, ElementsAre("identity matrix", "identity ramp legacy=1", "identity matrix",
+                                     "identity ramp legacy=1"));
+}
+
+TEST_F(FilterApply, WithoutAnInitialisedApiNothingIsDoneAndNothingIsInitialised) {
+    g_app.magnificationReady = false;
+    ApplyFilter();
+    ClearFilter();
+    g_app = AppState{};
+    g_app.filterOn = true;
+    ApplyFilter();
+    ClearFilter();
+    EXPECT_THAT(g_calls, IsEmpty());
+}
+
+TEST_F(FilterApply, WithoutTheMatrixCallNothingIsDone) {
+    g_app.magSetFullscreenColorEffect = nullptr;
+    ApplyFilter();
+    ClearFilter();
+    EXPECT_THAT(g_calls, IsEmpty());
+}
+
+TEST_F(FilterApply, OneError87IsLoggedAndForgiven) {
+    ApplyWith({87});
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87));
+    EXPECT_EQ(g_app.consecutiveError87, 1);
+    EXPECT_FALSE(g_app.useLegacyGamma);
+}
+
+TEST_F(FilterApply, ASuccessAfterAnError87ForgetsIt) {
+    ApplyWith({87, 0});
+    EXPECT_EQ(g_app.consecutiveError87, 0);
+    EXPECT_FALSE(g_app.useLegacyGamma);
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix"));
+}
+
+TEST_F(FilterApply, ASecondError87InARowSwitchesToLegacyMode) {
+    ApplyWith({87, 87});
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix", kFallback, "save legacy=1 auto=1 count=0",
+                                     "ramp legacy=1", "refresh", kNotice));
+    EXPECT_TRUE(g_app.useLegacyGamma);
+    EXPECT_TRUE(g_app.legacyModeAutoSet);
+    EXPECT_FALSE(g_app.fallbackSuppressed);
+    EXPECT_FALSE(g_app.failureNoticeShown);
+    EXPECT_EQ(g_app.consecutiveError87, 0);
+}
+
+TEST_F(FilterApply, Error87ForEverSwitchesOnceAndThenTheMatrixIsLeftAlone) {
+    g_magnification.laterEffectErrors = 87;
+    for (int i = 0; i < 6; ++i)
+        ApplyFilter();
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix", kFallback, "save legacy=1 auto=1 count=0",
+                                     "ramp legacy=1", "refresh", kNotice, "ramp legacy=1", "ramp legacy=1",
+                                     "ramp legacy=1", "ramp legacy=1"));
+}
+
+TEST_F(FilterApply, TheFallbackLeavesTheApiLoadedAndInitialised) {
+    ApplyWith({87, 87});
+    EXPECT_TRUE(g_app.magnificationReady);
+    EXPECT_NE(g_app.magSetFullscreenColorEffect, nullptr);
+    EXPECT_EQ(g_magnification.modulesHeld, 1);
+}
+
+TEST_F(FilterApply, ASuccessBetweenTwoErrors87KeepsThePipeline) {
+    ApplyWith({87, 0, 87, 0, 87});
+    EXPECT_FALSE(g_app.useLegacyGamma);
+    EXPECT_EQ(g_app.consecutiveError87, 1);
+    EXPECT_EQ(CountOf(kFirst87), 3);
+    EXPECT_EQ(CountOf(kFallback), 0);
+}
+
+TEST_F(FilterApply, AnotherErrorBetweenTwoErrors87KeepsThePipeline) {
+    ApplyWith({87, 5, 87});
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix", FailurePost(5), "matrix", kFirst87));
+    EXPECT_FALSE(g_app.useLegacyGamma);
+    EXPECT_EQ(g_app.consecutiveError87, 1);
+}
+
+TEST_F(FilterApply, AnotherErrorResetsTheCountEvenWhenItIsNotShownAnyMore) {
+    g_app.failureNoticeShown = true;
+    ApplyWith({87, 5});
+    EXPECT_EQ(g_app.consecutiveError87, 0);
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix"));
+}
+
+TEST_F(FilterApply, ClearingTheFilterDoesNotForgetAnError87) {
+    ApplyWith({87});
+    g_app.filterOn = false;
+    ApplyFilter();
+    g_app.filterOn = true;
+    EXPECT_EQ(g_app.consecutiveError87, 1);
+    ApplyWith({87});
+    EXPECT_TRUE(g_app.useLegacyGamma);
+}
+
+TEST_F(FilterApply, ARefusedIdentityMatrixCountsForNothing) {
+    g_app.filterOn = false;
+    ApplyWith({87, 87, 5});
+    EXPECT_THAT(g_calls, ElementsAre("identity matrix", "identity matrix", "identity matrix"));
+    EXPECT_EQ(g_app.consecutiveError87, 0);
+    EXPECT_FALSE(g_app.failureNoticeShown);
+}
+
+TEST_F(FilterApply, AFallbackThatWasToldInAnEarlierRunShowsNoNotice) {
+    g_app.legacyModeAutoSet = true;
+    ApplyWith({87, 87});
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix", kFallback, "save legacy=1 auto=1 count=0",
+                                     "ramp legacy=1", "refresh"));
+}
+
+TEST_F(FilterApply, WithoutAWindowTheFallbackIsMadeAndPostsNothing) {
+    g_app.mainWindow = nullptr;
+    ApplyWith({87, 87});
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix", kFallback, "save legacy=1 auto=1 count=0",
+                                     "ramp legacy=1", "refresh"));
+}
+
+TEST_F(FilterApply, AnotherErrorIsPostedWithItsCodeOnceARun) {
+    ApplyWith({5, 5, 1400, 31});
+    EXPECT_THAT(g_calls, ElementsAre("matrix", FailurePost(5), "matrix", "matrix", "matrix"));
+    EXPECT_TRUE(g_app.failureNoticeShown);
+    EXPECT_FALSE(g_app.useLegacyGamma);
+}
+
+TEST_F(FilterApply, ASuccessBetweenDoesNotShowTheFailureAgain) {
+    ApplyWith({1400, 0, 1400});
+    EXPECT_THAT(g_calls, ElementsAre("matrix", FailurePost(1400), "matrix", "matrix"));
+}
+
+TEST_F(FilterApply, ErrorCodesArePostedWholeAndUnsigned) {
+    ApplyWith({0x8007000E});
+    EXPECT_THAT(g_calls, ElementsAre("matrix", FailurePost(2147942414U)));
+}
+
+TEST_F(FilterApply, WithoutAWindowTheFailureCountsAsShownAndIsNotPosted) {
+    g_app.mainWindow = nullptr;
+    ApplyWith({5});
+    EXPECT_THAT(g_calls, ElementsAre("matrix"));
+    EXPECT_TRUE(g_app.failureNoticeShown);
+    g_app.mainWindow = kWindow;
+    EXPECT_EQ(CallsOfOneApply(), CallRecord{"matrix"});
+}
+
+TEST_F(FilterApply, WhileTheFallbackIsSuppressedError87IsAFailureLikeAnyOther) {
+    g_app.fallbackSuppressed = true;
+    g_magnification.laterEffectErrors = 87;
+    for (int i = 0; i < 5; ++i)
+        ApplyFilter();
+    EXPECT_THAT(g_calls, ElementsAre("matrix", FailurePost(87), "matrix", "matrix", "matrix", "matrix"));
+    EXPECT_FALSE(g_app.useLegacyGamma);
+    EXPECT_FALSE(g_app.legacyModeAutoSet);
+    EXPECT_EQ(g_app.consecutiveError87, 0);
+}
+
+TEST_F(FilterApply, ASuppressedError87AfterTheFailureBoxShowsNothing) {
+    ApplyWith({5});
+    g_app.fallbackSuppressed = true;
+    g_app.consecutiveError87 = 1;
+    g_magnification.effectErrors = {87};
+    EXPECT_EQ(CallsOfOneApply(), CallRecord{"matrix"});
+    EXPECT_EQ(g_app.consecutiveError87, 0);
+}

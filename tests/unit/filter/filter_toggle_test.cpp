@@ -1,0 +1,233 @@
+// The user's own decisions: Legacy Mode on and off, and the presets.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cstdint>
+
+#include "app/app_state.h"
+#include "app/call_record.h"
+#include "fake_magnification.h"
+#include "filter/filter.h"
+#include "support/seam.h"
+
+void SaveSettings() {
+    Record("save");
+}
+
+void ApplyLegacyRamp() {
+    Record("ramp legacy=", g_app.useLegacyGamma);
+}
+
+void RestoreIdentityRamp() {
+    Record("identity ramp legacy=", g_app.useLegacyGamma);
+}
+
+void RefreshPopupAndTray() {
+    Record("refresh");
+}
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+BOOL WINAPI FakePostMessageW(HWND, UINT message, WPARAM wParam, LPARAM) {
+    Record("post ", message, " ", wParam);
+    return TRUE;
+}
+
+std::uint64_t BitsOf(double value) {
+    return std::bit_cast<std::uint64_t>(value);
+}
+
+class FilterToggle : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        g_app.mainWindow = MakeHandle<HWND>(0x1234);
+        g_magnification = FakeMagnification{};
+        g_calls.clear();
+    }
+};
+
+class FilterPresets : public FilterToggle {};
+
+}  // namespace
+
+AMBREL_SEAM(PostMessageW, FakePostMessageW);
+
+TEST_F(FilterToggle, SwitchingOnClearsTheMatrixThenAppliesTheRamp) {
+    PutFakeMagnificationInPlace();
+    g_app.filterOn = true;
+    ToggleLegacyMode();
+    EXPECT_THAT(g_calls, ElementsAre("identity matrix", "ramp legacy=1"));
+    EXPECT_TRUE(g_app.useLegacyGamma);
+    EXPECT_TRUE(g_app.magnificationReady);
+}
+
+TEST_F(FilterToggle, SwitchingOnLeavesTheFallbacksBookkeepingAlone) {
+    PutFakeMagnificationInPlace();
+    g_app.consecutiveError87 = 1;
+    g_app.fallbackSuppressed = true;
+    ToggleLegacyMode();
+    EXPECT_EQ(g_app.consecutiveError87, 1);
+    EXPECT_TRUE(g_app.fallbackSuppressed);
+    EXPECT_FALSE(g_app.legacyModeAutoSet);
+}
+
+TEST_F(FilterToggle, SwitchingOnByHandIsNotMarkedAsAutomatic) {
+    ToggleLegacyMode();
+    EXPECT_FALSE(g_app.legacyModeAutoSet);
+    EXPECT_FALSE(g_app.fallbackSuppressed);
+}
+
+TEST_F(FilterToggle, WithTheFilterOffSwitchingOnTouchesNothing) {
+    PutFakeMagnificationInPlace();
+    ToggleLegacyMode();
+    EXPECT_THAT(g_calls, IsEmpty());
+    EXPECT_TRUE(g_app.useLegacyGamma);
+}
+
+TEST_F(FilterToggle, SwitchingOffRestoresTheRampWhileStillInLegacyModeThenLoadsAndSetsTheMatrix) {
+    g_app.useLegacyGamma = true;
+    g_app.filterOn = true;
+    ToggleLegacyMode();
+    EXPECT_THAT(g_calls, ElementsAre("identity ramp legacy=1", "load Magnification.dll", "find MagInitialize",
+                                     "find MagUninitialize", "find MagSetFullscreenColorEffect",
+                                     "MagInitialize", "matrix"));
+    EXPECT_FALSE(g_app.useLegacyGamma);
+}
+
+TEST_F(FilterToggle, SwitchingOffWithTheFilterOffOnlyLoadsTheApi) {
+    g_app.useLegacyGamma = true;
+    ToggleLegacyMode();
+    EXPECT_THAT(g_calls, ElementsAre("load Magnification.dll", "find MagInitialize", "find MagUninitialize",
+                                     "find MagSetFullscreenColorEffect", "MagInitialize"));
+}
+
+TEST_F(FilterToggle, SwitchingOffWithTheApiAtHandLoadsNothing) {
+    PutFakeMagnificationInPlace();
+    g_app.useLegacyGamma = true;
+    g_app.filterOn = true;
+    ToggleLegacyMode();
+    EXPECT_THAT(g_calls, ElementsAre("identity ramp legacy=1", "matrix"));
+}
+
+TEST_F(FilterToggle, SwitchingOffWithTheFilterOffAndTheApiAtHandCallsNothing) {
+    PutFakeMagnificationInPlace();
+    g_app.useLegacyGamma = true;
+    ToggleLegacyMode();
+    EXPECT_THAT(g_calls, IsEmpty());
+    EXPECT_FALSE(g_app.useLegacyGamma);
+}
+
+TEST_F(FilterToggle, SwitchingOffIsTheUsersDecisionAgainstTheFallback) {
+    PutFakeMagnificationInPlace();
+    g_app.useLegacyGamma = true;
+    g_app.legacyModeAutoSet = true;
+    g_app.consecutiveError87 = 1;
+    ToggleLegacyMode();
+    EXPECT_FALSE(g_app.legacyModeAutoSet);
+    EXPECT_TRUE(g_app.fallbackSuppressed);
+    EXPECT_EQ(g_app.consecutiveError87, 0);
+}
+
+TEST_F(FilterToggle, TheFallbackStaysSuppressedThroughLaterSwitching) {
+    PutFakeMagnificationInPlace();
+    g_app.filterOn = true;
+    g_app.useLegacyGamma = true;
+    ToggleLegacyMode();
+    ToggleLegacyMode();
+    EXPECT_TRUE(g_app.fallbackSuppressed);
+    ToggleLegacyMode();
+    g_magnification.laterEffectErrors = 87;
+    g_calls.clear();
+    for (int i = 0; i < 4; ++i)
+        ApplyFilter();
+    EXPECT_THAT(g_calls, ElementsAre("matrix", "post 32874 87", "matrix", "matrix", "matrix"));
+    EXPECT_FALSE(g_app.useLegacyGamma);
+}
+
+TEST_F(FilterToggle, LeavingAnAutomaticLegacyModeNeedsNoReload) {
+    PutFakeMagnificationInPlace();
+    g_app.filterOn = true;
+    g_magnification.effectErrors = {87, 87};
+    ApplyFilter();
+    ApplyFilter();
+    ASSERT_TRUE(g_app.useLegacyGamma);
+    g_calls.clear();
+    ToggleLegacyMode();
+    EXPECT_THAT(g_calls, ElementsAre("identity ramp legacy=1", "matrix"));
+}
+
+TEST_F(FilterToggle, WhenTheApiCannotBeLoadedTheBoxIsShownAndNothingIsApplied) {
+    g_app.useLegacyGamma = true;
+    g_app.filterOn = true;
+    g_magnification.loadError = ERROR_MOD_NOT_FOUND;
+    ToggleLegacyMode();
+    EXPECT_THAT(
+        g_calls,
+        ElementsAre("identity ramp legacy=1", "load Magnification.dll",
+                    "box owner=0 flags=16 [Ambrel] Failed to load Magnification.dll\nError code: 126"));
+    EXPECT_FALSE(g_app.useLegacyGamma);
+    EXPECT_TRUE(g_app.filterOn);
+}
+
+TEST_F(FilterToggle, WithoutTheApiSwitchingOnStillWorks) {
+    g_app.filterOn = true;
+    ToggleLegacyMode();
+    EXPECT_THAT(g_calls, ElementsAre("ramp legacy=1"));
+}
+
+TEST_F(FilterPresets, SetTheirPairTurnTheFilterOnApplyRefreshAndHaveItSavedSoon) {
+    PutFakeMagnificationInPlace();
+    for (const FilterPreset preset : {FilterPreset::Day, FilterPreset::Evening, FilterPreset::Night}) {
+        g_app.filterOn = false;
+        g_calls.clear();
+        ApplyPreset(preset);
+        EXPECT_TRUE(g_app.filterOn);
+        EXPECT_THAT(g_calls, ElementsAre("matrix", "refresh", "kill timer 1", "set timer 1 500"));
+    }
+}
+
+TEST_F(FilterPresets, HaveTheIntensitiesToTheLastBit) {
+    ApplyPreset(FilterPreset::Day);
+    EXPECT_EQ(BitsOf(g_app.intensity), BitsOf(0.3846153846153846));
+    EXPECT_EQ(g_app.brightness, 1.0);
+    ApplyPreset(FilterPreset::Evening);
+    EXPECT_EQ(BitsOf(g_app.intensity), BitsOf(0.5846153846153845));
+    EXPECT_EQ(g_app.brightness, 0.85);
+    ApplyPreset(FilterPreset::Night);
+    EXPECT_EQ(BitsOf(g_app.intensity), BitsOf(1.0));
+    EXPECT_EQ(g_app.brightness, 0.7);
+}
+
+TEST_F(FilterPresets, GoThroughTheRampInLegacyMode) {
+    g_app.useLegacyGamma = true;
+    ApplyPreset(FilterPreset::Evening);
+    EXPECT_THAT(g_calls, ElementsAre("ramp legacy=1", "refresh", "kill timer 1", "set timer 1 500"));
+}
+
+TEST_F(FilterPresets, NoPresetDoesNothing) {
+    PutFakeMagnificationInPlace();
+    ApplyPreset(FilterPreset::None);
+    EXPECT_THAT(g_calls, IsEmpty());
+    EXPECT_FALSE(g_app.filterOn);
+    EXPECT_EQ(g_app.intensity, 0.385);
+}
+
+TEST_F(FilterPresets, PickedTwiceOnRefusingHardwareSwitchToLegacyMode) {
+    PutFakeMagnificationInPlace();
+    g_magnification.laterEffectErrors = 87;
+    ApplyPreset(FilterPreset::Day);
+    EXPECT_THAT(g_calls, Not(Contains("save")));
+    g_calls.clear();
+    ApplyPreset(FilterPreset::Day);
+    EXPECT_THAT(g_calls,
+                ElementsAre("matrix", "log: Auto-fallback to Legacy Mode after 2 consecutive error 87s",
+                            "save", "ramp legacy=1", "refresh", "post 32872 0", "refresh", "kill timer 1",
+                            "set timer 1 500"));
+}

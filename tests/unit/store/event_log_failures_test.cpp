@@ -1,0 +1,165 @@
+// No failure of the file is reported, loses a line from the ring or stops the lines after it.
+#include "log_bench.h"
+
+namespace {
+
+using log_bench::FillerBytes;
+using log_bench::kMarker;
+
+// A full disk: this many more bytes find room, then nothing does.
+constexpr std::size_t kEndless = static_cast<std::size_t>(-1);
+std::size_t g_room = kEndless;
+
+class EventLogFailures : public log_bench::EventLogTest {
+protected:
+    void TearDown() override {
+        g_room = kEndless;
+        EventLogTest::TearDown();
+    }
+};
+
+const std::string kOld = "---------- session start ----------\r\n[01:02:03.004] yesterday\r\n";
+
+}  // namespace
+
+// Takes the place of the C runtime's own.
+extern "C" std::size_t fwrite(const void* data, std::size_t size, std::size_t count, std::FILE* file) {
+    using Write = std::size_t (*)(const void*, std::size_t, std::size_t, std::FILE*);
+    static const auto real =
+        reinterpret_cast<Write>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "fwrite"));
+    if (g_room == kEndless) return real(data, size, count, file);
+    const std::size_t fits = size * count < g_room ? size * count : g_room;
+    g_room -= fits;
+    return real(data, 1, fits, file) / size;
+}
+
+TEST_F(EventLogFailures, AFolderOfThatNameKeepsTheLinesInTheRing) {
+    ASSERT_TRUE(CreateDirectoryW(path.c_str(), nullptr));
+    OpenEventLogFile(path);
+    LogEvent("only in memory");
+    EXPECT_EQ(LastLine(), L"[21:04:07.031] only in memory");
+    EXPECT_EQ(GetFileAttributesW(path.c_str()) & FILE_ATTRIBUTE_DIRECTORY,
+              static_cast<DWORD>(FILE_ATTRIBUTE_DIRECTORY));
+
+    ASSERT_TRUE(RemoveDirectoryW(path.c_str()));
+    LogEvent("written again");
+    EXPECT_EQ(ReadBytes(path), "[21:04:07.031] written again\r\n");
+}
+
+TEST_F(EventLogFailures, AMissingFolderIsNotCreated) {
+    const std::wstring missing = folder.Child(L"gone");
+    OpenEventLogFile(missing + L"\\events.log");
+    LogEvent("only in memory");
+    EXPECT_EQ(LastLine(), L"[21:04:07.031] only in memory");
+    EXPECT_FALSE(FileExists(missing));
+}
+
+TEST_F(EventLogFailures, APathThatIsNoneKeepsTheLinesInTheRing) {
+    for (const std::wstring& bad :
+         {std::wstring(L"?:\\<>|\\events.log"), std::wstring(40000, L'x'), std::wstring(L"\\\\.\\")}) {
+        OpenEventLogFile(bad);
+        LogEvent("still here");
+        EXPECT_EQ(LastLine(), L"[21:04:07.031] still here");
+    }
+}
+
+TEST_F(EventLogFailures, AnEmptyPathLogsInMemoryOnly) {
+    OpenEventLogFile(L"");
+    LogEvent("only in memory");
+    EXPECT_EQ(LastLine(), L"[21:04:07.031] only in memory");
+}
+
+TEST_F(EventLogFailures, ALineLoggedWhileTheFileIsLockedIsMissingFromTheFileOnly) {
+    OpenEventLogFile(path);
+    LogEvent("before");
+    {
+        const LockedFile lock(path);
+        LogEvent("meanwhile");
+        EXPECT_EQ(LastLine(), L"[21:04:07.031] meanwhile");
+    }
+    LogEvent("after");
+    EXPECT_EQ(ReadBytes(path), kMarker + FillerBytes() + "[21:04:07.031] before\r\n[21:04:07.031] after\r\n");
+}
+
+TEST_F(EventLogFailures, AFileLockedAtStartIsNeitherTrimmedNorMarked) {
+    const std::string old(262145, 'o');
+    WriteBytes(path, old);
+    {
+        const LockedFile lock(path);
+        OpenEventLogFile(path);
+        LogEvent("meanwhile");
+    }
+    LogEvent("after");
+    EXPECT_EQ(ReadBytes(path), old + "[21:04:07.031] after\r\n");
+}
+
+TEST_F(EventLogFailures, AFileThatCannotBeReadIsNotTrimmed) {
+    const std::string old(262145, 'o');
+    WriteBytes(path, old);
+    log_bench::g_refusedMode = "rb";
+    OpenEventLogFile(path);
+    EXPECT_EQ(ReadBytes(path), old + kMarker + FillerBytes());
+}
+
+TEST_F(EventLogFailures, ATrimThatCannotWriteLeavesTheFileAndAppendsTheSession) {
+    const std::string old(262145, 'o');
+    WriteBytes(path, old);
+    log_bench::g_refusedMode = "wb";
+    OpenEventLogFile(path);
+    EXPECT_EQ(ReadBytes(path), old + kMarker + FillerBytes());
+}
+
+TEST_F(EventLogFailures, AFileThatMayOnlyBeReadIsLeftAsItIs) {
+    const std::string old(262145, 'o');
+    WriteBytes(path, old);
+    {
+        const LockedFile lock(path, FILE_SHARE_READ);
+        OpenEventLogFile(path);
+        LogEvent("only in memory");
+        EXPECT_EQ(LastLine(), L"[21:04:07.031] only in memory");
+    }
+    EXPECT_EQ(ReadBytes(path), old);
+}
+
+// Whether the write is refused depends on the user: Wine run by root lets it through.
+TEST_F(EventLogFailures, AFileMarkedReadOnlyKeepsWhatItHeldAndTheRingItsLines) {
+    WriteBytes(path, kOld);
+    ASSERT_TRUE(SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY));
+    OpenEventLogFile(path);
+    LogEvent("in memory");
+    EXPECT_TRUE(ReadBytes(path).starts_with(kOld));
+    EXPECT_EQ(LastLine(), L"[21:04:07.031] in memory");
+}
+
+TEST_F(EventLogFailures, OnAFullDiskTheLinesStayInTheRing) {
+    OpenEventLogFile(path);
+    const std::string before = ReadBytes(path);
+    g_room = 0;
+    LogEvent("no room");
+    LogEvent("still no room");
+    EXPECT_EQ(LastLine(), L"[21:04:07.031] still no room");
+    EXPECT_EQ(ReadBytes(path), before);
+
+    g_room = kEndless;
+    LogEvent("room again");
+    EXPECT_EQ(ReadBytes(path), before + "[21:04:07.031] room again\r\n");
+}
+
+TEST_F(EventLogFailures, ADiskThatFillsWithinALineDoesNotStopTheNext) {
+    OpenEventLogFile(path);
+    const std::string before = ReadBytes(path);
+    g_room = 17;
+    LogEvent("cut off");
+    g_room = kEndless;
+    LogEvent("whole");
+    EXPECT_EQ(ReadBytes(path), before + "[21:04:07.031] cu[21:04:07.031] whole\r\n");
+}
+
+TEST_F(EventLogFailures, ADiskThatIsFullDuringTheTrimLeavesWhatFits) {
+    WriteBytes(path, std::string(300000, 'o'));
+    g_room = 1000;
+    OpenEventLogFile(path);
+    g_room = kEndless;
+    LogEvent("whole");
+    EXPECT_EQ(ReadBytes(path), std::string(1000, 'o') + "[21:04:07.031] whole\r\n");
+}

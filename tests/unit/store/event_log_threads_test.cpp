@@ -1,0 +1,110 @@
+#include <algorithm>
+#include <map>
+#include <thread>
+
+#include "log_bench.h"
+
+namespace {
+
+class EventLogThreads : public log_bench::EventLogTest {
+protected:
+    static constexpr int kThreads = 4;
+    static constexpr int kLines = 125;  // together just as many as the ring holds
+
+    static void LogFromSeveralThreads() {
+        std::vector<std::thread> threads;
+        for (int thread = 0; thread < kThreads; ++thread) {
+            threads.emplace_back([thread] {
+                for (int line = 0; line < kLines; ++line)
+                    LogEvent("thread %d line %d %ls", thread, line,
+                             L"--------------------------------------");
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+
+    static std::vector<std::string> Lines(const std::string& bytes) {
+        std::vector<std::string> lines;
+        std::size_t start = 0;
+        for (std::size_t end; (end = bytes.find("\r\n", start)) != std::string::npos; start = end + 2)
+            lines.push_back(bytes.substr(start, end - start));
+        EXPECT_EQ(start, bytes.size()) << "the file ends with a line end";
+        return lines;
+    }
+
+    static std::vector<std::string> Ring() {
+        std::vector<std::string> lines;
+        for (const std::wstring& line : ReadLogRing())
+            lines.emplace_back(line.begin(), line.end());
+        return lines;
+    }
+
+    // Each thread's lines are there, whole, once and in its own order.
+    static void ExpectEveryLineWhole(const std::vector<std::string>& lines) {
+        std::map<std::string, int> next;
+        int found = 0;
+        for (const std::string& line : lines) {
+            const std::string message = line.substr(15);
+            if (message == "filler") continue;
+            const std::string thread = message.substr(0, 8);
+            EXPECT_EQ(message, thread + " line " + std::to_string(next[thread]++) +
+                                   " --------------------------------------");
+            ++found;
+        }
+        EXPECT_EQ(next.size(), static_cast<std::size_t>(kThreads));
+        EXPECT_EQ(found, kThreads * kLines);
+    }
+};
+
+}  // namespace
+
+TEST_F(EventLogThreads, LinesAreWholeAndTheFileHasTheRingsOrder) {
+    OpenEventLogFile(path);
+    LogFromSeveralThreads();
+
+    const std::vector<std::string> ring = Ring();
+    ASSERT_EQ(ring.size(), 500u);
+    ExpectEveryLineWhole(ring);
+
+    std::vector<std::string> file = Lines(ReadBytes(path));
+    ASSERT_EQ(file.size(), 1u + 500u + 500u);
+    file.erase(file.begin(), file.begin() + 501);
+    EXPECT_EQ(file, ring);
+}
+
+TEST_F(EventLogThreads, TheStampsRunInTheRingsOrder) {
+    SetTime(21, 4, 0, 0);
+    log_bench::g_ticksPerReading = 1;
+    LogFromSeveralThreads();
+    const std::vector<std::string> ring = Ring();
+    ASSERT_EQ(ring.size(), 500u);
+    EXPECT_EQ(ring.front().substr(0, 15), "[21:04:00.000] ");
+    EXPECT_EQ(ring.back().substr(0, 15), "[21:04:00.499] ");
+    EXPECT_TRUE(std::is_sorted(ring.begin(), ring.end(), [](const std::string& a, const std::string& b) {
+        return a.compare(0, 15, b, 0, 15) < 0;
+    }));
+}
+
+TEST_F(EventLogThreads, AFileOpenedMeanwhileHasEveryLineOnceInTheRingsOrder) {
+    std::thread opener([this] { OpenEventLogFile(path); });
+    LogFromSeveralThreads();
+    opener.join();
+
+    std::vector<std::string> file = Lines(ReadBytes(path));
+    ASSERT_GE(file.size(), 501u);
+    EXPECT_EQ(file.front() + "\r\n", log_bench::kMarker);
+    file.erase(file.begin());
+    ExpectEveryLineWhole(file);
+    EXPECT_EQ(std::vector<std::string>(file.end() - 500, file.end()), Ring());
+}
+
+TEST_F(EventLogThreads, TheRingMayBeReadWhileOthersLog) {
+    std::thread reader([] {
+        for (int i = 0; i < 200; ++i)
+            EXPECT_EQ(ReadLogRing().size(), 500u);
+    });
+    LogFromSeveralThreads();
+    reader.join();
+    ExpectEveryLineWhole(Ring());
+}

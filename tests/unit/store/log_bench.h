@@ -1,0 +1,104 @@
+// What the tests of the event log share: a clock that stands, a record of the files that are opened, and a
+// ring of known lines. One of a program's sources includes it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "store/event_log.h"
+#include "support/seam.h"
+#include "temp_folder.h"
+
+namespace log_bench {
+
+inline SYSTEMTIME g_now = {};
+inline std::atomic<int> g_ticksPerReading = 0;  // milliseconds that pass at each reading
+inline std::vector<std::string> g_opened;       // modes, in order
+inline std::string g_refusedMode;               // an open in this mode fails
+
+// Only called under the log's lock.
+inline void WINAPI FakeGetLocalTime(SYSTEMTIME* now) {
+    *now = g_now;
+    g_now.wMilliseconds = static_cast<WORD>(g_now.wMilliseconds + g_ticksPerReading);
+    if (g_now.wMilliseconds > 999) {
+        g_now.wMilliseconds = static_cast<WORD>(g_now.wMilliseconds - 1000);
+        ++g_now.wSecond;
+    }
+}
+
+inline errno_t FakeOpen(std::FILE** file, const wchar_t* path, const wchar_t* mode) {
+    using Open = errno_t (*)(std::FILE**, const wchar_t*, const wchar_t*);
+    static const auto real =
+        reinterpret_cast<Open>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "_wfopen_s"));
+    std::string narrow;
+    for (const wchar_t* c = mode; *c != L'\0'; ++c)
+        narrow += static_cast<char>(*c);
+    g_opened.push_back(narrow);
+    if (narrow == g_refusedMode) {
+        *file = nullptr;
+        return EACCES;
+    }
+    return real(file, path, mode);
+}
+
+constexpr char kMarker[] = "---------- session start ----------\r\n";
+
+inline std::string Repeated(const std::string& text, int times) {
+    std::string all;
+    for (int i = 0; i < times; ++i)
+        all += text;
+    return all;
+}
+
+// The 500 lines that every test begins with, as they stand in the file.
+inline std::string FillerBytes() {
+    return Repeated("[21:04:07.031] filler\r\n", 500);
+}
+
+class EventLogTest : public testing::Test {
+protected:
+    TempFolder folder;
+    std::wstring path = folder.Child(L"events.log");
+
+    void SetUp() override {
+        g_ticksPerReading = 0;
+        g_refusedMode.clear();
+        SetTime(21, 4, 7, 31);
+        FillRing();
+        g_opened.clear();
+    }
+
+    // No file is known again; the ring cannot be emptied, but it can be filled with known lines.
+    void TearDown() override {
+        g_refusedMode.clear();
+        OpenEventLogFile(L"");
+    }
+
+    static void SetTime(WORD hour, WORD minute, WORD second, WORD milliseconds) {
+        // A date far from any other number, which no line may show.
+        g_now = {.wYear = 2026,
+                 .wMonth = 8,
+                 .wDayOfWeek = 6,
+                 .wDay = 15,
+                 .wHour = hour,
+                 .wMinute = minute,
+                 .wSecond = second,
+                 .wMilliseconds = milliseconds};
+    }
+
+    static void FillRing() {
+        for (int i = 0; i < 500; ++i)
+            LogEvent("filler");
+    }
+
+    static std::wstring LastLine() { return ReadLogRing().back(); }
+};
+
+}  // namespace log_bench
+
+AMBREL_SEAM(GetLocalTime, log_bench::FakeGetLocalTime);
+AMBREL_SEAM(_wfopen_s, log_bench::FakeOpen);

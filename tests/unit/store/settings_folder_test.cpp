@@ -1,0 +1,22 @@
+// Where Windows itself says that application data lies.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "store/settings.h"
+#include "temp_folder.h"
+
+#include <shlobj.h>
+
+TEST(SettingsFolder, TheFileLiesInTheRoamingApplicationDataOfTheUser) {
+    wchar_t roaming[MAX_PATH] = {};
+    ASSERT_TRUE(SUCCEEDED(SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, roaming)));
+    ASSERT_NE(roaming[0], L'\0');
+    EXPECT_EQ(GetSettingsPath(), std::wstring(roaming) + L"\\Ambrel2\\settings.ini");
+    EXPECT_TRUE(FileExists(std::wstring(roaming) + L"\\Ambrel2"));
+}
+
+TEST(SettingsFolder, AFolderThatIsThereAlreadyGivesTheSamePath) {
+    const std::wstring first = GetSettingsPath();
+    EXPECT_EQ(GetSettingsPath(), first);
+}

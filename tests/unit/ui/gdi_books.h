@@ -1,0 +1,43 @@
+// The books behind the GDI recorder: which objects and device contexts there are and what is selected.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "gdi_recorder.h"
+#include "win32/platform.h"
+
+enum class Kind { Pen, Brush, Font, Bitmap, Region, Icon };
+
+struct Object {
+    Kind kind;
+    std::string name;
+    bool lasting;  // stock objects, defaults of a context, fonts and icons of the whole run
+};
+
+struct Context {
+    std::map<Kind, std::uintptr_t> selected;
+    std::map<Kind, std::uintptr_t> initial;
+    std::string clip = "none";
+    std::string textColour = "#000000";
+    bool transparent = false;
+    POINT position = {};
+};
+
+extern std::map<std::uintptr_t, Object> g_objects;
+extern std::map<std::uintptr_t, Context> g_contexts;
+
+template <typename Handle>
+std::uintptr_t IdOf(Handle handle) {
+    return reinterpret_cast<std::uintptr_t>(handle);
+}
+
+std::uintptr_t Make(Kind kind, const std::string& name, bool lasting = false);
+std::uintptr_t MakeContext();
+Context& ContextOf(HDC dc);
+
+// The name of what is selected.
+std::string NameOf(HDC dc, Kind kind);
+
+void Problem(const std::string& text);

@@ -1,0 +1,32 @@
+// The popup drawn by real GDI into a picture, at any DPI. Text is not drawn but noted: fonts differ from
+// machine to machine, so pictures are compared without letters, and every text is measured as 50 units wide.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "picture.h"
+
+struct PanelState {
+    const char* name;
+    void (*set)();  // from the defaults of AppState
+};
+
+extern const PanelState kPanelStates[];
+extern const std::size_t kPanelStateCount;
+
+const PanelState& StateNamed(const std::string& name);
+
+constexpr std::uint32_t kPictureDpis[] = {96, 120, 144, 192};
+
+struct Rendering {
+    Picture picture;
+    std::vector<std::string> texts;  // with their colours: WARMTH #FF0000
+};
+
+// Paints the state into a picture of the popup's size at the DPI.
+Rendering RenderPanel(const PanelState& state, std::uint32_t dpi);
+
+// Paints with real GDI for a client area of no size; returns when that is survived.
+void PaintWithoutSize();

@@ -1,0 +1,89 @@
+// The frame: one off-screen picture, copied in one block.
+#include "ui/popup_painter.h"
+
+#include <gtest/gtest.h>
+
+#include "app/app_state.h"
+#include "expected_drawing.h"
+#include "gdi_recorder.h"
+#include "ui/main_panel.h"
+
+namespace {
+
+const Drawing kNothing;
+HWND const kWindow = reinterpret_cast<HWND>(77);
+
+Drawing CanvasOf(const std::string& viewport) {
+    return {"client of 77",
+            "map mode 8",
+            "window extent 320x540",
+            "viewport extent " + viewport,
+            "viewport origin 0,0",
+            "fill (0,0)-(320,540) #0D0D0D",
+            "main panel"};
+}
+
+Drawing FrameOf(const std::string& size, const std::string& bitmap) {
+    return Drawing{"begin paint 77", "client of 77", "context like the screen",
+                   "bitmap " + size + " like the screen"} +
+           CanvasOf(size) + Drawing{"map mode 1", "copy " + bitmap + " from (0,0) to (0,0) " + size};
+}
+
+class PopupPainter : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        g_app.mainWindow = kWindow;
+        ResetGdi();
+    }
+
+    void TearDown() override { EXPECT_EQ(GdiLeftovers(), kNothing); }
+};
+
+}  // namespace
+
+void DrawMainPanel(HDC) {
+    g_gdi.drawn.push_back("main panel");
+}
+
+TEST_F(PopupPainter, TheCanvasIsStretchedOverTheClientArea) {
+    PaintRoot(ScreenContext());
+    Drawing expected = CanvasOf("320x540");
+    expected[1] += " of the screen";
+    EXPECT_EQ(g_gdi.drawn, expected);
+}
+
+TEST_F(PopupPainter, TheCanvasIsStretchedIndependentlyInBothDirections) {
+    g_gdi.client = {480, 1080};
+    PaintRoot(ScreenContext());
+    EXPECT_EQ(g_gdi.drawn[3], "viewport extent 480x1080");
+    EXPECT_EQ(g_gdi.drawn[5], "fill (0,0)-(320,540) #0D0D0D");
+}
+
+TEST_F(PopupPainter, APaintDrawsOffScreenAndCopiesInPlainPixels) {
+    g_gdi.client = {400, 675};
+    PaintPopup(kWindow);
+    EXPECT_EQ(g_gdi.drawn, (FrameOf("400x675", "bitmap 400x675") +
+                            Drawing{"delete bitmap 400x675", "delete context", "end paint 77"}));
+}
+
+TEST_F(PopupPainter, AClientAreaOfNoSizeIsPaintedAllTheSame) {
+    g_gdi.client = {0, 0};
+    PaintPopup(kWindow);
+    EXPECT_EQ(g_gdi.drawn, (FrameOf("0x0", "bitmap 0x0") +
+                            Drawing{"delete bitmap 0x0", "delete context", "end paint 77"}));
+}
+
+TEST_F(PopupPainter, WithoutABitmapThePaintStillEnds) {
+    g_gdi.bitmapsFail = true;
+    PaintPopup(kWindow);
+    EXPECT_EQ(g_gdi.drawn, (FrameOf("320x540", "default") + Drawing{"delete context", "end paint 77"}));
+}
+
+TEST_F(PopupPainter, EveryPaintIsAWholeFrame) {
+    PaintPopup(kWindow);
+    const Drawing first = g_gdi.drawn;
+    g_gdi.drawn.clear();
+    PaintPopup(kWindow);
+    EXPECT_EQ(g_gdi.drawn, first);
+}
