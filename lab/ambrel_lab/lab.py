@@ -3,6 +3,7 @@
 from pathlib import Path
 
 from .desktop import Desktop
+from .hardware import Hardware
 from .input import Hands
 from .magnification import Magnification
 from .places import DEFAULT_BUILD
@@ -38,6 +39,7 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
             doubles = self.build_dir / "lab"
             self.prefix = Prefix(self.run.folder / "prefix")
             self.magnification = Magnification(self.prefix, doubles)
+            self.hardware = Hardware(self, doubles)
             if tools:
                 self.magnification.install(magnification)
             self.connection = Connection(self.run.display)

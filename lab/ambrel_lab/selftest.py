@@ -9,6 +9,7 @@ import traceback
 from pathlib import Path
 
 from .desktop import TOOL
+from .hardware_selftest import hardware_checks
 from .lab import Lab
 from .places import STATE
 from .waiting import wait_until
@@ -173,6 +174,7 @@ def selftest(build_dir):
     with Lab(build_dir) as lab:
         for call in (check_fonts, check_screen, check_magnification, check_windows):
             check(call.__name__, lambda: call(lab))
+    hardware_checks(check, build_dir)
     for call in (check_registry_before_start, check_failure, side_by_side):
         check(call.__name__, lambda: call(build_dir))
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGKILL):

@@ -1,0 +1,279 @@
+"""Checks of the doubles of hardware, with a client that uses Windows' own interfaces; part of lab.py selftest."""
+
+import subprocess
+import threading
+import time
+from collections import Counter, namedtuple
+
+from .desktop import unescape
+from .hardware import Monitor, Panel
+from .lab import Lab
+from .waiting import wait_until
+
+CLIENT = "C:\\lab\\labhardwarecheck.exe"
+NO_ANSWER, UNPLUGGED, NO_SUCH_HANDLE = 0xC0262582, 0xC026258D, 0xC026258C
+BRIGHTNESS, CONTRAST = 2, 4
+VARIANT_TYPES = {"i1": 16, "i2": 2, "i4": 3, "i8": 20, "ui1": 17, "ui2": 18, "ui4": 19, "ui8": 21, "r8": 5, "bool": 11,
+                 "bstr": 8, "null": 1, "empty": 0, "unknown": 13}
+TIMED_OUT, FAILED, INVALID_NAMESPACE, NOT_FOUND = 0x00040004, 0x80041001, 0x8004100E, 0x80041002
+# Each step of WMI, and whether listing or setting meets it. The client names the step that failed.
+STEPS = [("locator", "panels"), ("connect", "panels"), ("blanket", "panels"), ("query", "panels"),
+         ("query_methods", "set"), ("get_object", "set"), ("get_method", "set"), ("spawn", "set"),
+         ("put_timeout", "set"), ("put_brightness", "set"), ("exec", "set")]
+HANDING_OUT = ("locator", "connect", "query", "query_methods", "get_object", "get_method", "spawn")
+
+Seen = namedtuple("Seen", "description handle capabilities_error capabilities error minimum current maximum")
+
+
+class Client:
+    """The checking program, running. ask() returns (rows of fields, timer messages dispatched meanwhile)."""
+
+    def __init__(self, lab):
+        lab.prefix.put(lab.build_dir / "lab" / "labhardwarecheck.exe", CLIENT)
+        self.process = lab.desktop.start([CLIENT], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.process.stdin.close()
+        self.process.wait(20)
+
+    def ask(self, *words):
+        self.process.stdin.write(("\t".join(map(str, words)) + "\n").encode())
+        self.process.stdin.flush()
+        rows = []
+        while not (line := self.process.stdout.readline().decode()).startswith("\x04"):
+            assert line, "the checking program ended"
+            rows.append([unescape(word) for word in line.rstrip("\r\n").split("\t")])
+        return rows, int(line[1:])
+
+    def monitors(self):
+        return [Seen(row[0], *map(int, row[1:])) if len(row) == 8 else tuple(row)
+                for row in self.ask("monitors")[0]]
+
+    def set_monitor(self, index, value):
+        return int(self.ask("monitor-set", index, value)[0][0][0])
+
+    def panels(self):
+        """[(name, type, value)] as text and numbers, and the line after the last one."""
+        rows = self.ask("panels")[0]
+        return [(row[5], int(row[4]), row[6]) for row in rows if row[0] == "panel"], rows[-1]
+
+    def set_panel(self, instance, percent):
+        return self.ask("panel-set", instance, percent)[0][-1]
+
+
+def check_monitor_values(hardware, client):
+    hardware.monitors([Monitor("left", 37, description="Left \u00e9\t\\"), Monitor("right", 55, 10, 90)])
+    hardware.forget()
+    left, right = client.monitors()
+    assert left.description == "Left \u00e9\t\\" and left[2:] == (0, BRIGHTNESS | CONTRAST, 0, 0, 37, 100), left
+    assert right[2:] == (0, BRIGHTNESS | CONTRAST, 0, 10, 55, 90), right
+    told = [(call.function, call.target) for call in hardware.calls()]
+    assert told == [("GetNumberOfPhysicalMonitorsFromHMONITOR", "display0"),
+                    ("GetPhysicalMonitorsFromHMONITOR", "display0"),
+                    ("GetMonitorCapabilities", "left"), ("GetMonitorBrightness", "left"),
+                    ("GetMonitorCapabilities", "right"), ("GetMonitorBrightness", "right"),
+                    ("DestroyPhysicalMonitors", "left,right")], told
+    assert client.set_monitor(1, 80) == 0 and hardware.value("right") == 80
+    [call] = hardware.calls("SetMonitorBrightness")
+    assert (call.target, call.arguments["value"], call.result) == ("right", 80, 1), call
+    hardware.turn("left", 12)
+    assert client.monitors()[0].current == 12
+    assert hardware.outstanding() == 0 and not hardware.mistakes()
+
+
+def check_odd_monitors(hardware, client):
+    hardware.monitors([Monitor("zero", zero_handle=True), Monitor("below", 5, 10, 100), Monitor("equal", 7, 50, 50),
+                       Monitor("above", 7, 90, 10), Monitor("deaf", capable=False),
+                       Monitor("large", 0xFFFFFFFF, 0, 0xFFFFFFFF, description="x" * 200)])
+    zero, below, equal, above, deaf, large = client.monitors()
+    assert zero.handle == 0 and below.handle != 0
+    assert [seen[5:] for seen in (below, equal, above)] == [(10, 5, 100), (50, 7, 50), (90, 7, 10)]
+    assert deaf.capabilities == CONTRAST and large.current == 0xFFFFFFFF and large.description == "x" * 127
+    hardware.monitors([Monitor(f"m{number}", number) for number in range(64)])
+    assert [seen.current for seen in client.monitors()] == list(range(64))
+    hardware.monitors([])
+    assert client.monitors() == []
+    hardware.monitors(["one"], count_error=5)
+    assert client.monitors() == [("count", "5")]
+    hardware.monitors(["one"], fetch_error=6)
+    assert client.monitors() == [("fetch", "6")]
+    hardware.display(count=3, fetch_error=0)
+    assert client.monitors() == [("fetch", "87")]
+    hardware.display(count=0)
+    assert client.monitors() == [] and hardware.outstanding() == 0 and not hardware.mistakes()
+
+
+def check_behaviours(hardware, client):
+    names = ("ok", "ignores", "sticks", "drifts")
+    hardware.monitors([Monitor(name, 40, behaviour=name, at=25, after=400) for name in names])
+    assert [client.set_monitor(index, 100) for index in range(4)] == [0] * 4
+    assert [hardware.value(name) for name in names] == [100, 40, 25, 100]
+    wait_until(lambda: hardware.value("drifts") == 25, 5.0, "the drift")
+    assert [seen.current for seen in client.monitors()] == [100, 40, 25, 25]
+    hardware.turn("drifts", 60)
+    hardware.change("ignores", behaviour="ok")
+    client.set_monitor(1, 99)
+    assert (hardware.value("drifts"), hardware.value("ignores")) == (60, 99)
+    hardware.monitors([Monitor("a", fails="capabilities"), Monitor("b", fails=("read",)),
+                       Monitor("c", fails=("set",), error=31)])
+    a, b, c = client.monitors()
+    assert (a.capabilities_error, a.error, b.capabilities_error, b.error) == (NO_ANSWER, 0, 0, NO_ANSWER)
+    assert (c.error, client.set_monitor(2, 1), hardware.value("c")) == (0, 31, 50)
+    hardware.unplug("b")
+    assert len(client.monitors()) == 2
+    hardware.plug("b")
+    assert len(client.monitors()) == 3 and hardware.outstanding() == 0
+
+
+def check_waiting(hardware, client):
+    hardware.monitors([Monitor("slow", delay=300), Monitor("other")])
+    started = time.monotonic()
+    _, messages = client.ask("monitors")
+    assert 0.6 <= time.monotonic() - started < 3 and messages == 0
+    hardware.change("slow", pump=True)
+    assert client.ask("monitors")[1] >= 5
+    # Unplugged while it is being asked: that call and the later ones fail, and its handle is taken back.
+    hardware.change("slow", delay=1000)
+    hardware.forget()
+    answer = []
+    asking = threading.Thread(target=lambda: answer.extend(client.monitors()))
+    asking.start()
+    wait_until(hardware.waiting, 5.0, "a call that waits")
+    hardware.unplug("slow")
+    asking.join(10)
+    assert (answer[0].capabilities_error, answer[0].error) == (UNPLUGGED, UNPLUGGED), answer
+    assert answer[1].error == 0 and hardware.outstanding() == 0 and hardware.waiting() == 0
+
+
+def check_monitor_misuse(hardware, client):
+    hardware.monitors(["one", "two"])
+    client.ask("monitor-misuse")
+    assert hardware.leaks()["handles"] == 2
+    hardware.forget_outstanding()
+    assert client.ask("monitor-misuse", "destroyed")[0] == [["0", str(NO_SUCH_HANDLE), "0"]]
+    told = [call.function for call in hardware.mistakes()]
+    assert told == ["SetMonitorBrightness", "DestroyPhysicalMonitor"] and hardware.outstanding() == 0, told
+    hardware.forget()
+
+
+def check_panel_values(hardware, client):
+    assert client.panels() == ([], ["end", "0x00000001"])
+    hardware.panels([Panel(kind, 80, brightness_type=kind) for kind in VARIANT_TYPES])
+    panels, _ = client.panels()
+    assert [(name, kind) for name, kind, _ in panels] == list(VARIANT_TYPES.items()), panels
+    assert [value for name, _, value in panels if name in ("i2", "i4", "ui1", "ui2", "ui4", "bstr")] == ["80"] * 6
+    hardware.panels([Panel("i2", -3, brightness_type="i2"), Panel("i4", -4, brightness_type="i4"),
+                     Panel("ui4", 120, brightness_type="ui4"), Panel("none", brightness_type="missing")])
+    panels, _ = client.panels()
+    assert [value for _, _, value in panels] == ["-3", "-4", "120", ""] and panels[3][1] == 0, panels
+    hardware.panels([Panel("empty", instance=""), Panel("long", instance="n" * 300), Panel("twin1", instance="twin"),
+                     Panel("twin2", instance="twin"), Panel("4", instance_type="i4"),
+                     Panel("null", instance_type="null"), Panel("nothing", instance_type="nullbstr"),
+                     Panel("hidden", without="brightness"), Panel("missing", instance_type="missing")])
+    names = [name for name, _, _ in client.panels()[0]]
+    assert names == ["", "n" * 300, "twin", "twin", "4", "", "(null)", ""], names
+    assert hardware.outstanding() == 0 and not hardware.mistakes()
+
+
+def check_panel_set(hardware, client):
+    hardware.panels([Panel("panel \u00e9", 30), Panel("twin1", instance="twin"), Panel("twin2", instance="twin"),
+                     Panel("stubborn", behaviour="ignores"), Panel("broken", fails="set")])
+    hardware.forget()
+    assert client.set_panel("panel \u00e9", 100) == ["set"] and hardware.value("panel \u00e9") == 100
+    [call] = hardware.calls("ExecMethod")
+    told = {name: call.arguments[name] for name in ("method", "flags", "timeout", "brightness", "out", "call_result")}
+    assert told == {"method": "WmiSetBrightness", "flags": 0, "timeout": 0, "brightness": 100, "out": 0,
+                    "call_result": 0}, told
+    puts = [(put.arguments["property"], put.arguments["type"]) for put in hardware.calls("Put")]
+    assert puts == [("Timeout", 3), ("Brightness", 17)], puts
+    released = [call.target for call in hardware.calls("Released")]
+    assert Counter(released) == Counter(["locator", "services", "enumerator", "methods", "class", "signature",
+                                         "in-parameters"]), released
+    blanket = hardware.calls("SetBlanket")[0].arguments
+    assert [blanket[name] for name in ("authentication", "authorization", "level", "impersonation")] == [10, 0, 3, 3]
+    assert client.set_panel("twin", 70) == ["set"]
+    assert (hardware.value("twin1"), hardware.value("twin2")) == (70, 50)
+    assert client.set_panel("stubborn", 70) == ["set"] and hardware.value("stubborn") == 50
+    assert client.set_panel("broken", 70) == ["not set"] and hardware.value("broken") == 50
+    hardware.unplug("panel \u00e9")
+    assert client.set_panel("panel \u00e9", 10) == ["end", "0x00000001"]
+    assert len(client.panels()[0]) == 4 and hardware.outstanding() == 0 and not hardware.mistakes()
+
+
+def check_panel_steps(hardware, client):
+    hardware.panels(["first", "second"])
+
+    def ask(way):
+        return client.ask("panels")[0][-1] if way == "panels" else client.ask("panel-set", "first", 5)[0][0]
+
+    for step, way in STEPS:
+        said = step.replace("_methods", "")
+        for answer in (FAILED, INVALID_NAMESPACE):
+            hardware.wmi(**{step: answer})
+            assert ask(way) == [said, f"0x{answer:08x}"], (step, ask(way))
+        if step in HANDING_OUT:
+            hardware.wmi(**{step: "null"})
+            assert ask(way) == [said, "0x00000000"], (step, ask(way))
+        assert hardware.value("first") == 50 and hardware.outstanding() == 0, (step, hardware.leaks())
+    hardware.wmi(next=["timedout"])
+    assert client.panels() == ([], ["end", f"0x{TIMED_OUT:08x}"])
+    hardware.wmi(next=[0, FAILED], next_methods=["null"])
+    panels, end = client.panels()
+    assert len(panels) == 1 and end == ["end", f"0x{FAILED:08x}"] and ask("set") == ["end", "0x00000000"]
+    hardware.wmi(delay_next=200, pump=True)
+    assert client.ask("panels")[1] >= 5
+    hardware.wmi()
+    assert len(client.panels()[0]) == 2 and hardware.outstanding() == 0 and not hardware.mistakes()
+
+
+def check_panel_misuse(hardware, client):
+    hardware.panels(["first"])
+    hardware.forget()
+    for what, leak in (("object", "objects"), ("value", "values"), ("argument", "arguments")):
+        client.ask("panel-misuse", what)
+        assert hardware.leaks() == {**dict.fromkeys(hardware.leaks(), 0), leak: 1}, (what, hardware.leaks())
+        hardware.forget_outstanding()
+    client.ask("panel-misuse", "literal")
+    assert [call.function for call in hardware.mistakes()] == ["GetObject"] and hardware.outstanding() == 0
+    hardware.forget()
+
+
+def check_libraries(lab):
+    """Wine's own library first, then the double without a function, then none, then both doubles in two programs; all
+    of them put there while the desktop runs."""
+    with Client(lab) as client:
+        assert client.monitors() == [("count", "120")]
+        # A desktop without the lab's locator: Wine's own one connects and finds nothing.
+        assert client.panels()[0] == []
+    assert lab.hardware.calls() == [] and lab.hardware.outstanding() == 0
+    lab.hardware.install_monitors(without=("SetMonitorBrightness", "DestroyPhysicalMonitors"))
+    with Client(lab) as client:
+        assert client.monitors() == [("lacks", "SetMonitorBrightness"), ("lacks", "DestroyPhysicalMonitors")]
+    lab.hardware.remove_monitors()
+    with Client(lab) as client:
+        assert len(client.monitors()) == 7
+    lab.hardware.monitors(["one"])
+    lab.hardware.panels(["panel"])
+    with Client(lab) as client, Client(lab) as other:
+        assert len(client.monitors()) == 1 and client.set_monitor(0, 77) == 0
+        assert other.monitors()[0].current == 77 and other.panels()[0] == [("panel", 17, "50")]
+    assert len({call.process for call in lab.hardware.calls()}) == 2 and lab.hardware.outstanding() == 0
+
+
+CHECKS = (check_monitor_values, check_odd_monitors, check_behaviours, check_waiting, check_monitor_misuse,
+          check_panel_values, check_panel_set, check_panel_steps, check_panel_misuse)
+
+
+def hardware_checks(check, build_dir):
+    """Runs every check through check(name, call); the doubles are installed in a prefix that sleeps."""
+    with Lab(build_dir) as lab:
+        lab.hardware.monitors([])
+        lab.hardware.panels([])
+        with Client(lab) as client:
+            for call in CHECKS:
+                check(call.__name__, lambda call=call: call(lab.hardware, client))
+    with Lab(build_dir) as lab:
+        check("check_libraries", lambda: check_libraries(lab))

@@ -1,0 +1,91 @@
+#include "record.h"
+
+#include <cstdio>
+#include <iterator>
+
+#include "state.h"
+
+namespace {
+
+constexpr wchar_t kLogPath[] = L"C:\\lab\\hardware.log";
+
+std::wstring Decimal(LONG64 number) {
+    return std::to_wstring(number);
+}
+
+void PumpUntil(LONG64 end) {
+    for (LONG64 left = end - Now(); left > 0; left = end - Now()) {
+        MsgWaitForMultipleObjectsEx(0, nullptr, static_cast<DWORD>(left), QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+        MSG message = {};
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+            if (message.message == WM_QUIT) {
+                // It is for the program's own loop. Seen again and again it would keep this one busy.
+                PostQuitMessage(static_cast<int>(message.wParam));
+                return;
+            }
+            TranslateMessage(&message);
+            DispatchMessageW(&message);
+        }
+    }
+}
+
+}  // namespace
+
+CallRecord::CallRecord(const wchar_t* function, const std::wstring& target)
+    : number_(Count(Counter::kCalls, 1)), time_(Now()), function_(function), target_(target) {}
+
+void CallRecord::Argument(const wchar_t* name, const std::wstring& value) {
+    arguments_ += L'\t' + std::wstring(name) + L'=' + Escape(value);
+}
+
+void CallRecord::Argument(const wchar_t* name, LONG64 value) {
+    Argument(name, Decimal(value));
+}
+
+void CallRecord::Mistake(const wchar_t* reason) {
+    Count(Counter::kMistakes, 1);
+    Argument(L"mistake", reason);
+}
+
+BOOL CallRecord::EndWithError(DWORD error) {
+    const BOOL success = error == ERROR_SUCCESS;
+    Write(success ? L"1" : L"0", error);
+    SetLastError(error);
+    return success;
+}
+
+HRESULT CallRecord::EndWith(HRESULT result) {
+    wchar_t text[16];
+    std::swprintf(text, std::size(text), L"0x%08lx", static_cast<unsigned long>(result));
+    Write(text, ERROR_SUCCESS);
+    return result;
+}
+
+void CallRecord::Write(const wchar_t* result, DWORD error) const {
+    const std::string line = ToUtf8(
+        Decimal(number_) + L'\t' + Decimal(time_) + L'\t' + Decimal(GetCurrentProcessId()) + L'\t' +
+        function_ + L'\t' + Escape(target_) + L'\t' + result + L'\t' + Decimal(error) + arguments_ + L'\n');
+    const HANDLE file =
+        CreateFileW(kLogPath, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_ALWAYS, 0, nullptr);
+    DWORD written = 0;
+    WriteFile(file, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+    CloseHandle(file);
+}
+
+void Wait(LONG64 delay, bool pump) {
+    if (delay <= 0) {
+        return;
+    }
+    Count(Counter::kWaiting, 1);
+    if (pump) {
+        PumpUntil(Now() + delay);
+    } else {
+        Sleep(static_cast<DWORD>(delay));
+    }
+    Count(Counter::kWaiting, -1);
+}
+
+void WaitAsScripted(const Row& row) {
+    Wait(row.Number("delay"), row.Number("pump") != 0);
+}

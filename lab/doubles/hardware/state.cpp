@@ -1,0 +1,73 @@
+#include "state.h"
+
+namespace {
+
+constexpr wchar_t kStatePath[] = L"C:\\lab\\hardware.state";
+constexpr LONG64 kFirstKnob = 16;
+constexpr LONG64 kKnobSize = 4;
+constexpr LONG64 kKnobs = 500;
+constexpr LONG64 kNumbers = kFirstKnob + kKnobSize * kKnobs;
+constexpr LONG64 kUnixEpoch = 116444736000000000;  // 1970-01-01 as a FILETIME.
+constexpr LONG64 kFileTimesPerMillisecond = 10000;
+
+volatile LONG64* Map() {
+    const HANDLE file = CreateFileW(kStatePath, GENERIC_READ | GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return nullptr;
+    }
+    // The view keeps the file; neither handle is needed after this.
+    const HANDLE mapping =
+        CreateFileMappingW(file, nullptr, PAGE_READWRITE, 0, DWORD{kNumbers * sizeof(LONG64)}, nullptr);
+    CloseHandle(file);
+    void* const view = mapping ? MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 0) : nullptr;
+    if (mapping) {
+        CloseHandle(mapping);
+    }
+    return static_cast<volatile LONG64*>(view);
+}
+
+// The shared numbers, null while there is no file.
+volatile LONG64* Shared() {
+    static volatile LONG64* shared = nullptr;
+    if (!shared) {
+        shared = Map();
+    }
+    return shared;
+}
+
+volatile LONG64* KnobNumbers(LONG64 slot) {
+    volatile LONG64* const shared = Shared();
+    return shared && slot >= 0 && slot < kKnobs ? shared + kFirstKnob + slot * kKnobSize : nullptr;
+}
+
+}  // namespace
+
+LONG64 Count(Counter counter, LONG64 change) {
+    volatile LONG64* const shared = Shared();
+    return shared ? InterlockedAdd64(shared + static_cast<int>(counter), change) : 0;
+}
+
+KnobState ReadKnob(LONG64 slot) {
+    const volatile LONG64* const numbers = KnobNumbers(slot);
+    return numbers ? KnobState{numbers[0], numbers[1], numbers[2]} : KnobState{};
+}
+
+void WriteKnob(LONG64 slot, const KnobState& knob) {
+    volatile LONG64* const numbers = KnobNumbers(slot);
+    if (numbers) {
+        // A drift that was under way must not take hold of the new value.
+        numbers[1] = 0;
+        numbers[0] = knob.value;
+        numbers[2] = knob.driftValue;
+        numbers[1] = knob.driftTime;
+    }
+}
+
+LONG64 Now() {
+    FILETIME time = {};
+    GetSystemTimePreciseAsFileTime(&time);
+    const LONG64 ticks = (LONG64{time.dwHighDateTime} << 32) | time.dwLowDateTime;
+    return (ticks - kUnixEpoch) / kFileTimesPerMillisecond;
+}

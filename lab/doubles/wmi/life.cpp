@@ -1,0 +1,27 @@
+#include "life.h"
+
+#include "../hardware/record.h"
+#include "../hardware/state.h"
+
+Life::Life(const wchar_t* name) : name_(name) {
+    Count(Counter::kObjects, 1);
+}
+
+ULONG Life::Add() {
+    return static_cast<ULONG>(InterlockedIncrement(&references_));
+}
+
+ULONG Life::Drop() {
+    const LONG left = InterlockedDecrement(&references_);
+    if (left == 0) {
+        Count(Counter::kObjects, -1);
+        CallRecord(L"Released", name_).EndWith(S_OK);
+    }
+    return static_cast<ULONG>(left);
+}
+
+HRESULT NotHere(const wchar_t* method) {
+    CallRecord record(method, L"");
+    record.Mistake(L"the double does not have this method");
+    return record.EndWith(E_NOTIMPL);
+}
