@@ -45,8 +45,9 @@ def windows_environment(prefix, display, home, debug="-all"):
         "DISPLAY": display,
         "WINEPREFIX": str(prefix),
         "WINEDEBUG": debug,
-        # No download of Mono or Gecko is offered, and no menu entries are written to the person's home.
-        "WINEDLLOVERRIDES": "mscoree,mshtml=;winemenubuilder.exe=d",
+        # No download of Mono or Gecko is offered, no menu entries are written to the person's home, and a
+        # program that crashes ends at once instead of waiting for a debugger.
+        "WINEDLLOVERRIDES": "mscoree,mshtml=;winemenubuilder.exe=d;winedbg.exe=d",
         "FONTCONFIG_FILE": str(Path(home) / "fonts.conf"),
         "XDG_CACHE_HOME": str(Path(home) / "cache"),
         "XDG_RUNTIME_DIR": str(home),

@@ -57,8 +57,9 @@ TEST_F(Timers, EachTimerHasItsIdAndPeriod) {
     StartTimer(TimerId::TrayRetry);
     StartTimer(TimerId::GammaFixPoll);
     const std::vector<TimerCall> expected = {
-        {"set", kWindow, 1, 500}, {"set", kWindow, 2, 300}, {"set", kWindow, 3, 5100}, {"set", kWindow, 4, 2000},
-        {"set", kWindow, 5, 750}, {"set", kWindow, 6, 150}, {"set", kWindow, 7, 3000}, {"set", kWindow, 8, 2000},
+        {"set", kWindow, 1, 500},  {"set", kWindow, 2, 300},  {"set", kWindow, 3, 5100},
+        {"set", kWindow, 4, 2000}, {"set", kWindow, 5, 750},  {"set", kWindow, 6, 150},
+        {"set", kWindow, 7, 3000}, {"set", kWindow, 8, 2000},
     };
     EXPECT_EQ(g_calls, expected);
 }

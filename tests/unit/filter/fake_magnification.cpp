@@ -5,7 +5,7 @@
 #include <winternl.h>
 
 #include "app/app_state.h"
-#include "app/call_record.h"
+#include "support/call_record.h"
 #include "support/seam.h"
 
 FakeMagnification g_magnification;

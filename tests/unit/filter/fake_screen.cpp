@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "app/call_record.h"
+#include "support/call_record.h"
 #include "support/seam.h"
 
 FakeScreen g_screen;

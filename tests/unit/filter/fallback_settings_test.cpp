@@ -5,12 +5,12 @@
 #include <string>
 
 #include "app/app_state.h"
-#include "app/call_record.h"
 #include "fake_magnification.h"
 #include "fake_screen.h"
 #include "filter/filter.h"
 #include "filter/magnification.h"
 #include "store/settings.h"
+#include "support/call_record.h"
 #include "support/seam.h"
 
 #include <shlobj.h>

@@ -5,9 +5,9 @@
 #include <algorithm>
 
 #include "app/app_state.h"
-#include "app/call_record.h"
 #include "fake_magnification.h"
 #include "filter/filter.h"
+#include "support/call_record.h"
 #include "support/seam.h"
 
 void SaveSettings() {

@@ -5,11 +5,11 @@
 #include <cmath>
 
 #include "app/app_state.h"
-#include "app/call_record.h"
 #include "fake_magnification.h"
 #include "fake_screen.h"
 #include "filter/filter.h"
 #include "reference_colour.h"
+#include "support/call_record.h"
 
 void SaveSettings() {
     Record("save");

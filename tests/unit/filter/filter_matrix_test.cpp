@@ -4,11 +4,11 @@
 #include <array>
 
 #include "app/app_state.h"
-#include "app/call_record.h"
 #include "fake_magnification.h"
 #include "fake_model.h"
 #include "filter/filter.h"
 #include "filter/magnification.h"
+#include "support/call_record.h"
 
 void SaveSettings() {
     Record("save");

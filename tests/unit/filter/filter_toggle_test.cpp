@@ -6,9 +6,9 @@
 #include <cstdint>
 
 #include "app/app_state.h"
-#include "app/call_record.h"
 #include "fake_magnification.h"
 #include "filter/filter.h"
+#include "support/call_record.h"
 #include "support/seam.h"
 
 void SaveSettings() {

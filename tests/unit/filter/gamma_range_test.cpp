@@ -8,7 +8,7 @@
 #include <ctime>
 
 #include "app/app_state.h"
-#include "app/call_record.h"
+#include "support/call_record.h"
 #include "support/seam.h"
 
 namespace {

@@ -2,10 +2,10 @@
 #include <gtest/gtest.h>
 
 #include "app/app_state.h"
-#include "app/call_record.h"
 #include "fake_model.h"
 #include "fake_screen.h"
 #include "filter/legacy_gamma.h"
+#include "support/call_record.h"
 
 void RefreshPopupAndTray() {
     Record("refresh");

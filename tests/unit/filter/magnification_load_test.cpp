@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "app/app_state.h"
-#include "app/call_record.h"
 #include "fake_magnification.h"
+#include "support/call_record.h"
 
 namespace {
 

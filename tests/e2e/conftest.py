@@ -1,0 +1,41 @@
+"""Fixtures for all of the end-to-end tests."""
+
+import sys
+from contextlib import ExitStack
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(Path(__file__).parent))
+
+import pytest  # noqa: E402
+
+from desk import ROOT, Desk  # noqa: E402
+
+
+def factory():
+    with ExitStack() as stack:
+        yield lambda **options: stack.enter_context(Desk(**options))
+
+
+# A screen of its own for one test: make_desk(magnification="missing", dpi=144, ...).
+make_desk = pytest.fixture(factory, name="make_desk")
+# A screen for all tests of a file.
+make_file_desk = pytest.fixture(factory, scope="module", name="make_file_desk")
+
+
+@pytest.fixture(scope="module", name="file_desk")
+def file_desk_fixture(make_file_desk):
+    return make_file_desk()
+
+
+@pytest.fixture(name="desk")
+def desk_fixture(file_desk):
+    """The file's screen with a program just started that found no settings."""
+    return file_desk.start_fresh()
+
+
+@pytest.fixture(scope="session", name="pictures")
+def pictures_fixture():
+    folder = ROOT / "build" / "pictures"
+    folder.mkdir(parents=True, exist_ok=True)
+    return folder

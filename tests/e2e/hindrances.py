@@ -1,0 +1,66 @@
+"""What can stand in the way of a file: it is read-only, somebody else holds it, there is no space."""
+
+import os
+import random
+import subprocess
+from contextlib import contextmanager
+
+import pytest
+
+HOLDER = "C:\\lab\\hold.js"
+# Opens the file as only it may use it, says so, and then waits for somebody to read its second, endless line.
+HOLDER_TEXT = ('var file = new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(WScript.Arguments(0), 1);\n'
+               'WScript.Echo("ready");\nvar text = "................";\n'
+               'while (text.length < 300000) text += text;\nWScript.Echo(text);\n')
+MEGABYTE = 1 << 20
+
+
+def noise(size, seed=1):
+    return random.Random(seed).randbytes(size)
+
+
+def windows_path(desk, path):
+    return "C:\\" + str(path.relative_to(desk.prefix.drive_c)).replace("/", "\\")
+
+
+@contextmanager
+def held_by_another_program(desk, path):
+    """Within it a script of Windows' own interpreter has the file open and shares it with nobody."""
+    desk.prefix.path(HOLDER).write_text(HOLDER_TEXT, encoding="ascii")
+    holder = desk.desktop.start(["cscript", "//nologo", HOLDER, windows_path(desk, path)], stdout=subprocess.PIPE)
+    try:
+        assert holder.stdout.readline().strip() == b"ready"
+        yield
+    finally:
+        holder.kill()
+        holder.wait()
+
+
+def can_write(path):
+    try:
+        with open(path, "ab"):
+            return True
+    except OSError:
+        return False
+
+
+@contextmanager
+def read_only(path):
+    """Within it nobody can write to the file, not even root."""
+    path.chmod(0o444)
+    locked = can_write(path) and subprocess.run(["chattr", "+i", path], check=False, capture_output=True).returncode == 0
+    try:
+        if can_write(path):
+            pytest.skip("this machine lets root write to a read-only file")
+        yield
+    finally:
+        if locked:
+            subprocess.run(["chattr", "-i", path], check=True)
+        path.chmod(0o644)
+
+
+def put_on_a_full_disk(path):
+    """Whatever is written to the file fails for want of space."""
+    path.unlink(missing_ok=True)
+    path.parent.mkdir(parents=True, exist_ok=True)
+    os.symlink("/dev/full", path)

@@ -1,0 +1,310 @@
+"""Nothing is lost and nothing crashes, whatever the files, the library and the command line look like."""
+
+import time
+
+import pytest
+
+import model
+from desk import MARKER, settings_file, wait_until
+from hindrances import MEGABYTE, held_by_another_program, noise, put_on_a_full_disk, read_only
+
+EVENING = model.PRESETS["EVENING"][:2]
+LEGACY = "Legacy Mode (Older Hardware)"
+FOLDERS = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\"
+GOOD = settings_file(Intensity=700, Brightness=900, AllowExtremeDim=1)
+LOADED_GOOD = "intensity=0.700 brightness=0.900 extremeDim=1 legacy=0 pwmSafe=0"
+
+
+def works(desk):
+    """The main job can be done: EVENING reaches the screen, and the filter goes off again."""
+    desk.choose("EVENING")
+    desk.wait_for_colour(*EVENING)
+    desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
+    desk.press_power()
+    desk.wait_for_plain_screen()
+    return True
+
+
+# settings.ini
+
+@pytest.mark.parametrize("content", [
+    pytest.param(None, id="missing"),
+    pytest.param(b"", id="empty"),
+    pytest.param(b"[Filter]\r\nIntensity", id="cut off within a key"),
+    pytest.param(b"[Filt", id="cut off within a section"),
+    pytest.param(b"\r\n" * 1000, id="blank lines"),
+    pytest.param(b"\0" * 4096, id="zero bytes"),
+    pytest.param(noise(4096), id="4 KB of noise"),
+    pytest.param(noise(10 * MEGABYTE), id="10 MB of noise"),
+    pytest.param(b"x" * MEGABYTE, id="one long line"),
+    pytest.param(b"[Filter]\r\n" * 20000, id="the same section again and again"),
+    pytest.param(b"\xff\xfe\x00", id="half a UTF-16 letter"),
+    pytest.param(noise(10 * MEGABYTE) + GOOD.encode(), id="settings behind 10 MB of noise"),
+])
+def test_whatever_the_settings_file_holds_the_program_works_and_saves(file_desk, content):
+    desk = file_desk.start_fresh(content)
+    assert desk.loaded()
+    assert works(desk)
+    desk.wait_for_saves(1)
+    desk.restart()
+    assert desk.loaded().startswith("intensity=0.584 brightness=0.850 ")
+
+
+@pytest.mark.parametrize("content, loaded", [
+    (b"[Filter]\r\nIntensity=7", "intensity=0.007 brightness=1.000"),
+    (b"[Filter]\nIntensity=700\nBrightness=500", "intensity=0.700 brightness=0.500"),
+    (b"\xef\xbb\xbf[Filter]\r\nIntensity=700\r\n", "intensity=0.700 brightness=1.000"),
+])
+def test_what_can_be_read_of_a_damaged_file_is_used(file_desk, content, loaded):
+    desk = file_desk.start_fresh(content)
+    assert desk.loaded().startswith(loaded)
+
+
+def test_a_settings_file_in_utf_16_is_read_and_written(file_desk):
+    desk = file_desk.start_fresh(b"\xff\xfe" + GOOD.encode("utf-16-le"))
+    assert desk.loaded() == LOADED_GOOD
+    assert works(desk)
+    desk.wait_for_saves(1)
+    desk.restart()
+    assert desk.loaded().startswith("intensity=0.584 brightness=0.850 extremeDim=1")
+
+
+def test_a_folder_in_the_place_of_the_settings_file(make_desk):
+    desk = make_desk()
+    desk.settings_path.mkdir(parents=True)
+    (desk.settings_path / "precious.txt").write_text("kept", encoding="ascii")
+    desk.start()
+    assert desk.loaded().startswith("intensity=0.385 brightness=1.000")
+    assert works(desk)
+    desk.wait_for_saves(1)
+    assert desk.quit() == 0
+    assert (desk.settings_path / "precious.txt").read_text(encoding="ascii") == "kept"
+
+
+def test_a_read_only_settings_file_is_read_and_kept(make_desk):
+    desk = make_desk()
+    desk.write_settings(GOOD)
+    with read_only(desk.settings_path):
+        desk.start()
+        assert desk.loaded() == LOADED_GOOD
+        assert works(desk)
+        desk.wait_for_saves(1)
+        assert desk.settings_text() == GOOD.replace("\r\n", "\n")
+    desk.press_power()
+    desk.wait_for_saves(2)
+    wait_until(lambda: desk.settings()["Intensity"] == "584", 5.0, "the save that is possible again")
+
+
+def test_settings_that_another_program_holds_give_the_defaults_and_are_kept(make_desk):
+    desk = make_desk()
+    desk.write_settings(GOOD)
+    with held_by_another_program(desk, desk.settings_path):
+        desk.start()
+        assert desk.loaded().startswith("intensity=0.385 brightness=1.000")
+        assert works(desk)
+        desk.wait_for_saves(1)
+        assert desk.settings_text() == GOOD.replace("\r\n", "\n")
+    assert desk.program_running()
+
+
+def test_settings_that_another_program_lets_go_of_can_be_saved_again(make_desk):
+    desk = make_desk()
+    desk.write_settings(GOOD)
+    desk.start()
+    with held_by_another_program(desk, desk.settings_path):
+        desk.choose("EVENING")
+        desk.wait_for_saves(1)
+        assert desk.settings()["Intensity"] == "700"
+    desk.press_power()
+    desk.wait_for_saves(2)
+    wait_until(lambda: desk.settings()["Intensity"] == "584", 5.0, "the save that is possible again")
+    assert desk.settings()["AllowExtremeDim"] == "1"
+
+
+# events.log
+
+@pytest.mark.parametrize("content", [
+    pytest.param(b"", id="empty"),
+    pytest.param(b"\0" * 1000, id="zero bytes"),
+    pytest.param(noise(5000, 2), id="noise"),
+    pytest.param("\ufeffold line\r\n".encode("utf-16-le"), id="UTF-16"),
+    pytest.param(b"x" * 100000, id="one long line"),
+])
+def test_whatever_a_small_event_log_holds_it_is_kept_and_added_to(file_desk, content):
+    desk = file_desk
+    desk.clear()
+    desk.write_events(content)
+    desk.start()
+    desk.loaded()
+    assert desk.events_path.read_bytes().startswith(content + MARKER.encode() + b"\r\n")
+    assert works(desk)
+
+
+def test_ten_megabytes_of_noise_in_the_event_log_are_cut_to_the_last_part(file_desk):
+    desk, content = file_desk, noise(10 * MEGABYTE, 3)
+    desk.clear()
+    desk.write_events(content)
+    desk.start()
+    desk.loaded()
+    assert desk.events_path.read_bytes().startswith(content[-65536:] + MARKER.encode() + b"\r\n")
+    assert desk.events_path.stat().st_size < 65536 + 2000
+    assert works(desk)
+
+
+def test_a_folder_in_the_place_of_the_event_log(make_desk):
+    desk = make_desk()
+    desk.events_path.mkdir(parents=True)
+    desk.start()
+    assert works(desk)
+    wait_until(lambda: desk.settings().get("Intensity") == "584", 10.0, "the save")
+    assert desk.quit() == 0
+    assert list(desk.events_path.iterdir()) == []
+
+
+def test_a_read_only_event_log_is_kept(make_desk):
+    desk = make_desk()
+    desk.write_events("old\r\n")
+    with read_only(desk.events_path):
+        desk.start()
+        assert works(desk)
+        wait_until(lambda: desk.settings().get("Intensity") == "584", 10.0, "the save")
+        assert desk.events_text() == "old\n"
+
+
+def test_an_event_log_that_another_program_holds_goes_on_when_it_is_free(make_desk):
+    desk = make_desk()
+    desk.write_events(b"x" * 300000)
+    with held_by_another_program(desk, desk.events_path):
+        desk.start()
+        assert works(desk)
+        wait_until(lambda: desk.settings().get("Intensity") == "584", 10.0, "the save")
+        assert desk.events_path.read_bytes() == b"x" * 300000
+    desk.choose("DAY")
+    wait_until(lambda: desk.events_text().endswith("Saved settings\n"), 10.0, "the line after the hindrance")
+
+
+# The folder, the disk, the command line
+
+def test_a_full_disk_costs_only_what_could_not_be_written(make_desk):
+    desk = make_desk()
+    put_on_a_full_disk(desk.settings_path)
+    put_on_a_full_disk(desk.events_path)
+    desk.start()
+    assert works(desk)
+    time.sleep(0.8)  # Until the save that fails is behind us.
+    desk.settings_path.unlink()
+    desk.events_path.unlink()
+    desk.press_power()
+    wait_until(lambda: desk.settings().get("Intensity") == "584", 10.0, "the save when there is space again")
+    wait_until(lambda: desk.events_text().endswith("Saved settings\n"), 10.0, "the line when there is space again")
+    assert desk.quit() == 0
+
+
+@pytest.mark.parametrize("place", ["Q:\\nowhere", "C:\\no\\such\\folder", "\\\\nobody\\nothing", "C:\\windows\\win.ini"])
+def test_without_an_application_data_folder_the_program_works_with_the_defaults(make_desk, place):
+    desk = make_desk()
+    desk.write_settings(GOOD)
+    for key in ("User Shell Folders", "Shell Folders"):
+        desk.registry_set(FOLDERS + key, "AppData", place)
+    desk.start()
+    desk.press_power()
+    desk.wait_for_colour(model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
+    assert works(desk)
+    desk.menu(LEGACY)
+    assert desk.quit() == 0
+    assert desk.settings_text() == GOOD.replace("\r\n", "\n")
+    assert not desk.events_path.exists()
+
+
+@pytest.mark.parametrize("arguments", [
+    pytest.param(["x" * 30000], id="30,000 letters"),
+    pytest.param(["a b"] * 5000, id="30,000 letters in many words"),
+    pytest.param(["\"", "%s%s%s%n", "\\\\\\", ""], id="quotes, formats, backslashes"),
+    pytest.param(["caf\u00e9 \u6a5f\u68b0"], id="letters of other languages"),
+])
+def test_any_command_line(file_desk, arguments):
+    desk = file_desk
+    desk.clear()
+    desk.start_program(*arguments)
+    desk.wait_for_icon()
+    assert works(desk)
+
+
+# Magnification.dll
+
+@pytest.mark.parametrize("library, text", [
+    ("missing", "Failed to load Magnification.dll\nError code: 126"),
+    ("without-initialize", "Failed to get Magnification API functions.\n\nThis requires Windows 8 or later."),
+    ("without-uninitialize", "Failed to get Magnification API functions.\n\nThis requires Windows 8 or later."),
+    ("without-effect", "Failed to get Magnification API functions.\n\nThis requires Windows 8 or later."),
+])
+def test_a_library_that_does_not_serve_is_told_once_and_legacy_mode_helps(make_desk, library, text):
+    desk = make_desk(magnification=library)
+    desk.start_program()
+    box = desk.wait_for_message_box()
+    assert (box.title, box.text) == ("Ambrel", text)
+    desk.press_button(box)
+    desk.wait_for_icon()
+    desk.choose("EVENING")
+    desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
+    assert desk.screen_is_plain()
+    assert desk.message_boxes() == []
+    desk.menu(LEGACY)
+    desk.wait_for_legacy_colour(*EVENING)
+    assert desk.quit() == 0
+    assert desk.screen_is_plain()
+    assert desk.magnification_calls() == []
+
+
+def test_a_library_of_noise_is_told_like_a_missing_one(make_desk):
+    desk = make_desk(magnification="missing")
+    desk.prefix.path("C:\\windows\\system32\\Magnification.dll").write_bytes(noise(5000))
+    desk.start_program()
+    box = desk.wait_for_message_box()
+    assert box.text.startswith("Failed to load Magnification.dll\nError code: ")
+    desk.press_button(box)
+    desk.wait_for_icon()
+
+
+def test_a_library_put_beside_the_program_is_not_loaded(make_desk):
+    desk = make_desk(magnification="missing")
+    # Shcore.dll is not among them: Windows keeps it as a known library, Wine keeps no such list.
+    for name in ("Magnification.dll", "dwmapi.dll", "msimg32.dll", "dxva2.dll", "windowscodecs.dll"):
+        desk.prefix.put(desk.build_dir / "lab" / "magnification.dll", f"C:\\Ambrel\\{name}")
+    desk.start_program()
+    assert desk.wait_for_message_box().text == "Failed to load Magnification.dll\nError code: 126"
+    with open(f"/proc/{desk.program_pids()[0]}/maps", encoding="utf-8") as maps:
+        assert not [line for line in maps if "/Ambrel/" in line and "ambrel.exe" not in line]
+
+
+@pytest.mark.parametrize("error", [5, 87, 1168])
+def test_a_library_that_fails_to_initialise_is_told_once(file_desk, error):
+    desk = file_desk
+    desk.clear(initialize=error)
+    desk.start_program()
+    box = desk.wait_for_message_box()
+    assert (box.title, box.text) == ("Ambrel", f"MagInitialize failed.\nError code: {error}")
+    desk.press_button(box)
+    desk.wait_for_icon()
+    desk.choose("EVENING")
+    desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
+    assert desk.message_boxes() == []
+    assert desk.effects() == []
+    assert desk.quit() == 0
+    assert [call.function for call in desk.magnification_calls()] == ["MagInitialize"]
+
+
+def test_leaving_legacy_mode_tries_a_library_that_failed_again_and_tells_again(file_desk):
+    desk = file_desk
+    desk.start_fresh({"UseLegacyGamma": 1}, initialize=5)
+    assert desk.message_boxes() == []
+    window = desk.open_menu()
+    desk.click(*desk.menu_place(window, LEGACY))
+    desk.press_button(desk.wait_for_message_box())
+    desk.wait_for_saves(1)
+    desk.magnification_script(initialize=0)
+    desk.menu(LEGACY)
+    desk.wait_for_saves(2)
+    desk.menu(LEGACY)
+    desk.wait_for_saves(3)
+    assert works(desk)

@@ -1,0 +1,189 @@
+"""When Windows refuses the colour matrix: error 87 twice in a row leads to Legacy Mode, all else to one message."""
+
+import time
+
+import pytest
+
+import model
+from desk import wait_until
+
+LEGACY = "Legacy Mode (Older Hardware)"
+START = (model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
+FORGIVEN = "MagSetFullscreenColorEffect error 87 (1/2 before fallback)"
+FALLEN_BACK = "Auto-fallback to Legacy Mode after 2 consecutive error 87s"
+NOTICE = ("Ambrel detected that your graphics hardware doesn't support the modern color pipeline, so it switched to "
+          "Legacy Mode automatically. Everything is working \u2014 the warmth and brightness sliders behave the same "
+          "way.\n\nYou can change this any time in Settings (Legacy Mode).")
+
+
+def failure(error):
+    return f"MagSetFullscreenColorEffect failed.\nError code: {error}"
+
+
+def press_presets(desk, *names):
+    """One colour matrix each; waits until it was handed over."""
+    for name in names:
+        before = len(desk.effects())
+        desk.choose(name)
+        wait_until(lambda count=before: len(desk.effects()) > count, 10.0, f"the colour matrix of {name}")
+
+
+def assert_no_message_box(desk):
+    time.sleep(0.3)  # A box is posted behind the click that causes it: give it the time to open.
+    assert desk.message_boxes() == []
+
+
+def fall_back(desk):
+    press_presets(desk, "DAY", "EVENING")
+    desk.wait_for_log(FALLEN_BACK)
+    return desk
+
+
+def test_one_error_87_is_forgiven(file_desk):
+    desk = file_desk.start_fresh(effect=(87, 0))
+    press_presets(desk, "DAY")
+    desk.wait_for_log(FORGIVEN)
+    assert desk.screen_is_plain()
+    press_presets(desk, "EVENING")
+    desk.wait_for_colour(*model.PRESETS["EVENING"][:2])
+    desk.wait_for_saves(1)
+    assert desk.settings()["UseLegacyGamma"] == "0"
+    assert_no_message_box(desk)
+
+
+def test_errors_87_that_are_not_in_a_row_never_add_up(file_desk):
+    desk = file_desk.start_fresh(effect=(87, 0, 87, 0, 87, 0))
+    press_presets(desk, "DAY", "EVENING", "DAY", "EVENING", "DAY", "EVENING")
+    desk.wait_for_colour(*model.PRESETS["EVENING"][:2])
+    assert desk.log().count(FORGIVEN) == 3
+    assert FALLEN_BACK not in desk.log()
+
+
+def test_another_error_between_two_errors_87_starts_the_count_anew(file_desk):
+    desk = file_desk.start_fresh(effect=(87, 5, 87, 0))
+    press_presets(desk, "DAY", "EVENING")
+    desk.press_button(desk.wait_for_message_box())
+    press_presets(desk, "DAY", "EVENING")
+    desk.wait_for_colour(*model.PRESETS["EVENING"][:2])
+    assert desk.log().count(FORGIVEN) == 2
+    assert FALLEN_BACK not in desk.log()
+
+
+def test_two_errors_87_in_a_row_switch_to_legacy_mode_and_say_so(file_desk):
+    desk = fall_back(file_desk.start_fresh(effect=(87,)))
+    desk.wait_for_legacy_colour(*model.PRESETS["EVENING"][:2])
+    box = desk.wait_for_message_box()
+    assert (box.title, box.text) == ("Ambrel", NOTICE)
+    desk.press_button(box)
+    assert desk.settings()["UseLegacyGamma"] == "1"
+    assert desk.settings()["LegacyModeAutoSet"] == "1"
+    assert desk.settings()["Intensity"] == "584"
+    assert desk.log().count(FORGIVEN) == 1
+    desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
+
+
+def test_a_drag_of_a_slider_falls_back_under_way_and_goes_on(file_desk):
+    desk = file_desk.start_fresh(effect=(0, 87))
+    desk.press_power()
+    desk.wait_for_colour(*START)
+    desk.slide("WARMTH", 40, release=False)
+    desk.press_button(desk.wait_for_message_box())
+    desk.release()
+    assert desk.log().count(FALLEN_BACK) == 1
+    assert len(desk.effects()) == 3
+    desk.choose("DAY")
+    desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
+
+
+def test_the_popup_stays_open_under_the_notice(file_desk):
+    desk = fall_back(file_desk.start_fresh(effect=(87,)))
+    box = desk.wait_for_message_box()
+    time.sleep(0.4)  # Longer than the popup waits before it looks who has the foreground.
+    assert desk.popup_visible()
+    desk.press_button(box)
+    assert desk.popup_visible()
+
+
+def test_after_the_fallback_the_matrix_is_left_alone(file_desk):
+    desk = fall_back(file_desk.start_fresh(effect=(87,)))
+    desk.press_button(desk.wait_for_message_box())
+    calls = len(desk.magnification_calls())
+    desk.choose("DAY")
+    desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
+    desk.press_power()
+    desk.wait_for_plain_screen()
+    assert len(desk.magnification_calls()) == calls
+
+
+def test_the_fallback_is_kept_for_the_next_start(file_desk):
+    desk = fall_back(file_desk.start_fresh(effect=(87,)))
+    desk.press_button(desk.wait_for_message_box())
+    desk.magnification.forget()
+    desk.restart()
+    desk.choose("DAY")
+    desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
+    assert desk.magnification_calls() == []
+    assert_no_message_box(desk)
+
+
+def test_somebody_who_was_told_before_is_not_told_again(file_desk):
+    desk = file_desk.start_fresh({"LegacyModeAutoSet": 1, "UseLegacyGamma": 0}, effect=(87,))
+    assert [call.function for call in desk.magnification_calls()] == ["MagInitialize"]
+    fall_back(desk)
+    desk.wait_for_legacy_colour(*model.PRESETS["EVENING"][:2])
+    assert_no_message_box(desk)
+    assert desk.settings()["UseLegacyGamma"] == "1"
+
+
+def test_who_leaves_legacy_mode_by_hand_is_not_sent_back_in_this_run(file_desk):
+    desk = fall_back(file_desk.start_fresh(effect=(87,)))
+    desk.press_button(desk.wait_for_message_box())
+    initialised = [call.function for call in desk.magnification_calls()].count("MagInitialize")
+    desk.menu(LEGACY)
+    box = desk.wait_for_message_box()
+    assert box.text == failure(87)
+    desk.press_button(box)
+    wait_until(lambda: desk.settings()["UseLegacyGamma"] == "0", 10.0, "the saved choice")
+    assert desk.settings()["LegacyModeAutoSet"] == "0"
+    press_presets(desk, "DAY", "EVENING", "NIGHT")
+    assert_no_message_box(desk)
+    assert desk.log().count(FALLEN_BACK) == 1
+    assert [call.function for call in desk.magnification_calls()].count("MagInitialize") == initialised
+
+
+def test_after_leaving_by_hand_the_next_run_falls_back_and_says_so_again(file_desk):
+    desk = fall_back(file_desk.start_fresh(effect=(87,)))
+    desk.press_button(desk.wait_for_message_box())
+    desk.menu(LEGACY)
+    desk.press_button(desk.wait_for_message_box())
+    wait_until(lambda: desk.settings()["UseLegacyGamma"] == "0", 10.0, "the saved choice")
+    desk.restart()
+    fall_back(desk)
+    assert desk.wait_for_message_box().text == NOTICE
+
+
+@pytest.mark.parametrize("error", [5, 1, 50, 1400])
+def test_any_other_error_is_told_once_a_run(file_desk, error):
+    desk = file_desk.start_fresh(effect=(error,))
+    press_presets(desk, "DAY")
+    box = desk.wait_for_message_box()
+    assert (box.title, box.text) == ("Ambrel", failure(error))
+    desk.press_button(box)
+    press_presets(desk, "EVENING", "NIGHT", "DAY")
+    assert_no_message_box(desk)
+    assert desk.screen_is_plain()
+    assert not [line for line in desk.log() if "fallback" in line]
+
+
+def test_after_another_error_a_later_apply_may_succeed(file_desk):
+    desk = file_desk.start_fresh(effect=(5, 0))
+    press_presets(desk, "DAY")
+    desk.press_button(desk.wait_for_message_box())
+    press_presets(desk, "EVENING")
+    desk.wait_for_colour(*model.PRESETS["EVENING"][:2])
+
+
+def test_an_error_code_above_two_thousand_million_is_told_as_a_signed_number(file_desk):
+    desk = file_desk.start_fresh(effect=(0x80070005,))
+    press_presets(desk, "DAY")
+    assert desk.wait_for_message_box().text == failure(0x80070005 - 2**32)

@@ -1,0 +1,205 @@
+"""Legacy Mode puts the filter on the screen as a gamma ramp; the screen refuses some ramps for real."""
+
+import pytest
+
+import model
+from desk import wait_until
+
+LEGACY = "Legacy Mode (Older Hardware)"
+START = (model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
+REFUSED = "Legacy ramp REJECTED (intensity=1.000 brightness=0.700) - Windows range limit"
+BANNER = (22, 385, 298, 405)
+RED, AMBER = (255, 0, 0), (255, 210, 0)
+
+
+@pytest.fixture(name="legacy")
+def legacy_fixture(file_desk):
+    return file_desk.start_fresh({"UseLegacyGamma": 1})
+
+
+def banner_shown(desk):
+    """Whether the strip between sliders and presets holds red letters."""
+    strip = desk.popup_picture().crop(*BANNER)
+    return any(strip.pixel(x, y) == RED for x in range(strip.width) for y in range(strip.height))
+
+
+def test_a_start_in_legacy_mode_does_not_touch_the_magnification_library(legacy):
+    legacy.press_power()
+    legacy.wait_for_legacy_colour(*START)
+    assert legacy.magnification_calls() == []
+
+
+@pytest.mark.parametrize("intensity, brightness", [(0, 1000), (200, 800), (385, 1000), (585, 850), (692, 500), (800, 1000)])
+def test_the_ramp_is_a_straight_line_for_each_channel(file_desk, intensity, brightness):
+    desk = file_desk.start_fresh({"UseLegacyGamma": 1, "Intensity": intensity, "Brightness": brightness})
+    desk.press_power()
+    desk.wait_for_tip(model.tip_on(intensity / 1000.0, brightness / 1000.0))
+    desk.wait_for_legacy_colour(intensity / 1000.0, brightness / 1000.0)
+    assert not [line for line in desk.log() if line.startswith("Legacy ramp")]
+
+
+def test_the_power_button_gives_the_plain_screen_back(legacy):
+    legacy.press_power()
+    legacy.wait_for_legacy_colour(*START)
+    legacy.press_power()
+    legacy.wait_for_plain_screen()
+    legacy.wait_for_tip(model.TIP_OFF)
+
+
+def test_the_sliders_behave_the_same_way(legacy):
+    legacy.press_power()
+    legacy.slide("WARMTH", 30)
+    legacy.slide("BRIGHTNESS", -40)
+    warmth, brightness = model.dragged(0.385, 30), model.dragged(1.0, -40, 0.1)
+    legacy.wait_for_tip(model.tip_on(warmth, brightness))
+    legacy.wait_for_legacy_colour(warmth, brightness)
+
+
+@pytest.mark.parametrize("name", ["DAY", "EVENING"])
+def test_presets_behave_the_same_way(legacy, name):
+    preset = model.PRESETS[name]
+    legacy.choose(name)
+    legacy.wait_for_legacy_colour(preset.intensity, preset.brightness)
+
+
+def test_the_menu_moves_a_lit_filter_to_the_ramp_and_saves_at_once(desk):
+    desk.choose("DAY")
+    desk.wait_for_colour(*model.PRESETS["DAY"][:2])
+    desk.wait_for_saves(1)
+    desk.menu(LEGACY)
+    desk.wait_for_saves(2)
+    assert desk.effects()[-1].matrix == model.matrix(model.IDENTITY)
+    desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
+    assert desk.settings()["UseLegacyGamma"] == "1"
+    assert desk.settings()["LegacyModeAutoSet"] == "0"
+    assert desk.tray_tip() == "Ambrel - ON (4000K, 100%)"
+
+
+def test_the_menu_moves_a_lit_filter_back_to_the_matrix(desk):
+    desk.menu(LEGACY)
+    desk.wait_for_saves(1)
+    desk.choose("DAY")
+    desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
+    assert desk.effects() == []
+    desk.menu(LEGACY)
+    wait_until(desk.effects, 10.0, "the colour matrix")
+    desk.wait_for_colour(*model.PRESETS["DAY"][:2])
+    assert desk.effects()[-1].diagonal == pytest.approx(model.factors(*model.PRESETS["DAY"][:2]), abs=1e-6)
+    assert [call.function for call in desk.magnification_calls()].count("MagInitialize") == 1
+    wait_until(lambda: desk.settings()["UseLegacyGamma"] == "0", 10.0, "the saved choice")
+
+
+def test_leaving_legacy_mode_loads_the_library_that_the_start_did_not(legacy):
+    legacy.menu(LEGACY)
+    legacy.wait_for_saves(1)
+    assert [call.function for call in legacy.magnification_calls()] == ["MagInitialize"]
+    legacy.press_power()
+    legacy.wait_for_colour(*START)
+
+
+def test_the_menu_with_the_filter_off_leaves_the_screen_plain(desk):
+    desk.menu(LEGACY)
+    desk.wait_for_saves(1)
+    assert desk.effects() == []
+    assert desk.screen_is_plain()
+
+
+def test_the_menu_ticks_legacy_mode_while_it_is_on(desk):
+    desk.menu(LEGACY)
+    desk.wait_for_saves(1)
+    ticked = menu_picture(desk)
+    desk.menu(LEGACY)
+    desk.wait_for_saves(2)
+    plain = menu_picture(desk)
+    assert ticked != plain
+    # The tick stands in the left column of the second row; nothing else differs.
+    tick, middle = (20, 24, 41), plain.width
+    assert ticked.crop(0, tick[1], tick[0], tick[2]) != plain.crop(0, tick[1], tick[0], tick[2])
+    assert ticked.crop(tick[0], 0, middle, plain.height) == plain.crop(tick[0], 0, middle, plain.height)
+    assert ticked.crop(0, 0, tick[0], tick[1]) == plain.crop(0, 0, tick[0], tick[1])
+
+
+def menu_picture(desk):
+    menu = desk.open_menu()
+    desk.move(10, 10)
+    picture = settled_picture(desk, menu)
+    desk.click(10, 10)
+    wait_until(lambda: not desk.menu_window(), 10.0, "the end of the tray menu")
+    return picture
+
+
+def settled_picture(desk, window):
+    """The window once it is drawn: two pictures in a row are the same, and not of one colour."""
+    def take():
+        return desk.connection.picture(window.left, window.top, window.right - window.left, window.bottom - window.top)
+    last = [None]
+    def settled():
+        picture = take()
+        same = picture == last[0] and picture.colours() > 2
+        last[0] = picture
+        return same and picture
+    return wait_until(settled, 5.0, "the drawn menu", pause=0.1)
+
+
+def test_a_refused_ramp_leaves_the_screen_and_shows_the_banner(legacy):
+    legacy.choose("DAY")
+    legacy.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
+    assert not banner_shown(legacy)
+    legacy.choose("NIGHT")
+    legacy.wait_for_log(REFUSED)
+    wait_until(lambda: banner_shown(legacy), 5.0, "the banner")
+    legacy.wait_for_tip("Ambrel - ON (0K, 70%)")
+    legacy.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
+    assert legacy.message_boxes() == []
+
+
+def test_the_banner_goes_when_a_ramp_is_accepted_again(legacy):
+    legacy.choose("NIGHT")
+    wait_until(lambda: banner_shown(legacy), 5.0, "the banner")
+    legacy.choose("DAY")
+    legacy.wait_for_log("Legacy ramp accepted again (intensity=0.385 brightness=1.000)")
+    legacy.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
+    wait_until(lambda: not banner_shown(legacy), 5.0, "the end of the banner")
+
+
+def test_a_series_of_refusals_is_logged_once(legacy):
+    legacy.choose("NIGHT")
+    legacy.wait_for_log(REFUSED)
+    for brightness_way in (-5, -10, -15):
+        legacy.slide("BRIGHTNESS", brightness_way)
+    legacy.wait_for_tip(model.tip_on(1.0, 0.7 - 30 / 198))
+    legacy.choose("NIGHT")
+    legacy.wait_for_tip("Ambrel - ON (0K, 70%)")
+    assert len([line for line in legacy.log() if "REJECTED" in line]) == 1
+
+
+def test_every_change_of_fate_is_logged_once(legacy):
+    for times in (1, 2):
+        legacy.choose("NIGHT")
+        legacy.wait_for_log(REFUSED, times)
+        legacy.choose("EVENING")
+        legacy.wait_for_log("Legacy ramp accepted again (intensity=0.585 brightness=0.850)", times)
+    assert len([line for line in legacy.log() if line.startswith("Legacy ramp")]) == 4
+
+
+def test_refused_ramps_never_show_the_banner_out_of_legacy_mode(legacy):
+    legacy.choose("NIGHT")
+    wait_until(lambda: banner_shown(legacy), 5.0, "the banner")
+    legacy.menu(LEGACY)
+    wait_until(legacy.effects, 10.0, "the colour matrix")
+    legacy.wait_for_colour(*model.PRESETS["NIGHT"][:2])
+    legacy.show()
+    legacy.slide("BRIGHTNESS", 2)  # The menu does not draw the panel anew; a change does.
+    wait_until(lambda: not banner_shown(legacy), 5.0, "the end of the banner")
+    strip = legacy.popup_picture().crop(*BANNER)
+    assert any(strip.pixel(x, y) == AMBER for x in range(strip.width) for y in range(strip.height))
+
+
+def test_a_refusal_is_forgotten_by_the_next_start(legacy):
+    legacy.choose("NIGHT")
+    legacy.wait_for_log(REFUSED)
+    legacy.wait_for_saves(1)
+    legacy.restart()
+    legacy.show()
+    wait_until(lambda: legacy.popup_picture().pixel(5, 5) == (0x19, 0x19, 0x19), 5.0, "the panel")
+    assert not banner_shown(legacy)

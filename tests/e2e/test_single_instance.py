@@ -1,0 +1,122 @@
+"""One program a machine: a second start shows the popup of the first and ends."""
+
+import time
+
+import pytest
+
+import model
+from desk import MARKER, wait_until
+
+UNKNOWN = "--unknown-option"
+
+
+def second_start(desk, *arguments):
+    """Runs a second instance to its end; its exit code."""
+    first = desk.program
+    try:
+        return desk.start_program(*arguments).wait(20)
+    finally:
+        desk.program = first
+
+
+def test_a_second_start_shows_the_popup_of_the_first_and_ends_with_0(desk):
+    assert not desk.popup_visible()
+    assert second_start(desk) == 0
+    desk.wait_for_popup()
+    assert len(desk.program_pids()) == 1
+
+
+def test_a_second_start_brings_the_popup_to_the_foreground(desk):
+    with desk.other_window():
+        assert second_start(desk) == 0
+        desk.wait_for_popup()
+        wait_until(desk.popup_is_foreground, 5.0, "the popup in the foreground")
+
+
+def test_a_second_start_writes_no_line_into_the_log(desk):
+    desk.loaded()
+    before = desk.events_path.read_bytes()
+    assert second_start(desk) == 0
+    desk.wait_for_popup()
+    assert desk.events_path.read_bytes() == before
+
+
+def test_a_second_start_leaves_the_filter_and_the_settings_alone(desk):
+    desk.choose("EVENING")
+    desk.wait_for_saves(1)
+    calls = len(desk.magnification_calls())
+    settings = desk.settings_text()
+    assert second_start(desk) == 0
+    desk.wait_for_colour(*model.PRESETS["EVENING"][:2])
+    assert len(desk.magnification_calls()) == calls
+    assert desk.settings_text() == settings
+    assert desk.tray_tip() == "Ambrel - ON (2700K, 85%)"
+
+
+def test_a_second_start_adds_no_icon(desk):
+    assert second_start(desk) == 0
+    assert len([icon for icon in desk.tray_icons() if icon.rect.right > icon.rect.left]) == 1
+
+
+def test_a_second_start_while_the_popup_is_open_leaves_it_open(desk):
+    rect = desk.open_popup()
+    assert second_start(desk) == 0
+    time.sleep(0.4)  # Longer than the popup waits before it looks who has the foreground.
+    assert desk.popup_visible()
+    assert desk.popup_rect() == rect
+
+
+def test_a_copy_in_another_folder_is_a_second_start_too(desk):
+    copy = desk.prefix.path("C:\\Other place\\renamed.exe")
+    copy.parent.mkdir(exist_ok=True)
+    copy.write_bytes(desk.prefix.path(desk.program_path).read_bytes())
+    assert desk.desktop.start(["C:\\Other place\\renamed.exe"]).wait(20) == 0
+    desk.wait_for_popup()
+
+
+@pytest.mark.parametrize("arguments", [[UNKNOWN], ["", "\"", "caf\u00e9"], ["x" * 30000]])
+def test_a_second_start_takes_any_command_line(desk, arguments):
+    assert second_start(desk, *arguments) == 0
+    desk.wait_for_popup()
+
+
+def test_second_starts_while_the_first_is_still_starting_end_with_0(desk):
+    desk.kill_program()
+    desk.write_events(None)
+    started = [desk.start_program() for _ in range(3)]
+    wait_until(lambda: sum(child.poll() is None for child in started) == 1, 20.0, "one instance alone")
+    assert sorted(child.poll() is None for child in started) == [False, False, True]
+    assert [child.returncode for child in started if child.returncode is not None] == [0, 0]
+    desk.wait_for_icon()
+    desk.loaded()
+    assert desk.events_text().count(MARKER) == 1
+    desk.press_power()
+    desk.wait_for_colour(model.DEFAULT_INTENSITY, 1.0)
+
+
+def test_after_quit_the_next_start_is_a_first_one(desk):
+    assert desk.quit() == 0
+    desk.start()
+    assert desk.program.poll() is None
+    assert desk.events_text().count(MARKER) == 2
+
+
+def test_after_a_crash_the_next_start_is_a_first_one(desk):
+    desk.kill_program()
+    desk.start()
+    assert desk.program.poll() is None
+    assert desk.events_text().count(MARKER) == 2
+
+
+def test_a_second_start_finds_nothing_to_wake_while_the_first_has_no_window(make_desk):
+    # A library that is missing holds the first start up with a message box, before there is a window.
+    desk = make_desk(magnification="missing")
+    desk.start_program()
+    box = desk.wait_for_message_box()
+    assert desk.window_facts() is None
+    assert second_start(desk) == 0
+    assert desk.program.poll() is None
+    desk.press_button(box)
+    desk.wait_for_icon()
+    assert not desk.popup_visible()
+    assert desk.events_text().count(MARKER) == 1

@@ -1,0 +1,194 @@
+"""The tray icon: what it shows and what clicks on it and its menu do."""
+
+import time
+
+import pytest
+
+import model
+from desk import MENU_CLASS, wait_until
+
+WM_USER_TRAY, WM_CLOSE, WM_TIMER = 0x401, 0x10, 0x113
+WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_MBUTTONUP, WM_MOUSEMOVE = 0x202, 0x203, 0x208, 0x200
+# Windows hands the numbers of messages with a name out from here on.
+NAMED_MESSAGES = range(0xC000, 0xC100)
+REGUARD = 0.25  # Seconds in which a click after a hide opens nothing.
+
+
+def icon_picture(desk):
+    rect = desk.wait_for_tray_icon().rect
+    return desk.connection.picture(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top)
+
+
+def test_the_tip_says_nothing_but_the_name_until_something_happens(desk):
+    assert desk.tray_tip() == "Ambrel"
+
+
+def test_the_tip_follows_the_filter(desk):
+    desk.press_power()
+    desk.wait_for_tip("Ambrel - ON (3998K, 100%)")
+    desk.press_power()
+    desk.wait_for_tip("Ambrel - OFF")
+
+
+@pytest.mark.parametrize("settings, tip", [
+    ({"Intensity": 0}, "Ambrel - ON (6500K, 100%)"),
+    ({"Intensity": 1000, "Brightness": 855}, "Ambrel - ON (0K, 85%)"),
+    ({"Intensity": 900, "Brightness": 570}, "Ambrel - ON (650K, 56%)"),
+    ({"Intensity": 999, "Brightness": 999}, "Ambrel - ON (7K, 99%)"),
+])
+def test_the_tip_rounds_the_warmth_and_cuts_the_percent(file_desk, settings, tip):
+    desk = file_desk.start_fresh(settings)
+    desk.press_power()
+    desk.wait_for_tip(tip)
+
+
+def test_the_icon_can_be_told_on_from_off_and_back(desk):
+    wait_until(lambda: icon_picture(desk).colours() > 2, 5.0, "the drawn icon")
+    off = icon_picture(desk)
+    desk.press_power()
+    wait_until(lambda: icon_picture(desk) != off, 5.0, "the icon of the lit filter")
+    desk.press_power()
+    wait_until(lambda: icon_picture(desk) == off, 5.0, "the icon of the filter that is off")
+
+
+def test_there_is_one_icon(desk):
+    desk.press_power()
+    desk.wait_for_tip("Ambrel - ON (3998K, 100%)")
+    assert len([icon for icon in desk.tray_icons() if icon.rect.right > icon.rect.left]) == 1
+
+
+def test_a_left_click_opens_the_popup_and_another_hides_it(desk):
+    assert not desk.popup_visible()
+    desk.click_tray()
+    desk.wait_for_popup()
+    desk.click_tray()
+    desk.wait_for_popup(False)
+
+
+def test_the_click_that_hides_the_popup_does_not_open_it_again(desk):
+    desk.open_popup()
+    desk.click_tray()
+    desk.wait_for_popup(False)
+    time.sleep(0.5)  # Twice as long as the click is ignored for: nothing may open late.
+    assert not desk.popup_visible()
+
+
+def test_a_click_right_after_the_popup_was_hidden_opens_nothing(desk):
+    desk.open_popup()
+    started = time.monotonic()
+    desk.post_message(WM_CLOSE)
+    desk.post_message(WM_USER_TRAY, 1, WM_LBUTTONUP)
+    desk.send_message(0)
+    in_time = time.monotonic() - started < REGUARD
+    assert in_time, "the machine was too busy to send two messages at once"
+    time.sleep(0.1)  # For a popup that opens wrongly.
+    assert not desk.popup_visible()
+    time.sleep(max(0.0, started + 2 * REGUARD - time.monotonic()))
+    desk.click_tray()
+    desk.wait_for_popup()
+
+
+@pytest.mark.parametrize("message", [WM_LBUTTONDBLCLK, WM_MBUTTONUP, WM_MOUSEMOVE])
+def test_other_mouse_messages_of_the_icon_do_nothing(desk, message):
+    desk.send_message(WM_USER_TRAY, 1, message)
+    assert not desk.popup_visible()
+    assert not desk.menu_window()
+
+
+def test_a_middle_click_does_nothing(desk):
+    desk.click_tray(2)
+    time.sleep(0.3)  # For a popup or a menu that opens wrongly.
+    assert not desk.popup_visible()
+    assert not desk.menu_window()
+
+
+def test_a_right_click_opens_the_menu_at_the_pointer(desk):
+    place = desk.tray_icon_position()
+    menu = desk.open_menu()
+    assert menu.window_class == MENU_CLASS
+    assert menu.right >= place[0] >= menu.left
+    assert menu.bottom <= 1080
+    assert not desk.popup_visible()
+    desk.click(10, 10)
+    wait_until(lambda: not desk.menu_window(), 5.0, "the end of the tray menu")
+
+
+def test_a_menu_that_is_left_without_a_choice_changes_nothing(desk):
+    desk.open_menu()
+    desk.click(10, 10)
+    wait_until(lambda: not desk.menu_window(), 5.0, "the end of the tray menu")
+    desk.press_power()
+    desk.wait_for_saves(1)
+    assert desk.settings()["UseLegacyGamma"] == "0"
+    assert desk.saves() == 1
+
+
+def test_the_separator_is_no_choice(desk):
+    menu = desk.open_menu()
+    desk.click(menu.left + 60, menu.top + round((menu.bottom - menu.top) * 46 / 72))
+    time.sleep(0.2)  # For a command that runs wrongly.
+    assert desk.program_running()
+    assert desk.saves() == 0
+
+
+def test_the_popup_stays_open_while_the_menu_is(desk):
+    desk.open_popup()
+    desk.open_menu()
+    time.sleep(0.4)  # Longer than the popup waits before it looks who has the foreground.
+    assert desk.popup_visible()
+    desk.click(10, 10)
+    wait_until(lambda: not desk.menu_window(), 5.0, "the end of the tray menu")
+
+
+def test_the_popup_can_be_opened_and_closed_again_and_again(desk):
+    for _ in range(5):
+        desk.click_tray()
+        desk.wait_for_popup()
+        desk.click_tray()
+        desk.wait_for_popup(False)
+        time.sleep(REGUARD + 0.05)
+
+
+def test_quit_takes_the_icon_away_and_ends_with_0(desk):
+    assert desk.quit() == 0
+    desk.wait_for_icon(shown=False)
+
+
+def test_a_new_taskbar_gets_the_icon_again_as_it_is_now(desk):
+    desk.choose("EVENING")
+    desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
+    # Only the message of a new taskbar means something to the program; nobody outside can ask for its number.
+    for number in NAMED_MESSAGES:
+        desk.post_message(number)
+    desk.wait_for_log("TaskbarCreated received - (re)adding tray icon")
+    desk.wait_for_icon()
+    desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
+    assert desk.log().count("TaskbarCreated received - (re)adding tray icon") == 1
+    assert len([icon for icon in desk.tray_icons() if icon.rect.right > icon.rect.left]) == 1
+    desk.post_message(WM_CLOSE)
+    desk.wait_for_popup(False)
+    time.sleep(REGUARD + 0.05)
+    desk.click_tray()
+    desk.wait_for_popup()
+
+
+@pytest.mark.parametrize("number", [0, 9, 100, 0x7FFFFFFF])
+def test_timers_that_nobody_started_do_nothing(desk, number):
+    log = desk.log()
+    desk.send_message(WM_TIMER, number)
+    assert desk.log() == log
+    assert desk.tray_tip() == "Ambrel"
+    assert not desk.popup_visible()
+
+
+def test_the_menu_command_of_legacy_mode_does_not_touch_the_tip(desk):
+    desk.menu("Legacy Mode (Older Hardware)")
+    desk.wait_for_saves(1)
+    assert desk.tray_tip() == "Ambrel"
+
+
+def test_the_longest_tip_is_shown_whole(file_desk):
+    desk = file_desk.start_fresh({"Intensity": 0, "Brightness": 1000})
+    desk.press_power()
+    desk.wait_for_tip(model.tip_on(0.0, 1.0))
+    assert len(desk.tray_tip()) <= 127

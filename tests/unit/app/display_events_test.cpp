@@ -1,0 +1,95 @@
+#include "app/display_events.h"
+
+#include <gtest/gtest.h>
+
+#include "app/app_state.h"
+#include "app/refresh.h"
+#include "filter/filter.h"
+#include "filter/magnification.h"
+#include "support/call_record.h"
+
+void InitMagnification() {
+    Record("init magnification");
+}
+void ApplyFilter() {
+    Record("apply filter");
+}
+void RefreshPopupAndTray() {
+    Record("refresh");
+}
+
+namespace {
+
+class DisplayEvents : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        g_app.mainWindow = MakeHandle<HWND>(500);
+        g_calls.clear();
+    }
+};
+
+}  // namespace
+
+TEST_F(DisplayEvents, ADisplayChangeStartsTheSettling) {
+    OnDisplayChange();
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "set timer 2 300"}));
+}
+
+TEST_F(DisplayEvents, ABurstOfDisplayChangesStartsTheSettlingAnewEachTimeAndAppliesNothing) {
+    g_app.filterOn = true;
+    OnDisplayChange();
+    OnDisplayChange();
+    OnDisplayChange();
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "set timer 2 300", "kill timer 2", "set timer 2 300",
+                                   "kill timer 2", "set timer 2 300"}));
+}
+
+TEST_F(DisplayEvents, AResumeGivesTheDisplays1200Milliseconds) {
+    OnPowerBroadcast(18);
+    OnPowerBroadcast(7);
+    EXPECT_EQ(g_calls, (CallRecord{"set timer 2 1200", "set timer 2 1200"}));
+}
+
+TEST_F(DisplayEvents, OtherPowerEventsDoNothing) {
+    for (const WPARAM event : {0U, 4U, 6U, 8U, 9U, 10U, 11U, 17U, 19U, 0x8013U})
+        OnPowerBroadcast(event);
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(DisplayEvents, ADisplayChangeAfterAResumeSettlesSooner) {
+    OnPowerBroadcast(18);
+    OnDisplayChange();
+    EXPECT_EQ(g_calls, (CallRecord{"set timer 2 1200", "kill timer 2", "set timer 2 300"}));
+}
+
+TEST_F(DisplayEvents, SettledWithTheFilterOffIsARefreshOnly) {
+    OnDisplaysSettled();
+    g_app.magnificationReady = true;
+    OnDisplaysSettled();
+    g_app.useLegacyGamma = true;
+    OnDisplaysSettled();
+    EXPECT_EQ(g_calls, (CallRecord{"refresh", "refresh", "refresh"}));
+}
+
+TEST_F(DisplayEvents, SettledTheFilterIsAppliedAgain) {
+    g_app.filterOn = true;
+    g_app.magnificationReady = true;
+    OnDisplaysSettled();
+    EXPECT_EQ(g_calls, (CallRecord{"apply filter", "refresh"}));
+}
+
+TEST_F(DisplayEvents, SettledTheMagnificationIsInitialisedIfItIsNotReady) {
+    g_app.filterOn = true;
+    OnDisplaysSettled();
+    EXPECT_EQ(g_calls, (CallRecord{"init magnification", "apply filter", "refresh"}));
+}
+
+TEST_F(DisplayEvents, SettledInLegacyModeTheMagnificationIsLeftAlone) {
+    g_app.filterOn = true;
+    g_app.useLegacyGamma = true;
+    OnDisplaysSettled();
+    g_app.magnificationReady = true;
+    OnDisplaysSettled();
+    EXPECT_EQ(g_calls, (CallRecord{"apply filter", "refresh", "apply filter", "refresh"}));
+}

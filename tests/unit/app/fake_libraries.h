@@ -1,0 +1,18 @@
+// The DLLs that the program loads at run time, as a test wants them to be. In the record stand "load NAME"
+// and "free NAME". A DLL that was not installed is missing; Windows' own functions are found as ever.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "win32/platform.h"
+
+using LibraryFunctions = std::map<std::string, FARPROC>;
+
+void InstallLibrary(const std::wstring& name, const LibraryFunctions& functions);
+void RemoveLibraries();
+
+template <typename Function>
+FARPROC EntryPoint(Function* function) {
+    return reinterpret_cast<FARPROC>(function);
+}

@@ -1,0 +1,135 @@
+// The program from the end of the session, or of its window, to the end of its process: the screen that was
+// given back must not be coloured again, whatever still arrives.
+#include <gtest/gtest.h>
+
+#include "app/app_state.h"
+#include "app/window_proc.h"
+#include "filter/filter.h"
+#include "support/call_record.h"
+#include "support/seam.h"
+#include "ui/popup_input.h"
+
+namespace {
+
+HWND const kWindow = MakeHandle<HWND>(500);
+HDC const kScreen = MakeHandle<HDC>(40);
+
+HDC WINAPI FakeGetDc(HWND window) {
+    EXPECT_EQ(window, nullptr);
+    return kScreen;
+}
+
+int WINAPI FakeReleaseDc(HWND, HDC dc) {
+    EXPECT_EQ(dc, kScreen);
+    return 1;
+}
+
+BOOL WINAPI FakeSetDeviceGammaRamp(HDC, void* ramp) {
+    const auto* entries = static_cast<const WORD*>(ramp);
+    bool identity = true;
+    for (int i = 0; i < 768; ++i)
+        identity = identity && entries[i] == (i % 256) * 257;
+    Record(identity ? "identity ramp" : "coloured ramp");
+    return TRUE;
+}
+
+BOOL WINAPI FakeGetDeviceGammaRamp(HDC, void*) {
+    return FALSE;
+}
+
+BOOL WINAPI FakeInvalidateRect(HWND, const RECT*, BOOL) {
+    return TRUE;
+}
+
+BOOL WINAPI FakeShellNotifyIcon(DWORD, NOTIFYICONDATAW*) {
+    return TRUE;
+}
+
+HWND WINAPI FakeSetCapture(HWND) {
+    return nullptr;
+}
+
+BOOL WINAPI FakeReleaseCapture() {
+    return TRUE;
+}
+
+void WINAPI FakePostQuitMessage(int) {}
+
+LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+    return MainWindowProc(kWindow, message, wParam, lParam);
+}
+
+bool WasColoured() {
+    for (const std::string& call : g_calls) {
+        if (call == "coloured ramp") return true;
+    }
+    return false;
+}
+
+class SessionEnd : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        g_app.mainWindow = kWindow;
+        g_app.filterOn = true;
+        g_app.useLegacyGamma = true;
+        ApplyFilter();
+        ASSERT_EQ(g_calls.back(), "coloured ramp");
+        g_calls.clear();
+    }
+
+    // The warmth slider's track reaches from 107 to 305, its middle is at 80.
+    static void HoldTheWarmthSlider() {
+        Send(WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(80, 200));
+        Send(WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(80, 190));
+        ASSERT_TRUE(WasColoured());
+        g_calls.clear();
+    }
+};
+
+}  // namespace
+
+AMBREL_SEAM(GetDC, FakeGetDc);
+AMBREL_SEAM(ReleaseDC, FakeReleaseDc);
+AMBREL_SEAM(SetDeviceGammaRamp, FakeSetDeviceGammaRamp);
+AMBREL_SEAM(GetDeviceGammaRamp, FakeGetDeviceGammaRamp);
+AMBREL_SEAM(InvalidateRect, FakeInvalidateRect);
+AMBREL_SEAM(Shell_NotifyIconW, FakeShellNotifyIcon);
+AMBREL_SEAM(SetCapture, FakeSetCapture);
+AMBREL_SEAM(ReleaseCapture, FakeReleaseCapture);
+AMBREL_SEAM(PostQuitMessage, FakePostQuitMessage);
+
+TEST_F(SessionEnd, ASliderThatIsStillHeldDoesNotColourTheScreenAgain) {
+    HoldTheWarmthSlider();
+    Send(WM_ENDSESSION, TRUE);
+    Send(WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(80, 150));
+    Send(WM_LBUTTONUP, 0, MAKELPARAM(80, 150));
+    EXPECT_FALSE(WasColoured());
+}
+
+TEST_F(SessionEnd, NeitherADisplayChangeNorATimerColoursTheScreenAgain) {
+    Send(WM_DISPLAYCHANGE);
+    Send(WM_ENDSESSION, TRUE);
+    for (const WPARAM timer : {2U, 4U, 5U})
+        Send(WM_TIMER, timer);
+    Send(WM_DISPLAYCHANGE);
+    Send(WM_TIMER, 2);
+    EXPECT_FALSE(WasColoured());
+}
+
+TEST_F(SessionEnd, ASessionThatGoesOnKeepsTheSliderWorking) {
+    HoldTheWarmthSlider();
+    Send(WM_ENDSESSION, FALSE);
+    EXPECT_TRUE(g_calls.empty());
+    Send(WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(80, 150));
+    EXPECT_TRUE(WasColoured());
+}
+
+TEST_F(SessionEnd, AHandlerThatOutlivesTheWindowDoesNotColourTheScreenAgain) {
+    HoldTheWarmthSlider();
+    Send(WM_DESTROY);
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 4", "kill timer 5", "kill timer 6", "identity ramp"}));
+    OnMouseMove(80, 150);
+    ApplyFilter();
+    EXPECT_FALSE(WasColoured());
+}

@@ -1,0 +1,65 @@
+// A whole start of the program without Windows: what Windows answers is in g_system, what it was asked in the
+// record.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "diag/system_probe.h"
+#include "support/call_record.h"
+#include "win32/platform.h"
+
+constexpr HRESULT kAwarenessSetAlready = static_cast<HRESULT>(0x80070005);
+
+struct FakeSystem {
+    OsInfo os;
+    std::wstring hardware = L"Contoso Slate 7";
+    std::wstring processor = L"Contoso CPU @ 2.00GHz";
+    std::wstring settingsPath = L"C:\\Users\\Ada\\AppData\\Roaming\\Ambrel2\\settings.ini";
+
+    HRESULT awarenessAnswer = S_OK;
+    DWORD mutexError = ERROR_SUCCESS;
+    bool mutexMade = true;
+    HWND firstInstancesWindow = nullptr;
+    bool classRegistered = true;
+    bool windowMade = true;
+    UINT windowDpi = 96;
+    bool trayAccepts = true;
+    std::vector<MSG> messages;  // before WM_QUIT
+    WPARAM quitCode = 0;
+
+    // What Windows was given.
+    WNDCLASSEXW windowClass = {};
+    std::wstring className;
+    std::wstring windowClassName;
+    std::wstring windowTitle;
+    DWORD windowStyle = 0;
+    DWORD windowExtendedStyle = 0;
+    int windowX = 0;
+    int windowY = 0;
+    HWND windowParent = nullptr;
+    HMENU windowMenu = nullptr;
+    HINSTANCE windowInstance = nullptr;
+    std::vector<LOGFONTW> fonts;
+};
+
+extern FakeSystem g_system;
+
+inline HINSTANCE const kInstance = MakeHandle<HINSTANCE>(9);
+inline HWND const kWindow = MakeHandle<HWND>(500);
+inline HANDLE const kMutex = MakeHandle<HANDLE>(0x5005);
+
+// A fresh state and a Windows where everything succeeds.
+void ResetSystem();
+
+// Runs the program to its end.
+int Start();
+
+// The record's lines that begin so.
+CallRecord CallsStarting(const std::string& prefix);
+
+// True when the first line that begins with `earlier` stands before the first that begins with `later`.
+bool IsBefore(const std::string& earlier, const std::string& later);
+
+void InstallShcore();
+void InstallDwm();

@@ -1,0 +1,202 @@
+#include "app/tray_events.h"
+
+#include <gtest/gtest.h>
+
+#include "app/app_state.h"
+#include "app/popup.h"
+#include "app/tray_icon.h"
+#include "support/call_record.h"
+#include "support/seam.h"
+
+namespace {
+
+bool g_shellAccepts = false;
+int g_shellAcceptsFrom = 0;  // the number of the add that is accepted first; 0: see g_shellAccepts
+int g_adds = 0;
+bool g_windowVisible = false;
+ULONGLONG g_now = 0;
+
+HWND const kWindow = MakeHandle<HWND>(500);
+
+BOOL WINAPI FakeIsWindowVisible(HWND window) {
+    EXPECT_EQ(window, kWindow);
+    return g_windowVisible;
+}
+
+ULONGLONG WINAPI FakeGetTickCount64() {
+    return g_now;
+}
+
+}  // namespace
+
+AMBREL_SEAM(IsWindowVisible, FakeIsWindowVisible);
+AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
+
+void ShowPopup() {
+    Record("show popup");
+}
+void HidePopup() {
+    Record("hide popup");
+}
+bool AddTrayIcon() {
+    g_adds += 1;
+    Record("add icon");
+    return g_shellAccepts || (g_shellAcceptsFrom != 0 && g_adds >= g_shellAcceptsFrom);
+}
+void UpdateTrayIcon() {
+    Record("update icon");
+}
+void RemoveTrayIcon() {
+    Record("remove icon");
+}
+
+namespace {
+
+class TrayEvents : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        g_app.mainWindow = kWindow;
+        g_calls.clear();
+        g_shellAccepts = false;
+        g_shellAcceptsFrom = 0;
+        g_adds = 0;
+        g_windowVisible = false;
+        g_now = 1'000'000;
+    }
+
+    static void RunRetries(int count) {
+        for (int i = 0; i < count; ++i)
+            OnTrayRetryTimer();
+    }
+
+    static CallRecord CallsAfter(std::size_t skipped) {
+        return CallRecord(g_calls.begin() + static_cast<std::ptrdiff_t>(skipped), g_calls.end());
+    }
+};
+
+}  // namespace
+
+TEST_F(TrayEvents, AClickOnTheIconHidesTheVisiblePopup) {
+    g_windowVisible = true;
+    OnTrayCallback(WM_LBUTTONUP);
+    EXPECT_EQ(g_calls, (CallRecord{"hide popup"}));
+}
+
+TEST_F(TrayEvents, AClickHidesTheVisiblePopupAlsoRightAfterAHide) {
+    g_windowVisible = true;
+    g_app.popupHiddenAt = g_now;
+    OnTrayCallback(WM_LBUTTONUP);
+    EXPECT_EQ(g_calls, (CallRecord{"hide popup"}));
+}
+
+TEST_F(TrayEvents, AClickOnTheIconShowsTheHiddenPopup) {
+    OnTrayCallback(WM_LBUTTONUP);
+    EXPECT_EQ(g_calls, (CallRecord{"show popup"}));
+}
+
+TEST_F(TrayEvents, TheClickThatHidThePopupDoesNotOpenItAgain) {
+    g_app.popupHiddenAt = 1'000'000;
+    g_now = 1'000'000;
+    OnTrayCallback(WM_LBUTTONUP);
+    g_now = 1'000'249;
+    OnTrayCallback(WM_LBUTTONUP);
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(TrayEvents, AClick250MillisecondsAfterTheHideOpensThePopup) {
+    g_app.popupHiddenAt = 1'000'000;
+    g_now = 1'000'250;
+    OnTrayCallback(WM_LBUTTONUP);
+    EXPECT_EQ(g_calls, (CallRecord{"show popup"}));
+}
+
+TEST_F(TrayEvents, WhatElseHappensToTheIconIsIgnored) {
+    g_windowVisible = true;
+    for (const UINT message : {WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, WM_RBUTTONDOWN, WM_MOUSEMOVE, WM_MBUTTONUP,
+                               WM_CONTEXTMENU, WM_NULL}) {
+        OnTrayCallback(message);
+    }
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(TrayEvents, ANewTaskbarGetsTheIconAgainAndEndsTheRetries) {
+    g_shellAccepts = true;
+    OnTaskbarCreated();
+    EXPECT_EQ(g_calls, (CallRecord{"log: TaskbarCreated received - (re)adding tray icon", "remove icon",
+                                   "add icon", "update icon", "kill timer 7"}));
+    EXPECT_TRUE(g_app.trayIconAdded);
+}
+
+TEST_F(TrayEvents, AFailedReAddArmsNoTimerAndKillsNone) {
+    g_app.trayIconAdded = true;
+    OnTaskbarCreated();
+    EXPECT_EQ(g_calls,
+              (CallRecord{"log: TaskbarCreated received - (re)adding tray icon", "remove icon", "add icon"}));
+    EXPECT_FALSE(g_app.trayIconAdded);
+}
+
+TEST_F(TrayEvents, ASecondNewTaskbarIsHandledLikeTheFirst) {
+    g_shellAccepts = true;
+    OnTaskbarCreated();
+    const CallRecord first = g_calls;
+    g_calls.clear();
+    OnTaskbarCreated();
+    EXPECT_EQ(g_calls, first);
+    EXPECT_TRUE(g_app.trayIconAdded);
+}
+
+TEST_F(TrayEvents, AnIconThatIsThereEndsTheRetriesWithoutAnotherAdd) {
+    g_app.trayIconAdded = true;
+    OnTrayRetryTimer();
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 7"}));
+    EXPECT_EQ(g_app.trayRetryCount, 0);
+}
+
+TEST_F(TrayEvents, TheFirstRetryMaySucceed) {
+    g_shellAccepts = true;
+    OnTrayRetryTimer();
+    EXPECT_EQ(g_calls,
+              (CallRecord{"add icon", "log: Tray icon added after 1 retry", "kill timer 7", "update icon"}));
+    EXPECT_TRUE(g_app.trayIconAdded);
+    EXPECT_EQ(g_app.trayRetryCount, 1);
+}
+
+TEST_F(TrayEvents, TwoRetriesAreInThePlural) {
+    g_shellAcceptsFrom = 2;
+    RunRetries(2);
+    EXPECT_EQ(g_calls, (CallRecord{"add icon", "add icon", "log: Tray icon added after 2 retries",
+                                   "kill timer 7", "update icon"}));
+}
+
+TEST_F(TrayEvents, NineteenFailuresAreNotTheEnd) {
+    RunRetries(19);
+    EXPECT_EQ(g_calls, CallRecord(19, "add icon"));
+    EXPECT_EQ(g_app.trayRetryCount, 19);
+}
+
+TEST_F(TrayEvents, TheTwentiethFailureIsTheLast) {
+    RunRetries(20);
+    EXPECT_EQ(CallsAfter(19),
+              (CallRecord{"add icon", "log: Tray icon add gave up after 20 retries", "kill timer 7"}));
+    EXPECT_FALSE(g_app.trayIconAdded);
+    EXPECT_EQ(g_app.trayRetryCount, 20);
+}
+
+TEST_F(TrayEvents, TheTwentiethRetryMayStillSucceed) {
+    g_shellAcceptsFrom = 20;
+    RunRetries(20);
+    EXPECT_EQ(CallsAfter(19), (CallRecord{"add icon", "log: Tray icon added after 20 retries", "kill timer 7",
+                                          "update icon"}));
+    EXPECT_TRUE(g_app.trayIconAdded);
+}
+
+TEST_F(TrayEvents, AFailedReAddLeavesARunningRetryRunning) {
+    RunRetries(3);
+    OnTaskbarCreated();
+    g_calls.clear();
+    g_shellAccepts = true;
+    OnTrayRetryTimer();
+    EXPECT_EQ(g_calls, (CallRecord{"add icon", "log: Tray icon added after 4 retries", "kill timer 7",
+                                   "update icon"}));
+}

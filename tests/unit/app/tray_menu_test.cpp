@@ -1,0 +1,187 @@
+#include <gtest/gtest.h>
+
+#include "app/app_state.h"
+#include "app/refresh.h"
+#include "app/tray_events.h"
+#include "app/tray_icon.h"
+#include "filter/filter.h"
+#include "store/settings.h"
+#include "support/call_record.h"
+#include "support/seam.h"
+
+void ToggleLegacyMode() {
+    Record("toggle legacy mode", g_app.menuTracking ? " while tracking" : "");
+}
+void SaveSettings() {
+    Record("save settings");
+}
+void RefreshPopupAndTray() {
+    Record("refresh");
+}
+bool AddTrayIcon() {
+    Record("add icon");
+    return true;
+}
+void UpdateTrayIcon() {
+    Record("update icon");
+}
+void RemoveTrayIcon() {
+    Record("remove icon");
+}
+
+namespace {
+
+BOOL g_choice = 0;
+bool g_menuCanBeMade = true;
+bool g_clickedAgainMeanwhile = false;
+
+HWND const kWindow = MakeHandle<HWND>(500);
+HMENU const kMenu = MakeHandle<HMENU>(60);
+
+BOOL WINAPI FakeGetCursorPos(POINT* position) {
+    *position = {-7, 1050};
+    return TRUE;
+}
+
+HMENU WINAPI FakeCreatePopupMenu() {
+    Record("create menu");
+    return g_menuCanBeMade ? kMenu : nullptr;
+}
+
+BOOL WINAPI FakeAppendMenu(HMENU menu, UINT flags, UINT_PTR id, const wchar_t* text) {
+    EXPECT_EQ(menu, kMenu);
+    Record("append ", id, " flags ", flags, " ", text != nullptr ? Narrow(text) : "-");
+    return TRUE;
+}
+
+BOOL WINAPI FakeSetForegroundWindow(HWND window) {
+    Record("foreground ", ValueOf(window));
+    return FALSE;
+}
+
+BOOL WINAPI FakeTrackPopupMenu(HMENU menu, UINT flags, int x, int y, int, HWND window, const RECT*) {
+    Record("track ", ValueOf(menu), " flags ", flags, " at ", x, " ", y, " for ", ValueOf(window),
+           g_app.menuTracking ? " tracking" : "");
+    if (g_clickedAgainMeanwhile) OnTrayCallback(WM_RBUTTONUP);
+    if (g_clickedAgainMeanwhile && !g_app.menuTracking) Record("no longer tracking");
+    return g_choice;
+}
+
+BOOL WINAPI FakePostMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    Record("post ", ValueOf(window), " ", message, " ", wParam, " ", lParam,
+           g_app.menuTracking ? " while tracking" : "");
+    return TRUE;
+}
+
+BOOL WINAPI FakeDestroyWindow(HWND window) {
+    Record("destroy window ", ValueOf(window));
+    return TRUE;
+}
+
+BOOL WINAPI FakeDestroyMenu(HMENU menu) {
+    Record("destroy menu ", ValueOf(menu));
+    return TRUE;
+}
+
+BOOL WINAPI FakeInvalidateRect(HWND, const RECT*, BOOL) {
+    Record("invalidate");
+    return TRUE;
+}
+
+class TrayMenu : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        g_app.mainWindow = kWindow;
+        g_calls.clear();
+        g_choice = 0;
+        g_menuCanBeMade = true;
+        g_clickedAgainMeanwhile = false;
+    }
+
+    // The record of a right click, without the items.
+    static CallRecord CallsOfChoosing(BOOL command) {
+        g_choice = command;
+        OnTrayCallback(WM_RBUTTONUP);
+        std::erase_if(g_calls, [](const std::string& call) { return call.starts_with("append"); });
+        return g_calls;
+    }
+};
+
+}  // namespace
+
+AMBREL_SEAM(GetCursorPos, FakeGetCursorPos);
+AMBREL_SEAM(CreatePopupMenu, FakeCreatePopupMenu);
+AMBREL_SEAM(AppendMenuW, FakeAppendMenu);
+AMBREL_SEAM(SetForegroundWindow, FakeSetForegroundWindow);
+AMBREL_SEAM(TrackPopupMenu, FakeTrackPopupMenu);
+AMBREL_SEAM(PostMessageW, FakePostMessage);
+AMBREL_SEAM(DestroyWindow, FakeDestroyWindow);
+AMBREL_SEAM(DestroyMenu, FakeDestroyMenu);
+AMBREL_SEAM(InvalidateRect, FakeInvalidateRect);
+
+TEST_F(TrayMenu, ARightClickShowsTheMenuAtTheMouseAndClosesItProperly) {
+    OnTrayCallback(WM_RBUTTONUP);
+    EXPECT_EQ(g_calls, (CallRecord{
+                           "create menu",
+                           "append 1 flags 0 Launch at Startup",
+                           "append 3 flags 0 Legacy Mode (Older Hardware)",
+                           "append 0 flags 2048 -",
+                           "append 2 flags 0 Quit",
+                           "foreground 500",
+                           "track 60 flags 258 at -7 1050 for 500 tracking",
+                           "post 500 0 0 0",
+                           "destroy menu 60",
+                       }));
+    EXPECT_FALSE(g_app.menuTracking);
+}
+
+TEST_F(TrayMenu, LaunchAtStartupIsCheckedWhenItIsOn) {
+    g_app.launchAtStart = true;
+    OnTrayCallback(WM_RBUTTONUP);
+    EXPECT_EQ(g_calls[1], "append 1 flags 8 Launch at Startup");
+    EXPECT_EQ(g_calls[2], "append 3 flags 0 Legacy Mode (Older Hardware)");
+}
+
+TEST_F(TrayMenu, LegacyModeIsCheckedWhenItIsOn) {
+    g_app.useLegacyGamma = true;
+    OnTrayCallback(WM_RBUTTONUP);
+    EXPECT_EQ(g_calls[1], "append 1 flags 0 Launch at Startup");
+    EXPECT_EQ(g_calls[2], "append 3 flags 8 Legacy Mode (Older Hardware)");
+}
+
+TEST_F(TrayMenu, NothingChosenChangesNothing) {
+    const AppState before = g_app;
+    EXPECT_EQ(CallsOfChoosing(0),
+              (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",
+                          "post 500 0 0 0", "destroy menu 60"}));
+    EXPECT_EQ(g_app.useLegacyGamma, before.useLegacyGamma);
+    EXPECT_EQ(g_app.launchAtStart, before.launchAtStart);
+}
+
+TEST_F(TrayMenu, QuitDestroysTheWindowAndSavesNothing) {
+    EXPECT_EQ(CallsOfChoosing(2),
+              (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",
+                          "post 500 0 0 0", "destroy window 500", "destroy menu 60"}));
+}
+
+TEST_F(TrayMenu, LegacyModeIsToggledAndSavedButNeitherPopupNorTipIsRefreshed) {
+    EXPECT_EQ(CallsOfChoosing(3),
+              (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",
+                          "post 500 0 0 0", "toggle legacy mode", "save settings", "destroy menu 60"}));
+}
+
+TEST_F(TrayMenu, ASecondRightClickWhileTheMenuIsOpenOpensNoOther) {
+    g_clickedAgainMeanwhile = true;
+    EXPECT_EQ(CallsOfChoosing(0),
+              (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",
+                          "post 500 0 0 0", "destroy menu 60"}));
+    EXPECT_FALSE(g_app.menuTracking);
+}
+
+TEST_F(TrayMenu, WithoutAMenuNothingHappens) {
+    g_menuCanBeMade = false;
+    OnTrayCallback(WM_RBUTTONUP);
+    EXPECT_EQ(g_calls, (CallRecord{"create menu"}));
+    EXPECT_FALSE(g_app.menuTracking);
+}

@@ -1,0 +1,185 @@
+#include "app/window_lifetime.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "app/app_state.h"
+#include "filter/legacy_gamma.h"
+#include "filter/magnification.h"
+#include "store/settings.h"
+#include "support/call_record.h"
+#include "support/seam.h"
+
+void RestoreIdentityRamp() {
+    Record("identity ramp");
+}
+void ShutdownMagnification() {
+    Record("shut magnification down");
+}
+void SaveSettings() {
+    Record("save settings");
+}
+
+namespace {
+
+HWND const kWindow = MakeHandle<HWND>(500);
+HANDLE const kMutex = MakeHandle<HANDLE>(0x5005);
+
+BOOL WINAPI FakeShellNotifyIcon(DWORD message, NOTIFYICONDATAW* data) {
+    Record("tray icon ",
+           message == NIM_DELETE   ? "delete"
+           : message == NIM_MODIFY ? "modify"
+                                   : "add",
+           " of ", ValueOf(data->hWnd));
+    return TRUE;
+}
+
+BOOL WINAPI FakeInvalidateRect(HWND window, const RECT*, BOOL) {
+    Record("invalidate ", ValueOf(window));
+    return TRUE;
+}
+
+BOOL WINAPI FakeDeleteObject(HGDIOBJ object) {
+    if (object != nullptr) Record("delete object ", ValueOf(object));
+    return TRUE;
+}
+
+BOOL WINAPI FakeDestroyIcon(HICON icon) {
+    Record("destroy icon ", ValueOf(icon));
+    return TRUE;
+}
+
+BOOL WINAPI FakeReleaseMutex(HANDLE mutex) {
+    EXPECT_EQ(mutex, kMutex);
+    Record("release mutex");
+    return TRUE;
+}
+
+BOOL WINAPI FakeCloseHandle(HANDLE handle) {
+    if (handle == kMutex) {
+        Record("close mutex");
+        return TRUE;
+    }
+    const auto real = reinterpret_cast<decltype(&CloseHandle)>(
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "CloseHandle"));
+    return real(handle);
+}
+
+void WINAPI FakePostQuitMessage(int exitCode) {
+    Record("quit ", exitCode);
+}
+
+class WindowLifetime : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        g_app.mainWindow = kWindow;
+        g_calls.clear();
+    }
+
+    // Fonts are 801 to 808.
+    static void OwnEverything() {
+        g_app.trayIconData.hWnd = kWindow;
+        g_app.logoBitmap = MakeHandle<HBITMAP>(600);
+        g_app.backgroundBrush = MakeHandle<HBRUSH>(700);
+        for (std::uintptr_t i = 0; i < kFontCount; ++i)
+            g_app.fonts[i] = MakeHandle<HFONT>(801 + i);
+        g_app.headerIcon = MakeHandle<HICON>(900);
+        g_app.singleInstanceMutex = kMutex;
+    }
+
+    static std::ptrdiff_t TimesCalled(const char* call) {
+        return std::count(g_calls.begin(), g_calls.end(), call);
+    }
+};
+
+}  // namespace
+
+AMBREL_SEAM(Shell_NotifyIconW, FakeShellNotifyIcon);
+AMBREL_SEAM(InvalidateRect, FakeInvalidateRect);
+AMBREL_SEAM(DeleteObject, FakeDeleteObject);
+AMBREL_SEAM(DestroyIcon, FakeDestroyIcon);
+AMBREL_SEAM(ReleaseMutex, FakeReleaseMutex);
+AMBREL_SEAM(CloseHandle, FakeCloseHandle);
+AMBREL_SEAM(PostQuitMessage, FakePostQuitMessage);
+
+TEST_F(WindowLifetime, CreationKeepsTheWindowShowsTheMainPanelAndRefreshes) {
+    g_app.mainWindow = nullptr;
+    g_app.panel = Panel::Settings;
+    OnCreate(kWindow);
+    EXPECT_EQ(g_app.mainWindow, kWindow);
+    EXPECT_EQ(g_app.panel, Panel::Main);
+    EXPECT_EQ(g_calls, (CallRecord{"invalidate 500", "tray icon modify of 500"}));
+}
+
+TEST_F(WindowLifetime, DestructionGivesEverythingBackInItsOrderAndSavesNothing) {
+    OwnEverything();
+    OnDestroy();
+    EXPECT_EQ(g_calls, (CallRecord{
+                           "kill timer 4",
+                           "kill timer 5",
+                           "kill timer 6",
+                           "identity ramp",
+                           "shut magnification down",
+                           "tray icon delete of 500",
+                           "delete object 600",
+                           "delete object 700",
+                           "delete object 801",
+                           "delete object 802",
+                           "delete object 803",
+                           "delete object 804",
+                           "delete object 805",
+                           "delete object 806",
+                           "delete object 807",
+                           "delete object 808",
+                           "destroy icon 900",
+                           "release mutex",
+                           "close mutex",
+                           "quit 0",
+                       }));
+}
+
+TEST_F(WindowLifetime, WhatWasFreedIsForgotten) {
+    OwnEverything();
+    OnDestroy();
+    EXPECT_EQ(g_app.logoBitmap, nullptr);
+    EXPECT_EQ(g_app.backgroundBrush, nullptr);
+    for (HFONT font : g_app.fonts)
+        EXPECT_EQ(font, nullptr);
+    EXPECT_EQ(g_app.headerIcon, nullptr);
+    EXPECT_EQ(g_app.singleInstanceMutex, nullptr);
+    EXPECT_EQ(g_app.mainWindow, nullptr);
+}
+
+TEST_F(WindowLifetime, ASecondDestructionFreesNothingAgain) {
+    OwnEverything();
+    OnDestroy();
+    OnDestroy();
+    for (const char* call : {"delete object 600", "delete object 700", "delete object 801",
+                             "delete object 808", "destroy icon 900", "release mutex", "close mutex"}) {
+        EXPECT_EQ(TimesCalled(call), 1) << call;
+    }
+}
+
+TEST_F(WindowLifetime, WhatWasNeverMadeIsNotFreed) {
+    OnDestroy();
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 4", "kill timer 5", "kill timer 6", "identity ramp",
+                                   "shut magnification down", "tray icon delete of 0", "quit 0"}));
+}
+
+TEST_F(WindowLifetime, TheEndOfTheSessionStopsWhatCouldUndoItAndRestoresTheRamp) {
+    OwnEverything();
+    OnEndSession(true);
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5", "identity ramp"}));
+}
+
+TEST_F(WindowLifetime, ASessionThatGoesOnChangesNothing) {
+    OwnEverything();
+    g_app.dragSlider = Slider::Brightness;
+    g_app.filterOn = true;
+    OnEndSession(false);
+    EXPECT_TRUE(g_calls.empty());
+    EXPECT_TRUE(g_app.filterOn);
+    EXPECT_EQ(g_app.dragSlider, Slider::Brightness);
+}

@@ -1,0 +1,276 @@
+#include "app/window_proc.h"
+
+#include <gtest/gtest.h>
+
+#include "app/app_state.h"
+#include "app/auto_hide.h"
+#include "app/display_events.h"
+#include "app/notices.h"
+#include "app/popup.h"
+#include "app/refresh.h"
+#include "app/tray_events.h"
+#include "app/window_lifetime.h"
+#include "store/settings.h"
+#include "support/call_record.h"
+#include "support/seam.h"
+#include "ui/popup_input.h"
+#include "ui/popup_painter.h"
+
+// Every handler is replaced: what is tested is who is called, with what, and what is answered.
+void ShowLegacyNotice() {
+    Record("legacy notice");
+}
+void ShowMagnificationError(int error) {
+    Record("magnification error ", error);
+}
+void ShowPopup() {
+    Record("show popup");
+}
+void HidePopup() {
+    Record("hide popup");
+}
+void OnPowerBroadcast(WPARAM event) {
+    Record("power ", event);
+}
+void OnDisplayChange() {
+    Record("display change");
+}
+void OnDpiChanged(UINT dpi, const RECT* suggested) {
+    Record("dpi ", dpi, " at ", suggested->left, " ", suggested->top);
+}
+void OnDisplaysSettled() {
+    Record("displays settled");
+}
+void OnMouseDown(int x, int y) {
+    Record("mouse down ", x, " ", y);
+}
+void OnMouseMove(int x, int y) {
+    Record("mouse move ", x, " ", y);
+}
+void OnMouseUp() {
+    Record("mouse up");
+}
+void OnCaptureLost() {
+    Record("capture lost");
+}
+void OnTrayCallback(LPARAM mouseMessage) {
+    Record("tray ", mouseMessage);
+}
+void OnTaskbarCreated() {
+    Record("taskbar created");
+}
+void OnTrayRetryTimer() {
+    Record("tray retry");
+}
+void OnCreate(HWND window) {
+    Record("create ", ValueOf(window));
+}
+void OnDestroy() {
+    Record("destroy");
+}
+void OnEndSession(bool ending) {
+    Record("end session ", ending);
+}
+void OnActivate(WORD state, HWND other) {
+    Record("activate ", state, " ", ValueOf(other));
+}
+void OnAutoHideTimer() {
+    Record("auto hide");
+}
+void PaintPopup(HWND window) {
+    Record("paint ", ValueOf(window));
+}
+void RefreshPopupAndTray() {
+    Record("refresh");
+}
+void SaveSettings() {
+    Record("save settings");
+}
+
+namespace {
+
+constexpr LRESULT kDefaultAnswer = 4711;
+
+HWND const kWindow = MakeHandle<HWND>(500);
+
+LRESULT WINAPI FakeDefWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    Record("default ", ValueOf(window), " ", message, " ", wParam, " ", lParam);
+    return kDefaultAnswer;
+}
+
+LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+    return MainWindowProc(kWindow, message, wParam, lParam);
+}
+
+class WindowProc : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        g_app.mainWindow = kWindow;
+        g_calls.clear();
+    }
+};
+
+}  // namespace
+
+AMBREL_SEAM(DefWindowProcW, FakeDefWindowProc);
+
+TEST_F(WindowProc, TheRegisteredTaskbarMessageBringsTheIconBack) {
+    g_app.taskbarCreatedMessage = 0xC123;
+    EXPECT_EQ(Send(0xC123), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"taskbar created"}));
+}
+
+TEST_F(WindowProc, TheTaskbarMessageIsTestedBeforeEveryOther) {
+    g_app.taskbarCreatedMessage = WM_CLOSE;
+    Send(WM_CLOSE);
+    EXPECT_EQ(g_calls, (CallRecord{"taskbar created"}));
+}
+
+TEST_F(WindowProc, WithoutARegisteredTaskbarMessageTheEmptyMessageIsNotTakenForIt) {
+    EXPECT_EQ(Send(WM_NULL), kDefaultAnswer);
+    EXPECT_EQ(g_calls, (CallRecord{"default 500 0 0 0"}));
+}
+
+TEST_F(WindowProc, TheLegacyNoticeIsMessage8068) {
+    EXPECT_EQ(Send(0x8068), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"legacy notice"}));
+}
+
+TEST_F(WindowProc, ASecondInstanceShowsThePopupWithMessage8069) {
+    EXPECT_EQ(Send(0x8069), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"show popup"}));
+}
+
+TEST_F(WindowProc, TheMagnificationErrorIsMessage806AWithTheCodeAsASignedNumber) {
+    EXPECT_EQ(Send(0x806A, 87), 0);
+    Send(0x806A, 0xFFFFFFFF);
+    EXPECT_EQ(g_calls, (CallRecord{"magnification error 87", "magnification error -1"}));
+}
+
+TEST_F(WindowProc, EveryPowerEventIsAnsweredTrue) {
+    EXPECT_EQ(Send(WM_POWERBROADCAST, 18), TRUE);
+    EXPECT_EQ(Send(WM_POWERBROADCAST, 7), TRUE);
+    EXPECT_EQ(Send(WM_POWERBROADCAST, 4), TRUE);
+    EXPECT_EQ(Send(WM_POWERBROADCAST, 0), TRUE);
+    EXPECT_EQ(g_calls, (CallRecord{"power 18", "power 7", "power 4", "power 0"}));
+}
+
+TEST_F(WindowProc, MouseMessagesArriveWithTheirPosition) {
+    EXPECT_EQ(Send(WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(12, 345)), 0);
+    EXPECT_EQ(Send(WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(13, 346)), 0);
+    EXPECT_EQ(Send(WM_LBUTTONUP, 0, MAKELPARAM(13, 346)), 0);
+    EXPECT_EQ(Send(WM_CAPTURECHANGED), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"mouse down 12 345", "mouse move 13 346", "mouse up", "capture lost"}));
+}
+
+TEST_F(WindowProc, PositionsOutsideTheWindowAreNegative) {
+    Send(WM_LBUTTONDOWN, 0, MAKELPARAM(0xFFFF, 0xFFFE));
+    Send(WM_MOUSEMOVE, 0, MAKELPARAM(0x8000, 0xFED4));
+    EXPECT_EQ(g_calls, (CallRecord{"mouse down -1 -2", "mouse move -32768 -300"}));
+}
+
+TEST_F(WindowProc, ANewDpiIsTheHighWordWhenThereIsOneElseTheLowWord) {
+    const RECT suggested = {-30, 40, 700, 900};
+    const LPARAM rectangle = reinterpret_cast<LPARAM>(&suggested);
+    EXPECT_EQ(Send(WM_DPICHANGED, MAKEWPARAM(144, 144), rectangle), 0);
+    Send(WM_DPICHANGED, MAKEWPARAM(96, 192), rectangle);
+    Send(WM_DPICHANGED, 120, rectangle);
+    Send(WM_DPICHANGED, 0xFFFF, rectangle);
+    EXPECT_EQ(g_calls, (CallRecord{"dpi 144 at -30 40", "dpi 192 at -30 40", "dpi 120 at -30 40",
+                                   "dpi 65535 at -30 40"}));
+}
+
+TEST_F(WindowProc, TheTrayCallbackIsMessage1025WithTheMouseMessageInLParam) {
+    EXPECT_EQ(Send(1025, 1, WM_LBUTTONUP), 0);
+    EXPECT_EQ(Send(1025, 1, WM_RBUTTONUP), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"tray 514", "tray 517"}));
+}
+
+TEST_F(WindowProc, AClickIntoThePopupActivatesAndArmsIt) {
+    EXPECT_EQ(Send(WM_MOUSEACTIVATE), MA_ACTIVATE);
+    EXPECT_TRUE(g_app.popupArmed);
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(WindowProc, ADisplayChangeIsHandedOn) {
+    EXPECT_EQ(Send(WM_DISPLAYCHANGE, 32, MAKELPARAM(1920, 1080)), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"display change"}));
+}
+
+TEST_F(WindowProc, TheEndOfTheSessionIsToldWithItsAnswer) {
+    EXPECT_EQ(Send(WM_ENDSESSION, TRUE), 0);
+    EXPECT_EQ(Send(WM_ENDSESSION, FALSE), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"end session 1", "end session 0"}));
+}
+
+TEST_F(WindowProc, CreationGetsTheWindowAndGoesOn) {
+    g_app.mainWindow = nullptr;
+    EXPECT_EQ(Send(WM_CREATE), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"create 500"}));
+}
+
+TEST_F(WindowProc, DestructionIsHandedOn) {
+    EXPECT_EQ(Send(WM_DESTROY), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"destroy"}));
+}
+
+TEST_F(WindowProc, ActivationArrivesWithoutTheMinimisedFlag) {
+    EXPECT_EQ(Send(WM_ACTIVATE, MAKEWPARAM(WA_INACTIVE, 1), 77), 0);
+    Send(WM_ACTIVATE, WA_ACTIVE, 0);
+    Send(WM_ACTIVATE, WA_CLICKACTIVE, 78);
+    EXPECT_EQ(g_calls, (CallRecord{"activate 0 77", "activate 1 0", "activate 2 78"}));
+}
+
+TEST_F(WindowProc, PaintingIsThePopupsOwn) {
+    EXPECT_EQ(Send(WM_PAINT), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"paint 500"}));
+}
+
+TEST_F(WindowProc, ClosingOnlyHidesThePopup) {
+    EXPECT_EQ(Send(WM_CLOSE), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"hide popup"}));
+}
+
+TEST_F(WindowProc, TheBackgroundCountsAsErased) {
+    EXPECT_EQ(Send(WM_ERASEBKGND, 99), 1);
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(WindowProc, EveryOtherMessageIsWindowsOwn) {
+    EXPECT_EQ(Send(WM_SIZE, 1, 2), kDefaultAnswer);
+    EXPECT_EQ(Send(WM_QUERYENDSESSION, 0, 5), kDefaultAnswer);
+    EXPECT_EQ(Send(0x806B, 3, 4), kDefaultAnswer);
+    EXPECT_EQ(g_calls, (CallRecord{"default 500 5 1 2", "default 500 17 0 5", "default 500 32875 3 4"}));
+}
+
+TEST_F(WindowProc, AnotherRegisteredMessageIsNotTakenForTheTaskbars) {
+    g_app.taskbarCreatedMessage = 0xC123;
+    EXPECT_EQ(Send(0xC124), kDefaultAnswer);
+    EXPECT_EQ(g_calls, (CallRecord{"default 500 49444 0 0"}));
+}
+
+TEST_F(WindowProc, OneShotTimersAreKilledBeforeTheirAction) {
+    EXPECT_EQ(Send(WM_TIMER, 1), 0);
+    EXPECT_EQ(Send(WM_TIMER, 2), 0);
+    EXPECT_EQ(Send(WM_TIMER, 3), 0);
+    EXPECT_EQ(Send(WM_TIMER, 5), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 1", "save settings", "kill timer 2", "displays settled",
+                                   "kill timer 3", "refresh", "kill timer 5", "refresh"}));
+}
+
+TEST_F(WindowProc, PeriodicTimersRunOn) {
+    EXPECT_EQ(Send(WM_TIMER, 4), 0);
+    EXPECT_EQ(Send(WM_TIMER, 6), 0);
+    EXPECT_EQ(Send(WM_TIMER, 7), 0);
+    EXPECT_EQ(Send(WM_TIMER, 8), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"refresh", "auto hide", "tray retry"}));
+}
+
+TEST_F(WindowProc, UnknownTimersAreIgnored) {
+    EXPECT_EQ(Send(WM_TIMER, 0), 0);
+    EXPECT_EQ(Send(WM_TIMER, 9), 0);
+    EXPECT_EQ(Send(WM_TIMER, 0x100000001), 0);
+    EXPECT_EQ(Send(WM_TIMER, static_cast<WPARAM>(-1)), 0);
+    EXPECT_TRUE(g_calls.empty());
+}

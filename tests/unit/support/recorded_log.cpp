@@ -1,0 +1,14 @@
+// Takes the event log's place in a test program: a line "log: ..." in the record for each logged line.
+#include <cstdarg>
+
+#include "store/event_log.h"
+#include "support/call_record.h"
+
+void LogFormatted(const wchar_t* format, ...) {
+    wchar_t text[kLogMessageCapacity];
+    va_list arguments;
+    va_start(arguments, format);
+    FormatWideArguments(text, kLogMessageCapacity, format, arguments);
+    va_end(arguments);
+    Record("log: ", Narrow(text));
+}

@@ -1,0 +1,7 @@
+// Takes the event log's file's place in a test program: "open log PATH" in the record.
+#include "store/event_log.h"
+#include "support/call_record.h"
+
+void OpenEventLogFile(const std::wstring& path) {
+    Record("open log ", Narrow(path));
+}

@@ -1,0 +1,26 @@
+// Takes Windows' timers' place in a test program: "set timer ID PERIOD" and "kill timer ID" in the record.
+#include <gtest/gtest.h>
+
+#include "app/app_state.h"
+#include "support/call_record.h"
+#include "support/seam.h"
+
+namespace {
+
+UINT_PTR WINAPI FakeSetTimer(HWND window, UINT_PTR id, UINT period, TIMERPROC procedure) {
+    EXPECT_EQ(window, g_app.mainWindow);
+    EXPECT_EQ(procedure, nullptr);
+    Record("set timer ", id, " ", period);
+    return id;
+}
+
+BOOL WINAPI FakeKillTimer(HWND window, UINT_PTR id) {
+    EXPECT_EQ(window, g_app.mainWindow);
+    Record("kill timer ", id);
+    return TRUE;
+}
+
+}  // namespace
+
+AMBREL_SEAM(SetTimer, FakeSetTimer);
+AMBREL_SEAM(KillTimer, FakeKillTimer);
