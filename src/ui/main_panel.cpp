@@ -10,6 +10,7 @@
 #include "ui/power_button.h"
 #include "ui/regions.h"
 #include "ui/slider.h"
+#include "ui/slider_geometry.h"
 #include "ui/status_strip.h"
 #include "win32/format_text.h"
 

@@ -8,7 +8,7 @@
 #include "filter/filter.h"
 #include "store/settings.h"
 #include "ui/regions.h"
-#include "ui/slider.h"
+#include "ui/slider_geometry.h"
 
 namespace {
 

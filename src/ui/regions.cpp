@@ -2,7 +2,7 @@
 
 #include "app/app_state.h"
 #include "filter/gamma_range.h"
-#include "ui/slider.h"
+#include "ui/slider_geometry.h"
 
 namespace {
 

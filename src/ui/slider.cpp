@@ -2,6 +2,7 @@
 
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"
+#include "ui/slider_geometry.h"
 #include "win32/guards.h"
 
 namespace {
