@@ -169,6 +169,19 @@ class Desk(Lab):
     def wait_for_saves(self, times=1):
         self.wait_for_log("Saved settings", times)
 
+    def settings(self):
+        """settings.ini as {key: text} once nobody is writing it: Windows writes key after key."""
+        text = [None]
+
+        def settled():
+            before, text[0] = text[0], self.settings_text()
+            return text[0] == before
+        wait_until(settled, 5.0, "settings.ini to be left alone", pause=0.03)
+        return dict(line.split("=", 1) for line in text[0].splitlines() if "=" in line)
+
+    def wait_for_setting(self, key, text):
+        wait_until(lambda: self.settings().get(key) == text, 10.0, f"{key}={text} in settings.ini")
+
     def loaded(self):
         """What the program says it has read from settings.ini."""
         wait_until(lambda: any(line.startswith("Loaded settings") for line in self.log()), 10.0, "the settings")

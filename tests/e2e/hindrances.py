@@ -44,18 +44,22 @@ def can_write(path):
         return False
 
 
+def chattr(flag, path):
+    return subprocess.run(["chattr", flag, path], check=False, capture_output=True).returncode == 0
+
+
 @contextmanager
 def read_only(path):
     """Within it nobody can write to the file, not even root."""
     path.chmod(0o444)
-    locked = can_write(path) and subprocess.run(["chattr", "+i", path], check=False, capture_output=True).returncode == 0
+    locked = can_write(path) and chattr("+i", path)
     try:
         if can_write(path):
             pytest.skip("this machine lets root write to a read-only file")
         yield
     finally:
         if locked:
-            subprocess.run(["chattr", "-i", path], check=True)
+            chattr("-i", path)
         path.chmod(0o644)
 
 

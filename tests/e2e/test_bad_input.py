@@ -92,7 +92,7 @@ def test_a_read_only_settings_file_is_read_and_kept(make_desk):
         assert desk.settings_text() == GOOD.replace("\r\n", "\n")
     desk.press_power()
     desk.wait_for_saves(2)
-    wait_until(lambda: desk.settings()["Intensity"] == "584", 5.0, "the save that is possible again")
+    desk.wait_for_setting("Intensity", "584")
 
 
 def test_settings_that_another_program_holds_give_the_defaults_and_are_kept(make_desk):
@@ -117,8 +117,8 @@ def test_settings_that_another_program_lets_go_of_can_be_saved_again(make_desk):
         assert desk.settings()["Intensity"] == "700"
     desk.press_power()
     desk.wait_for_saves(2)
-    wait_until(lambda: desk.settings()["Intensity"] == "584", 5.0, "the save that is possible again")
-    assert desk.settings()["AllowExtremeDim"] == "1"
+    desk.wait_for_setting("Intensity", "584")
+    desk.wait_for_setting("AllowExtremeDim", "1")
 
 
 # events.log
@@ -156,7 +156,7 @@ def test_a_folder_in_the_place_of_the_event_log(make_desk):
     desk.events_path.mkdir(parents=True)
     desk.start()
     assert works(desk)
-    wait_until(lambda: desk.settings().get("Intensity") == "584", 10.0, "the save")
+    desk.wait_for_setting("Intensity", "584")
     assert desk.quit() == 0
     assert list(desk.events_path.iterdir()) == []
 
@@ -167,7 +167,7 @@ def test_a_read_only_event_log_is_kept(make_desk):
     with read_only(desk.events_path):
         desk.start()
         assert works(desk)
-        wait_until(lambda: desk.settings().get("Intensity") == "584", 10.0, "the save")
+        desk.wait_for_setting("Intensity", "584")
         assert desk.events_text() == "old\n"
 
 
@@ -177,7 +177,7 @@ def test_an_event_log_that_another_program_holds_goes_on_when_it_is_free(make_de
     with held_by_another_program(desk, desk.events_path):
         desk.start()
         assert works(desk)
-        wait_until(lambda: desk.settings().get("Intensity") == "584", 10.0, "the save")
+        desk.wait_for_setting("Intensity", "584")
         assert desk.events_path.read_bytes() == b"x" * 300000
     desk.choose("DAY")
     wait_until(lambda: desk.events_text().endswith("Saved settings\n"), 10.0, "the line after the hindrance")
@@ -195,12 +195,14 @@ def test_a_full_disk_costs_only_what_could_not_be_written(make_desk):
     desk.settings_path.unlink()
     desk.events_path.unlink()
     desk.press_power()
-    wait_until(lambda: desk.settings().get("Intensity") == "584", 10.0, "the save when there is space again")
+    desk.wait_for_setting("Intensity", "584")
     wait_until(lambda: desk.events_text().endswith("Saved settings\n"), 10.0, "the line when there is space again")
     assert desk.quit() == 0
 
 
-@pytest.mark.parametrize("place", ["Q:\\nowhere", "C:\\no\\such\\folder", "\\\\nobody\\nothing", "C:\\windows\\win.ini"])
+@pytest.mark.parametrize("place", [
+    "Q:\\nowhere", "C:\\no\\such\\folder", "\\\\nobody\\nothing", "C:\\windows\\win.ini",
+])
 def test_without_an_application_data_folder_the_program_works_with_the_defaults(make_desk, place):
     desk = make_desk()
     desk.write_settings(GOOD)

@@ -211,7 +211,7 @@ def test_the_dpi_changes_while_a_slider_is_held(desk):
     desk.wait_for_tip(model.tip_on(model.dragged(0.385, 50), 1.0))
     desk.release()
     desk.wait_for_saves(1)
-    wait_until(lambda: desk.settings()["Intensity"] == str(model.per_mille(model.dragged(0.385, 50))), 5.0, "the save")
+    desk.wait_for_setting("Intensity", str(model.per_mille(model.dragged(0.385, 50))))
 
 
 def test_a_dpi_message_without_a_rectangle_does_no_harm(desk):

@@ -143,8 +143,8 @@ def test_who_leaves_legacy_mode_by_hand_is_not_sent_back_in_this_run(file_desk):
     box = desk.wait_for_message_box()
     assert box.text == failure(87)
     desk.press_button(box)
-    wait_until(lambda: desk.settings()["UseLegacyGamma"] == "0", 10.0, "the saved choice")
-    assert desk.settings()["LegacyModeAutoSet"] == "0"
+    desk.wait_for_setting("UseLegacyGamma", "0")
+    desk.wait_for_setting("LegacyModeAutoSet", "0")
     press_presets(desk, "DAY", "EVENING", "NIGHT")
     assert_no_message_box(desk)
     assert desk.log().count(FALLEN_BACK) == 1
@@ -156,7 +156,7 @@ def test_after_leaving_by_hand_the_next_run_falls_back_and_says_so_again(file_de
     desk.press_button(desk.wait_for_message_box())
     desk.menu(LEGACY)
     desk.press_button(desk.wait_for_message_box())
-    wait_until(lambda: desk.settings()["UseLegacyGamma"] == "0", 10.0, "the saved choice")
+    desk.wait_for_setting("UseLegacyGamma", "0")
     desk.restart()
     fall_back(desk)
     assert desk.wait_for_message_box().text == NOTICE

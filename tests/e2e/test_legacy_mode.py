@@ -29,7 +29,9 @@ def test_a_start_in_legacy_mode_does_not_touch_the_magnification_library(legacy)
     assert legacy.magnification_calls() == []
 
 
-@pytest.mark.parametrize("intensity, brightness", [(0, 1000), (200, 800), (385, 1000), (585, 850), (692, 500), (800, 1000)])
+@pytest.mark.parametrize("intensity, brightness", [
+    (0, 1000), (200, 800), (385, 1000), (585, 850), (692, 500), (800, 1000),
+])
 def test_the_ramp_is_a_straight_line_for_each_channel(file_desk, intensity, brightness):
     desk = file_desk.start_fresh({"UseLegacyGamma": 1, "Intensity": intensity, "Brightness": brightness})
     desk.press_power()
@@ -86,7 +88,7 @@ def test_the_menu_moves_a_lit_filter_back_to_the_matrix(desk):
     desk.wait_for_colour(*model.PRESETS["DAY"][:2])
     assert desk.effects()[-1].diagonal == pytest.approx(model.factors(*model.PRESETS["DAY"][:2]), abs=1e-6)
     assert [call.function for call in desk.magnification_calls()].count("MagInitialize") == 1
-    wait_until(lambda: desk.settings()["UseLegacyGamma"] == "0", 10.0, "the saved choice")
+    desk.wait_for_setting("UseLegacyGamma", "0")
 
 
 def test_leaving_legacy_mode_loads_the_library_that_the_start_did_not(legacy):

@@ -8,7 +8,7 @@ import model
 from desk import SLIDER_X, SLIDER_Y, wait_until
 
 WM_QUERYENDSESSION, WM_ENDSESSION, WM_DISPLAYCHANGE = 0x11, 0x16, 0x7E
-DAY, EVENING = model.PRESETS["DAY"][:2], model.PRESETS["EVENING"][:2]
+EVENING = model.PRESETS["EVENING"][:2]
 MODES = {"magnification": {}, "legacy": {"UseLegacyGamma": 1}}
 
 

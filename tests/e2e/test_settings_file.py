@@ -97,14 +97,21 @@ def test_what_was_out_of_range_is_written_back_in_range(file_desk):
     ("1700000000", "1700000000", 1, 289), ("18446744073709551615", "18446744073709551615", 29, 571),
     ("never", "0", 57, 577), ("", "0", 999, 999), ("123abc", "123", 290, 115),
 ])
-def test_saving_cuts_to_thousandths_and_keeps_the_time_of_the_gamma_fix(
+def test_thousandths_and_the_time_of_the_gamma_fix_survive_a_load_and_a_save(
         file_desk, epoch, saved_epoch, intensity, brightness):
     desk = file_desk.start_fresh({"Intensity": intensity, "Brightness": brightness, "GammaFixEpoch": epoch})
     desk.menu(LEGACY)
     desk.wait_for_saves(1)
     assert desk.settings()["GammaFixEpoch"] == saved_epoch
-    assert desk.settings()["Intensity"] == str(model.per_mille(intensity / 1000.0))
-    assert desk.settings()["Brightness"] == str(model.per_mille(brightness / 1000.0))
+    assert desk.settings()["Intensity"] == str(intensity)
+    assert desk.settings()["Brightness"] == str(brightness)
+
+
+@pytest.mark.parametrize("up, cut", [(50, "637"), (40, "587"), (-37, "198")])
+def test_what_lies_between_two_thousandths_is_cut_and_not_rounded(desk, up, cut):
+    desk.slide("WARMTH", up)  # 0.385 and 50, 40, -37 parts of 198: 0.63753, 0.58702, 0.19813
+    desk.wait_for_saves(1)
+    assert desk.settings()["Intensity"] == cut
 
 
 def test_other_sections_keys_and_remarks_are_left_alone(file_desk):
@@ -121,7 +128,8 @@ def test_other_sections_keys_and_remarks_are_left_alone(file_desk):
 
 
 def test_keys_are_found_whatever_their_case_and_order(file_desk):
-    desk = file_desk.start_fresh("[SETTINGS]\r\nalloweXtremedim = 1\r\n[filter]\r\nbrightness = 40\r\nINTENSITY = 300\r\n")
+    desk = file_desk.start_fresh("[SETTINGS]\r\nalloweXtremedim = 1\r\n"
+                                 "[filter]\r\nbrightness = 40\r\nINTENSITY = 300\r\n")
     assert desk.loaded() == "intensity=0.300 brightness=0.040 extremeDim=1 legacy=0 pwmSafe=0"
 
 
@@ -138,7 +146,7 @@ def test_a_burst_of_clicks_is_saved_once(desk):
 def test_the_tray_menu_saves_at_once(desk):
     desk.menu(LEGACY)
     desk.wait_for_saves(1)
-    wait_until(lambda: desk.settings().get("UseLegacyGamma") == "1", 5.0, "the saved choice")
+    desk.wait_for_setting("UseLegacyGamma", "1")
     desk.menu(LEGACY)
     desk.wait_for_saves(2)
     assert desk.settings()["UseLegacyGamma"] == "0"

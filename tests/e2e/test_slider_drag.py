@@ -147,15 +147,15 @@ def test_with_the_filter_off_a_drag_leaves_the_screen_plain(desk):
 
 
 def test_a_drag_is_saved_once_after_its_release_cut_to_thousandths(calm):
-    calm.slide("WARMTH", 40, release=False)
-    calm.wait_for_tip(warmth_tip(40))
+    calm.slide("WARMTH", 50, release=False)
+    calm.wait_for_tip(warmth_tip(50))
     # A save is due half a second after what arms its timer: none may come while the slider is held.
     time.sleep(0.8)
     assert calm.saves() == 1
     assert calm.settings()["Intensity"] == "385"
     calm.release()
     calm.wait_for_saves(2)
-    assert calm.settings()["Intensity"] == "587"  # 0.385 + 40 / 198 = 0.58702
+    assert calm.settings()["Intensity"] == "637"  # 0.385 + 50 / 198 = 0.63753
     time.sleep(0.8)  # Likewise: the timer fires once.
     assert calm.saves() == 2
 
