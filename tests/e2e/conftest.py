@@ -25,7 +25,10 @@ make_file_desk = pytest.fixture(factory, scope="module", name="make_file_desk")
 
 @pytest.fixture(scope="module", name="file_desk")
 def file_desk_fixture(make_file_desk):
-    return make_file_desk()
+    desk = make_file_desk()
+    # Here and not by the first program: when the desktop does not come, the file ends at once.
+    desk.desktop.open()
+    return desk
 
 
 @pytest.fixture(name="desk")

@@ -5,7 +5,6 @@ import time
 import pytest
 
 import model
-from desk import wait_until
 
 DEFAULTS = "intensity=0.385 brightness=1.000 extremeDim=0 legacy=0 pwmSafe=0"
 KEYS = ["[Filter]", "Intensity", "Brightness", "[Settings]", "LaunchAtStart", "AllowExtremeDim", "UseLegacyGamma",
