@@ -3,5 +3,5 @@
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, wchar_t*, int) {
     RestrictDllSearchToSystem32();
-    return RunAmbrel(instance);
+    return RunAmbrel(instance, GetCommandLineW());
 }

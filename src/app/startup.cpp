@@ -1,5 +1,7 @@
 #include "app/startup.h"
 
+#include <cwchar>
+
 #include "app/app_state.h"
 #include "app/program_names.h"
 #include "app/scaled_resources.h"
@@ -8,9 +10,12 @@
 #include "app/tray_icon.h"
 #include "app/window_proc.h"
 #include "diag/system_probe.h"
+#include "filter/cursor_tint.h"
+#include "filter/gamma_range.h"
 #include "filter/magnification.h"
 #include "res/resource_ids.h"
 #include "res/version.h"
+#include "store/autostart.h"
 #include "store/event_log.h"
 #include "store/settings.h"
 #include "ui/canvas.h"
@@ -65,6 +70,12 @@ void OpenLogBesideSettings() {
                                     ? std::wstring()
                                     : g_app.settingsPath.substr(0, lastBackslash + 1);
     OpenEventLogFile(folder + L"events.log");
+}
+
+void ReadGammaRange() {
+    g_app.gammaRangeExpanded = IsGammaRangeExpanded();
+    LogEvent("Gamma range: %ls",
+             g_app.gammaRangeExpanded ? L"expanded (GdiIcmGammaRange)" : L"Windows default");
 }
 
 bool RegisterPopupClass() {
@@ -140,12 +151,17 @@ void PrepareState(HINSTANCE instance) {
     MakeDrawingResources();
     LoadSettings();
     OpenLogBesideSettings();
+    ReadGammaRange();
+    RepairAutostartEntry();
+    // An earlier run may have ended without giving the cursors back.
+    ResetSystemCursors();
     InitMagnification();
 }
 
 }  // namespace
 
-int RunAmbrel(HINSTANCE instance) {
+int RunAmbrel(HINSTANCE instance, const wchar_t* commandLine) {
+    if (std::wcsstr(commandLine, kExpandGammaRangeSwitch) != nullptr) return RunGammaRangeHelper();
     PrepareProcess();
     if (!ClaimSingleInstance()) {
         WakeFirstInstance();

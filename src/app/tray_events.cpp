@@ -5,6 +5,7 @@
 #include "app/timers.h"
 #include "app/tray_icon.h"
 #include "filter/filter.h"
+#include "store/autostart.h"
 #include "store/event_log.h"
 #include "store/settings.h"
 
@@ -50,6 +51,9 @@ void PerformMenuCommand(MenuCommand command) {
             SaveSettings();
             return;
         case kMenuLaunchAtStartup:
+            SetAutostart(!g_app.launchAtStart);
+            SaveSettings();
+            return;
         case kMenuNone: return;
     }
 }

@@ -12,6 +12,7 @@
 #include "app/timers.h"
 #include "app/tray_events.h"
 #include "app/window_lifetime.h"
+#include "filter/gamma_fix.h"
 #include "store/settings.h"
 #include "ui/popup_input.h"
 #include "ui/popup_painter.h"
@@ -29,7 +30,7 @@ void OnTimer(TimerId timer) {
         case TimerId::PwmSafeVerify: RefreshPopupAndTray(); return;
         case TimerId::PopupAutoHide: OnAutoHideTimer(); return;
         case TimerId::TrayRetry: OnTrayRetryTimer(); return;
-        case TimerId::GammaFixPoll: return;
+        case TimerId::GammaFixPoll: OnGammaFixTimer(); return;
     }
 }
 

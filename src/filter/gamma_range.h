@@ -1,9 +1,21 @@
 // Windows refuses strong gamma ramps until its range limit is lifted in the registry and the machine
-// restarted. What the popup must know of that: whether to show the banner, and whether the restart has
-// happened.
+// restarted.
 #pragma once
 
 #include <cstdint>
+
+// The switch of the program's own elevated run that lifts the limit.
+constexpr wchar_t kExpandGammaRangeSwitch[] = L"--expand-gamma-range";
+
+// True when the registry holds the lifted limit. A value of another type, or one that cannot be read, is
+// none.
+bool IsGammaRangeExpanded();
+
+// Writes the lifted limit, which takes administrator's rights. False when Windows refused.
+bool ExpandGammaRange();
+
+// The elevated run: lifts the limit and says in a box what came of it. Returns the exit code, 0 or 1.
+int RunGammaRangeHelper();
 
 // True when the machine was started after `epoch`. Times are seconds since 1970; `tick` is GetTickCount64 in
 // ms, which counts on through sleep, so that a resume is no restart. False for an epoch of 0.

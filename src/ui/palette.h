@@ -27,5 +27,7 @@ constexpr COLORREF kColourLowerArea = Hex(0x1A1A1A);
 constexpr COLORREF kColourRed = Hex(0xFF0000);
 constexpr COLORREF kColourAmber = Hex(0xFFD200);
 constexpr COLORREF kColourGreen = Hex(0x00D67C);
+constexpr COLORREF kColourRowSurface = Hex(0x161616);
+constexpr COLORREF kColourRowOutline = Hex(0x2C2C2C);
 constexpr COLORREF kColourText = Hex(0xFFFFFF);
 constexpr COLORREF kColourBlack = Hex(0x000000);

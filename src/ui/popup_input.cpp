@@ -6,6 +6,8 @@
 #include "app/refresh.h"
 #include "app/timers.h"
 #include "filter/filter.h"
+#include "filter/gamma_fix.h"
+#include "store/autostart.h"
 #include "store/settings.h"
 #include "ui/regions.h"
 #include "ui/slider_geometry.h"
@@ -26,8 +28,14 @@ void ClickPower() {
     RestartTimer(TimerId::SaveSettings);
 }
 
-void ClickClose() {
-    g_app.panel = Panel::Main;
+void ShowPanel(Panel panel) {
+    g_app.panel = panel;
+    RefreshPopupAndTray();
+}
+
+void ClickLaunchAtStart() {
+    SetAutostart(!g_app.launchAtStart);
+    SaveSettings();
     RefreshPopupAndTray();
 }
 
@@ -57,13 +65,13 @@ void OnMouseDown(int x, int y) {
         case Region::EveningPreset: ApplyPreset(FilterPreset::Evening); return;
         case Region::NightPreset: ApplyPreset(FilterPreset::Night); return;
         case Region::Power: ClickPower(); return;
-        case Region::Close: ClickClose(); return;
+        case Region::Gear: ShowPanel(Panel::Settings); return;
+        case Region::GammaBanner: StartGammaRangeFix(); return;
+        case Region::Close: ShowPanel(Panel::Main); return;
+        case Region::LaunchRow: ClickLaunchAtStart(); return;
         case Region::ExtremeDimRow: ClickExtremeDim(); return;
         case Region::LegacyRow: ClickLegacyMode(); return;
-        case Region::GammaBanner:
         case Region::PwmCard:
-        case Region::Gear:
-        case Region::LaunchRow:
         case Region::Support:
         case Region::None: return;
     }

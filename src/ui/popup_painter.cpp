@@ -5,6 +5,7 @@
 #include "ui/drawing_kit.h"
 #include "ui/main_panel.h"
 #include "ui/palette.h"
+#include "ui/settings_panel.h"
 #include "win32/guards.h"
 
 namespace {
@@ -38,5 +39,9 @@ void PaintRoot(HDC dc) {
     SetViewportExtEx(dc, client.right, client.bottom, nullptr);
     SetViewportOrgEx(dc, 0, 0, nullptr);
     FillBox(dc, {0, 0, kCanvasWidth, kCanvasHeight}, kColourBackground);
-    DrawMainPanel(dc);
+    if (g_app.panel == Panel::Settings) {
+        DrawSettingsPanel(dc);
+    } else {
+        DrawMainPanel(dc);
+    }
 }

@@ -1,0 +1,72 @@
+#include "filter/gamma_fix.h"
+
+#include <ctime>
+
+#include "app/app_state.h"
+#include "app/program_names.h"
+#include "app/refresh.h"
+#include "app/timers.h"
+#include "filter/gamma_range.h"
+#include "store/event_log.h"
+#include "store/settings.h"
+#include "win32/own_path.h"
+
+namespace {
+
+constexpr std::uint64_t kPatience = 120000;  // ms
+constexpr INT_PTR kLastShellError = 32;      // ShellExecuteW answers more than this on success
+
+bool UserAgrees() {
+    return MessageBoxW(
+               g_app.mainWindow,
+               L"Some of your settings are being blocked by Windows.\n\nAmbrel can fix this with your "
+               L"permission. A restart\nis needed afterwards.\n\nFix it now?",
+               kProgramTitle, MB_YESNO | MB_ICONQUESTION) == IDYES;
+}
+
+INT_PTR LaunchElevatedHelper() {
+    return reinterpret_cast<INT_PTR>(ShellExecuteW(g_app.mainWindow, L"runas", OwnProgramPath().c_str(),
+                                                   kExpandGammaRangeSwitch, nullptr, SW_SHOWNORMAL));
+}
+
+}  // namespace
+
+void StartGammaRangeFix() {
+    if (g_app.gammaRangeExpanded) {
+        MessageBoxW(
+            g_app.mainWindow,
+            L"The fix is already done. Just restart your computer\nto finish. Use Restart, not Shut down.",
+            kProgramTitle, MB_ICONINFORMATION);
+        return;
+    }
+    if (!UserAgrees()) return;
+    const INT_PTR result = LaunchElevatedHelper();
+    if (result <= kLastShellError) {
+        LogEvent("Gamma-range fix helper failed to launch (rc=%d)", static_cast<int>(result));
+        return;
+    }
+    g_app.gammaFixPending = true;
+    g_app.gammaFixDeadline = GetTickCount64() + kPatience;
+    StartTimer(TimerId::GammaFixPoll);
+    LogEvent("Gamma-range fix helper launched (elevation requested)");
+}
+
+void OnGammaFixTimer() {
+    PollGammaFix(static_cast<std::uint64_t>(std::time(nullptr)), GetTickCount64());
+}
+
+void PollGammaFix(std::uint64_t now, std::uint64_t tick) {
+    if (IsGammaRangeExpanded()) {
+        StopTimer(TimerId::GammaFixPoll);
+        g_app.gammaRangeExpanded = true;
+        g_app.gammaFixPending = false;
+        g_app.gammaFixEpoch = now;
+        SaveSettings();
+        LogEvent("Gamma-range expansion confirmed in registry - restart pending");
+        RefreshPopupAndTray();
+    } else if (tick > g_app.gammaFixDeadline) {
+        StopTimer(TimerId::GammaFixPoll);
+        g_app.gammaFixPending = false;
+        LogEvent("Gamma-range fix not confirmed (helper cancelled?)");
+    }
+}

@@ -1,0 +1,71 @@
+#include "store/autostart.h"
+
+#include "app/app_state.h"
+#include "store/event_log.h"
+#include "win32/guards.h"
+#include "win32/own_path.h"
+
+namespace {
+
+constexpr wchar_t kRunKey[] = L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run";
+constexpr wchar_t kValueName[] = L"Ambrel2";
+
+constexpr DWORD kTextCharacters = 1024;
+constexpr DWORD kReadableBytes =
+    (kTextCharacters - 1) * sizeof(wchar_t);  // room for a zero that the data lacks
+
+bool OpenRunKey(RegistryKey* run, REGSAM access) {
+    return RegOpenKeyExW(HKEY_CURRENT_USER, kRunKey, 0, access, run->Out()) == ERROR_SUCCESS;
+}
+
+bool ValueExists() {
+    RegistryKey run;
+    return OpenRunKey(&run, KEY_QUERY_VALUE) &&
+           RegQueryValueExW(run.key, kValueName, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+}
+
+bool SamePath(const std::wstring& one, const std::wstring& other) {
+    return CompareStringOrdinal(one.c_str(), -1, other.c_str(), -1, TRUE) == CSTR_EQUAL;
+}
+
+}  // namespace
+
+std::wstring ReadAutostartValue() {
+    RegistryKey run;
+    if (!OpenRunKey(&run, KEY_QUERY_VALUE)) return {};
+    wchar_t text[kTextCharacters] = {};
+    DWORD type = 0;
+    DWORD bytes = kReadableBytes;
+    const LSTATUS status =
+        RegQueryValueExW(run.key, kValueName, nullptr, &type, reinterpret_cast<BYTE*>(text), &bytes);
+    if (status != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ)) return {};
+    const DWORD characters = bytes / sizeof(wchar_t);
+    if (characters < kTextCharacters) text[characters] = L'\0';
+    return text;
+}
+
+void SetAutostart(bool on) {
+    RegistryKey run;
+    if (OpenRunKey(&run, KEY_SET_VALUE)) {
+        if (on) {
+            const std::wstring path = OwnProgramPath();
+            const auto bytes = static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t));
+            RegSetValueExW(run.key, kValueName, 0, REG_SZ, reinterpret_cast<const BYTE*>(path.c_str()),
+                           bytes);
+        } else {
+            RegDeleteValueW(run.key, kValueName);
+        }
+    }
+    g_app.launchAtStart = on;
+}
+
+void RepairAutostartEntry() {
+    if (!ValueExists() && !g_app.launchAtStart) return;
+    const std::wstring text = ReadAutostartValue();
+    if (text.empty()) {
+        LogEvent("Autostart entry missing (INI says ON) - restoring");
+    } else if (!SamePath(text, OwnProgramPath())) {
+        LogEvent("Autostart entry pointed at '%ls' - rewriting to current exe", text.c_str());
+    }
+    SetAutostart(true);
+}

@@ -1,0 +1,17 @@
+// Launch at start-up: a value in the current user's Run key, which the shell reads at sign-in. Registry
+// failures are silent. Window thread only.
+#pragma once
+
+#include <string>
+
+// The value's text; empty when it is missing, no text, or cannot be read.
+std::wstring ReadAutostartValue();
+
+// Writes the path of this program, as it is, without quotes, or deletes the value. launchAtStart follows the
+// request whatever becomes of it.
+void SetAutostart(bool on);
+
+// Brings setting and registry together at start-up: a value that exists turns the setting on and is rewritten
+// for the program as it runs now; a missing one is restored when the setting is on. Does not save the
+// setting.
+void RepairAutostartEntry();

@@ -1,0 +1,10 @@
+#include "win32/own_path.h"
+
+#include "win32/platform.h"
+
+std::wstring OwnProgramPath() {
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    path[MAX_PATH - 1] = L'\0';
+    return path;
+}
