@@ -10,6 +10,14 @@
 struct tagMAGCOLOREFFECT;
 
 enum class Panel { Main, Settings };
+constexpr int kSystemCursorCount = 16;
+
+// Warmth and brightness of the last tint of the cursors; -1 when there is none.
+struct CursorTint {
+    double intensity = -1.0;
+    double brightness = -1.0;
+};
+
 enum class Slider { None, Warmth, Brightness };
 
 constexpr int kFontCount = 8;
@@ -30,6 +38,7 @@ struct AppState {
     bool popupArmed = false;  // the popup has been active since it was shown; only then it hides itself
     bool menuTracking = false;
     std::uint64_t popupHiddenAt = 0;  // tick, ms
+    bool ending = false;              // window or session is at its end: nothing is taken over any more
     Panel panel = Panel::Main;
     Slider dragSlider = Slider::None;
     std::int32_t dragStartY = 0;  // design units
@@ -70,6 +79,10 @@ struct AppState {
     std::uint64_t gammaFixDeadline = 0;  // tick, ms
     std::uint64_t gammaFixEpoch = 0;     // seconds since 1970; 0: never confirmed
     bool bannerDemotedLogged = false;
+    bool cursorsTinted = false;
+    CursorTint lastCursorTint;
+    HCURSOR baseCursors[kSystemCursorCount] = {};  // copies of our own; null where loading failed
+    bool baseCursorsMade = false;
 
     // Hardware brightness.
     bool pwmSafe = false;

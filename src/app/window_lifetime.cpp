@@ -5,6 +5,7 @@
 #include "app/single_instance.h"
 #include "app/timers.h"
 #include "app/tray_icon.h"
+#include "filter/cursor_tint.h"
 #include "filter/legacy_gamma.h"
 #include "filter/magnification.h"
 #include "ui/fonts.h"
@@ -32,10 +33,11 @@ void OnCreate(HWND window) {
 void OnDestroy() {
     // A handler that is still waiting in a message box below us may go on to apply the filter; from now on
     // that clears.
-    g_app.filterOn = false;
+    g_app.ending = true;
     StopTimer(TimerId::PwmSafePoll);
     StopTimer(TimerId::PwmSafeVerify);
     StopTimer(TimerId::PopupAutoHide);
+    ReleaseCursorCopies();
     RestoreIdentityRamp();
     ShutdownMagnification();
     RemoveTrayIcon();
@@ -49,9 +51,10 @@ void OnEndSession(bool ending) {
     if (!ending) return;
     // The process lives on for a moment, and nothing that happens in it may undo what is given back now: no
     // poll, no display change, no slider still held.
-    g_app.filterOn = false;
+    g_app.ending = true;
     StopTimer(TimerId::DisplaySettle);
     StopTimer(TimerId::PwmSafePoll);
     StopTimer(TimerId::PwmSafeVerify);
+    ReleaseCursorCopies();
     RestoreIdentityRamp();
 }

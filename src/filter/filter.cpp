@@ -7,6 +7,7 @@
 #include "app/messages.h"
 #include "app/refresh.h"
 #include "app/timers.h"
+#include "filter/cursor_tint.h"
 #include "filter/legacy_gamma.h"
 #include "filter/magnification.h"
 #include "store/event_log.h"
@@ -68,7 +69,7 @@ void ReturnToMagnification() {
 }  // namespace
 
 void ApplyFilter() {
-    if (!g_app.filterOn) {
+    if (!g_app.filterOn || g_app.ending) {
         ClearFilter();
         return;
     }
@@ -81,12 +82,16 @@ void ApplyFilter() {
     const MatrixResult result = SetFilterMatrix();
     if (result.accepted) {
         g_app.consecutiveError87 = 0;
+        TintSystemCursors();
     } else {
+        // The cursors must not show a tint that the screen does not.
+        RestoreSystemCursors();
         OnMatrixRefused(result.error);
     }
 }
 
 void ClearFilter() {
+    RestoreSystemCursors();
     if (g_app.useLegacyGamma) {
         RestoreIdentityRamp();
     } else {

@@ -4,9 +4,9 @@
 
 #include "filter/warmth.h"
 
-// Puts the filter on the screen as AppState says, or takes it off when it is off. A second error 87 in a row
-// from the Magnification API switches to Legacy Mode; any other error is shown once a run. Never initialises
-// a pipeline: without one it has no effect.
+// Puts the filter on the screen as AppState says, or takes it off when it is off or the program is ending. A
+// second error 87 in a row from the Magnification API switches to Legacy Mode; any other error is shown once
+// a run. Never initialises a pipeline: without one it has no effect.
 void ApplyFilter();
 
 // Takes the effect of the pipeline in use off the screen.

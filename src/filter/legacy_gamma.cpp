@@ -4,6 +4,7 @@
 
 #include "app/app_state.h"
 #include "app/refresh.h"
+#include "filter/cursor_tint.h"
 #include "filter/warmth.h"
 #include "store/event_log.h"
 #include "win32/guards.h"
@@ -113,9 +114,12 @@ void ApplyLegacyRamp() {
     } else {
         CountRejected(fate);
     }
+    // Also when the ramp was refused: the cursors keep in step with what the filter is set to.
+    TintSystemCursors();
 }
 
 void RestoreIdentityRamp() {
+    RestoreSystemCursors();
     GammaRamp ramp;
     FillIdentityRamp(&ramp);
     const ScreenDc screen;

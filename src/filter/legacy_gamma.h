@@ -5,8 +5,9 @@
 
 // Loads the linear gamma ramp for the current warmth and brightness into the display and reads it back.
 // Ramp entries are 0..65535, 256 a channel, red first; with the filter off it is the identity.
-// A refused ramp is counted and flagged, logged once per change of fate; it never opens a box.
+// A refused ramp is counted and flagged, logged once per change of fate; it never opens a box. The cursors
+// are tinted either way.
 void ApplyLegacyRamp();
 
-// Loads the identity ramp, entry i = 257 i. A refusal is ignored.
+// Restores the cursors and loads the identity ramp, entry i = 257 i. A refusal is ignored.
 void RestoreIdentityRamp();

@@ -58,7 +58,7 @@ bool FindEntryPoints() {
 }  // namespace
 
 void InitMagnification() {
-    if (g_app.useLegacyGamma || IsMagnificationUsable()) return;
+    if (g_app.useLegacyGamma || g_app.ending || IsMagnificationUsable()) return;
     ShutdownMagnification();
 
     wchar_t text[kBoxCapacity];

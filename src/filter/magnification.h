@@ -9,8 +9,8 @@ struct MatrixResult {
     DWORD error;  // GetLastError of a refused matrix
 };
 
-// Loads and initialises the API. Does nothing in Legacy Mode or when that is done already. A failure is shown
-// in one message box and leaves the pipeline inert.
+// Loads and initialises the API. Does nothing in Legacy Mode, at the program's end or when that is done
+// already. A failure is shown in one message box and leaves the pipeline inert.
 void InitMagnification();
 
 // Sets the identity matrix, uninitialises and unloads the API, each as far as it was done.

@@ -137,3 +137,19 @@ struct [[nodiscard]] ExclusiveLock {
     ExclusiveLock(const ExclusiveLock&) = delete;
     ExclusiveLock& operator=(const ExclusiveLock&) = delete;
 };
+
+// What GetIconInfo tells of a cursor. Its two bitmaps are copies that belong to the caller.
+struct [[nodiscard]] CursorInfo {
+    ICONINFO info = {};
+    bool known;
+
+    explicit CursorInfo(HCURSOR cursor) : known(GetIconInfo(cursor, &info) != FALSE) {}
+    ~CursorInfo() {
+        // A call that failed half-way has taken its bitmaps back, and may have left their handles.
+        if (!known) return;
+        if (info.hbmMask != nullptr) DeleteObject(info.hbmMask);
+        if (info.hbmColor != nullptr) DeleteObject(info.hbmColor);
+    }
+    CursorInfo(const CursorInfo&) = delete;
+    CursorInfo& operator=(const CursorInfo&) = delete;
+};
