@@ -11,9 +11,9 @@ MOST_LINES = 400
 # A file belongs to the first row that names it or its folder.
 FLOORS = [
     (1, ["win32", "app/app_state", "app/timers", "app/messages", "app/program_names", "store/event_log", "res"]),
-    (2, ["filter/warmth", "app/scaled_resources", "app/tray_icon", "app/foreground", "brightness/display_target",
+    (2, ["filter/warmth", "filter/cursor_pixels", "app/scaled_resources", "app/tray_icon", "app/foreground", "brightness/display_target",
          "diag/system_probe"]),
-    (3, ["app/refresh", "store/settings", "store/autostart", "filter/cursor_tint", "brightness/ddc",
+    (3, ["app/refresh", "store/settings", "store/autostart", "filter/tinted_cursor", "filter/cursor_tint", "brightness/ddc",
          "brightness/wmi"]),
     (4, ["filter/magnification", "filter/legacy_gamma", "brightness/display_targets", "filter/gamma_range",
          "filter/gamma_fix", "brightness/pwm_safe"]),

@@ -1,0 +1,1 @@
+"""What the program does, shown on real input in a lab."""

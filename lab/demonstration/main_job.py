@@ -1,0 +1,71 @@
+"""From the tray click to the coloured screen, through both pipelines, and everything given back."""
+
+from .stage import EVENING, MENU_LEGACY_MODE, POWER, WARMTH_THUMB
+
+# What the preset EVENING puts on the screen: a black body of 2700 K relative to 6500 K, at 85%.
+EVENING_AT_FULL_WHITE = [round(65535 * 0.85 * channel) for channel in (1.0000, 0.8185, 0.1865)]
+IDENTITY_AT_FULL_WHITE = [65535] * 3
+
+
+def drag_warmth(stage):
+    lab = stage.lab
+    lab.click_unit(*POWER)
+    stage.see("the red button turns the filter on", lambda: (lab.tray_tip() or "").startswith("Ambrel - ON"))
+    x, y = WARMTH_THUMB
+    lab.drag_unit(x, y, x, y - 60)
+    stage.see("a drag of WARMTH upwards makes it warmer", lambda: lab.tray_tip() == "Ambrel - ON (2028K, 100%)")
+    stage.see("the drag is saved", lambda: stage.setting_is("Intensity", "688"))
+    stage.save("2-dragged")
+
+
+def choose_evening(stage):
+    stage.lab.click_unit(*EVENING)
+    stage.see("EVENING shows 2700 K at 85%", lambda: stage.lab.tray_tip() == "Ambrel - ON (2700K, 85%)")
+    stage.see("the screen's ramp is EVENING's", lambda: stage.full_white_is(EVENING_AT_FULL_WHITE))
+    stage.see("EVENING is saved", lambda: stage.setting_is("Brightness", "850"))
+    stage.save("3-evening")
+
+
+def press_power(stage):
+    stage.lab.click_unit(*POWER)
+    stage.see("the red button turns the filter off", lambda: stage.lab.tray_tip() == "Ambrel - OFF")
+    stage.see("the screen is as it was", lambda: stage.full_white_is(IDENTITY_AT_FULL_WHITE))
+    stage.lab.click_unit(*POWER)
+    stage.see("and on again", lambda: stage.full_white_is(EVENING_AT_FULL_WHITE))
+
+
+def switch_legacy_mode(stage, on):
+    effects = len(stage.lab.magnification_calls())
+    stage.choose_from_menu(MENU_LEGACY_MODE)
+    word, value = ("on", "1") if on else ("off", "0")
+    stage.see(f"the tray menu switches Legacy Mode {word}", lambda: stage.setting_is("UseLegacyGamma", value))
+    stage.see("the colour stays on the screen", lambda: stage.full_white_is(EVENING_AT_FULL_WHITE))
+    stage.see("Windows was told through the matrix", lambda: len(stage.lab.magnification_calls()) > effects)
+    stage.save("4-legacy-mode" if on else "5-magnification")
+
+
+def report(stage):
+    print("\nThe matrices that Windows was given (diagonal):")
+    for call in stage.lab.magnification_calls():
+        if call.matrix:
+            print("  " + "  ".join(f"{cell:.6f}" for cell in call.diagonal[:3]))
+    print("\nThe gamma ramps that the screen showed (levels 64, 128 and 255 of red, green, blue):")
+    for name, ramp in stage.ramps:
+        print(f"  {name:16}" + "   ".join(" ".join(f"{channel[level]:5}" for channel in ramp)
+                                           for level in (64, 128, 255)))
+    print("\nsettings.ini:\n" + stage.lab.settings_text())
+    print("events.log:\n" + stage.lab.events_text())
+
+
+def show(stage):
+    stage.start()
+    stage.save("1-off")
+    drag_warmth(stage)
+    choose_evening(stage)
+    press_power(stage)
+    switch_legacy_mode(stage, on=True)
+    switch_legacy_mode(stage, on=False)
+    stage.quit()
+    stage.see("and gives the screen back", lambda: stage.full_white_is(IDENTITY_AT_FULL_WHITE))
+    stage.ramps.append(("6-after-the-end", stage.lab.ramp()))
+    report(stage)

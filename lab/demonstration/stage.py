@@ -1,0 +1,73 @@
+"""The stage of a demonstration: a lab, what is seen on it, and what is kept of it."""
+
+from ambrel_lab import LabError
+from ambrel_lab.waiting import wait_until
+
+# Places on the popup, in design units.
+WARMTH_THUMB = (80, 229)
+STATUS_STRIP = (160, 395)
+EVENING = (160, 447)
+NIGHT = (250, 447)
+POWER = (160, 503)
+GEAR = (292, 29)
+CLOSE = (276, 30)
+EXTREME_DIM_ROW = (160, 203)
+
+# Where the tray menu's items are, as shares of its height.
+MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT = 0.18, 0.44, 0.85
+MENU_CLASS = "#32768"
+
+EIGHT_BITS = 256  # the screen's ramp is 8 bits deep
+
+
+class Stage:
+    def __init__(self, lab, pictures):
+        self.lab, self.pictures = lab, pictures
+        self.ramps = []
+
+    def see(self, what, happened, patience=10):
+        """Waits for a step's outcome; `what` names it as it should be."""
+        try:
+            wait_until(happened, patience, what)
+        except LabError:
+            raise LabError(f"This did not happen: {what}.") from None
+        print(f"  {what}", flush=True)
+
+    def save(self, name):
+        """Pictures of this moment, and the screen's gamma ramp for the report."""
+        self.ramps.append((name, self.lab.ramp()))
+        self.lab.popup_picture().save(self.pictures / f"{name}-popup.png")
+        self.lab.eye_picture(self.pictures / f"{name}-as-the-eye-sees-it.png")
+
+    def full_white_is(self, expected):
+        """Whether the screen's gamma ramp makes this of white."""
+        shown = [channel[255] for channel in self.lab.ramp()]
+        return all(abs(one - other) <= EIGHT_BITS for one, other in zip(shown, expected))
+
+    def start(self):
+        self.lab.install_program()
+        self.lab.start_program()
+        self.see("the tray icon appears", self.lab.tray_icon)
+        self.lab.open_popup()
+        self.see("a click on it opens the popup", self.lab.popup_visible)
+
+    def choose_from_menu(self, item):
+        self.lab.click_tray(button=3)
+        self.see("the right button opens the tray menu", lambda: self.lab.window_facts(MENU_CLASS))
+        menu = self.lab.window_facts(MENU_CLASS)
+        # At the left, where the tray icon's tip does not lie over the menu.
+        self.lab.click(menu["left"] + 20, menu["top"] + item * (menu["bottom"] - menu["top"]))
+
+    def open_popup(self):
+        if not self.lab.popup_visible():
+            self.lab.open_popup()
+
+    def setting_is(self, key, value):
+        return self.lab.settings().get(key) == value
+
+    def log_has(self, text):
+        return text in self.lab.events_text()
+
+    def quit(self):
+        self.choose_from_menu(MENU_QUIT)
+        self.see("Quit ends the program", lambda: not self.lab.program_running())
