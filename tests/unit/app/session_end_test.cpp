@@ -1,10 +1,11 @@
 // The program from the end of the session, or of its window, to the end of its process: the screen that was
-// given back must not be coloured again, whatever still arrives.
+// given back must not be coloured again, nor the cursors tinted, whatever still arrives.
 #include <gtest/gtest.h>
 
 #include "app/app_state.h"
 #include "app/window_proc.h"
 #include "filter/filter.h"
+#include "filter/tinted_cursor.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 #include "ui/popup_input.h"
@@ -13,6 +14,49 @@ namespace {
 
 HWND const kWindow = MakeHandle<HWND>(500);
 HDC const kScreen = MakeHandle<HDC>(40);
+HCURSOR const kCopy = MakeHandle<HCURSOR>(70);
+HCURSOR const kTinted = MakeHandle<HCURSOR>(71);
+
+}  // namespace
+
+HCURSOR BuildTintedCursor(HCURSOR, double, double) {
+    return kTinted;
+}
+
+namespace {
+
+HANDLE WINAPI FakeLoadImageW(HINSTANCE, LPCWSTR, UINT, int, int, UINT) {
+    return MakeHandle<HANDLE>(69);
+}
+
+// One row is enough.
+HANDLE WINAPI FakeCopyImage(HANDLE, UINT, int, int, UINT) {
+    return g_app.baseCursors[0] == nullptr ? kCopy : nullptr;
+}
+
+HICON WINAPI FakeCopyIcon(HICON) {
+    return nullptr;
+}
+
+BOOL WINAPI FakeGetIconInfo(HICON, ICONINFO*) {
+    return FALSE;
+}
+
+BOOL WINAPI FakeSetSystemCursor(HCURSOR, DWORD id) {
+    Record("tinted cursor ", id);
+    return TRUE;
+}
+
+BOOL WINAPI FakeDestroyCursor(HCURSOR cursor) {
+    EXPECT_EQ(cursor, kCopy);
+    Record("destroy copy");
+    return TRUE;
+}
+
+BOOL WINAPI FakeSystemParametersInfoW(UINT action, UINT, void*, UINT) {
+    if (action == SPI_SETCURSORS) Record("system cursors");
+    return TRUE;
+}
 
 HDC WINAPI FakeGetDc(HWND window) {
     EXPECT_EQ(window, nullptr);
@@ -59,11 +103,15 @@ LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
     return MainWindowProc(kWindow, message, wParam, lParam);
 }
 
-bool WasColoured() {
+bool WasCalled(const std::string& wanted) {
     for (const std::string& call : g_calls) {
-        if (call == "coloured ramp") return true;
+        if (call == wanted) return true;
     }
     return false;
+}
+
+bool WasColoured() {
+    return WasCalled("coloured ramp") || WasCalled("tinted cursor 32512");
 }
 
 class SessionEnd : public testing::Test {
@@ -73,8 +121,9 @@ protected:
         g_app.mainWindow = kWindow;
         g_app.filterOn = true;
         g_app.useLegacyGamma = true;
+        g_calls.clear();
         ApplyFilter();
-        ASSERT_EQ(g_calls.back(), "coloured ramp");
+        ASSERT_EQ(g_calls, (CallRecord{"coloured ramp", "tinted cursor 32512"}));
         g_calls.clear();
     }
 
@@ -82,13 +131,21 @@ protected:
     static void HoldTheWarmthSlider() {
         Send(WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(80, 200));
         Send(WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(80, 190));
-        ASSERT_TRUE(WasColoured());
+        ASSERT_TRUE(WasCalled("coloured ramp"));
+        ASSERT_TRUE(WasCalled("tinted cursor 32512"));
         g_calls.clear();
     }
 };
 
 }  // namespace
 
+AMBREL_SEAM(LoadImageW, FakeLoadImageW);
+AMBREL_SEAM(CopyImage, FakeCopyImage);
+AMBREL_SEAM(CopyIcon, FakeCopyIcon);
+AMBREL_SEAM(GetIconInfo, FakeGetIconInfo);
+AMBREL_SEAM(SetSystemCursor, FakeSetSystemCursor);
+AMBREL_SEAM(DestroyCursor, FakeDestroyCursor);
+AMBREL_SEAM(SystemParametersInfoW, FakeSystemParametersInfoW);
 AMBREL_SEAM(GetDC, FakeGetDc);
 AMBREL_SEAM(ReleaseDC, FakeReleaseDc);
 AMBREL_SEAM(SetDeviceGammaRamp, FakeSetDeviceGammaRamp);
@@ -105,6 +162,33 @@ TEST_F(SessionEnd, ASliderThatIsStillHeldDoesNotColourTheScreenAgain) {
     Send(WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(80, 150));
     Send(WM_LBUTTONUP, 0, MAKELPARAM(80, 150));
     EXPECT_FALSE(WasColoured());
+}
+
+TEST_F(SessionEnd, TheCursorsAreGivenBackBeforeTheRampAndTheirCopiesAreFreed) {
+    Send(WM_ENDSESSION, TRUE);
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5", "system cursors",
+                                   "destroy copy", "identity ramp"}));
+    EXPECT_FALSE(g_app.cursorsTinted);
+    EXPECT_FALSE(g_app.baseCursorsMade);
+}
+
+TEST_F(SessionEnd, AWindowThatIsDestroyedAfterwardsFreesTheCopiesOnlyOnce) {
+    Send(WM_ENDSESSION, TRUE);
+    g_calls.clear();
+    Send(WM_DESTROY);
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 4", "kill timer 5", "kill timer 6", "identity ramp"}));
+}
+
+TEST_F(SessionEnd, WhatIsPressedAfterwardsDoesNotColourTheScreenAgain) {
+    Send(WM_ENDSESSION, TRUE);
+    g_calls.clear();
+    ApplyPreset(FilterPreset::Night);
+    g_app.magnificationReady = true;
+    ToggleLegacyMode();
+    ToggleLegacyMode();
+    EXPECT_TRUE(WasCalled("identity ramp"));
+    EXPECT_FALSE(WasColoured());
+    EXPECT_FALSE(g_app.cursorsTinted);
 }
 
 TEST_F(SessionEnd, NeitherADisplayChangeNorATimerColoursTheScreenAgain) {
@@ -128,7 +212,9 @@ TEST_F(SessionEnd, ASessionThatGoesOnKeepsTheSliderWorking) {
 TEST_F(SessionEnd, AHandlerThatOutlivesTheWindowDoesNotColourTheScreenAgain) {
     HoldTheWarmthSlider();
     Send(WM_DESTROY);
-    EXPECT_EQ(g_calls, (CallRecord{"kill timer 4", "kill timer 5", "kill timer 6", "identity ramp"}));
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 4", "kill timer 5", "kill timer 6", "system cursors",
+                                   "destroy copy", "identity ramp"}));
+    g_calls.clear();
     OnMouseMove(80, 150);
     ApplyFilter();
     EXPECT_FALSE(WasColoured());

@@ -9,7 +9,10 @@
 #include "app/startup.h"
 #include "app/tray_icon.h"
 #include "app/window_proc.h"
+#include "filter/cursor_tint.h"
+#include "filter/gamma_range.h"
 #include "filter/magnification.h"
+#include "store/autostart.h"
 #include "store/settings.h"
 #include "support/seam.h"
 
@@ -33,6 +36,20 @@ void LoadSettings() {
 }
 void SaveSettings() {
     Record("save settings");
+}
+bool IsGammaRangeExpanded() {
+    Record("read gamma range");
+    return g_system.gammaRangeExpanded;
+}
+int RunGammaRangeHelper() {
+    Record("helper");
+    return g_system.helperExitCode;
+}
+void RepairAutostartEntry() {
+    Record("repair autostart entry");
+}
+void ResetSystemCursors() {
+    Record("reset cursors");
 }
 void InitMagnification() {
     Record("init magnification");
@@ -285,8 +302,8 @@ void ResetSystem() {
     InstallDwm();
 }
 
-int Start() {
-    return RunAmbrel(kInstance);
+int Start(const wchar_t* commandLine) {
+    return RunAmbrel(kInstance, commandLine);
 }
 
 CallRecord CallsStarting(const std::string& prefix) {

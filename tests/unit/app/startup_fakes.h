@@ -17,6 +17,9 @@ struct FakeSystem {
     std::wstring processor = L"Contoso CPU @ 2.00GHz";
     std::wstring settingsPath = L"C:\\Users\\Ada\\AppData\\Roaming\\Ambrel2\\settings.ini";
 
+    bool gammaRangeExpanded = false;
+    int helperExitCode = 0;
+
     HRESULT awarenessAnswer = S_OK;
     DWORD mutexError = ERROR_SUCCESS;
     bool mutexMade = true;
@@ -52,8 +55,8 @@ inline HANDLE const kMutex = MakeHandle<HANDLE>(0x5005);
 // A fresh state and a Windows where everything succeeds.
 void ResetSystem();
 
-// Runs the program to its end.
-int Start();
+// Runs the program to its end. The command line is the whole one, as Windows keeps it.
+int Start(const wchar_t* commandLine = L"\"C:\\Tools\\ambrel.exe\"");
 
 // The record's lines that begin so.
 CallRecord CallsStarting(const std::string& prefix);

@@ -59,7 +59,8 @@ TEST_F(StartupInstance, ASecondInstanceOpensNoLogFileAndShowsNothing) {
     g_system.mutexError = ERROR_ALREADY_EXISTS;
     Start();
     for (const char* call : {"open log", "load settings", "register class", "create window", "add tray icon",
-                             "show window", "box", "brush", "font", "init magnification"}) {
+                             "show window", "box", "brush", "font", "read gamma range",
+                             "repair autostart entry", "reset cursors", "init magnification"}) {
         EXPECT_TRUE(CallsStarting(call).empty()) << call;
     }
 }

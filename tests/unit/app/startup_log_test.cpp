@@ -68,12 +68,13 @@ TEST_F(StartupLog, ASecondInstanceWritesNoLineAndTheFirstItsThreeLinesAfterTheMa
     EXPECT_EQ(Start(), 0);
     const std::vector<std::string> lines = ReadLines(LogPath());
     // Both starts of this process logged their three lines into the same memory.
-    ASSERT_EQ(lines.size(), 8U);
+    ASSERT_EQ(lines.size(), 9U);
     EXPECT_EQ(lines[0], "---------- session start ----------");
     for (const std::size_t first : {1U, 4U}) {
         EXPECT_EQ(Message(lines[first]), "Ambrel Windows v2.23 starting");
         EXPECT_EQ(Message(lines[first + 1]), "OS: Windows 11 Pro 23H2 (10.0.22631)");
         EXPECT_EQ(Message(lines[first + 2]), "Hardware: Contoso Slate 7 / Contoso CPU @ 2.00GHz");
     }
-    EXPECT_EQ(Message(lines[7]), "Tray icon add failed (taskbar not ready?) - retry timer armed");
+    EXPECT_EQ(Message(lines[7]), "Gamma range: Windows default");
+    EXPECT_EQ(Message(lines[8]), "Tray icon add failed (taskbar not ready?) - retry timer armed");
 }

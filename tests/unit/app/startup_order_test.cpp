@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "app/app_state.h"
 #include "app/fake_libraries.h"
 #include "app/startup_fakes.h"
@@ -38,6 +40,10 @@ TEST_F(StartupOrder, EveryStepHasItsPlace) {
                            "load icon 103 22x22",
                            "load settings",
                            "open log C:\\Users\\Ada\\AppData\\Roaming\\Ambrel2\\events.log",
+                           "read gamma range",
+                           "log: Gamma range: Windows default",
+                           "repair autostart entry",
+                           "reset cursors",
                            "init magnification",
                            "register class",
                            "create window 320x540",
@@ -109,6 +115,31 @@ TEST_F(StartupOrder, TheMessageLoopTranslatesAndDispatchesUntilQuit) {
     const CallRecord end(g_calls.end() - 6, g_calls.end());
     EXPECT_EQ(end, (CallRecord{"translate 15", "dispatch 15", "translate 32769", "dispatch 32769",
                                "quit message", "co uninitialize"}));
+}
+
+TEST_F(StartupOrder, TheGammaRangeIsKeptAndLogged) {
+    g_app.gammaRangeExpanded = true;
+    Start();
+    EXPECT_FALSE(g_app.gammaRangeExpanded);
+    EXPECT_EQ(CallsStarting("log: Gamma range"), (CallRecord{"log: Gamma range: Windows default"}));
+
+    ResetSystem();
+    g_system.gammaRangeExpanded = true;
+    Start();
+    EXPECT_TRUE(g_app.gammaRangeExpanded);
+    EXPECT_EQ(CallsStarting("log: Gamma range"),
+              (CallRecord{"log: Gamma range: expanded (GdiIcmGammaRange)"}));
+    EXPECT_EQ(g_app.gammaFixEpoch, 0U) << "a range that is expanded already is no fix of ours";
+}
+
+TEST_F(StartupOrder, TheOptionsAreSeenToWithoutASettingsPathToo) {
+    g_system.settingsPath.clear();
+    Start();
+    const auto from = std::find(g_calls.begin(), g_calls.end(), "load settings");
+    ASSERT_GE(g_calls.end() - from, 6);
+    EXPECT_EQ(CallRecord(from, from + 6),
+              (CallRecord{"load settings", "read gamma range", "log: Gamma range: Windows default",
+                          "repair autostart entry", "reset cursors", "init magnification"}));
 }
 
 TEST_F(StartupOrder, NothingIsSavedByStarting) {

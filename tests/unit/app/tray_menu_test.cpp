@@ -5,12 +5,17 @@
 #include "app/tray_events.h"
 #include "app/tray_icon.h"
 #include "filter/filter.h"
+#include "store/autostart.h"
 #include "store/settings.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 
 void ToggleLegacyMode() {
     Record("toggle legacy mode", g_app.menuTracking ? " while tracking" : "");
+}
+void SetAutostart(bool on) {
+    Record("set autostart ", on ? "on" : "off", g_app.menuTracking ? " while tracking" : "");
+    g_app.launchAtStart = on;
 }
 void SaveSettings() {
     Record("save settings");
@@ -34,6 +39,7 @@ namespace {
 BOOL g_choice = 0;
 bool g_menuCanBeMade = true;
 bool g_clickedAgainMeanwhile = false;
+bool g_switchedOnMeanwhile = false;
 
 HWND const kWindow = MakeHandle<HWND>(500);
 HMENU const kMenu = MakeHandle<HMENU>(60);
@@ -64,6 +70,7 @@ BOOL WINAPI FakeTrackPopupMenu(HMENU menu, UINT flags, int x, int y, int, HWND w
            g_app.menuTracking ? " tracking" : "");
     if (g_clickedAgainMeanwhile) OnTrayCallback(WM_RBUTTONUP);
     if (g_clickedAgainMeanwhile && !g_app.menuTracking) Record("no longer tracking");
+    if (g_switchedOnMeanwhile) g_app.launchAtStart = true;
     return g_choice;
 }
 
@@ -97,6 +104,7 @@ protected:
         g_choice = 0;
         g_menuCanBeMade = true;
         g_clickedAgainMeanwhile = false;
+        g_switchedOnMeanwhile = false;
     }
 
     // The record of a right click, without the items.
@@ -163,6 +171,24 @@ TEST_F(TrayMenu, QuitDestroysTheWindowAndSavesNothing) {
     EXPECT_EQ(CallsOfChoosing(2),
               (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",
                           "post 500 0 0 0", "destroy window 500", "destroy menu 60"}));
+}
+
+TEST_F(TrayMenu, LaunchAtStartupIsReversedAndSavedButNeitherPopupNorTipIsRefreshed) {
+    EXPECT_EQ(CallsOfChoosing(1),
+              (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",
+                          "post 500 0 0 0", "set autostart on", "save settings", "destroy menu 60"}));
+    EXPECT_TRUE(g_app.launchAtStart);
+    g_calls.clear();
+    EXPECT_EQ(CallsOfChoosing(1),
+              (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",
+                          "post 500 0 0 0", "set autostart off", "save settings", "destroy menu 60"}));
+    EXPECT_FALSE(g_app.launchAtStart);
+}
+
+// A setting that changed while the menu was open, for example by the popup behind it.
+TEST_F(TrayMenu, WhatIsReversedIsTheSettingOfTheMomentOfTheChoice) {
+    g_switchedOnMeanwhile = true;
+    EXPECT_EQ(CallsOfChoosing(1).at(4), "set autostart off");
 }
 
 TEST_F(TrayMenu, LegacyModeIsToggledAndSavedButNeitherPopupNorTipIsRefreshed) {

@@ -5,12 +5,26 @@
 #include <algorithm>
 
 #include "app/app_state.h"
+#include "filter/cursor_tint.h"
 #include "filter/legacy_gamma.h"
 #include "filter/magnification.h"
 #include "store/settings.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 
+// Before the end is known, a handler that is still running could tint the cursors again.
+void ReleaseCursorCopies() {
+    Record(g_app.ending ? "release cursor copies" : "release cursor copies too early");
+}
+void TintSystemCursors() {
+    Record("tint cursors");
+}
+void RestoreSystemCursors() {
+    Record("restore cursors");
+}
+void ResetSystemCursors() {
+    Record("reset cursors");
+}
 void RestoreIdentityRamp() {
     Record("identity ramp");
 }
@@ -80,6 +94,7 @@ protected:
 
     // Fonts are 801 to 808.
     static void OwnEverything() {
+        g_app.filterOn = true;
         g_app.trayIconData.hWnd = kWindow;
         g_app.logoBitmap = MakeHandle<HBITMAP>(600);
         g_app.backgroundBrush = MakeHandle<HBRUSH>(700);
@@ -120,6 +135,7 @@ TEST_F(WindowLifetime, DestructionGivesEverythingBackInItsOrderAndSavesNothing) 
                            "kill timer 4",
                            "kill timer 5",
                            "kill timer 6",
+                           "release cursor copies",
                            "identity ramp",
                            "shut magnification down",
                            "tray icon delete of 500",
@@ -164,14 +180,16 @@ TEST_F(WindowLifetime, ASecondDestructionFreesNothingAgain) {
 
 TEST_F(WindowLifetime, WhatWasNeverMadeIsNotFreed) {
     OnDestroy();
-    EXPECT_EQ(g_calls, (CallRecord{"kill timer 4", "kill timer 5", "kill timer 6", "identity ramp",
-                                   "shut magnification down", "tray icon delete of 0", "quit 0"}));
+    EXPECT_EQ(g_calls,
+              (CallRecord{"kill timer 4", "kill timer 5", "kill timer 6", "release cursor copies",
+                          "identity ramp", "shut magnification down", "tray icon delete of 0", "quit 0"}));
 }
 
-TEST_F(WindowLifetime, TheEndOfTheSessionStopsWhatCouldUndoItAndRestoresTheRamp) {
+TEST_F(WindowLifetime, TheEndOfTheSessionStopsWhatCouldUndoItAndRestoresTheCursorsAndTheRamp) {
     OwnEverything();
     OnEndSession(true);
-    EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5", "identity ramp"}));
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5", "release cursor copies",
+                                   "identity ramp"}));
 }
 
 TEST_F(WindowLifetime, ASessionThatGoesOnChangesNothing) {
@@ -181,5 +199,6 @@ TEST_F(WindowLifetime, ASessionThatGoesOnChangesNothing) {
     OnEndSession(false);
     EXPECT_TRUE(g_calls.empty());
     EXPECT_TRUE(g_app.filterOn);
+    EXPECT_FALSE(g_app.ending);
     EXPECT_EQ(g_app.dragSlider, Slider::Brightness);
 }

@@ -10,6 +10,7 @@
 #include "app/refresh.h"
 #include "app/tray_events.h"
 #include "app/window_lifetime.h"
+#include "filter/gamma_fix.h"
 #include "store/settings.h"
 #include "support/call_record.h"
 #include "support/seam.h"
@@ -61,6 +62,9 @@ void OnTaskbarCreated() {
 }
 void OnTrayRetryTimer() {
     Record("tray retry");
+}
+void OnGammaFixTimer() {
+    Record("gamma fix");
 }
 void OnCreate(HWND window) {
     Record("create ", ValueOf(window));
@@ -264,7 +268,7 @@ TEST_F(WindowProc, PeriodicTimersRunOn) {
     EXPECT_EQ(Send(WM_TIMER, 6), 0);
     EXPECT_EQ(Send(WM_TIMER, 7), 0);
     EXPECT_EQ(Send(WM_TIMER, 8), 0);
-    EXPECT_EQ(g_calls, (CallRecord{"refresh", "auto hide", "tray retry"}));
+    EXPECT_EQ(g_calls, (CallRecord{"refresh", "auto hide", "tray retry", "gamma fix"}));
 }
 
 TEST_F(WindowProc, UnknownTimersAreIgnored) {

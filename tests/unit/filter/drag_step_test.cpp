@@ -1,5 +1,6 @@
 // One step of a slider drag, from the mouse message to the screen, through the program's real files: it calls
-// Windows for what it must and for nothing else, and it allocates nothing.
+// Windows for what it must and for nothing else, and it allocates nothing. What the cursors cost is measured
+// by their own tests; here it is seen when they are tinted and restored.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -7,127 +8,17 @@
 
 #include "app/app_state.h"
 #include "counted_allocations.h"
+#include "drag_platform.h"
 #include "filter/filter.h"
 #include "import_counter.h"
-#include "support/seam.h"
 #include "ui/popup_input.h"
-
-#include <magnification.h>
 
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-HWND const kWindow = reinterpret_cast<HWND>(0x1234);
-HDC const kContext = reinterpret_cast<HDC>(0xDC);
-constexpr int kMostSteps = 64;
-
-// The record of this test must not allocate either.
-const char* g_steps[kMostSteps];
-int g_stepCount = 0;
-
-struct Platform {
-    bool acceptsRamps = true;
-    bool readsBackRight = true;
-    DWORD matrixError = 0;
-    unsigned char ramp[1536] = {};
-};
-Platform g_platform;
-
-void Step(const char* name) {
-    if (g_stepCount < kMostSteps) g_steps[g_stepCount++] = name;
-}
-
-using CallRecord = std::vector<std::string>;
-
-CallRecord Steps() {
-    return {g_steps, g_steps + g_stepCount};
-}
-
-BOOL WINAPI FakeSetEffect(MAGCOLOREFFECT*) {
-    Step("matrix");
-    if (g_platform.matrixError == 0) return TRUE;
-    SetLastError(g_platform.matrixError);
-    return FALSE;
-}
-
-HDC WINAPI FakeGetDC(HWND) {
-    Step("get dc");
-    return kContext;
-}
-
-int WINAPI FakeReleaseDC(HWND, HDC) {
-    Step("release dc");
-    return 1;
-}
-
-BOOL WINAPI FakeSetDeviceGammaRamp(HDC, LPVOID ramp) {
-    Step("set ramp");
-    for (std::size_t i = 0; i < sizeof(g_platform.ramp); ++i)
-        g_platform.ramp[i] = static_cast<const unsigned char*>(ramp)[i];
-    return g_platform.acceptsRamps ? TRUE : FALSE;
-}
-
-BOOL WINAPI FakeGetDeviceGammaRamp(HDC, LPVOID ramp) {
-    Step("read ramp");
-    for (std::size_t i = 0; i < sizeof(g_platform.ramp); ++i) {
-        const unsigned char wrong = 0xFF;
-        static_cast<unsigned char*>(ramp)[i] = g_platform.readsBackRight ? g_platform.ramp[i] : wrong;
-    }
-    return TRUE;
-}
-
-BOOL WINAPI FakeInvalidateRect(HWND window, const RECT* area, BOOL erase) {
-    Step(window == kWindow && area == nullptr && erase == FALSE ? "invalidate" : "invalidate otherwise");
-    return TRUE;
-}
-
-HICON WINAPI FakeLoadIconW(HINSTANCE, LPCWSTR name) {
-    // 103 is the icon of the filter that is on.
-    Step(name == MAKEINTRESOURCEW(103) ? "load icon on" : "load icon off");
-    return reinterpret_cast<HICON>(0x1C0);
-}
-
-BOOL WINAPI FakeShellNotifyIconW(DWORD message, NOTIFYICONDATAW*) {
-    Step(message == NIM_MODIFY ? "modify tray icon" : "other tray call");
-    return TRUE;
-}
-
-HWND WINAPI FakeSetCapture(HWND) {
-    Step("capture");
-    return nullptr;
-}
-
-BOOL WINAPI FakeReleaseCapture() {
-    Step("release capture");
-    return TRUE;
-}
-
-UINT_PTR WINAPI FakeSetTimer(HWND, UINT_PTR id, UINT period, TIMERPROC) {
-    Step(id == 1 && period == 500 ? "set timer 1 500" : "set another timer");
-    return id;
-}
-
-BOOL WINAPI FakeKillTimer(HWND, UINT_PTR id) {
-    Step(id == 1 ? "kill timer 1" : "kill another timer");
-    return TRUE;
-}
-
-BOOL WINAPI FakePostMessageW(HWND, UINT, WPARAM, LPARAM) {
-    Step("post");
-    return TRUE;
-}
-
-BOOL WINAPI FakeWritePrivateProfileStringW(LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR) {
-    Step("write settings");
-    return TRUE;
-}
-
-int WINAPI FakeMessageBoxW(HWND, LPCWSTR, LPCWSTR, UINT) {
-    Step("box");
-    return IDOK;
-}
+const CallRecord kRampAndTint = {"get dc", "set ramp", "read ramp", "release dc", "tint cursors"};
 
 constexpr int kWarmthX = 80;
 constexpr int kBrightnessX = 240;
@@ -137,9 +28,9 @@ class DragStep : public testing::Test {
 protected:
     void SetUp() override {
         g_app = AppState{};
-        g_platform = Platform{};
+        g_platform = DragPlatform{};
         ForgetSteps();
-        g_app.mainWindow = kWindow;
+        g_app.mainWindow = DraggedWindow();
         g_app.settingsPath = L"C:\\settings.ini";
         g_app.filterOn = true;
         g_app.intensity = 0.5;
@@ -151,8 +42,6 @@ protected:
         OnMouseDown(x, kPressY);
         ForgetSteps();
     }
-
-    void ForgetSteps() { g_stepCount = 0; }
 
     // Moves the pressed mouse and counts what that costs.
     void MoveTo(int y) {
@@ -181,25 +70,27 @@ protected:
         return first;
     }
 
+    // A refresh for the banner, and then the tint.
+    static CallRecord FirstRefusal() {
+        CallRecord steps = Refreshed({"get dc", "set ramp", "release dc"});
+        steps.push_back("tint cursors");
+        return steps;
+    }
+
+    // The drag step that falls back to Legacy Mode.
+    static CallRecord FallenBack(const CallRecord& ramp) {
+        CallRecord steps = {"matrix", "restore cursors"};
+        steps.insert(steps.end(), 8, "write settings");
+        steps.insert(steps.end(), ramp.begin(), ramp.end());
+        steps = Refreshed(steps);
+        steps.push_back("post");
+        return Refreshed(steps);
+    }
+
     ImportCounter counter_;
 };
 
 }  // namespace
-
-AMBREL_SEAM(GetDC, FakeGetDC);
-AMBREL_SEAM(ReleaseDC, FakeReleaseDC);
-AMBREL_SEAM(SetDeviceGammaRamp, FakeSetDeviceGammaRamp);
-AMBREL_SEAM(GetDeviceGammaRamp, FakeGetDeviceGammaRamp);
-AMBREL_SEAM(InvalidateRect, FakeInvalidateRect);
-AMBREL_SEAM(LoadIconW, FakeLoadIconW);
-AMBREL_SEAM(Shell_NotifyIconW, FakeShellNotifyIconW);
-AMBREL_SEAM(SetCapture, FakeSetCapture);
-AMBREL_SEAM(ReleaseCapture, FakeReleaseCapture);
-AMBREL_SEAM(SetTimer, FakeSetTimer);
-AMBREL_SEAM(KillTimer, FakeKillTimer);
-AMBREL_SEAM(PostMessageW, FakePostMessageW);
-AMBREL_SEAM(MessageBoxW, FakeMessageBoxW);
-AMBREL_SEAM(WritePrivateProfileStringW, FakeWritePrivateProfileStringW);
 
 TEST_F(DragStep, TheCounterSeesAnyCallAndAnyAllocation) {
     EXPECT_GT(counter_.Watched(), 50U);
@@ -219,21 +110,21 @@ TEST_F(DragStep, TheCounterSeesAnyCallAndAnyAllocation) {
     EXPECT_EQ(calls["GetDoubleClickTime"], 1);
 }
 
-TEST_F(DragStep, InMagnificationModeSetsOneMatrixAndRefreshesOnce) {
+TEST_F(DragStep, InMagnificationModeSetsOneMatrixTintsTheCursorsAndRefreshesOnce) {
     Press(kWarmthX);
     for (const int y : {199, 150, 120, 260}) {
         MoveTo(y);
-        EXPECT_EQ(Steps(), Refreshed({"matrix"}));
+        EXPECT_EQ(Steps(), Refreshed({"matrix", "tint cursors"}));
         EXPECT_DOUBLE_EQ(g_app.intensity, 0.5 + (200 - y) / 198.0);
     }
 }
 
-TEST_F(DragStep, InLegacyModeSetsAndReadsOneRampOnOneContextAndRefreshesOnce) {
+TEST_F(DragStep, InLegacyModeSetsAndReadsOneRampOnOneContextTintsTheCursorsAndRefreshesOnce) {
     g_app.useLegacyGamma = true;
     Press(kWarmthX);
     for (const int y : {199, 150, 120, 260}) {
         MoveTo(y);
-        EXPECT_EQ(Steps(), Refreshed({"get dc", "set ramp", "read ramp", "release dc"}));
+        EXPECT_EQ(Steps(), Refreshed(kRampAndTint));
     }
 }
 
@@ -241,19 +132,19 @@ TEST_F(DragStep, OfTheBrightnessCostsTheSame) {
     g_app.brightness = 0.6;
     Press(kBrightnessX);
     MoveTo(210);
-    EXPECT_EQ(Steps(), Refreshed({"matrix"}));
+    EXPECT_EQ(Steps(), Refreshed({"matrix", "tint cursors"}));
     EXPECT_DOUBLE_EQ(g_app.brightness, 0.6 - 10 / 198.0);
     EXPECT_EQ(g_app.intensity, 0.5);
     g_app.useLegacyGamma = true;
     MoveTo(220);
-    EXPECT_EQ(Steps(), Refreshed({"get dc", "set ramp", "read ramp", "release dc"}));
+    EXPECT_EQ(Steps(), Refreshed(kRampAndTint));
 }
 
 TEST_F(DragStep, AtTheEndOfTheTravelCostsTheSame) {
     Press(kWarmthX);
     for (const int y : {-500, -501, 900}) {
         MoveTo(y);
-        EXPECT_EQ(Steps(), Refreshed({"matrix"}));
+        EXPECT_EQ(Steps(), Refreshed({"matrix", "tint cursors"}));
         EXPECT_EQ(g_app.intensity, y < 0 ? 1.0 : 0.0);
     }
 }
@@ -264,7 +155,7 @@ TEST_F(DragStep, WithAReadBackThatIsForgivenCostsTheSame) {
     Press(kWarmthX);
     for (const int y : {199, 198}) {
         MoveTo(y);
-        EXPECT_EQ(Steps(), Refreshed({"get dc", "set ramp", "read ramp", "release dc"}));
+        EXPECT_EQ(Steps(), Refreshed(kRampAndTint));
     }
     EXPECT_EQ(g_app.readBackMismatchStreak, 2);
 }
@@ -276,7 +167,7 @@ TEST_F(DragStep, WithRampsThatGoOnBeingRefusedLogsAndAllocatesNothing) {
     Press(kWarmthX);
     for (const int y : {199, 150, 120}) {
         MoveTo(y);
-        EXPECT_EQ(Steps(), Refreshed({"get dc", "set ramp", "release dc"}));
+        EXPECT_EQ(Steps(), Refreshed({"get dc", "set ramp", "release dc", "tint cursors"}));
     }
     EXPECT_EQ(g_app.rampsRejected, 3);
 }
@@ -285,11 +176,12 @@ TEST_F(DragStep, WithTheFilterOffSetsTheIdentityOfThePipelineInUse) {
     g_app.filterOn = false;
     Press(kWarmthX);
     MoveTo(190);
-    EXPECT_THAT(Steps(), ElementsAre("matrix", "invalidate", "load icon off", "modify tray icon"));
+    EXPECT_THAT(Steps(),
+                ElementsAre("restore cursors", "matrix", "invalidate", "load icon off", "modify tray icon"));
     g_app.useLegacyGamma = true;
     MoveTo(180);
-    EXPECT_THAT(Steps(), ElementsAre("get dc", "set ramp", "release dc", "invalidate", "load icon off",
-                                     "modify tray icon"));
+    EXPECT_THAT(Steps(), ElementsAre("restore cursors", "restore cursors", "get dc", "set ramp", "release dc",
+                                     "invalidate", "load icon off", "modify tray icon"));
 }
 
 TEST_F(DragStep, WithoutAnyPipelineOnlyRefreshes) {
@@ -299,7 +191,7 @@ TEST_F(DragStep, WithoutAnyPipelineOnlyRefreshes) {
     EXPECT_EQ(Steps(), Refreshed({}));
 }
 
-TEST_F(DragStep, ApplyingAloneCallsNothingButThePipeline) {
+TEST_F(DragStep, ApplyingAloneCallsNothingButThePipelineAndTheCursors) {
     const int before = AllocationsSoFar();
     counter_.Start();
     ApplyFilter();
@@ -309,8 +201,9 @@ TEST_F(DragStep, ApplyingAloneCallsNothingButThePipeline) {
     ApplyFilter();
     counter_.Stop();
     EXPECT_EQ(AllocationsSoFar(), before);
-    EXPECT_THAT(Steps(), ElementsAre("matrix", "get dc", "set ramp", "read ramp", "release dc", "get dc",
-                                     "set ramp", "release dc"));
+    EXPECT_THAT(Steps(), ElementsAre("matrix", "tint cursors", "get dc", "set ramp", "read ramp",
+                                     "release dc", "tint cursors", "restore cursors", "restore cursors",
+                                     "get dc", "set ramp", "release dc"));
     auto calls = counter_.Calls();
     for (const char* harmless : {"memset", "memcpy", "memmove"})
         calls.erase(harmless);
@@ -341,15 +234,15 @@ TEST_F(DragStep, TheFirstRefusedRampRefreshesForTheBannerAndForTheStep) {
     g_platform.acceptsRamps = false;
     Press(kWarmthX);
     OnMouseMove(kWarmthX, 190);
-    EXPECT_EQ(Steps(), Refreshed(Refreshed({"get dc", "set ramp", "release dc"})));
+    EXPECT_EQ(Steps(), Refreshed(FirstRefusal()));
 }
 
-TEST_F(DragStep, WithoutAWindowARefusedRampIsCountedAndNothingIsRefreshed) {
+TEST_F(DragStep, WithoutAWindowARefusedRampIsCountedTheCursorsAreTintedAndNothingIsRefreshed) {
     g_app.mainWindow = nullptr;
     g_app.useLegacyGamma = true;
     g_platform.acceptsRamps = false;
     ApplyFilter();
-    EXPECT_THAT(Steps(), ElementsAre("get dc", "set ramp", "release dc"));
+    EXPECT_THAT(Steps(), ElementsAre("get dc", "set ramp", "release dc", "tint cursors"));
     EXPECT_TRUE(g_app.lastApplyRejected);
 }
 
@@ -357,16 +250,11 @@ TEST_F(DragStep, TheSecondError87OfADragSavesAppliesTheRampRefreshesAndPosts) {
     g_platform.matrixError = 87;
     Press(kWarmthX);
     OnMouseMove(kWarmthX, 190);
-    EXPECT_EQ(Steps(), Refreshed({"matrix"}));
+    EXPECT_EQ(Steps(), Refreshed({"matrix", "restore cursors"}));
 
     ForgetSteps();
     OnMouseMove(kWarmthX, 180);
-    CallRecord expected = {"matrix"};
-    expected.insert(expected.end(), 8, "write settings");
-    expected.insert(expected.end(), {"get dc", "set ramp", "read ramp", "release dc"});
-    expected = Refreshed(expected);
-    expected.push_back("post");
-    EXPECT_EQ(Steps(), Refreshed(expected));
+    EXPECT_EQ(Steps(), FallenBack(kRampAndTint));
     EXPECT_EQ(g_app.dragSlider, Slider::Warmth);
 }
 
@@ -376,12 +264,7 @@ TEST_F(DragStep, AFallbackWhoseRampIsRefusedTooShowsTheBannerBeforeItsOwnRefresh
     g_app.consecutiveError87 = 1;
     Press(kWarmthX);
     OnMouseMove(kWarmthX, 190);
-    CallRecord expected = {"matrix"};
-    expected.insert(expected.end(), 8, "write settings");
-    expected.insert(expected.end(), {"get dc", "set ramp", "release dc"});
-    expected = Refreshed(Refreshed(expected));
-    expected.push_back("post");
-    EXPECT_EQ(Steps(), Refreshed(expected));
+    EXPECT_EQ(Steps(), FallenBack(FirstRefusal()));
     EXPECT_TRUE(g_app.useLegacyGamma);
     EXPECT_TRUE(g_app.lastApplyRejected);
 }

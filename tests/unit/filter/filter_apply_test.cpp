@@ -49,6 +49,10 @@ std::string FailurePost(DWORD error) {
 const std::string kFirst87 = "log: MagSetFullscreenColorEffect error 87 (1/2 before fallback)";
 const std::string kFallback = "log: Auto-fallback to Legacy Mode after 2 consecutive error 87s";
 
+// What follows an accepted matrix and a refused one, before anything else.
+const std::string kTint = "tint cursors";
+const std::string kRestore = "restore cursors";
+
 class FilterApply : public testing::Test {
 protected:
     void SetUp() override {
@@ -82,18 +86,25 @@ protected:
 
 AMBREL_SEAM(PostMessageW, FakePostMessageW);
 
-TEST_F(FilterApply, SetsOneMatrixAndDoesNothingElse) {
+TEST_F(FilterApply, SetsOneMatrixTintsTheCursorsAndDoesNothingElse) {
     ApplyFilter();
-    EXPECT_THAT(g_calls, ElementsAre("matrix"));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kTint));
+}
+
+TEST_F(FilterApply, EverySuccessfulMatrixIsFollowedByATint) {
+    ApplyWith({0, 87, 0, 5, 0, 0});
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kTint, "matrix", kRestore, kFirst87, "matrix", kTint, "matrix",
+                                     kRestore, FailurePost(5), "matrix", kTint, "matrix", kTint));
 }
 
 TEST_F(FilterApply, NeutralSettingsSetTheIdentityMatrix) {
     g_app.intensity = 0.0;
     g_app.brightness = 1.0;
     ApplyFilter();
-    EXPECT_THAT(g_calls, ElementsAre("identity matrix"));
+    EXPECT_THAT(g_calls, ElementsAre("identity matrix", kTint));
 }
 
+// The ramp's own file tints after it.
 TEST_F(FilterApply, InLegacyModeOnlyTheRampIsApplied) {
     g_app.useLegacyGamma = true;
     ApplyFilter();
@@ -105,10 +116,18 @@ TEST_F(FilterApply, WithTheFilterOffTheEffectIsTakenOffThePipelineInUse) {
     ApplyFilter();
     g_app.useLegacyGamma = true;
     ApplyFilter();
-    EXPECT_THAT(g_calls, ElementsAre("identity matrix", "identity ramp legacy=1"));
+    EXPECT_THAT(g_calls, ElementsAre(kRestore, "identity matrix", kRestore, "identity ramp legacy=1"));
 }
 
-TEST_F(FilterApply, ClearingTakesTheEffectOffThePipelineInUseWhetherTheFilterIsOnOrOff) {
+TEST_F(FilterApply, AtTheProgramsEndTheEffectIsTakenOffAlthoughTheFilterIsOn) {
+    g_app.ending = true;
+    ApplyFilter();
+    g_app.useLegacyGamma = true;
+    ApplyFilter();
+    EXPECT_THAT(g_calls, ElementsAre(kRestore, "identity matrix", kRestore, "identity ramp legacy=1"));
+}
+
+TEST_F(FilterApply, ClearingRestoresTheCursorsAndThenThePipelineInUseWhetherTheFilterIsOnOrOff) {
     for (const bool on : {true, false}) {
         g_app.filterOn = on;
         g_app.useLegacyGamma = false;
@@ -116,31 +135,36 @@ TEST_F(FilterApply, ClearingTakesTheEffectOffThePipelineInUseWhetherTheFilterIsO
         g_app.useLegacyGamma = true;
         ClearFilter();
     }
-    EXPECT_THAT(g_calls, ElementsAre("identity matrix", "identity ramp legacy=1", "identity matrix",
-                                     "identity ramp legacy=1"));
+    EXPECT_THAT(g_calls, ElementsAre(kRestore, "identity matrix", kRestore, "identity ramp legacy=1",
+                                     kRestore, "identity matrix", kRestore, "identity ramp legacy=1"));
 }
 
 TEST_F(FilterApply, WithoutAnInitialisedApiNothingIsDoneAndNothingIsInitialised) {
     g_app.magnificationReady = false;
     ApplyFilter();
-    ClearFilter();
     g_app = AppState{};
     g_app.filterOn = true;
     ApplyFilter();
-    ClearFilter();
     EXPECT_THAT(g_calls, IsEmpty());
 }
 
 TEST_F(FilterApply, WithoutTheMatrixCallNothingIsDone) {
     g_app.magSetFullscreenColorEffect = nullptr;
     ApplyFilter();
-    ClearFilter();
     EXPECT_THAT(g_calls, IsEmpty());
+}
+
+TEST_F(FilterApply, ClearingWithoutAUsableApiStillRestoresTheCursors) {
+    g_app.magSetFullscreenColorEffect = nullptr;
+    ClearFilter();
+    g_app.magnificationReady = false;
+    ClearFilter();
+    EXPECT_THAT(g_calls, ElementsAre(kRestore, kRestore));
 }
 
 TEST_F(FilterApply, OneError87IsLoggedAndForgiven) {
     ApplyWith({87});
-    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87));
     EXPECT_EQ(g_app.consecutiveError87, 1);
     EXPECT_FALSE(g_app.useLegacyGamma);
 }
@@ -149,13 +173,13 @@ TEST_F(FilterApply, ASuccessAfterAnError87ForgetsIt) {
     ApplyWith({87, 0});
     EXPECT_EQ(g_app.consecutiveError87, 0);
     EXPECT_FALSE(g_app.useLegacyGamma);
-    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix"));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87, "matrix", kTint));
 }
 
 TEST_F(FilterApply, ASecondError87InARowSwitchesToLegacyMode) {
     ApplyWith({87, 87});
-    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix", kFallback, "save legacy=1 auto=1 count=0",
-                                     "ramp legacy=1", "refresh", kNotice));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87, "matrix", kRestore, kFallback,
+                                     "save legacy=1 auto=1 count=0", "ramp legacy=1", "refresh", kNotice));
     EXPECT_TRUE(g_app.useLegacyGamma);
     EXPECT_TRUE(g_app.legacyModeAutoSet);
     EXPECT_FALSE(g_app.fallbackSuppressed);
@@ -167,9 +191,9 @@ TEST_F(FilterApply, Error87ForEverSwitchesOnceAndThenTheMatrixIsLeftAlone) {
     g_magnification.laterEffectErrors = 87;
     for (int i = 0; i < 6; ++i)
         ApplyFilter();
-    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix", kFallback, "save legacy=1 auto=1 count=0",
-                                     "ramp legacy=1", "refresh", kNotice, "ramp legacy=1", "ramp legacy=1",
-                                     "ramp legacy=1", "ramp legacy=1"));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87, "matrix", kRestore, kFallback,
+                                     "save legacy=1 auto=1 count=0", "ramp legacy=1", "refresh", kNotice,
+                                     "ramp legacy=1", "ramp legacy=1", "ramp legacy=1", "ramp legacy=1"));
 }
 
 TEST_F(FilterApply, TheFallbackLeavesTheApiLoadedAndInitialised) {
@@ -189,7 +213,8 @@ TEST_F(FilterApply, ASuccessBetweenTwoErrors87KeepsThePipeline) {
 
 TEST_F(FilterApply, AnotherErrorBetweenTwoErrors87KeepsThePipeline) {
     ApplyWith({87, 5, 87});
-    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix", FailurePost(5), "matrix", kFirst87));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87, "matrix", kRestore, FailurePost(5),
+                                     "matrix", kRestore, kFirst87));
     EXPECT_FALSE(g_app.useLegacyGamma);
     EXPECT_EQ(g_app.consecutiveError87, 1);
 }
@@ -198,7 +223,7 @@ TEST_F(FilterApply, AnotherErrorResetsTheCountEvenWhenItIsNotShownAnyMore) {
     g_app.failureNoticeShown = true;
     ApplyWith({87, 5});
     EXPECT_EQ(g_app.consecutiveError87, 0);
-    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix"));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87, "matrix", kRestore));
 }
 
 TEST_F(FilterApply, ClearingTheFilterDoesNotForgetAnError87) {
@@ -214,7 +239,8 @@ TEST_F(FilterApply, ClearingTheFilterDoesNotForgetAnError87) {
 TEST_F(FilterApply, ARefusedIdentityMatrixCountsForNothing) {
     g_app.filterOn = false;
     ApplyWith({87, 87, 5});
-    EXPECT_THAT(g_calls, ElementsAre("identity matrix", "identity matrix", "identity matrix"));
+    EXPECT_THAT(g_calls, ElementsAre(kRestore, "identity matrix", kRestore, "identity matrix", kRestore,
+                                     "identity matrix"));
     EXPECT_EQ(g_app.consecutiveError87, 0);
     EXPECT_FALSE(g_app.failureNoticeShown);
 }
@@ -222,41 +248,45 @@ TEST_F(FilterApply, ARefusedIdentityMatrixCountsForNothing) {
 TEST_F(FilterApply, AFallbackThatWasToldInAnEarlierRunShowsNoNotice) {
     g_app.legacyModeAutoSet = true;
     ApplyWith({87, 87});
-    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix", kFallback, "save legacy=1 auto=1 count=0",
-                                     "ramp legacy=1", "refresh"));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87, "matrix", kRestore, kFallback,
+                                     "save legacy=1 auto=1 count=0", "ramp legacy=1", "refresh"));
 }
 
 TEST_F(FilterApply, WithoutAWindowTheFallbackIsMadeAndPostsNothing) {
     g_app.mainWindow = nullptr;
     ApplyWith({87, 87});
-    EXPECT_THAT(g_calls, ElementsAre("matrix", kFirst87, "matrix", kFallback, "save legacy=1 auto=1 count=0",
-                                     "ramp legacy=1", "refresh"));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87, "matrix", kRestore, kFallback,
+                                     "save legacy=1 auto=1 count=0", "ramp legacy=1", "refresh"));
 }
 
 TEST_F(FilterApply, AnotherErrorIsPostedWithItsCodeOnceARun) {
     ApplyWith({5, 5, 1400, 31});
-    EXPECT_THAT(g_calls, ElementsAre("matrix", FailurePost(5), "matrix", "matrix", "matrix"));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, FailurePost(5), "matrix", kRestore, "matrix",
+                                     kRestore, "matrix", kRestore));
     EXPECT_TRUE(g_app.failureNoticeShown);
     EXPECT_FALSE(g_app.useLegacyGamma);
 }
 
 TEST_F(FilterApply, ASuccessBetweenDoesNotShowTheFailureAgain) {
     ApplyWith({1400, 0, 1400});
-    EXPECT_THAT(g_calls, ElementsAre("matrix", FailurePost(1400), "matrix", "matrix"));
+    EXPECT_THAT(g_calls,
+                ElementsAre("matrix", kRestore, FailurePost(1400), "matrix", kTint, "matrix", kRestore));
 }
 
 TEST_F(FilterApply, ErrorCodesArePostedWholeAndUnsigned) {
     ApplyWith({0x8007000E});
-    EXPECT_THAT(g_calls, ElementsAre("matrix", FailurePost(2147942414U)));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, FailurePost(2147942414U)));
 }
 
 TEST_F(FilterApply, WithoutAWindowTheFailureCountsAsShownAndIsNotPosted) {
     g_app.mainWindow = nullptr;
     ApplyWith({5});
-    EXPECT_THAT(g_calls, ElementsAre("matrix"));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore));
     EXPECT_TRUE(g_app.failureNoticeShown);
     g_app.mainWindow = kWindow;
-    EXPECT_EQ(CallsOfOneApply(), CallRecord{"matrix"});
+    EXPECT_EQ(CallsOfOneApply(), (CallRecord{"matrix", kTint}));
+    g_magnification.effectErrors = {5};
+    EXPECT_EQ(CallsOfOneApply(), (CallRecord{"matrix", kRestore}));
 }
 
 TEST_F(FilterApply, WhileTheFallbackIsSuppressedError87IsAFailureLikeAnyOther) {
@@ -264,7 +294,8 @@ TEST_F(FilterApply, WhileTheFallbackIsSuppressedError87IsAFailureLikeAnyOther) {
     g_magnification.laterEffectErrors = 87;
     for (int i = 0; i < 5; ++i)
         ApplyFilter();
-    EXPECT_THAT(g_calls, ElementsAre("matrix", FailurePost(87), "matrix", "matrix", "matrix", "matrix"));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, FailurePost(87), "matrix", kRestore, "matrix",
+                                     kRestore, "matrix", kRestore, "matrix", kRestore));
     EXPECT_FALSE(g_app.useLegacyGamma);
     EXPECT_FALSE(g_app.legacyModeAutoSet);
     EXPECT_EQ(g_app.consecutiveError87, 0);
@@ -275,6 +306,6 @@ TEST_F(FilterApply, ASuppressedError87AfterTheFailureBoxShowsNothing) {
     g_app.fallbackSuppressed = true;
     g_app.consecutiveError87 = 1;
     g_magnification.effectErrors = {87};
-    EXPECT_EQ(CallsOfOneApply(), CallRecord{"matrix"});
+    EXPECT_EQ(CallsOfOneApply(), (CallRecord{"matrix", kRestore}));
     EXPECT_EQ(g_app.consecutiveError87, 0);
 }

@@ -59,11 +59,11 @@ class FilterPresets : public FilterToggle {};
 
 AMBREL_SEAM(PostMessageW, FakePostMessageW);
 
-TEST_F(FilterToggle, SwitchingOnClearsTheMatrixThenAppliesTheRamp) {
+TEST_F(FilterToggle, SwitchingOnClearsCursorsAndMatrixThenAppliesTheRamp) {
     PutFakeMagnificationInPlace();
     g_app.filterOn = true;
     ToggleLegacyMode();
-    EXPECT_THAT(g_calls, ElementsAre("identity matrix", "ramp legacy=1"));
+    EXPECT_THAT(g_calls, ElementsAre("restore cursors", "identity matrix", "ramp legacy=1"));
     EXPECT_TRUE(g_app.useLegacyGamma);
     EXPECT_TRUE(g_app.magnificationReady);
 }
@@ -95,9 +95,10 @@ TEST_F(FilterToggle, SwitchingOffRestoresTheRampWhileStillInLegacyModeThenLoadsA
     g_app.useLegacyGamma = true;
     g_app.filterOn = true;
     ToggleLegacyMode();
-    EXPECT_THAT(g_calls, ElementsAre("identity ramp legacy=1", "load Magnification.dll", "find MagInitialize",
-                                     "find MagUninitialize", "find MagSetFullscreenColorEffect",
-                                     "MagInitialize", "matrix"));
+    EXPECT_THAT(g_calls,
+                ElementsAre("restore cursors", "identity ramp legacy=1", "load Magnification.dll",
+                            "find MagInitialize", "find MagUninitialize", "find MagSetFullscreenColorEffect",
+                            "MagInitialize", "matrix", "tint cursors"));
     EXPECT_FALSE(g_app.useLegacyGamma);
 }
 
@@ -113,7 +114,7 @@ TEST_F(FilterToggle, SwitchingOffWithTheApiAtHandLoadsNothing) {
     g_app.useLegacyGamma = true;
     g_app.filterOn = true;
     ToggleLegacyMode();
-    EXPECT_THAT(g_calls, ElementsAre("identity ramp legacy=1", "matrix"));
+    EXPECT_THAT(g_calls, ElementsAre("restore cursors", "identity ramp legacy=1", "matrix", "tint cursors"));
 }
 
 TEST_F(FilterToggle, SwitchingOffWithTheFilterOffAndTheApiAtHandCallsNothing) {
@@ -147,7 +148,9 @@ TEST_F(FilterToggle, TheFallbackStaysSuppressedThroughLaterSwitching) {
     g_calls.clear();
     for (int i = 0; i < 4; ++i)
         ApplyFilter();
-    EXPECT_THAT(g_calls, ElementsAre("matrix", "post 32874 87", "matrix", "matrix", "matrix"));
+    EXPECT_THAT(g_calls,
+                ElementsAre("matrix", "restore cursors", "post 32874 87", "matrix", "restore cursors",
+                            "matrix", "restore cursors", "matrix", "restore cursors"));
     EXPECT_FALSE(g_app.useLegacyGamma);
 }
 
@@ -160,7 +163,7 @@ TEST_F(FilterToggle, LeavingAnAutomaticLegacyModeNeedsNoReload) {
     ASSERT_TRUE(g_app.useLegacyGamma);
     g_calls.clear();
     ToggleLegacyMode();
-    EXPECT_THAT(g_calls, ElementsAre("identity ramp legacy=1", "matrix"));
+    EXPECT_THAT(g_calls, ElementsAre("restore cursors", "identity ramp legacy=1", "matrix", "tint cursors"));
 }
 
 TEST_F(FilterToggle, WhenTheApiCannotBeLoadedTheBoxIsShownAndNothingIsApplied) {
@@ -170,7 +173,7 @@ TEST_F(FilterToggle, WhenTheApiCannotBeLoadedTheBoxIsShownAndNothingIsApplied) {
     ToggleLegacyMode();
     EXPECT_THAT(
         g_calls,
-        ElementsAre("identity ramp legacy=1", "load Magnification.dll",
+        ElementsAre("restore cursors", "identity ramp legacy=1", "load Magnification.dll",
                     "box owner=0 flags=16 [Ambrel] Failed to load Magnification.dll\nError code: 126"));
     EXPECT_FALSE(g_app.useLegacyGamma);
     EXPECT_TRUE(g_app.filterOn);
@@ -179,7 +182,7 @@ TEST_F(FilterToggle, WhenTheApiCannotBeLoadedTheBoxIsShownAndNothingIsApplied) {
 TEST_F(FilterToggle, WithoutTheApiSwitchingOnStillWorks) {
     g_app.filterOn = true;
     ToggleLegacyMode();
-    EXPECT_THAT(g_calls, ElementsAre("ramp legacy=1"));
+    EXPECT_THAT(g_calls, ElementsAre("restore cursors", "ramp legacy=1"));
 }
 
 TEST_F(FilterPresets, SetTheirPairTurnTheFilterOnApplyRefreshAndHaveItSavedSoon) {
@@ -189,7 +192,8 @@ TEST_F(FilterPresets, SetTheirPairTurnTheFilterOnApplyRefreshAndHaveItSavedSoon)
         g_calls.clear();
         ApplyPreset(preset);
         EXPECT_TRUE(g_app.filterOn);
-        EXPECT_THAT(g_calls, ElementsAre("matrix", "refresh", "kill timer 1", "set timer 1 500"));
+        EXPECT_THAT(g_calls,
+                    ElementsAre("matrix", "tint cursors", "refresh", "kill timer 1", "set timer 1 500"));
     }
 }
 
@@ -226,8 +230,8 @@ TEST_F(FilterPresets, PickedTwiceOnRefusingHardwareSwitchToLegacyMode) {
     EXPECT_THAT(g_calls, Not(Contains("save")));
     g_calls.clear();
     ApplyPreset(FilterPreset::Day);
-    EXPECT_THAT(g_calls,
-                ElementsAre("matrix", "log: Auto-fallback to Legacy Mode after 2 consecutive error 87s",
-                            "save", "ramp legacy=1", "refresh", "post 32872 0", "refresh", "kill timer 1",
-                            "set timer 1 500"));
+    EXPECT_THAT(g_calls, ElementsAre("matrix", "restore cursors",
+                                     "log: Auto-fallback to Legacy Mode after 2 consecutive error 87s",
+                                     "save", "ramp legacy=1", "refresh", "post 32872 0", "refresh",
+                                     "kill timer 1", "set timer 1 500"));
 }

@@ -27,9 +27,11 @@ BOOL WINAPI FakePostMessageW(HWND, UINT, WPARAM, LPARAM) {
     return TRUE;
 }
 
-const CallRecord kQuietApply = {"get dc", "set ramp", "read ramp", "release dc"};
-const CallRecord kQuietRefusal = {"get dc", "set ramp", "release dc"};
+const CallRecord kReadBack = {"get dc", "set ramp", "read ramp", "release dc"};
+const CallRecord kNotReadBack = {"get dc", "set ramp", "release dc"};
 const CallRecord kWithoutContext = {"get dc"};
+
+const std::string kRestore = "restore cursors";
 
 const std::string kValues = "(intensity=0.500 brightness=0.250)";
 const std::string kAcceptedAgain = "log: Legacy ramp accepted again " + kValues;
@@ -41,6 +43,11 @@ const std::string kPending = " (registry expanded - restart pending?)";
 CallRecord Followed(CallRecord first, const CallRecord& then) {
     first.insert(first.end(), then.begin(), then.end());
     return first;
+}
+
+// The cursors are tinted after everything else of an apply, whatever became of the ramp.
+CallRecord AnApply(const CallRecord& ramp, const CallRecord& shown = {}) {
+    return Followed(Followed(ramp, shown), {"tint cursors"});
 }
 
 class LegacyFate : public testing::Test {
@@ -93,16 +100,16 @@ protected:
 AMBREL_SEAM(MessageBoxW, FakeMessageBoxW);
 AMBREL_SEAM(PostMessageW, FakePostMessageW);
 
-TEST_F(LegacyFate, AnAcceptedRampTakesOneContextAndLogsAndShowsNothing) {
-    EXPECT_EQ(CallsOfOneApply(), kQuietApply);
+TEST_F(LegacyFate, AnAcceptedRampTakesOneContextTintsTheCursorsAndLogsAndShowsNothing) {
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
     ExpectCounts(1, 0, 0);
     EXPECT_FALSE(g_app.lastApplyRejected);
     EXPECT_TRUE(g_screen.handedZeroesToRead);
 }
 
-TEST_F(LegacyFate, ARefusedRampIsNotReadBackAndIsLoggedAndShown) {
+TEST_F(LegacyFate, ARefusedRampIsNotReadBackAndIsLoggedAndShownAndTheCursorsAreTinted) {
     g_screen.acceptsRamps = false;
-    EXPECT_EQ(CallsOfOneApply(), Followed(kQuietRefusal, {kRefused, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kNotReadBack, {kRefused, "refresh"}));
     ExpectCounts(0, 1, 0);
     EXPECT_TRUE(g_app.lastApplyRejected);
 }
@@ -110,20 +117,20 @@ TEST_F(LegacyFate, ARefusedRampIsNotReadBackAndIsLoggedAndShown) {
 TEST_F(LegacyFate, ARefusalAfterTheRangeWasExpandedSaysThatARestartMayBePending) {
     g_app.gammaRangeExpanded = true;
     g_screen.acceptsRamps = false;
-    EXPECT_EQ(CallsOfOneApply(), Followed(kQuietRefusal, {kRefused + kPending, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kNotReadBack, {kRefused + kPending, "refresh"}));
 }
 
 TEST_F(LegacyFate, TwoWrongReadBacksAreForgivenAndTheThirdIsARejection) {
     g_screen.deviations = {{kBlue, 240, -2049}};
-    EXPECT_EQ(CallsOfOneApply(), kQuietApply);
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
     ExpectCounts(1, 0, 1);
-    EXPECT_EQ(CallsOfOneApply(), kQuietApply);
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
     ExpectCounts(2, 0, 2);
     EXPECT_FALSE(g_app.lastApplyRejected);
-    EXPECT_EQ(CallsOfOneApply(), Followed(kQuietApply, {kReadWrong, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack, {kReadWrong, "refresh"}));
     ExpectCounts(2, 1, 3);
     EXPECT_TRUE(g_app.lastApplyRejected);
-    EXPECT_EQ(CallsOfOneApply(), kQuietApply);
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
     ExpectCounts(2, 2, 4);
 }
 
@@ -131,7 +138,7 @@ TEST_F(LegacyFate, WrongReadBacksAfterTheRangeWasExpandedSayThatARestartMayBePen
     g_app.gammaRangeExpanded = true;
     g_app.readBackMismatchStreak = 2;
     g_screen.deviations = {{kRed, 16, 2049}};
-    EXPECT_EQ(CallsOfOneApply(), Followed(kQuietApply, {kReadWrong + kPending, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack, {kReadWrong + kPending, "refresh"}));
 }
 
 TEST_F(LegacyFate, ADifferenceOf2048StillMatchesAndOf2049DoesNotEitherWay) {
@@ -199,7 +206,7 @@ TEST_F(LegacyFate, AFailedReadBackCountsAsAMatchAndEndsTheStreak) {
     ReadWrong();
     ReadWrong();
     g_screen.canBeRead = false;
-    EXPECT_EQ(CallsOfOneApply(), kQuietApply);
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
     ExpectCounts(3, 0, 0);
     g_screen.canBeRead = true;
     ReadWrong();
@@ -210,14 +217,14 @@ TEST_F(LegacyFate, WithoutAContextTheApplyCountsAsAcceptedAndEndsTheStreak) {
     ReadWrong();
     ReadWrong();
     g_screen.givesContext = false;
-    EXPECT_EQ(CallsOfOneApply(), kWithoutContext);
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kWithoutContext));
     ExpectCounts(3, 0, 0);
 }
 
 TEST_F(LegacyFate, WithoutAContextARejectionIsTakenBack) {
     Refuse();
     g_screen.givesContext = false;
-    EXPECT_EQ(CallsOfOneApply(), Followed(kWithoutContext, {kAcceptedAgain, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kWithoutContext, {kAcceptedAgain, "refresh"}));
     EXPECT_FALSE(g_app.lastApplyRejected);
 }
 
@@ -233,7 +240,7 @@ TEST_F(LegacyFate, ARefusalLeavesTheStreakAsItIs) {
 TEST_F(LegacyFate, AfterARefusalAFirstWrongReadBackCountsAsAcceptedAgain) {
     Refuse();
     g_screen.deviations = {{kRed, 32, 5000}};
-    EXPECT_EQ(CallsOfOneApply(), Followed(kQuietApply, {kAcceptedAgain, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack, {kAcceptedAgain, "refresh"}));
     ExpectCounts(1, 1, 1);
     EXPECT_FALSE(g_app.lastApplyRejected);
 }
@@ -241,7 +248,7 @@ TEST_F(LegacyFate, AfterARefusalAFirstWrongReadBackCountsAsAcceptedAgain) {
 TEST_F(LegacyFate, AfterAStreakAMatchIsAcceptedAgainAndTheNextStreakNeedsThree) {
     for (int i = 0; i < 4; ++i)
         ReadWrong();
-    EXPECT_EQ(CallsOfOneApply(), Followed(kQuietApply, {kAcceptedAgain, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack, {kAcceptedAgain, "refresh"}));
     ExpectCounts(3, 2, 0);
     ReadWrong();
     ReadWrong();
@@ -256,15 +263,15 @@ TEST_F(LegacyFate, TenRejectionsInARowGiveOneLineAndTenCountsAndTheNextAcceptanc
     g_screen.acceptsRamps = false;
     for (int i = 0; i < 10; ++i) {
         ApplyLegacyRamp();
-        expected = Followed(expected, kQuietRefusal);
-        if (i == 0) expected = Followed(expected, {kRefused, "refresh"});
+        expected =
+            Followed(expected, i == 0 ? AnApply(kNotReadBack, {kRefused, "refresh"}) : AnApply(kNotReadBack));
     }
     EXPECT_EQ(g_calls, expected);
     ExpectCounts(0, 10, 0);
 
     g_screen.acceptsRamps = true;
-    EXPECT_EQ(CallsOfOneApply(), Followed(kQuietApply, {kAcceptedAgain, "refresh"}));
-    EXPECT_EQ(CallsOfOneApply(), kQuietApply);
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack, {kAcceptedAgain, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
     ExpectCounts(2, 10, 0);
 }
 
@@ -272,7 +279,7 @@ TEST_F(LegacyFate, ARejectionOfAnotherKindAfterTheFirstIsNotLogged) {
     g_app.readBackMismatchStreak = 2;
     Refuse();
     g_screen.deviations = {{kRed, 32, 5000}};
-    EXPECT_EQ(CallsOfOneApply(), kQuietApply);
+    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
     ExpectCounts(0, 2, 3);
 }
 
@@ -298,9 +305,9 @@ TEST_F(LegacyFate, CountersAndStreakOutliveTheFilterAndTheRestoringOfTheIdentity
     ExpectCounts(2, 2, 3);
 }
 
-TEST_F(LegacyFate, RestoringTheIdentityIsNeitherReadBackNorCounted) {
+TEST_F(LegacyFate, RestoringTheIdentityRestoresTheCursorsFirstAndIsNeitherReadBackNorCounted) {
     RestoreIdentityRamp();
-    EXPECT_THAT(g_calls, ElementsAre("get dc", "set ramp", "release dc"));
+    EXPECT_THAT(g_calls, ElementsAre(kRestore, "get dc", "set ramp", "release dc"));
     ExpectCounts(0, 0, 0);
 }
 
@@ -309,9 +316,15 @@ TEST_F(LegacyFate, ARefusedIdentityIsIgnored) {
     RestoreIdentityRamp();
     g_app.filterOn = false;
     ApplyLegacyRamp();
-    EXPECT_THAT(g_calls, ElementsAre("get dc", "set ramp", "release dc", "get dc", "set ramp", "release dc"));
+    EXPECT_THAT(g_calls, ElementsAre(kRestore, "get dc", "set ramp", "release dc", kRestore, "get dc",
+                                     "set ramp", "release dc"));
     ExpectCounts(0, 0, 0);
     EXPECT_FALSE(g_app.lastApplyRejected);
+}
+
+TEST_F(LegacyFate, WithTheFilterOffNothingIsTinted) {
+    g_app.filterOn = false;
+    EXPECT_EQ(CallsOfOneApply(), Followed({kRestore}, kNotReadBack));
 }
 
 TEST_F(LegacyFate, TheIdentityDoesNotTakeARejectionBack) {
@@ -320,11 +333,11 @@ TEST_F(LegacyFate, TheIdentityDoesNotTakeARejectionBack) {
     g_app.filterOn = false;
     ApplyLegacyRamp();
     EXPECT_TRUE(g_app.lastApplyRejected);
-    EXPECT_EQ(g_calls, kQuietRefusal);
+    EXPECT_EQ(g_calls, Followed({kRestore}, kNotReadBack));
 }
 
-TEST_F(LegacyFate, WithoutAContextTheIdentityIsNotSet) {
+TEST_F(LegacyFate, WithoutAContextTheCursorsAreRestoredAndTheIdentityIsNotSet) {
     g_screen.givesContext = false;
     RestoreIdentityRamp();
-    EXPECT_THAT(g_calls, ElementsAre("get dc"));
+    EXPECT_THAT(g_calls, ElementsAre(kRestore, "get dc"));
 }

@@ -5,27 +5,11 @@
 #include <cstdlib>
 
 #include "app/app_state.h"
-#include "expected_drawing.h"
-#include "panel_rendering.h"
+#include "panel_probe.h"
 
 namespace {
 
 constexpr std::uint32_t kBackground = 0x0D0D0D;
-
-// A picture that is asked in design units: the pixel in the middle of the unit.
-struct Panel1x {
-    Picture picture;
-    std::uint32_t dpi;
-
-    std::uint32_t At(int x, int y) const {
-        const auto middle = [&](int unit) { return (ScaledTo(dpi, unit) + ScaledTo(dpi, unit + 1)) / 2; };
-        return picture.At(middle(x), middle(y));
-    }
-};
-
-Panel1x Render(const char* state, std::uint32_t dpi) {
-    return {RenderPanel(StateNamed(state), dpi).picture, dpi};
-}
 
 int Channel(std::uint32_t colour, int shift) {
     return static_cast<int>((colour >> shift) & 0xFF);

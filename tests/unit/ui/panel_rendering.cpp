@@ -63,6 +63,13 @@ void Card(bool on, bool locked, int displays, int at100) {
     g_app.pwmTargetsAt100 = at100;
 }
 
+void Settings(bool on) {
+    g_app.panel = Panel::Settings;
+    g_app.launchAtStart = on;
+    g_app.allowExtremeDim = on;
+    g_app.useLegacyGamma = on;
+}
+
 void On(double intensity, double brightness) {
     g_app.filterOn = true;
     g_app.intensity = intensity;
@@ -91,6 +98,13 @@ const PanelState kPanelStates[] = {
     {"card_off_at_100", [] { Card(false, false, 2, 2); }},
     {"card_on_locked", [] { Card(true, true, 2, 2); }},
     {"card_on_waiting", [] { Card(true, false, 2, 1); }},
+    {"settings_off", [] { Settings(false); }},
+    {"settings_on", [] { Settings(true); }},
+    {"settings_copied",
+     [] {
+         Settings(false);
+         g_app.copiedUntil = UINT64_MAX;
+     }},
 };
 const std::size_t kPanelStateCount = std::size(kPanelStates);
 

@@ -3,10 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "app/app_state.h"
 #include "expected_drawing.h"
 #include "gdi_recorder.h"
 #include "ui/main_panel.h"
+#include "ui/settings_panel.h"
 
 namespace {
 
@@ -44,6 +47,9 @@ protected:
 
 void DrawMainPanel(HDC) {
     g_gdi.drawn.push_back("main panel");
+}
+void DrawSettingsPanel(HDC) {
+    g_gdi.drawn.push_back("settings panel");
 }
 
 TEST_F(PopupPainter, TheCanvasIsStretchedOverTheClientArea) {
@@ -86,4 +92,18 @@ TEST_F(PopupPainter, EveryPaintIsAWholeFrame) {
     g_gdi.drawn.clear();
     PaintPopup(kWindow);
     EXPECT_EQ(g_gdi.drawn, first);
+}
+
+TEST_F(PopupPainter, TheSettingsPanelTakesTheMainPanelsPlaceOnTheSameCanvas) {
+    PaintPopup(kWindow);
+    Drawing expected = g_gdi.drawn;
+    std::replace(expected.begin(), expected.end(), std::string("main panel"), std::string("settings panel"));
+    g_gdi.drawn.clear();
+    g_app.panel = Panel::Settings;
+    PaintPopup(kWindow);
+    EXPECT_EQ(g_gdi.drawn, expected);
+    g_gdi.drawn.clear();
+    g_app.panel = Panel::Main;
+    PaintRoot(ScreenContext());
+    EXPECT_EQ(g_gdi.drawn.back(), "main panel");
 }

@@ -1,0 +1,63 @@
+// The elevated run that lifts the gamma range limit: it is chosen by the command line, before anything else.
+#include <gtest/gtest.h>
+
+#include "app/app_state.h"
+#include "app/startup_fakes.h"
+
+namespace {
+
+class StartupHelper : public testing::Test {
+protected:
+    void SetUp() override { ResetSystem(); }
+
+    // What a start with this command line did; of an ordinary one only "ordinary start".
+    static CallRecord CallsOfStarting(const wchar_t* commandLine) {
+        ResetSystem();
+        Start(commandLine);
+        return CallsStarting("show window").empty() ? g_calls : CallRecord{"ordinary start"};
+    }
+};
+
+const CallRecord kHelperAlone = {"helper"};
+const CallRecord kOrdinary = {"ordinary start"};
+
+}  // namespace
+
+TEST_F(StartupHelper, TheSwitchRunsTheHelperAndNothingElse) {
+    EXPECT_EQ(CallsOfStarting(L"\"C:\\Tools\\ambrel.exe\" --expand-gamma-range"), kHelperAlone);
+    EXPECT_EQ(g_app.startTick, 0U);
+    EXPECT_EQ(g_app.instance, nullptr);
+    EXPECT_EQ(g_app.singleInstanceMutex, nullptr);
+    EXPECT_EQ(g_app.taskbarCreatedMessage, 0U);
+    EXPECT_TRUE(g_app.settingsPath.empty());
+}
+
+TEST_F(StartupHelper, TheHelpersResultIsTheExitCode) {
+    g_system.helperExitCode = 0;
+    EXPECT_EQ(Start(L"ambrel.exe --expand-gamma-range"), 0);
+    g_system.helperExitCode = 1;
+    EXPECT_EQ(Start(L"ambrel.exe --expand-gamma-range"), 1);
+}
+
+TEST_F(StartupHelper, ARunningFirstInstanceDoesNotKeepTheHelperFromItsWork) {
+    g_system.mutexError = ERROR_ALREADY_EXISTS;
+    g_system.firstInstancesWindow = MakeHandle<HWND>(321);
+    g_system.helperExitCode = 1;
+    EXPECT_EQ(Start(L"ambrel.exe --expand-gamma-range"), 1);
+    EXPECT_EQ(g_calls, kHelperAlone);
+}
+
+TEST_F(StartupHelper, TheSwitchCountsAnywhereInTheCommandLine) {
+    EXPECT_EQ(CallsOfStarting(L"--expand-gamma-range"), kHelperAlone);
+    EXPECT_EQ(CallsOfStarting(L"ambrel.exe /a --expand-gamma-range /b"), kHelperAlone);
+    EXPECT_EQ(CallsOfStarting(L"ambrel.exe \"x--expand-gamma-range=now\""), kHelperAlone);
+    EXPECT_EQ(CallsOfStarting(L"ambrel.exe --expand-gamma-ranges"), kHelperAlone);
+}
+
+TEST_F(StartupHelper, AnyOtherCommandLineStartsTheProgram) {
+    for (const wchar_t* commandLine :
+         {L"", L"ambrel.exe", L"ambrel.exe --EXPAND-GAMMA-RANGE", L"ambrel.exe -expand-gamma-range",
+          L"ambrel.exe --expand-gamma-rang", L"ambrel.exe --expand gamma range"}) {
+        EXPECT_EQ(CallsOfStarting(commandLine), kOrdinary) << testing::PrintToString(commandLine);
+    }
+}

@@ -1,0 +1,38 @@
+// Makes real cursors of given pixels and reads real cursors back. Takes part in no seam.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "win32/platform.h"
+
+// 0xAARRGGBB.
+using Argb = std::uint32_t;
+
+struct CursorPicture {
+    int width = 0;
+    int height = 0;
+    DWORD hotX = 0;
+    DWORD hotY = 0;
+    bool coloured = true;
+    std::vector<Argb> pixels;        // none of a monochrome cursor
+    std::vector<std::uint8_t> mask;  // 1: the screen shows through. Of a monochrome cursor first the AND and
+                                     // then the XOR half
+
+    Argb PixelAt(int x, int y) const;
+    bool MaskAt(int x, int y) const;
+};
+
+// A picture of one colour, opaque throughout.
+CursorPicture PlainPicture(int width, int height, Argb colour);
+
+// Null when Windows refuses.
+HCURSOR MakeCursor(const CursorPicture& picture);
+
+// Width 0 when the cursor cannot be read.
+CursorPicture ReadCursor(HCURSOR cursor);
+
+// What Windows draws of the cursor on nothing.
+std::vector<Argb> DrawnPixels(HCURSOR cursor, int width, int height);
+
+void DestroyMadeCursor(HCURSOR cursor);

@@ -1,0 +1,43 @@
+// Windows' cursors as the tests want them to be, for the table of sixteen: loading, copying, asking, setting
+// and destroying, and the building of one tinted copy. Each call leaves a line in the record.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "win32/platform.h"
+
+// In the order of the table.
+inline constexpr int kIds[] = {32512, 32513, 32514, 32515, 32516, 32640, 32641, 32642,
+                               32643, 32644, 32645, 32646, 32648, 32649, 32650, 32651};
+
+// Handles tell what they are: the shared cursor that LoadImageW gives for 32512 is 1032512, the one of
+// LoadCursorW 2032512, our copy of it 3032512 or, by CopyIcon, 4032512, and the tinted one 5032512.
+enum HandleKind : std::uintptr_t { kFromImage = 1, kFromCursor, kCopied, kIconCopied, kTinted };
+
+struct FakeCursors {
+    std::set<int> noImage;  // ids that LoadImageW fails on, and so on
+    std::set<int> noCursor;
+    std::set<int> noCopyImage;
+    std::set<int> noCopyIcon;
+    std::set<int> noInfo;
+    bool staleInfo = false;  // those leave handles behind of what they deleted themselves
+    std::set<int> monochrome;
+    std::set<int> withoutBitmaps;  // GetIconInfo succeeds and gives neither
+    std::set<int> notBuilt;
+    std::set<int> notSet;
+    std::multiset<std::uintptr_t> bitmaps;         // of GetIconInfo, not deleted yet
+    std::multiset<std::uintptr_t> cursors;         // copies and tinted ones that are ours to destroy
+    std::map<int, std::uintptr_t> inForce;         // what SetSystemCursor was given last
+    std::vector<std::pair<double, double>> built;  // intensity and brightness of each building
+};
+
+extern FakeCursors g_cursors;
+
+HCURSOR CursorHandle(HandleKind kind, int id);
+
+// Everything but the calls of asking, which tell nothing new.
+std::vector<std::string> CallsWithoutAsking();

@@ -1,0 +1,28 @@
+// What one drag step asks of Windows, kept without allocating: the test counts allocations.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "win32/platform.h"
+
+struct tagMAGCOLOREFFECT;
+
+struct DragPlatform {
+    bool acceptsRamps = true;
+    bool readsBackRight = true;
+    DWORD matrixError = 0;
+    unsigned char ramp[1536] = {};
+};
+
+extern DragPlatform g_platform;
+
+// The window that is to be refreshed.
+HWND DraggedWindow();
+
+BOOL WINAPI FakeSetEffect(tagMAGCOLOREFFECT* effect);
+
+using CallRecord = std::vector<std::string>;
+
+CallRecord Steps();
+void ForgetSteps();

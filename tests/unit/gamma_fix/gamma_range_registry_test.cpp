@@ -1,0 +1,172 @@
+// The gamma range limit in a registry as Windows keeps it.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "filter/gamma_range.h"
+#include "win32/platform.h"
+
+#include <sddl.h>
+
+namespace {
+
+constexpr wchar_t kKey[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM";
+constexpr wchar_t kValue[] = L"GdiIcmGammaRange";
+
+void Store(DWORD type, const void* data, DWORD size) {
+    ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, kValue, type, data, size), ERROR_SUCCESS);
+}
+
+void StoreNumber(DWORD number) {
+    Store(REG_DWORD, &number, sizeof(number));
+}
+
+struct Stored {
+    LSTATUS status;
+    DWORD type;
+    std::vector<BYTE> data;
+};
+
+Stored Read() {
+    Stored stored = {ERROR_SUCCESS, 0, std::vector<BYTE>(64)};
+    auto size = static_cast<DWORD>(stored.data.size());
+    stored.status = RegGetValueW(HKEY_LOCAL_MACHINE, kKey, kValue, RRF_RT_ANY | RRF_NOEXPAND, &stored.type,
+                                 stored.data.data(), &size);
+    stored.data.resize(stored.status == ERROR_SUCCESS ? size : 0);
+    return stored;
+}
+
+void ExpectStored256() {
+    const Stored stored = Read();
+    ASSERT_EQ(stored.status, ERROR_SUCCESS);
+    EXPECT_EQ(stored.type, 4U);
+    EXPECT_EQ(stored.data, (std::vector<BYTE>{0, 1, 0, 0}));
+}
+
+// The key with the access that a security descriptor in Windows' own notation gives.
+void GrantAccess(const wchar_t* descriptor) {
+    PSECURITY_DESCRIPTOR security = nullptr;
+    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(descriptor, SDDL_REVISION_1, &security,
+                                                                     nullptr));
+    HKEY icm = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, WRITE_DAC, &icm), ERROR_SUCCESS);
+    EXPECT_EQ(RegSetKeySecurity(icm, DACL_SECURITY_INFORMATION, security), ERROR_SUCCESS);
+    RegCloseKey(icm);
+    LocalFree(security);
+}
+
+// The key gives only some access while this lives.
+struct RestrictedKey {
+    explicit RestrictedKey(const wchar_t* descriptor) { GrantAccess(descriptor); }
+    ~RestrictedKey() { GrantAccess(L"D:P(A;;KA;;;WD)"); }
+    RestrictedKey(const RestrictedKey&) = delete;
+    RestrictedKey& operator=(const RestrictedKey&) = delete;
+};
+
+class GammaRangeRegistry : public testing::Test {
+protected:
+    void SetUp() override { RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, kValue); }
+    void TearDown() override { RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, kValue); }
+};
+
+}  // namespace
+
+TEST_F(GammaRangeRegistry, WithoutTheValueTheRangeIsWindowsDefault) {
+    EXPECT_EQ(Read().status, ERROR_FILE_NOT_FOUND);
+    EXPECT_FALSE(IsGammaRangeExpanded());
+}
+
+TEST_F(GammaRangeRegistry, WithoutTheKeyTheRangeIsWindowsDefault) {
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kKey);
+    HKEY icm = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, KEY_QUERY_VALUE, &icm), ERROR_FILE_NOT_FOUND);
+    EXPECT_FALSE(IsGammaRangeExpanded());
+}
+
+TEST_F(GammaRangeRegistry, NumbersCountFrom256On) {
+    for (const DWORD number : {DWORD{0}, DWORD{255}}) {
+        StoreNumber(number);
+        EXPECT_FALSE(IsGammaRangeExpanded()) << number;
+    }
+    for (const DWORD number : {DWORD{256}, DWORD{1024}, DWORD{0x80000000}, DWORD{0xFFFFFFFF}}) {
+        StoreNumber(number);
+        EXPECT_TRUE(IsGammaRangeExpanded()) << number;
+    }
+}
+
+TEST_F(GammaRangeRegistry, ATextCountsForNothing) {
+    Store(REG_SZ, L"256", 8);
+    EXPECT_FALSE(IsGammaRangeExpanded());
+    Store(REG_SZ, L"9", 4);
+    EXPECT_FALSE(IsGammaRangeExpanded()) << "four bytes, as a number has";
+    Store(REG_SZ, L"\x0100\x0100", 4);
+    EXPECT_FALSE(IsGammaRangeExpanded()) << "four bytes that would be a number large enough";
+}
+
+TEST_F(GammaRangeRegistry, FourBytesOfNoTypeCountForNothing) {
+    const BYTE bytes[] = {0, 1, 0, 0};
+    Store(REG_BINARY, bytes, sizeof(bytes));
+    EXPECT_FALSE(IsGammaRangeExpanded());
+    Store(REG_NONE, bytes, sizeof(bytes));
+    EXPECT_FALSE(IsGammaRangeExpanded());
+}
+
+TEST_F(GammaRangeRegistry, ANumberOfEightBytesCountsForNothing) {
+    const unsigned long long number = 256;
+    Store(REG_QWORD, &number, sizeof(number));
+    EXPECT_FALSE(IsGammaRangeExpanded());
+    Store(REG_DWORD, &number, sizeof(number));
+    EXPECT_FALSE(IsGammaRangeExpanded());
+}
+
+TEST_F(GammaRangeRegistry, ALiftedLimitIsTheNumber256AndReadsAsExpanded) {
+    EXPECT_TRUE(ExpandGammaRange());
+    ExpectStored256();
+    EXPECT_TRUE(IsGammaRangeExpanded());
+}
+
+TEST_F(GammaRangeRegistry, LiftingTheLimitMakesAMissingKey) {
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kKey);
+    EXPECT_TRUE(ExpandGammaRange());
+    ExpectStored256();
+    EXPECT_TRUE(IsGammaRangeExpanded());
+}
+
+TEST_F(GammaRangeRegistry, LiftingTheLimitReplacesWhateverWasThere) {
+    Store(REG_SZ, L"many", 10);
+    EXPECT_TRUE(ExpandGammaRange());
+    ExpectStored256();
+    StoreNumber(255);
+    EXPECT_TRUE(ExpandGammaRange());
+    ExpectStored256();
+    const unsigned long long number = 0xFFFFFFFFFF;
+    Store(REG_QWORD, &number, sizeof(number));
+    EXPECT_TRUE(ExpandGammaRange());
+    ExpectStored256();
+}
+
+TEST_F(GammaRangeRegistry, ReadingMakesNoKeyAndNoValue) {
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kKey);
+    IsGammaRangeExpanded();
+    HKEY icm = nullptr;
+    EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, KEY_QUERY_VALUE, &icm), ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(GammaRangeRegistry, AKeyThatIsReadOnlyRefusesTheLiftAndKeepsItsValue) {
+    StoreNumber(255);
+    const RestrictedKey readOnly(L"D:P(A;;KRWD;;;WD)");
+    EXPECT_FALSE(ExpandGammaRange());
+    const Stored stored = Read();
+    EXPECT_EQ(stored.type, 4U);
+    EXPECT_EQ(stored.data, (std::vector<BYTE>{255, 0, 0, 0}));
+    EXPECT_FALSE(IsGammaRangeExpanded());
+}
+
+TEST_F(GammaRangeRegistry, AKeyThatMayNotBeReadCountsForNothing) {
+    StoreNumber(256);
+    EXPECT_TRUE(IsGammaRangeExpanded());
+    const RestrictedKey unreadable(L"D:P(A;;WD;;;WD)");
+    EXPECT_FALSE(IsGammaRangeExpanded());
+}

@@ -1,0 +1,135 @@
+// The banner that outlived the restart is withdrawn for whoever asks first, and that is logged once a run.
+#include <gtest/gtest.h>
+
+#include "app/app_state.h"
+#include "gdi_recorder.h"
+#include "support/call_record.h"
+#include "support/seam.h"
+#include "ui/main_panel.h"
+#include "ui/regions.h"
+
+namespace {
+
+constexpr std::uint64_t kFixed = 1'800'000'000;
+
+std::uint64_t g_clock = 0;
+ULONGLONG g_tick = 0;
+
+ULONGLONG WINAPI FakeGetTickCount64() {
+    return g_tick;
+}
+
+__time64_t __cdecl FakeTime(__time64_t* out) {
+    const auto now = static_cast<__time64_t>(g_clock);
+    if (out != nullptr) *out = now;
+    return now;
+}
+
+const CallRecord kSaidOnce = {
+    "log: Gamma fix exhausted: ramps still rejected after restart (driver level limit?) - banner demoted"};
+
+void Paint() {
+    g_gdi.drawn.clear();
+    DrawMainPanel(ScreenContext());
+}
+
+bool IsPainted(const std::string& text) {
+    for (const std::string& line : g_gdi.drawn) {
+        if (line.find(text) != std::string::npos) return true;
+    }
+    return false;
+}
+
+Region Hit() {
+    return HitTest(160, 382);
+}
+
+class BannerDemotion : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        ResetGdi();
+        g_calls.clear();
+        g_app.useLegacyGamma = true;
+        g_app.lastApplyRejected = true;
+        g_app.gammaRangeExpanded = true;
+        g_app.gammaFixEpoch = kFixed;
+        g_clock = kFixed + 600;
+        g_tick = 1'200'000;
+    }
+
+    static void Restart() {
+        g_clock += 60;
+        g_tick = 20'000;
+    }
+};
+
+}  // namespace
+
+AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
+AMBREL_SEAM(_time64, FakeTime);
+
+TEST_F(BannerDemotion, BeforeTheRestartPaintingAndHitTestShowIt) {
+    Paint();
+    EXPECT_TRUE(IsPainted("FIX APPLIED. RESTART YOUR COMPUTER"));
+    EXPECT_EQ(Hit(), Region::GammaBanner);
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(BannerDemotion, AfterItPaintingFirstSaysItOnce) {
+    Restart();
+    Paint();
+    EXPECT_EQ(g_calls, kSaidOnce);
+    EXPECT_TRUE(IsPainted("FOR LOWEST FLICKER"));
+    EXPECT_FALSE(IsPainted("RESTART YOUR COMPUTER"));
+    EXPECT_EQ(Hit(), Region::None);
+    Paint();
+    EXPECT_EQ(g_calls, kSaidOnce);
+}
+
+TEST_F(BannerDemotion, AfterItAHitTestFirstSaysItOnce) {
+    Restart();
+    EXPECT_EQ(Hit(), Region::None);
+    EXPECT_EQ(g_calls, kSaidOnce);
+    Paint();
+    EXPECT_FALSE(IsPainted("RESTART YOUR COMPUTER"));
+    EXPECT_EQ(Hit(), Region::None);
+    EXPECT_EQ(g_calls, kSaidOnce);
+}
+
+TEST_F(BannerDemotion, AnAcceptedRampInBetweenDoesNotBringTheLineBack) {
+    Restart();
+    Paint();
+    g_app.lastApplyRejected = false;
+    Paint();
+    Hit();
+    g_app.lastApplyRejected = true;
+    Paint();
+    Hit();
+    EXPECT_EQ(g_calls, kSaidOnce);
+    EXPECT_TRUE(g_app.bannerDemotedLogged);
+}
+
+TEST_F(BannerDemotion, WithAcceptedRampsNothingIsSaid) {
+    Restart();
+    g_app.lastApplyRejected = false;
+    Paint();
+    Hit();
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(BannerDemotion, AHitTestBesideTheBannerDoesNotLookForIt) {
+    Restart();
+    HitTest(160, 503);
+    EXPECT_TRUE(g_calls.empty());
+    EXPECT_FALSE(g_app.bannerDemotedLogged);
+}
+
+TEST_F(BannerDemotion, TheClockSetBackByADayKeepsTheBanner) {
+    Restart();
+    g_clock -= 86'400;
+    Paint();
+    EXPECT_TRUE(IsPainted("FIX APPLIED. RESTART YOUR COMPUTER"));
+    EXPECT_EQ(Hit(), Region::GammaBanner);
+    EXPECT_TRUE(g_calls.empty());
+}

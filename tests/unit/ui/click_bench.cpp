@@ -1,0 +1,104 @@
+#include "click_bench.h"
+
+#include "app/refresh.h"
+#include "filter/cursor_tint.h"
+#include "filter/gamma_fix.h"
+#include "filter/legacy_gamma.h"
+#include "filter/magnification.h"
+#include "store/autostart.h"
+#include "store/event_log.h"
+#include "store/settings.h"
+#include "support/seam.h"
+
+ClickBench g_bench;
+
+namespace {
+
+HWND const kWindow = MakeHandle<HWND>(0x1234);
+
+UINT_PTR WINAPI FakeSetTimer(HWND window, UINT_PTR id, UINT period, TIMERPROC) {
+    EXPECT_EQ(window, kWindow);
+    Record("set ", id, " ", period);
+    return id;
+}
+
+BOOL WINAPI FakeKillTimer(HWND, UINT_PTR id) {
+    Record("kill ", id);
+    return TRUE;
+}
+
+HWND WINAPI FakeSetCapture(HWND) {
+    Record("capture");
+    return nullptr;
+}
+
+}  // namespace
+
+AMBREL_SEAM(SetTimer, FakeSetTimer);
+AMBREL_SEAM(KillTimer, FakeKillTimer);
+AMBREL_SEAM(SetCapture, FakeSetCapture);
+
+void InitMagnification() {
+    Record("initialise");
+    g_app.magnificationReady = g_bench.initialisationSucceeds;
+}
+void ShutdownMagnification() {
+    Record("shut down");
+}
+bool IsMagnificationUsable() {
+    return g_app.magnificationReady;
+}
+MatrixResult SetFilterMatrix() {
+    Record("matrix");
+    g_bench.atApply = Now();
+    return {true, 0};
+}
+void SetIdentityMatrix() {
+    Record("identity matrix");
+    g_bench.atClear = Now();
+}
+void ApplyLegacyRamp() {
+    Record("ramp");
+    g_bench.atApply = Now();
+}
+void RestoreIdentityRamp() {
+    Record("identity ramp");
+    g_bench.atClear = Now();
+}
+void TintSystemCursors() {
+    Record("tint cursors");
+}
+void RestoreSystemCursors() {
+    Record("restore cursors");
+}
+void StartGammaRangeFix() {
+    Record("gamma fix");
+}
+void SetAutostart(bool on) {
+    Record("autostart ", on ? "on" : "off");
+    g_app.launchAtStart = on;
+}
+void RefreshPopupAndTray() {
+    Record("refresh");
+    g_bench.panelAtRefresh = g_app.panel;
+}
+void SaveSettings() {
+    Record("save");
+    g_bench.atSave = Now();
+}
+void LogFormatted(const wchar_t*, ...) {
+    Record("log");
+}
+
+Snapshot Now() {
+    return {g_app.intensity,      g_app.brightness,      g_app.filterOn,
+            g_app.useLegacyGamma, g_app.allowExtremeDim, g_app.launchAtStart};
+}
+
+void ClickTest::SetUp() {
+    g_app = AppState{};
+    g_app.mainWindow = kWindow;
+    g_app.magnificationReady = true;
+    g_bench = ClickBench{};
+    g_calls.clear();
+}

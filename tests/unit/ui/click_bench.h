@@ -1,0 +1,54 @@
+// A press on the popup down to the two pipelines: who was called, in order, and what AppState held when it
+// was. Regions, clicks and the filter's one door are the program's own.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "app/app_state.h"
+#include "support/call_record.h"
+#include "ui/popup_input.h"
+
+struct Snapshot {
+    double intensity;
+    double brightness;
+    bool filterOn;
+    bool legacy;
+    bool extremeDim;
+    bool launch;
+
+    bool operator==(const Snapshot&) const = default;
+};
+
+Snapshot Now();
+
+struct ClickBench {
+    bool initialisationSucceeds = true;
+    Snapshot atApply = {};
+    Snapshot atSave = {};
+    Snapshot atClear = {};
+    Panel panelAtRefresh = Panel::Main;
+};
+
+extern ClickBench g_bench;
+
+class ClickTest : public testing::Test {
+protected:
+    void SetUp() override;
+
+    static void OpenSettings() { g_app.panel = Panel::Settings; }
+    static void Press(POINT point) { OnMouseDown(point.x, point.y); }
+};
+
+// A point of each region, in design units.
+constexpr POINT kDay = {70, 447};
+constexpr POINT kEvening = {160, 447};
+constexpr POINT kNight = {250, 447};
+constexpr POINT kPower = {160, 503};
+constexpr POINT kGear = {292, 29};
+constexpr POINT kBanner = {160, 382};
+constexpr POINT kCard = {160, 400};
+constexpr POINT kClose = {276, 30};
+constexpr POINT kLaunchRow = {160, 153};
+constexpr POINT kExtremeDimRow = {160, 203};
+constexpr POINT kLegacyRow = {160, 253};
+constexpr POINT kSupport = {160, 489};
