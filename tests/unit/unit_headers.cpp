@@ -1,0 +1,1 @@
+// Stands for the precompiled headers that every test program uses.
