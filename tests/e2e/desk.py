@@ -1,5 +1,6 @@
 """A lab with the program in it, and what a person in front of that screen does and sees."""
 
+import os
 import sys
 from pathlib import Path
 
@@ -15,12 +16,17 @@ import model  # noqa: E402
 
 __all__ = ["Desk", "LabError", "ROOT", "wait_until", "MARKER"]
 
+# The build whose program is tested; without a word about it, the lab's own choice.
+BUILD = {"build_dir": os.environ["AMBREL_BUILD_DIR"]} if "AMBREL_BUILD_DIR" in os.environ else {}
 MARKER = "---------- session start ----------"
 # Middles of the popup's controls, in design units.
 POWER = (160, 503)
 PRESET_PLACES = {"DAY": (70, 447), "EVENING": (160, 447), "NIGHT": (250, 447)}
 SLIDER_X = {"WARMTH": 80, "BRIGHTNESS": 240}
 SLIDER_Y = 206
+GEAR = (292, 29)
+CLOSE = (276, 30)
+SETTINGS_ROWS = {"LAUNCH AT STARTUP": (160, 153), "ALLOW EXTREME DIM": (160, 203), "LEGACY MODE": (160, 253)}
 # Middles of the tray menu's rows, as shares of its height.
 MENU_ROWS = {"Launch at Startup": 13 / 72, "Legacy Mode (Older Hardware)": 32 / 72, "Quit": 60 / 72}
 MENU_CLASS = "#32768"
@@ -29,6 +35,9 @@ RAMP_TOLERANCE = 256
 
 
 class Desk(Lab):
+    def __init__(self, **options):
+        super().__init__(**{**BUILD, **options})
+
     def __enter__(self):
         super().__enter__()
         try:
@@ -102,6 +111,20 @@ class Desk(Lab):
         x = SLIDER_X[slider]
         self.drag_unit(x, SLIDER_Y, x, SLIDER_Y - up, steps=steps, release=release)
 
+    def show_settings(self):
+        """Opens the popup when it is not open, and its settings panel from the main one."""
+        self.show()
+        self.click_unit(*GEAR)
+
+    def close_settings(self):
+        self.click_unit(*CLOSE)
+
+    def flip(self, row):
+        """Clicks a row of the settings panel, which is open, and waits for the save that each click makes."""
+        saves = self.saves()
+        self.click_unit(*SETTINGS_ROWS[row])
+        self.wait_for_saves(saves + 1)
+
     def open_menu(self):
         """Opens the tray menu with the right button and returns its window."""
         self.click_tray(3)
@@ -113,6 +136,22 @@ class Desk(Lab):
     def menu_place(self, window, item):
         return (window.left + (window.right - window.left) // 3,
                 window.top + round((window.bottom - window.top) * MENU_ROWS[item]))
+
+    def menu_picture(self):
+        """How the tray menu looks, which is closed again, as far as the pointer leaves it alone."""
+        menu = self.open_menu()
+        self.move(10, 10)
+        last = [None]
+
+        def settled():
+            picture = self.connection.picture(menu.left, menu.top, menu.right - menu.left, menu.bottom - menu.top)
+            same = picture == last[0] and picture.colours() > 2
+            last[0] = picture
+            return same and picture
+        picture = wait_until(settled, 5.0, "the drawn menu", pause=0.1)
+        self.click(10, 10)
+        wait_until(lambda: not self.menu_window(), 10.0, "the end of the tray menu")
+        return picture
 
     def menu(self, item):
         """Chooses a row of the tray menu and waits for the menu's end."""

@@ -34,6 +34,8 @@ def test_the_first_lines_follow_the_marker_in_order(desk):
     assert re.fullmatch(r"OS: .* \(\d+\.\d+\.\d+\)", desk.log()[1])
     assert re.fullmatch(r"Hardware: .+ / .+", desk.log()[2])
     assert desk.log()[3].startswith("Loaded settings: ")
+    desk.wait_for_log("Gamma range: Windows default")
+    assert len(desk.log()) == 5 and desk.log()[4] == "Gamma range: Windows default"
 
 
 def test_every_other_line_carries_the_time_of_day(desk):

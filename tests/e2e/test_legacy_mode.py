@@ -109,38 +109,16 @@ def test_the_menu_with_the_filter_off_leaves_the_screen_plain(desk):
 def test_the_menu_ticks_legacy_mode_while_it_is_on(desk):
     desk.menu(LEGACY)
     desk.wait_for_saves(1)
-    ticked = menu_picture(desk)
+    ticked = desk.menu_picture()
     desk.menu(LEGACY)
     desk.wait_for_saves(2)
-    plain = menu_picture(desk)
+    plain = desk.menu_picture()
     assert ticked != plain
     # The tick stands in the left column of the second row; nothing else differs.
     tick, middle = (20, 24, 41), plain.width
     assert ticked.crop(0, tick[1], tick[0], tick[2]) != plain.crop(0, tick[1], tick[0], tick[2])
     assert ticked.crop(tick[0], 0, middle, plain.height) == plain.crop(tick[0], 0, middle, plain.height)
     assert ticked.crop(0, 0, tick[0], tick[1]) == plain.crop(0, 0, tick[0], tick[1])
-
-
-def menu_picture(desk):
-    menu = desk.open_menu()
-    desk.move(10, 10)
-    picture = settled_picture(desk, menu)
-    desk.click(10, 10)
-    wait_until(lambda: not desk.menu_window(), 10.0, "the end of the tray menu")
-    return picture
-
-
-def settled_picture(desk, window):
-    """The window once it is drawn: two pictures in a row are the same, and not of one colour."""
-    def take():
-        return desk.connection.picture(window.left, window.top, window.right - window.left, window.bottom - window.top)
-    last = [None]
-    def settled():
-        picture = take()
-        same = picture == last[0] and picture.colours() > 2
-        last[0] = picture
-        return same and picture
-    return wait_until(settled, 5.0, "the drawn menu", pause=0.1)
 
 
 def test_a_refused_ramp_leaves_the_screen_and_shows_the_banner(legacy):

@@ -1,0 +1,284 @@
+"""Launch at Startup: the value that Windows reads at sign-in, its two switches, and its repair at start-up."""
+
+import time
+
+import pytest
+
+from desk import MARKER, wait_until
+
+RUN_KEY, RUN_VALUE = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run", "Ambrel2"
+PROGRAM = "C:\\Ambrel\\ambrel.exe"
+ELSEWHERE = "C:\\Caf\u00e9 au lait\\ambrel.exe"
+MENU_ITEM, ROW = "Launch at Startup", "LAUNCH AT STARTUP"
+RESTORED = "Autostart entry missing (INI says ON) - restoring"
+TEXT, EXPANDABLE_TEXT, BINARY, NUMBER, LONG_NUMBER = 1, 2, 3, 4, 11
+ON, OFF = {"LaunchAtStart": 1}, {"LaunchAtStart": 0}
+
+
+def pointed_at(path):
+    return f"Autostart entry pointed at '{path}' - rewriting to current exe"
+
+
+def wide(text):
+    return text.encode("utf-16-le")
+
+
+def raw_entry(desk):
+    """(type, bytes) of the value as it is in the registry, None when there is none."""
+    result, text = desk.desktop.tool("registry-get", RUN_KEY, RUN_VALUE)
+    lines = dict(line.split("=", 1) for line in text.splitlines() if "=" in line)
+    return (int(lines["type"]), bytes.fromhex(lines["hex"])) if result == 0 else None
+
+
+def assert_entry(desk, path=PROGRAM):
+    """The path as it is, without quotes, with its terminating zero."""
+    assert raw_entry(desk) == (TEXT, wide(path + "\0"))
+
+
+@pytest.fixture(name="begin")
+def begin_fixture(file_desk):
+    """Starts the program with this in the registry and in its settings."""
+    def start(value=None, settings=None):
+        if file_desk.program_running():
+            file_desk.kill_program()
+        file_desk.registry_delete(RUN_KEY, RUN_VALUE)
+        if value is not None:
+            file_desk.registry_set(RUN_KEY, RUN_VALUE, value)
+        file_desk.start_fresh(settings)
+        return file_desk
+    yield start
+    file_desk.registry_delete(RUN_KEY, RUN_VALUE)
+
+
+def repair_lines(desk):
+    return [line for line in desk.log() if "utostart" in line]
+
+
+def switch(desk, place):
+    saves = desk.saves()
+    if place == "menu":
+        desk.menu(MENU_ITEM)
+        desk.wait_for_saves(saves + 1)
+    else:
+        if not desk.popup_visible():
+            desk.show_settings()
+        desk.flip(ROW)
+
+
+# The two switches
+
+@pytest.mark.parametrize("place", ["row", "menu"])
+def test_the_option_writes_the_entry_and_takes_it_away(begin, place):
+    desk = begin()
+    assert raw_entry(desk) is None
+    switch(desk, place)
+    assert_entry(desk)
+    assert desk.settings()["LaunchAtStart"] == "1"
+    switch(desk, place)
+    assert raw_entry(desk) is None
+    assert desk.settings()["LaunchAtStart"] == "0"
+    assert desk.saves() == 2
+    assert repair_lines(desk) == []
+
+
+def test_row_and_menu_switch_the_same_entry(begin):
+    desk = begin()
+    switch(desk, "row")
+    assert_entry(desk)
+    switch(desk, "menu")
+    assert raw_entry(desk) is None
+    assert desk.settings()["LaunchAtStart"] == "0"
+
+
+def test_the_menu_ticks_the_option_while_it_is_on(begin):
+    desk = begin()
+    plain = desk.menu_picture()
+    desk.menu(MENU_ITEM)
+    desk.wait_for_saves(1)
+    ticked = desk.menu_picture()
+    # The tick stands in the left column of the first row; nothing else differs.
+    assert ticked.crop(0, 0, 20, 24) != plain.crop(0, 0, 20, 24)
+    assert ticked.crop(20, 0, plain.width, plain.height) == plain.crop(20, 0, plain.width, plain.height)
+    assert ticked.crop(0, 24, 20, plain.height) == plain.crop(0, 24, 20, plain.height)
+
+
+def test_an_entry_that_somebody_took_away_meanwhile_can_be_switched_off(begin):
+    desk = begin()
+    switch(desk, "menu")
+    desk.registry_delete(RUN_KEY, RUN_VALUE)
+    switch(desk, "menu")
+    assert raw_entry(desk) is None
+    assert desk.settings()["LaunchAtStart"] == "0"
+
+
+def test_other_entries_are_left_alone(begin):
+    desk = begin()
+    desk.registry_set(RUN_KEY, "Other", "C:\\other.exe")
+    switch(desk, "menu")
+    switch(desk, "menu")
+    assert desk.registry_get(RUN_KEY, "Other") == "C:\\other.exe"
+    desk.registry_delete(RUN_KEY, "Other")
+
+
+# For real
+
+def sign_out_and_in(desk):
+    desk.end_session()
+    desk.wait_for_exit()
+    desk.program = None
+    desk.sign_in()
+
+
+def wait_until_up(desk, starts):
+    desk.wait_for_icon()
+    wait_until(lambda: desk.events_text().count(MARKER) == starts, 10.0, f"start {starts}")
+    desk.loaded()
+
+
+def test_with_the_option_on_the_program_comes_up_by_itself_at_sign_in(make_desk):
+    desk = make_desk().start_fresh()
+    desk.show_settings()
+    desk.flip(ROW)
+    sign_out_and_in(desk)
+    wait_until_up(desk, 2)
+    assert len(desk.program_pids()) == 1
+    assert not desk.popup_visible()
+    assert repair_lines(desk) == []
+    assert_entry(desk)
+    # It is a whole program: its popup opens, and the option can be taken back in it.
+    desk.show_settings()
+    desk.flip(ROW)
+    assert raw_entry(desk) is None
+    sign_out_and_in(desk)
+    time.sleep(1.0)  # A program that comes up does so in half of it.
+    assert desk.program_pids() == []
+
+
+def test_the_entry_follows_the_program_to_a_folder_with_a_blank_and_an_accent(make_desk):
+    desk = make_desk().start_fresh()
+    desk.menu(MENU_ITEM)
+    desk.wait_for_saves(1)
+    assert desk.quit() == 0
+    old, new = desk.prefix.path(PROGRAM), desk.prefix.path(ELSEWHERE)
+    new.parent.mkdir()
+    old.rename(new)
+    desk.program_path = ELSEWHERE
+    desk.start()
+    desk.wait_for_log(pointed_at(PROGRAM))
+    assert_entry(desk, ELSEWHERE)
+    # Windows finds it there too.
+    sign_out_and_in(desk)
+    wait_until_up(desk, 3)
+    assert repair_lines(desk) == []
+    desk.kill_program()
+    # Back again, the line tells the path with its accent.
+    new.rename(old)
+    desk.program_path = PROGRAM
+    desk.start()
+    desk.wait_for_log(pointed_at(ELSEWHERE))
+    assert f"'{ELSEWHERE}'".encode() in desk.events_path.read_bytes()
+    assert_entry(desk)
+
+
+# The repair at start-up
+
+def test_the_repair_comes_after_the_gamma_range_and_is_the_last_line_of_a_start(begin):
+    desk = begin(settings=ON)
+    desk.wait_for_log(RESTORED)
+    assert desk.log()[-2:] == ["Gamma range: Windows default", RESTORED]
+
+
+def test_an_entry_that_is_missing_is_restored(begin):
+    desk = begin(settings=ON)
+    desk.wait_for_log(RESTORED)
+    assert_entry(desk)
+
+
+def test_the_registry_wins_over_the_file_and_the_next_save_tells_it(begin):
+    desk = begin(PROGRAM, OFF)
+    desk.loaded()
+    assert repair_lines(desk) == []
+    assert_entry(desk)
+    time.sleep(0.8)  # Longer than any save is put off: the repair makes none.
+    assert desk.saves() == 0
+    assert desk.settings()["LaunchAtStart"] == "0"
+    desk.press_power()
+    desk.wait_for_saves(1)
+    assert desk.settings()["LaunchAtStart"] == "1"
+    desk.menu(MENU_ITEM)
+    desk.wait_for_saves(2)
+    assert raw_entry(desk) is None
+    assert desk.settings()["LaunchAtStart"] == "0"
+
+
+def test_with_neither_nothing_happens(begin):
+    desk = begin(settings=OFF)
+    desk.wait_for_log("Gamma range: Windows default")
+    assert raw_entry(desk) is None
+    assert repair_lines(desk) == []
+
+
+@pytest.mark.parametrize("path", [PROGRAM.upper(), PROGRAM.lower()])
+def test_another_letter_case_is_rewritten_without_a_word(begin, path):
+    desk = begin(path, OFF)
+    desk.wait_for_log("Gamma range: Windows default")
+    assert_entry(desk)
+    assert repair_lines(desk) == []
+
+
+@pytest.mark.parametrize("value, told", [
+    pytest.param("D:\\Old place\\ambrel.exe", "D:\\Old place\\ambrel.exe", id="another folder"),
+    pytest.param(f'"{PROGRAM}"', f'"{PROGRAM}"', id="quotes"),
+    pytest.param(PROGRAM + " --hidden", PROGRAM + " --hidden", id="arguments"),
+    pytest.param("C:\\\u6a5f\u68b0\\\U0001f5a5.exe", "C:\\\u6a5f\u68b0\\\U0001f5a5.exe", id="other letters"),
+    pytest.param((EXPANDABLE_TEXT, wide("%windir%\\x.exe\0")), "%windir%\\x.exe", id="not expanded"),
+    pytest.param((TEXT, wide("C:\\open end")), "C:\\open end", id="unterminated"),
+    pytest.param((TEXT, wide("C:\\a%s%n\0")), "C:\\a%s%n", id="formats"),
+])
+def test_an_entry_that_points_elsewhere_is_told_and_rewritten(begin, value, told):
+    desk = begin(value, OFF)
+    desk.wait_for_log(pointed_at(told))
+    assert repair_lines(desk) == [pointed_at(told)]
+    assert_entry(desk)
+
+
+@pytest.mark.parametrize("value", [
+    pytest.param(7, id="number"),
+    pytest.param((LONG_NUMBER, bytes(8)), id="long number"),
+    pytest.param((BINARY, wide(PROGRAM + "\0")), id="binary"),
+    pytest.param("", id="empty"),
+    pytest.param((TEXT, b""), id="no byte"),
+    pytest.param("C:\\" + "x" * 2045, id="4 KB"),
+    pytest.param("C:\\" + "x" * 1020, id="one letter more than is read"),
+])
+def test_an_entry_that_is_no_path_counts_as_missing_also_with_the_file_saying_off(begin, value):
+    desk = begin(value, OFF)
+    desk.wait_for_log(RESTORED)
+    assert repair_lines(desk) == [RESTORED]
+    assert_entry(desk)
+
+
+def test_the_longest_text_that_is_read_is_told_as_far_as_a_line_goes(begin):
+    # 1,023 letters, the terminating zero among them; a line of the log holds 511.
+    desk = begin("C:\\" + "x" * 1019, OFF)
+    desk.wait_for_log(("Autostart entry pointed at 'C:\\" + "x" * 1019)[:511])
+    assert_entry(desk)
+
+
+def test_without_a_run_key_the_option_is_kept_in_the_file_alone(begin, file_desk):
+    desk = file_desk
+    if desk.program_running():
+        desk.kill_program()
+    desk.registry_delete(RUN_KEY)
+    try:
+        desk.start_fresh(ON)
+        desk.wait_for_log(RESTORED)
+        assert raw_entry(desk) is None
+        for flag in ("0", "1"):
+            switch(desk, "row")
+            assert desk.settings()["LaunchAtStart"] == flag
+            assert raw_entry(desk) is None
+        assert desk.message_boxes() == []
+    finally:
+        desk.registry_set(RUN_KEY, "Made again", 1)
+        desk.registry_delete(RUN_KEY, "Made again")

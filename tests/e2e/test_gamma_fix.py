@@ -1,0 +1,429 @@
+"""The offer to lift Windows' limit for gamma ramps: the banner, the question, the helper, the restart."""
+
+import time
+
+import pytest
+
+from desk import wait_until
+from letters import SMALL, picture_of, span, stands
+
+ICM_KEY, ICM_VALUE = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM", "GdiIcmGammaRange"
+SWITCH = "--expand-gamma-range"
+YES, NO, OK = 6, 7, 1
+STRIP, GROUND = (22, 385, 298, 405), (26, 26, 26)
+STRIP_MIDDLE = (160, 395)
+RED, AMBER = (255, 0, 0), (255, 210, 0)
+BLOCKED = "\u26a0 COLORS BLOCKED BY WINDOWS. CLICK TO FIX"
+RESTART = "\u26a0 FIX APPLIED. RESTART YOUR COMPUTER"
+HINT = "\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%"
+QUESTION = ("Some of your settings are being blocked by Windows.\n\nAmbrel can fix this with your permission. "
+            "A restart\nis needed afterwards.\n\nFix it now?")
+DONE_BEFORE = "The fix is already done. Just restart your computer\nto finish. Use Restart, not Shut down."
+DONE = ("Done. The limit has been removed.\n\nNow restart your computer (click Restart, not Shut down).\n"
+        "Everything should work after the restart.")
+NOT_ALLOWED = ("Windows did not allow the change. Ambrel will keep\nworking with mild settings only.\n\nNeed help? "
+               "Email support@ambrel.example.")
+DEFAULT, EXPANDED = "Gamma range: Windows default", "Gamma range: expanded (GdiIcmGammaRange)"
+REJECTED = "Legacy ramp REJECTED (intensity=1.000 brightness=0.700) - Windows range limit"
+LAUNCHED = "Gamma-range fix helper launched (elevation requested)"
+CONFIRMED = "Gamma-range expansion confirmed in registry - restart pending"
+EXHAUSTED = "Gamma fix exhausted: ramps still rejected after restart (driver level limit?) - banner demoted"
+LEGACY = {"UseLegacyGamma": 1}
+SHOW_POPUP = 0x8000 + 105
+TEXT, BINARY, LONG_NUMBER, LINK = 1, 3, 11, 6
+
+
+@pytest.fixture(name="begin")
+def begin_fixture(file_desk):
+    """Starts the program with this in the registry and in its settings."""
+    def start(value=None, **settings):
+        if file_desk.program_running():
+            file_desk.kill_program()
+        file_desk.registry_delete(ICM_KEY, ICM_VALUE)
+        if value is not None:
+            file_desk.registry_set(ICM_KEY, ICM_VALUE, value)
+        return file_desk.start_fresh(settings)
+    yield start
+    file_desk.registry_delete(ICM_KEY, ICM_VALUE)
+
+
+@pytest.fixture(name="blocked")
+def blocked_fixture(begin):
+    """NIGHT in Legacy Mode: the screen refuses it, and the banner says so."""
+    desk = begin(**LEGACY)
+    desk.choose("NIGHT")
+    desk.wait_for_log(REJECTED)
+    wait_for_strip(desk, BLOCKED, RED)
+    return desk
+
+
+def gamma_range(desk):
+    return desk.registry_get(ICM_KEY, ICM_VALUE)
+
+
+def strip_shows(desk, text, colour):
+    picture = desk.popup_picture()
+    part = picture.crop(*STRIP)
+    colours = {part.pixel(x, y) for x in range(part.width) for y in range(part.height)}
+    return (colour in colours and not {RED, AMBER} - {colour} & colours
+            and stands(desk, span(picture, STRIP, GROUND), text, SMALL))
+
+
+def wait_for_strip(desk, text, colour):
+    wait_until(lambda: strip_shows(desk, text, colour), 5.0, f"'{text}' in the strip")
+
+
+def box_with(desk, text):
+    return wait_until(lambda: next((box for box in desk.message_boxes() if box.text == text), None), 10.0, text)
+
+
+def main_process(desk):
+    return desk.window_facts()["process"]
+
+
+def fix(desk):
+    """A click on the banner, Yes, and the helper's box away."""
+    desk.click_unit(*STRIP_MIDDLE)
+    desk.press_button(box_with(desk, QUESTION), YES)
+    desk.press_button(box_with(desk, DONE), OK)
+    desk.wait_for_log(CONFIRMED)
+    return desk
+
+
+def show_again(desk):
+    """As a second start does: the popup hides under another program's box, and a click right after opens nothing."""
+    desk.post_message(SHOW_POPUP)
+    wait_until(lambda: desk.popup_visible() and desk.popup_is_foreground(), 10.0, "the popup in the foreground")
+
+
+def assert_no_message_box(desk):
+    time.sleep(0.3)  # For a box that opens wrongly.
+    assert desk.message_boxes() == []
+
+
+# The registry at start-up
+
+@pytest.mark.parametrize("value, line", [
+    (None, DEFAULT), (0, DEFAULT), (255, DEFAULT), (256, EXPANDED), (257, EXPANDED), (1024, EXPANDED),
+    pytest.param(0x80000000, EXPANDED, id="2^31"), pytest.param(0xFFFFFFFF, EXPANDED, id="2^32-1"),
+    pytest.param("256", DEFAULT, id="text"), pytest.param((BINARY, b"\0\1\0\0"), DEFAULT, id="binary"),
+    pytest.param((LONG_NUMBER, b"\0\1\0\0\0\0\0\0"), DEFAULT, id="eight bytes"),
+])
+def test_the_start_tells_whether_the_limit_is_lifted(begin, value, line):
+    desk = begin(value)
+    desk.wait_for_log(line)
+    assert desk.log()[3].startswith("Loaded settings: ") and desk.log()[4] == line
+    assert len([each for each in desk.log() if each.startswith("Gamma range")]) == 1
+
+
+# The banner and its question
+
+def test_a_click_on_the_banner_asks_and_no_changes_nothing(blocked):
+    before, log = picture_of(blocked), blocked.log()
+    blocked.click_unit(*STRIP_MIDDLE)
+    box = box_with(blocked, QUESTION)
+    assert box.title == "Ambrel" and set(box.buttons) == {YES, NO}
+    assert int(box.owner, 16) == blocked.window_facts()["handle"] and box.process == main_process(blocked)
+    time.sleep(0.4)  # Longer than the popup waits before it looks who has the foreground.
+    assert blocked.popup_visible()
+    blocked.press_button(box, NO)
+    assert_no_message_box(blocked)
+    assert gamma_range(blocked) is None
+    assert len(blocked.program_pids()) == 1
+    assert blocked.log() in (log, log + ["Saved settings"])
+    assert picture_of(blocked) == before
+
+
+@pytest.mark.parametrize("place, asks", [
+    ((22, 380), True), ((297, 409), True), ((21, 395), False), ((298, 395), False), ((160, 379), False),
+    ((160, 410), False),
+])
+def test_the_banner_is_as_large_as_its_place(blocked, place, asks):
+    blocked.click_unit(*place)
+    if asks:
+        blocked.press_button(box_with(blocked, QUESTION), NO)
+    else:
+        assert_no_message_box(blocked)
+
+
+def test_without_a_banner_a_click_there_does_nothing(begin):
+    desk = begin(**LEGACY)
+    desk.choose("DAY")
+    desk.wait_for_saves(1)
+    log = desk.log()
+    desk.click_unit(*STRIP_MIDDLE)
+    assert_no_message_box(desk)
+    assert desk.log() == log
+
+
+def test_yes_starts_the_helper_which_lifts_the_limit_and_the_banner_asks_for_a_restart(blocked):
+    blocked.wait_for_saves(1)
+    started = int(time.time())
+    blocked.click_unit(*STRIP_MIDDLE)
+    blocked.press_button(box_with(blocked, QUESTION), YES)
+    blocked.wait_for_log(LAUNCHED)
+    box = box_with(blocked, DONE)
+    assert (box.title, set(box.buttons)) == ("Ambrel", {OK})
+    assert box.process != main_process(blocked)
+    assert int(box.owner, 16) == 0
+    assert len(blocked.program_pids()) == 2
+    assert gamma_range(blocked) == 256
+    blocked.press_button(box, OK)
+    blocked.wait_for_log(CONFIRMED)
+    ended = int(time.time())
+    assert started <= int(blocked.settings()["GammaFixEpoch"]) <= ended
+    log = blocked.log()
+    assert log[log.index(LAUNCHED):] == [LAUNCHED, "Saved settings", CONFIRMED]
+    show_again(blocked)
+    wait_for_strip(blocked, RESTART, RED)
+    wait_until(lambda: len(blocked.program_pids()) == 1, 10.0, "the end of the helper")
+
+
+def test_the_limit_is_confirmed_while_the_helper_still_tells_of_it(blocked):
+    blocked.click_unit(*STRIP_MIDDLE)
+    blocked.press_button(box_with(blocked, QUESTION), YES)
+    box = box_with(blocked, DONE)
+    blocked.wait_for_log(CONFIRMED)
+    wait_until(lambda: int(blocked.settings()["GammaFixEpoch"]) > 0, 5.0, "the time of the fix")
+    blocked.press_button(box)
+
+
+def test_a_click_on_the_second_text_only_repeats_the_request(blocked):
+    fix(blocked)
+    show_again(blocked)
+    wait_for_strip(blocked, RESTART, RED)
+    log, epoch = blocked.log(), blocked.settings()["GammaFixEpoch"]
+    for _ in range(2):
+        show_again(blocked)
+        blocked.click_unit(*STRIP_MIDDLE)
+        box = box_with(blocked, DONE_BEFORE)
+        assert (box.title, set(box.buttons), box.process) == ("Ambrel", {OK}, main_process(blocked))
+        blocked.press_button(box)
+    assert_no_message_box(blocked)
+    assert len(blocked.program_pids()) == 1
+    assert blocked.log() == log
+    assert blocked.settings()["GammaFixEpoch"] == epoch
+
+
+def test_the_wait_ends_with_the_confirmation(blocked):
+    fix(blocked)
+    saves = blocked.saves()
+    time.sleep(2.3)  # Longer than the time between two looks at the registry.
+    assert blocked.saves() == saves
+    assert blocked.log().count(CONFIRMED) == 1
+
+
+def test_the_banner_keeps_asking_for_a_restart_in_the_next_run(blocked):
+    fix(blocked)
+    epoch = blocked.settings()["GammaFixEpoch"]
+    blocked.restart()
+    blocked.wait_for_log(EXPANDED)
+    blocked.choose("NIGHT")
+    blocked.wait_for_log(REJECTED + " (registry expanded - restart pending?)")
+    wait_for_strip(blocked, RESTART, RED)
+    blocked.wait_for_saves(1)
+    assert blocked.settings()["GammaFixEpoch"] == epoch
+    assert EXHAUSTED not in blocked.log()
+
+
+def test_with_the_limit_lifted_an_accepted_ramp_ends_the_banner_too(blocked):
+    fix(blocked)
+    show_again(blocked)
+    blocked.choose("DAY")
+    blocked.wait_for_log("Legacy ramp accepted again (intensity=0.385 brightness=1.000)")
+    wait_until(lambda: not strip_shows(blocked, RESTART, RED), 5.0, "the end of the banner")
+    blocked.click_unit(*STRIP_MIDDLE)
+    assert_no_message_box(blocked)
+
+
+# What can go wrong
+
+def exchange_program(desk, windows_path=None):
+    """Puts another program file (or none) in the place of the running one's, which goes on running; put it back."""
+    place = desk.prefix.path(desk.program_path)
+    aside = place.with_suffix(".aside")
+    place.rename(aside)
+    if windows_path:
+        desk.prefix.put(desk.prefix.path(windows_path), desk.program_path)
+
+    def put_back():
+        place.unlink(missing_ok=True)
+        aside.rename(place)
+    return put_back
+
+
+@pytest.fixture(name="exchanged")
+def exchanged_fixture(blocked):
+    undo = []
+    yield lambda path=None: undo.append(exchange_program(blocked, path))
+    for each in undo:
+        each()
+
+
+def test_a_helper_that_cannot_be_started_is_one_line_and_the_banner_stays(blocked, exchanged):
+    exchanged()
+    blocked.click_unit(*STRIP_MIDDLE)
+    blocked.press_button(box_with(blocked, QUESTION), YES)
+    blocked.wait_for_log("Gamma-range fix helper failed to launch (rc=2)")
+    assert_no_message_box(blocked)
+    assert LAUNCHED not in blocked.log()
+    assert gamma_range(blocked) is None
+    show_again(blocked)
+    wait_for_strip(blocked, BLOCKED, RED)
+
+
+def test_a_helper_that_does_nothing_may_be_started_again_and_a_value_from_elsewhere_counts(blocked, exchanged):
+    exchanged("C:\\windows\\system32\\hostname.exe")
+    for times in (1, 2):
+        show_again(blocked)
+        blocked.click_unit(*STRIP_MIDDLE)
+        blocked.press_button(box_with(blocked, QUESTION), YES)
+        blocked.wait_for_log(LAUNCHED, times)
+    assert_no_message_box(blocked)
+    show_again(blocked)
+    wait_for_strip(blocked, BLOCKED, RED)
+    blocked.registry_set(ICM_KEY, ICM_VALUE, 255)
+    time.sleep(2.3)  # Longer than the time between two looks at the registry.
+    assert CONFIRMED not in blocked.log()
+    assert blocked.settings()["GammaFixEpoch"] == "0"
+    blocked.registry_set(ICM_KEY, ICM_VALUE, 1024)
+    blocked.wait_for_log(CONFIRMED)
+    wait_until(lambda: int(blocked.settings()["GammaFixEpoch"]) > 0, 5.0, "the time of the fix")
+    show_again(blocked)
+    wait_for_strip(blocked, RESTART, RED)
+
+
+def test_quit_while_the_helper_is_awaited(blocked, exchanged):
+    exchanged("C:\\windows\\system32\\hostname.exe")
+    blocked.click_unit(*STRIP_MIDDLE)
+    blocked.press_button(box_with(blocked, QUESTION), YES)
+    blocked.wait_for_log(LAUNCHED)
+    assert blocked.quit() == 0
+    assert blocked.screen_is_plain()
+
+
+# After the restart
+
+def started_at():
+    """When this machine was started, in seconds since 1970."""
+    return int(time.time() - time.clock_gettime(time.CLOCK_MONOTONIC))
+
+
+@pytest.mark.parametrize("epoch", [pytest.param(1, id="long ago"), pytest.param(-60, id="a minute before the start")])
+def test_after_a_restart_that_did_not_help_the_banner_is_withdrawn(begin, epoch):
+    epoch = epoch if epoch > 0 else started_at() + epoch
+    desk = begin(256, GammaFixEpoch=epoch, **LEGACY)
+    desk.choose("NIGHT")
+    desk.wait_for_log(EXHAUSTED)
+    wait_for_strip(desk, HINT, AMBER)
+    log = desk.log()
+    assert log.index(REJECTED + " (registry expanded - restart pending?)") < log.index(EXHAUSTED)
+    desk.click_unit(*STRIP_MIDDLE)
+    assert_no_message_box(desk)
+    desk.choose("DAY")
+    desk.choose("NIGHT")
+    desk.wait_for_log(REJECTED + " (registry expanded - restart pending?)", 2)
+    wait_for_strip(desk, HINT, AMBER)
+    assert desk.log().count(EXHAUSTED) == 1
+    desk.wait_for_setting("GammaFixEpoch", str(epoch))
+
+
+@pytest.mark.parametrize("epoch", [
+    pytest.param(0, id="never"), pytest.param(60, id="a minute after the start"),
+    pytest.param(10**9, id="in the future"), pytest.param(None, id="the largest"),
+])
+def test_as_long_as_no_restart_followed_the_banner_asks_for_one(begin, epoch):
+    seconds = 2**64 - 1 if epoch is None else epoch and started_at() + epoch
+    desk = begin(256, GammaFixEpoch=seconds, **LEGACY)
+    desk.choose("NIGHT")
+    desk.wait_for_log(REJECTED + " (registry expanded - restart pending?)")
+    wait_for_strip(desk, RESTART, RED)
+    assert EXHAUSTED not in desk.log()
+
+
+def test_a_value_that_is_gone_again_is_offered_again(begin):
+    desk = begin(None, GammaFixEpoch=1, **LEGACY)
+    desk.choose("NIGHT")
+    desk.wait_for_log(REJECTED)
+    wait_for_strip(desk, BLOCKED, RED)
+    assert EXHAUSTED not in desk.log()
+
+
+# The helper by itself
+
+@pytest.fixture(name="bare")
+def bare_fixture(file_desk):
+    """No program runs, and nothing of it is there."""
+    if file_desk.program_running():
+        file_desk.kill_program()
+    file_desk.registry_delete(ICM_KEY, ICM_VALUE)
+    file_desk.clear()
+    yield file_desk
+    file_desk.registry_delete(ICM_KEY, ICM_VALUE)
+
+
+@pytest.mark.parametrize("arguments", [
+    [SWITCH], ["--before", SWITCH, "after it"], ["x" * 20000, SWITCH], [f"/{SWITCH}ed"],
+], ids=["alone", "between others", "behind many letters", "within a word"])
+def test_the_switch_anywhere_lifts_the_limit_and_does_nothing_else(bare, arguments):
+    before = sorted(bare.settings_folder.iterdir()) if bare.settings_folder.exists() else None
+    helper = bare.start_program(*arguments)
+    box = box_with(bare, DONE)
+    assert (box.title, set(box.buttons), int(box.owner, 16)) == ("Ambrel", {OK}, 0)
+    assert gamma_range(bare) == 256
+    assert bare.desktop.facts("registry-get", ICM_KEY, ICM_VALUE)["size"] == 4
+    assert bare.window_facts() is None
+    assert not bare.icon_shown()
+    bare.press_button(box)
+    assert helper.wait(10) == 0
+    assert (sorted(bare.settings_folder.iterdir()) if bare.settings_folder.exists() else None) == before
+    assert bare.magnification_calls() == []
+
+
+def test_a_start_beside_the_helper_is_a_first_one(bare):
+    helper = bare.start_program(SWITCH)
+    box = box_with(bare, DONE)
+    bare.start()
+    bare.wait_for_log(EXPANDED)
+    assert len(bare.program_pids()) == 2
+    bare.press_button(box)
+    assert helper.wait(10) == 0
+    assert bare.program_running()
+
+
+def test_a_helper_beside_the_program_does_not_wake_it(desk):
+    desk.registry_delete(ICM_KEY, ICM_VALUE)
+    desk.wait_for_log(DEFAULT)
+    log = desk.events_path.read_bytes()
+    first = desk.program
+    helper = desk.start_program(SWITCH)
+    desk.program = first
+    desk.press_button(box_with(desk, DONE))
+    assert helper.wait(10) == 0
+    assert not desk.popup_visible()
+    assert desk.events_path.read_bytes() == log
+    desk.registry_delete(ICM_KEY, ICM_VALUE)
+
+
+@pytest.mark.parametrize("word", ["--expand-gamma", "--Expand-Gamma-Range", "expand-gamma-range"])
+def test_what_only_looks_like_the_switch_starts_the_program(bare, word):
+    bare.start_program(word)
+    bare.wait_for_icon()
+    assert bare.message_boxes() == []
+    assert gamma_range(bare) is None
+
+
+def test_where_windows_forbids_the_change_the_helper_says_so_and_ends_with_1(make_desk):
+    desk = make_desk()
+    # A key that is a link to a root that does not exist can be neither opened nor made.
+    target = "\\Registry\\Nowhere\\Missing".encode("utf-16-le")
+    with open(desk.prefix.folder / "system.reg", "a", encoding="ascii") as file:
+        file.write("\n[" + ICM_KEY.partition("\\")[2].replace("\\", "\\\\") + "] 1700000000\n#link\n"
+                   f'"SymbolicLinkValue"=hex({LINK}):' + ",".join(f"{byte:02x}" for byte in target) + "\n")
+    helper = desk.start_program(SWITCH)
+    box = wait_until(desk.message_boxes, 10.0, "the helper's box")[0]
+    assert (box.title, box.text) == ("Ambrel", NOT_ALLOWED)
+    desk.press_button(box)
+    assert helper.wait(10) == 1
+    desk.start()
+    desk.wait_for_log(DEFAULT)

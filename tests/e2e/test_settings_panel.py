@@ -1,0 +1,428 @@
+"""The settings panel behind the gear: what it shows, what its rows switch, and Legacy Mode from both of its places."""
+
+import time
+
+import pytest
+
+import model
+from desk import CLOSE, GEAR, POWER, PRESET_PLACES, SETTINGS_ROWS, SLIDER_X, SLIDER_Y, wait_until
+from letters import LABEL, SMALL, TITLE, closest, picture_of, span, stands
+
+WM_LBUTTONDOWN, WM_CLOSE = 0x201, 0x10
+HEADER, BACKGROUND, ROW, OUTLINE, RED = (25, 25, 25), (13, 13, 13), (22, 22, 22), (0x2C,) * 3, (255, 0, 0)
+KEYS = {"LAUNCH AT STARTUP": "LaunchAtStart", "ALLOW EXTREME DIM": "AllowExtremeDim", "LEGACY MODE": "UseLegacyGamma"}
+ROW_TOPS = {"LAUNCH AT STARTUP": 132, "ALLOW EXTREME DIM": 182, "LEGACY MODE": 232}
+SUPPORT = (160, 489)
+MENU_LEGACY = "Legacy Mode (Older Hardware)"
+RUN_KEY, RUN_VALUE = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run", "Ambrel2"
+DAY, NIGHT = model.PRESETS["DAY"][:2], model.PRESETS["NIGHT"][:2]
+FALLEN_BACK = "Auto-fallback to Legacy Mode after 2 consecutive error 87s"
+# Longer than the half second that other changes wait for their save.
+LATE_SAVE = 0.8
+
+
+@pytest.fixture(name="fresh")
+def fresh_fixture(file_desk):
+    """Starts the program with settings; what it leaves in the registry is taken away before and afterwards."""
+    def start(settings=None, **library):
+        if file_desk.program_running():
+            file_desk.kill_program()
+        file_desk.registry_delete(RUN_KEY, RUN_VALUE)
+        return file_desk.start_fresh(settings, **library)
+    yield start
+    file_desk.registry_delete(RUN_KEY, RUN_VALUE)
+
+
+@pytest.fixture(name="panel")
+def panel_fixture(fresh):
+    """The program, just started, with its settings panel open."""
+    desk = fresh()
+    desk.show_settings()
+    wait_for_panel(desk, "settings")
+    return desk
+
+
+def panel_of(desk):
+    """The panel that the popup shows, by what only one of them has; None while it is not drawn."""
+    picture = desk.popup_picture()
+    if picture.pixel(3, 3) != HEADER:
+        return None
+    return "settings" if picture.pixel(200, 136) == ROW else "main" if picture.pixel(200, 500) != ROW else None
+
+
+def wait_for_panel(desk, name):
+    wait_until(lambda: panel_of(desk) == name, 5.0, f"the {name} panel")
+
+
+def value_of(desk, row):
+    """ON or OFF, as the row shows it."""
+    top = ROW_TOPS[row]
+    found = span(desk.popup_picture(), (226, top + 4, 290, top + 38), ROW)
+    text = found and closest(desk, found, ("ON", "OFF"), LABEL)
+    return text if text and stands(desk, found, text, LABEL, right=284) else None
+
+
+def wait_for_value(desk, row, text):
+    wait_until(lambda: value_of(desk, row) == text, 5.0, f"{row} {text}")
+
+
+def press(desk, x, y):
+    """A press that has been worked off when this returns."""
+    desk.send_message(WM_LBUTTONDOWN, 1, x | y << 16)
+
+
+def assert_no_message_box(desk):
+    time.sleep(0.3)  # A box is posted behind the click that causes it: give it the time to open.
+    assert desk.message_boxes() == []
+
+
+# The panel
+
+def test_the_gear_opens_the_panel_and_close_returns(desk):
+    desk.show()
+    wait_for_panel(desk, "main")
+    before = picture_of(desk)
+    desk.click_unit(*GEAR)
+    wait_for_panel(desk, "settings")
+    desk.close_settings()
+    wait_for_panel(desk, "main")
+    wait_until(lambda: picture_of(desk) == before, 5.0, "the main panel as it was")
+    assert desk.saves() == 0
+    assert desk.magnification_calls()[1:] == []
+
+
+def test_it_shows_title_close_rows_and_support_button(panel):
+    picture = panel.popup_picture()
+    assert stands(panel, span(picture, (10, 4, 240, 52), HEADER), "SETTINGS", TITLE, left=22)
+    close = span(picture, (252, 18, 300, 42), HEADER)
+    assert stands(panel, close, "CLOSE", SMALL) and abs(sum(close) / 2 - 276) <= 1
+    assert any(picture.pixel(x, y) == RED for x in range(252, 300) for y in range(18, 42))
+    for row, top in ROW_TOPS.items():
+        assert stands(panel, span(picture, (28, top + 4, 226, top + 38), ROW), row, LABEL, left=36), row
+        assert value_of(panel, row) == "OFF"
+        assert picture.pixel(160, top) == picture.pixel(24, top + 20) == picture.pixel(295, top + 20) == OUTLINE
+        assert picture.pixel(160, top + 1) == ROW and picture.pixel(160, top - 1) == BACKGROUND
+    support = span(picture, (30, 466, 290, 512), ROW)
+    assert stands(panel, support, "COPY FEEDBACK FOR SUPPORT", LABEL) and abs(sum(support) / 2 - 160) <= 1
+    assert picture.crop(0, 274, 320, 462).colours() == 1 and picture.pixel(160, 300) == BACKGROUND
+
+
+def test_it_shows_the_flags_of_the_settings_file(fresh):
+    desk = fresh({"AllowExtremeDim": 1, "UseLegacyGamma": 1})
+    desk.show_settings()
+    wait_for_panel(desk, "settings")
+    assert [value_of(desk, row) for row in ROW_TOPS] == ["OFF", "ON", "ON"]
+
+
+@pytest.mark.parametrize("row", SETTINGS_ROWS)
+def test_a_row_switches_its_flag_saves_it_and_shows_it_at_once(panel, row):
+    before = picture_of(panel)
+    panel.flip(row)
+    wait_for_value(panel, row, "ON")
+    assert {key: panel.settings()[key] for key in KEYS.values()} == {
+        key: "1" if name == row else "0" for name, key in KEYS.items()}
+    assert [value_of(panel, other) for other in ROW_TOPS if other != row] == ["OFF", "OFF"]
+    panel.wait_for_tip(model.TIP_OFF)
+    panel.flip(row)
+    wait_until(lambda: picture_of(panel) == before, 5.0, "the panel as it was")
+    assert [panel.settings()[key] for key in KEYS.values()] == ["0", "0", "0"]
+    assert panel.saves() == 2
+
+
+@pytest.mark.parametrize("row", SETTINGS_ROWS)
+def test_the_save_is_done_when_the_click_has_been_worked_off_and_no_second_follows(panel, row):
+    press(panel, *SETTINGS_ROWS[row])
+    assert panel.saves() == 1
+    assert f"{KEYS[row]}=1" in panel.settings_text().splitlines()
+    time.sleep(LATE_SAVE)
+    assert panel.saves() == 1
+
+
+def test_a_row_that_was_clicked_is_kept_by_a_quit_right_after_it_and_read_by_the_next_start(panel):
+    for row in ("ALLOW EXTREME DIM", "LEGACY MODE"):
+        panel.flip(row)
+    assert panel.quit() == 0
+    panel.start()
+    assert panel.loaded() == "intensity=0.385 brightness=1.000 extremeDim=1 legacy=1 pwmSafe=0"
+
+
+def test_the_rows_react_up_to_their_edges_and_nothing_beside_them_does(panel):
+    for row, top in ROW_TOPS.items():
+        for x, y in ((24, top), (295, top), (24, top + 41), (295, top + 41)):
+            saves = panel.saves()
+            press(panel, x, y)
+            assert panel.saves() == saves + 1, (row, x, y)
+    saves, log = panel.saves(), panel.log()
+    for top in ROW_TOPS.values():
+        for x, y in ((23, top + 20), (296, top + 20), (160, top - 1), (160, top + 42)):
+            press(panel, x, y)
+    for x, y in ((160, 300), (160, 450), (5, 5), (160, 28), (251, 30), (300, 30), (276, 17), (276, 42)):
+        press(panel, x, y)
+    assert (panel.saves(), panel.log()) == (saves, log)
+    assert panel_of(panel) == "settings"
+    for x, y in ((252, 18), (299, 41)):
+        press(panel, x, y)
+        wait_for_panel(panel, "main")
+        press(panel, *GEAR)
+        wait_for_panel(panel, "settings")
+
+
+def test_what_the_main_panel_has_there_does_not_react(panel):
+    before = picture_of(panel)
+    for place in (POWER, *PRESET_PLACES.values()):
+        panel.click_unit(*place)
+    panel.drag_unit(SLIDER_X["WARMTH"], 290, SLIDER_X["WARMTH"], 120)
+    time.sleep(LATE_SAVE)
+    assert panel.saves() == 0
+    assert panel.effects() == []
+    assert picture_of(panel) == before
+
+
+def test_the_main_panel_has_no_rows(desk):
+    desk.show()
+    for place in ((160, 153), (160, 203), (160, 253), CLOSE):
+        desk.click_unit(*place)
+    desk.press_power()
+    desk.wait_for_saves(1)
+    time.sleep(0.2)  # For a save that a row would have made.
+    assert desk.saves() == 1
+    assert panel_of(desk) == "main"
+    assert [desk.settings()[key] for key in KEYS.values()] == ["0", "0", "0"]
+
+
+def test_the_panel_is_kept_while_the_popup_is_hidden(panel):
+    panel.flip("ALLOW EXTREME DIM")
+    wait_for_value(panel, "ALLOW EXTREME DIM", "ON")
+    before = picture_of(panel)
+    panel.post_message(WM_CLOSE)
+    panel.wait_for_popup(False)
+    time.sleep(0.3)  # A click right after a hide opens nothing.
+    panel.open_popup()
+    wait_until(lambda: picture_of(panel) == before, 5.0, "the panel as it was")
+    panel.close_settings()
+    wait_for_panel(panel, "main")
+
+
+def test_the_next_start_begins_with_the_main_panel(panel):
+    panel.restart()
+    panel.show()
+    wait_for_panel(panel, "main")
+
+
+def test_the_support_button_does_nothing_and_says_nothing_untrue(panel):
+    panel.set_clipboard_text("mine")
+    log, before = panel.log(), picture_of(panel)
+    panel.click_unit(*SUPPORT)
+    panel.click_unit(30, 470)
+    time.sleep(LATE_SAVE)
+    assert panel.clipboard_text() == "mine"
+    assert picture_of(panel) == before
+    assert panel.log() == log
+    assert panel.message_boxes() == []
+
+
+def test_the_rows_stand_where_they_are_drawn_at_a_larger_scaling(make_desk):
+    desk = make_desk(dpi=192, size=(1920, 1200))
+    desk.start_fresh()
+    desk.show_settings()
+    wait_until(lambda: desk.popup_picture().pixel(400, 272) == ROW, 5.0, "the settings panel")
+    for row in ("ALLOW EXTREME DIM", "LEGACY MODE"):
+        top = ROW_TOPS[row]
+        for x, y, hit in ((24, top, True), (295, top + 41, True), (23, top + 20, False), (160, top + 42, False)):
+            saves = desk.saves()
+            press(desk, 2 * x, 2 * y)
+            assert desk.saves() == saves + hit, (row, x, y)
+    desk.flip("LEGACY MODE")
+    desk.wait_for_setting("UseLegacyGamma", "1")
+    desk.close_settings()
+    desk.choose("DAY")
+    desk.wait_for_legacy_colour(*DAY)
+
+
+# Extreme dim
+
+def test_extreme_dim_lets_the_slider_go_below_a_tenth_and_its_end_lifts_the_screen_again(panel):
+    panel.flip("ALLOW EXTREME DIM")
+    panel.close_settings()
+    panel.press_power()
+    panel.slide("BRIGHTNESS", -188)
+    dark = model.dragged(1.0, -188)
+    assert dark < 0.06
+    panel.wait_for_tip(model.tip_on(0.385, dark))
+    panel.wait_for_colour(0.385, dark)
+    panel.wait_for_setting("Brightness", str(model.per_mille(dark)))
+    panel.show_settings()
+    panel.flip("ALLOW EXTREME DIM")
+    panel.wait_for_tip(model.tip_on(0.385, 0.1))
+    panel.wait_for_colour(0.385, 0.1)
+    assert panel.settings()["Brightness"] == "100"
+
+
+def test_without_extreme_dim_the_slider_ends_at_a_tenth(desk):
+    desk.press_power()
+    desk.slide("BRIGHTNESS", -188)
+    desk.wait_for_tip(model.tip_on(0.385, 0.1))
+    desk.wait_for_colour(0.385, 0.1)
+
+
+def test_with_the_filter_off_the_end_of_extreme_dim_lifts_the_value_and_leaves_the_screen(fresh):
+    desk = fresh({"AllowExtremeDim": 1, "Brightness": 30})
+    desk.show_settings()
+    desk.flip("ALLOW EXTREME DIM")
+    assert desk.settings()["Brightness"] == "100"
+    assert desk.effects() == []
+    assert desk.screen_is_plain()
+
+
+@pytest.mark.parametrize("legacy", [0, 1])
+def test_with_the_filter_on_each_click_applies_the_filter_anew(fresh, legacy):
+    desk = fresh({"UseLegacyGamma": legacy})
+    desk.choose("DAY")
+    desk.wait_for_saves(1)
+    wait = desk.wait_for_legacy_colour if legacy else desk.wait_for_colour
+    for _ in range(2):
+        wait(*DAY)
+        applied = len(desk.effects())
+        desk.set_ramp(model.ramp(model.IDENTITY))  # Somebody else takes the colour away.
+        if desk.popup_visible() and panel_of(desk) == "main":
+            desk.show_settings()
+            wait_for_panel(desk, "settings")
+        desk.flip("ALLOW EXTREME DIM")
+        assert len(desk.effects()) == applied + (0 if legacy else 1)
+    wait(*DAY)
+
+
+# Legacy Mode, from the row and from the tray menu
+
+def switch_legacy_mode(desk, place):
+    saves = desk.saves()
+    if place == "menu":
+        desk.menu(MENU_LEGACY)
+    else:
+        if panel_of(desk) != "settings" or not desk.popup_visible():
+            desk.show_settings()
+            wait_for_panel(desk, "settings")
+        desk.click_unit(*SETTINGS_ROWS["LEGACY MODE"])
+    desk.wait_for_saves(saves + 1)
+
+
+PLACES = pytest.mark.parametrize("place", ["row", "menu"])
+
+
+@PLACES
+def test_legacy_mode_takes_a_lit_filter_over_and_gives_it_back(desk, place):
+    desk.choose("DAY")
+    desk.wait_for_colour(*DAY)
+    desk.wait_for_saves(1)
+    switch_legacy_mode(desk, place)
+    desk.wait_for_legacy_colour(*DAY)
+    assert desk.effects()[-1].matrix == model.matrix(model.IDENTITY)
+    assert (desk.settings()["UseLegacyGamma"], desk.settings()["LegacyModeAutoSet"]) == ("1", "0")
+    applied = len(desk.effects())
+    switch_legacy_mode(desk, place)
+    desk.wait_for_colour(*DAY)
+    assert len(desk.effects()) == applied + 1
+    assert desk.effects()[-1].diagonal == pytest.approx(model.factors(*DAY), abs=1e-6)
+    assert (desk.settings()["UseLegacyGamma"], desk.settings()["LegacyModeAutoSet"]) == ("0", "0")
+    assert desk.tray_tip() == "Ambrel - ON (4000K, 100%)"
+    assert desk.saves() == 3
+
+
+@PLACES
+def test_legacy_mode_with_the_filter_off_touches_no_screen(desk, place):
+    for flag in ("1", "0"):
+        switch_legacy_mode(desk, place)
+        assert desk.settings()["UseLegacyGamma"] == flag
+        assert desk.effects() == []
+        assert desk.screen_is_plain()
+    assert [call.function for call in desk.magnification_calls()] == ["MagInitialize"]
+
+
+@PLACES
+def test_leaving_legacy_mode_loads_the_library_that_the_start_left_alone(fresh, place):
+    desk = fresh({"UseLegacyGamma": 1})
+    desk.choose("DAY")
+    desk.wait_for_saves(1)
+    assert desk.magnification_calls() == []
+    switch_legacy_mode(desk, place)
+    desk.wait_for_colour(*DAY)
+    functions = [call.function for call in desk.magnification_calls()]
+    assert functions[:2] == ["MagInitialize", "MagSetFullscreenColorEffect"]
+
+
+def test_row_and_menu_switch_the_same_flag(panel):
+    panel.flip("LEGACY MODE")
+    wait_for_value(panel, "LEGACY MODE", "ON")
+    panel.menu(MENU_LEGACY)
+    panel.wait_for_setting("UseLegacyGamma", "0")
+    panel.flip("LEGACY MODE")
+    panel.wait_for_setting("UseLegacyGamma", "1")
+    wait_for_value(panel, "LEGACY MODE", "ON")
+
+
+def test_an_automatic_fallback_is_kept_shown_and_ended_over_two_runs(fresh):
+    desk = fresh(effect=(87,))
+    for preset in ("DAY", "EVENING"):
+        desk.choose(preset)
+    desk.wait_for_log(FALLEN_BACK)
+    desk.press_button(desk.wait_for_message_box())
+    assert (desk.settings()["UseLegacyGamma"], desk.settings()["LegacyModeAutoSet"]) == ("1", "1")
+    desk.wait_for_saves(2)
+
+    # The second run goes on in Legacy Mode without a word; the user leaves it by the row.
+    desk.restart()
+    desk.choose("DAY")
+    desk.wait_for_legacy_colour(*DAY)
+    desk.show_settings()
+    wait_for_panel(desk, "settings")
+    assert value_of(desk, "LEGACY MODE") == "ON"
+    assert_no_message_box(desk)
+    switch_legacy_mode(desk, "row")
+    box = desk.wait_for_message_box()
+    assert box.text == "MagSetFullscreenColorEffect failed.\nError code: 87"
+    desk.press_button(box)
+    desk.wait_for_setting("LegacyModeAutoSet", "0")
+    wait_for_value(desk, "LEGACY MODE", "OFF")
+    desk.close_settings()
+    for preset in ("DAY", "EVENING", "NIGHT"):
+        desk.choose(preset)
+    assert_no_message_box(desk)
+    assert FALLEN_BACK not in desk.log()
+    assert desk.settings()["UseLegacyGamma"] == "0"
+
+    # Who left it by hand is told again when a later run falls back.
+    desk.restart()
+    for preset in ("DAY", "EVENING"):
+        desk.choose(preset)
+    desk.wait_for_log(FALLEN_BACK)
+    assert desk.wait_for_message_box().text.startswith("Ambrel detected that your graphics hardware")
+    assert desk.settings()["LegacyModeAutoSet"] == "1"
+
+
+def test_the_row_shows_a_fallback_that_it_caused(fresh):
+    desk = fresh({"AllowExtremeDim": 1}, effect=(0, 87))
+    desk.press_power()
+    desk.wait_for_colour(0.385, 1.0)
+    desk.show_settings()
+    wait_for_panel(desk, "settings")
+    for _ in range(2):
+        desk.click_unit(*SETTINGS_ROWS["ALLOW EXTREME DIM"])
+    desk.press_button(desk.wait_for_message_box())
+    wait_for_value(desk, "LEGACY MODE", "ON")
+    desk.wait_for_legacy_colour(0.385, 1.0)
+
+
+def test_a_refused_ramp_is_told_accepted_again_also_when_the_row_led_away_from_it(fresh):
+    desk = fresh({"UseLegacyGamma": 1})
+    desk.choose("NIGHT")
+    desk.wait_for_log("Legacy ramp REJECTED (intensity=1.000 brightness=0.700) - Windows range limit")
+    switch_legacy_mode(desk, "row")
+    desk.wait_for_colour(*NIGHT)
+    assert not [line for line in desk.log() if "accepted again" in line]
+    desk.close_settings()
+    desk.choose("DAY")
+    desk.wait_for_colour(*DAY)
+    switch_legacy_mode(desk, "row")
+    desk.wait_for_log("Legacy ramp accepted again (intensity=0.385 brightness=1.000)")
+    desk.wait_for_legacy_colour(*DAY)
+    assert len([line for line in desk.log() if line.startswith("Legacy ramp")]) == 2
