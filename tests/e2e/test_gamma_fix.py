@@ -4,6 +4,7 @@ import time
 
 import pytest
 
+from ambrel_lab import LabError
 from desk import wait_until
 from letters import SMALL, picture_of, span, stands
 
@@ -94,6 +95,19 @@ def show_again(desk):
     """As a second start does: the popup hides under another program's box, and a click right after opens nothing."""
     desk.post_message(SHOW_POPUP)
     wait_until(lambda: desk.popup_visible() and desk.popup_is_foreground(), 10.0, "the popup in the foreground")
+
+
+def ask_for_the_fix(desk):
+    """A click on the banner until its question comes: the helper's console may take the foreground from the popup."""
+    for _ in range(3):
+        show_again(desk)
+        desk.click_unit(*STRIP_MIDDLE)
+        try:
+            return wait_until(lambda: next((box for box in desk.message_boxes() if box.text == QUESTION), None), 3.0,
+                              QUESTION)
+        except LabError:
+            continue
+    return box_with(desk, QUESTION)
 
 
 def assert_no_message_box(desk):
@@ -275,9 +289,7 @@ def test_a_helper_that_cannot_be_started_is_one_line_and_the_banner_stays(blocke
 def test_a_helper_that_does_nothing_may_be_started_again_and_a_value_from_elsewhere_counts(blocked, exchanged):
     exchanged("C:\\windows\\system32\\hostname.exe")
     for times in (1, 2):
-        show_again(blocked)
-        blocked.click_unit(*STRIP_MIDDLE)
-        blocked.press_button(box_with(blocked, QUESTION), YES)
+        blocked.press_button(ask_for_the_fix(blocked), YES)
         blocked.wait_for_log(LAUNCHED, times)
     assert_no_message_box(blocked)
     show_again(blocked)
