@@ -51,6 +51,8 @@ def windows_environment(prefix, display, home, debug="-all"):
         "FONTCONFIG_FILE": str(Path(home) / "fonts.conf"),
         "XDG_CACHE_HOME": str(Path(home) / "cache"),
         "XDG_RUNTIME_DIR": str(home),
+        # Where Debian's Wine keeps its server's socket on a machine without /run/user.
+        "TMPDIR": str(home),
     }
 
 
@@ -61,9 +63,3 @@ def make_home(folder):
     (folder / "fonts.conf").write_text(
         '<?xml version="1.0"?><!DOCTYPE fontconfig SYSTEM "fonts.dtd"><fontconfig></fontconfig>\n')
     return folder
-
-
-def server_folder(prefix):
-    """The folder in which Wine's server of this prefix keeps its socket."""
-    facts = os.stat(prefix)
-    return Path(f"/tmp/.wine-{os.getuid()}/server-{facts.st_dev:x}-{facts.st_ino:x}")

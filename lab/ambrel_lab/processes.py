@@ -1,12 +1,9 @@
 """The Linux processes behind a prefix, found by the environment that the lab gave them."""
 
 import os
-import shutil
 import signal
 import time
 from pathlib import Path
-
-from .places import server_folder
 
 TICKS = os.sysconf("SC_CLK_TCK")
 
@@ -45,8 +42,16 @@ def processor_time(pid):
     return (int(fields[11]) + int(fields[12])) / TICKS
 
 
+def kill(pid):
+    """Ends a process at once, wherever it is; one that has ended already is no error."""
+    try:
+        os.kill(pid, signal.SIGKILL)
+    except ProcessLookupError:
+        pass
+
+
 def end_processes(prefix, patience=10.0):
-    """Ends everything in the prefix at once, and Wine's traces of it outside. True when nothing is left."""
+    """Ends everything in the prefix at once. True when nothing is left."""
     prefix = Path(prefix)
     if not prefix.exists():
         return True
@@ -55,10 +60,6 @@ def end_processes(prefix, patience=10.0):
         if time.monotonic() > deadline:
             return False
         for pid in pids:
-            try:
-                os.kill(pid, signal.SIGKILL)
-            except ProcessLookupError:
-                pass
+            kill(pid)
         time.sleep(0.02)
-    shutil.rmtree(server_folder(prefix), ignore_errors=True)
     return True

@@ -5,7 +5,7 @@ from pathlib import Path
 
 from .places import LabError
 from .popup import WINDOW_CLASS
-from .processes import processes_named, processor_time
+from .processes import kill, processes_named, processor_time
 from .waiting import wait_until
 
 
@@ -45,7 +45,8 @@ class ProgramActions:
 
     def kill_program(self):
         """Ends every instance as a crash would, without its clean-up."""
-        self.desktop.run(["taskkill", "/f", "/im", self.program_image])
+        for pid in self.program_pids():
+            kill(pid)
         self.wait_for_exit()
 
     def processor_seconds(self):
