@@ -3,8 +3,8 @@
 
 #include "app/app_state.h"
 #include "filter/gamma_range.h"
-#include "gamma_fix/recorded_registry.h"
 #include "support/call_record.h"
+#include "support/recorded_registry.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include "app/app_state.h"
 #include "app/program_names.h"
 #include "filter/gamma_range.h"
-#include "gamma_fix/recorded_registry.h"
 #include "store/settings.h"
 #include "support/call_record.h"
+#include "support/recorded_registry.h"
 #include "support/seam.h"
 
 namespace {

@@ -4,10 +4,10 @@
 #include <algorithm>
 
 #include "app/app_state.h"
-#include "gamma_fix/recorded_registry.h"
 #include "store/autostart.h"
 #include "store/settings.h"
 #include "support/call_record.h"
+#include "support/recorded_registry.h"
 #include "support/seam.h"
 
 void SaveSettings() {

@@ -1,4 +1,4 @@
-#include "gamma_fix/recorded_registry.h"
+#include "support/recorded_registry.h"
 
 #include <gtest/gtest.h>
 
