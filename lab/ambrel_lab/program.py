@@ -63,6 +63,10 @@ class ProgramActions:
         """How many GDI objects the program holds."""
         return self.desktop.facts("process", self.program_image)["gdi"]
 
+    def open_handles(self):
+        """How many handles the program holds: of files, events, threads, registry keys."""
+        return self.desktop.facts("process", self.program_image)["handles"]
+
     def post_message(self, message, wparam=0, lparam=0, target=WINDOW_CLASS):
         self.desktop.ask("message", target, "post", message, wparam, lparam)
 

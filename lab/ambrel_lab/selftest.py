@@ -113,6 +113,16 @@ def check_windows(lab):
     assert lab.message_boxes() == [] and lab.tray_icons() == []
 
 
+def check_process_facts(lab):
+    facts = lab.desktop.facts("process", TOOL.rpartition("\\")[2])
+    assert facts["process"] > 0 and facts["gdi"] > 0 and facts["handles"] > 0, facts
+    assert lab.desktop.facts("process", facts["process"]) == facts
+    assert lab.desktop.facts("process", "nobody.exe") is None
+    with lab.other_window():
+        other = lab.desktop.facts("process", int(lab.window_facts("LabOtherWindow")["process"]))
+    assert other["process"] != facts["process"] and other["handles"] > 0, other
+
+
 def check_registry_before_start(build_dir):
     with Lab(build_dir, dpi=144) as lab:
         lab.registry_set("HKLM\\Software\\Lab \u26a0", "name \"q\"", "value \\ \u017c")
@@ -172,7 +182,7 @@ def selftest(build_dir):
         print(f"{name:32} {time.monotonic() - started:5.1f} s  {verdict}", flush=True)
 
     with Lab(build_dir) as lab:
-        for call in (check_fonts, check_screen, check_magnification, check_windows):
+        for call in (check_fonts, check_screen, check_magnification, check_windows, check_process_facts):
             check(call.__name__, lambda: call(lab))
     hardware_checks(check, build_dir)
     for call in (check_registry_before_start, check_failure, side_by_side):
