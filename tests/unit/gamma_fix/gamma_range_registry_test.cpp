@@ -6,9 +6,8 @@
 #include <vector>
 
 #include "filter/gamma_range.h"
+#include "support/key_access.h"
 #include "win32/platform.h"
-
-#include <sddl.h>
 
 namespace {
 
@@ -44,26 +43,6 @@ void ExpectStored256() {
     EXPECT_EQ(stored.type, 4U);
     EXPECT_EQ(stored.data, (std::vector<BYTE>{0, 1, 0, 0}));
 }
-
-// The key with the access that a security descriptor in Windows' own notation gives.
-void GrantAccess(const wchar_t* descriptor) {
-    PSECURITY_DESCRIPTOR security = nullptr;
-    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(descriptor, SDDL_REVISION_1, &security,
-                                                                     nullptr));
-    HKEY icm = nullptr;
-    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, WRITE_DAC, &icm), ERROR_SUCCESS);
-    EXPECT_EQ(RegSetKeySecurity(icm, DACL_SECURITY_INFORMATION, security), ERROR_SUCCESS);
-    RegCloseKey(icm);
-    LocalFree(security);
-}
-
-// The key gives only some access while this lives.
-struct RestrictedKey {
-    explicit RestrictedKey(const wchar_t* descriptor) { GrantAccess(descriptor); }
-    ~RestrictedKey() { GrantAccess(L"D:P(A;;KA;;;WD)"); }
-    RestrictedKey(const RestrictedKey&) = delete;
-    RestrictedKey& operator=(const RestrictedKey&) = delete;
-};
 
 class GammaRangeRegistry : public testing::Test {
 protected:
@@ -156,7 +135,8 @@ TEST_F(GammaRangeRegistry, ReadingMakesNoKeyAndNoValue) {
 
 TEST_F(GammaRangeRegistry, AKeyThatIsReadOnlyRefusesTheLiftAndKeepsItsValue) {
     StoreNumber(255);
-    const RestrictedKey readOnly(L"D:P(A;;KRWD;;;WD)");
+    const RestrictedKey readOnly(HKEY_LOCAL_MACHINE, kKey, kReadOnlyAccess);
+    ASSERT_EQ(readOnly.status, ERROR_SUCCESS);
     EXPECT_FALSE(ExpandGammaRange());
     const Stored stored = Read();
     EXPECT_EQ(stored.type, 4U);
@@ -167,6 +147,7 @@ TEST_F(GammaRangeRegistry, AKeyThatIsReadOnlyRefusesTheLiftAndKeepsItsValue) {
 TEST_F(GammaRangeRegistry, AKeyThatMayNotBeReadCountsForNothing) {
     StoreNumber(256);
     EXPECT_TRUE(IsGammaRangeExpanded());
-    const RestrictedKey unreadable(L"D:P(A;;WD;;;WD)");
+    const RestrictedKey unreadable(HKEY_LOCAL_MACHINE, kKey, L"D:P(A;;WD;;;WD)");
+    ASSERT_EQ(unreadable.status, ERROR_SUCCESS);
     EXPECT_FALSE(IsGammaRangeExpanded());
 }

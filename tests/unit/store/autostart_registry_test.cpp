@@ -7,8 +7,7 @@
 #include "app/app_state.h"
 #include "store/autostart.h"
 #include "support/call_record.h"
-
-#include <sddl.h>
+#include "support/key_access.h"
 
 namespace {
 
@@ -62,26 +61,6 @@ void ExpectThisProgramIsStored() {
     EXPECT_EQ(stored.data, std::vector<BYTE>(bytes, bytes + 2 * (path.size() + 1)));
     EXPECT_NE(path.front(), L'"');
 }
-
-// The Run key with the access that a security descriptor in Windows' own notation gives.
-void GrantAccess(const wchar_t* descriptor) {
-    PSECURITY_DESCRIPTOR security = nullptr;
-    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(descriptor, SDDL_REVISION_1, &security,
-                                                                     nullptr));
-    HKEY run = nullptr;
-    ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kKey, 0, WRITE_DAC, &run), ERROR_SUCCESS);
-    EXPECT_EQ(RegSetKeySecurity(run, DACL_SECURITY_INFORMATION, security), ERROR_SUCCESS);
-    RegCloseKey(run);
-    LocalFree(security);
-}
-
-// The Run key may be read but not written while this lives.
-struct ReadOnlyKey {
-    ReadOnlyKey() { GrantAccess(L"D:P(A;;KRWD;;;WD)"); }
-    ~ReadOnlyKey() { GrantAccess(L"D:P(A;;KA;;;WD)"); }
-    ReadOnlyKey(const ReadOnlyKey&) = delete;
-    ReadOnlyKey& operator=(const ReadOnlyKey&) = delete;
-};
 
 class AutostartRegistry : public testing::Test {
 protected:
@@ -155,7 +134,8 @@ TEST_F(AutostartRegistry, WithoutTheKeyNothingIsReadOrMadeAndTheFlagFollowsTheRe
 
 TEST_F(AutostartRegistry, AKeyThatIsReadOnlyKeepsItsValueAndTheFlagFollowsTheRequest) {
     StoreText(REG_SZ, L"C:\\old\\ambrel.exe");
-    const ReadOnlyKey readOnly;
+    const RestrictedKey readOnly(HKEY_CURRENT_USER, kKey, kReadOnlyAccess);
+    ASSERT_EQ(readOnly.status, ERROR_SUCCESS);
     HKEY run = nullptr;
     EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kKey, 0, KEY_SET_VALUE, &run), ERROR_ACCESS_DENIED);
     EXPECT_EQ(ReadAutostartValue(), L"C:\\old\\ambrel.exe");

@@ -1,0 +1,40 @@
+// What a registry key allows, as a security descriptor in Windows' own notation: L"D:P(A;;KR;;;WD)" lets
+// everybody read it and nobody write to it.
+#pragma once
+
+#include "win32/platform.h"
+
+#include <sddl.h>
+
+// The key must allow its access to be changed (WD in the middle), also to be given back.
+inline constexpr wchar_t kAllAccess[] = L"D:P(A;;KA;;;WD)";
+inline constexpr wchar_t kReadOnlyAccess[] = L"D:P(A;;KRWD;;;WD)";
+
+inline LSTATUS GrantAccess(HKEY root, const wchar_t* path, const wchar_t* descriptor) {
+    PSECURITY_DESCRIPTOR security = nullptr;
+    if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(descriptor, SDDL_REVISION_1, &security,
+                                                              nullptr)) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    HKEY key = nullptr;
+    LSTATUS status = RegOpenKeyExW(root, path, 0, WRITE_DAC, &key);
+    if (status == ERROR_SUCCESS) {
+        status = RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, security);
+        RegCloseKey(key);
+    }
+    LocalFree(security);
+    return status;
+}
+
+// The key gives only some access while this lives.
+struct RestrictedKey {
+    RestrictedKey(HKEY keyRoot, const wchar_t* keyPath, const wchar_t* descriptor)
+        : root(keyRoot), path(keyPath), status(GrantAccess(root, path, descriptor)) {}
+    ~RestrictedKey() { GrantAccess(root, path, kAllAccess); }
+    RestrictedKey(const RestrictedKey&) = delete;
+    RestrictedKey& operator=(const RestrictedKey&) = delete;
+
+    HKEY root;
+    const wchar_t* path;
+    LSTATUS status;  // of restricting it
+};
