@@ -1,10 +1,11 @@
 """Launch at Startup: the value that Windows reads at sign-in, its two switches, and its repair at start-up."""
 
 import time
+from contextlib import contextmanager
 
 import pytest
 
-from desk import MARKER, wait_until
+from desk import MARKER, LabError, wait_until
 
 RUN_KEY, RUN_VALUE = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run", "Ambrel2"
 PROGRAM = "C:\\Ambrel\\ambrel.exe"
@@ -48,6 +49,23 @@ def begin_fixture(file_desk):
         return file_desk
     yield start
     file_desk.registry_delete(RUN_KEY, RUN_VALUE)
+
+
+@contextmanager
+def read_only_run_key(desk):
+    """Within it nobody may write to the Run key, but all may read it."""
+    program = "C:\\lab\\grant_key_access.exe"
+    desk.prefix.put(desk.build_dir / "unit" / "grant_key_access.exe", program)
+
+    def grant(access):
+        assert desk.desktop.run([program, RUN_KEY.partition("\\")[2], access]) == 0
+    grant("read")
+    try:
+        with pytest.raises(LabError):
+            desk.registry_set(RUN_KEY, "Other", "C:\\other.exe")
+        yield
+    finally:
+        grant("all")
 
 
 def repair_lines(desk):
@@ -282,3 +300,56 @@ def test_without_a_run_key_the_option_is_kept_in_the_file_alone(begin, file_desk
     finally:
         desk.registry_set(RUN_KEY, "Made again", 1)
         desk.registry_delete(RUN_KEY, "Made again")
+
+
+@pytest.mark.parametrize("place", ["row", "menu"])
+def test_with_a_read_only_run_key_the_option_is_kept_in_the_file_alone(begin, place):
+    desk = begin()
+    with read_only_run_key(desk):
+        for flag in ("1", "0", "1"):
+            switch(desk, place)
+            assert desk.settings()["LaunchAtStart"] == flag
+            assert raw_entry(desk) is None
+        assert repair_lines(desk) == []
+        assert desk.message_boxes() == []
+        # The rest of the program goes on.
+        if place == "row":
+            desk.close_settings()
+        desk.press_power()
+        desk.wait_for_colour(0.385, 1.0)
+        desk.wait_for_saves(4)
+    # Off and on again it is written, now that it can be.
+    switch(desk, "menu")
+    switch(desk, "menu")
+    assert_entry(desk)
+
+
+def test_in_a_read_only_run_key_an_entry_stays_and_turns_the_option_on_again(begin):
+    desk = begin()
+    desk.registry_set(RUN_KEY, RUN_VALUE, ELSEWHERE)
+    with read_only_run_key(desk):
+        for _ in range(2):
+            desk.restart()
+            desk.wait_for_log(pointed_at(ELSEWHERE))
+            switch(desk, "menu")
+            assert desk.settings()["LaunchAtStart"] == "0"
+            assert raw_entry(desk) == (TEXT, wide(ELSEWHERE + "\0"))
+        assert repair_lines(desk) == [pointed_at(ELSEWHERE)]
+        assert desk.message_boxes() == []
+    desk.restart()
+    desk.wait_for_log(pointed_at(ELSEWHERE))
+    assert_entry(desk)
+
+
+def test_in_a_read_only_run_key_a_missing_entry_stays_missing_and_the_option_on(begin):
+    desk = begin(settings=ON)
+    desk.wait_for_log(RESTORED)
+    desk.registry_delete(RUN_KEY, RUN_VALUE)
+    with read_only_run_key(desk):
+        desk.restart()
+        desk.wait_for_log(RESTORED)
+        assert raw_entry(desk) is None
+        desk.press_power()
+        desk.wait_for_saves(1)
+        assert desk.settings()["LaunchAtStart"] == "1"
+        assert desk.message_boxes() == []
