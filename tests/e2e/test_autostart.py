@@ -331,6 +331,9 @@ def test_in_a_read_only_run_key_an_entry_stays_and_turns_the_option_on_again(beg
         for _ in range(2):
             desk.restart()
             desk.wait_for_log(pointed_at(ELSEWHERE))
+            desk.press_power()
+            desk.wait_for_saves(1)
+            assert desk.settings()["LaunchAtStart"] == "1"
             switch(desk, "menu")
             assert desk.settings()["LaunchAtStart"] == "0"
             assert raw_entry(desk) == (TEXT, wide(ELSEWHERE + "\0"))
