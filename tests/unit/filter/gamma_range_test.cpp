@@ -5,11 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <ctime>
 
 #include "app/app_state.h"
 #include "support/call_record.h"
-#include "support/seam.h"
+#include "support/fake_clock.h"
 
 namespace {
 
@@ -19,19 +18,6 @@ using testing::IsEmpty;
 constexpr std::uint64_t kBoot = 1'700'000'000;  // seconds since 1970
 constexpr std::uint64_t kUp = 5'000;            // seconds since then
 
-std::uint64_t g_now;   // seconds since 1970
-std::uint64_t g_tick;  // ms since the machine was started
-
-__time64_t __cdecl FakeTime(__time64_t* out) {
-    const auto now = static_cast<__time64_t>(g_now);
-    if (out != nullptr) *out = now;
-    return now;
-}
-
-ULONGLONG WINAPI FakeGetTickCount64() {
-    return g_tick;
-}
-
 const std::string kDemoted =
     "log: Gamma fix exhausted: ramps still rejected after restart (driver level limit?) - banner demoted";
 
@@ -40,7 +26,7 @@ protected:
     void SetUp() override {
         g_app = AppState{};
         g_calls.clear();
-        g_now = kBoot + kUp;
+        g_clock = kBoot + kUp;
         g_tick = kUp * 1000;
     }
 
@@ -60,9 +46,6 @@ class GammaBanner : public GammaRange {};
 
 }  // namespace
 
-AMBREL_SEAM(_time64, FakeTime);
-AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
-
 TEST_F(GammaRange, ARestartCountsOnlyWhenTheMachineStartedLaterThanTheFix) {
     EXPECT_TRUE(RestartDoneSince(kBoot - 1));
     EXPECT_FALSE(RestartDoneSince(kBoot));
@@ -74,7 +57,7 @@ TEST_F(GammaRange, AnOldFixCountsThroughLaterRestarts) {
 }
 
 TEST_F(GammaRange, UptimeCountsInWholeSecondsCutShort) {
-    g_now = kBoot;
+    g_clock = kBoot;
     g_tick = 999;
     EXPECT_TRUE(RestartDoneSince(kBoot - 1));
     g_tick = 1'999;
@@ -92,9 +75,9 @@ TEST_F(GammaRange, AnExpansionMadeOutsideTheProgramHasNoRestartToCount) {
 }
 
 TEST_F(GammaRange, AfterAFixJustNowTimeAndSleepAloneAreNoRestart) {
-    const std::uint64_t fixed = g_now;
+    const std::uint64_t fixed = g_clock;
     EXPECT_FALSE(RestartDoneSince(fixed));
-    g_now += 30 * 86'400;
+    g_clock += 30 * 86'400;
     g_tick += std::uint64_t{30} * 86'400 * 1000;
     EXPECT_FALSE(RestartDoneSince(fixed));
     g_tick = 20'000;
@@ -107,7 +90,7 @@ TEST_F(GammaRange, AnEpochOfNoRealDateIsNotPassed) {
 }
 
 TEST_F(GammaRange, AClockSetBackBelowTheUptimeIsNoRestart) {
-    g_now = 100;
+    g_clock = 100;
     EXPECT_FALSE(RestartDoneSince(50));
 }
 

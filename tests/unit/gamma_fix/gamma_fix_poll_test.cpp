@@ -7,7 +7,7 @@
 #include "filter/gamma_range.h"
 #include "store/settings.h"
 #include "support/call_record.h"
-#include "support/seam.h"
+#include "support/fake_clock.h"
 
 namespace {
 
@@ -39,19 +39,6 @@ namespace {
 constexpr std::uint64_t kDeadline = 5'120'000;
 constexpr std::uint64_t kNow = 1'800'000'000;
 
-ULONGLONG g_tick = 0;
-std::uint64_t g_clock = 0;
-
-ULONGLONG WINAPI FakeGetTickCount64() {
-    return g_tick;
-}
-
-__time64_t __cdecl FakeTime(__time64_t* out) {
-    const auto now = static_cast<__time64_t>(g_clock);
-    if (out != nullptr) *out = now;
-    return now;
-}
-
 const CallRecord kConfirmed = {"read registry", "kill timer 8", "save expanded=1 pending=0 epoch=1800000000",
                                "log: Gamma-range expansion confirmed in registry - restart pending",
                                "refresh expanded=1 pending=0 epoch=1800000000"};
@@ -80,9 +67,6 @@ protected:
 };
 
 }  // namespace
-
-AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
-AMBREL_SEAM(_time64, FakeTime);
 
 TEST_F(GammaFixPoll, AConfirmedFixStopsSavesLogsAndShowsInThatOrder) {
     g_expanded = true;

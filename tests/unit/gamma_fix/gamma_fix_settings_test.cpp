@@ -5,6 +5,7 @@
 #include "filter/gamma_fix.h"
 #include "filter/gamma_range.h"
 #include "support/call_record.h"
+#include "support/fake_clock.h"
 
 void RefreshPopupAndTray() {
     Record("refresh");
@@ -15,19 +16,6 @@ namespace {
 using settings_bench::g_log;
 
 constexpr std::uint64_t kFixed = 1'800'000'000;
-
-std::uint64_t g_clock = 0;
-ULONGLONG g_tick = 0;
-
-ULONGLONG WINAPI FakeGetTickCount64() {
-    return g_tick;
-}
-
-__time64_t __cdecl FakeTime(__time64_t* out) {
-    const auto now = static_cast<__time64_t>(g_clock);
-    if (out != nullptr) *out = now;
-    return now;
-}
 
 const std::wstring kDemoted =
     L"Gamma fix exhausted: ramps still rejected after restart (driver level limit?) - banner demoted";
@@ -77,9 +65,6 @@ protected:
 };
 
 }  // namespace
-
-AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
-AMBREL_SEAM(_time64, FakeTime);
 
 TEST_F(GammaFixSettings, WhatTheRegistryShowsIsSavedWithItsTime) {
     OnGammaFixTimer();

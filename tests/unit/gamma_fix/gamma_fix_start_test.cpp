@@ -9,6 +9,7 @@
 #include "filter/gamma_range.h"
 #include "store/settings.h"
 #include "support/call_record.h"
+#include "support/fake_clock.h"
 #include "support/seam.h"
 
 #include <shellapi.h>
@@ -30,7 +31,6 @@ HWND const kWindow = MakeHandle<HWND>(500);
 
 int g_answer = IDYES;
 INT_PTR g_shellResult = 42;
-ULONGLONG g_tick = 0;
 ULONGLONG g_timeAtThePrompt = 0;  // ms that the user takes over the elevation prompt
 std::wstring g_ownPath;
 
@@ -58,10 +58,6 @@ HINSTANCE WINAPI FakeShellExecute(HWND owner, const wchar_t* verb, const wchar_t
     Record("execute ", Narrow(verb), " [", Narrow(file), "] [", Narrow(parameters), "] show ", show);
     g_tick += g_timeAtThePrompt;
     return MakeHandle<HINSTANCE>(static_cast<std::uintptr_t>(g_shellResult));
-}
-
-ULONGLONG WINAPI FakeGetTickCount64() {
-    return g_tick;
 }
 
 const std::string kQuestion =
@@ -108,7 +104,6 @@ protected:
 AMBREL_SEAM(MessageBoxW, FakeMessageBox);
 AMBREL_SEAM(GetModuleFileNameW, FakeGetModuleFileName);
 AMBREL_SEAM(ShellExecuteW, FakeShellExecute);
-AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
 
 TEST_F(GammaFixStart, YesLaunchesTheProgramItselfElevatedAndBeginsToWait) {
     StartGammaRangeFix();

@@ -4,26 +4,13 @@
 #include "app/app_state.h"
 #include "gdi_recorder.h"
 #include "support/call_record.h"
-#include "support/seam.h"
+#include "support/fake_clock.h"
 #include "ui/main_panel.h"
 #include "ui/regions.h"
 
 namespace {
 
 constexpr std::uint64_t kFixed = 1'800'000'000;
-
-std::uint64_t g_clock = 0;
-ULONGLONG g_tick = 0;
-
-ULONGLONG WINAPI FakeGetTickCount64() {
-    return g_tick;
-}
-
-__time64_t __cdecl FakeTime(__time64_t* out) {
-    const auto now = static_cast<__time64_t>(g_clock);
-    if (out != nullptr) *out = now;
-    return now;
-}
 
 const CallRecord kSaidOnce = {
     "log: Gamma fix exhausted: ramps still rejected after restart (driver level limit?) - banner demoted"};
@@ -65,9 +52,6 @@ protected:
 };
 
 }  // namespace
-
-AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
-AMBREL_SEAM(_time64, FakeTime);
 
 TEST_F(BannerDemotion, BeforeTheRestartPaintingAndHitTestShowIt) {
     Paint();

@@ -10,15 +10,9 @@
 #include "expected_drawing.h"
 #include "gdi_recorder.h"
 #include "support/call_record.h"
-#include "support/seam.h"
+#include "support/fake_clock.h"
 
 namespace {
-
-ULONGLONG g_tick = 0;
-
-ULONGLONG WINAPI FakeGetTickCount64() {
-    return g_tick;
-}
 
 const Drawing kNothing;
 constexpr Rect kSupportBox = {24, 462, 296, 516};
@@ -96,8 +90,6 @@ protected:
 };
 
 }  // namespace
-
-AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
 
 TEST_F(SettingsPanelDrawing, WithEveryFlagOffTheRowsSayOff) {
     const Drawn drawn = DrawPanel();

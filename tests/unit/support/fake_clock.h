@@ -1,0 +1,7 @@
+// Takes both clocks' place in a test program: time passes only where the test says so.
+#pragma once
+
+#include <cstdint>
+
+inline std::uint64_t g_clock = 0;  // seconds since 1970, for time()
+inline std::uint64_t g_tick = 0;   // ms since the machine was started, for GetTickCount64()
