@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "app/app_state.h"
+#include "drawing_test.h"
 #include "gdi_recorder.h"
 #include "support/call_record.h"
 #include "support/fake_clock.h"
@@ -31,11 +32,10 @@ Region Hit() {
     return HitTest(160, 382);
 }
 
-class BannerDemotion : public testing::Test {
+class BannerDemotion : public DrawingTest {
 protected:
     void SetUp() override {
-        g_app = AppState{};
-        ResetGdi();
+        DrawingTest::SetUp();
         g_calls.clear();
         g_app.useLegacyGamma = true;
         g_app.lastApplyRejected = true;

@@ -3,23 +3,16 @@
 #include <gtest/gtest.h>
 
 #include "app/app_state.h"
+#include "drawing_test.h"
 #include "expected_drawing.h"
 #include "gdi_recorder.h"
 
 namespace {
 
 constexpr std::uint32_t kDpis[] = {96, 120, 144, 192, 0};
-const Drawing kNothing;
 
-class DrawingKit : public testing::Test {
+class DrawingKit : public DrawingTest {
 protected:
-    void SetUp() override {
-        g_app = AppState{};
-        ResetGdi();
-    }
-
-    void TearDown() override { EXPECT_EQ(GdiLeftovers(), kNothing); }
-
     HDC dc() const { return ScreenContext(); }
 };
 
@@ -123,6 +116,7 @@ TEST_F(DrawingKit, ARoundedGradientPutsTheOldClipBack) {
     FillRoundedGradient(dc(), {0, 0, 10, 10}, 2, 0, 0);
     EXPECT_EQ(ClipOf(dc()), "what was there");
     EXPECT_EQ(g_gdi.drawn.back(), "clip what was there");
+    SetClipOf(dc(), "none");
 }
 
 TEST_F(DrawingKit, ARoundedGradientWithoutAnOldClipLeavesNone) {

@@ -6,13 +6,12 @@
 #include <string>
 
 #include "app/app_state.h"
+#include "drawing_test.h"
 #include "expected_drawing.h"
 #include "gdi_recorder.h"
 #include "ui/power_button.h"
 
 namespace {
-
-const Drawing kNothing;
 
 struct Look {
     std::string kelvin;
@@ -63,18 +62,8 @@ Drawing PanelDrawing(const Look& look, std::uint32_t dpi = 96) {
     return panel + PowerSurface(on, dpi) + Drawing{kMeasure, Word(135, 50)};
 }
 
-class MainPanelDrawing : public testing::Test {
+class MainPanelDrawing : public DrawingTest {
 protected:
-    void SetUp() override {
-        g_app = AppState{};
-        ResetGdi();
-    }
-
-    void TearDown() override {
-        EXPECT_EQ(GdiLeftovers(), kNothing);
-        EXPECT_EQ(ClipOf(ScreenContext()), "none");
-    }
-
     static Drawing Drawn() {
         g_gdi.drawn.clear();
         DrawMainPanel(ScreenContext());

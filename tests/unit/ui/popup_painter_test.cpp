@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "app/app_state.h"
+#include "drawing_test.h"
 #include "expected_drawing.h"
 #include "gdi_recorder.h"
 #include "ui/main_panel.h"
@@ -13,7 +14,6 @@
 
 namespace {
 
-const Drawing kNothing;
 HWND const kWindow = reinterpret_cast<HWND>(77);
 
 Drawing CanvasOf(const std::string& viewport) {
@@ -32,15 +32,12 @@ Drawing FrameOf(const std::string& size, const std::string& bitmap) {
            CanvasOf(size) + Drawing{"map mode 1", "copy " + bitmap + " from (0,0) to (0,0) " + size};
 }
 
-class PopupPainter : public testing::Test {
+class PopupPainter : public DrawingTest {
 protected:
     void SetUp() override {
-        g_app = AppState{};
+        DrawingTest::SetUp();
         g_app.mainWindow = kWindow;
-        ResetGdi();
     }
-
-    void TearDown() override { EXPECT_EQ(GdiLeftovers(), kNothing); }
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "app/app_state.h"
 #include "app/program_names.h"
+#include "drawing_test.h"
 #include "expected_drawing.h"
 #include "gdi_recorder.h"
 #include "support/call_record.h"
@@ -14,7 +15,6 @@
 
 namespace {
 
-const Drawing kNothing;
 constexpr Rect kSupportBox = {24, 462, 296, 516};
 constexpr Rect kRows[] = {{24, 132, 296, 174}, {24, 182, 296, 224}, {24, 232, 296, 274}};
 
@@ -66,18 +66,12 @@ Drawn DrawPanel() {
     return drawn;
 }
 
-class SettingsPanelDrawing : public testing::Test {
+class SettingsPanelDrawing : public DrawingTest {
 protected:
     void SetUp() override {
-        g_app = AppState{};
+        DrawingTest::SetUp();
         g_app.panel = Panel::Settings;
         g_tick = 70'000;
-        ResetGdi();
-    }
-
-    void TearDown() override {
-        EXPECT_EQ(GdiLeftovers(), kNothing);
-        EXPECT_EQ(ClipOf(ScreenContext()), "none");
     }
 
     static void ExpectButton(const std::string& surface, const Drawing& texts) {

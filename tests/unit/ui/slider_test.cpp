@@ -6,27 +6,17 @@
 #include <cmath>
 
 #include "app/app_state.h"
+#include "drawing_test.h"
 #include "expected_drawing.h"
 #include "gdi_recorder.h"
 
 namespace {
 
-const Drawing kNothing;
 constexpr COLORREF kRed = RGB(255, 0, 0);
 constexpr COLORREF kWhite = RGB(255, 255, 255);
 
-class SliderControl : public testing::Test {
+class SliderControl : public DrawingTest {
 protected:
-    void SetUp() override {
-        g_app = AppState{};
-        ResetGdi();
-    }
-
-    void TearDown() override {
-        EXPECT_EQ(GdiLeftovers(), kNothing);
-        EXPECT_EQ(ClipOf(ScreenContext()), "none");
-    }
-
     static Drawing Draw(double value, bool active = true) {
         g_gdi.drawn.clear();
         DrawVerticalSlider(ScreenContext(), {80, value, kRed, active, L"WARMTH", L"4,000K", 84});

@@ -6,13 +6,13 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "drawing_test.h"
 #include "expected_drawing.h"
 #include "gdi_recorder.h"
 
 namespace {
 
 std::vector<std::wstring> g_logged;
-const Drawing kNothing;
 
 constexpr std::uint32_t kAmber = 0xFFD200;
 constexpr std::uint32_t kGreen = 0x00D67C;
@@ -53,15 +53,12 @@ const std::string kHint = "\\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS A
 const std::string kBlocked = "\\u26a0 COLORS BLOCKED BY WINDOWS. CLICK TO FIX";
 const std::string kRestart = "\\u26a0 FIX APPLIED. RESTART YOUR COMPUTER";
 
-class StatusStripDrawing : public testing::Test {
+class StatusStripDrawing : public DrawingTest {
 protected:
     void SetUp() override {
-        g_app = AppState{};
-        ResetGdi();
+        DrawingTest::SetUp();
         g_logged.clear();
     }
-
-    void TearDown() override { EXPECT_EQ(GdiLeftovers(), kNothing); }
 
     static Drawing Drawn() {
         g_gdi.drawn.clear();

@@ -1,0 +1,20 @@
+// What the tests of drawing share: nothing is drawn yet at the start, nothing is left behind at the end.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "app/app_state.h"
+#include "gdi_recorder.h"
+
+class DrawingTest : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        ResetGdi();
+    }
+
+    void TearDown() override {
+        EXPECT_EQ(GdiLeftovers(), Drawing{});
+        EXPECT_EQ(ClipOf(ScreenContext()), "none");
+    }
+};
