@@ -81,6 +81,16 @@ BOOL WINAPI FakeAttachThreadInput(DWORD from, DWORD to, BOOL attach) {
     return g_system.attachable;
 }
 
+const CallRecord kInsisted = {
+    "to top 500",       "ask 500",    "read time-out", "set time-out 0",   "allow 4294967295",
+    "attach own other", "to top 500", "ask 500",       "detach own other", "set time-out 200000",
+};
+// The same without sharing the input.
+const CallRecord kInsistedAlone = {
+    "to top 500",       "ask 500",    "read time-out", "set time-out 0",
+    "allow 4294967295", "to top 500", "ask 500",       "set time-out 200000",
+};
+
 class Foreground : public testing::Test {
 protected:
     void SetUp() override {
@@ -108,59 +118,34 @@ TEST_F(Foreground, GrantedAtOnceNothingElseIsTouched) {
 TEST_F(Foreground, IsInsistedOnWithTheLockLiftedAndTheInputShared) {
     g_system.grantedRequest = 2;
     EXPECT_TRUE(BringToForeground(kPopup));
-    EXPECT_EQ(g_calls, (CallRecord{
-                           "to top 500",
-                           "ask 500",
-                           "read time-out",
-                           "set time-out 0",
-                           "allow 4294967295",
-                           "attach own other",
-                           "to top 500",
-                           "ask 500",
-                           "detach own other",
-                           "set time-out 200000",
-                       }));
+    EXPECT_EQ(g_calls, kInsisted);
 }
 
 TEST_F(Foreground, WhenStillRefusedInputAndTimeOutAreAsBefore) {
     g_system.grantedRequest = 0;
     EXPECT_FALSE(BringToForeground(kPopup));
-    EXPECT_EQ(g_calls, (CallRecord{
-                           "to top 500",
-                           "ask 500",
-                           "read time-out",
-                           "set time-out 0",
-                           "allow 4294967295",
-                           "attach own other",
-                           "to top 500",
-                           "ask 500",
-                           "detach own other",
-                           "set time-out 200000",
-                       }));
+    EXPECT_EQ(g_calls, kInsisted);
 }
 
 TEST_F(Foreground, TheInputOfAHungWindowsThreadIsNotShared) {
     g_system.hung = true;
     g_system.grantedRequest = 2;
     EXPECT_TRUE(BringToForeground(kPopup));
-    EXPECT_EQ(g_calls, (CallRecord{"to top 500", "ask 500", "read time-out", "set time-out 0",
-                                   "allow 4294967295", "to top 500", "ask 500", "set time-out 200000"}));
+    EXPECT_EQ(g_calls, kInsistedAlone);
 }
 
 TEST_F(Foreground, TheOwnThreadIsNotAttachedToItself) {
     g_system.foregroundThread = GetCurrentThreadId();
     g_system.grantedRequest = 2;
     EXPECT_TRUE(BringToForeground(kPopup));
-    EXPECT_EQ(g_calls, (CallRecord{"to top 500", "ask 500", "read time-out", "set time-out 0",
-                                   "allow 4294967295", "to top 500", "ask 500", "set time-out 200000"}));
+    EXPECT_EQ(g_calls, kInsistedAlone);
 }
 
 TEST_F(Foreground, WithoutAForegroundWindowNoInputIsShared) {
     g_system.foreground = nullptr;
     g_system.grantedRequest = 2;
     EXPECT_TRUE(BringToForeground(kPopup));
-    EXPECT_EQ(g_calls, (CallRecord{"to top 500", "ask 500", "read time-out", "set time-out 0",
-                                   "allow 4294967295", "to top 500", "ask 500", "set time-out 200000"}));
+    EXPECT_EQ(g_calls, kInsistedAlone);
 }
 
 TEST_F(Foreground, AnInputThatCouldNotBeAttachedIsNotDetached) {

@@ -17,12 +17,14 @@ struct Guarded {
     wchar_t after[4];
 
     Guarded() { std::fill(std::begin(before), std::end(after), kUntouched); }
-
-    bool NeighboursUntouched() const {
-        const auto untouched = [](wchar_t c) { return c == kUntouched; };
-        return std::all_of(std::begin(before), std::end(before), untouched) &&
-               std::all_of(std::begin(after), std::end(after), untouched);
+    ~Guarded() {
+        for (const wchar_t neighbour : before)
+            EXPECT_EQ(neighbour, kUntouched);
+        for (const wchar_t neighbour : after)
+            EXPECT_EQ(neighbour, kUntouched);
     }
+    Guarded(const Guarded&) = delete;
+    Guarded& operator=(const Guarded&) = delete;
 };
 
 }  // namespace
@@ -31,21 +33,18 @@ TEST(FormatText, ATextOneShorterThanTheBufferIsWhole) {
     Guarded buffer;
     FormatText(buffer.text, "%ls", L"1234567");
     EXPECT_STREQ(buffer.text, L"1234567");
-    EXPECT_TRUE(buffer.NeighboursUntouched());
 }
 
 TEST(FormatText, ATextAsLongAsTheBufferLosesItsLastCharacter) {
     Guarded buffer;
     FormatText(buffer.text, "%ls", L"12345678");
     EXPECT_STREQ(buffer.text, L"1234567");
-    EXPECT_TRUE(buffer.NeighboursUntouched());
 }
 
 TEST(FormatText, ATextOneLongerThanTheBufferIsCutAtTheLastPlace) {
     Guarded buffer;
     FormatText(buffer.text, "%ls", L"123456789");
     EXPECT_STREQ(buffer.text, L"1234567");
-    EXPECT_TRUE(buffer.NeighboursUntouched());
 }
 
 TEST(FormatText, AMuchLongerTextIsCutAndTerminated) {
@@ -53,42 +52,36 @@ TEST(FormatText, AMuchLongerTextIsCutAndTerminated) {
     const std::wstring endless(5000, L'x');
     FormatText(buffer.text, "ab%ls%d", endless.c_str(), 7);
     EXPECT_STREQ(buffer.text, L"abxxxxx");
-    EXPECT_TRUE(buffer.NeighboursUntouched());
 }
 
 TEST(FormatText, LiteralTextIsCutToo) {
     Guarded buffer;
     FormatText(buffer.text, "12345678");
     EXPECT_STREQ(buffer.text, L"1234567");
-    EXPECT_TRUE(buffer.NeighboursUntouched());
 }
 
 TEST(FormatText, ANumberIsCutInTheMiddle) {
     Guarded buffer;
     FormatText(buffer.text, "abcd%d", 123456);
     EXPECT_STREQ(buffer.text, L"abcd123");
-    EXPECT_TRUE(buffer.NeighboursUntouched());
 }
 
 TEST(FormatText, AFractionIsCutInTheMiddle) {
     Guarded buffer;
     FormatText(buffer.text, "abc%.3f", 12.345);
     EXPECT_STREQ(buffer.text, L"abc12.3");
-    EXPECT_TRUE(buffer.NeighboursUntouched());
 }
 
 TEST(FormatText, NothingAfterTheCutIsWrittenAnywhere) {
     Guarded buffer;
     FormatText(buffer.text, "%ls%ls%ls", L"1234567", L"8", L"9");
     EXPECT_STREQ(buffer.text, L"1234567");
-    EXPECT_TRUE(buffer.NeighboursUntouched());
 }
 
 TEST(FormatText, AnEmptyTextIsOnlyTheTerminatingZero) {
     Guarded buffer;
     FormatText(buffer.text, "%ls", L"");
     EXPECT_STREQ(buffer.text, L"");
-    EXPECT_TRUE(buffer.NeighboursUntouched());
 }
 
 TEST(FormatText, ACapacityOfOneHoldsOnlyTheTerminatingZero) {
@@ -96,14 +89,12 @@ TEST(FormatText, ACapacityOfOneHoldsOnlyTheTerminatingZero) {
     FormatWide(buffer.text, 1, L"%ls", L"1234567");
     EXPECT_EQ(buffer.text[0], L'\0');
     EXPECT_EQ(buffer.text[1], kUntouched);
-    EXPECT_TRUE(buffer.NeighboursUntouched());
 }
 
 TEST(FormatText, ACapacityOfZeroWritesNothing) {
     Guarded buffer;
     FormatWide(buffer.text, 0, L"%ls", L"1234567");
     EXPECT_EQ(buffer.text[0], kUntouched);
-    EXPECT_TRUE(buffer.NeighboursUntouched());
 }
 
 TEST(FormatText, EveryCapacityCutsAtItsOwnLastPlace) {
