@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 
+#include "brightness/monitor_functions.h"
 #include "win32/platform.h"
 
 struct tagMAGCOLOREFFECT;
@@ -93,9 +94,11 @@ struct AppState {
     bool pwmVerifyIsUserToggle = false;
     std::int32_t pwmTargetCount = 0;
     std::int32_t pwmTargetsAt100 = 0;
+    bool pwmBusy = false;  // an operation waits for displays to answer
     bool pwmPendingLogged = false;
     std::int32_t pwmRetryCount = 0;
     bool pwmRetrySlowed = false;
+    MonitorFunctions monitorFunctions;
     std::map<std::wstring, std::uint32_t> pwmSavedBrightness;  // percent before the lock, by target name
 
     bool launchAtStart = false;

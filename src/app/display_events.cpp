@@ -4,6 +4,7 @@
 #include "app/refresh.h"
 #include "app/scaled_resources.h"
 #include "app/timers.h"
+#include "brightness/pwm_safe.h"
 #include "filter/filter.h"
 #include "filter/magnification.h"
 #include "ui/canvas.h"
@@ -32,5 +33,6 @@ void OnDisplaysSettled() {
         if (!g_app.useLegacyGamma && !g_app.magnificationReady) InitMagnification();
         ApplyFilter();
     }
+    ReassertPwmSafeAfterChange();
     RefreshPopupAndTray();
 }

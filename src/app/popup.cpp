@@ -6,6 +6,7 @@
 #include "app/foreground.h"
 #include "app/scaled_resources.h"
 #include "app/timers.h"
+#include "brightness/pwm_safe.h"
 #include "ui/canvas.h"
 
 namespace {
@@ -42,6 +43,9 @@ POINT PlacePopup(const RECT& workArea) {
 }
 
 void ShowPopup() {
+    RefreshPwmSafeTargets(false);
+    // The displays may take long to answer, and the program may have been quit meanwhile.
+    if (g_app.ending) return;
     POINT cursor = {};
     GetCursorPos(&cursor);
     HMONITOR monitor = MonitorFromPoint(cursor, MONITOR_DEFAULTTONEAREST);

@@ -5,6 +5,7 @@
 #include "app/single_instance.h"
 #include "app/timers.h"
 #include "app/tray_icon.h"
+#include "brightness/pwm_safe.h"
 #include "filter/cursor_tint.h"
 #include "filter/legacy_gamma.h"
 #include "filter/magnification.h"
@@ -27,6 +28,7 @@ void FreeDrawingResources() {
 void OnCreate(HWND window) {
     g_app.mainWindow = window;
     g_app.panel = Panel::Main;
+    RestorePwmSafeFromSettings();
     RefreshPopupAndTray();
 }
 
@@ -37,6 +39,7 @@ void OnDestroy() {
     StopTimer(TimerId::PwmSafePoll);
     StopTimer(TimerId::PwmSafeVerify);
     StopTimer(TimerId::PopupAutoHide);
+    ReleasePwmSafeLock();
     ReleaseCursorCopies();
     RestoreIdentityRamp();
     ShutdownMagnification();
@@ -55,6 +58,7 @@ void OnEndSession(bool ending) {
     StopTimer(TimerId::DisplaySettle);
     StopTimer(TimerId::PwmSafePoll);
     StopTimer(TimerId::PwmSafeVerify);
+    ReleasePwmSafeLock();
     ReleaseCursorCopies();
     RestoreIdentityRamp();
 }

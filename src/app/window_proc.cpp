@@ -12,6 +12,7 @@
 #include "app/timers.h"
 #include "app/tray_events.h"
 #include "app/window_lifetime.h"
+#include "brightness/pwm_safe.h"
 #include "filter/gamma_fix.h"
 #include "store/settings.h"
 #include "ui/popup_input.h"
@@ -25,9 +26,15 @@ void OnTimer(TimerId timer) {
     switch (timer) {
         case TimerId::SaveSettings: SaveSettings(); return;
         case TimerId::DisplaySettle: OnDisplaysSettled(); return;
-        case TimerId::CopiedLookEnd:
+        case TimerId::CopiedLookEnd: RefreshPopupAndTray(); return;
         case TimerId::PwmSafePoll:
-        case TimerId::PwmSafeVerify: RefreshPopupAndTray(); return;
+            RefreshPwmSafeTargets(true);
+            RefreshPopupAndTray();
+            return;
+        case TimerId::PwmSafeVerify:
+            VerifyPwmLock();
+            RefreshPopupAndTray();
+            return;
         case TimerId::PopupAutoHide: OnAutoHideTimer(); return;
         case TimerId::TrayRetry: OnTrayRetryTimer(); return;
         case TimerId::GammaFixPoll: OnGammaFixTimer(); return;

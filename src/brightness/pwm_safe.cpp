@@ -1,26 +1,247 @@
 #include "brightness/pwm_safe.h"
 
 #include "app/app_state.h"
+#include "app/timers.h"
+#include "brightness/display_targets.h"
+#include "store/event_log.h"
+#include "store/settings.h"
 
 namespace {
 
-const wchar_t* LabelWhileOn() {
-    if (!g_app.pwmTargetsPresent) return L"WAITING FOR DISPLAY";
-    if (g_app.pwmVerifyPending) return L"VERIFYING 100% LOCK";
-    if (!g_app.pwmLockConfirmed) {
-        return g_app.pwmRetrySlowed ? L"DISPLAY WON'T HOLD 100%" : L"REASSERTING 100% LOCK";
-    }
-    return g_app.pwmBuiltInOnly ? L"BUILT-IN PANEL LOCKED AT 100%" : L"DISPLAY LOCKED AT 100%";
+constexpr int kFailuresToSlowDown = 10;  // reached, not exceeded
+
+// A message that is handled while displays answer may come back here. It must not work on what is being
+// changed, and a slow display must not be asked anew by every poll: until the operation is done, others wait
+// for their next turn. Only the end, which gives everything back, does not wait.
+struct [[nodiscard]] BusyWithDisplays {
+    BusyWithDisplays() { g_app.pwmBusy = true; }
+    ~BusyWithDisplays() { g_app.pwmBusy = false; }
+    BusyWithDisplays(const BusyWithDisplays&) = delete;
+    BusyWithDisplays& operator=(const BusyWithDisplays&) = delete;
+};
+
+DisplayTargetList LookAtDisplays() {
+    DisplayTargetList list;
+    EnumerateTargets(&list);
+    CountTargets(list);
+    return list;
 }
 
-const wchar_t* LabelWhileOff() {
-    // Also with no display at all, 0 of 0.
-    if (g_app.pwmTargetsAt100 >= g_app.pwmTargetCount) return L"DISPLAY ALREADY AT 100%";
-    return g_app.pwmBuiltInOnly ? L"LOCK BUILT-IN PANEL AT 100%" : L"LOCK DISPLAY AT 100%";
+bool AllAtFull() {
+    return g_app.pwmTargetsPresent && g_app.pwmTargetsAt100 == g_app.pwmTargetCount;
+}
+
+TimerPace PollPace() {
+    return g_app.pwmRetrySlowed ? TimerPace::Long : TimerPace::Normal;
+}
+
+void SwitchOff() {
+    g_app.pwmSafe = false;
+    g_app.pwmLockConfirmed = false;
+    g_app.pwmVerifyPending = false;
+    g_app.pwmVerifyIsUserToggle = false;
+}
+
+// Messages that were handled while displays answered may have switched the mode off, or ended it all.
+bool MayLock(bool byUser) {
+    return !g_app.ending && (byUser || g_app.pwmSafe);
+}
+
+// A value noted before is never replaced: it is the user's own, later ones are the lock's. False when the
+// lock was given up meanwhile; the display that was being set then has its value back.
+bool LockTargets(const DisplayTargetList& list, bool byUser) {
+    for (const DisplayTarget& target : list) {
+        const std::uint32_t before =
+            g_app.pwmSavedBrightness.try_emplace(target.name, target.percent).first->second;
+        SetTargetBrightness(target, kFullPercent);
+        if (!MayLock(byUser)) {
+            SetTargetBrightness(target, before);
+            return false;
+        }
+    }
+    return true;
+}
+
+void AssertLock(bool byUser) {
+    const DisplayTargetList list = LookAtDisplays();
+    if (!MayLock(byUser)) return;
+    if (list.empty()) {
+        if (byUser) {
+            SwitchOff();
+            g_app.pwmSavedBrightness.clear();
+        }
+        SchedulePwmSafePoll();
+        return;
+    }
+    if (!LockTargets(list, byUser)) return;
+    g_app.pwmSafe = true;
+    g_app.pwmLockConfirmed = false;
+    g_app.pwmVerifyPending = true;
+    if (byUser) g_app.pwmVerifyIsUserToggle = true;
+    RestartTimer(TimerId::PwmSafePoll, PollPace());
+    RestartTimer(TimerId::PwmSafeVerify);
+}
+
+void RefreshTargets(bool fromTimer) {
+    if (g_app.ending) return;
+    LookAtDisplays();
+    if (g_app.pwmVerifyPending) return;
+    g_app.pwmLockConfirmed = g_app.pwmSafe && AllAtFull();
+    if (g_app.pwmSafe && fromTimer && !AllAtFull()) AssertLock(false);
+}
+
+void ConfirmLock() {
+    g_app.pwmVerifyPending = false;
+    g_app.pwmVerifyIsUserToggle = false;
+    g_app.pwmLockConfirmed = g_app.pwmSafe;
+    if (!g_app.pwmSafe) return;
+    g_app.pwmPendingLogged = false;
+    g_app.pwmRetryCount = 0;
+    if (g_app.pwmRetrySlowed) {
+        g_app.pwmRetrySlowed = false;
+        LogEvent("PWM-safe: lock recovered - normal polling resumed");
+        SchedulePwmSafePoll();
+    }
+    LogEvent("PWM-safe: %d display(s) confirmed locked at 100%%", g_app.pwmTargetCount);
+}
+
+// Off before the release, here and below: a poll that is handled meanwhile would lock the displays again.
+void RevertUserSwitch() {
+    LogEvent("PWM-safe: 100%% lock not confirmed (%d of %d) - reverting toggle", g_app.pwmTargetsAt100,
+             g_app.pwmTargetCount);
+    g_app.pwmPendingLogged = false;
+    g_app.pwmSafe = false;
+    ReleasePwmSafeLock();
+    SaveSettings();
+    SchedulePwmSafePoll();
+    RefreshTargets(false);
+}
+
+void SlowDownWhenHopeless() {
+    if (!g_app.pwmTargetsPresent) return;
+    g_app.pwmRetryCount += 1;
+    if (g_app.pwmRetrySlowed || g_app.pwmRetryCount < kFailuresToSlowDown) return;
+    g_app.pwmRetrySlowed = true;
+    LogEvent("PWM-safe: display will not hold 100%% after %d attempts - slowing retries to 30s",
+             g_app.pwmRetryCount);
+    SchedulePwmSafePoll();
+}
+
+void CountFailure() {
+    if (!g_app.pwmPendingLogged) {
+        g_app.pwmPendingLogged = true;
+        LogEvent("PWM-safe: lock pending (%d of %d at 100%%) - poll will re-assert", g_app.pwmTargetsAt100,
+                 g_app.pwmTargetCount);
+    }
+    SlowDownWhenHopeless();
+}
+
+void TurnOffByUser() {
+    StopTimer(TimerId::PwmSafeVerify);
+    SwitchOff();
+    ReleasePwmSafeLock();
+    SchedulePwmSafePoll();
+    RefreshTargets(false);
+}
+
+void JudgeLock() {
+    const bool followsUserSwitch = g_app.pwmVerifyIsUserToggle;
+    RefreshTargets(false);
+    if (g_app.ending) return;
+    if (AllAtFull()) {
+        ConfirmLock();
+        return;
+    }
+    g_app.pwmVerifyPending = false;
+    g_app.pwmVerifyIsUserToggle = false;
+    g_app.pwmLockConfirmed = false;
+    if (followsUserSwitch) {
+        RevertUserSwitch();
+    } else {
+        CountFailure();
+    }
 }
 
 }  // namespace
 
-const wchar_t* PwmCardLabel() {
-    return g_app.pwmSafe ? LabelWhileOn() : LabelWhileOff();
+void AssertPwmSafeLock(bool byUser) {
+    if (g_app.pwmBusy) return;
+    const BusyWithDisplays busy;
+    AssertLock(byUser);
+}
+
+void RefreshPwmSafeTargets(bool fromTimer) {
+    if (g_app.pwmBusy) return;
+    const BusyWithDisplays busy;
+    RefreshTargets(fromTimer);
+}
+
+void VerifyPwmLock() {
+    StopTimer(TimerId::PwmSafeVerify);
+    if (g_app.pwmBusy) {
+        StartTimer(TimerId::PwmSafeVerify);
+        return;
+    }
+    const BusyWithDisplays busy;
+    JudgeLock();
+}
+
+void ReleasePwmSafeLock() {
+    if (g_app.pwmSavedBrightness.empty()) return;
+    DisplayTargetList list;
+    EnumerateTargets(&list);
+    for (const DisplayTarget& target : list) {
+        const auto saved = g_app.pwmSavedBrightness.find(target.name);
+        if (saved == g_app.pwmSavedBrightness.end()) continue;
+        const std::uint32_t percent = saved->second;
+        SetTargetBrightness(target, percent);
+    }
+    g_app.pwmSavedBrightness.clear();
+}
+
+void SchedulePwmSafePoll() {
+    StopTimer(TimerId::PwmSafePoll);
+    if (g_app.pwmSafe && !g_app.ending) StartTimer(TimerId::PwmSafePoll, PollPace());
+}
+
+void TogglePwmSafeByUser() {
+    if (g_app.pwmBusy) return;
+    const BusyWithDisplays busy;
+    LogEvent("PWM-safe toggled %ls by user", g_app.pwmSafe ? L"OFF" : L"ON");
+    g_app.pwmRetryCount = 0;
+    g_app.pwmRetrySlowed = false;
+    if (g_app.pwmSafe) {
+        TurnOffByUser();
+    } else {
+        AssertLock(true);
+    }
+    SaveSettings();
+}
+
+void RestorePwmSafeFromSettings() {
+    const BusyWithDisplays busy;
+    RefreshTargets(false);
+    if (!g_app.pwmSafe) {
+        SchedulePwmSafePoll();
+        return;
+    }
+    AssertLock(false);
+    LogEvent("PWM-safe restored from settings: %d target(s) visible at startup%ls", g_app.pwmTargetCount,
+             g_app.pwmTargetCount == 0 ? L" (none yet - will re-probe via poll)" : L"");
+}
+
+void ReassertPwmSafeAfterChange() {
+    if (g_app.pwmBusy) {
+        StartTimer(TimerId::DisplaySettle);
+        return;
+    }
+    const BusyWithDisplays busy;
+    RefreshTargets(false);
+    if (!g_app.pwmSafe) return;
+    g_app.pwmRetryCount = 0;
+    if (g_app.pwmRetrySlowed) {
+        g_app.pwmRetrySlowed = false;
+        LogEvent("PWM-safe: display change - retry pace reset");
+    }
+    AssertLock(false);
 }

@@ -4,6 +4,7 @@
 
 #include "app/app_state.h"
 #include "res/resource_ids.h"
+#include "win32/com_guards.h"
 #include "win32/guards.h"
 
 #include <objbase.h>

@@ -5,6 +5,7 @@
 #include "app/app_state.h"
 #include "app/refresh.h"
 #include "app/timers.h"
+#include "brightness/pwm_safe.h"
 #include "filter/filter.h"
 #include "filter/gamma_fix.h"
 #include "store/autostart.h"
@@ -28,8 +29,19 @@ void ClickPower() {
     RestartTimer(TimerId::SaveSettings);
 }
 
-void ShowPanel(Panel panel) {
-    g_app.panel = panel;
+void ClickGear() {
+    g_app.panel = Panel::Settings;
+    RefreshPopupAndTray();
+}
+
+void ClickClose() {
+    g_app.panel = Panel::Main;
+    RefreshPwmSafeTargets(false);
+    RefreshPopupAndTray();
+}
+
+void ClickPwmCard() {
+    TogglePwmSafeByUser();
     RefreshPopupAndTray();
 }
 
@@ -65,13 +77,13 @@ void OnMouseDown(int x, int y) {
         case Region::EveningPreset: ApplyPreset(FilterPreset::Evening); return;
         case Region::NightPreset: ApplyPreset(FilterPreset::Night); return;
         case Region::Power: ClickPower(); return;
-        case Region::Gear: ShowPanel(Panel::Settings); return;
+        case Region::Gear: ClickGear(); return;
         case Region::GammaBanner: StartGammaRangeFix(); return;
-        case Region::Close: ShowPanel(Panel::Main); return;
+        case Region::PwmCard: ClickPwmCard(); return;
+        case Region::Close: ClickClose(); return;
         case Region::LaunchRow: ClickLaunchAtStart(); return;
         case Region::ExtremeDimRow: ClickExtremeDim(); return;
         case Region::LegacyRow: ClickLegacyMode(); return;
-        case Region::PwmCard:
         case Region::Support:
         case Region::None: return;
     }

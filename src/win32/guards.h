@@ -94,22 +94,6 @@ struct [[nodiscard]] RegistryKey {
     HKEY* Out() { return &key; }
 };
 
-// A COM interface pointer; Out() is where a call puts a new one.
-template <typename Interface>
-struct [[nodiscard]] ComPointer {
-    Interface* pointer = nullptr;
-
-    ComPointer() = default;
-    ~ComPointer() {
-        if (pointer != nullptr) pointer->Release();
-    }
-    ComPointer(const ComPointer&) = delete;
-    ComPointer& operator=(const ComPointer&) = delete;
-
-    Interface** Out() { return &pointer; }
-    Interface* operator->() const { return pointer; }
-};
-
 // A movable block of global memory, freed unless it was handed over with Release().
 struct [[nodiscard]] GlobalBlock {
     HGLOBAL block;

@@ -10,13 +10,14 @@ MOST_LINES = 400
 
 # A file belongs to the first row that names it or its folder.
 FLOORS = [
-    (1, ["win32", "app/app_state", "app/timers", "app/messages", "app/program_names", "store/event_log", "res"]),
-    (2, ["filter/warmth", "filter/cursor_pixels", "app/scaled_resources", "app/tray_icon", "app/foreground", "brightness/display_target",
-         "diag/system_probe"]),
-    (3, ["app/refresh", "store/settings", "store/autostart", "filter/tinted_cursor", "filter/cursor_tint", "brightness/ddc",
-         "brightness/wmi"]),
+    (1, ["win32", "app/app_state", "app/timers", "app/messages", "app/program_names", "store/event_log",
+         "brightness/monitor_functions", "res"]),
+    (2, ["filter/warmth", "filter/cursor_pixels", "app/scaled_resources", "app/tray_icon", "app/foreground",
+         "brightness/display_target", "brightness/physical_monitors", "diag/system_probe"]),
+    (3, ["app/refresh", "store/settings", "store/autostart", "filter/tinted_cursor", "filter/cursor_tint",
+         "brightness/ddc", "brightness/wmi", "brightness/monitor_probe"]),
     (4, ["filter/magnification", "filter/legacy_gamma", "brightness/display_targets", "filter/gamma_range",
-         "filter/gamma_fix", "brightness/pwm_safe"]),
+         "filter/gamma_fix", "brightness/pwm_safe", "brightness/pwm_card_label"]),
     (5, ["filter/filter"]),
     (6, ["ui", "diag/support_bundle", "app/popup"]),
     (7, ["app"]),

@@ -63,26 +63,27 @@ TEST_F(DisplayEvents, ADisplayChangeAfterAResumeSettlesSooner) {
     EXPECT_EQ(g_calls, (CallRecord{"set timer 2 1200", "kill timer 2", "set timer 2 300"}));
 }
 
-TEST_F(DisplayEvents, SettledWithTheFilterOffIsARefreshOnly) {
+TEST_F(DisplayEvents, SettledWithTheFilterOffTheBacklightIsLookedAtAndThePopupRefreshed) {
     OnDisplaysSettled();
     g_app.magnificationReady = true;
     OnDisplaysSettled();
     g_app.useLegacyGamma = true;
     OnDisplaysSettled();
-    EXPECT_EQ(g_calls, (CallRecord{"refresh", "refresh", "refresh"}));
+    EXPECT_EQ(g_calls,
+              (CallRecord{"pwm reassert", "refresh", "pwm reassert", "refresh", "pwm reassert", "refresh"}));
 }
 
 TEST_F(DisplayEvents, SettledTheFilterIsAppliedAgain) {
     g_app.filterOn = true;
     g_app.magnificationReady = true;
     OnDisplaysSettled();
-    EXPECT_EQ(g_calls, (CallRecord{"apply filter", "refresh"}));
+    EXPECT_EQ(g_calls, (CallRecord{"apply filter", "pwm reassert", "refresh"}));
 }
 
 TEST_F(DisplayEvents, SettledTheMagnificationIsInitialisedIfItIsNotReady) {
     g_app.filterOn = true;
     OnDisplaysSettled();
-    EXPECT_EQ(g_calls, (CallRecord{"init magnification", "apply filter", "refresh"}));
+    EXPECT_EQ(g_calls, (CallRecord{"init magnification", "apply filter", "pwm reassert", "refresh"}));
 }
 
 TEST_F(DisplayEvents, SettledInLegacyModeTheMagnificationIsLeftAlone) {
@@ -91,5 +92,6 @@ TEST_F(DisplayEvents, SettledInLegacyModeTheMagnificationIsLeftAlone) {
     OnDisplaysSettled();
     g_app.magnificationReady = true;
     OnDisplaysSettled();
-    EXPECT_EQ(g_calls, (CallRecord{"apply filter", "refresh", "apply filter", "refresh"}));
+    EXPECT_EQ(g_calls, (CallRecord{"apply filter", "pwm reassert", "refresh", "apply filter", "pwm reassert",
+                                   "refresh"}));
 }

@@ -118,10 +118,11 @@ AMBREL_SEAM(InvalidateRect, FakeInvalidateRect);
 AMBREL_SEAM(ShowWindow, FakeShowWindow);
 AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
 
-TEST_F(Popup, IsPlacedShownBroughtToTheFrontAndWatched) {
+TEST_F(Popup, LooksAtTheDisplaysFirstThenIsPlacedShownBroughtToTheFrontAndWatched) {
     ShowPopup();
     // The flags are SWP_NOSIZE and SWP_SHOWWINDOW; the monitor is the nearest one.
     EXPECT_EQ(g_calls, (CallRecord{
+                           "pwm refresh",
                            "monitor from -12 34 flags 2",
                            "monitor info 31",
                            "update dpi 500 31",
@@ -139,29 +140,30 @@ TEST_F(Popup, IsPlacedWithTheScalingOfTheMonitorUnderTheMouse) {
     g_windowSize = {480, 810};
     ShowPopup();
     // 480 x 810 and a margin of 15 on the work area that ends at 0, 1040.
-    EXPECT_EQ(g_calls[3], "set window pos 500 at -495 215 flags 65");
+    EXPECT_EQ(g_calls[4], "set window pos 500 at -495 215 flags 65");
 }
 
 TEST_F(Popup, AWindowThatKeptTheSizeOfAnotherScalingGetsTheSizeItWasPlacedFor) {
     g_windowSize = {640, 1080};
     ShowPopup();
     // The second flags are SWP_NOZORDER and SWP_NOACTIVATE.
-    EXPECT_EQ(g_calls[3], "set window pos 500 at -330 490 flags 65");
-    EXPECT_EQ(g_calls[4], "set window pos 500 at -330 490 size 320x540 flags 20");
-    EXPECT_EQ(g_calls[5], "bring to foreground 500 shown");
+    EXPECT_EQ(g_calls[4], "set window pos 500 at -330 490 flags 65");
+    EXPECT_EQ(g_calls[5], "set window pos 500 at -330 490 size 320x540 flags 20");
+    EXPECT_EQ(g_calls[6], "bring to foreground 500 shown");
 }
 
 TEST_F(Popup, AWindowWhoseSizeIsUnknownIsShownAsItIs) {
     g_windowSize = {640, 1080};
     g_windowTells = false;
     ShowPopup();
-    EXPECT_EQ(g_calls[4], "bring to foreground 500 shown");
+    EXPECT_EQ(g_calls[5], "bring to foreground 500 shown");
 }
 
 TEST_F(Popup, WithoutAMonitorThePrimaryWorkAreaIsUsed) {
     g_monitor = nullptr;
     ShowPopup();
     EXPECT_EQ(g_calls, (CallRecord{
+                           "pwm refresh",
                            "monitor from -12 34 flags 2",
                            "system parameter 48",
                            "update dpi 500 0",
@@ -176,6 +178,7 @@ TEST_F(Popup, WhenTheMonitorDoesNotTellThePrimaryWorkAreaIsUsedWithThatMonitorsD
     g_monitorTells = false;
     ShowPopup();
     EXPECT_EQ(g_calls, (CallRecord{
+                           "pwm refresh",
                            "monitor from -12 34 flags 2",
                            "monitor info 31",
                            "system parameter 48",

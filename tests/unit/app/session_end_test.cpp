@@ -1,11 +1,15 @@
-// The program from the end of the session, or of its window, to the end of its process: the screen that was
-// given back must not be coloured again, nor the cursors tinted, whatever still arrives.
+// The program from the end of the session, or of its window, to the end of its process: the screen, the
+// cursors and the backlight that were given back must not be taken over again, whatever still arrives.
 #include <gtest/gtest.h>
+
+#include <functional>
 
 #include "app/app_state.h"
 #include "app/window_proc.h"
+#include "brightness/display_targets.h"
 #include "filter/filter.h"
 #include "filter/tinted_cursor.h"
+#include "store/settings.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 #include "ui/popup_input.h"
@@ -56,6 +60,17 @@ BOOL WINAPI FakeDestroyCursor(HCURSOR cursor) {
 BOOL WINAPI FakeSystemParametersInfoW(UINT action, UINT, void*, UINT) {
     if (action == SPI_SETCURSORS) Record("system cursors");
     return TRUE;
+}
+
+DisplayTargetList g_displays;
+// What is dispatched while a display answers, once: in the middle of the next list, or of the next set.
+std::function<void()> g_whileListing;
+std::function<void()> g_whileSetting;
+
+void Dispatch(std::function<void()>* arrived) {
+    const std::function<void()> message = *arrived;
+    *arrived = nullptr;
+    if (message) message();
 }
 
 HDC WINAPI FakeGetDc(HWND window) {
@@ -114,6 +129,21 @@ bool WasColoured() {
     return WasCalled("coloured ramp") || WasCalled("tinted cursor 32512");
 }
 
+CallRecord Sets() {
+    CallRecord sets;
+    for (const std::string& call : g_calls) {
+        if (call.rfind("set ", 0) == 0 && call.rfind("set timer", 0) != 0) sets.push_back(call);
+    }
+    return sets;
+}
+
+// A display that takes every value; it shows the new one before a message can arrive.
+void Show(const std::wstring& name, std::uint32_t percent) {
+    for (DisplayTarget& display : g_displays) {
+        if (display.name == name) display.percent = percent;
+    }
+}
+
 class SessionEnd : public testing::Test {
 protected:
     void SetUp() override {
@@ -124,6 +154,23 @@ protected:
         g_calls.clear();
         ApplyFilter();
         ASSERT_EQ(g_calls, (CallRecord{"coloured ramp", "tinted cursor 32512"}));
+        g_calls.clear();
+        g_displays.clear();
+        g_whileListing = nullptr;
+        g_whileSetting = nullptr;
+    }
+
+    static void HaveDisplays() {
+        g_displays = {{TargetKind::WmiPanel, L"panel", 0, 100, 40},
+                      {TargetKind::DdcMonitor, L"monitor", 0, 100, 60}};
+    }
+
+    static void LockTheDisplays() {
+        HaveDisplays();
+        g_app.pwmSafe = true;
+        Send(WM_TIMER, 4);
+        Send(WM_TIMER, 5);
+        ASSERT_TRUE(g_app.pwmLockConfirmed);
         g_calls.clear();
     }
 
@@ -146,6 +193,32 @@ AMBREL_SEAM(GetIconInfo, FakeGetIconInfo);
 AMBREL_SEAM(SetSystemCursor, FakeSetSystemCursor);
 AMBREL_SEAM(DestroyCursor, FakeDestroyCursor);
 AMBREL_SEAM(SystemParametersInfoW, FakeSystemParametersInfoW);
+void EnumerateTargets(DisplayTargetList* list) {
+    for (const DisplayTarget& display : g_displays) {
+        list->push_back(display);
+        Dispatch(&g_whileListing);
+    }
+}
+
+void CountTargets(const DisplayTargetList& list) {
+    g_app.pwmTargetsPresent = !list.empty();
+    g_app.pwmTargetCount = static_cast<std::int32_t>(list.size());
+    g_app.pwmTargetsAt100 = 0;
+    for (const DisplayTarget& display : list)
+        g_app.pwmTargetsAt100 += display.percent == 100 ? 1 : 0;
+}
+
+bool SetTargetBrightness(const DisplayTarget& target, std::uint32_t percent) {
+    Record("set ", Narrow(target.name), " ", percent);
+    Show(target.name, percent);
+    Dispatch(&g_whileSetting);
+    return true;
+}
+
+void SaveSettings() {
+    Record("save settings with the mode ", g_app.pwmSafe ? "on" : "off");
+}
+
 AMBREL_SEAM(GetDC, FakeGetDc);
 AMBREL_SEAM(ReleaseDC, FakeReleaseDc);
 AMBREL_SEAM(SetDeviceGammaRamp, FakeSetDeviceGammaRamp);
@@ -218,4 +291,75 @@ TEST_F(SessionEnd, AHandlerThatOutlivesTheWindowDoesNotColourTheScreenAgain) {
     OnMouseMove(80, 150);
     ApplyFilter();
     EXPECT_FALSE(WasColoured());
+}
+
+TEST_F(SessionEnd, TheDisplaysGetTheirOldValuesBackAndKeepThem) {
+    LockTheDisplays();
+    Send(WM_ENDSESSION, TRUE);
+    EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60"}));
+    g_calls.clear();
+    Send(WM_DISPLAYCHANGE);
+    for (const WPARAM timer : {2U, 4U, 5U, 4U, 5U})
+        Send(WM_TIMER, timer);
+    Send(WM_POWERBROADCAST, PBT_APMRESUMEAUTOMATIC);
+    Send(WM_TIMER, 2);
+    EXPECT_EQ(Sets(), CallRecord{});
+}
+
+TEST_F(SessionEnd, AfterTheEndOfTheWindowToo) {
+    LockTheDisplays();
+    Send(WM_DESTROY);
+    EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60"}));
+    g_calls.clear();
+    Send(WM_TIMER, 4);
+    Send(WM_TIMER, 2);
+    EXPECT_EQ(Sets(), CallRecord{});
+}
+
+TEST_F(SessionEnd, TheModeIsNotSavedAsOff) {
+    LockTheDisplays();
+    Send(WM_ENDSESSION, TRUE);
+    Send(WM_DESTROY);
+    EXPECT_TRUE(g_app.pwmSafe);
+    for (const std::string& call : g_calls)
+        EXPECT_EQ(call.find("save"), std::string::npos) << call;
+}
+
+TEST_F(SessionEnd, ASessionThatGoesOnKeepsTheLock) {
+    LockTheDisplays();
+    Send(WM_ENDSESSION, FALSE);
+    EXPECT_EQ(Sets(), CallRecord{});
+    Show(L"monitor", 60);
+    Send(WM_TIMER, 4);
+    EXPECT_EQ(Sets(), (CallRecord{"set panel 100", "set monitor 100"}));
+}
+
+// A panel's answer is waited for in COM, where the end of the session can arrive.
+TEST_F(SessionEnd, ThatArrivesWhileTheDisplaysAreListedKeepsThemFromBeingLocked) {
+    HaveDisplays();
+    g_app.pwmSafe = true;
+    g_whileListing = [] { Send(WM_ENDSESSION, TRUE); };
+    Send(WM_TIMER, 4);
+    EXPECT_EQ(Sets(), CallRecord{});
+}
+
+TEST_F(SessionEnd, ThatArrivesWhileAPanelIsBeingLockedLeavesEveryDisplayWithItsOldValue) {
+    HaveDisplays();
+    g_app.pwmSafe = true;
+    g_whileSetting = [] { Send(WM_ENDSESSION, TRUE); };
+    Send(WM_TIMER, 4);
+    EXPECT_EQ(g_displays[0].percent, 40U);
+    EXPECT_EQ(g_displays[1].percent, 60U);
+}
+
+TEST_F(SessionEnd, ThatArrivesWhileAUsersLockIsVerifiedDoesNotSaveTheModeAsOff) {
+    LockTheDisplays();
+    g_app.pwmVerifyPending = true;
+    g_app.pwmVerifyIsUserToggle = true;
+    g_whileListing = [] { Send(WM_ENDSESSION, TRUE); };
+    Send(WM_TIMER, 5);
+    EXPECT_EQ(g_displays[0].percent, 40U);
+    EXPECT_EQ(g_displays[1].percent, 60U);
+    for (const std::string& call : g_calls)
+        EXPECT_EQ(call.find("save"), std::string::npos) << call;
 }

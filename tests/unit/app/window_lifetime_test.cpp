@@ -119,13 +119,13 @@ AMBREL_SEAM(ReleaseMutex, FakeReleaseMutex);
 AMBREL_SEAM(CloseHandle, FakeCloseHandle);
 AMBREL_SEAM(PostQuitMessage, FakePostQuitMessage);
 
-TEST_F(WindowLifetime, CreationKeepsTheWindowShowsTheMainPanelAndRefreshes) {
+TEST_F(WindowLifetime, CreationKeepsTheWindowShowsTheMainPanelRestoresThePwmSafeModeAndRefreshes) {
     g_app.mainWindow = nullptr;
     g_app.panel = Panel::Settings;
     OnCreate(kWindow);
     EXPECT_EQ(g_app.mainWindow, kWindow);
     EXPECT_EQ(g_app.panel, Panel::Main);
-    EXPECT_EQ(g_calls, (CallRecord{"invalidate 500", "tray icon modify of 500"}));
+    EXPECT_EQ(g_calls, (CallRecord{"pwm restore for 500", "invalidate 500", "tray icon modify of 500"}));
 }
 
 TEST_F(WindowLifetime, DestructionGivesEverythingBackInItsOrderAndSavesNothing) {
@@ -135,6 +135,7 @@ TEST_F(WindowLifetime, DestructionGivesEverythingBackInItsOrderAndSavesNothing) 
                            "kill timer 4",
                            "kill timer 5",
                            "kill timer 6",
+                           "pwm release at the end",
                            "release cursor copies",
                            "identity ramp",
                            "shut magnification down",
@@ -180,16 +181,16 @@ TEST_F(WindowLifetime, ASecondDestructionFreesNothingAgain) {
 
 TEST_F(WindowLifetime, WhatWasNeverMadeIsNotFreed) {
     OnDestroy();
-    EXPECT_EQ(g_calls,
-              (CallRecord{"kill timer 4", "kill timer 5", "kill timer 6", "release cursor copies",
-                          "identity ramp", "shut magnification down", "tray icon delete of 0", "quit 0"}));
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 4", "kill timer 5", "kill timer 6", "pwm release at the end",
+                                   "release cursor copies", "identity ramp", "shut magnification down",
+                                   "tray icon delete of 0", "quit 0"}));
 }
 
-TEST_F(WindowLifetime, TheEndOfTheSessionStopsWhatCouldUndoItAndRestoresTheCursorsAndTheRamp) {
+TEST_F(WindowLifetime, TheEndOfTheSessionStopsWhatCouldUndoItAndGivesBacklightCursorsAndRampBack) {
     OwnEverything();
     OnEndSession(true);
-    EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5", "release cursor copies",
-                                   "identity ramp"}));
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5", "pwm release at the end",
+                                   "release cursor copies", "identity ramp"}));
 }
 
 TEST_F(WindowLifetime, ASessionThatGoesOnChangesNothing) {

@@ -260,7 +260,7 @@ TEST_F(WindowProc, OneShotTimersAreKilledBeforeTheirAction) {
     EXPECT_EQ(Send(WM_TIMER, 3), 0);
     EXPECT_EQ(Send(WM_TIMER, 5), 0);
     EXPECT_EQ(g_calls, (CallRecord{"kill timer 1", "save settings", "kill timer 2", "displays settled",
-                                   "kill timer 3", "refresh", "kill timer 5", "refresh"}));
+                                   "kill timer 3", "refresh", "kill timer 5", "pwm verify", "refresh"}));
 }
 
 TEST_F(WindowProc, PeriodicTimersRunOn) {
@@ -268,7 +268,8 @@ TEST_F(WindowProc, PeriodicTimersRunOn) {
     EXPECT_EQ(Send(WM_TIMER, 6), 0);
     EXPECT_EQ(Send(WM_TIMER, 7), 0);
     EXPECT_EQ(Send(WM_TIMER, 8), 0);
-    EXPECT_EQ(g_calls, (CallRecord{"refresh", "auto hide", "tray retry", "gamma fix"}));
+    EXPECT_EQ(g_calls,
+              (CallRecord{"pwm refresh from timer", "refresh", "auto hide", "tray retry", "gamma fix"}));
 }
 
 TEST_F(WindowProc, UnknownTimersAreIgnored) {

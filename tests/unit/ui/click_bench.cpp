@@ -1,6 +1,7 @@
 #include "click_bench.h"
 
 #include "app/refresh.h"
+#include "brightness/pwm_safe.h"
 #include "filter/cursor_tint.h"
 #include "filter/gamma_fix.h"
 #include "filter/legacy_gamma.h"
@@ -73,6 +74,12 @@ void RestoreSystemCursors() {
 }
 void StartGammaRangeFix() {
     Record("gamma fix");
+}
+void TogglePwmSafeByUser() {
+    Record("toggle");
+}
+void RefreshPwmSafeTargets(bool fromTimer) {
+    Record(fromTimer ? "look at displays from timer" : "look at displays");
 }
 void SetAutostart(bool on) {
     Record("autostart ", on ? "on" : "off");

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "print.h"
+#include "win32/com_guards.h"
 #include "win32/guards.h"
 
 #include <objbase.h>

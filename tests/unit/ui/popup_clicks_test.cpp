@@ -175,10 +175,8 @@ TEST_F(PopupClicks, TheHintIsNotClickable) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-// It gets its action, and tests of it, with the subject that it opens.
-TEST_F(PopupClicks, TheCardWhoseActionIsNotThereYetDoesNothing) {
+TEST_F(PopupClicks, TheCardTogglesTheModeOnceAndRefreshes) {
     g_app.pwmTargetsPresent = true;
     Press(kCard);
-    EXPECT_FALSE(g_app.pwmSafe);
-    EXPECT_TRUE(g_calls.empty());
+    EXPECT_EQ(g_calls, (CallRecord{"toggle", "refresh"}));
 }

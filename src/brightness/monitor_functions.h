@@ -1,0 +1,19 @@
+// The entry points of dxva2.dll, which is loaded at run time: a system without it has no external display to
+// drive. Their types are written out here, since the headers that declare them bring in all of Direct3D.
+#pragma once
+
+#include "win32/platform.h"
+
+struct _PHYSICAL_MONITOR;
+
+struct MonitorFunctions {
+    HMODULE module = nullptr;
+    // GetNumberOfPhysicalMonitorsFromHMONITOR, GetPhysicalMonitorsFromHMONITOR and DestroyPhysicalMonitors
+    BOOL(WINAPI* count)(HMONITOR display, DWORD* found) = nullptr;
+    BOOL(WINAPI* fetch)(HMONITOR display, DWORD count, _PHYSICAL_MONITOR* monitors) = nullptr;
+    BOOL(WINAPI* destroy)(DWORD count, _PHYSICAL_MONITOR* monitors) = nullptr;
+    // GetMonitorCapabilities, GetMonitorBrightness and SetMonitorBrightness
+    BOOL(WINAPI* capabilities)(HANDLE monitor, DWORD* capabilities, DWORD* colourTemperatures) = nullptr;
+    BOOL(WINAPI* brightness)(HANDLE monitor, DWORD* minimum, DWORD* current, DWORD* maximum) = nullptr;
+    BOOL(WINAPI* setBrightness)(HANDLE monitor, DWORD brightness) = nullptr;
+};

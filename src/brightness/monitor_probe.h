@@ -1,0 +1,29 @@
+// What the support report tells of each display monitor.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "win32/platform.h"
+
+struct MonitorProbe {
+    std::wstring deviceName;
+    std::wstring description;  // of the first physical monitor; empty when there is none
+    std::uint32_t width = 0;   // pixels
+    std::uint32_t height = 0;
+    std::uint32_t refresh = 0;  // Hz
+    std::uint32_t bitsPerPixel = 0;
+    bool primary = false;
+    bool internal = false;      // a built-in panel, as the description says
+    std::uint32_t current = 0;  // raw brightness of the first physical monitor; 0 when unknown
+    std::uint32_t minimum = 0;
+    std::uint32_t maximum = 0;
+    bool brightnessCapable = false;
+};
+
+using MonitorProbeList = std::vector<MonitorProbe>;
+
+// For EnumDisplayMonitors: appends one probe of the display monitor to the MonitorProbeList that `context`
+// points to. What cannot be read stays 0 or empty. Always TRUE.
+BOOL CALLBACK ProbeMonitor(HMONITOR display, HDC dc, RECT* rect, LPARAM context);

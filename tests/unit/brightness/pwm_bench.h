@@ -1,0 +1,66 @@
+// The controller with its displays, timers, log and settings in a test's hands.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <map>
+#include <sstream>
+#include <string>
+
+#include "app/app_state.h"
+#include "brightness/fake_displays.h"
+#include "brightness/pwm_safe.h"
+#include "support/call_record.h"
+
+using SavedBrightness = std::map<std::wstring, std::uint32_t>;
+
+class PwmBench : public testing::Test {
+protected:
+    void SetUp() override { StartWithoutDisplays(); }
+    void TearDown() override {
+        g_whileWaiting = nullptr;
+        g_app = AppState{};
+    }
+
+    // What `act` does, call by call.
+    template <typename Act>
+    static CallRecord During(Act act) {
+        g_calls.clear();
+        act();
+        return g_calls;
+    }
+
+    // The mode is on and its lock confirmed on the displays there are; each had `before` percent.
+    static void StartLocked(std::uint32_t before = 40) {
+        g_app.pwmSafe = true;
+        g_app.pwmLockConfirmed = true;
+        for (FakeDisplay& display : g_displays) {
+            g_app.pwmSavedBrightness[display.name] = before;
+            display.percent = 100;
+        }
+    }
+
+    // The mode is on and a verification outstanding.
+    static void StartVerifying(bool afterUserSwitch) {
+        g_app.pwmSafe = true;
+        g_app.pwmVerifyPending = true;
+        g_app.pwmVerifyIsUserToggle = afterUserSwitch;
+        for (const FakeDisplay& display : g_displays)
+            g_app.pwmSavedBrightness[display.name] = 40;
+    }
+
+    // The flags that are set, in words: "on verifying by-user", "on confirmed", "off".
+    static std::string Flags() {
+        std::string text = g_app.pwmSafe ? "on" : "off";
+        if (g_app.pwmVerifyPending) text += " verifying";
+        if (g_app.pwmVerifyIsUserToggle) text += " by-user";
+        if (g_app.pwmLockConfirmed) text += " confirmed";
+        if (g_app.pwmRetrySlowed) text += " slowed";
+        if (g_app.pwmPendingLogged) text += " pending-logged";
+        return text;
+    }
+
+    static std::wstring Label() { return PwmCardLabel(); }
+};

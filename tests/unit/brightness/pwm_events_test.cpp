@@ -1,0 +1,278 @@
+// The lock at the window's creation, after display changes, and through long runs of refusals.
+#include <algorithm>
+
+#include "brightness/pwm_bench.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class PwmRestore : public PwmBench {
+protected:
+    static CallRecord Restore() {
+        return During([] { RestorePwmSafeFromSettings(); });
+    }
+};
+
+class PwmDisplayChange : public PwmBench {
+protected:
+    static CallRecord Change() {
+        return During([] { ReassertPwmSafeAfterChange(); });
+    }
+};
+
+class PwmSlowing : public PwmBench {
+protected:
+    void SetUp() override {
+        PwmBench::SetUp();
+        g_displays = {{.name = L"A"}};
+        StartLocked();
+        Display(L"A").percent = 40;
+        Display(L"A").ignores = true;
+    }
+
+    // The poll asserts, the verification fails.
+    static CallRecord FailOnce() {
+        return During([] {
+            RefreshPwmSafeTargets(true);
+            VerifyPwmLock();
+        });
+    }
+
+    static void FailTimes(int times) {
+        for (int i = 0; i < times; ++i)
+            FailOnce();
+    }
+
+    static int LinesOf(const std::string& line) {
+        return static_cast<int>(std::count(g_calls.begin(), g_calls.end(), "log: " + line));
+    }
+};
+
+const std::string kPending = "PWM-safe: lock pending (0 of 1 at 100%) - poll will re-assert";
+const std::string kSlowing =
+    "PWM-safe: display will not hold 100% after 10 attempts - slowing retries to 30s";
+
+}  // namespace
+
+TEST_F(PwmRestore, OffTheProgramLooksOnceAndDoesNotPoll) {
+    g_displays = {{.name = L"A", .percent = 40}};
+    EXPECT_THAT(Restore(), ElementsAre("enumerate", "count", "kill timer 4"));
+    EXPECT_EQ(Flags(), "off");
+    EXPECT_EQ(Label(), L"LOCK DISPLAY AT 100%");
+}
+
+TEST_F(PwmRestore, OnWithDisplaysTheLockIsAssertedAndTheirNumberLogged) {
+    g_displays = {{.name = L"A", .percent = 40}, {.name = L"B", .percent = 60}};
+    g_app.pwmSafe = true;
+    EXPECT_THAT(Restore(),
+                ElementsAre("enumerate", "count", "enumerate", "count", "A := 100", "B := 100",
+                            "kill timer 4", "set timer 4 2000", "kill timer 5", "set timer 5 750",
+                            "log: PWM-safe restored from settings: 2 target(s) visible at startup"));
+    EXPECT_EQ(Flags(), "on verifying");
+    EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 40}, {L"B", 60}}));
+}
+
+TEST_F(PwmRestore, OnWithNoDisplayItIsWaitedForAndSaidSo) {
+    g_app.pwmSafe = true;
+    EXPECT_THAT(Restore(),
+                ElementsAre("enumerate", "count", "enumerate", "count", "kill timer 4", "set timer 4 2000",
+                            "log: PWM-safe restored from settings: 0 target(s) visible at startup "
+                            "(none yet - will re-probe via poll)"));
+    EXPECT_EQ(Flags(), "on");
+    EXPECT_EQ(Label(), L"WAITING FOR DISPLAY");
+}
+
+TEST_F(PwmRestore, OnWithNoDisplayTheOneThatAppearsIsLockedByTheNextPoll) {
+    g_app.pwmSafe = true;
+    Restore();
+    g_displays = {{.name = L"A", .percent = 40}};
+    RefreshPwmSafeTargets(true);
+    EXPECT_EQ(Display(L"A").percent, 100U);
+    VerifyPwmLock();
+    EXPECT_EQ(Flags(), "on confirmed");
+}
+
+TEST_F(PwmRestore, ARestoredLockThatFailsStaysOn) {
+    g_displays = {{.name = L"A", .percent = 40, .ignores = true}};
+    g_app.pwmSafe = true;
+    Restore();
+    EXPECT_THAT(During([] { VerifyPwmLock(); }),
+                ElementsAre("kill timer 5", "enumerate", "count", "log: " + kPending));
+    EXPECT_EQ(Flags(), "on pending-logged");
+}
+
+TEST_F(PwmDisplayChange, WithTheModeOffItOnlyLooks) {
+    g_displays = {{.name = L"A", .percent = 40}};
+    g_app.pwmRetryCount = 3;
+    EXPECT_THAT(Change(), ElementsAre("enumerate", "count"));
+    EXPECT_EQ(g_app.pwmRetryCount, 3);
+}
+
+TEST_F(PwmDisplayChange, WithTheModeOnTheLockIsAssertedEvenWhereItHolds) {
+    g_displays = {{.name = L"A"}};
+    StartLocked();
+    EXPECT_THAT(Change(), ElementsAre("enumerate", "count", "enumerate", "count", "A := 100", "kill timer 4",
+                                      "set timer 4 2000", "kill timer 5", "set timer 5 750"));
+    EXPECT_EQ(Flags(), "on verifying");
+}
+
+TEST_F(PwmDisplayChange, FailuresAreForgotten) {
+    g_displays = {{.name = L"A"}};
+    StartLocked();
+    g_app.pwmRetryCount = 9;
+    EXPECT_THAT(Change(), ElementsAre("enumerate", "count", "enumerate", "count", "A := 100", "kill timer 4",
+                                      "set timer 4 2000", "kill timer 5", "set timer 5 750"));
+    EXPECT_EQ(g_app.pwmRetryCount, 0);
+}
+
+TEST_F(PwmDisplayChange, TheSlowPaceEndsAndIsSaid) {
+    g_displays = {{.name = L"A", .percent = 40}};
+    g_app.pwmSafe = true;
+    g_app.pwmRetrySlowed = true;
+    g_app.pwmRetryCount = 15;
+    EXPECT_THAT(Change(),
+                ElementsAre("enumerate", "count", "log: PWM-safe: display change - retry pace reset",
+                            "enumerate", "count", "A := 100", "kill timer 4", "set timer 4 2000",
+                            "kill timer 5", "set timer 5 750"));
+    EXPECT_EQ(Flags(), "on verifying");
+    EXPECT_EQ(g_app.pwmRetryCount, 0);
+}
+
+TEST_F(PwmDisplayChange, WithTheModeOffTheSlowPaceIsLeftAlone) {
+    g_app.pwmRetrySlowed = true;
+    EXPECT_THAT(Change(), ElementsAre("enumerate", "count"));
+    EXPECT_EQ(Flags(), "off slowed");
+}
+
+TEST_F(PwmDisplayChange, WithTheLastDisplayGoneThePollKeepsLooking) {
+    g_displays = {{.name = L"A"}};
+    StartLocked();
+    g_displays.clear();
+    EXPECT_THAT(Change(),
+                ElementsAre("enumerate", "count", "enumerate", "count", "kill timer 4", "set timer 4 2000"));
+    EXPECT_EQ(Flags(), "on");
+    EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 40}}));
+}
+
+TEST_F(PwmDisplayChange, ADisplayThatComesBackKeepsTheValueFirstNoted) {
+    g_displays = {{.name = L"A"}};
+    StartLocked();
+    Display(L"A").present = false;
+    Change();
+    Display(L"A").present = true;
+    Display(L"A").percent = 80;
+    Change();
+    EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 40}}));
+    TogglePwmSafeByUser();
+    EXPECT_EQ(Display(L"A").percent, 40U);
+}
+
+TEST_F(PwmDisplayChange, DuringTheUsersVerificationItStaysTheUsers) {
+    g_displays = {{.name = L"A", .percent = 40, .ignores = true}};
+    TogglePwmSafeByUser();
+    Change();
+    EXPECT_EQ(Flags(), "on verifying by-user");
+    VerifyPwmLock();
+    EXPECT_EQ(Flags(), "off");
+}
+
+TEST_F(PwmDisplayChange, AtTheProgramsEndNothingIsSet) {
+    g_displays = {{.name = L"A"}};
+    StartLocked();
+    g_app.ending = true;
+    Change();
+    EXPECT_THAT(g_sets, IsEmpty());
+}
+
+TEST_F(PwmSlowing, NineFailuresKeepThePaceAndTheTenthSlowsIt) {
+    FailTimes(9);
+    EXPECT_EQ(Flags(), "on pending-logged");
+    EXPECT_EQ(Label(), L"REASSERTING 100% LOCK");
+    EXPECT_THAT(FailOnce(),
+                ElementsAre("enumerate", "count", "enumerate", "count", "A := 100", "kill timer 4",
+                            "set timer 4 2000", "kill timer 5", "set timer 5 750", "kill timer 5",
+                            "enumerate", "count", "log: " + kSlowing, "kill timer 4", "set timer 4 30000"));
+    EXPECT_EQ(Flags(), "on slowed pending-logged");
+    EXPECT_EQ(Label(), L"DISPLAY WON'T HOLD 100%");
+}
+
+TEST_F(PwmSlowing, ThePendingLineComesOnceInThirtyFailuresAndTheSlowingLineToo) {
+    g_calls.clear();
+    for (int i = 0; i < 30; ++i) {
+        RefreshPwmSafeTargets(true);
+        VerifyPwmLock();
+    }
+    EXPECT_EQ(LinesOf(kPending), 1);
+    EXPECT_EQ(LinesOf(kSlowing), 1);
+    EXPECT_EQ(g_app.pwmRetryCount, 30);
+}
+
+TEST_F(PwmSlowing, AfterASuccessTheNextFailureIsANewEpisode) {
+    FailTimes(3);
+    Display(L"A").ignores = false;
+    RefreshPwmSafeTargets(true);
+    VerifyPwmLock();
+    EXPECT_EQ(g_app.pwmRetryCount, 0);
+    Display(L"A").percent = 40;
+    Display(L"A").ignores = true;
+    EXPECT_THAT(FailOnce(), testing::Contains("log: " + kPending));
+    EXPECT_EQ(g_app.pwmRetryCount, 1);
+}
+
+TEST_F(PwmSlowing, FailuresWithoutADisplayDoNotCount) {
+    FailTimes(9);
+    g_displays.clear();
+    g_app.pwmVerifyPending = true;
+    for (int i = 0; i < 5; ++i)
+        VerifyPwmLock();
+    EXPECT_EQ(g_app.pwmRetryCount, 9);
+    EXPECT_FALSE(g_app.pwmRetrySlowed);
+    g_displays = {{.name = L"A", .percent = 40, .ignores = true}};
+    FailOnce();
+    EXPECT_TRUE(g_app.pwmRetrySlowed);
+}
+
+TEST_F(PwmSlowing, ASuccessfulVerificationRestoresThePaceAndTheNextTenFailuresSlowItAgain) {
+    FailTimes(10);
+    Display(L"A").ignores = false;
+    RefreshPwmSafeTargets(true);
+    VerifyPwmLock();
+    EXPECT_EQ(Flags(), "on confirmed");
+    Display(L"A").percent = 40;
+    Display(L"A").ignores = true;
+    FailTimes(9);
+    EXPECT_FALSE(g_app.pwmRetrySlowed);
+    EXPECT_THAT(FailOnce(), testing::Contains("log: " + kSlowing));
+}
+
+TEST_F(PwmSlowing, ADisplayTurnedUpByHandIsConfirmedByThePollAtTheSlowPace) {
+    FailTimes(10);
+    Display(L"A").percent = 100;
+    EXPECT_THAT(During([] { RefreshPwmSafeTargets(true); }), ElementsAre("enumerate", "count"));
+    EXPECT_EQ(Flags(), "on confirmed slowed pending-logged");
+    EXPECT_EQ(Label(), L"DISPLAY LOCKED AT 100%");
+}
+
+TEST_F(PwmSlowing, ADisplayChangeRestoresThePace) {
+    FailTimes(10);
+    EXPECT_THAT(During([] { ReassertPwmSafeAfterChange(); }),
+                ElementsAre("enumerate", "count", "log: PWM-safe: display change - retry pace reset",
+                            "enumerate", "count", "A := 100", "kill timer 4", "set timer 4 2000",
+                            "kill timer 5", "set timer 5 750"));
+    VerifyPwmLock();
+    EXPECT_EQ(g_app.pwmRetryCount, 1);
+}
+
+TEST_F(PwmSlowing, AToggleRestoresThePace) {
+    FailTimes(10);
+    TogglePwmSafeByUser();
+    Display(L"A").ignores = false;
+    EXPECT_THAT(
+        During([] { TogglePwmSafeByUser(); }),
+        ElementsAre("log: PWM-safe toggled ON by user", "enumerate", "count", "A := 100", "kill timer 4",
+                    "set timer 4 2000", "kill timer 5", "set timer 5 750", "save on"));
+    EXPECT_EQ(g_app.pwmRetryCount, 0);
+    EXPECT_FALSE(g_app.pwmRetrySlowed);
+}
