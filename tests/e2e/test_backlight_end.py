@@ -1,0 +1,84 @@
+"""Every way out gives the displays their old values back and keeps the setting; a crash cannot."""
+
+import pytest
+
+from backlight import (BUILD, CONFIRMED, POLL, SETTLED, VERIFY, WM_ENDSESSION, Bench, Monitor, Panel, listed,
+                       monitor_set, panel_set)
+from backlight import backlight_desk_fixture, bench_fixture  # noqa: F401
+
+ONE = listed(1, ["left"])
+RESTORE = panel_set(60) + monitor_set("left", 40)
+
+
+@pytest.fixture(name="locked")
+def locked_fixture(bench):
+    bench.begin([Monitor("left", 40)], [Panel("panel", 60)])
+    bench.lock("panel", "left")
+    bench.hardware.forget()
+    return bench
+
+
+def test_quit_gives_the_old_values_back_and_keeps_the_mode_for_the_next_start(locked):
+    assert locked.desk.quit() == 0
+    assert locked.record()[-len(ONE + RESTORE):] == ONE + RESTORE
+    assert locked.values("panel", "left") == [60, 40] and locked.setting() == "1"
+    locked.check_books()
+    locked.desk.start()
+    locked.wait_for_log(CONFIRMED % 2)
+    assert locked.values("panel", "left") == [100, 100]
+    locked.unlock()
+    assert locked.values("panel", "left") == [60, 40]
+
+
+def test_quit_while_the_lock_is_verified_gives_the_old_value_back(bench):
+    bench.begin([Monitor("left", 40)], on=True)
+    bench.desk.quit()
+    assert bench.hardware.value("left") == 40 and bench.setting() == "1"
+
+
+def test_quit_with_the_mode_off_asks_no_display(bench):
+    bench.begin([Monitor("left", 40)], [Panel("panel", 60)])
+    bench.hardware.forget()
+    assert bench.desk.quit() == 0
+    assert bench.record() == [] and bench.values("panel", "left") == [60, 40]
+
+
+def test_quit_with_a_display_gone_gives_the_others_back(locked):
+    locked.hardware.unplug("panel")
+    assert locked.desk.quit() == 0
+    assert locked.values("panel", "left") == [100, 40]
+
+
+def test_the_end_of_the_windows_session_gives_the_old_values_back(make_desk):
+    bench = Bench(make_desk(build_dir=BUILD))
+    bench.begin([Monitor("left", 40)], [Panel("panel", 60)])
+    bench.lock("panel", "left")
+    bench.desk.end_session()
+    bench.desk.wait_for_exit()
+    assert bench.values("panel", "left") == [60, 40] and bench.setting() == "1"
+    bench.check_books()
+
+
+def test_between_the_end_of_the_session_and_the_last_moment_nothing_is_locked_again(locked):
+    locked.desk.send_message(WM_ENDSESSION, 1, 0)
+    assert locked.record()[-len(ONE + RESTORE):] == ONE + RESTORE
+    locked.hardware.forget()
+    locked.tick(POLL, SETTLED, VERIFY, POLL, VERIFY)
+    assert locked.sets() == [] and locked.values("panel", "left") == [60, 40]
+    assert locked.setting() == "1"
+
+
+def test_a_session_end_that_was_called_off_keeps_the_lock(locked):
+    locked.desk.send_message(WM_ENDSESSION, 0, 0)
+    assert locked.sets() == []
+    locked.hardware.turn("left", 40)
+    locked.tick(POLL)
+    assert locked.hardware.value("left") == 100
+
+
+def test_a_crash_leaves_the_displays_locked_and_the_mode_on(locked):
+    locked.desk.kill_program()
+    locked.hardware.forget_outstanding()
+    assert locked.values("panel", "left") == [100, 100] and locked.setting() == "1"
+    locked.desk.start()
+    locked.wait_for_log(CONFIRMED % 2)
