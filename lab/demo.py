@@ -12,10 +12,10 @@ sys.dont_write_bytecode = True
 
 from ambrel_lab import Lab, LabError  # noqa: E402
 from ambrel_lab.unit import end_on_signals  # noqa: E402
-from demonstration import main_job, options  # noqa: E402
+from demonstration import backlight, main_job, options  # noqa: E402
 from demonstration.stage import Stage  # noqa: E402
 
-ACTS = (("The main job", main_job.show), ("The options", options.show))
+ACTS = (("The main job", main_job.show), ("The options", options.show), ("The backlight", backlight.show))
 
 
 def main(pictures):

@@ -6,6 +6,8 @@ from ambrel_lab.waiting import wait_until
 # Places on the popup, in design units.
 WARMTH_THUMB = (80, 229)
 STATUS_STRIP = (160, 395)
+CARD = (160, 400)
+CARD_ACCENT = (160, 384)  # on its upper outline
 EVENING = (160, 447)
 NIGHT = (250, 447)
 POWER = (160, 503)

@@ -1,0 +1,91 @@
+"""The backlight held at 100%: the PWM-safe card in each of its nine states, on simulated displays."""
+
+from ambrel_lab.hardware import Monitor, Panel
+
+from .stage import CARD, CARD_ACCENT
+
+AMBER, GREY, GREEN = (255, 210, 0), (110, 110, 110), (0, 214, 124)
+WM_DISPLAYCHANGE = 0x7E
+TEN_FAILURES = 45  # seconds: ten polls of 2 s, each judged 0.75 s later, on a slow machine
+
+
+def accent_is(stage, colour):
+    """Whether the card's outline shows that colour."""
+    rect = stage.lab.popup_rect()
+    x, y = stage.lab.unit_to_screen(*CARD_ACCENT)
+    column = [stage.lab.popup_picture().pixel(x - rect.left, y - rect.top + step) for step in range(-1, 2)]
+    return colour in column
+
+
+def see_card(stage, name, what, colour, patience=10):
+    stage.see(f"the card says {what}", lambda: accent_is(stage, colour), patience)
+    stage.save(name)
+
+
+def displays_changed(stage):
+    stage.lab.post_message(WM_DISPLAYCHANGE)
+
+
+def lock_a_monitor(stage):
+    hardware = stage.lab.hardware
+    see_card(stage, "11-already-full", "DISPLAY ALREADY AT 100%", GREY)
+    hardware.turn("desk", 40)
+    displays_changed(stage)
+    see_card(stage, "12-lock-display", "LOCK DISPLAY AT 100%", AMBER)
+    stage.lab.click_unit(*CARD)
+    see_card(stage, "13-verifying", "VERIFYING 100% LOCK", AMBER)
+    stage.see("the monitor is at 100", lambda: hardware.value("desk") == 100)
+    see_card(stage, "14-locked", "DISPLAY LOCKED AT 100%", GREEN)
+    hardware.turn("desk", 30)
+    stage.see("a monitor turned down by hand comes back", lambda: hardware.value("desk") == 100)
+    see_card(stage, "15-locked-again", "DISPLAY LOCKED AT 100%", GREEN)
+
+
+def lose_and_find_it(stage):
+    hardware = stage.lab.hardware
+    hardware.unplug("desk")
+    displays_changed(stage)
+    see_card(stage, "16-waiting", "WAITING FOR DISPLAY", AMBER)
+    hardware.plug("desk")
+    see_card(stage, "17-found", "DISPLAY LOCKED AT 100%", GREEN)
+
+
+def refuse(stage):
+    hardware = stage.lab.hardware
+    hardware.change("desk", behaviour="sticks", at=60)
+    hardware.turn("desk", 60)
+    stage.see("a monitor that will not hold is noted", lambda: stage.log_has("lock pending"))
+    see_card(stage, "18-reasserting", "REASSERTING 100% LOCK", AMBER)
+    stage.see("and asked less often after ten failures", lambda: stage.log_has("slowing retries to 30s"),
+              TEN_FAILURES)
+    see_card(stage, "19-will-not-hold", "DISPLAY WON'T HOLD 100%", AMBER)
+    hardware.change("desk", behaviour="ok")
+    stage.lab.click_unit(*CARD)
+    stage.see("the switch gives the monitor its old brightness back", lambda: hardware.value("desk") == 40)
+
+
+def lock_a_panel(stage):
+    hardware = stage.lab.hardware
+    hardware.unplug("desk")
+    displays_changed(stage)
+    stage.see("without a display there is no card", lambda: not accent_is(stage, AMBER))
+    hardware.plug("laptop")
+    displays_changed(stage)
+    see_card(stage, "20-lock-panel", "LOCK BUILT-IN PANEL AT 100%", AMBER)
+    stage.lab.click_unit(*CARD)
+    stage.see("the panel is at 100", lambda: hardware.value("laptop") == 100)
+    see_card(stage, "21-panel-locked", "BUILT-IN PANEL LOCKED AT 100%", GREEN)
+
+
+def show(stage):
+    hardware = stage.lab.hardware
+    hardware.monitors([Monitor("desk", current=100)])
+    hardware.panels([Panel("laptop", current=35, present=False)])
+    stage.start()
+    lock_a_monitor(stage)
+    lose_and_find_it(stage)
+    refuse(stage)
+    lock_a_panel(stage)
+    stage.quit()
+    stage.see("and the panel has its old brightness back", lambda: hardware.value("laptop") == 35)
+    stage.see("nothing that the displays handed out was kept", lambda: hardware.outstanding() == 0)
