@@ -36,7 +36,8 @@ struct AppState {
     bool trayIconAdded = false;
     std::int32_t trayRetryCount = 0;
     bool popupShown = false;
-    bool popupArmed = false;  // the popup has been active since it was shown; only then it hides itself
+    std::uint32_t popupShows = 0;  // how often it was shown
+    bool popupArmed = false;       // the popup has been active since it was shown; only then it hides itself
     bool menuTracking = false;
     std::uint64_t popupHiddenAt = 0;  // tick, ms
     bool ending = false;              // window or session is at its end: nothing is taken over any more
@@ -76,7 +77,7 @@ struct AppState {
     std::int32_t readBackMismatchStreak = 0;
     bool lastApplyRejected = false;
     bool gammaRangeExpanded = false;
-    bool gammaFixPending = false;
+    bool gammaFixPending = false;        // the elevated run was launched and has not been seen to succeed
     std::uint64_t gammaFixDeadline = 0;  // tick, ms
     std::uint64_t gammaFixEpoch = 0;     // seconds since 1970; 0: never confirmed
     bool bannerDemotedLogged = false;
@@ -94,7 +95,9 @@ struct AppState {
     bool pwmVerifyIsUserToggle = false;
     std::int32_t pwmTargetCount = 0;
     std::int32_t pwmTargetsAt100 = 0;
-    bool pwmBusy = false;  // an operation waits for displays to answer
+    bool pwmBusy = false;          // an operation waits for displays to answer
+    bool pwmClickWaiting = false;  // the user clicked the card meanwhile
+    bool pwmWanted = false;        // and wants the mode to be this
     bool pwmPendingLogged = false;
     std::int32_t pwmRetryCount = 0;
     bool pwmRetrySlowed = false;

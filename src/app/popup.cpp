@@ -43,9 +43,12 @@ POINT PlacePopup(const RECT& workArea) {
 }
 
 void ShowPopup() {
+    const std::uint32_t shows = g_app.popupShows;
     RefreshPwmSafeTargets(false);
-    // The displays may take long to answer, and the program may have been quit meanwhile.
-    if (g_app.ending) return;
+    // The displays may take long to answer: the program may have been quit meanwhile, or another click have
+    // shown the popup, and a third hidden it.
+    if (g_app.ending || g_app.popupShows != shows) return;
+    g_app.popupShows += 1;
     POINT cursor = {};
     GetCursorPos(&cursor);
     HMONITOR monitor = MonitorFromPoint(cursor, MONITOR_DEFAULTTONEAREST);

@@ -7,8 +7,11 @@
 // AppState; on a work area smaller than the popup the top-left corner wins.
 POINT PlacePopup(const RECT& workArea);
 
-// Shows the popup on the monitor under the mouse and brings it to the front. When Windows refuses the
-// foreground it stays visible and does not hide itself before it has once been active.
+// Looks at the displays anew, and shows the popup on the monitor under the mouse and brings it to the front.
+// When Windows refuses the foreground it stays visible and does not hide itself before it has once been
+// active.
 void ShowPopup();
 
+// Hides the popup, and notes when: the tray click that took its activation away must not open it again. The
+// time is noted also when it is hidden already.
 void HidePopup();

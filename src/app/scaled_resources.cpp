@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr int kHeaderIconUnits = 22;
-
 // 0 when Windows does not tell.
 UINT EffectiveDpiOf(HMONITOR monitor) {
     const SystemLibrary shcore(L"Shcore.dll");

@@ -3,6 +3,8 @@
 
 #include "win32/platform.h"
 
+constexpr int kHeaderIconUnits = 22;  // its width and height, drawn as loaded
+
 // Loads the popup's icon for the DPI in AppState; the one before is destroyed once the new one is in place,
 // and stays when there is no new one.
 void RebuildScaledResources();

@@ -9,4 +9,5 @@ bool ClaimSingleInstance();
 // cannot be found, as when it is another user's or still starting.
 void WakeFirstInstance();
 
+// Lets another copy start. Does nothing when the mutex is not held.
 void ReleaseSingleInstance();

@@ -30,8 +30,8 @@
 namespace {
 
 void LogStartLines() {
-    const OsInfo os = ReadOsInfo();
     LogEvent("Ambrel Windows v%ls starting", L"" AMBREL_VERSION);
+    const OsInfo os = ReadOsInfo();
     LogEvent("OS: %ls %ls (%lu.%lu.%lu)", os.productName.empty() ? L"Windows" : os.productName.c_str(),
              os.displayVersion.c_str(), os.major, os.minor, os.build);
     LogEvent("Hardware: %ls / %ls", ReadHardwareName().c_str(), ReadCpuName().c_str());
@@ -116,7 +116,8 @@ void FitWindowToItsDpi() {
 }
 
 void AddFirstTrayIcon() {
-    g_app.trayIconAdded = AddTrayIcon();
+    // The taskbar may announce itself while the shell is asked: the icon is there then, and refused here.
+    if (!g_app.trayIconAdded && AddTrayIcon()) g_app.trayIconAdded = true;
     if (g_app.trayIconAdded) return;
     LogEvent("Tray icon add failed (taskbar not ready?) - retry timer armed");
     g_app.trayRetryCount = 0;

@@ -95,7 +95,8 @@ void OnTrayRetryTimer() {
         return;
     }
     g_app.trayRetryCount += 1;
-    g_app.trayIconAdded = AddTrayIcon();
+    // The taskbar may announce itself while the shell is asked: the icon is there then, and refused here.
+    if (AddTrayIcon()) g_app.trayIconAdded = true;
     if (g_app.trayIconAdded) {
         LogEvent("Tray icon added after %d retr%ls", g_app.trayRetryCount,
                  g_app.trayRetryCount == 1 ? L"y" : L"ies");

@@ -3,10 +3,12 @@
 
 #include "win32/platform.h"
 
+// WM_CREATE: the lock on the backlight that the settings ask for is asserted. Displays are asked, so messages
+// may be dispatched.
 void OnCreate(HWND window);
 
-// Gives back the screen, the tray icon and the single-instance mutex, frees what lives for the whole run and
-// ends the message loop. Settings are not saved here.
+// Gives back the backlight, the screen, the tray icon and the single-instance mutex, frees what lives for the
+// whole run and ends the message loop. Settings are not saved here.
 void OnDestroy();
 
 // WM_ENDSESSION: Windows ends the process soon, without WM_DESTROY.

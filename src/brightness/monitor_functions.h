@@ -4,7 +4,7 @@
 
 #include "win32/platform.h"
 
-struct _PHYSICAL_MONITOR;
+struct _PHYSICAL_MONITOR;  // NOLINT(bugprone-reserved-identifier): the tag that Windows gave it
 
 struct MonitorFunctions {
     HMODULE module = nullptr;

@@ -1,6 +1,7 @@
 #include "brightness/pwm_safe.h"
 
 #include "app/app_state.h"
+#include "app/messages.h"
 #include "app/timers.h"
 #include "brightness/display_targets.h"
 #include "store/event_log.h"
@@ -15,7 +16,12 @@ constexpr int kFailuresToSlowDown = 10;  // reached, not exceeded
 // for their next turn. Only the end, which gives everything back, does not wait.
 struct [[nodiscard]] BusyWithDisplays {
     BusyWithDisplays() { g_app.pwmBusy = true; }
-    ~BusyWithDisplays() { g_app.pwmBusy = false; }
+    ~BusyWithDisplays() {
+        g_app.pwmBusy = false;
+        if (!g_app.pwmClickWaiting || g_app.ending) return;
+        g_app.pwmClickWaiting = false;
+        PostMessageW(g_app.mainWindow, kMessagePwmSafeWanted, g_app.pwmWanted, 0);
+    }
     BusyWithDisplays(const BusyWithDisplays&) = delete;
     BusyWithDisplays& operator=(const BusyWithDisplays&) = delete;
 };
@@ -33,6 +39,12 @@ bool AllAtFull() {
 
 TimerPace PollPace() {
     return g_app.pwmRetrySlowed ? TimerPace::Long : TimerPace::Normal;
+}
+
+// What is wanted, not that it changes: the operation under way may switch the mode itself.
+void KeepClickForLater() {
+    g_app.pwmWanted = g_app.pwmClickWaiting ? !g_app.pwmWanted : !g_app.pwmSafe;
+    g_app.pwmClickWaiting = true;
 }
 
 void SwitchOff() {
@@ -63,6 +75,7 @@ bool LockTargets(const DisplayTargetList& list, bool byUser) {
 }
 
 void AssertLock(bool byUser) {
+    if (g_app.ending) return;
     const DisplayTargetList list = LookAtDisplays();
     if (!MayLock(byUser)) return;
     if (list.empty()) {
@@ -205,7 +218,10 @@ void SchedulePwmSafePoll() {
 }
 
 void TogglePwmSafeByUser() {
-    if (g_app.pwmBusy) return;
+    if (g_app.pwmBusy) {
+        KeepClickForLater();
+        return;
+    }
     const BusyWithDisplays busy;
     LogEvent("PWM-safe toggled %ls by user", g_app.pwmSafe ? L"OFF" : L"ON");
     g_app.pwmRetryCount = 0;
@@ -237,7 +253,7 @@ void ReassertPwmSafeAfterChange() {
     }
     const BusyWithDisplays busy;
     RefreshTargets(false);
-    if (!g_app.pwmSafe) return;
+    if (!g_app.pwmSafe || g_app.ending) return;
     g_app.pwmRetryCount = 0;
     if (g_app.pwmRetrySlowed) {
         g_app.pwmRetrySlowed = false;

@@ -1,7 +1,7 @@
 // PWM-safe mode: the displays' own backlight held at 100%, so that it never flickers. A lock is asserted on
 // every display, verified 750 ms later and polled from then on; what a display was set to before is given
-// back at the end. While displays answer, messages may be dispatched: lists are local to each call. Window
-// thread only.
+// back at the end. While displays answer, messages may be dispatched: what one of them asks of this unit
+// waits for its next turn, save the release, which is the end's. Window thread only.
 #pragma once
 
 // Sets every display to 100%, noting first what it was set to, and has the lock verified. With no display a

@@ -9,6 +9,7 @@ namespace {
 constexpr wchar_t kWindowsKey[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
 constexpr wchar_t kCpuKey[] = L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0";
 constexpr wchar_t kBiosKey[] = L"HARDWARE\\DESCRIPTION\\System\\BIOS";
+constexpr wchar_t kCryptographyKey[] = L"SOFTWARE\\Microsoft\\Cryptography";
 constexpr wchar_t kUnknown[] = L"unknown";
 
 constexpr DWORD kLongestValue = 65536;  // bytes; a longer registry value counts as unreadable
@@ -88,6 +89,15 @@ std::wstring ReadCpuName() {
     }
     const std::wstring name = ReadText(cpu.key, L"ProcessorNameString");
     return name.empty() ? kUnknown : name;
+}
+
+std::wstring ReadMachineGuid() {
+    RegistryKey cryptography;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kCryptographyKey, 0, KEY_QUERY_VALUE | KEY_WOW64_64KEY,
+                      cryptography.Out()) != ERROR_SUCCESS) {
+        return {};
+    }
+    return ReadText(cryptography.key, L"MachineGuid");
 }
 
 std::wstring ReadHardwareName() {

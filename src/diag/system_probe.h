@@ -26,5 +26,8 @@ std::wstring CorrectProductName(std::wstring name, DWORD major, DWORD build);
 // The first processor's name, or "unknown".
 std::wstring ReadCpuName();
 
+// The identifier that Windows' set-up gave this machine; empty when it cannot be read.
+std::wstring ReadMachineGuid();
+
 // Manufacturer and model, or "unknown".
 std::wstring ReadHardwareName();

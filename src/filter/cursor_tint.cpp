@@ -74,7 +74,7 @@ bool TintOne(HCURSOR copy, DWORD id) {
 }  // namespace
 
 void TintSystemCursors() {
-    if (!g_app.filterOn) {
+    if (!g_app.filterOn || g_app.ending) {
         RestoreSystemCursors();
         return;
     }

@@ -4,7 +4,8 @@
 #pragma once
 
 // Replaces the system cursors by copies in the filter's colour. Does nothing while neither warmth nor
-// brightness has moved by 0.002 since the last tint. With the filter off it restores them.
+// brightness has moved by 0.002 since the last tint. With the filter off, or at the program's
+// end, it restores them.
 void TintSystemCursors();
 
 // Has Windows load its own cursors again, if they are tinted.

@@ -5,8 +5,9 @@
 #include "filter/warmth.h"
 
 // Puts the filter on the screen as AppState says, or takes it off when it is off or the program is ending. A
-// second error 87 in a row from the Magnification API switches to Legacy Mode; any other error is shown once
-// a run. Never initialises a pipeline: without one it has no effect.
+// second error 87 in a row from the Magnification API switches to Legacy Mode, unless the user has left that
+// by hand in this run; any other error, and then 87 too, is shown once a run. Never initialises a pipeline:
+// without one it has no effect.
 void ApplyFilter();
 
 // Takes the effect of the pipeline in use off the screen.

@@ -1,4 +1,5 @@
-/* The one place of the version: read by the resource compiler and by the program. */
+/* The one place of the version: read by the resource compiler and by the program. The manifest's number is
+   the manifest's own. */
 #pragma once
 
 #define AMBREL_VERSION "2.23"

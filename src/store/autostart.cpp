@@ -24,10 +24,6 @@ bool ValueExists() {
            RegQueryValueExW(run.key, kValueName, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
 }
 
-bool SamePath(const std::wstring& one, const std::wstring& other) {
-    return CompareStringOrdinal(one.c_str(), -1, other.c_str(), -1, TRUE) == CSTR_EQUAL;
-}
-
 }  // namespace
 
 std::wstring ReadAutostartValue() {
@@ -64,7 +60,7 @@ void RepairAutostartEntry() {
     const std::wstring text = ReadAutostartValue();
     if (text.empty()) {
         LogEvent("Autostart entry missing (INI says ON) - restoring");
-    } else if (!SamePath(text, OwnProgramPath())) {
+    } else if (!IsOwnProgramPath(text)) {
         LogEvent("Autostart entry pointed at '%ls' - rewriting to current exe", text.c_str());
     }
     SetAutostart(true);

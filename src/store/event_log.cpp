@@ -1,17 +1,22 @@
 #include "store/event_log.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <deque>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "win32/guards.h"
 
 namespace {
 
+constexpr std::size_t kRingLines = 500;
 constexpr long long kTrimAbove = 262144;  // bytes
 constexpr long long kTrimKeeps = 65536;   // bytes
+constexpr long long kTailBytes = 16384;
+constexpr std::size_t kTailLines = 40;
 constexpr wchar_t kSessionMarker[] = L"---------- session start ----------";
 
 // Guards everything below and every access to the file.
@@ -39,6 +44,43 @@ std::string ToUtf8(const std::wstring& text) {
     return bytes;
 }
 
+std::wstring FromUtf8(const std::string& bytes) {
+    const int size = static_cast<int>(bytes.size());
+    const int length = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, nullptr, 0);
+    std::wstring text(static_cast<std::size_t>(length), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.data(), length);
+    return text;
+}
+
+// Lines end with LF; a CR before it does not belong to the line.
+std::vector<std::wstring> SplitLines(const std::wstring& text) {
+    std::vector<std::wstring> lines;
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = std::min(text.find(L'\n', start), text.size());
+        std::wstring line = text.substr(start, end - start);
+        if (!line.empty() && line.back() == L'\r') line.pop_back();
+        lines.push_back(std::move(line));
+        start = end + 1;
+    }
+    return lines;
+}
+
+// The end of the file as bytes. A first line that may have been cut is left out. Empty when it cannot be
+// read.
+std::string ReadTailBytes() {
+    const File file = g_path.empty() ? nullptr : OpenLog(L"rb");
+    if (file == nullptr || _fseeki64(file.get(), 0, SEEK_END) != 0) return {};
+    const long long size = _ftelli64(file.get());
+    const long long start = std::max(size - kTailBytes, 0LL);
+    if (size <= 0 || _fseeki64(file.get(), start, SEEK_SET) != 0) return {};
+
+    std::string bytes(static_cast<std::size_t>(size - start), '\0');
+    bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
+    if (start == 0) return bytes;
+    const std::size_t firstEnd = bytes.find('\n');
+    return firstEnd == std::string::npos ? std::string() : bytes.substr(firstEnd + 1);
+}
+
 // The caller holds the lock. The file is opened and closed for every line, so that other programs can read it
 // at any time and nothing is lost when the process is killed.
 void WriteLogFileLine(const std::wstring& line) {
@@ -60,6 +102,7 @@ void TrimLogFile() {
 
     const std::unique_ptr<char[]> tail(new (std::nothrow) char[kTrimKeeps]);
     if (tail == nullptr) return;
+    // A file that can be read only in part is kept as it is.
     if (std::fread(tail.get(), 1, kTrimKeeps, file.get()) != kTrimKeeps) return;
     file.reset();
 
@@ -71,7 +114,7 @@ void TrimLogFile() {
 
 void AppendLogLine(const wchar_t* message) {
     const ExclusiveLock lock(&g_lock);
-    if (g_ring.size() >= kLogRingLines) g_ring.pop_front();
+    if (g_ring.size() >= kRingLines) g_ring.pop_front();
 
     SYSTEMTIME now = {};
     GetLocalTime(&now);
@@ -95,6 +138,16 @@ void OpenEventLogFile(const std::wstring& path) {
 std::vector<std::wstring> ReadLogRing() {
     const ExclusiveLock lock(&g_lock);
     return {g_ring.begin(), g_ring.end()};
+}
+
+std::vector<std::wstring> ReadLogTail() {
+    const ExclusiveLock lock(&g_lock);
+    std::wstring text = FromUtf8(ReadTailBytes());
+    // A power cut can leave zeros in a file, and a text on the clipboard ends at the first one.
+    std::replace(text.begin(), text.end(), L'\0', L'\xFFFD');
+    std::vector<std::wstring> lines = SplitLines(text);
+    if (lines.size() > kTailLines) lines.erase(lines.begin(), lines.end() - kTailLines);
+    return lines;
 }
 
 void LogFormatted(const wchar_t* format, ...) {

@@ -8,7 +8,6 @@
 
 #include "win32/format_text.h"
 
-constexpr std::size_t kLogRingLines = 500;
 constexpr std::size_t kLogMessageCapacity = 512;  // with the terminating zero: a longer message is cut
 
 // Puts "[hh:mm:ss.mmm] message" into the ring and, once the file is known, into events.log.
@@ -20,6 +19,10 @@ void OpenEventLogFile(const std::wstring& path);
 
 // A copy of the ring, oldest line first.
 std::vector<std::wstring> ReadLogRing();
+
+// The last 40 lines at most of the last 16 KiB of events.log, in file order. None when there is no such file
+// or it is empty. The first line is left out when the 16 KiB may have cut it.
+std::vector<std::wstring> ReadLogTail();
 
 // Formats and appends one line; call it as LogEvent("...", ...), with %ls for wide strings.
 void LogFormatted(const wchar_t* format, ...);

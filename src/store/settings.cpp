@@ -57,7 +57,8 @@ void Write(const wchar_t* section, const wchar_t* key, const wchar_t* value) {
 
 std::wstring GetSettingsPath() {
     wchar_t applicationData[MAX_PATH] = {};
-    if (FAILED(SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, applicationData))) return {};
+    // S_FALSE, a success, comes with an empty path.
+    if (SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, applicationData) != S_OK) return {};
     const std::wstring folder = std::wstring(applicationData) + kFolder;
     CreateDirectoryW(folder.c_str(), nullptr);
     return folder + kFileName;

@@ -3,3 +3,4 @@
 
 constexpr int kCanvasWidth = 320;
 constexpr int kCanvasHeight = 540;
+constexpr int kHeaderHeight = 56;

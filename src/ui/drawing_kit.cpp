@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr RECT kHeaderBand = {0, 0, kCanvasWidth, 56};
+constexpr RECT kHeaderBand = {0, 0, kCanvasWidth, kHeaderHeight};
 constexpr RECT kHeaderTitle = {22, 20, 180, 40};
 constexpr RECT kHeaderSubtitle = {42, 36, 250, 52};
 constexpr RECT kHeaderDot = {20, 38, 28, 46};
@@ -90,6 +90,14 @@ void DrawStroke(HDC dc, POINT from, POINT to, int width, COLORREF colour) {
     const SelectedObject selectedPen(dc, pen.handle);
     MoveToEx(dc, from.x, from.y, nullptr);
     LineTo(dc, to.x, to.y);
+}
+
+void DrawButtonSurface(HDC dc, const RECT& button, const ButtonColours& colours) {
+    RECT ring = button;
+    InflateRect(&ring, 1, 1);
+    OutlineRoundRect(dc, ring, 22, colours.ring);
+    FillRoundedGradient(dc, button, 10, colours.top, colours.bottom);
+    OutlineRoundRect(dc, button, 20, colours.outline);
 }
 
 void DrawEdgeLines(HDC dc, const RECT& rect, int inset, COLORREF top, COLORREF bottom) {

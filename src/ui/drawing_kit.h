@@ -39,6 +39,16 @@ void FillRoundedGradient(HDC dc, const RECT& rect, int radius, COLORREF top, COL
 // are scaled here, right and bottom plus 1, the radius to at least 1 pixel.
 void ClipToRoundRect(HDC dc, const RECT& rect, int radius);
 
+struct ButtonColours {
+    COLORREF ring;
+    COLORREF top;
+    COLORREF bottom;
+    COLORREF outline;
+};
+
+// A button's face: a gradient in a rounded outline, and a ring one unit outside.
+void DrawButtonSurface(HDC dc, const RECT& button, const ButtonColours& colours);
+
 // A bevel: one-unit lines inside a surface, at top + 1 and bottom - 2, from left + inset to right - inset.
 void DrawEdgeLines(HDC dc, const RECT& rect, int inset, COLORREF top, COLORREF bottom);
 

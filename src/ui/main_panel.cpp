@@ -19,15 +19,13 @@ namespace {
 constexpr int kLowerAreaTop = 374;
 
 struct PresetColours {
-    COLORREF ring;
-    COLORREF top;
-    COLORREF bottom;
-    COLORREF outline;
+    ButtonColours surface;
     COLORREF text;
 };
 
-constexpr PresetColours kSelected = {Hex(0x464646), Hex(0x464646), Hex(0x282828), Hex(0x6E6E6E), kColourText};
-constexpr PresetColours kUnselected = {Hex(0x222222), Hex(0x2D2D2D), Hex(0x161616), Hex(0x373737),
+constexpr PresetColours kSelected = {{Hex(0x464646), Hex(0x464646), Hex(0x282828), Hex(0x6E6E6E)},
+                                     kColourText};
+constexpr PresetColours kUnselected = {{Hex(0x222222), Hex(0x2D2D2D), Hex(0x161616), Hex(0x373737)},
                                        kColourDimmed};
 
 // In the order of kPresets.
@@ -54,11 +52,7 @@ void DrawLowerArea(HDC dc) {
 }
 
 void DrawPresetButton(HDC dc, const RECT& button, const wchar_t* label, const PresetColours& colours) {
-    RECT ring = button;
-    InflateRect(&ring, 1, 1);
-    OutlineRoundRect(dc, ring, 22, colours.ring);
-    FillRoundedGradient(dc, button, 10, colours.top, colours.bottom);
-    OutlineRoundRect(dc, button, 20, colours.outline);
+    DrawButtonSurface(dc, button, colours.surface);
     DrawLine(dc, FontRole::Preset, colours.text, button, kAlignCentre, label);
 }
 

@@ -12,6 +12,7 @@
 #include "store/settings.h"
 #include "ui/regions.h"
 #include "ui/slider_geometry.h"
+#include "ui/support_copy.h"
 
 namespace {
 
@@ -84,7 +85,7 @@ void OnMouseDown(int x, int y) {
         case Region::LaunchRow: ClickLaunchAtStart(); return;
         case Region::ExtremeDimRow: ClickExtremeDim(); return;
         case Region::LegacyRow: ClickLegacyMode(); return;
-        case Region::Support:
+        case Region::Support: CopySupportBundle(); return;
         case Region::None: return;
     }
 }

@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "app/app_state.h"
+#include "app/scaled_resources.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"
 #include "ui/regions.h"
@@ -11,16 +12,8 @@
 namespace {
 
 constexpr wchar_t kLabel[] = L"KIVO";
-constexpr int kIconSize = 22;
 constexpr int kIconGap = 8;
 constexpr int kIconTop = 492;
-
-struct ButtonColours {
-    COLORREF ring;
-    COLORREF top;
-    COLORREF bottom;
-    COLORREF outline;
-};
 
 constexpr ButtonColours kOn = {Hex(0x780000), Hex(0xCC0000), Hex(0x990000), Hex(0x500000)};
 constexpr ButtonColours kOff = {Hex(0x222222), Hex(0x262626), Hex(0x1A1A1A), Hex(0x2D2D2D)};
@@ -38,9 +31,10 @@ void DrawContent(HDC dc, const RECT& button) {
     const int width = WidthOfLabel(dc);
     LONG left = button.left;
     if (g_app.headerIcon != nullptr) {
-        left += (inner - kIconSize - kIconGap - width) / 2;
-        DrawIconEx(dc, left, kIconTop, g_app.headerIcon, kIconSize, kIconSize, 0, nullptr, DI_NORMAL);
-        left += kIconSize + kIconGap;
+        left += (inner - kHeaderIconUnits - kIconGap - width) / 2;
+        DrawIconEx(dc, left, kIconTop, g_app.headerIcon, kHeaderIconUnits, kHeaderIconUnits, 0, nullptr,
+                   DI_NORMAL);
+        left += kHeaderIconUnits + kIconGap;
     } else {
         left += (inner - width) / 2;
     }
@@ -53,10 +47,6 @@ void DrawContent(HDC dc, const RECT& button) {
 void DrawPowerButton(HDC dc) {
     const RECT button = RegionRect(Region::Power);
     const ButtonColours colours = g_app.filterOn ? kOn : kOff;
-    RECT ring = button;
-    InflateRect(&ring, 1, 1);
-    OutlineRoundRect(dc, ring, 22, colours.ring);
-    FillRoundedGradient(dc, button, 10, colours.top, colours.bottom);
-    OutlineRoundRect(dc, button, 20, colours.outline);
+    DrawButtonSurface(dc, button, colours);
     DrawContent(dc, button);
 }

@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr RECT kHeaderBand = {0, 0, kCanvasWidth, 56};
-constexpr RECT kTitle = {22, 0, 240, 56};
+constexpr RECT kHeaderBand = {0, 0, kCanvasWidth, kHeaderHeight};
+constexpr RECT kTitle = {22, 0, 240, kHeaderHeight};
 
 constexpr int kRowCorner = 12;
 constexpr int kLabelLeft = 36;

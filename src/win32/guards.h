@@ -112,6 +112,19 @@ struct [[nodiscard]] GlobalBlock {
     }
 };
 
+// The clipboard, opened with `owner` as the owner of what is put on it. open is false when another program
+// holds it.
+struct [[nodiscard]] OpenClipboardOf {
+    bool open;
+
+    explicit OpenClipboardOf(HWND owner) : open(OpenClipboard(owner) != FALSE) {}
+    ~OpenClipboardOf() {
+        if (open) CloseClipboard();
+    }
+    OpenClipboardOf(const OpenClipboardOf&) = delete;
+    OpenClipboardOf& operator=(const OpenClipboardOf&) = delete;
+};
+
 // A slim lock held exclusively.
 struct [[nodiscard]] ExclusiveLock {
     SRWLOCK* lock;

@@ -8,3 +8,7 @@ std::wstring OwnProgramPath() {
     path[MAX_PATH - 1] = L'\0';
     return path;
 }
+
+bool IsOwnProgramPath(const std::wstring& path) {
+    return CompareStringOrdinal(path.c_str(), -1, OwnProgramPath().c_str(), -1, TRUE) == CSTR_EQUAL;
+}

@@ -8,15 +8,39 @@
 // - what is locked can be given back: with the mode on a display's old value is noted or is what it reads;
 //   with the mode off, and after the program's end, it is what it reads;
 // - the mode is the one that was saved last.
+//
+// A click that comes while displays answer is posted again behind the operation.
 #include <algorithm>
 #include <iterator>
 #include <random>
+#include <vector>
 
+#include "app/messages.h"
 #include "app/timers.h"
 #include "brightness/pwm_bench.h"
 #include "brightness/simulated_timers.h"
+#include "support/seam.h"
 
 namespace {
+
+// What is posted to the window, by the mode that is wanted.
+std::vector<bool> g_posted;
+
+BOOL WINAPI FakePostMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    EXPECT_EQ(window, g_app.mainWindow);
+    EXPECT_EQ(message, kMessagePwmSafeWanted);
+    EXPECT_EQ(lParam, 0);
+    g_posted.push_back(wParam != 0);
+    return TRUE;
+}
+
+// As the window's procedure does.
+void DeliverPosted() {
+    for (std::size_t i = 0; i < g_posted.size(); ++i) {
+        if (!g_app.ending && g_app.pwmSafe != g_posted[i]) TogglePwmSafeByUser();
+    }
+    g_posted.clear();
+}
 
 void EndTheSession() {
     g_app.ending = true;
@@ -111,10 +135,10 @@ protected:
     void InterruptEverythingOutOfTurn(Message message);
     // Interrupts one operation at random moments by random messages, which are interrupted likewise.
     void InterruptAtRandom(std::uint32_t seed);
-
-private:
     void Prepare(const Operation& operation);
     int Interrupt(const Operation& operation, int at, Message message);
+
+private:
     void ExpectKnownValues();
     void ExpectSettled();
     void ExpectSettledThenAndLater();
@@ -134,6 +158,7 @@ void PwmReentry::Prepare(const Operation& operation) {
     g_timers.clear();
     g_displays = {{.name = L"P", .percent = kPanelBefore, .kind = TargetKind::WmiPanel},
                   {.name = L"A", .percent = kMonitorBefore}};
+    g_posted.clear();
     operation.prepare();
     savedAtStart_ = g_app.pwmSafe;
     g_calls.clear();
@@ -165,6 +190,7 @@ int PwmReentry::Interrupt(const Operation& operation, int at, Message message) {
     };
     operation.run();
     g_whileWaiting = nullptr;
+    DeliverPosted();
     return moment;
 }
 
@@ -228,6 +254,7 @@ void PwmReentry::InterruptAtRandom(std::uint32_t seed) {
     };
     operation.run();
     g_whileWaiting = nullptr;
+    DeliverPosted();
     const std::string story = Story();
     ExpectSettledThenAndLater();
     ASSERT_FALSE(HasFailure()) << "seed " << seed << ", " << operation.name << ":" << story;
@@ -264,6 +291,8 @@ void PwmReentry::InterruptEverything(Message message) {
 
 }  // namespace
 
+AMBREL_SEAM(PostMessageW, FakePostMessage);
+
 TEST_F(PwmReentry, APollAtAnyMoment) {
     InterruptEverything(FirePoll);
 }
@@ -278,6 +307,37 @@ TEST_F(PwmReentry, ThePopupShownAtAnyMoment) {
 
 TEST_F(PwmReentry, AClickAtAnyMoment) {
     InterruptEverything(TogglePwmSafeByUser);
+}
+
+TEST_F(PwmReentry, AClickIsTheLastWordWhateverItComesInto) {
+    static bool wanted = false;
+    for (const Operation& operation : kOperations) {
+        int moments = 1;
+        for (int at = 0; at < moments; ++at) {
+            moments = Interrupt(operation, at, [] {
+                wanted = !g_app.pwmSafe;
+                TogglePwmSafeByUser();
+            });
+            EXPECT_TRUE(g_app.ending || g_app.pwmSafe == wanted) << operation.name << ", moment " << at;
+        }
+    }
+}
+
+TEST_F(PwmReentry, TwoClicksWhileDisplaysAnswerCancelEachOther) {
+    Prepare(kOperations[3]);
+    ASSERT_TRUE(g_app.pwmSafe);
+    bool clicked = false;
+    g_whileWaiting = [&](Moment) {
+        if (clicked) return;
+        clicked = true;
+        TogglePwmSafeByUser();
+        TogglePwmSafeByUser();
+    };
+    FirePoll();
+    EXPECT_TRUE(clicked);
+    EXPECT_EQ(g_posted, std::vector<bool>{true});
+    EXPECT_EQ(During(DeliverPosted), CallRecord{});
+    EXPECT_TRUE(g_app.pwmSafe);
 }
 
 TEST_F(PwmReentry, ADisplayChangeAtAnyMoment) {

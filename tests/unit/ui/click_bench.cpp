@@ -10,6 +10,7 @@
 #include "store/event_log.h"
 #include "store/settings.h"
 #include "support/seam.h"
+#include "ui/support_copy.h"
 
 ClickBench g_bench;
 
@@ -80,6 +81,9 @@ void TogglePwmSafeByUser() {
 }
 void RefreshPwmSafeTargets(bool fromTimer) {
     Record(fromTimer ? "look at displays from timer" : "look at displays");
+}
+void CopySupportBundle() {
+    Record("copy support bundle");
 }
 void SetAutostart(bool on) {
     Record("autostart ", on ? "on" : "off");

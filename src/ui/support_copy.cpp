@@ -1,0 +1,52 @@
+#include "ui/support_copy.h"
+
+#include <cstring>
+#include <string>
+
+#include "app/app_state.h"
+#include "app/refresh.h"
+#include "app/timers.h"
+#include "diag/support_bundle.h"
+#include "store/event_log.h"
+#include "win32/guards.h"
+
+namespace {
+
+constexpr std::uint64_t kCopiedLook = 5000;  // ms
+
+// False when memory ran out or the clipboard refused the text. The clipboard is open.
+bool HandOver(const std::wstring& text) {
+    const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
+    GlobalBlock copy(bytes);
+    if (copy.block == nullptr) return false;
+    void* memory = GlobalLock(copy.block);
+    if (memory == nullptr) return false;
+    std::memcpy(memory, text.c_str(), bytes);
+    GlobalUnlock(copy.block);
+    if (SetClipboardData(CF_UNICODETEXT, copy.block) == nullptr) return false;
+    copy.Release();
+    return true;
+}
+
+bool PutOnClipboard(const std::wstring& text) {
+    const OpenClipboardOf clipboard(g_app.mainWindow);
+    if (!clipboard.open) return false;
+    EmptyClipboard();
+    return HandOver(text);
+}
+
+}  // namespace
+
+void CopySupportBundle() {
+    const std::wstring text = BuildSupportBundle();
+    if (PutOnClipboard(text)) {
+        LogEvent("Support bundle copied to clipboard (%zu chars)", text.size());
+        g_app.copiedUntil = GetTickCount64() + kCopiedLook;
+        StartTimer(TimerId::CopiedLookEnd);
+    } else {
+        LogEvent("Support bundle copy failed");
+        // A copy of a moment ago may have been emptied away.
+        g_app.copiedUntil = 0;
+    }
+    RefreshPopupAndTray();
+}
