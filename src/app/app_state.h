@@ -1,4 +1,5 @@
-// The one record of the program's live state. It holds no logic. Only the window thread touches it.
+// The one record of the program's live state. It holds no logic. Only the window thread touches it, or one
+// that it waits for.
 #pragma once
 
 #include <cstdint>
@@ -95,9 +96,10 @@ struct AppState {
     bool pwmVerifyIsUserToggle = false;
     std::int32_t pwmTargetCount = 0;
     std::int32_t pwmTargetsAt100 = 0;
-    bool pwmBusy = false;          // an operation waits for displays to answer
-    bool pwmClickWaiting = false;  // the user clicked the card meanwhile
-    bool pwmWanted = false;        // and wants the mode to be this
+    bool pwmBusy = false;             // an operation waits for displays to answer
+    bool pwmReassertWaiting = false;  // displays have changed meanwhile
+    bool pwmClickWaiting = false;     // the card was clicked meanwhile
+    bool pwmWanted = false;           // the mode that this click asks for
     bool pwmPendingLogged = false;
     std::int32_t pwmRetryCount = 0;
     bool pwmRetrySlowed = false;

@@ -15,6 +15,6 @@ constexpr UINT kMessageShowPopup = WM_APP + 105;
 // Posted once a run when the colour matrix is refused; wParam is the error code.
 constexpr UINT kMessageMagnificationError = WM_APP + 106;
 
-// Posted when an operation on the displays has ended that a click on the PWM-safe card came into; wParam is
-// whether the mode is wanted on.
-constexpr UINT kMessagePwmSafeWanted = WM_APP + 107;
+// Posted when an operation on the displays has ended into which a display change or a click on the PWM-safe
+// card came; no payload.
+constexpr UINT kMessagePwmSafeWaiting = WM_APP + 107;

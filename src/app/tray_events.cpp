@@ -1,6 +1,7 @@
 #include "app/tray_events.h"
 
 #include "app/app_state.h"
+#include "app/messages.h"
 #include "app/popup.h"
 #include "app/timers.h"
 #include "app/tray_icon.h"
@@ -76,6 +77,12 @@ void ShowTrayMenu() {
 }  // namespace
 
 void OnTrayCallback(LPARAM mouseMessage) {
+    // The shell may send it, and out of a message that another process sends COM does not call out, as it
+    // must to ask built-in panels.
+    if (InSendMessageEx(nullptr) != ISMEX_NOSEND) {
+        PostMessageW(g_app.mainWindow, kMessageTray, 0, mouseMessage);
+        return;
+    }
     if (mouseMessage == WM_LBUTTONUP) TogglePopup();
     if (mouseMessage == WM_RBUTTONUP) ShowTrayMenu();
 }

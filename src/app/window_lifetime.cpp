@@ -58,7 +58,7 @@ void OnEndSession(bool ending) {
     StopTimer(TimerId::DisplaySettle);
     StopTimer(TimerId::PwmSafePoll);
     StopTimer(TimerId::PwmSafeVerify);
-    ReleasePwmSafeLock();
+    ReleasePwmSafeLockAtSessionEnd();
     ReleaseCursorCopies();
     RestoreIdentityRamp();
 }

@@ -45,10 +45,8 @@ void OnTimerId(WPARAM id) {
     if (IsTimerId(id)) OnTimer(static_cast<TimerId>(id));
 }
 
-// A click that came while displays answered. The operation then under way may have done what it asks for.
-void OnPwmSafeWanted(bool wanted) {
-    if (g_app.ending || g_app.pwmSafe == wanted) return;
-    TogglePwmSafeByUser();
+void OnPwmSafeWaiting() {
+    PerformWaitingPwmSafeWork();
     RefreshPopupAndTray();
 }
 
@@ -79,7 +77,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         case kMessageLegacyNotice:       ShowLegacyNotice();                                          return 0;
         case kMessageShowPopup:          ShowPopup();                                                 return 0;
         case kMessageMagnificationError: ShowMagnificationError(static_cast<int>(wParam));            return 0;
-        case kMessagePwmSafeWanted:      OnPwmSafeWanted(wParam != 0);                                return 0;
+        case kMessagePwmSafeWaiting:     OnPwmSafeWaiting();                                          return 0;
         case WM_POWERBROADCAST:          OnPowerBroadcast(wParam);                                    return TRUE;
         case WM_LBUTTONDOWN:             OnMouseDown(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));     return 0;
         case WM_LBUTTONUP:               OnMouseUp();                                                 return 0;

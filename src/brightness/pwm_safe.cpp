@@ -1,11 +1,15 @@
 #include "brightness/pwm_safe.h"
 
+#include <utility>
+
 #include "app/app_state.h"
 #include "app/messages.h"
 #include "app/timers.h"
 #include "brightness/display_targets.h"
 #include "store/event_log.h"
 #include "store/settings.h"
+
+#include <objbase.h>
 
 namespace {
 
@@ -18,9 +22,8 @@ struct [[nodiscard]] BusyWithDisplays {
     BusyWithDisplays() { g_app.pwmBusy = true; }
     ~BusyWithDisplays() {
         g_app.pwmBusy = false;
-        if (!g_app.pwmClickWaiting || g_app.ending) return;
-        g_app.pwmClickWaiting = false;
-        PostMessageW(g_app.mainWindow, kMessagePwmSafeWanted, g_app.pwmWanted, 0);
+        if (g_app.ending || (!g_app.pwmReassertWaiting && !g_app.pwmClickWaiting)) return;
+        PostMessageW(g_app.mainWindow, kMessagePwmSafeWaiting, 0, 0);
     }
     BusyWithDisplays(const BusyWithDisplays&) = delete;
     BusyWithDisplays& operator=(const BusyWithDisplays&) = delete;
@@ -41,12 +44,6 @@ TimerPace PollPace() {
     return g_app.pwmRetrySlowed ? TimerPace::Long : TimerPace::Normal;
 }
 
-// What is wanted, not that it changes: the operation under way may switch the mode itself.
-void KeepClickForLater() {
-    g_app.pwmWanted = g_app.pwmClickWaiting ? !g_app.pwmWanted : !g_app.pwmSafe;
-    g_app.pwmClickWaiting = true;
-}
-
 void SwitchOff() {
     g_app.pwmSafe = false;
     g_app.pwmLockConfirmed = false;
@@ -54,19 +51,14 @@ void SwitchOff() {
     g_app.pwmVerifyIsUserToggle = false;
 }
 
-// Messages that were handled while displays answered may have switched the mode off, or ended it all.
-bool MayLock(bool byUser) {
-    return !g_app.ending && (byUser || g_app.pwmSafe);
-}
-
-// A value noted before is never replaced: it is the user's own, later ones are the lock's. False when the
-// lock was given up meanwhile; the display that was being set then has its value back.
-bool LockTargets(const DisplayTargetList& list, bool byUser) {
+// A value noted before is never replaced: it is the user's own, later ones are the lock's. False when the end
+// came while displays answered; the display that was being set then has its value back.
+bool LockTargets(const DisplayTargetList& list) {
     for (const DisplayTarget& target : list) {
         const std::uint32_t before =
             g_app.pwmSavedBrightness.try_emplace(target.name, target.percent).first->second;
         SetTargetBrightness(target, kFullPercent);
-        if (!MayLock(byUser)) {
+        if (g_app.ending) {
             SetTargetBrightness(target, before);
             return false;
         }
@@ -77,7 +69,7 @@ bool LockTargets(const DisplayTargetList& list, bool byUser) {
 void AssertLock(bool byUser) {
     if (g_app.ending) return;
     const DisplayTargetList list = LookAtDisplays();
-    if (!MayLock(byUser)) return;
+    if (g_app.ending) return;
     if (list.empty()) {
         if (byUser) {
             SwitchOff();
@@ -86,7 +78,7 @@ void AssertLock(bool byUser) {
         SchedulePwmSafePoll();
         return;
     }
-    if (!LockTargets(list, byUser)) return;
+    if (!LockTargets(list)) return;
     g_app.pwmSafe = true;
     g_app.pwmLockConfirmed = false;
     g_app.pwmVerifyPending = true;
@@ -98,7 +90,7 @@ void AssertLock(bool byUser) {
 void RefreshTargets(bool fromTimer) {
     if (g_app.ending) return;
     LookAtDisplays();
-    if (g_app.pwmVerifyPending) return;
+    if (g_app.ending || g_app.pwmVerifyPending) return;
     g_app.pwmLockConfirmed = g_app.pwmSafe && AllAtFull();
     if (g_app.pwmSafe && fromTimer && !AllAtFull()) AssertLock(false);
 }
@@ -118,13 +110,12 @@ void ConfirmLock() {
     LogEvent("PWM-safe: %d display(s) confirmed locked at 100%%", g_app.pwmTargetCount);
 }
 
-// Off before the release, here and below: a poll that is handled meanwhile would lock the displays again.
 void RevertUserSwitch() {
     LogEvent("PWM-safe: 100%% lock not confirmed (%d of %d) - reverting toggle", g_app.pwmTargetsAt100,
              g_app.pwmTargetCount);
     g_app.pwmPendingLogged = false;
-    g_app.pwmSafe = false;
     ReleasePwmSafeLock();
+    g_app.pwmSafe = false;
     SaveSettings();
     SchedulePwmSafePoll();
     RefreshTargets(false);
@@ -151,8 +142,8 @@ void CountFailure() {
 
 void TurnOffByUser() {
     StopTimer(TimerId::PwmSafeVerify);
-    SwitchOff();
     ReleasePwmSafeLock();
+    SwitchOff();
     SchedulePwmSafePoll();
     RefreshTargets(false);
 }
@@ -173,6 +164,13 @@ void JudgeLock() {
     } else {
         CountFailure();
     }
+}
+
+DWORD WINAPI ReleaseOnOwnThread(void*) {
+    const HRESULT joined = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    ReleasePwmSafeLock();
+    if (SUCCEEDED(joined)) CoUninitialize();
+    return 0;
 }
 
 }  // namespace
@@ -218,8 +216,11 @@ void SchedulePwmSafePoll() {
 }
 
 void TogglePwmSafeByUser() {
+    if (g_app.ending) return;
     if (g_app.pwmBusy) {
-        KeepClickForLater();
+        // What is wanted, not that it changes: the operation under way may switch the mode itself.
+        g_app.pwmWanted = !g_app.pwmSafe;
+        g_app.pwmClickWaiting = true;
         return;
     }
     const BusyWithDisplays busy;
@@ -247,8 +248,9 @@ void RestorePwmSafeFromSettings() {
 }
 
 void ReassertPwmSafeAfterChange() {
+    if (g_app.ending) return;
     if (g_app.pwmBusy) {
-        StartTimer(TimerId::DisplaySettle);
+        g_app.pwmReassertWaiting = true;
         return;
     }
     const BusyWithDisplays busy;
@@ -260,4 +262,25 @@ void ReassertPwmSafeAfterChange() {
         LogEvent("PWM-safe: display change - retry pace reset");
     }
     AssertLock(false);
+}
+
+void PerformWaitingPwmSafeWork() {
+    if (g_app.ending || g_app.pwmBusy) return;
+    const bool reassert = std::exchange(g_app.pwmReassertWaiting, false);
+    const bool clicked = std::exchange(g_app.pwmClickWaiting, false);
+    if (reassert) ReassertPwmSafeAfterChange();
+    if (clicked && g_app.pwmSafe != g_app.pwmWanted) TogglePwmSafeByUser();
+}
+
+void ReleasePwmSafeLockAtSessionEnd() {
+    if (g_app.pwmSavedBrightness.empty()) return;
+    HANDLE thread = nullptr;
+    if (InSendMessageEx(nullptr) != ISMEX_NOSEND)
+        thread = CreateThread(nullptr, 0, ReleaseOnOwnThread, nullptr, 0, nullptr);
+    if (thread == nullptr) {
+        ReleasePwmSafeLock();
+        return;
+    }
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
 }

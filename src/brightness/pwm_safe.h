@@ -6,7 +6,7 @@
 
 // Sets every display to 100%, noting first what it was set to, and has the lock verified. With no display a
 // switch by the user is undone at once; otherwise the mode stays on and the poll keeps looking for one. Does
-// nothing at the program's end, or when the mode was switched off while the displays answered.
+// nothing at the program's end.
 void AssertPwmSafeLock(bool byUser);
 
 // Looks at the displays anew and, unless a verification is pending, at whether the lock holds; from the poll
@@ -20,6 +20,10 @@ void VerifyPwmLock();
 // Gives back what the displays present now were set to before the lock, and forgets it.
 void ReleasePwmSafeLock();
 
+// The same from WM_ENDSESSION, which another process sends: COM does not call out of such a message
+// (RPC_E_CANTCALLOUT_ININPUTSYNCCALL), so the lock is released on a thread that this one waits for.
+void ReleasePwmSafeLockAtSessionEnd();
+
 // Starts the poll at its pace when the mode is on, else stops it.
 void SchedulePwmSafePoll();
 
@@ -28,6 +32,9 @@ void TogglePwmSafeByUser();
 
 // At the window's creation: the lock of the last run, when the settings say so.
 void RestorePwmSafeFromSettings();
+
+// What was asked for while displays answered: an assertion after a change, and the last click on the card.
+void PerformWaitingPwmSafeWork();
 
 // After displays or power have changed: the lock is asserted anew at the normal pace.
 void ReassertPwmSafeAfterChange();

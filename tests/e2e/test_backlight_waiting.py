@@ -98,7 +98,7 @@ def settle(bench, *timers):
     bench.tick(*timers)
 
 
-def test_messages_that_arrive_while_the_displays_are_listed_list_them_for_themselves(bench):
+def test_messages_that_arrive_while_the_displays_are_listed_wait_for_their_turn(bench):
     pumping(bench).show()
     in_the_middle(bench, lambda: bench.desk.post_message(SHOW_POPUP, 0, 0),
                   lambda: [bench.desk.post_message(message, 0, 0) for message in (SHOW_POPUP, WM_DISPLAYCHANGE)])

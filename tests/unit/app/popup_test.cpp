@@ -5,6 +5,7 @@
 #include "app/app_state.h"
 #include "app/foreground.h"
 #include "app/scaled_resources.h"
+#include "recorded_pwm_safe.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 
@@ -133,6 +134,34 @@ TEST_F(Popup, LooksAtTheDisplaysFirstThenIsPlacedShownBroughtToTheFrontAndWatche
                        }));
     EXPECT_TRUE(g_app.popupShown);
     EXPECT_TRUE(g_app.popupArmed);
+}
+
+TEST_F(Popup, IsNotShownWhenTheProgramEndedWhileTheDisplaysAnswered) {
+    g_whileDisplaysAnswer = [] { g_app.ending = true; };
+    ShowPopup();
+    EXPECT_EQ(g_calls, (CallRecord{"pwm refresh"}));
+    EXPECT_FALSE(g_app.popupShown);
+}
+
+TEST_F(Popup, IsShownByTheClickThatCameWhileTheDisplaysAnsweredAndNotAgain) {
+    g_whileDisplaysAnswer = [] {
+        ShowPopup();
+        g_calls.clear();
+    };
+    ShowPopup();
+    EXPECT_TRUE(g_calls.empty());
+    EXPECT_TRUE(g_app.popupShown);
+}
+
+TEST_F(Popup, StaysHiddenWhenItWasShownAndHiddenWhileTheDisplaysAnswered) {
+    g_whileDisplaysAnswer = [] {
+        ShowPopup();
+        HidePopup();
+        g_calls.clear();
+    };
+    ShowPopup();
+    EXPECT_TRUE(g_calls.empty());
+    EXPECT_FALSE(g_app.popupShown);
 }
 
 TEST_F(Popup, IsPlacedWithTheScalingOfTheMonitorUnderTheMouse) {

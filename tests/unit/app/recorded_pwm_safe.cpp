@@ -1,7 +1,12 @@
-// Takes the PWM-safe controller's place in a test program: a line "pwm ..." in the record for each call.
+#include "recorded_pwm_safe.h"
+
+#include <utility>
+
 #include "app/app_state.h"
 #include "brightness/pwm_safe.h"
 #include "support/call_record.h"
+
+void (*g_whileDisplaysAnswer)() = nullptr;
 
 namespace {
 
@@ -16,12 +21,17 @@ void AssertPwmSafeLock(bool byUser) {
 }
 void RefreshPwmSafeTargets(bool fromTimer) {
     Record("pwm refresh", fromTimer ? " from timer" : "");
+    // What is dispatched may look at the displays in its turn.
+    if (const auto dispatch = std::exchange(g_whileDisplaysAnswer, nullptr)) dispatch();
 }
 void VerifyPwmLock() {
     Record("pwm verify");
 }
 void ReleasePwmSafeLock() {
     Record("pwm release", Moment());
+}
+void ReleasePwmSafeLockAtSessionEnd() {
+    Record("pwm release for the session", Moment());
 }
 void SchedulePwmSafePoll() {
     Record("pwm schedule");
@@ -34,4 +44,7 @@ void RestorePwmSafeFromSettings() {
 }
 void ReassertPwmSafeAfterChange() {
     Record("pwm reassert");
+}
+void PerformWaitingPwmSafeWork() {
+    Record("pwm waiting work");
 }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "app/app_state.h"
 #include "app/popup.h"
 #include "app/tray_icon.h"
@@ -13,6 +15,8 @@ namespace {
 bool g_shellAccepts = false;
 int g_shellAcceptsFrom = 0;  // the number of the add that is accepted first; 0: see g_shellAccepts
 int g_adds = 0;
+void (*g_whileTheShellAnswers)() = nullptr;
+DWORD g_sending = ISMEX_NOSEND;
 bool g_windowVisible = false;
 ULONGLONG g_now = 0;
 
@@ -27,8 +31,20 @@ ULONGLONG WINAPI FakeGetTickCount64() {
     return g_now;
 }
 
+DWORD WINAPI FakeInSendMessageEx(void*) {
+    return g_sending;
+}
+
+BOOL WINAPI FakePostMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    EXPECT_EQ(window, kWindow);
+    Record("post ", message, " ", wParam, " ", lParam);
+    return TRUE;
+}
+
 }  // namespace
 
+AMBREL_SEAM(InSendMessageEx, FakeInSendMessageEx);
+AMBREL_SEAM(PostMessageW, FakePostMessage);
 AMBREL_SEAM(IsWindowVisible, FakeIsWindowVisible);
 AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
 
@@ -41,6 +57,7 @@ void HidePopup() {
 bool AddTrayIcon() {
     g_adds += 1;
     Record("add icon");
+    if (const auto dispatch = std::exchange(g_whileTheShellAnswers, nullptr)) dispatch();
     return g_shellAccepts || (g_shellAcceptsFrom != 0 && g_adds >= g_shellAcceptsFrom);
 }
 void UpdateTrayIcon() {
@@ -61,6 +78,8 @@ protected:
         g_shellAccepts = false;
         g_shellAcceptsFrom = 0;
         g_adds = 0;
+        g_whileTheShellAnswers = nullptr;
+        g_sending = ISMEX_NOSEND;
         g_windowVisible = false;
         g_now = 1'000'000;
     }
@@ -118,6 +137,34 @@ TEST_F(TrayEvents, WhatElseHappensToTheIconIsIgnored) {
         OnTrayCallback(message);
     }
     EXPECT_TRUE(g_calls.empty());
+}
+
+// Out of a sent message the built-in panels could not be asked; WM_USER + 1 is 1025, WM_LBUTTONUP 514.
+TEST_F(TrayEvents, WhatTheShellSendsInsteadOfPostingIsPostedFirst) {
+    for (const DWORD sending : {DWORD{ISMEX_SEND}, DWORD{ISMEX_NOTIFY}}) {
+        g_calls.clear();
+        g_sending = sending;
+        OnTrayCallback(WM_LBUTTONUP);
+        EXPECT_EQ(g_calls, (CallRecord{"post 1025 0 514"}));
+    }
+    g_calls.clear();
+    g_sending = ISMEX_NOSEND;
+    OnTrayCallback(WM_LBUTTONUP);
+    EXPECT_EQ(g_calls, (CallRecord{"show popup"}));
+}
+
+TEST_F(TrayEvents, ARetryThatANewTaskbarOvertookHasItsIcon) {
+    g_shellAcceptsFrom = 2;
+    // The nested add is the second, and accepted; the outer one is refused since the icon is there.
+    g_whileTheShellAnswers = [] {
+        OnTaskbarCreated();
+        g_shellAcceptsFrom = 0;
+    };
+    OnTrayRetryTimer();
+    EXPECT_TRUE(g_app.trayIconAdded);
+    OnTrayRetryTimer();
+    EXPECT_EQ(g_calls.back(), "kill timer 7");
+    EXPECT_EQ(g_adds, 2);
 }
 
 TEST_F(TrayEvents, ANewTaskbarGetsTheIconAgainAndEndsTheRetries) {

@@ -189,8 +189,9 @@ TEST_F(WindowLifetime, WhatWasNeverMadeIsNotFreed) {
 TEST_F(WindowLifetime, TheEndOfTheSessionStopsWhatCouldUndoItAndGivesBacklightCursorsAndRampBack) {
     OwnEverything();
     OnEndSession(true);
-    EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5", "pwm release at the end",
-                                   "release cursor copies", "identity ramp"}));
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5",
+                                   "pwm release for the session at the end", "release cursor copies",
+                                   "identity ramp"}));
 }
 
 TEST_F(WindowLifetime, ASessionThatGoesOnChangesNothing) {

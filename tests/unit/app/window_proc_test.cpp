@@ -241,11 +241,16 @@ TEST_F(WindowProc, TheBackgroundCountsAsErased) {
     EXPECT_TRUE(g_calls.empty());
 }
 
+TEST_F(WindowProc, WhatWaitedForTheDisplaysIsDoneAndShown) {
+    EXPECT_EQ(Send(0x806B), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"pwm waiting work", "refresh"}));
+}
+
 TEST_F(WindowProc, EveryOtherMessageIsWindowsOwn) {
     EXPECT_EQ(Send(WM_SIZE, 1, 2), kDefaultAnswer);
     EXPECT_EQ(Send(WM_QUERYENDSESSION, 0, 5), kDefaultAnswer);
-    EXPECT_EQ(Send(0x806B, 3, 4), kDefaultAnswer);
-    EXPECT_EQ(g_calls, (CallRecord{"default 500 5 1 2", "default 500 17 0 5", "default 500 32875 3 4"}));
+    EXPECT_EQ(Send(0x806C, 3, 4), kDefaultAnswer);
+    EXPECT_EQ(g_calls, (CallRecord{"default 500 5 1 2", "default 500 17 0 5", "default 500 32876 3 4"}));
 }
 
 TEST_F(WindowProc, AnotherRegisteredMessageIsNotTakenForTheTaskbars) {

@@ -210,6 +210,16 @@ TEST_F(CursorWaysOut, AtTheProgramsEndAnApplyGivesThemBack) {
     ExpectGivenBack();
 }
 
+TEST_F(CursorWaysOut, ATintUnderWayWhenTheEndComesMakesNoNewCopies) {
+    BeTinted(false);
+    g_app.ending = true;
+    ReleaseCursorCopies();
+    g_calls.clear();
+    TintSystemCursors();
+    EXPECT_THAT(g_calls, testing::IsEmpty());
+    EXPECT_FALSE(g_app.baseCursorsMade);
+}
+
 TEST_F(CursorWaysOut, AMoveInsideTheDeadBandSetsTheScreenAndNoCursor) {
     BeTinted(false);
     g_app.intensity = 0.501;

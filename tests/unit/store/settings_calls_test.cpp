@@ -123,6 +123,15 @@ TEST_F(SettingsCalls, WithoutAnApplicationDataFolderALoadDoesNothingAtAll) {
     EXPECT_TRUE(g_log.empty());
 }
 
+// S_FALSE is a success, and tells that there is no such folder.
+TEST_F(SettingsCalls, AFolderThatIsToldToBeMissingIsNone) {
+    g_folderResult = S_FALSE;
+    LoadSettings();
+    EXPECT_EQ(g_app.settingsPath, L"");
+    EXPECT_TRUE(g_calls.empty());
+    EXPECT_TRUE(g_log.empty());
+}
+
 TEST_F(SettingsCalls, WithoutAnApplicationDataFolderASaveDoesNothingAtAll) {
     g_folderResult = HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND);
     LoadSettings();

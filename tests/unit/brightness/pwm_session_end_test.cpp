@@ -1,0 +1,82 @@
+// The release in WM_ENDSESSION. Out of a message that another process sends COM does not call out, so then it
+// is the work of a thread of its own.
+#include "brightness/pwm_bench.h"
+#include "support/seam.h"
+
+namespace {
+
+DWORD g_sending = ISMEX_NOSEND;
+bool g_threadRefused = false;
+int g_threads = 0;
+DWORD g_setOn = 0;  // the thread that a display was set on
+
+DWORD WINAPI FakeInSendMessageEx(void*) {
+    return g_sending;
+}
+
+HANDLE WINAPI FakeCreateThread(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE start,
+                               void* parameter, DWORD flags, DWORD* id) {
+    if (g_threadRefused) return nullptr;
+    g_threads += 1;
+    const auto real = reinterpret_cast<decltype(&CreateThread)>(
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "CreateThread"));
+    return real(security, stack, start, parameter, flags, id);
+}
+
+class PwmSessionEnd : public PwmBench {
+protected:
+    void SetUp() override {
+        PwmBench::SetUp();
+        g_sending = ISMEX_NOSEND;
+        g_threadRefused = false;
+        g_threads = 0;
+        g_setOn = 0;
+        g_displays = {{.name = L"P", .kind = TargetKind::WmiPanel}};
+        g_app.ending = true;
+        g_whileWaiting = [](Moment moment) {
+            if (moment == Moment::BeforeSet) g_setOn = GetCurrentThreadId();
+        };
+    }
+
+    static void ExpectGivenBack() {
+        EXPECT_EQ(Display(L"P").percent, 40U);
+        EXPECT_TRUE(g_app.pwmSavedBrightness.empty());
+    }
+};
+
+}  // namespace
+
+AMBREL_SEAM(InSendMessageEx, FakeInSendMessageEx);
+AMBREL_SEAM(CreateThread, FakeCreateThread);
+
+TEST_F(PwmSessionEnd, OutOfAMessageOfThisThreadItIsTheRelease) {
+    StartLocked(40);
+    ReleasePwmSafeLockAtSessionEnd();
+    ExpectGivenBack();
+    EXPECT_EQ(g_setOn, GetCurrentThreadId());
+    EXPECT_EQ(g_threads, 0);
+}
+
+TEST_F(PwmSessionEnd, OutOfASentMessageItIsDoneByAThreadThatHasEndedWhenItReturns) {
+    g_sending = ISMEX_SEND;
+    StartLocked(40);
+    ReleasePwmSafeLockAtSessionEnd();
+    ExpectGivenBack();
+    EXPECT_NE(g_setOn, 0U);
+    EXPECT_NE(g_setOn, GetCurrentThreadId());
+    EXPECT_EQ(g_threads, 1);
+}
+
+TEST_F(PwmSessionEnd, WithoutAThreadItIsTriedOnThisOne) {
+    g_sending = ISMEX_SEND;
+    g_threadRefused = true;
+    StartLocked(40);
+    ReleasePwmSafeLockAtSessionEnd();
+    ExpectGivenBack();
+}
+
+TEST_F(PwmSessionEnd, WithNothingToGiveBackNothingIsStarted) {
+    g_sending = ISMEX_SEND;
+    EXPECT_TRUE(During([] { ReleasePwmSafeLockAtSessionEnd(); }).empty());
+    EXPECT_EQ(g_threads, 0);
+}
