@@ -121,6 +121,17 @@ def test_polls_do_not_pile_up_while_the_displays_still_answer(bench):
     assert bench.record().count("count display0") == 1
 
 
+def test_a_change_that_settles_while_the_displays_answer_applies_the_filter_once(bench):
+    pumping(bench).show()
+    bench.desk.press_power()
+    wait_until(lambda: len(bench.desk.effects()) == 1, 10.0, "the filter")
+    bench.hardware.change("left", delay=1500)  # Longer than the displays are given to settle.
+    in_the_middle(bench, post_tick(bench, POLL), post_tick(bench, SETTLED))
+    settle(bench)
+    bench.desk.send_message(0)
+    assert len(bench.desk.effects()) == 2
+
+
 def test_a_click_while_the_displays_are_listed_locks_them(bench):
     pumping(bench).show()
     place = bench.desk.unit_to_screen(*CARD)
