@@ -20,8 +20,11 @@ build() {
     fi
 }
 
-# More at a time than there are processors: the end-to-end tests mostly wait.
-run_ctest() { ctest --test-dir build/release --output-on-failure --parallel 4 --no-tests=error "$@"; }
+# More at a time than there are processors: the end-to-end tests mostly wait. A lab in which Wine itself has hung is
+# started anew, once; a test that failed is not repeated.
+run_ctest() {
+    ctest --test-dir build/release --output-on-failure --parallel 4 --no-tests=error --repeat after-timeout:2 "$@"
+}
 
 say "Building the program, its tests and its lab (build/release)"
 build release

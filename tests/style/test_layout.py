@@ -6,6 +6,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 SRC = ROOT / "src"
+DOCUMENT = ROOT / "docs" / "architecture.md"
 MOST_LINES = 400
 
 # A file belongs to the first row that names it or its folder.
@@ -18,7 +19,7 @@ FLOORS = [
          "brightness/ddc", "brightness/wmi", "brightness/monitor_probe"]),
     (4, ["filter/magnification", "filter/legacy_gamma", "brightness/display_targets", "filter/gamma_range",
          "filter/gamma_fix", "brightness/pwm_safe", "brightness/pwm_card_label"]),
-    (5, ["filter/filter"]),
+    (5, ["filter/filter", "diag/support_facts", "diag/support_text"]),
     (6, ["ui", "diag/support_bundle", "app/popup"]),
     (7, ["app"]),
 ]
@@ -53,6 +54,13 @@ def graph():
     for file in sources():
         edges.setdefault(unit_of(file), set()).update(unit_of(target) for target in included(file))
     return {unit: targets - {unit} for unit, targets in edges.items()}
+
+
+def test_the_floors_are_those_of_the_documents():
+    told = {}
+    for floor, files in re.findall(r"^\| (\d) \| (.*) \|$", DOCUMENT.read_text(encoding="utf-8"), re.M):
+        told[int(floor)] = {name.removesuffix("/*").rstrip("/") for name in re.findall(r"`([^`]+)`", files)}
+    assert told == {floor: set(names) for floor, names in FLOORS}
 
 
 def test_there_are_sources_to_check():
