@@ -189,8 +189,8 @@ void AddPwmSafe(std::wstring* text, const AppState& state) {
     }
     if (state.pwmRetrySlowed) *text += L"Retry pace:       slowed to 30s (display would not hold 100%)\r\n";
     if (!state.pwmSavedBrightness.empty()) *text += L"Brightness snapshots taken on enable:\r\n";
-    for (const auto& [name, percent] : state.pwmSavedBrightness)
-        AddLine(text, (L"  " + name + L" -> ").c_str(), Formatted("%u", percent));
+    for (const auto& saved : state.pwmSavedBrightness)
+        AddLine(text, (L"  " + saved.first + L" -> ").c_str(), Formatted("%u", saved.second));
     AddBlankLine(text);
 }
 
