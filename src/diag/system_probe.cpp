@@ -37,7 +37,7 @@ std::wstring ReadNumberAsText(HKEY key, const wchar_t* value) {
     DWORD bytes = sizeof(number);
     const LSTATUS status =
         RegQueryValueExW(key, value, nullptr, &type, reinterpret_cast<BYTE*>(&number), &bytes);
-    if (status != ERROR_SUCCESS || type != REG_DWORD) return {};
+    if (status != ERROR_SUCCESS || type != REG_DWORD || bytes != sizeof(number)) return {};
     wchar_t text[16];
     FormatText(text, "%lu", number);
     return text;

@@ -65,18 +65,23 @@ std::vector<std::wstring> SplitLines(const std::wstring& text) {
     return lines;
 }
 
-// The end of the file as bytes. A first line that may have been cut is left out. Empty when it cannot be
-// read.
+// True when a line begins at that byte of the file.
+bool BeginsLine(std::FILE* file, long long offset) {
+    return offset == 0 || (_fseeki64(file, offset - 1, SEEK_SET) == 0 && std::fgetc(file) == '\n');
+}
+
+// The end of the file as bytes, from the first line that is whole. Empty when it cannot be read.
 std::string ReadTailBytes() {
     const File file = g_path.empty() ? nullptr : OpenLog(L"rb");
     if (file == nullptr || _fseeki64(file.get(), 0, SEEK_END) != 0) return {};
     const long long size = _ftelli64(file.get());
     const long long start = std::max(size - kTailBytes, 0LL);
+    const bool whole = BeginsLine(file.get(), start);
     if (size <= 0 || _fseeki64(file.get(), start, SEEK_SET) != 0) return {};
 
     std::string bytes(static_cast<std::size_t>(size - start), '\0');
     bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
-    if (start == 0) return bytes;
+    if (whole) return bytes;
     const std::size_t firstEnd = bytes.find('\n');
     return firstEnd == std::string::npos ? std::string() : bytes.substr(firstEnd + 1);
 }

@@ -21,7 +21,7 @@ void OpenEventLogFile(const std::wstring& path);
 std::vector<std::wstring> ReadLogRing();
 
 // The last 40 lines at most of the last 16 KiB of events.log, in file order. None when there is no such file
-// or it is empty. The first line is left out when the 16 KiB may have cut it.
+// or it is empty. A line that the 16 KiB cut in two is left out.
 std::vector<std::wstring> ReadLogTail();
 
 // Formats and appends one line; call it as LogEvent("...", ...), with %ls for wide strings.
