@@ -5,14 +5,17 @@ import time
 import pytest
 
 import model
-from desk import CLOSE, GEAR, POWER, PRESET_PLACES, SETTINGS_ROWS, SLIDER_X, SLIDER_Y, wait_until
+from bundle import copy, wait_for_look
+from desk import CLOSE, GEAR, PRESET_PLACES, SETTINGS_ROWS, SLIDER_X, SLIDER_Y, wait_until
 from letters import LABEL, SMALL, TITLE, closest, picture_of, span, stands
+from panels import HEADER, ROW, panel_of, wait_for_panel
 
 WM_LBUTTONDOWN, WM_CLOSE = 0x201, 0x10
-HEADER, BACKGROUND, ROW, OUTLINE, RED = (25, 25, 25), (13, 13, 13), (22, 22, 22), (0x2C,) * 3, (255, 0, 0)
+BACKGROUND, OUTLINE, RED = (13, 13, 13), (0x2C,) * 3, (255, 0, 0)
 KEYS = {"LAUNCH AT STARTUP": "LaunchAtStart", "ALLOW EXTREME DIM": "AllowExtremeDim", "LEGACY MODE": "UseLegacyGamma"}
 ROW_TOPS = {"LAUNCH AT STARTUP": 132, "ALLOW EXTREME DIM": 182, "LEGACY MODE": 232}
-SUPPORT = (160, 489)
+# The power button reaches lower than the support button does.
+POWER_BELOW_SUPPORT = (160, 522)
 MENU_LEGACY = "Legacy Mode (Older Hardware)"
 RUN_KEY, RUN_VALUE = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run", "Ambrel2"
 DAY, NIGHT = model.PRESETS["DAY"][:2], model.PRESETS["NIGHT"][:2]
@@ -40,18 +43,6 @@ def panel_fixture(fresh):
     desk.show_settings()
     wait_for_panel(desk, "settings")
     return desk
-
-
-def panel_of(desk):
-    """The panel that the popup shows, by what only one of them has; None while it is not drawn."""
-    picture = desk.popup_picture()
-    if picture.pixel(3, 3) != HEADER:
-        return None
-    return "settings" if picture.pixel(200, 136) == ROW else "main" if picture.pixel(200, 500) != ROW else None
-
-
-def wait_for_panel(desk, name):
-    wait_until(lambda: panel_of(desk) == name, 5.0, f"the {name} panel")
 
 
 def value_of(desk, row):
@@ -169,7 +160,7 @@ def test_the_rows_react_up_to_their_edges_and_nothing_beside_them_does(panel):
 
 def test_what_the_main_panel_has_there_does_not_react(panel):
     before = picture_of(panel)
-    for place in (POWER, *PRESET_PLACES.values()):
+    for place in (POWER_BELOW_SUPPORT, *PRESET_PLACES.values()):
         panel.click_unit(*place)
     panel.drag_unit(SLIDER_X["WARMTH"], 290, SLIDER_X["WARMTH"], 120)
     time.sleep(LATE_SAVE)
@@ -209,15 +200,20 @@ def test_the_next_start_begins_with_the_main_panel(panel):
     wait_for_panel(panel, "main")
 
 
-def test_the_support_button_does_nothing_and_says_nothing_untrue(panel):
-    panel.set_clipboard_text("mine")
-    log, before = panel.log(), picture_of(panel)
-    panel.click_unit(*SUPPORT)
-    panel.click_unit(30, 470)
+def test_the_support_button_copies_the_report_and_touches_nothing_else(panel):
+    before, settings = picture_of(panel), panel.settings()
+    report = copy(panel)
+    assert report.text.startswith("TO: support@ambrel.example\r\nSUBJECT: Ambrel Windows 2.23 - Feedback (")
+    assert report.text.endswith("\r\n=== END DIAGNOSTICS ===\r\n")
+    wait_for_look(panel, "copied")
+    button = (0, 460, 320, 518)
+    after = picture_of(panel)
+    assert after.crop(0, 0, 320, button[1]) == before.crop(0, 0, 320, button[1])
+    assert after.crop(*button) != before.crop(*button)
+    assert after.crop(0, button[3], 320, after.height) == before.crop(0, button[3], 320, before.height)
     time.sleep(LATE_SAVE)
-    assert panel.clipboard_text() == "mine"
-    assert picture_of(panel) == before
-    assert panel.log() == log
+    assert panel.saves() == 0 and panel.settings() == settings
+    assert panel.effects() == [] and panel.screen_is_plain()
     assert panel.message_boxes() == []
 
 
