@@ -1,0 +1,318 @@
+"""Copying the support report: the clipboard, what the button shows of it and for how long, and what is logged."""
+
+import time
+
+import pytest
+
+from bundle import (BEFORE, COPIED, COPIED_LINE, FAILED_LINE, NORMAL, SUPPORT, Machine, copies, copy, failures, look,
+                    press, utf_16_length, wait_for_look)
+from desk import GEAR, POWER, wait_until
+from letters import LABEL, SMALL, span, stands
+from panels import panel_of, show_settings, wait_for_panel
+
+WM_LBUTTONDOWN, WM_CLOSE = 0x201, 0x10
+COPIED_OUTLINE, NORMAL_OUTLINE = (0x0A, 0x18, 0x0E), (0x0C, 0x0C, 0x0C)
+BACKGROUND, WHITE = (13, 13, 13), (255, 255, 255)
+TITLE_COLOUR, HINT_COLOUR = (0x78, 0xE6, 0x96), (0x6E, 0xC8, 0x82)
+TITLE_BOX, HINT_BOX, BUTTON = (30, 468, 290, 490), (30, 490, 290, 510), (24, 462, 296, 516)
+LASTS = 5.0
+# What a busy machine may add until the repaint a tenth of a second later is on the screen.
+SLOWEST = 2.5
+
+
+@pytest.fixture(name="panel")
+def panel_fixture(desk):
+    """The program, just started, with its settings panel open."""
+    show_settings(desk)
+    return desk
+
+
+def press_by_message(desk, x, y):
+    """A press that has been worked off when this returns."""
+    desk.send_message(WM_LBUTTONDOWN, 1, x | y << 16)
+
+
+def colours_in(picture, box):
+    part = picture.crop(*box)
+    return {part.pixel(x, y) for x in range(part.width) for y in range(part.height)}
+
+
+def button_of(desk):
+    return desk.popup_picture().crop(*BUTTON)
+
+
+# The clipboard
+
+def test_the_report_takes_the_place_of_what_was_on_the_clipboard(panel):
+    report = copy(panel)
+    assert BEFORE not in report.text
+    assert report.text.startswith("TO: support@ambrel.example\r\n")
+    assert report.text.endswith("\r\n=== END DIAGNOSTICS ===\r\n")
+
+
+def test_every_line_ends_as_windows_lines_do(panel):
+    text = copy(panel).text
+    assert text.count("\r\n") == text.count("\r") == text.count("\n") > 50
+
+
+def test_it_works_on_an_empty_clipboard_too(make_desk):
+    desk = make_desk().start_fresh()
+    assert desk.clipboard_text() is None
+    press(desk)
+    wait_until(lambda: copies(desk), 10.0, "the line of the copy")
+    assert desk.clipboard_text().startswith("TO: support@ambrel.example\r\n")
+
+
+def test_the_log_tells_the_length_in_utf_16_units(desk):
+    machine = Machine(desk)
+    machine.set(SystemManufacturer="M\u00f6bel \U0001f5a5\U0001f5a5", SystemProductName="\u6a5f\u68b0")
+    try:
+        text = copy(desk).text
+    finally:
+        machine.restore()
+    assert "M\u00f6bel \U0001f5a5\U0001f5a5 \u6a5f\u68b0\r\n" in text
+    length = utf_16_length(text)
+    assert len(text) < length < len(text.encode())
+    assert copies(desk) == [f"Support bundle copied to clipboard ({length} chars)"]
+
+
+def test_a_copy_is_one_line_and_changes_nothing_else(panel):
+    panel.wait_for_log("Gamma range: Windows default")
+    log = panel.log()
+    text = copy(panel).text
+    time.sleep(0.8)  # Longer than a save is put off.
+    assert panel.log() == log + [f"Support bundle copied to clipboard ({len(text)} chars)"]
+    assert panel.settings() == {} and panel.effects() == [] and panel.screen_is_plain()
+    assert panel.message_boxes() == [] and panel.popup_visible()
+
+
+def test_the_text_outlives_the_program(panel):
+    text = copy(panel).text
+    assert panel.quit() == 0
+    assert panel.clipboard_text() == text
+
+
+def test_the_clipboard_is_free_again_after_a_copy(panel):
+    copy(panel)
+    panel.set_clipboard_text("somebody else's")
+    assert panel.clipboard_text() == "somebody else's"
+
+
+# Where the button is
+
+@pytest.mark.parametrize("x, y", [(24, 462), (295, 462), (24, 515), (295, 515)])
+def test_the_button_reacts_up_to_its_corners(panel, x, y):
+    panel.set_clipboard_text(BEFORE)
+    panel.click_unit(x, y)
+    wait_until(lambda: copies(panel), 10.0, "the line of the copy")
+    assert panel.clipboard_text() != BEFORE
+
+
+@pytest.mark.parametrize("x, y", [(23, 489), (296, 489), (160, 461), (160, 516)])
+def test_beside_the_button_nothing_is_copied(panel, x, y):
+    panel.set_clipboard_text(BEFORE)
+    press_by_message(panel, x, y)
+    assert copies(panel) == [] and failures(panel) == 0
+    assert panel.clipboard_text() == BEFORE and look(panel) == "normal"
+
+
+def test_the_main_panel_has_no_such_button(desk):
+    desk.set_clipboard_text(BEFORE)
+    desk.show()
+    wait_for_panel(desk, "main")
+    desk.click_unit(*SUPPORT)  # It is the power button's place there.
+    desk.wait_for_saves(1)
+    assert copies(desk) == [] and desk.clipboard_text() == BEFORE
+
+
+# The copied look
+
+def test_the_button_says_copied_and_where_to_send_it(panel):
+    assert look(panel) == "normal"
+    before = button_of(panel)
+    copy(panel)
+    wait_for_look(panel, "copied")
+    picture = panel.popup_picture()
+    title, hint = span(picture, TITLE_BOX, COPIED), span(picture, HINT_BOX, COPIED)
+    assert stands(panel, title, "COPIED", LABEL, left=36)
+    assert stands(panel, hint, "PASTE INTO AN EMAIL TO SUPPORT@AMBREL.EXAMPLE", SMALL, left=36)
+    assert TITLE_COLOUR in colours_in(picture, TITLE_BOX) and HINT_COLOUR not in colours_in(picture, TITLE_BOX)
+    assert HINT_COLOUR in colours_in(picture, HINT_BOX) and TITLE_COLOUR not in colours_in(picture, HINT_BOX)
+    assert WHITE not in colours_in(picture, BUTTON)
+    for x, y in ((160, 462), (160, 515), (24, 489), (295, 489)):
+        assert picture.pixel(x, y) == COPIED_OUTLINE, (x, y)
+    for x, y in ((160, 463), (160, 514), (25, 489), (294, 489)):
+        assert picture.pixel(x, y) == COPIED, (x, y)
+    for x, y in ((160, 461), (160, 516), (23, 489), (296, 489)):
+        assert picture.pixel(x, y) == BACKGROUND, (x, y)
+    wait_for_look(panel, "normal", 10.0)
+    assert button_of(panel) == before
+
+
+def test_the_normal_look_has_its_own_colours_and_text(panel):
+    picture = panel.popup_picture()
+    assert picture.pixel(160, 462) == picture.pixel(24, 489) == picture.pixel(295, 489) == NORMAL_OUTLINE
+    assert picture.pixel(160, 463) == picture.pixel(25, 489) == NORMAL
+    found = span(picture, (30, 466, 290, 512), NORMAL)
+    assert stands(panel, found, "COPY FEEDBACK FOR SUPPORT", LABEL) and abs(sum(found) / 2 - 160) <= 1
+    assert WHITE in colours_in(picture, BUTTON) and TITLE_COLOUR not in colours_in(picture, BUTTON)
+
+
+def wait_for_the_end(desk):
+    """When the copied look was gone, without any input."""
+    wait_for_look(desk, "normal", LASTS + 2 * SLOWEST)
+    return time.monotonic()
+
+
+def test_the_copied_look_ends_by_itself_after_five_seconds(panel):
+    panel.move(10, 10)
+    since = time.monotonic()
+    press_by_message(panel, *SUPPORT)
+    done = time.monotonic()
+    wait_for_look(panel, "copied")
+    ended = wait_for_the_end(panel)
+    assert ended - since >= LASTS and ended - done <= LASTS + SLOWEST
+
+
+def test_a_second_copy_extends_the_look_to_five_seconds_after_it(panel):
+    first = time.monotonic()
+    press_by_message(panel, *SUPPORT)
+    wait_for_look(panel, "copied")
+    while time.monotonic() < first + 3.0:
+        assert look(panel) == "copied"
+        time.sleep(0.1)
+    second = time.monotonic()
+    press_by_message(panel, *SUPPORT)
+    done = time.monotonic()
+    while time.monotonic() < first + LASTS + 1.5:
+        assert look(panel) == "copied"
+        time.sleep(0.1)
+    ended = wait_for_the_end(panel)
+    assert ended - second >= LASTS and ended - done <= LASTS + SLOWEST
+    assert len(copies(panel)) == 2
+
+
+def test_the_look_is_that_of_now_when_the_panel_is_shown_again(panel):
+    copy(panel)
+    wait_for_look(panel, "copied")
+    panel.close_settings()
+    wait_for_panel(panel, "main")
+    panel.click_unit(*GEAR)
+    wait_for_look(panel, "copied")
+    panel.close_settings()
+    wait_for_panel(panel, "main")
+    time.sleep(LASTS)  # The look ends while it is not to be seen.
+    panel.click_unit(*GEAR)
+    wait_for_panel(panel, "settings")
+    assert look(panel) == "normal"
+
+
+def test_the_look_is_kept_while_the_popup_is_hidden(panel):
+    copy(panel)
+    panel.post_message(WM_CLOSE)
+    panel.wait_for_popup(False)
+    time.sleep(0.3)  # A click right after a hide opens nothing.
+    panel.open_popup()
+    wait_for_look(panel, "copied")
+    wait_for_the_end(panel)
+
+
+def test_the_end_of_the_look_while_the_popup_is_hidden_does_not_show_it(panel):
+    copy(panel)
+    panel.post_message(WM_CLOSE)
+    panel.wait_for_popup(False)
+    time.sleep(LASTS + 0.5)
+    assert not panel.popup_visible()
+    panel.open_popup()
+    wait_for_look(panel, "normal")
+
+
+def test_the_button_stands_and_is_painted_at_a_larger_scaling(make_desk):
+    desk = make_desk(dpi=192, size=(1920, 1200))
+    desk.start_fresh()
+    desk.show_settings()
+    x, y = 280, 470
+    wait_until(lambda: desk.popup_picture().pixel(2 * x, 2 * y) == NORMAL, 5.0, "the button")
+    press_by_message(desk, 2 * 24, 2 * 461)
+    assert copies(desk) == []
+    desk.click_unit(295, 515)
+    wait_until(lambda: copies(desk), 10.0, "the line of the copy")
+    wait_until(lambda: desk.popup_picture().pixel(2 * x, 2 * y) == COPIED, 5.0, "the copied look")
+    assert desk.popup_picture().pixel(320, 2 * 462) == COPIED_OUTLINE
+
+
+# A clipboard that somebody else holds
+
+def test_a_held_clipboard_is_one_line_the_normal_look_and_nothing_lost(panel):
+    panel.set_clipboard_text(BEFORE)
+    before = button_of(panel)
+    with panel.clipboard_held():
+        panel.click_unit(*SUPPORT)
+        wait_until(lambda: failures(panel) == 1, 5.0, "the line of the failure")
+        assert panel.log()[-1] == FAILED_LINE and copies(panel) == []
+        assert not button_changes(panel, before)
+    assert panel.clipboard_text() == BEFORE
+    assert panel.message_boxes() == [] and panel.saves() == 0
+
+
+def button_changes(desk, before):
+    """Whether the button looks otherwise at any time within half a second."""
+    until = time.monotonic() + 0.5
+    while time.monotonic() < until:
+        if button_of(desk) != before:
+            return True
+        time.sleep(0.05)
+    return False
+
+
+def test_the_next_click_after_a_failure_copies(panel):
+    with panel.clipboard_held():
+        for times in (1, 2):
+            panel.click_unit(*SUPPORT)
+            wait_until(lambda: failures(panel) == times, 5.0, "the line of the failure")
+    report = copy(panel)
+    assert report.text.endswith("\r\n=== END DIAGNOSTICS ===\r\n")
+    wait_for_look(panel, "copied")
+
+
+def test_a_failure_within_the_copied_look_ends_it_at_once(panel):
+    text = copy(panel).text
+    wait_for_look(panel, "copied")
+    with panel.clipboard_held():
+        panel.click_unit(*SUPPORT)
+        wait_until(lambda: failures(panel) == 1, 5.0, "the line of the failure")
+        wait_for_look(panel, "normal", 1.0)
+    assert panel.clipboard_text() == text
+
+
+# Often
+
+def test_a_hundred_copies_leave_no_gdi_object_behind(panel):
+    copy(panel)
+    wait_for_look(panel, "copied")
+    held = panel.gdi_objects()
+    assert held > 0
+    for times in range(2, 102):
+        panel.click_unit(*SUPPORT)
+        wait_until(lambda: len(copies(panel)) == times, 10.0, f"copy {times}")
+    assert panel.gdi_objects() == held
+    assert failures(panel) == 0
+    text = panel.clipboard_text()
+    assert f"({utf_16_length(text)} chars)" in copies(panel)[-1] and COPIED_LINE.fullmatch(copies(panel)[-1])
+    wait_for_the_end(panel)
+    assert panel_of(panel) == "settings"
+    panel.close_settings()
+    wait_for_panel(panel, "main")
+    panel.click_unit(*POWER)
+    panel.wait_for_colour(0.385, 1.0)
+
+
+def test_failed_copies_leave_no_gdi_object_behind(panel):
+    with panel.clipboard_held():
+        panel.click_unit(*SUPPORT)
+        wait_until(lambda: failures(panel) == 1, 5.0, "the line of the failure")
+        held = panel.gdi_objects()
+        for _ in range(30):
+            press_by_message(panel, *SUPPORT)
+        assert failures(panel) == 31
+        assert panel.gdi_objects() == held
