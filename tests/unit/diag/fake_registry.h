@@ -1,0 +1,35 @@
+// A registry of several keys. Only what a test put there exists.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "win32/platform.h"
+
+struct RegistryValue {
+    DWORD type = REG_NONE;
+    std::vector<BYTE> data;
+};
+
+struct OpenedKey {
+    std::wstring path;
+    REGSAM access = 0;
+};
+
+using RegistryValues = std::map<std::wstring, RegistryValue>;
+
+struct FakeRegistry {
+    std::map<std::wstring, RegistryValues> keys;  // "HKLM\Path" or "HKCU\Path"
+    std::vector<OpenedKey> opened;
+    std::size_t closed = 0;
+    LSTATUS queryAnswer = ERROR_SUCCESS;  // of every query, when it is another
+    bool growsBetweenQueries = false;     // by a kilobyte, once its size was asked
+};
+
+extern FakeRegistry g_keys;
+
+// Text with or without its terminating zero, and a number.
+RegistryValue RegistryText(const std::wstring& text, DWORD type = REG_SZ);
+RegistryValue UnterminatedText(const std::wstring& text);
+RegistryValue RegistryNumber(DWORD number);
