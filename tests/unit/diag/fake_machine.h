@@ -1,0 +1,40 @@
+// The machine under the support report: what each system query answers. In the record stand the queries that
+// the tests follow.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "brightness/monitor_probe.h"
+#include "win32/platform.h"
+
+struct FakeAdapter {
+    std::wstring name;
+    bool attached = true;  // to the desktop
+};
+
+struct FakeMachine {
+    SYSTEMTIME now = {};
+    std::uint64_t tick = 0;
+    SYSTEM_INFO system = {};
+    bool memoryKnown = true;
+    std::uint64_t memoryBytes = 0;
+    int localeAnswer = 0;  // characters with the terminating zero
+    std::wstring localeName;
+    DWORD timeZoneAnswer = TIME_ZONE_ID_UNKNOWN;
+    std::wstring timeZoneName;  // up to 32 characters: then there is no room for a terminating zero
+    bool compositionCallExists = true;
+    HRESULT compositionStatus = S_OK;
+    BOOL composition = TRUE;
+    bool enumerationWorks = true;
+    int displays = 0;  // display monitors, named DISPLAY1, DISPLAY2 and so on
+    std::vector<FakeAdapter> adapters;
+    std::wstring existingFile;
+};
+
+extern FakeMachine g_machine;
+
+// A machine of known answers, with dwmapi.dll.
+void ResetMachine();
+// Installs dwmapi.dll anew, with or without its call.
+void InstallCompositionLibrary();

@@ -1,0 +1,22 @@
+// What the program itself knows, as a test wants it: the log, the registry's values, the restart. Displays
+// whose backlight is driven must not be asked again for a report.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "diag/system_probe.h"
+
+struct FakeProgram {
+    OsInfo os;
+    std::wstring cpuName;
+    std::wstring hardwareName;
+    std::wstring machineGuid;
+    std::wstring autostartValue;
+    std::wstring ownPath;
+    bool restartDone = false;
+    std::vector<std::wstring> ring;
+    std::vector<std::wstring> tail;
+};
+
+extern FakeProgram g_program;
