@@ -1,4 +1,4 @@
-"""The support report: pressing its button, the text that can be pasted then, its sections, and the machine it tells of."""
+"""The support report: pressing its button, the text that can be pasted then, and the machine that it tells of."""
 
 import calendar
 import os

@@ -1,4 +1,4 @@
-"""The support report as a whole, pasted from the clipboard and compared byte for byte, its head, and its APP section."""
+"""The support report as a whole, pasted and compared byte for byte; its head and its APP section."""
 
 import re
 import time

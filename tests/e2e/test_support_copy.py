@@ -4,9 +4,9 @@ import time
 
 import pytest
 
-from bundle import (BEFORE, COPIED, COPIED_LINE, FAILED_LINE, NORMAL, SUPPORT, Machine, copies, copy, failures, look,
-                    press, utf_16_length, wait_for_look)
-from desk import GEAR, POWER, wait_until
+from bundle import (BEFORE, COPIED, COPIED_LINE, FAILED_LINE, NORMAL, SUPPORT, SURFACE, Machine, copies, copy,
+                    failures, look, press, utf_16_length, wait_for_look)
+from desk import GEAR, POWER, SETTINGS_ROWS, wait_until
 from letters import LABEL, SMALL, span, stands
 from panels import panel_of, show_settings, wait_for_panel
 
@@ -15,6 +15,7 @@ COPIED_OUTLINE, NORMAL_OUTLINE = (0x0A, 0x18, 0x0E), (0x0C, 0x0C, 0x0C)
 BACKGROUND, WHITE = (13, 13, 13), (255, 255, 255)
 TITLE_COLOUR, HINT_COLOUR = (0x78, 0xE6, 0x96), (0x6E, 0xC8, 0x82)
 TITLE_BOX, HINT_BOX, BUTTON = (30, 468, 290, 490), (30, 490, 290, 510), (24, 462, 296, 516)
+EXTREME_DIM_VALUE = (226, 186, 290, 220)
 LASTS = 5.0
 # What a busy machine may add until the repaint a tenth of a second later is on the screen.
 SLOWEST = 2.5
@@ -172,6 +173,23 @@ def test_the_copied_look_ends_by_itself_after_five_seconds(panel):
     wait_for_look(panel, "copied")
     ended = wait_for_the_end(panel)
     assert ended - since >= LASTS and ended - done <= LASTS + SLOWEST
+
+
+def test_what_is_drawn_within_the_five_seconds_still_shows_the_copied_look(panel):
+    """The timer alone would keep the look that was drawn first."""
+    since = time.monotonic()
+    press_by_message(panel, *SUPPORT)
+    wait_for_look(panel, "copied")
+    time.sleep(since + 4.3 - time.monotonic())
+    before = panel.popup_picture()
+    press_by_message(panel, *SETTINGS_ROWS["ALLOW EXTREME DIM"])
+
+    def drawn_anew():
+        picture = panel.popup_picture()
+        return picture.crop(*EXTREME_DIM_VALUE) != before.crop(*EXTREME_DIM_VALUE) and picture
+    picture = wait_until(drawn_anew, 5.0, "the row to be drawn anew")
+    assert time.monotonic() - since < LASTS, "this machine is too slow to tell"
+    assert picture.pixel(*SURFACE) == COPIED
 
 
 def test_a_second_copy_extends_the_look_to_five_seconds_after_it(panel):
