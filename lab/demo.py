@@ -12,10 +12,11 @@ sys.dont_write_bytecode = True
 
 from ambrel_lab import Lab, LabError  # noqa: E402
 from ambrel_lab.unit import end_on_signals  # noqa: E402
-from demonstration import backlight, main_job, options  # noqa: E402
+from demonstration import backlight, main_job, options, support  # noqa: E402
 from demonstration.stage import Stage  # noqa: E402
 
-ACTS = (("The main job", main_job.show), ("The options", options.show), ("The backlight", backlight.show))
+ACTS = (("The main job", main_job.show), ("The options", options.show), ("The backlight", backlight.show),
+        ("The support report", support.show))
 
 
 def main(pictures):

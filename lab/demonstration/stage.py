@@ -13,7 +13,10 @@ NIGHT = (250, 447)
 POWER = (160, 503)
 GEAR = (292, 29)
 CLOSE = (276, 30)
+LAUNCH_ROW = (160, 153)
 EXTREME_DIM_ROW = (160, 203)
+SUPPORT = (160, 489)
+SUPPORT_SURFACE = (280, 470)  # on the support button, where neither of its looks has a letter
 
 # Where the tray menu's items are, as shares of its height.
 MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT = 0.18, 0.44, 0.85
@@ -55,10 +58,14 @@ class Stage:
 
     def choose_from_menu(self, item):
         self.lab.click_tray(button=3)
-        self.see("the right button opens the tray menu", lambda: self.lab.window_facts(MENU_CLASS))
-        menu = self.lab.window_facts(MENU_CLASS)
+        self.see("the right button opens the tray menu", self.menu)
+        menu = self.menu()
         # At the left, where the tray icon's tip does not lie over the menu.
-        self.lab.click(menu["left"] + 20, menu["top"] + item * (menu["bottom"] - menu["top"]))
+        self.lab.click(menu.left + 20, menu.top + item * (menu.bottom - menu.top))
+
+    def menu(self):
+        """The tray menu's window once it is shown: before that it has no place yet."""
+        return next((window for window in self.lab.windows() if window.window_class == MENU_CLASS), None)
 
     def open_popup(self):
         if not self.lab.popup_visible():

@@ -1,0 +1,42 @@
+"""The support report: copied by its button, and what somebody sees who pastes it."""
+
+from .stage import CLOSE, GEAR, SUPPORT, SUPPORT_SURFACE
+
+NORMAL, COPIED = (0x16, 0x16, 0x16), (0x12, 0x24, 0x16)
+HEAD = "TO: support@ambrel.example\r\nSUBJECT: Ambrel Windows "
+END = "\r\n=== END DIAGNOSTICS ===\r\n"
+LOOK_LASTS = 5  # seconds
+SHOWN_LINES = 32
+
+
+def button_is(stage, colour):
+    return stage.lab.popup_picture().pixel(*SUPPORT_SURFACE) == colour
+
+
+def copy_report(stage):
+    """Presses the button in the settings panel, which is open; the text that can be pasted afterwards."""
+    stage.see("the settings panel holds the support button", lambda: button_is(stage, NORMAL))
+    stage.lab.click_unit(*SUPPORT)
+    stage.see("a click on it says COPIED", lambda: button_is(stage, COPIED))
+    text = stage.lab.clipboard_text() or ""
+    stage.see("the whole report is on the clipboard", lambda: text.startswith(HEAD) and text.endswith(END))
+    stage.see("its length is logged", lambda: stage.log_has(
+        f"Support bundle copied to clipboard ({len(text.encode('utf-16-le')) // 2} chars)"))
+    return text
+
+
+def show(stage):
+    stage.start()
+    stage.lab.click_unit(*GEAR)
+    text = copy_report(stage)
+    stage.save("22-copied")
+    path = stage.pictures / "23-support-bundle.txt"
+    path.write_bytes(text.encode("utf-8"))
+    stage.see("after five seconds the button looks as before", lambda: button_is(stage, NORMAL), LOOK_LASTS + 5)
+    stage.lab.click_unit(*CLOSE)
+    stage.quit()
+    stage.see("the report outlives the program", lambda: stage.lab.clipboard_text() == text)
+    lines = text.split("\r\n")
+    print(f"\nThe first {SHOWN_LINES} of the report's {len(lines) - 1} lines; the whole is in {path}:")
+    for line in lines[:SHOWN_LINES]:
+        print(f"  {line}".rstrip())
