@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds Ambrel and runs it.
-#   ./run.sh          on the screen that DISPLAY names, until it is quit from its tray menu; without DISPLAY: --demo
-#   ./run.sh --demo   on a screen of its own: clicks and drags, shows what Windows was told, saves pictures
+#   ./run.sh             on the screen that DISPLAY names, until it is quit from its tray menu; without one: --demo
+#   ./run.sh --demo      on a screen of its own: clicks and drags, shows what Windows was told, saves pictures
+#   ./run.sh --pictures  makes anew what the documents in docs/ show of the program
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -9,8 +10,9 @@ mode=show
 case "${1:-}" in
     "") [ -n "${DISPLAY:-}" ] || mode=demo ;;
     --demo) mode=demo ;;
+    --pictures) mode=pictures ;;
     *)
-        sed -n '2,4s/^# \{0,1\}//p' "$0" >&2
+        sed -n '2,5s/^# \{0,1\}//p' "$0" >&2
         exit 2
         ;;
 esac
@@ -31,4 +33,5 @@ case "$mode" in
         exec /usr/bin/python3 lab/lab.py show
         ;;
     demo) exec /usr/bin/python3 lab/demo.py build/demo ;;
+    pictures) exec /usr/bin/python3 lab/pictures.py ;;
 esac

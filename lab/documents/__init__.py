@@ -1,0 +1,1 @@
+"""What docs/ shows of the program, made by the program itself in a lab, so that it never goes stale."""

@@ -1,0 +1,44 @@
+#!/usr/bin/python3
+"""Brings docs' pictures and docs/support-bundle.md up to date: pictures.py [NAME...]
+
+Without a name it makes all of them. Each is made by the built program in a lab of its own and put into docs/ only when
+it is whole: a step that does not happen ends this with a sentence that says which, with exit code 1, and leaves the
+document as it was."""
+
+import sys
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+sys.dont_write_bytecode = True
+
+from ambrel_lab import Lab, LabError  # noqa: E402
+from ambrel_lab.places import ROOT  # noqa: E402
+from ambrel_lab.unit import end_on_signals  # noqa: E402
+from documents import support_bundle  # noqa: E402
+
+DOCS = ROOT / "docs"
+# A name, and a function that is given a lab in which nothing runs yet and answers {path below docs/: its bytes}.
+MAKERS = {"support-bundle": support_bundle.make}
+
+
+def main(names):
+    end_on_signals()
+    for name in names or MAKERS:
+        print(name, flush=True)
+        with Lab() as lab:
+            made = MAKERS[name](lab)
+        for path, content in made.items():
+            target = DOCS / path
+            target.parent.mkdir(parents=True, exist_ok=True)
+            target.write_bytes(content)
+            print(f"  {target.relative_to(ROOT)}")
+
+
+if __name__ == "__main__":
+    if not MAKERS.keys() >= set(sys.argv[1:]):
+        sys.exit(f"{__doc__}\n\nNames: {', '.join(MAKERS)}")
+    try:
+        main(sys.argv[1:])
+    except LabError as error:
+        print(f"\n{error}", file=sys.stderr)
+        sys.exit(1)
