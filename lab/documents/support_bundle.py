@@ -26,7 +26,7 @@ When something does not work, the program can tell support what it knows. Open t
 COPY FEEDBACK FOR SUPPORT. For five seconds the button says COPIED. Then open a new e-mail to support@ambrel.example,
 paste, write what happens above the line that says so, and send it. The second line of the text is meant as the subject.
 
-Nothing is sent by the program, and nothing is written to disk: what you paste is all there is. Read it first, and take
+Nothing is sent by the program, and no file is made of the report: what you paste is all there is. Read it first, and take
 out what you would rather keep to yourself.
 
 | Section | What it holds |
