@@ -1,5 +1,6 @@
 // One step of a slider's drag against the platform calls that it cannot do without.
 #include "app/app_state.h"
+#include "filter/cursor_tint.h"
 #include "filter/filter.h"
 #include "filter/warmth.h"
 #include "stopwatch.h"
@@ -28,20 +29,67 @@ void BareRamp(int) {
     ReleaseDC(nullptr, screen);
 }
 
-void BareRampAndRefresh(int i) {
+// A system cursor drawn into a bitmap, made into a cursor again and set: what Windows must be asked for each.
+void BareCursor(HCURSOR cursor, DWORD id) {
+    ICONINFO info = {};
+    GetIconInfo(cursor, &info);
+    BITMAPINFO picture = {};
+    picture.bmiHeader = {sizeof(BITMAPINFOHEADER), 32, -32, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    HDC screen = GetDC(nullptr);
+    void* pixels = nullptr;
+    HBITMAP colour = CreateDIBSection(screen, &picture, DIB_RGB_COLORS, &pixels, nullptr, 0);
+    HDC memory = CreateCompatibleDC(screen);
+    HGDIOBJ previous = SelectObject(memory, colour);
+    DrawIconEx(memory, 0, 0, cursor, 32, 32, 0, nullptr, DI_NORMAL);
+    SelectObject(memory, previous);
+    DeleteDC(memory);
+    ReleaseDC(nullptr, screen);
+    ICONINFO made = info;
+    made.hbmColor = colour;
+    SetSystemCursor(static_cast<HCURSOR>(CreateIconIndirect(&made)), id);
+    DeleteObject(colour);
+    DeleteObject(info.hbmColor);
+    DeleteObject(info.hbmMask);
+}
+
+// The ids of the system cursors.
+constexpr DWORD kCursorIds[] = {32512, 32513, 32514, 32515, 32516, 32642, 32643, 32644,
+                                32645, 32646, 32648, 32649, 32650, 32651, 32671, 32672};
+
+void BareCursors(int) {
+    for (int i = 0; i < kSystemCursorCount; ++i) {
+        if (g_app.baseCursors[i] != nullptr) BareCursor(g_app.baseCursors[i], kCursorIds[i]);
+    }
+}
+
+void Tint(int i) {
+    g_app.intensity = 0.3 + 0.01 * (i % 10);
+    TintSystemCursors();
+}
+
+// Each step moves the warmth far enough for the cursors to be tinted anew.
+void BareStep(int i) {
     BareRamp(i);
+    BareCursors(i);
+}
+
+void BareStepAndRefresh(int i) {
+    BareStep(i);
     InvalidateRect(g_app.mainWindow, nullptr, FALSE);
     Shell_NotifyIconW(NIM_MODIFY, &g_app.trayIconData);
 }
 
 void Apply(int i) {
-    g_app.intensity = 0.3 + 0.001 * (i % 100);
+    g_app.intensity = 0.3 + 0.01 * (i % 10);
     ApplyFilter();
 }
 
 void DragStep(int i) {
     OnMouseMove(0, 200 - i % 50);
 }
+
+// Wine keeps the cursors that SetSystemCursor replaces: few repeats.
+constexpr int kRepeats = 5;
 
 volatile double g_sink;
 
@@ -69,11 +117,14 @@ int main() {
     g_app.useLegacyGamma = true;
     Compare("model: colour of one warmth / copy of a ramp", Model, CopyRamp, 20000);
     FillIdentity();
-    Compare("Legacy Mode: ApplyFilter / bare ramp calls", Apply, BareRamp, 20);
+    Apply(1);  // Makes the copies that the bare calls work on too.
+    Compare("cursors: all sixteen / bare calls", Tint, BareCursors, kRepeats);
+    Compare("Legacy Mode: ApplyFilter / bare calls", Apply, BareStep, kRepeats);
     g_app.dragSlider = Slider::Warmth;
     g_app.dragStartY = 200;
     g_app.dragStartValue = 0.3;
-    Compare("Legacy Mode: a drag step / bare calls", DragStep, BareRampAndRefresh, 20);
+    Compare("Legacy Mode: a drag step / bare calls", DragStep, BareStepAndRefresh, kRepeats);
+    RestoreSystemCursors();
     BareRamp(0);
     return 0;
 }
