@@ -27,23 +27,23 @@ COPY FEEDBACK FOR SUPPORT. For five seconds the button says COPIED. Then open a 
 paste, write what happens above the line that says so, and send it. The second line of the text is meant as the subject.
 
 Nothing is sent by the program, and no file is made of the report: what you paste is all there is. Read it first, and take
-out what you would rather keep to yourself.
+out what you would rather keep to yourself: the paths in it, those in the two logs too, may hold your user name.
 
 | Section | What it holds |
 |---|---|
 | APP | the program's version, the time, how long it has been running |
 | SYSTEM | the edition and build of Windows, the computer's model, processor and memory, language, time zone, scaling |
-| DISPLAYS | each display's name, mode, and whether its backlight can be set; the graphics adapters |
+| DISPLAYS | each display's name and mode, whether it takes commands over DDC/CI, and its brightness then; the graphics adapters |
 | FILTER STATE | warmth and brightness as they are set, and the way they are put on the screen |
-| PWM-SAFE MODE | which displays are held at 100%, and the brightness that they had before |
-| SETTINGS | the switches, the autostart entry, and where the settings are kept: that path holds your user name |
+| PWM-SAFE MODE | how many displays are at 100%, and the brightness that each had before the lock |
+| SETTINGS | the switches, the autostart entry, and where the settings are kept |
 | EVENT LOG | what the program has noted since it was started, at most 500 lines |
 | PERSISTED LOG | the last 40 lines of `events.log`, which may be of earlier runs |
 
 The sixteen digits in the subject let support recognise reports of the same computer. They are computed from the number
 that Windows gave it when it was set up; they name nobody.
 
-When another program holds the clipboard at that moment, the button stays as it is: click again.
+When another program holds the clipboard at that moment, the button does not say COPIED: click again.
 
 ## One of them
 

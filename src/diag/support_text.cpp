@@ -96,7 +96,7 @@ void AddSystem(std::wstring* text, const AppState& state, const SupportFacts& fa
             Formatted("%.1f GB", static_cast<double>(facts.memoryBytes) / kBytesPerGigabyte));
     AddLine(text, L"Locale:         ", facts.localeName);
     AddLine(text, L"Timezone:       ", facts.timeZoneName);
-    AddLine(text, L"UI DPI:         ", Formatted("%u dpi", state.dpi));
+    AddLine(text, L"UI DPI:         ", Formatted("%u dpi", state.dpi != 0 ? state.dpi : kDesignDpi));
     AddLine(text, L"DWM composition: ", facts.composition ? L"enabled" : L"disabled");
     AddBlankLine(text);
 }
@@ -156,9 +156,9 @@ void AddPipeline(std::wstring* text, const AppState& state, bool restartDone) {
 }
 
 void AddFilter(std::wstring* text, const AppState& state, bool restartDone) {
-    double red = 0.0;
-    double green = 0.0;
-    double blue = 0.0;
+    double red = 1.0;
+    double green = 1.0;
+    double blue = 1.0;
     IntensityToFilterRgb(state.intensity, &red, &green, &blue);
 
     *text += L"=== FILTER STATE ===\r\n";

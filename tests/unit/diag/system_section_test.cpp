@@ -107,9 +107,9 @@ TEST_F(SystemSection, UnknownMemoryIsNoGigabytes) {
     EXPECT_EQ(After(L"Memory:         "), L"0.0 GB");
 }
 
-TEST_F(SystemSection, TheDpiIsThatOfTheState) {
+TEST_F(SystemSection, TheDpiIsThatOfTheStateAndZeroCountsAs96) {
     for (const auto& [dpi, told] :
-         {std::pair{96u, L"96 dpi"}, {144u, L"144 dpi"}, {192u, L"192 dpi"}, {0u, L"0 dpi"}}) {
+         {std::pair{96u, L"96 dpi"}, {144u, L"144 dpi"}, {192u, L"192 dpi"}, {0u, L"96 dpi"}}) {
         state.dpi = dpi;
         EXPECT_EQ(After(L"UI DPI:         "), told);
     }
