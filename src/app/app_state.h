@@ -97,6 +97,7 @@ struct AppState {
     std::int32_t pwmTargetCount = 0;
     std::int32_t pwmTargetsAt100 = 0;
     bool pwmBusy = false;             // an operation waits for displays to answer
+    bool pwmModeBefore = false;       // pwmSafe when it began, as the card still shows it
     bool pwmReassertWaiting = false;  // displays have changed meanwhile
     bool pwmClickWaiting = false;     // the card was clicked meanwhile
     bool pwmWanted = false;           // the mode that this click asks for

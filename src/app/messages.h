@@ -3,7 +3,7 @@
 
 #include "win32/platform.h"
 
-// From the shell for the tray icon: lParam is the mouse message, wParam the icon's id.
+// From the shell for the tray icon: lParam is the mouse message; wParam, the icon's id, is not looked at.
 constexpr UINT kMessageTray = WM_USER + 1;
 
 // Posted by the automatic fallback to Legacy Mode; no payload.

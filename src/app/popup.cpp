@@ -47,7 +47,11 @@ void ShowPopup() {
     RefreshPwmSafeTargets(false);
     // The displays may take long to answer: the program may have been quit meanwhile, or another click have
     // shown the popup, and a third hidden it.
-    if (g_app.ending || g_app.popupShows != shows) return;
+    if (g_app.ending) return;
+    if (g_app.popupShows != shows) {
+        InvalidateRect(g_app.mainWindow, nullptr, FALSE);
+        return;
+    }
     g_app.popupShows += 1;
     POINT cursor = {};
     GetCursorPos(&cursor);

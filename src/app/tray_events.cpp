@@ -20,10 +20,14 @@ constexpr std::uint64_t kReopenGuard = 250;  // ms
 
 enum MenuCommand : UINT { kMenuNone = 0, kMenuLaunchAtStartup = 1, kMenuQuit = 2, kMenuLegacyMode = 3 };
 
+bool WasJustHidden() {
+    return !IsWindowVisible(g_app.mainWindow) && GetTickCount64() - g_app.popupHiddenAt < kReopenGuard;
+}
+
 void TogglePopup() {
     if (IsWindowVisible(g_app.mainWindow)) {
         HidePopup();
-    } else if (GetTickCount64() - g_app.popupHiddenAt >= kReopenGuard) {
+    } else if (!WasJustHidden()) {
         ShowPopup();
     }
 }
@@ -77,14 +81,19 @@ void ShowTrayMenu() {
 }  // namespace
 
 void OnTrayCallback(LPARAM mouseMessage) {
+    if (mouseMessage != WM_LBUTTONUP && mouseMessage != WM_RBUTTONUP) return;
     // The shell may send it, and out of a message that another process sends COM does not call out, as it
-    // must to ask built-in panels.
+    // must to ask built-in panels. Whether it is the click that hid the popup is told by when it arrives.
     if (InSendMessageEx(nullptr) != ISMEX_NOSEND) {
+        if (mouseMessage == WM_LBUTTONUP && WasJustHidden()) return;
         PostMessageW(g_app.mainWindow, kMessageTray, 0, mouseMessage);
         return;
     }
-    if (mouseMessage == WM_LBUTTONUP) TogglePopup();
-    if (mouseMessage == WM_RBUTTONUP) ShowTrayMenu();
+    if (mouseMessage == WM_LBUTTONUP) {
+        TogglePopup();
+    } else {
+        ShowTrayMenu();
+    }
 }
 
 void OnTaskbarCreated() {

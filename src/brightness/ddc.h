@@ -1,5 +1,6 @@
 // External monitors over DDC/CI. Every operation visits the monitors anew, and each call waits until the
-// monitor answers. A call that fails makes that monitor contribute nothing. Window thread only.
+// monitor answers. A call that fails makes that monitor contribute nothing. For the window's
+// thread, or the one that it waits for at the session's end.
 #pragma once
 
 #include <string>

@@ -19,7 +19,10 @@ constexpr int kFailuresToSlowDown = 10;  // reached, not exceeded
 // changed, and a slow display must not be asked anew by every poll: until the operation is done, others wait
 // for their next turn. Only the end, which gives everything back, does not wait.
 struct [[nodiscard]] BusyWithDisplays {
-    BusyWithDisplays() { g_app.pwmBusy = true; }
+    BusyWithDisplays() {
+        g_app.pwmBusy = true;
+        g_app.pwmModeBefore = g_app.pwmSafe;
+    }
     ~BusyWithDisplays() {
         g_app.pwmBusy = false;
         if (g_app.ending || (!g_app.pwmReassertWaiting && !g_app.pwmClickWaiting)) return;
@@ -142,6 +145,8 @@ void CountFailure() {
 
 void TurnOffByUser() {
     StopTimer(TimerId::PwmSafeVerify);
+    // Its message may be under way already, and must not arm it again.
+    g_app.pwmVerifyPending = false;
     ReleasePwmSafeLock();
     SwitchOff();
     SchedulePwmSafePoll();
@@ -190,7 +195,7 @@ void RefreshPwmSafeTargets(bool fromTimer) {
 void VerifyPwmLock() {
     StopTimer(TimerId::PwmSafeVerify);
     if (g_app.pwmBusy) {
-        StartTimer(TimerId::PwmSafeVerify);
+        if (g_app.pwmVerifyPending && !g_app.ending) StartTimer(TimerId::PwmSafeVerify);
         return;
     }
     const BusyWithDisplays busy;
@@ -219,12 +224,13 @@ void TogglePwmSafeByUser() {
     if (g_app.ending) return;
     if (g_app.pwmBusy) {
         // What is wanted, not that it changes: the operation under way may switch the mode itself.
-        g_app.pwmWanted = !g_app.pwmSafe;
+        g_app.pwmWanted = !g_app.pwmModeBefore;
         g_app.pwmClickWaiting = true;
         return;
     }
     const BusyWithDisplays busy;
-    LogEvent("PWM-safe toggled %ls by user", g_app.pwmSafe ? L"OFF" : L"ON");
+    const bool wanted = !g_app.pwmSafe;
+    LogEvent("PWM-safe toggled %ls by user", wanted ? L"ON" : L"OFF");
     g_app.pwmRetryCount = 0;
     g_app.pwmRetrySlowed = false;
     if (g_app.pwmSafe) {
@@ -232,6 +238,8 @@ void TogglePwmSafeByUser() {
     } else {
         AssertLock(true);
     }
+    // The end gives up the lock under way, and the wish is for the next start.
+    if (g_app.ending) g_app.pwmSafe = wanted;
     SaveSettings();
 }
 

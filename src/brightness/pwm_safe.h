@@ -1,12 +1,13 @@
 // PWM-safe mode: the displays' own backlight held at 100%, so that it never flickers. A lock is asserted on
 // every display, verified 750 ms later and polled from then on; what a display was set to before is given
 // back at the end. While displays answer, messages may be dispatched: what one of them asks of this unit
-// waits for its next turn, save the release, which is the end's. Window thread only.
+// waits for its next turn, save the release, which is the end's. Window thread only; the release also on the
+// thread that it waits for at the session's end.
 #pragma once
 
 // Sets every display to 100%, noting first what it was set to, and has the lock verified. With no display a
 // switch by the user is undone at once; otherwise the mode stays on and the poll keeps looking for one. Does
-// nothing at the program's end.
+// nothing at the program's end, or while another operation waits for displays.
 void AssertPwmSafeLock(bool byUser);
 
 // Looks at the displays anew and, unless a verification is pending, at whether the lock holds; from the poll

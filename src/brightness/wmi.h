@@ -1,6 +1,7 @@
 // Built-in panels through WMI. Each operation opens its own connection and releases it; each call waits for
-// WMI, and messages may be dispatched meanwhile. COM must be initialised as a single-threaded apartment with
-// the process-wide security that start-up sets. Failures contribute nothing. Window thread only.
+// WMI, and messages may be dispatched meanwhile. COM must be initialised with the process-wide security that
+// start-up sets. Failures contribute nothing. For the window's thread, or the one that it waits for at the
+// session's end.
 #pragma once
 
 #include <cstdint>

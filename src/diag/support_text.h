@@ -14,5 +14,6 @@ std::wstring SupportSubjectText(const SupportFacts& facts);
 // The whole report, from the mail's header to its last line.
 std::wstring SupportBundleText(const AppState& state, const SupportFacts& facts);
 
-// A duration in ms in days, hours and minutes, in two smaller units, or in seconds: "1d 0h 0m", "3h 0m", "1m 1s", "59s".
+// A duration in ms in days, hours and minutes, in two smaller units, or in seconds: "1d 0h 0m", "3h 0m", "1m
+// 1s", "59s".
 std::wstring UptimeText(std::uint64_t elapsed);

@@ -148,9 +148,35 @@ TEST_F(TrayEvents, WhatTheShellSendsInsteadOfPostingIsPostedFirst) {
         EXPECT_EQ(g_calls, (CallRecord{"post 1025 0 514"}));
     }
     g_calls.clear();
+    OnTrayCallback(WM_RBUTTONUP);
+    EXPECT_EQ(g_calls, (CallRecord{"post 1025 0 517"}));
+    g_calls.clear();
     g_sending = ISMEX_NOSEND;
     OnTrayCallback(WM_LBUTTONUP);
     EXPECT_EQ(g_calls, (CallRecord{"show popup"}));
+}
+
+TEST_F(TrayEvents, MovesOverTheIconAreNotPostedAgain) {
+    g_sending = ISMEX_NOTIFY;
+    for (const UINT message : {WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_RBUTTONDOWN, WM_LBUTTONDBLCLK})
+        OnTrayCallback(message);
+    EXPECT_TRUE(g_calls.empty());
+}
+
+// The displays may be asked for longer than the guard lasts before a posted click has its turn.
+TEST_F(TrayEvents, ASentClickThatHidThePopupIsToldWhenItArrives) {
+    g_sending = ISMEX_NOTIFY;
+    g_app.popupHiddenAt = g_now - 249;
+    OnTrayCallback(WM_LBUTTONUP);
+    EXPECT_TRUE(g_calls.empty());
+    g_now += 1;
+    OnTrayCallback(WM_LBUTTONUP);
+    EXPECT_EQ(g_calls, (CallRecord{"post 1025 0 514"}));
+    g_calls.clear();
+    g_app.popupHiddenAt = g_now;
+    g_windowVisible = true;
+    OnTrayCallback(WM_LBUTTONUP);
+    EXPECT_EQ(g_calls, (CallRecord{"post 1025 0 514"}));
 }
 
 TEST_F(TrayEvents, ARetryThatANewTaskbarOvertookHasItsIcon) {

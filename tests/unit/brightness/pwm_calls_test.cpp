@@ -189,7 +189,7 @@ TEST_F(PwmCalls, AMonitorWithAnEmptyRangeCountsAsFullAndIsWrittenWithItsMaximumB
     EXPECT_THAT(g_calls, testing::Contains("write 11 60").Times(2));
 }
 
-TEST_F(PwmCalls, AMonitorUnpluggedBetweenListingAndSettingIsPassedOver) {
+TEST_F(PwmCalls, AMonitorUnpluggedSinceItWasLockedIsPassedOverByTheRelease) {
     TogglePwmSafeByUser();
     g_monitors[0].device = L"D9";
     VerifyPwmLock();

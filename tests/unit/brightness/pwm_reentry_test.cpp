@@ -134,6 +134,8 @@ protected:
     void Prepare(const Operation& operation);
     int Interrupt(const Operation& operation, int at, Message message);
 
+    bool modeAtStart_ = false;
+
 private:
     void ExpectKnownValues();
     void ExpectSettled();
@@ -145,7 +147,6 @@ private:
     static std::uint32_t Before(const std::wstring& name) {
         return name == L"P" ? kPanelBefore : kMonitorBefore;
     }
-    bool savedAtStart_ = false;
 };
 
 void PwmReentry::Prepare(const Operation& operation) {
@@ -156,7 +157,7 @@ void PwmReentry::Prepare(const Operation& operation) {
                   {.name = L"A", .percent = kMonitorBefore}};
     g_posted = 0;
     operation.prepare();
-    savedAtStart_ = g_app.pwmSafe;
+    modeAtStart_ = g_app.pwmSafe;
     g_calls.clear();
     g_sets.clear();
 }
@@ -173,7 +174,7 @@ bool PwmReentry::LastSaved() {
 // Runs the operation with the message at its moment number `at`, counted from 0. Returns how many there were.
 int PwmReentry::Interrupt(const Operation& operation, int at, Message message) {
     Prepare(operation);
-    g_calls.push_back(savedAtStart_ ? "save on" : "save off");
+    g_calls.push_back(modeAtStart_ ? "save on" : "save off");
     int moment = 0;
     bool dispatching = false;
     g_whileWaiting = [&](Moment) {
@@ -237,7 +238,7 @@ void PwmReentry::InterruptAtRandom(std::uint32_t seed) {
     std::mt19937 random(seed);
     const Operation& operation = kOperations[random() % std::size(kOperations)];
     Prepare(operation);
-    g_calls.push_back(savedAtStart_ ? "save on" : "save off");
+    g_calls.push_back(modeAtStart_ ? "save on" : "save off");
     const std::uint32_t rarity = 2 + random() % 10;
     int depth = 0;
     g_whileWaiting = [&](Moment) {
@@ -306,15 +307,13 @@ TEST_F(PwmReentry, AClickAtAnyMoment) {
 }
 
 TEST_F(PwmReentry, AClickIsTheLastWordWhateverItComesInto) {
-    static bool wanted = false;
     for (const Operation& operation : kOperations) {
         int moments = 1;
         for (int at = 0; at < moments; ++at) {
-            moments = Interrupt(operation, at, [] {
-                wanted = !g_app.pwmSafe;
-                TogglePwmSafeByUser();
-            });
-            EXPECT_TRUE(g_app.ending || g_app.pwmSafe == wanted) << operation.name << ", moment " << at;
+            moments = Interrupt(operation, at, TogglePwmSafeByUser);
+            // The card showed the mode as it was when the operation began.
+            EXPECT_TRUE(g_app.ending || g_app.pwmSafe == !modeAtStart_)
+                << operation.name << ", moment " << at;
         }
     }
 }
@@ -335,6 +334,46 @@ TEST_F(PwmReentry, ImpatientClicksAskForTheSameAsTheFirst) {
     DeliverPosted();
     EXPECT_FALSE(g_app.pwmSafe);
     EXPECT_EQ(g_posted, 0);
+}
+
+TEST_F(PwmReentry, ADisplayChangeWhileDisplaysAnswerIsTakenUpBehindTheOperation) {
+    Prepare(kOperations[3]);
+    g_app.pwmRetrySlowed = true;
+    g_whileWaiting = [](Moment moment) {
+        if (moment != Moment::AmidListing) return;
+        g_whileWaiting = nullptr;
+        FireDisplayChange();
+    };
+    FirePoll();
+    ASSERT_EQ(g_posted, 1);
+    EXPECT_EQ(During(DeliverPosted),
+              (CallRecord{"enumerate", "count", "log: PWM-safe: display change - retry pace reset",
+                          "enumerate", "count", "P := 100", "A := 100"}));
+    EXPECT_FALSE(g_app.pwmRetrySlowed);
+    EXPECT_EQ(g_posted, 0);
+}
+
+// Its timer may have fired before the click that kills it was handled.
+TEST_F(PwmReentry, AVerificationInTheMiddleOfSwitchingOffDoesNotComeAgain) {
+    Prepare(kOperations[2]);
+    ASSERT_TRUE(g_app.pwmVerifyPending);
+    g_whileWaiting = [](Moment) { VerifyPwmLock(); };
+    TogglePwmSafeByUser();
+    g_whileWaiting = nullptr;
+    EXPECT_EQ(g_timers.count(5), 0U);
+}
+
+TEST_F(PwmReentry, ASwitchOnIntoWhichTheEndComesIsKeptForTheNextStart) {
+    Prepare(kOperations[0]);
+    g_whileWaiting = [](Moment moment) {
+        if (moment != Moment::BeforeSet || g_app.ending) return;
+        EndTheSession();
+    };
+    TogglePwmSafeByUser();
+    g_whileWaiting = nullptr;
+    EXPECT_EQ(g_calls.back(), "save on");
+    EXPECT_EQ(Display(L"P").percent, 30U);
+    EXPECT_EQ(Display(L"A").percent, 60U);
 }
 
 TEST_F(PwmReentry, ADisplayChangeAtAnyMoment) {

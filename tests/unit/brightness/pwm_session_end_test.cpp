@@ -8,7 +8,8 @@ namespace {
 DWORD g_sending = ISMEX_NOSEND;
 bool g_threadRefused = false;
 int g_threads = 0;
-DWORD g_setOn = 0;  // the thread that a display was set on
+HANDLE g_thread = nullptr;  // a handle of the test's own
+DWORD g_setOn = 0;          // the thread that a display was set on
 
 DWORD WINAPI FakeInSendMessageEx(void*) {
     return g_sending;
@@ -20,7 +21,9 @@ HANDLE WINAPI FakeCreateThread(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTH
     g_threads += 1;
     const auto real = reinterpret_cast<decltype(&CreateThread)>(
         GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "CreateThread"));
-    return real(security, stack, start, parameter, flags, id);
+    HANDLE thread = real(security, stack, start, parameter, flags, id);
+    DuplicateHandle(GetCurrentProcess(), thread, GetCurrentProcess(), &g_thread, SYNCHRONIZE, FALSE, 0);
+    return thread;
 }
 
 class PwmSessionEnd : public PwmBench {
@@ -65,6 +68,9 @@ TEST_F(PwmSessionEnd, OutOfASentMessageItIsDoneByAThreadThatHasEndedWhenItReturn
     EXPECT_NE(g_setOn, 0U);
     EXPECT_NE(g_setOn, GetCurrentThreadId());
     EXPECT_EQ(g_threads, 1);
+    ASSERT_NE(g_thread, nullptr);
+    EXPECT_EQ(WaitForSingleObject(g_thread, 0), WAIT_OBJECT_0);
+    CloseHandle(g_thread);
 }
 
 TEST_F(PwmSessionEnd, WithoutAThreadItIsTriedOnThisOne) {
