@@ -2,6 +2,7 @@
 
 from pathlib import Path
 
+from .console import run_console
 from .desktop import Desktop
 from .hardware import Hardware
 from .input import Hands
@@ -131,5 +132,4 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
 
     def run_unit(self, exe, arguments=(), timeout=None):
         """Runs a console program of the build here; output streamed, exit code returned."""
-        from .unit import run_console
         return run_console(self.desktop, exe, arguments, timeout)
