@@ -14,11 +14,11 @@ sys.dont_write_bytecode = True
 from ambrel_lab import Lab, LabError  # noqa: E402
 from ambrel_lab.places import ROOT  # noqa: E402
 from ambrel_lab.unit import end_on_signals  # noqa: E402
-from documents import support_bundle  # noqa: E402
+from documents import guide, support_bundle  # noqa: E402
 
 DOCS = ROOT / "docs"
 # A name, and a function that is given a lab in which nothing runs yet and answers {path below docs/: its bytes}.
-MAKERS = {"support-bundle": support_bundle.make}
+MAKERS = {"guide": guide.make, "support-bundle": support_bundle.make}
 
 
 def main(names):

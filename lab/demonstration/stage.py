@@ -8,6 +8,7 @@ WARMTH_THUMB = (80, 229)
 STATUS_STRIP = (160, 395)
 CARD = (160, 400)
 CARD_ACCENT = (160, 384)  # on its upper outline
+DAY = (70, 447)
 EVENING = (160, 447)
 NIGHT = (250, 447)
 POWER = (160, 503)
@@ -31,12 +32,16 @@ class Stage:
         self.ramps = []
 
     def see(self, what, happened, patience=10):
-        """Waits for a step's outcome; `what` names it as it should be."""
+        """Waits for a step's outcome and tells of it; `what` names it as it should be."""
+        self.wait(what, happened, patience)
+        print(f"  {what}", flush=True)
+
+    def wait(self, what, happened, patience=10):
+        """The same without a word unless it fails: for steps of which there are many."""
         try:
             wait_until(happened, patience, what)
         except LabError:
             raise LabError(f"This did not happen: {what}.") from None
-        print(f"  {what}", flush=True)
 
     def save(self, name):
         """Pictures of this moment, and the screen's gamma ramp for the report."""

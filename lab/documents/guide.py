@@ -1,0 +1,132 @@
+"""The pictures of docs/guide.md, taken of the panel itself, not as the eye sees it through the filter."""
+
+from ambrel_lab.hardware import Monitor
+from ambrel_lab.picture import Picture
+from demonstration.backlight import AMBER, GREEN, accent_is, displays_changed
+from demonstration.stage import CARD, CLOSE, DAY, EVENING, GEAR, MENU_LEGACY_MODE, NIGHT, WARMTH_THUMB, Stage
+from demonstration.support import NORMAL, button_is
+
+from .lettering import Lettering
+
+STRIP = (22, 378, 298, 424)  # card and banner with a little margin, in design units
+RED = (255, 0, 0)
+POWER_SURFACE = (60, 490)  # on the big button, where it has neither letter nor icon
+
+# The way of WARMTH's thumb, in design units, and how far it is dragged at a time.
+WARMTH_X, WARMTH_BOTTOM, WARMTH_TRAVEL = WARMTH_THUMB[0], 305, 198
+STEP = 2
+STEPS = WARMTH_TRAVEL // STEP
+BEYOND = 20  # the end of the way lies between two pixels of the mouse
+NEUTRAL = 6500  # kelvin
+
+SCALE_WIDTH, SCALE_HEIGHT, NUMBERS_HEIGHT = 960, 64, 30
+LABELS = (6500, 4000, 2700, 2000, 1000, 0)
+MARK_LENGTH, NUMBERS_BASE, NUMBERS_MARGIN, NUMBERS_GREY = 6, 24, 4, 200
+
+
+def tip_is(stage, text):
+    return stage.lab.tray_tip() == f"Ambrel - {text}"
+
+
+def button_is_red(stage):
+    red, green, blue = stage.lab.popup_picture().pixel(*POWER_SURFACE)
+    return red > 0x80 and green == blue == 0
+
+
+def strip(stage):
+    return stage.lab.popup_picture().crop(*STRIP)
+
+
+def show_popup(stage):
+    stage.lab.click_unit(*EVENING)
+    stage.see("EVENING turns the filter on", lambda: tip_is(stage, "ON (2700K, 85%)"))
+    stage.see("the big button is red", lambda: button_is_red(stage))
+    return stage.lab.popup_picture()
+
+
+def show_settings(stage):
+    stage.lab.click_unit(*GEAR)
+    stage.see("the gear opens the settings", lambda: button_is(stage, NORMAL))
+    picture = stage.lab.popup_picture()
+    stage.lab.click_unit(*CLOSE)
+    stage.see("CLOSE goes back", lambda: button_is_red(stage))
+    return picture
+
+
+def kelvin_at(step):
+    return NEUTRAL * (1 - step / STEPS)
+
+
+def drag_warmth_through(stage):
+    """The filter's factors for red, green and blue at every step from 6500 K to 0 K, as Windows was given them."""
+    lab = stage.lab
+    lab.click_unit(*DAY)
+    stage.see("DAY shows 4000 K at 100%", lambda: tip_is(stage, "ON (4000K, 100%)"))
+    lab.drag_unit(*WARMTH_THUMB, WARMTH_X, WARMTH_BOTTOM + BEYOND)
+    stage.see("a drag of WARMTH down to the end is neutral", lambda: tip_is(stage, "ON (6500K, 100%)"))
+    start = WARMTH_BOTTOM - 1  # the lowest place that the slider takes
+    lab.press_unit(WARMTH_X, start)
+    factors = []
+    for step in range(STEPS + 1):
+        lab.move_unit(WARMTH_X, start - step * STEP)
+        tip = f"ON ({round(kelvin_at(step))}K, 100%)"
+        stage.wait(f"WARMTH dragged up shows {tip}", lambda: tip_is(stage, tip))
+        factors.append(lab.magnification_calls()[-1].diagonal)
+    lab.release()
+    print(f"  WARMTH dragged up goes through {len(set(factors))} colours", flush=True)
+    stage.see("the drag up to the end is saved", lambda: stage.setting_is("Intensity", "1000"))
+    return factors
+
+
+def draw_numbers(rows):
+    """Marks and kelvin numbers into the rows below the scale."""
+    lettering = Lettering()
+    for kelvin in LABELS:
+        x = round((1 - kelvin / NEUTRAL) * (SCALE_WIDTH - 1))
+        width = lettering.width(str(kelvin))
+        left = min(max(x - width // 2, NUMBERS_MARGIN), SCALE_WIDTH - NUMBERS_MARGIN - width)
+        pixels = [(x, y, 1) for y in range(MARK_LENGTH)]
+        pixels += lettering.pixels(str(kelvin), left, NUMBERS_BASE)
+        for column, row, share in pixels:
+            rows[row][3 * column:3 * column + 3] = [round(NUMBERS_GREY * share)] * 3
+
+
+def draw_scale(factors):
+    """White through the filter: each column in the colour of the step that is nearest to its place."""
+    white = [bytes(round(255 * factor) for factor in factors_of_step) for factors_of_step in factors]
+    row = b"".join(white[round((column + 0.5) / SCALE_WIDTH * STEPS)] for column in range(SCALE_WIDTH))
+    numbers = [bytearray(3 * SCALE_WIDTH) for _ in range(NUMBERS_HEIGHT)]
+    draw_numbers(numbers)
+    return Picture(SCALE_WIDTH, SCALE_HEIGHT + NUMBERS_HEIGHT, row * SCALE_HEIGHT + b"".join(numbers))
+
+
+def show_locked_card(stage):
+    stage.lab.hardware.plug("desk")
+    displays_changed(stage)
+    stage.see("a monitor brings the card", lambda: accent_is(stage, AMBER))
+    stage.lab.click_unit(*CARD)
+    stage.see("the card says DISPLAY LOCKED AT 100%", lambda: accent_is(stage, GREEN))
+    return strip(stage)
+
+
+def show_banner(stage):
+    stage.choose_from_menu(MENU_LEGACY_MODE)
+    stage.see("Legacy Mode is on", lambda: stage.setting_is("UseLegacyGamma", "1"))
+    stage.open_popup()
+    stage.lab.click_unit(*NIGHT)
+    stage.see("Windows refuses NIGHT's ramp", lambda: stage.log_has("Legacy ramp REJECTED"))
+    # Neither the card nor the button is of that red.
+    stage.see("the banner says so", lambda: strip(stage).holds(RED))
+    return strip(stage)
+
+
+def make(lab):
+    # No card at first, but a line that the panel has without displays.
+    lab.hardware.monitors([Monitor("desk", 40, present=False)])
+    stage = Stage(lab, None)
+    stage.start()
+    pictures = {"popup": show_popup(stage), "settings": show_settings(stage),
+                "warmth": draw_scale(drag_warmth_through(stage)), "card-locked": show_locked_card(stage),
+                "banner": show_banner(stage)}
+    stage.quit()
+    return {f"pictures/{name}.png": picture.png() for name, picture in pictures.items()}
