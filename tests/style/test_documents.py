@@ -1,0 +1,68 @@
+"""The documents hold: what they link to is there, and they call the card what the program calls it."""
+
+import re
+import subprocess
+from pathlib import Path
+from urllib.parse import unquote
+
+import pytest
+
+ROOT = Path(__file__).resolve().parents[2]
+GUIDE = ROOT / "docs" / "guide.md"
+CARD_LABELS = ROOT / "src" / "brightness" / "pwm_card_label.cpp"
+
+
+def tracked(*patterns):
+    listed = subprocess.run(["git", "ls-files", "--", *patterns], cwd=ROOT, capture_output=True, text=True, check=True)
+    return listed.stdout.split()
+
+
+DOCUMENTS = tracked("*.md")
+
+
+def prose(document):
+    """The text without what stands in it as it is: a file or a command is no link."""
+    text = (ROOT / document).read_text(encoding="utf-8")
+    return re.sub(r"`[^`\n]+`", "", re.sub(r"^```.*?^```", "", text, flags=re.M | re.S))
+
+
+def links(document, pattern):
+    """Paths from the repository's root of what a document links to within it, and the parts after #."""
+    for target in re.findall(pattern, prose(document)):
+        if not re.match(r"[a-z]+:", target):
+            path, _, part = target.partition("#")
+            file = (ROOT / document).parent / unquote(path) if path else ROOT / document
+            yield file.resolve(), part
+
+
+def pictures(document):
+    return [file for file, _ in links(document, r"!\[[^\]]*\]\(([^)\s]+)\)")]
+
+
+def headings(file):
+    """As they stand in an address: small letters, no punctuation, hyphens for blanks."""
+    titles = re.findall(r"^#+ +(.*)$", prose(file.relative_to(ROOT)), re.M)
+    return {re.sub(r"[^\w\- ]", "", title.lower()).replace(" ", "-") for title in titles}
+
+
+def test_there_are_documents_to_check():
+    assert {"README.md", "docs/guide.md"} <= set(DOCUMENTS)
+
+
+@pytest.mark.parametrize("document", DOCUMENTS)
+def test_every_relative_link_leads_somewhere(document):
+    dead = [f"{file}#{part}" for file, part in links(document, r"\]\(([^)\s]+)\)")
+            if not file.exists() or (part and part not in headings(file))]
+    assert not dead, f"{document} links to {', '.join(dead)}"
+
+
+def test_the_pictures_are_those_that_documents_show():
+    shown = {str(file.relative_to(ROOT)) for document in DOCUMENTS for file in pictures(document)}
+    assert shown and shown == set(tracked("docs/pictures"))
+
+
+def test_the_guide_calls_the_card_what_the_program_calls_it():
+    table = re.search(r"^\| The card says \|.*\n\|[-| ]+\|\n((?:\|.*\n)+)", GUIDE.read_text(encoding="utf-8"), re.M)
+    told = [row.split("|")[1].strip() for row in table.group(1).splitlines()]
+    labels = re.findall(r'L"([^"]+)"', CARD_LABELS.read_text(encoding="utf-8"))
+    assert sorted(told) == sorted(labels)
