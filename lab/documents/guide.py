@@ -71,9 +71,10 @@ def drag_warmth_through(stage):
         lab.move_unit(WARMTH_X, start - step * STEP)
         tip = f"ON ({round(kelvin_at(step))}K, 100%)"
         stage.wait(f"WARMTH dragged up shows {tip}", lambda: tip_is(stage, tip))
-        factors.append(lab.magnification_calls()[-1].diagonal)
+        matrices = [call for call in lab.magnification_calls() if call.matrix]
+        factors.append(matrices[-1].diagonal if matrices else None)
     lab.release()
-    print(f"  WARMTH dragged up goes through {len(set(factors))} colours", flush=True)
+    stage.see(f"Windows is given {STEPS + 1} colours on WARMTH's way up", lambda: len(set(factors)) == len(factors))
     stage.see("the drag up to the end is saved", lambda: stage.setting_is("Intensity", "1000"))
     return factors
 
