@@ -58,7 +58,7 @@ def kelvin_at(step):
 
 
 def drag_warmth_through(stage):
-    """The filter's factors for red, green and blue at every step from 6500 K to 0 K, as Windows was given them."""
+    """The filter's factors for red, green and blue at every step from 6500 K to 0 K, as given to Windows."""
     lab = stage.lab
     lab.click_unit(*DAY)
     stage.see("DAY shows 4000 K at 100%", lambda: tip_is(stage, "ON (4000K, 100%)"))
@@ -74,7 +74,8 @@ def drag_warmth_through(stage):
         matrices = [call for call in lab.magnification_calls() if call.matrix]
         factors.append(matrices[-1].diagonal if matrices else None)
     lab.release()
-    stage.see(f"Windows is given {STEPS + 1} colours on WARMTH's way up", lambda: len(set(factors)) == len(factors))
+    stage.see(f"Windows is given {STEPS + 1} colours on WARMTH's way up",
+              lambda: len(set(factors)) == len(factors))
     stage.see("the drag up to the end is saved", lambda: stage.setting_is("Intensity", "1000"))
     return factors
 

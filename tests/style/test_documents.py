@@ -13,7 +13,8 @@ CARD_LABELS = ROOT / "src" / "brightness" / "pwm_card_label.cpp"
 
 
 def tracked(*patterns):
-    listed = subprocess.run(["git", "ls-files", "--", *patterns], cwd=ROOT, capture_output=True, text=True, check=True)
+    command = ["git", "ls-files", "--", *patterns]
+    listed = subprocess.run(command, cwd=ROOT, capture_output=True, text=True, check=True)
     return listed.stdout.split()
 
 
@@ -62,7 +63,8 @@ def test_the_pictures_are_those_that_documents_show():
 
 
 def test_the_guide_calls_the_card_what_the_program_calls_it():
-    table = re.search(r"^\| The card says \|.*\n\|[-| ]+\|\n((?:\|.*\n)+)", GUIDE.read_text(encoding="utf-8"), re.M)
+    guide = GUIDE.read_text(encoding="utf-8")
+    table = re.search(r"^\| The card says \|.*\n\|[-| ]+\|\n((?:\|.*\n)+)", guide, re.M)
     told = [row.split("|")[1].strip() for row in table.group(1).splitlines()]
     labels = re.findall(r'L"([^"]+)"', CARD_LABELS.read_text(encoding="utf-8"))
     assert sorted(told) == sorted(labels)
