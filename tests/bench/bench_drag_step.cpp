@@ -53,8 +53,8 @@ void BareCursor(HCURSOR cursor, DWORD id) {
 }
 
 // The ids of the system cursors.
-constexpr DWORD kCursorIds[] = {32512, 32513, 32514, 32515, 32516, 32642, 32643, 32644,
-                                32645, 32646, 32648, 32649, 32650, 32651, 32671, 32672};
+constexpr DWORD kCursorIds[kSystemCursorCount] = {32512, 32513, 32514, 32515, 32516, 32640, 32641, 32642,
+                                                  32643, 32644, 32645, 32646, 32648, 32649, 32650, 32651};
 
 void BareCursors(int) {
     for (int i = 0; i < kSystemCursorCount; ++i) {
