@@ -1,6 +1,7 @@
 """A desk with simulated displays: what is asked of them in each operation of the program, call by call."""
 
 import os
+import time
 from pathlib import Path
 
 import pytest
@@ -13,8 +14,10 @@ BUILD = Path(os.environ.get("AMBREL_BUILD_DIR", DEFAULT_BUILD))
 # Middles of what is clicked, in design units.
 CARD, GEAR, CLOSE = (160, 401), (292, 29), (276, 30)
 WM_TIMER, WM_DISPLAYCHANGE, WM_POWERBROADCAST, WM_ENDSESSION = 0x113, 0x7E, 0x218, 0x16
-SETTLED, POLL, VERIFY = 2, 4, 5
+SAVE, SETTLED, POLL, VERIFY = 1, 2, 4, 5
+POLL_PERIOD = 2.0
 CONFIRMED = "PWM-safe: %d display(s) confirmed locked at 100%%"
+SLOWING = "PWM-safe: display will not hold 100% after 10 attempts - slowing retries to 30s"
 # A call's name in the lists below, and which argument is told with it.
 CALLS = {"GetNumberOfPhysicalMonitorsFromHMONITOR": ("count", None),
          "GetPhysicalMonitorsFromHMONITOR": ("fetch", None), "DestroyPhysicalMonitors": ("destroy", None),
@@ -124,6 +127,43 @@ class Bench:
         """Lets the program's timers fire now, as if their time had come. Returns when that has been dealt with."""
         for timer in timers:
             self.desk.send_message(WM_TIMER, timer, 0)
+
+    def relock(self):
+        """A lock asserted anew and verified, with an empty record: the next poll is two seconds away."""
+        self.tick(SETTLED, VERIFY)
+        self.hardware.forget()
+
+    def fail(self, name, times):
+        """That many failed verifications of a monitor that had been locked."""
+        self.hardware.change(name, behaviour="ignores")
+        self.hardware.turn(name, 40)
+        self.tick(*[POLL, VERIFY] * times)
+
+    def slow_down(self, name):
+        """The monitor refuses until the next poll is half a minute away."""
+        self.fail(name, 10)
+        self.wait_for_log(SLOWING)
+
+    def come_to_rest(self):
+        """The operation under way is over, and so is everything that has been posted up to then. No call may
+        dispatch messages any more while it waits."""
+        self.desk.send_message(0)
+        saves = self.desk.saves()
+        self.desk.post_message(WM_TIMER, SAVE, 0)
+        self.desk.wait_for_saves(saves + 1)
+
+    def open_menu_at_rest(self):
+        """Opens the tray menu, which asks no display, and locks anew: no poll is near at the click."""
+        began = time.time()
+        self.relock()
+        menu = self.desk.open_menu()
+        # Only a poll may have come, and that not before its time.
+        assert [told(call) for call in self.hardware.calls() if call.time < began + POLL_PERIOD - 0.1] == []
+        self.relock()
+        return menu
+
+    def click_quit(self, menu):
+        self.desk.click(*self.desk.menu_place(menu, "Quit"))
 
     def record(self):
         return [told(call) for call in self.hardware.calls()]

@@ -2,8 +2,8 @@
 
 import pytest
 
-from backlight import (BUILD, CONFIRMED, POLL, SETTLED, VERIFY, WM_ENDSESSION, Bench, Monitor, Panel, listed,
-                       monitor_set, panel_set)
+from backlight import (BUILD, CONFIRMED, POLL, SETTLED, VERIFY, WM_ENDSESSION, WM_TIMER, Bench, Monitor,
+                       Panel, listed, monitor_set, panel_set, wait_until)
 from backlight import backlight_desk_fixture, bench_fixture  # noqa: F401
 
 ONE = listed(1, ["left"])
@@ -19,8 +19,9 @@ def locked_fixture(bench):
 
 
 def test_quit_gives_the_old_values_back_and_keeps_the_mode_for_the_next_start(locked):
-    assert locked.desk.quit() == 0
-    assert locked.record()[-len(ONE + RESTORE):] == ONE + RESTORE
+    locked.click_quit(locked.open_menu_at_rest())
+    assert locked.desk.wait_for_exit() == 0
+    assert locked.record() == ONE + RESTORE
     assert locked.values("panel", "left") == [60, 40] and locked.setting() == "1"
     locked.check_books()
     locked.desk.start()
@@ -31,8 +32,19 @@ def test_quit_gives_the_old_values_back_and_keeps_the_mode_for_the_next_start(lo
 
 
 def test_quit_while_the_lock_is_verified_gives_the_old_value_back(bench):
+    """The lock is asserted anew while the click on Quit is waiting already: no verification comes between."""
     bench.begin([Monitor("left", 40)], on=True)
-    bench.desk.quit()
+    menu = bench.open_menu_at_rest()
+    confirmations = bench.log().count(CONFIRMED % 1)
+    bench.hardware.change("left", delay=1500)
+    bench.desk.post_message(WM_TIMER, SETTLED, 0)
+    wait_until(bench.hardware.waiting, 10.0, "a call that waits")
+    bench.hardware.change("left", delay=0)
+    bench.click_quit(menu)
+    assert bench.desk.wait_for_exit() == 0
+    one = listed(monitors=["left"])
+    assert bench.record() == one * 2 + monitor_set("left", 100) + one + monitor_set("left", 40)
+    assert bench.log().count(CONFIRMED % 1) == confirmations
     assert bench.hardware.value("left") == 40 and bench.setting() == "1"
 
 
@@ -60,8 +72,9 @@ def test_the_end_of_the_windows_session_gives_the_old_values_back(make_desk):
 
 
 def test_between_the_end_of_the_session_and_the_last_moment_nothing_is_locked_again(locked):
+    locked.relock()
     locked.desk.send_message(WM_ENDSESSION, 1, 0)
-    assert locked.record()[-len(ONE + RESTORE):] == ONE + RESTORE
+    assert locked.record() == ONE + RESTORE
     locked.hardware.forget()
     locked.tick(POLL, SETTLED, VERIFY, POLL, VERIFY)
     assert locked.sets() == [] and locked.values("panel", "left") == [60, 40]

@@ -4,15 +4,14 @@ import time
 
 import pytest
 
-from backlight import (CONFIRMED, POLL, SETTLED, VERIFY, Monitor, Panel, listed, monitor_set, panel_set, wait_until)
+from backlight import (CONFIRMED, POLL, POLL_PERIOD, SETTLED, SLOWING, VERIFY, Monitor, Panel, listed,
+                       monitor_set, panel_set, wait_until)
 from backlight import backlight_desk_fixture, bench_fixture  # noqa: F401
 
 REVERTING = "PWM-safe: 100%% lock not confirmed (%d of %d) - reverting toggle"
 PENDING = "PWM-safe: lock pending (%d of %d at 100%%) - poll will re-assert"
-SLOWING = "PWM-safe: display will not hold 100% after 10 attempts - slowing retries to 30s"
 RECOVERED = "PWM-safe: lock recovered - normal polling resumed"
 PACE_RESET = "PWM-safe: display change - retry pace reset"
-NORMAL_PACE = 2.0
 
 
 def wait_for_a_poll(bench):
@@ -23,7 +22,7 @@ def wait_for_a_poll(bench):
 
 def check_that_no_poll_comes(bench):
     bench.hardware.forget()
-    time.sleep(NORMAL_PACE + 0.3)
+    time.sleep(POLL_PERIOD + 0.3)
     assert bench.record() == []
 
 
@@ -97,24 +96,16 @@ def test_a_failure_that_does_not_follow_the_users_switch_keeps_the_mode_on(bench
     assert bench.log().count(PENDING % (0, 1)) == 2
 
 
-def fail(bench, times):
-    """That many failed verifications of a monitor that had been locked."""
-    bench.hardware.change("left", behaviour="ignores")
-    bench.hardware.turn("left", 40)
-    bench.tick(*[POLL, VERIFY] * times)
-
-
 def slowed(bench):
     bench.begin([Monitor("left", 40)])
     bench.lock("left")
-    fail(bench, 10)
-    bench.wait_for_log(SLOWING)
+    bench.slow_down("left")
 
 
 def test_the_ninth_failure_does_not_slow_the_poll_yet(bench):
     bench.begin([Monitor("left", 40)])
     bench.lock("left")
-    fail(bench, 9)
+    bench.fail("left", 9)
     assert SLOWING not in bench.log()
     bench.tick(POLL, VERIFY)
     assert SLOWING in bench.log()
@@ -128,7 +119,7 @@ def test_a_success_brings_the_normal_pace_back(bench):
     bench.tick(POLL, VERIFY)
     assert bench.pwm_log()[-2:] == [RECOVERED, CONFIRMED % 1]
     wait_for_a_poll(bench)
-    fail(bench, 9)
+    bench.fail("left", 9)
     assert bench.log().count(SLOWING) == 1
 
 
@@ -136,6 +127,7 @@ def test_a_display_change_brings_the_normal_pace_back(bench):
     slowed(bench)
     bench.tick(SETTLED)
     assert bench.pwm_log()[-1] == PACE_RESET
+    bench.tick(VERIFY)  # Else the verification would be taken for the poll.
     wait_for_a_poll(bench)
     bench.tick(SETTLED)
     assert bench.log().count(PACE_RESET) == 1

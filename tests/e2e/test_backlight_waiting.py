@@ -4,14 +4,16 @@ import threading
 
 import pytest
 
-from backlight import (CARD, CONFIRMED, POLL, SETTLED, VERIFY, WM_DISPLAYCHANGE, WM_ENDSESSION, WM_TIMER, Monitor,
-                       Panel, listed, monitor_set, wait_until)
+from backlight import (CARD, CONFIRMED, POLL, SAVE, SETTLED, VERIFY, WM_DISPLAYCHANGE, WM_ENDSESSION,
+                       WM_TIMER, Monitor, Panel, listed, monitor_set, wait_until)
 from backlight import backlight_desk_fixture, bench_fixture  # noqa: F401
 
 MONITORS = ["left", "right"]
 SHOW_POPUP = 0x8069
 # Long enough that a test can act while the call waits.
 A_WHILE = 200
+# And longer than the displays are given to settle.
+LONG = 1500
 
 
 def test_slow_monitors_are_asked_as_often_as_quick_ones(bench):
@@ -44,13 +46,13 @@ def test_a_dead_channel_that_is_locked_is_waited_for_once_when_its_value_is_give
     """It answered when it was locked. Then it is gone; the others get their values, and none waits twice."""
     bench.begin([Monitor("dead", 30), Monitor("left", 40)])
     bench.lock("dead", "left")
-    bench.hardware.change("dead", delay=300, fails=("capabilities", "read", "set"))
-    bench.tick(SETTLED, VERIFY)  # Locked anew: the next poll is two seconds away.
-    bench.hardware.forget()
-    bench.desk.quit()
+    bench.hardware.change("dead", fails=("capabilities", "read", "set"))
+    menu = bench.open_menu_at_rest()
+    bench.hardware.change("dead", delay=300)
+    bench.click_quit(menu)
+    assert bench.desk.wait_for_exit() == 0
     monitors = ["dead", "left"]
-    assert bench.record()[-len(listed(monitors=monitors, deaf=["dead"]) + monitor_set("left", 40, monitors)):] == \
-        listed(monitors=monitors, deaf=["dead"]) + monitor_set("left", 40, monitors)
+    assert bench.record() == listed(monitors=monitors, deaf=["dead"]) + monitor_set("left", 40, monitors)
     assert bench.hardware.value("left") == 40
 
 
@@ -67,10 +69,14 @@ def post_tick(bench, timer):
 
 
 def test_a_monitor_unplugged_while_it_is_asked_contributes_nothing(bench):
-    bench.begin([Monitor("left", 40), Monitor("right", 30, delay=A_WHILE)])
+    bench.begin([Monitor("left", 40), Monitor("right", 30)])
+    bench.hardware.change("right", delay=LONG)
+    bench.hardware.forget()
     in_the_middle(bench, post_tick(bench, SETTLED), lambda: bench.hardware.unplug("right"))
-    bench.tick(VERIFY)
-    assert "PWM-safe targets: 1 controllable (was 2)" in bench.log()
+    bench.desk.send_message(0)  # Answered after the operation's end.
+    assert bench.record() == listed(monitors=MONITORS, deaf=["right"])
+    assert bench.pwm_log() == ["PWM-safe targets: 2 controllable (was 0)",
+                               "PWM-safe targets: 1 controllable (was 2)"]
 
 
 def test_a_monitor_unplugged_between_counting_and_fetching_hides_the_others_once(bench):
@@ -98,15 +104,45 @@ def settle(bench, *timers):
     bench.tick(*timers)
 
 
-def test_messages_that_arrive_while_the_displays_are_listed_wait_for_their_turn(bench):
+def filtering(bench):
+    """With the filter on, which tells each settling of the displays. The next call to a monitor is slow."""
     pumping(bench).show()
-    in_the_middle(bench, lambda: bench.desk.post_message(SHOW_POPUP, 0, 0),
-                  lambda: [bench.desk.post_message(message, 0, 0) for message in (SHOW_POPUP, WM_DISPLAYCHANGE)])
-    settle(bench, SETTLED)
+    bench.desk.press_power()
+    wait_until(lambda: len(bench.desk.effects()) == 1, 10.0, "the filter")
+    bench.tick(SAVE)
+    bench.hardware.change("left", delay=LONG)
     bench.hardware.forget()
-    bench.tick(SETTLED)
-    assert bench.record() == listed(1, ["left", "right"])
+
+
+def listed_in_the_middle(bench, begin, act):
+    """Acts while `begin` has the displays listed, and lets no later call wait."""
+    def act_once():
+        bench.hardware.change("left", delay=0, pump=False)
+        act()
+
+    in_the_middle(bench, begin, act_once)
+
+
+def test_messages_that_arrive_while_the_displays_are_listed_wait_for_their_turn(bench):
+    """A display change settles and is looked at behind that listing; opening the popup again is not."""
+    filtering(bench)
+    one = listed(1, MONITORS)
+    listed_in_the_middle(bench, lambda: bench.desk.post_message(SHOW_POPUP, 0, 0), lambda: [
+        bench.desk.post_message(message, 0, 0) for message in (SHOW_POPUP, WM_DISPLAYCHANGE)])
+    wait_until(lambda: len(bench.desk.effects()) == 2, 10.0, "the filter after the settling")
+    bench.wait_for_calls(one, one)
+    bench.come_to_rest()
+    assert bench.record() == one * 2 and len(bench.desk.effects()) == 2
     assert bench.pwm_log() == ["PWM-safe targets: 3 controllable (was 0)"]
+
+
+def test_opening_the_popup_again_while_the_displays_are_listed_does_not_list_them_again(bench):
+    """Nor later: alone, so that no display change's own look can be taken for it."""
+    filtering(bench)
+    listed_in_the_middle(bench, lambda: bench.desk.post_message(SHOW_POPUP, 0, 0),
+                         lambda: bench.desk.post_message(SHOW_POPUP, 0, 0))
+    bench.come_to_rest()
+    assert bench.record() == listed(1, MONITORS)
 
 
 def test_polls_do_not_pile_up_while_the_displays_still_answer(bench):
@@ -122,14 +158,13 @@ def test_polls_do_not_pile_up_while_the_displays_still_answer(bench):
 
 
 def test_a_change_that_settles_while_the_displays_answer_applies_the_filter_once(bench):
-    pumping(bench).show()
-    bench.desk.press_power()
-    wait_until(lambda: len(bench.desk.effects()) == 1, 10.0, "the filter")
-    bench.hardware.change("left", delay=1500)  # Longer than the displays are given to settle.
-    in_the_middle(bench, post_tick(bench, POLL), post_tick(bench, SETTLED))
-    settle(bench)
-    bench.desk.send_message(0)
-    assert len(bench.desk.effects()) == 2
+    """And its own look at the displays comes once they have answered."""
+    filtering(bench)
+    one = listed(1, MONITORS)
+    listed_in_the_middle(bench, post_tick(bench, POLL), post_tick(bench, SETTLED))
+    bench.wait_for_calls(one, one)
+    bench.come_to_rest()
+    assert bench.record() == one * 2 and len(bench.desk.effects()) == 2
 
 
 def test_a_click_while_the_displays_are_listed_locks_them(bench):
