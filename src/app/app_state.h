@@ -46,7 +46,7 @@ struct AppState {
     Slider dragSlider = Slider::None;
     std::int32_t dragStartY = 0;  // design units
     double dragStartValue = 0.0;
-    std::uint64_t copiedUntil = 0;  // tick, ms; 0 until the first copy
+    std::uint64_t copiedUntil = 0;  // tick, ms; 0: no copy to show
     std::wstring settingsPath;      // empty: no settings and no log file for the whole run
 
     // Resources of the popup, alive for the whole run.

@@ -16,7 +16,7 @@ struct TimerRow {
 constexpr TimerRow kTimers[] = {
     {TimerId::SaveSettings, 500, 500, TimerKind::OneShot},
     // After a display change; the long pace after a resume from sleep, when displays take longer to come
-    // back.
+    // back, unless one of them tells of a change.
     {TimerId::DisplaySettle, 300, 1200, TimerKind::OneShot},
     {TimerId::CopiedLookEnd, 5100, 5100, TimerKind::OneShot},
     // The long pace once a display has refused the lock again and again.

@@ -99,7 +99,8 @@ void OnTrayCallback(LPARAM mouseMessage) {
 void OnTaskbarCreated() {
     LogEvent("TaskbarCreated received - (re)adding tray icon");
     RemoveTrayIcon();
-    g_app.trayIconAdded = AddTrayIcon();
+    g_app.trayIconAdded = false;
+    if (AddTrayIcon()) g_app.trayIconAdded = true;
     if (!g_app.trayIconAdded) return;
     UpdateTrayIcon();
     StopTimer(TimerId::TrayRetry);

@@ -50,7 +50,7 @@ void OnDestroy() {
     PostQuitMessage(0);
 }
 
-void OnEndSession(bool ending) {
+void OnEndSession(bool ending, LPARAM reason) {
     if (!ending) return;
     // The process lives on for a moment, and nothing that happens in it may undo what is given back now: no
     // poll, no display change, no slider still held.
@@ -61,4 +61,6 @@ void OnEndSession(bool ending) {
     ReleasePwmSafeLockAtSessionEnd();
     ReleaseCursorCopies();
     RestoreIdentityRamp();
+    // An installer that needs the program's file lets the session go on and waits for the program to end.
+    if ((reason & ENDSESSION_CLOSEAPP) != 0) DestroyWindow(g_app.mainWindow);
 }

@@ -11,5 +11,6 @@ void OnCreate(HWND window);
 // whole run and ends the message loop. Settings are not saved here.
 void OnDestroy();
 
-// WM_ENDSESSION: Windows ends the process soon, without WM_DESTROY.
-void OnEndSession(bool ending);
+// WM_ENDSESSION: Windows ends the process soon, without WM_DESTROY. `reason` is the message's lParam; when an
+// installer asks for the program's end only, the window is destroyed.
+void OnEndSession(bool ending, LPARAM reason);

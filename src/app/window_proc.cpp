@@ -88,7 +88,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         case WM_MOUSEACTIVATE:                                                             return OnMouseActivate();
         case WM_DISPLAYCHANGE:           OnDisplayChange();                                           return 0;
         case WM_TIMER:                   OnTimerId(wParam);                                           return 0;
-        case WM_ENDSESSION:              OnEndSession(wParam != FALSE);                               return 0;
+        case WM_ENDSESSION:              OnEndSession(wParam != FALSE, lParam);                       return 0;
         case WM_CREATE:                  OnCreate(window);                                            return 0;
         case WM_DESTROY:                 OnDestroy();                                                 return 0;
         case WM_ACTIVATE:                OnActivate(LOWORD(wParam), reinterpret_cast<HWND>(lParam));  return 0;

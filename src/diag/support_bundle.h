@@ -8,5 +8,5 @@
 // The whole report, lines ended by CR LF.
 std::wstring BuildSupportBundle();
 
-// The subject of the mail.
+// The subject of the mail alone. It reads as much as the whole report does.
 std::wstring BuildSupportSubject();

@@ -86,8 +86,8 @@ std::string ReadTailBytes() {
     return firstEnd == std::string::npos ? std::string() : bytes.substr(firstEnd + 1);
 }
 
-// The caller holds the lock. The file is opened and closed for every line, so that other programs can read it
-// at any time and nothing is lost when the process is killed.
+// The caller holds the lock. The file is opened and closed for every line, so that nothing is lost when the
+// process is killed, and other programs can open it in between.
 void WriteLogFileLine(const std::wstring& line) {
     if (g_path.empty()) return;
     const File file = OpenLog(L"ab");

@@ -107,8 +107,12 @@ void DrawEdgeLines(HDC dc, const RECT& rect, int inset, COLORREF top, COLORREF b
     DrawStroke(dc, {left, rect.bottom - 2}, {right, rect.bottom - 2}, 1, bottom);
 }
 
-void DrawPanelHeader(HDC dc, const wchar_t* subtitle, COLORREF subtitleColour, bool showGear, bool showDot) {
+void FillHeaderBand(HDC dc) {
     FillBox(dc, kHeaderBand, kColourHeader);
+}
+
+void DrawPanelHeader(HDC dc, const wchar_t* subtitle, COLORREF subtitleColour, bool showGear, bool showDot) {
+    FillHeaderBand(dc);
     DrawLine(dc, FontRole::Title, kColourDimmed, kHeaderTitle, kAlignTopLeft, L"AMBREL");
     DrawLine(dc, FontRole::Small, subtitleColour, kHeaderSubtitle, kAlignTopLeft, subtitle);
     if (showDot) {

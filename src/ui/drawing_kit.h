@@ -55,5 +55,8 @@ void DrawEdgeLines(HDC dc, const RECT& rect, int inset, COLORREF top, COLORREF b
 // A straight line `width` units wide.
 void DrawStroke(HDC dc, POINT from, POINT to, int width, COLORREF colour);
 
+// The band behind a panel's header.
+void FillHeaderBand(HDC dc);
+
 // The shared header band with the title; gear and dot only when asked for.
 void DrawPanelHeader(HDC dc, const wchar_t* subtitle, COLORREF subtitleColour, bool showGear, bool showDot);

@@ -1,4 +1,4 @@
-// The logo, a PNG resource decoded at most once.
+// The logo, a PNG resource decoded when it is first drawn.
 #pragma once
 
 #include "win32/platform.h"

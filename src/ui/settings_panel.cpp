@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr RECT kHeaderBand = {0, 0, kCanvasWidth, kHeaderHeight};
 constexpr RECT kTitle = {22, 0, 240, kHeaderHeight};
 
 constexpr int kRowCorner = 12;
@@ -34,7 +33,7 @@ constexpr SettingsRow kRows[] = {
 };
 
 void DrawHeader(HDC dc) {
-    FillBox(dc, kHeaderBand, kColourHeader);
+    FillHeaderBand(dc);
     DrawLine(dc, FontRole::Title, kColourText, kTitle, kAlignLeft, L"SETTINGS");
     DrawLine(dc, FontRole::Small, kColourRed, RegionRect(Region::Close), kAlignCentre, L"CLOSE");
 }

@@ -8,6 +8,7 @@ import model
 from desk import SLIDER_X, SLIDER_Y, wait_until
 
 WM_QUERYENDSESSION, WM_ENDSESSION, WM_DISPLAYCHANGE = 0x11, 0x16, 0x7E
+ENDSESSION_CLOSEAPP = 1
 EVENING = model.PRESETS["EVENING"][:2]
 MODES = {"magnification": {}, "legacy": {"UseLegacyGamma": 1}}
 
@@ -136,6 +137,14 @@ def test_the_session_ends_while_a_slider_is_held(make_desk, mode):
     assert desk.screen_is_plain()
     # What was not let go of was not chosen.
     assert desk.settings()["Intensity"] == "584"
+
+
+def test_an_installer_that_needs_the_file_ends_the_program(lit):
+    lit.send_message(WM_QUERYENDSESSION, 0, ENDSESSION_CLOSEAPP)
+    lit.send_message(WM_ENDSESSION, 1, ENDSESSION_CLOSEAPP)
+    assert lit.wait_for_exit() == 0
+    assert lit.screen_is_plain()
+    lit.wait_for_icon(shown=False)
 
 
 def test_the_program_never_objects_to_the_end_of_the_session(lit):

@@ -54,6 +54,12 @@ BOOL WINAPI FakeInvalidateRect(HWND window, const RECT*, BOOL) {
     return TRUE;
 }
 
+BOOL WINAPI FakeDestroyWindow(HWND window) {
+    EXPECT_EQ(window, g_app.mainWindow);
+    Record("destroy window");
+    return TRUE;
+}
+
 BOOL WINAPI FakeDeleteObject(HGDIOBJ object) {
     if (object != nullptr) Record("delete object ", ValueOf(object));
     return TRUE;
@@ -113,6 +119,7 @@ protected:
 
 AMBREL_SEAM(Shell_NotifyIconW, FakeShellNotifyIcon);
 AMBREL_SEAM(InvalidateRect, FakeInvalidateRect);
+AMBREL_SEAM(DestroyWindow, FakeDestroyWindow);
 AMBREL_SEAM(DeleteObject, FakeDeleteObject);
 AMBREL_SEAM(DestroyIcon, FakeDestroyIcon);
 AMBREL_SEAM(ReleaseMutex, FakeReleaseMutex);
@@ -188,17 +195,26 @@ TEST_F(WindowLifetime, WhatWasNeverMadeIsNotFreed) {
 
 TEST_F(WindowLifetime, TheEndOfTheSessionStopsWhatCouldUndoItAndGivesBacklightCursorsAndRampBack) {
     OwnEverything();
-    OnEndSession(true);
+    OnEndSession(true, 0x80000000);  // ENDSESSION_LOGOFF
     EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5",
                                    "pwm release for the session at the end", "release cursor copies",
                                    "identity ramp"}));
+}
+
+// ENDSESSION_CLOSEAPP: the session goes on, and whoever sent it waits for the program to end.
+TEST_F(WindowLifetime, AnInstallerThatNeedsTheProgramsFileHasTheWindowDestroyed) {
+    OwnEverything();
+    OnEndSession(true, 1);
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5",
+                                   "pwm release for the session at the end", "release cursor copies",
+                                   "identity ramp", "destroy window"}));
 }
 
 TEST_F(WindowLifetime, ASessionThatGoesOnChangesNothing) {
     OwnEverything();
     g_app.dragSlider = Slider::Brightness;
     g_app.filterOn = true;
-    OnEndSession(false);
+    OnEndSession(false, 1);
     EXPECT_TRUE(g_calls.empty());
     EXPECT_TRUE(g_app.filterOn);
     EXPECT_FALSE(g_app.ending);

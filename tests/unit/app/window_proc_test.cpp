@@ -72,8 +72,8 @@ void OnCreate(HWND window) {
 void OnDestroy() {
     Record("destroy");
 }
-void OnEndSession(bool ending) {
-    Record("end session ", ending);
+void OnEndSession(bool ending, LPARAM reason) {
+    Record("end session ", ending, " for ", reason);
 }
 void OnActivate(WORD state, HWND other) {
     Record("activate ", state, " ", ValueOf(other));
@@ -203,9 +203,9 @@ TEST_F(WindowProc, ADisplayChangeIsHandedOn) {
 }
 
 TEST_F(WindowProc, TheEndOfTheSessionIsToldWithItsAnswer) {
-    EXPECT_EQ(Send(WM_ENDSESSION, TRUE), 0);
+    EXPECT_EQ(Send(WM_ENDSESSION, TRUE, 1), 0);
     EXPECT_EQ(Send(WM_ENDSESSION, FALSE), 0);
-    EXPECT_EQ(g_calls, (CallRecord{"end session 1", "end session 0"}));
+    EXPECT_EQ(g_calls, (CallRecord{"end session 1 for 1", "end session 0 for 0"}));
 }
 
 TEST_F(WindowProc, CreationGetsTheWindowAndGoesOn) {
