@@ -1,5 +1,7 @@
 """The stage of a demonstration: a lab, what is seen on it, and what is kept of it."""
 
+import time
+
 from ambrel_lab import LabError
 from ambrel_lab.waiting import wait_until
 
@@ -18,6 +20,9 @@ LAUNCH_ROW = (160, 153)
 EXTREME_DIM_ROW = (160, 203)
 SUPPORT = (160, 489)
 SUPPORT_SURFACE = (280, 470)  # on the support button, where neither of its looks has a letter
+
+HEADER, HEADER_COLOUR = (160, 6), (25, 25, 25)  # the band behind both panels' titles
+REOPEN_GUARD = 0.3  # seconds; a click on the icon right after the popup has hidden itself does not open it
 
 # Where the tray menu's items are, as shares of its height.
 MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT = 0.18, 0.44, 0.85
@@ -46,7 +51,8 @@ class Stage:
     def save(self, name):
         """Pictures of this moment, and the screen's gamma ramp for the report."""
         self.ramps.append((name, self.lab.ramp()))
-        self.lab.popup_picture().save(self.pictures / f"{name}-popup.png")
+        picture = wait_until(self.popup_as_drawn, 10, f"the popup in the picture {name}")
+        picture.save(self.pictures / f"{name}-popup.png")
         self.lab.eye_picture(self.pictures / f"{name}-as-the-eye-sees-it.png")
 
     def full_white_is(self, expected):
@@ -72,8 +78,15 @@ class Stage:
         """The tray menu's window once it is shown: before that it has no place yet."""
         return next((window for window in self.lab.windows() if window.window_class == MENU_CLASS), None)
 
+    def popup_as_drawn(self):
+        """A picture with the popup in it: a box that was answered may just have made it hide itself."""
+        self.open_popup()
+        picture = self.lab.popup_picture()
+        return picture if picture.pixel(*HEADER) == HEADER_COLOUR else None
+
     def open_popup(self):
         if not self.lab.popup_visible():
+            time.sleep(REOPEN_GUARD)
             self.lab.open_popup()
 
     def setting_is(self, key, value):
