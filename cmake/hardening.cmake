@@ -20,5 +20,5 @@ else()
         -static -fstack-protector-strong -Wl,--gc-sections
         -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va -Wl,--no-insert-timestamp -Wl,--tsaware
         -Wl,--major-os-version=10 -Wl,--minor-os-version=0
-        -Wl,--major-subsystem-version=10 -Wl,--minor-subsystem-version=0)
+        -Wl,--major-subsystem-version=6 -Wl,--minor-subsystem-version=2)
 endif()

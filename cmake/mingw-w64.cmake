@@ -15,13 +15,13 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES AMBREL_COMPILER)
 
+execute_process(COMMAND ${AMBREL_TRIPLE}-g++-posix -dumpversion
+                OUTPUT_VARIABLE gcc_version OUTPUT_STRIP_TRAILING_WHITESPACE)
+set(AMBREL_GCC_FOLDER /usr/lib/gcc/${AMBREL_TRIPLE}/${gcc_version})
+
 if(AMBREL_COMPILER STREQUAL "clang")
-    # clang does not look for mingw-w64's posix-threads runtime by itself: it is told where the C++ headers
-    # are, and g++ does the linking.
-    execute_process(COMMAND ${AMBREL_TRIPLE}-g++-posix -dumpversion
-                    OUTPUT_VARIABLE gcc_version OUTPUT_STRIP_TRAILING_WHITESPACE)
-    set(gcc_folder /usr/lib/gcc/${AMBREL_TRIPLE}/${gcc_version})
-    set(cxx_headers ${gcc_folder}/include/c++)
+    # clang does not look for the C++ headers of mingw-w64's posix-threads flavour by itself.
+    set(cxx_headers ${AMBREL_GCC_FOLDER}/include/c++)
     set(CMAKE_CXX_COMPILER clang++)
     set(CMAKE_CXX_COMPILER_TARGET ${AMBREL_TRIPLE})
     set(CMAKE_CXX_FLAGS_INIT "-stdlib++-isystem ${cxx_headers} -isystem ${cxx_headers}/${AMBREL_TRIPLE}")

@@ -1,8 +1,8 @@
 #include "app/auto_hide.h"
 
-#include "app/app_state.h"
 #include "app/popup.h"
-#include "app/timers.h"
+#include "app/state/app_state.h"
+#include "app/state/timers.h"
 
 namespace {
 

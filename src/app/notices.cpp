@@ -1,7 +1,7 @@
 #include "app/notices.h"
 
-#include "app/app_state.h"
-#include "app/program_names.h"
+#include "app/state/app_state.h"
+#include "app/state/program_names.h"
 #include "win32/format_text.h"
 
 void ShowLegacyNotice() {

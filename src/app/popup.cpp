@@ -2,10 +2,11 @@
 
 #include <algorithm>
 
-#include "app/app_state.h"
-#include "app/foreground.h"
-#include "app/scaled_resources.h"
-#include "app/timers.h"
+#include "app/shell/foreground.h"
+#include "app/shell/scaled_resources.h"
+#include "app/state/app_state.h"
+#include "app/state/dpi.h"
+#include "app/state/timers.h"
 #include "brightness/pwm_safe.h"
 #include "ui/canvas.h"
 

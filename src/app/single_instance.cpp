@@ -1,8 +1,8 @@
 #include "app/single_instance.h"
 
-#include "app/app_state.h"
-#include "app/messages.h"
-#include "app/program_names.h"
+#include "app/state/app_state.h"
+#include "app/state/messages.h"
+#include "app/state/program_names.h"
 
 bool ClaimSingleInstance() {
     g_app.singleInstanceMutex = CreateMutexW(nullptr, TRUE, kSingleInstanceName);

@@ -2,12 +2,13 @@
 
 #include <cwchar>
 
-#include "app/app_state.h"
-#include "app/program_names.h"
-#include "app/scaled_resources.h"
+#include "app/shell/scaled_resources.h"
+#include "app/shell/tray_icon.h"
 #include "app/single_instance.h"
-#include "app/timers.h"
-#include "app/tray_icon.h"
+#include "app/state/app_state.h"
+#include "app/state/dpi.h"
+#include "app/state/program_names.h"
+#include "app/state/timers.h"
 #include "app/window_proc.h"
 #include "diag/system_probe.h"
 #include "filter/cursor_tint.h"

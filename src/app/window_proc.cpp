@@ -2,14 +2,14 @@
 
 #include <windowsx.h>
 
-#include "app/app_state.h"
 #include "app/auto_hide.h"
 #include "app/display_events.h"
-#include "app/messages.h"
 #include "app/notices.h"
 #include "app/popup.h"
-#include "app/refresh.h"
-#include "app/timers.h"
+#include "app/shell/refresh.h"
+#include "app/state/app_state.h"
+#include "app/state/messages.h"
+#include "app/state/timers.h"
 #include "app/tray_events.h"
 #include "app/window_lifetime.h"
 #include "brightness/pwm_safe.h"

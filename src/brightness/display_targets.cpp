@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "brightness/ddc.h"
 #include "brightness/wmi.h"
 #include "store/event_log.h"

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "win32/system_library.h"
 
 namespace {

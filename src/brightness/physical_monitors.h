@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "brightness/monitor_functions.h"
+#include "app/state/monitor_functions.h"
 
 #include <highlevelmonitorconfigurationapi.h>
 #include <physicalmonitorenumerationapi.h>

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "app/app_state.h"
-#include "app/messages.h"
-#include "app/timers.h"
+#include "app/state/app_state.h"
+#include "app/state/messages.h"
+#include "app/state/timers.h"
 #include "brightness/display_targets.h"
 #include "store/event_log.h"
 #include "store/settings.h"

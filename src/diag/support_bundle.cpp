@@ -1,6 +1,6 @@
 #include "diag/support_bundle.h"
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "diag/support_facts.h"
 #include "diag/support_text.h"
 

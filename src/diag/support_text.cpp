@@ -1,7 +1,7 @@
 #include "diag/support_text.h"
 
-#include "app/program_names.h"
-#include "filter/warmth.h"
+#include "app/state/program_names.h"
+#include "filter/model/warmth.h"
 #include "res/version.h"
 #include "win32/format_text.h"
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "diag/support_facts.h"
 
 // "Ambrel Windows 2.23 - Feedback (0123456789abcdef, Windows 11 Pro b22631)"

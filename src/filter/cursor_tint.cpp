@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "filter/tinted_cursor.h"
 #include "win32/guards.h"
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <iterator>
 
-#include "app/app_state.h"
-#include "app/messages.h"
-#include "app/refresh.h"
-#include "app/timers.h"
+#include "app/shell/refresh.h"
+#include "app/state/app_state.h"
+#include "app/state/messages.h"
+#include "app/state/timers.h"
 #include "filter/cursor_tint.h"
 #include "filter/legacy_gamma.h"
 #include "filter/magnification.h"

@@ -2,7 +2,7 @@
 // whichever pipeline is in use. Window thread only.
 #pragma once
 
-#include "filter/warmth.h"
+#include "filter/model/warmth.h"
 
 // Puts the filter on the screen as AppState says, or takes it off when it is off or the program is ending. A
 // second error 87 in a row from the Magnification API switches to Legacy Mode, unless the user has left that

@@ -2,10 +2,10 @@
 
 #include <ctime>
 
-#include "app/app_state.h"
-#include "app/program_names.h"
-#include "app/refresh.h"
-#include "app/timers.h"
+#include "app/shell/refresh.h"
+#include "app/state/app_state.h"
+#include "app/state/program_names.h"
+#include "app/state/timers.h"
 #include "filter/gamma_range.h"
 #include "store/event_log.h"
 #include "store/settings.h"

@@ -2,8 +2,8 @@
 
 #include <ctime>
 
-#include "app/app_state.h"
-#include "app/program_names.h"
+#include "app/state/app_state.h"
+#include "app/state/program_names.h"
 #include "store/event_log.h"
 #include "win32/guards.h"
 

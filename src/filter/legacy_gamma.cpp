@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
-#include "app/app_state.h"
-#include "app/refresh.h"
+#include "app/shell/refresh.h"
+#include "app/state/app_state.h"
 #include "filter/cursor_tint.h"
-#include "filter/warmth.h"
+#include "filter/model/warmth.h"
 #include "store/event_log.h"
 #include "win32/guards.h"
 

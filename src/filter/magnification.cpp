@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "app/app_state.h"
-#include "app/program_names.h"
-#include "filter/warmth.h"
+#include "app/state/app_state.h"
+#include "app/state/program_names.h"
+#include "filter/model/warmth.h"
 #include "win32/format_text.h"
 #include "win32/system_library.h"
 

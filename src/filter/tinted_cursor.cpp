@@ -4,8 +4,8 @@
 #include <memory>
 #include <new>
 
-#include "filter/cursor_pixels.h"
-#include "filter/warmth.h"
+#include "filter/model/cursor_pixels.h"
+#include "filter/model/warmth.h"
 #include "win32/guards.h"
 
 namespace {

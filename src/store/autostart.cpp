@@ -1,6 +1,6 @@
 #include "store/autostart.h"
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "store/event_log.h"
 #include "win32/guards.h"
 #include "win32/own_path.h"

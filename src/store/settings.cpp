@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cwchar>
 
-#include "app/app_state.h"
-#include "filter/warmth.h"
+#include "app/state/app_state.h"
+#include "filter/model/warmth.h"
 #include "store/event_log.h"
 
 #include <shlobj.h>

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
+#include "app/state/dpi.h"
 #include "ui/canvas.h"
 #include "ui/palette.h"
 #include "ui/regions.h"

@@ -1,6 +1,6 @@
 #include "ui/fonts.h"
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 
 namespace {
 

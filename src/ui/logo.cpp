@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "res/resource_ids.h"
 #include "win32/com_guards.h"
 #include "win32/guards.h"

@@ -2,8 +2,8 @@
 
 #include <iterator>
 
-#include "app/app_state.h"
-#include "filter/warmth.h"
+#include "app/state/app_state.h"
+#include "filter/model/warmth.h"
 #include "ui/canvas.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"

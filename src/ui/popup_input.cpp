@@ -2,9 +2,10 @@
 
 #include <algorithm>
 
-#include "app/app_state.h"
-#include "app/refresh.h"
-#include "app/timers.h"
+#include "app/shell/refresh.h"
+#include "app/state/app_state.h"
+#include "app/state/dpi.h"
+#include "app/state/timers.h"
 #include "brightness/pwm_safe.h"
 #include "filter/filter.h"
 #include "filter/gamma_fix.h"

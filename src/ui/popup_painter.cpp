@@ -1,6 +1,6 @@
 #include "ui/popup_painter.h"
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "ui/canvas.h"
 #include "ui/drawing_kit.h"
 #include "ui/main_panel.h"

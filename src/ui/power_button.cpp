@@ -2,8 +2,8 @@
 
 #include <iterator>
 
-#include "app/app_state.h"
-#include "app/scaled_resources.h"
+#include "app/shell/scaled_resources.h"
+#include "app/state/app_state.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"
 #include "ui/regions.h"

@@ -1,6 +1,6 @@
 #include "ui/regions.h"
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "filter/gamma_range.h"
 #include "ui/slider_geometry.h"
 

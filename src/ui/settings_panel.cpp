@@ -1,7 +1,7 @@
 #include "ui/settings_panel.h"
 
-#include "app/app_state.h"
-#include "app/program_names.h"
+#include "app/state/app_state.h"
+#include "app/state/program_names.h"
 #include "ui/canvas.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"

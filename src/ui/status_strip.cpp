@@ -1,6 +1,6 @@
 #include "ui/status_strip.h"
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "brightness/pwm_safe.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"

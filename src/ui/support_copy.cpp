@@ -3,9 +3,9 @@
 #include <cstring>
 #include <string>
 
-#include "app/app_state.h"
-#include "app/refresh.h"
-#include "app/timers.h"
+#include "app/shell/refresh.h"
+#include "app/state/app_state.h"
+#include "app/state/timers.h"
 #include "diag/support_bundle.h"
 #include "store/event_log.h"
 #include "win32/guards.h"

@@ -1,8 +1,8 @@
 // One step of a slider's drag against the platform calls that it cannot do without.
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "filter/cursor_tint.h"
 #include "filter/filter.h"
-#include "filter/warmth.h"
+#include "filter/model/warmth.h"
 #include "stopwatch.h"
 #include "ui/popup_input.h"
 

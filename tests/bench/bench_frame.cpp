@@ -1,5 +1,5 @@
 // One frame of the popup against the one block copy that it cannot do without.
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "stopwatch.h"
 #include "ui/fonts.h"
 #include "ui/popup_painter.h"

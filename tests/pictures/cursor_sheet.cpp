@@ -2,8 +2,8 @@
 #include <cstdio>
 #include <cwchar>
 
+#include "filter/model/warmth.h"
 #include "filter/tinted_cursor.h"
-#include "filter/warmth.h"
 #include "win32/guards.h"
 
 namespace {

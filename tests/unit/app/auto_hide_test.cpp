@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
 #include "app/popup.h"
+#include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 

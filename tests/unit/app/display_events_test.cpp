@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
-#include "app/refresh.h"
+#include "app/shell/refresh.h"
+#include "app/state/app_state.h"
 #include "filter/filter.h"
 #include "filter/magnification.h"
 #include "support/call_record.h"

@@ -1,7 +1,7 @@
 // A change of DPI from the message to the window's new size.
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "app/window_proc.h"
 #include "support/call_record.h"
 #include "support/seam.h"

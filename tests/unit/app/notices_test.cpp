@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "support/seam.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
 #include "app/popup.h"
+#include "app/state/app_state.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
-#include "app/foreground.h"
-#include "app/scaled_resources.h"
-#include "recorded_pwm_safe.h"
+#include "app/recorded_pwm_safe.h"
+#include "app/shell/foreground.h"
+#include "app/shell/scaled_resources.h"
+#include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 

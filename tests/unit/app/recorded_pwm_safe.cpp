@@ -1,8 +1,8 @@
-#include "recorded_pwm_safe.h"
+#include "app/recorded_pwm_safe.h"
 
 #include <utility>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "brightness/pwm_safe.h"
 #include "support/call_record.h"
 

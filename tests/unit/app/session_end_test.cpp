@@ -4,7 +4,7 @@
 
 #include <functional>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "app/window_proc.h"
 #include "brightness/display_targets.h"
 #include "filter/filter.h"

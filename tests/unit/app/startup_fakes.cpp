@@ -4,16 +4,16 @@
 
 #include <algorithm>
 
-#include "app/app_state.h"
-#include "app/fake_libraries.h"
+#include "app/shell/tray_icon.h"
 #include "app/startup.h"
-#include "app/tray_icon.h"
+#include "app/state/app_state.h"
 #include "app/window_proc.h"
 #include "filter/cursor_tint.h"
 #include "filter/gamma_range.h"
 #include "filter/magnification.h"
 #include "store/autostart.h"
 #include "store/settings.h"
+#include "support/fake_libraries.h"
 #include "support/seam.h"
 
 #include <objbase.h>

@@ -1,8 +1,8 @@
 // The elevated run that lifts the gamma range limit: it is chosen by the command line, before anything else.
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
 #include "app/startup_fakes.h"
+#include "app/state/app_state.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 
 #include <cstdio>
 
-#include "app/app_state.h"
 #include "app/startup_fakes.h"
+#include "app/state/app_state.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "app/app_state.h"
-#include "app/fake_libraries.h"
 #include "app/startup_fakes.h"
+#include "app/state/app_state.h"
+#include "support/fake_libraries.h"
 
 namespace {
 

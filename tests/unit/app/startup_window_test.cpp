@@ -2,8 +2,8 @@
 
 #include <iterator>
 
-#include "app/app_state.h"
 #include "app/startup_fakes.h"
+#include "app/state/app_state.h"
 #include "app/window_proc.h"
 
 namespace {

@@ -4,9 +4,9 @@
 
 #include <utility>
 
-#include "app/app_state.h"
 #include "app/popup.h"
-#include "app/tray_icon.h"
+#include "app/shell/tray_icon.h"
+#include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 

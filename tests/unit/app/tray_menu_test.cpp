@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
-#include "app/refresh.h"
+#include "app/shell/refresh.h"
+#include "app/shell/tray_icon.h"
+#include "app/state/app_state.h"
 #include "app/tray_events.h"
-#include "app/tray_icon.h"
 #include "filter/filter.h"
 #include "store/autostart.h"
 #include "store/settings.h"

@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
 #include "app/auto_hide.h"
 #include "app/display_events.h"
 #include "app/notices.h"
 #include "app/popup.h"
-#include "app/refresh.h"
+#include "app/shell/refresh.h"
+#include "app/state/app_state.h"
 #include "app/tray_events.h"
 #include "app/window_lifetime.h"
 #include "filter/gamma_fix.h"

@@ -4,12 +4,12 @@
 
 #include <algorithm>
 
-#include "app/app_state.h"
-#include "app/fake_libraries.h"
+#include "app/state/app_state.h"
 #include "brightness/ddc.h"
 #include "brightness/fake_monitors.h"
 #include "brightness/monitor_probe.h"
 #include "support/call_record.h"
+#include "support/fake_libraries.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "brightness/ddc.h"
 #include "brightness/fake_monitors.h"
 #include "brightness/monitor_probe.h"

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "brightness/display_targets.h"
 #include "store/settings.h"
 #include "support/call_record.h"

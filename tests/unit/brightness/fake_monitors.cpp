@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cwchar>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 

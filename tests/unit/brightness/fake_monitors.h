@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-#include "brightness/monitor_functions.h"
+#include "app/state/monitor_functions.h"
 #include "brightness/physical_monitors.h"
 #include "win32/platform.h"
 

@@ -9,7 +9,7 @@
 #include <sstream>
 #include <string>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "brightness/fake_displays.h"
 #include "brightness/pwm_safe.h"
 #include "support/call_record.h"

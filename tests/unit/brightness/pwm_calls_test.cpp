@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "brightness/fake_monitors.h"
 #include "brightness/pwm_safe.h"
 #include "brightness/wmi.h"

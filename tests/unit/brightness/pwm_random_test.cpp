@@ -16,7 +16,7 @@
 #include <algorithm>
 #include <random>
 
-#include "app/timers.h"
+#include "app/state/timers.h"
 #include "brightness/pwm_bench.h"
 #include "brightness/pwm_model.h"
 #include "brightness/simulated_timers.h"

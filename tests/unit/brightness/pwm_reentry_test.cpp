@@ -14,8 +14,8 @@
 #include <iterator>
 #include <random>
 
-#include "app/messages.h"
-#include "app/timers.h"
+#include "app/state/messages.h"
+#include "app/state/timers.h"
 #include "brightness/pwm_bench.h"
 #include "brightness/simulated_timers.h"
 #include "support/seam.h"

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "support/seam.h"
 
 std::uint64_t g_clock;

@@ -1,10 +1,10 @@
 // The autostart entry as the report tells it.
 #include <gtest/gtest.h>
 
-#include "app/fake_libraries.h"
 #include "diag/fake_machine.h"
 #include "diag/fake_program.h"
 #include "diag/support_facts.h"
+#include "support/fake_libraries.h"
 
 namespace {
 

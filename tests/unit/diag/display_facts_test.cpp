@@ -1,11 +1,11 @@
 // The displays and the adapters that the report names.
 #include <gtest/gtest.h>
 
-#include "app/fake_libraries.h"
 #include "diag/fake_machine.h"
 #include "diag/fake_program.h"
 #include "diag/support_facts.h"
 #include "support/call_record.h"
+#include "support/fake_libraries.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "report_bench.h"
+#include "diag/report_bench.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "app/fake_libraries.h"
 #include "support/call_record.h"
+#include "support/fake_libraries.h"
 #include "support/seam.h"
 
 FakeMachine g_machine;

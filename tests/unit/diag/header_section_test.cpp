@@ -1,5 +1,5 @@
 // The mail's header, the subject, and the section about the program itself.
-#include "report_bench.h"
+#include "diag/report_bench.h"
 #include "res/version.h"
 
 namespace {

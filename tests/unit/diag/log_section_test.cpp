@@ -1,5 +1,5 @@
 // The two logs at the report's end.
-#include "report_bench.h"
+#include "diag/report_bench.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // The lines about the way to the screen, in every combination of what became of Legacy Mode.
-#include "report_bench.h"
+#include "diag/report_bench.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 
 #include <algorithm>
 
-#include "app/fake_libraries.h"
 #include "diag/fake_machine.h"
 #include "diag/fake_program.h"
 #include "support/call_record.h"
+#include "support/fake_libraries.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // The whole report, character for character, of a machine on which everything happens at once and of one that
 // tells nothing.
-#include "report_bench.h"
+#include "diag/report_bench.h"
 #include "res/version.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "counted_allocations.h"
+#include "filter/counted_allocations.h"
 
 #include <cstddef>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "drag_platform.h"
+#include "filter/drag_platform.h"
 
 #include "filter/cursor_tint.h"
 #include "support/seam.h"

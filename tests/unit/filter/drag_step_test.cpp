@@ -6,11 +6,11 @@
 
 #include <cstdlib>
 
-#include "app/app_state.h"
-#include "counted_allocations.h"
-#include "drag_platform.h"
+#include "app/state/app_state.h"
+#include "filter/counted_allocations.h"
+#include "filter/drag_platform.h"
 #include "filter/filter.h"
-#include "import_counter.h"
+#include "filter/import_counter.h"
 #include "ui/popup_input.h"
 
 namespace {

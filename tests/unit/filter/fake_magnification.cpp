@@ -1,10 +1,10 @@
-#include "fake_magnification.h"
+#include "filter/fake_magnification.h"
 
 #include <gtest/gtest.h>
 
 #include <winternl.h>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 

@@ -1,8 +1,8 @@
-#include "fake_model.h"
+#include "filter/fake_model.h"
 
 #include <gtest/gtest.h>
 
-#include "filter/warmth.h"
+#include "filter/model/warmth.h"
 
 FakeModel g_model;
 

@@ -1,4 +1,4 @@
-#include "fake_screen.h"
+#include "filter/fake_screen.h"
 
 #include <gtest/gtest.h>
 

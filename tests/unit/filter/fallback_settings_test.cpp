@@ -4,9 +4,9 @@
 
 #include <string>
 
-#include "app/app_state.h"
-#include "fake_magnification.h"
-#include "fake_screen.h"
+#include "app/state/app_state.h"
+#include "filter/fake_magnification.h"
+#include "filter/fake_screen.h"
 #include "filter/filter.h"
 #include "filter/magnification.h"
 #include "store/settings.h"

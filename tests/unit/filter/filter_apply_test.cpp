@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "app/app_state.h"
-#include "fake_magnification.h"
+#include "app/state/app_state.h"
+#include "filter/fake_magnification.h"
 #include "filter/filter.h"
 #include "support/call_record.h"
 #include "support/seam.h"

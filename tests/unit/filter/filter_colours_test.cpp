@@ -4,11 +4,11 @@
 #include <array>
 #include <cmath>
 
-#include "app/app_state.h"
-#include "fake_magnification.h"
-#include "fake_screen.h"
+#include "app/state/app_state.h"
+#include "filter/fake_magnification.h"
+#include "filter/fake_screen.h"
 #include "filter/filter.h"
-#include "reference_colour.h"
+#include "filter/reference_colour.h"
 #include "support/call_record.h"
 
 void SaveSettings() {

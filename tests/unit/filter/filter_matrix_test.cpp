@@ -3,9 +3,9 @@
 
 #include <array>
 
-#include "app/app_state.h"
-#include "fake_magnification.h"
-#include "fake_model.h"
+#include "app/state/app_state.h"
+#include "filter/fake_magnification.h"
+#include "filter/fake_model.h"
 #include "filter/filter.h"
 #include "filter/magnification.h"
 #include "support/call_record.h"

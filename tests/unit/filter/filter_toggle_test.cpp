@@ -5,8 +5,8 @@
 #include <bit>
 #include <cstdint>
 
-#include "app/app_state.h"
-#include "fake_magnification.h"
+#include "app/state/app_state.h"
+#include "filter/fake_magnification.h"
 #include "filter/filter.h"
 #include "support/call_record.h"
 #include "support/seam.h"

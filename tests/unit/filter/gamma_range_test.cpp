@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/fake_clock.h"
 

@@ -1,4 +1,4 @@
-#include "import_counter.h"
+#include "filter/import_counter.h"
 
 #include <cstring>
 

@@ -2,9 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
-#include "fake_model.h"
-#include "fake_screen.h"
+#include "app/state/app_state.h"
+#include "filter/fake_model.h"
+#include "filter/fake_screen.h"
 #include "filter/legacy_gamma.h"
 #include "support/call_record.h"
 #include "support/seam.h"

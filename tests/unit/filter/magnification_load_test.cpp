@@ -4,8 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
-#include "fake_magnification.h"
+#include "app/state/app_state.h"
+#include "filter/fake_magnification.h"
 #include "support/call_record.h"
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "store/autostart.h"
 #include "store/settings.h"
 #include "support/call_record.h"

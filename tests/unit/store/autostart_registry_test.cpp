@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "store/autostart.h"
 #include "support/call_record.h"
 #include "support/key_access.h"

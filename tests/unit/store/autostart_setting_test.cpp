@@ -1,5 +1,5 @@
 // The two places of the setting: settings.ini and the registry.
-#include "settings_bench.h"
+#include "store/settings_bench.h"
 
 #include "store/autostart.h"
 

@@ -1,5 +1,5 @@
 // No failure of the file is reported, loses a line from the ring or stops the lines after it.
-#include "log_bench.h"
+#include "store/log_bench.h"
 
 namespace {
 

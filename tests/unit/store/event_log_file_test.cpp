@@ -1,4 +1,4 @@
-#include "log_bench.h"
+#include "store/log_bench.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // The end of events.log as the support report shows it.
 #include <algorithm>
 
-#include "log_bench.h"
+#include "store/log_bench.h"
 
 namespace {
 

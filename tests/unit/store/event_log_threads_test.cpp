@@ -2,7 +2,7 @@
 #include <map>
 #include <thread>
 
-#include "log_bench.h"
+#include "store/log_bench.h"
 
 namespace {
 

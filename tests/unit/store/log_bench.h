@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "store/event_log.h"
+#include "store/temp_folder.h"
 #include "support/seam.h"
-#include "temp_folder.h"
 
 namespace log_bench {
 

@@ -1,6 +1,6 @@
 // Whatever stands in the place of settings.ini: nothing crashes, what can be read counts, the rest is its
 // default.
-#include "settings_bench.h"
+#include "store/settings_bench.h"
 
 namespace {
 

@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "store/event_log.h"
 #include "store/settings.h"
+#include "store/temp_folder.h"
 #include "support/seam.h"
-#include "temp_folder.h"
 
 #include <shlobj.h>
 

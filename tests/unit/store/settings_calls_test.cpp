@@ -1,5 +1,5 @@
 // The calls into Windows themselves, with answers that a real file cannot give.
-#include "settings_bench.h"
+#include "store/settings_bench.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "store/settings.h"
-#include "temp_folder.h"
+#include "store/temp_folder.h"
 
 #include <shlobj.h>
 

@@ -1,4 +1,4 @@
-#include "settings_bench.h"
+#include "store/settings_bench.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Takes Windows' timers' place in a test program: "set timer ID PERIOD" and "kill timer ID" in the record.
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 

@@ -1,11 +1,11 @@
 // The banner that outlived the restart is withdrawn for whoever asks first, and that is logged once a run.
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
-#include "drawing_test.h"
-#include "gdi_recorder.h"
+#include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/fake_clock.h"
+#include "ui/drawing_test.h"
+#include "ui/gdi_recorder.h"
 #include "ui/main_panel.h"
 #include "ui/regions.h"
 

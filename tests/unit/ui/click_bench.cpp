@@ -1,6 +1,6 @@
-#include "click_bench.h"
+#include "ui/click_bench.h"
 
-#include "app/refresh.h"
+#include "app/shell/refresh.h"
 #include "brightness/pwm_safe.h"
 #include "filter/cursor_tint.h"
 #include "filter/gamma_fix.h"

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
-#include "gdi_recorder.h"
+#include "app/state/app_state.h"
+#include "ui/gdi_recorder.h"
 
 class DrawingTest : public testing::Test {
 protected:

@@ -1,8 +1,8 @@
-#include "expected_drawing.h"
+#include "ui/expected_drawing.h"
 
 #include <algorithm>
 
-#include "print.h"
+#include "ui/print.h"
 
 namespace {
 

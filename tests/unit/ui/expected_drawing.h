@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "gdi_recorder.h"
+#include "ui/gdi_recorder.h"
 
 struct Rect {
     int left, top, right, bottom;

@@ -1,8 +1,8 @@
-#include "gdi_books.h"
+#include "ui/gdi_books.h"
 
 #include <iterator>
 
-#include "app/app_state.h"
+#include "app/state/app_state.h"
 
 GdiRecorder g_gdi;
 std::map<std::uintptr_t, Object> g_objects;

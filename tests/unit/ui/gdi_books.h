@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "gdi_recorder.h"
+#include "ui/gdi_recorder.h"
 #include "win32/platform.h"
 
 enum class Kind { Pen, Brush, Font, Bitmap, Region, Icon };

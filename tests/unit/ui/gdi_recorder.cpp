@@ -1,8 +1,8 @@
-#include "gdi_recorder.h"
+#include "ui/gdi_recorder.h"
 
-#include "gdi_books.h"
-#include "print.h"
 #include "support/seam.h"
+#include "ui/gdi_books.h"
+#include "ui/print.h"
 
 namespace {
 

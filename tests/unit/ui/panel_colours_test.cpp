@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "app/app_state.h"
-#include "panel_probe.h"
+#include "app/state/app_state.h"
+#include "ui/panel_probe.h"
 
 namespace {
 

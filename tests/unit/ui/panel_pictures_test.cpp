@@ -12,10 +12,10 @@
 #include <cstring>
 #include <string>
 
-#include "app/app_state.h"
-#include "panel_rendering.h"
-#include "picture.h"
-#include "print.h"
+#include "app/state/app_state.h"
+#include "ui/panel_rendering.h"
+#include "ui/picture.h"
+#include "ui/print.h"
 #include "win32/platform.h"
 
 namespace {

@@ -1,8 +1,8 @@
 // A picture of the panel that is asked in design units.
 #pragma once
 
-#include "expected_drawing.h"
-#include "panel_rendering.h"
+#include "ui/expected_drawing.h"
+#include "ui/panel_rendering.h"
 
 struct Panel1x {
     Picture picture;

@@ -1,14 +1,14 @@
-#include "panel_rendering.h"
+#include "ui/panel_rendering.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 
-#include "app/app_state.h"
-#include "app/scaled_resources.h"
-#include "print.h"
+#include "app/shell/scaled_resources.h"
+#include "app/state/app_state.h"
 #include "support/seam.h"
 #include "ui/popup_painter.h"
+#include "ui/print.h"
 #include "win32/guards.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "picture.h"
+#include "ui/picture.h"
 
 struct PanelState {
     const char* name;

@@ -1,8 +1,8 @@
-#include "picture.h"
+#include "ui/picture.h"
 
 #include <algorithm>
 
-#include "print.h"
+#include "ui/print.h"
 #include "win32/com_guards.h"
 #include "win32/guards.h"
 

@@ -2,8 +2,8 @@
 // them, of the timers and of the settings, in order.
 #include <gtest/gtest.h>
 
-#include "app/app_state.h"
-#include "app/refresh.h"
+#include "app/shell/refresh.h"
+#include "app/state/app_state.h"
 #include "brightness/display_targets.h"
 #include "store/settings.h"
 #include "support/call_record.h"

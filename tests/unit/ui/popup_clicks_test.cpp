@@ -2,7 +2,7 @@
 #include <bit>
 #include <cstdint>
 
-#include "click_bench.h"
+#include "ui/click_bench.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "app/app_state.h"
-#include "app/refresh.h"
+#include "app/shell/refresh.h"
+#include "app/state/app_state.h"
 #include "filter/filter.h"
 #include "store/settings.h"
 #include "support/seam.h"

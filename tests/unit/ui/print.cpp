@@ -1,4 +1,4 @@
-#include "print.h"
+#include "ui/print.h"
 
 #include <cstdarg>
 #include <cstdio>

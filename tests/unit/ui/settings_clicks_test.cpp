@@ -1,5 +1,5 @@
 // What a press on each region of the settings panel does.
-#include "click_bench.h"
+#include "ui/click_bench.h"
 
 namespace {
 

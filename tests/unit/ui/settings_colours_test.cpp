@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "panel_probe.h"
+#include "ui/panel_probe.h"
 
 namespace {
 

@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <string>
 
-#include "app/app_state.h"
-#include "app/program_names.h"
-#include "drawing_test.h"
-#include "expected_drawing.h"
-#include "gdi_recorder.h"
+#include "app/state/app_state.h"
+#include "app/state/program_names.h"
 #include "support/call_record.h"
 #include "support/fake_clock.h"
+#include "ui/drawing_test.h"
+#include "ui/expected_drawing.h"
+#include "ui/gdi_recorder.h"
 
 namespace {
 

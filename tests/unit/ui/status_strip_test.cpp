@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "app/app_state.h"
-#include "drawing_test.h"
-#include "expected_drawing.h"
-#include "gdi_recorder.h"
+#include "app/state/app_state.h"
+#include "ui/drawing_test.h"
+#include "ui/expected_drawing.h"
+#include "ui/gdi_recorder.h"
 
 namespace {
 

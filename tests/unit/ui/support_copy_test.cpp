@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
-#include "app/app_state.h"
-#include "app/refresh.h"
+#include "app/shell/refresh.h"
+#include "app/state/app_state.h"
 #include "diag/support_bundle.h"
 #include "support/call_record.h"
 #include "support/seam.h"

@@ -1,0 +1,55 @@
+#include "app/shell/scaled_resources.h"
+
+#include "app/state/app_state.h"
+#include "app/state/dpi.h"
+#include "res/resource_ids.h"
+#include "win32/system_library.h"
+
+#include <shellscalingapi.h>
+
+namespace {
+
+// 0 when Windows does not tell.
+UINT EffectiveDpiOf(HMONITOR monitor) {
+    const SystemLibrary shcore(L"Shcore.dll");
+    const auto getDpiForMonitor = shcore.Find<decltype(&GetDpiForMonitor)>("GetDpiForMonitor");
+    if (getDpiForMonitor == nullptr) return 0;
+    UINT dpiX = 0;
+    UINT dpiY = 0;
+    if (FAILED(getDpiForMonitor(monitor, MDT_EFFECTIVE_DPI, &dpiX, &dpiY))) return 0;
+    return dpiX;
+}
+
+}  // namespace
+
+void RebuildScaledResources() {
+    const int size = ScaleByDpi(kHeaderIconUnits);
+    HANDLE loaded =
+        LoadImageW(g_app.instance, MAKEINTRESOURCEW(IDI_TRAY_ON), IMAGE_ICON, size, size, LR_DEFAULTCOLOR);
+    if (loaded == nullptr) return;
+    HICON previous = g_app.headerIcon;
+    g_app.headerIcon = static_cast<HICON>(loaded);
+    if (previous != nullptr) DestroyIcon(previous);
+    g_app.scaledResourcesBuilt = true;
+}
+
+void AdoptDpi(UINT dpi) {
+    const UINT effective = dpi != 0 ? dpi : kDesignDpi;
+    if (effective == g_app.dpi && g_app.scaledResourcesBuilt) return;
+    g_app.dpi = effective;
+    RebuildScaledResources();
+}
+
+UINT DpiOfWindow(HWND window) {
+    const UINT dpi = window != nullptr ? GetDpiForWindow(window) : 0;
+    return dpi != 0 ? dpi : kDesignDpi;
+}
+
+void UpdateDpiForMonitor(HWND window, HMONITOR monitor) {
+    if (monitor == nullptr) {
+        AdoptDpi(DpiOfWindow(window));
+        return;
+    }
+    const UINT dpi = EffectiveDpiOf(monitor);
+    AdoptDpi(dpi != 0 ? dpi : DpiOfWindow(g_app.mainWindow));
+}

@@ -1,0 +1,113 @@
+// The one record of the program's live state. It holds no logic. Only the window thread touches it, or one
+// that it waits for.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "app/state/dpi.h"
+#include "app/state/monitor_functions.h"
+#include "win32/platform.h"
+
+struct tagMAGCOLOREFFECT;
+
+enum class Panel { Main, Settings };
+constexpr int kSystemCursorCount = 16;
+
+// Warmth and brightness of the last tint of the cursors; -1 when there is none.
+struct CursorTint {
+    double intensity = -1.0;
+    double brightness = -1.0;
+};
+
+enum class Slider { None, Warmth, Brightness };
+
+constexpr int kFontCount = 8;
+
+struct AppState {
+    // Shell.
+    HINSTANCE instance = nullptr;
+    HWND mainWindow = nullptr;
+    HANDLE singleInstanceMutex = nullptr;
+    std::uint32_t taskbarCreatedMessage = 0;  // 0: not registered
+    std::uint32_t dpi = kDesignDpi;           // of the popup's monitor; 0 reads as 96
+    std::uint64_t startTick = 0;              // GetTickCount64 at start-up, ms
+    NOTIFYICONDATAW trayIconData = {};
+    bool trayIconAdded = false;
+    std::int32_t trayRetryCount = 0;
+    bool popupShown = false;
+    std::uint32_t popupShows = 0;  // how often it was shown
+    bool popupArmed = false;       // the popup has been active since it was shown; only then it hides itself
+    bool menuTracking = false;
+    std::uint64_t popupHiddenAt = 0;  // tick, ms
+    bool ending = false;              // window or session is at its end: nothing is taken over any more
+    Panel panel = Panel::Main;
+    Slider dragSlider = Slider::None;
+    std::int32_t dragStartY = 0;  // design units
+    double dragStartValue = 0.0;
+    std::uint64_t copiedUntil = 0;  // tick, ms; 0: no copy to show
+    std::wstring settingsPath;      // empty: no settings and no log file for the whole run
+
+    // Resources of the popup, alive for the whole run.
+    HBRUSH backgroundBrush = nullptr;
+    HFONT fonts[kFontCount] = {};
+    HICON headerIcon = nullptr;  // icon 103 at 22 units
+    bool scaledResourcesBuilt = false;
+    HBITMAP logoBitmap = nullptr;
+    std::uint32_t logoWidth = 0;  // pixels
+    std::uint32_t logoHeight = 0;
+
+    // Colour filter.
+    bool filterOn = false;     // never saved
+    double intensity = 0.385;  // 0.0 (6500 K) .. 1.0 (0 K)
+    double brightness = 1.0;   // 0.1, or 0.0 with allowExtremeDim, .. 1.0
+    bool allowExtremeDim = false;
+    bool useLegacyGamma = false;
+    bool legacyModeAutoSet = false;
+    bool fallbackSuppressed = false;  // the user left Legacy Mode by hand during this run
+    std::int32_t consecutiveError87 = 0;
+    HMODULE magnificationModule = nullptr;
+    BOOL(WINAPI* magInitialize)() = nullptr;
+    BOOL(WINAPI* magUninitialize)() = nullptr;
+    BOOL(WINAPI* magSetFullscreenColorEffect)(tagMAGCOLOREFFECT* effect) = nullptr;
+    bool magnificationReady = false;
+    bool failureNoticeShown = false;
+    std::int32_t rampsAccepted = 0;
+    std::int32_t rampsRejected = 0;
+    std::int32_t readBackMismatchStreak = 0;
+    bool lastApplyRejected = false;
+    bool gammaRangeExpanded = false;
+    bool gammaFixPending = false;        // the elevated run was launched and has not been seen to succeed
+    std::uint64_t gammaFixDeadline = 0;  // tick, ms
+    std::uint64_t gammaFixEpoch = 0;     // seconds since 1970; 0: never confirmed
+    bool bannerDemotedLogged = false;
+    bool cursorsTinted = false;
+    CursorTint lastCursorTint;
+    HCURSOR baseCursors[kSystemCursorCount] = {};  // copies of our own; null where loading failed
+    bool baseCursorsMade = false;
+
+    // Hardware brightness.
+    bool pwmSafe = false;
+    bool pwmTargetsPresent = false;
+    bool pwmBuiltInOnly = false;
+    bool pwmLockConfirmed = false;
+    bool pwmVerifyPending = false;
+    bool pwmVerifyIsUserToggle = false;
+    std::int32_t pwmTargetCount = 0;
+    std::int32_t pwmTargetsAt100 = 0;
+    bool pwmBusy = false;             // an operation waits for displays to answer
+    bool pwmModeBefore = false;       // pwmSafe when it began, as the card still shows it
+    bool pwmReassertWaiting = false;  // displays have changed meanwhile
+    bool pwmClickWaiting = false;     // the card was clicked meanwhile
+    bool pwmWanted = false;           // the mode that this click asks for
+    bool pwmPendingLogged = false;
+    std::int32_t pwmRetryCount = 0;
+    bool pwmRetrySlowed = false;
+    MonitorFunctions monitorFunctions;
+    std::map<std::wstring, std::uint32_t> pwmSavedBrightness;  // percent before the lock, by target name
+
+    bool launchAtStart = false;
+};
+
+extern AppState g_app;

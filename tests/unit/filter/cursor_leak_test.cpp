@@ -1,0 +1,229 @@
+// A long drag over the real system cursors: the shipped files with a SetSystemCursor that takes over and
+// destroys what it is given, as Windows does (the lab's takes over nothing). However often the cursors are
+// tinted again, the process owns as many GDI objects and icons as before, and nothing is loaded or copied
+// anew.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "app/state/app_state.h"
+#include "filter/cursor_tint.h"
+#include "filter/cursor_workshop.h"
+#include "filter/gdi_census.h"
+#include "filter/tinted_cursor.h"
+#include "support/real_call.h"
+#include "support/seam.h"
+
+namespace {
+
+const wchar_t kUser[] = L"user32.dll";
+
+constexpr int kRetints = 10000;
+constexpr int kRetintsOfAll = 120;
+
+struct {
+    std::map<std::string, int> calls;
+    std::map<DWORD, int> set;             // by id
+    std::map<DWORD, CursorPicture> seen;  // as it was set, while `looking`
+    bool looking = false;
+    int refuseEvery = 0;  // 0: never
+} g_system;
+
+BOOL WINAPI FakeSetSystemCursor(HCURSOR cursor, DWORD id) {
+    const int count = ++g_system.calls["SetSystemCursor"];
+    if (g_system.refuseEvery != 0 && count % g_system.refuseEvery == 0) return FALSE;
+    g_system.set[id] += 1;
+    if (g_system.looking) g_system.seen[id] = ReadCursor(cursor);
+    DestroyMadeCursor(cursor);
+    return TRUE;
+}
+
+BOOL WINAPI FakeSystemParametersInfoW(UINT action, UINT, void*, UINT) {
+    g_system.calls[action == SPI_SETCURSORS ? "SPI_SETCURSORS" : "another parameter"] += 1;
+    return TRUE;
+}
+
+HANDLE WINAPI FakeLoadImageW(HINSTANCE module, LPCWSTR name, UINT type, int width, int height, UINT flags) {
+    g_system.calls["LoadImageW"] += 1;
+    return REAL_CALL(kUser, LoadImageW)(module, name, type, width, height, flags);
+}
+
+HCURSOR WINAPI FakeLoadCursorW(HINSTANCE module, LPCWSTR name) {
+    g_system.calls["LoadCursorW"] += 1;
+    return REAL_CALL(kUser, LoadCursorW)(module, name);
+}
+
+HANDLE WINAPI FakeCopyImage(HANDLE image, UINT type, int width, int height, UINT flags) {
+    g_system.calls["CopyImage"] += 1;
+    return REAL_CALL(kUser, CopyImage)(image, type, width, height, flags);
+}
+
+HICON WINAPI FakeCopyIcon(HICON icon) {
+    g_system.calls["CopyIcon"] += 1;
+    return REAL_CALL(kUser, CopyIcon)(icon);
+}
+
+constexpr DWORD kIds[] = {32512, 32513, 32514, 32515, 32516, 32640, 32641, 32642,
+                          32643, 32644, 32645, 32646, 32648, 32649, 32650, 32651};
+
+class CursorLeak : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        g_app.filterOn = true;
+        g_app.intensity = 0.2;
+        g_app.brightness = 0.9;
+        g_system = {};
+        TintSystemCursors();
+        ASSERT_TRUE(g_app.cursorsTinted);
+        // A second time, with everything made that Windows keeps for the whole run.
+        TintAt(0.25);
+        before_ = TakeGdiCensus();
+        for (int row = 0; row < 16; ++row) {
+            if (ReadCursor(g_app.baseCursors[row]).coloured) coloured_.push_back(kIds[row]);
+        }
+        g_system = {};
+    }
+
+    void TearDown() override { ReleaseCursorCopies(); }
+
+    static void TintAt(double intensity) {
+        g_app.intensity = intensity;
+        TintSystemCursors();
+    }
+
+    // Every step lies outside the dead band of the one before.
+    static void Drag(int steps) {
+        for (int step = 0; step < steps; ++step)
+            TintAt(static_cast<double>(step % 250) / 250.0);
+    }
+
+    // What each colour cursor was set to, against what Windows draws of our copy of it.
+    template <typename Expected>
+    void ExpectSeen(Expected expected) {
+        ASSERT_FALSE(coloured_.empty());
+        EXPECT_EQ(g_system.seen.size(), coloured_.size());
+        for (int row = 0; row < 16; ++row) {
+            const CursorPicture copy = ReadCursor(g_app.baseCursors[row]);
+            if (!copy.coloured) {
+                EXPECT_EQ(g_system.seen.count(kIds[row]), 0U) << "monochrome";
+                continue;
+            }
+            const CursorPicture& seen = g_system.seen[kIds[row]];
+            EXPECT_EQ(seen.width, copy.width);
+            EXPECT_EQ(seen.height, copy.height);
+            EXPECT_EQ(seen.hotX, copy.hotX);
+            EXPECT_EQ(seen.hotY, copy.hotY);
+            EXPECT_EQ(seen.mask, copy.mask);
+            std::vector<Argb> wanted = DrawnPixels(g_app.baseCursors[row], copy.width, copy.height);
+            for (Argb& pixel : wanted)
+                pixel = expected(pixel);
+            EXPECT_EQ(seen.pixels == wanted, true) << kIds[row];
+        }
+    }
+
+    void ExpectNothingKept() { EXPECT_EQ(TakeGdiCensus(), before_); }
+
+    GdiCensus before_ = {};
+    std::vector<DWORD> coloured_;
+};
+
+}  // namespace
+
+AMBREL_SEAM(SetSystemCursor, FakeSetSystemCursor);
+AMBREL_SEAM(SystemParametersInfoW, FakeSystemParametersInfoW);
+AMBREL_SEAM(LoadImageW, FakeLoadImageW);
+AMBREL_SEAM(LoadCursorW, FakeLoadCursorW);
+AMBREL_SEAM(CopyImage, FakeCopyImage);
+AMBREL_SEAM(CopyIcon, FakeCopyIcon);
+
+// One cursor, so that ten thousand take seconds in the lab.
+TEST_F(CursorLeak, TenThousandRetintsLeaveTheCountsWhereTheyWere) {
+    HCURSOR others[kSystemCursorCount];
+    std::copy(std::begin(g_app.baseCursors), std::end(g_app.baseCursors), others);
+    std::fill(std::begin(g_app.baseCursors) + 1, std::end(g_app.baseCursors), nullptr);
+    Drag(kRetints);
+    std::copy(std::begin(others), std::end(others), g_app.baseCursors);
+    EXPECT_EQ(g_system.set, (std::map<DWORD, int>{{32512, kRetints}}));
+    ExpectNothingKept();
+}
+
+TEST_F(CursorLeak, ManyRetintsOfAllSixteenLeaveTheCountsWhereTheyWereAndLoadAndCopyNothing) {
+    Drag(kRetintsOfAll);
+    std::map<DWORD, int> expected;
+    for (const DWORD id : coloured_)
+        expected[id] = kRetintsOfAll;
+    EXPECT_EQ(g_system.set, expected);
+    // In particular neither LoadImageW, LoadCursorW, CopyImage nor CopyIcon.
+    EXPECT_EQ(g_system.calls, (std::map<std::string, int>{
+                                  {"SetSystemCursor", kRetintsOfAll * static_cast<int>(coloured_.size())}}));
+    ExpectNothingKept();
+}
+
+TEST_F(CursorLeak, CursorsThatWindowsRefusesAreDestroyedByTheProgram) {
+    g_system.refuseEvery = 3;
+    Drag(30);
+    EXPECT_GT(g_system.calls["SetSystemCursor"], 30);
+    ExpectNothingKept();
+    g_system.refuseEvery = 1;
+    Drag(30);
+    ExpectNothingKept();
+}
+
+TEST_F(CursorLeak, AThousandCopiesOfAMonochromeCursorLeaveTheCountsWhereTheyWere) {
+    CursorPicture picture;
+    picture.width = picture.height = 32;
+    picture.coloured = false;
+    picture.mask.assign(2 * 32 * 32, 1);
+    const HCURSOR source = MakeCursor(picture);
+    const GdiCensus withSource = TakeGdiCensus();
+    for (int i = 0; i < 1000; ++i)
+        DestroyMadeCursor(BuildTintedCursor(source, i / 1000.0, 0.5));
+    EXPECT_EQ(TakeGdiCensus(), withSource);
+    DestroyMadeCursor(source);
+    ExpectNothingKept();
+}
+
+TEST_F(CursorLeak, RestoringAndReleasingManyTimesLeavesTheCountsWhereTheyWere) {
+    ReleaseCursorCopies();
+    const GdiCensus released = TakeGdiCensus();
+    for (int i = 0; i < 20; ++i) {
+        TintAt(0.5);
+        RestoreSystemCursors();
+        TintAt(0.5);
+        ReleaseCursorCopies();
+    }
+    EXPECT_EQ(TakeGdiCensus(), released);
+    EXPECT_EQ(g_system.calls["LoadImageW"], 20 * 16);
+    EXPECT_EQ(g_system.calls["SPI_SETCURSORS"], 41);
+}
+
+TEST_F(CursorLeak, AKeptCursorWouldBeSeen) {
+    HCURSOR kept = BuildTintedCursor(g_app.baseCursors[0], 0.5, 0.5);
+    EXPECT_EQ(TakeGdiCensus().icons, before_.icons + 1);
+    EXPECT_GT(TakeGdiCensus().gdiObjects, before_.gdiObjects);
+    DestroyMadeCursor(kept);
+    ExpectNothingKept();
+}
+
+TEST_F(CursorLeak, NeutralSettingsRebuildTheColourCursorsWithUnchangedColours) {
+    g_app.brightness = 1.0;
+    g_system.looking = true;
+    TintAt(0.0);
+    ExpectSeen([](Argb drawn) { return drawn; });
+}
+
+TEST_F(CursorLeak, NightLeavesOnlySeventyPercentOfTheRedAndTheMonochromeOneItsSystemLook) {
+    g_app.brightness = 0.7;
+    g_system.looking = true;
+    TintAt(1.0);
+    ExpectSeen([](Argb drawn) {
+        const auto red = static_cast<Argb>(std::lround((drawn >> 16 & 0xFF) * 0.7));
+        return (drawn & 0xFF000000) | red << 16;
+    });
+}

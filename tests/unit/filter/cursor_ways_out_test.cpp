@@ -1,0 +1,248 @@
+// The cursors follow the screen: tinted after each apply of either pipeline, given back at every one of the
+// ways out, and tinted again at the same settings after that.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "app/state/app_state.h"
+#include "filter/cursor_tint.h"
+#include "filter/fake_cursors.h"
+#include "filter/fake_magnification.h"
+#include "filter/fake_screen.h"
+#include "filter/filter.h"
+#include "filter/legacy_gamma.h"
+#include "support/call_record.h"
+#include "support/seam.h"
+
+void SaveSettings() {}
+void RefreshPopupAndTray() {}
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+BOOL WINAPI FakePostMessageW(HWND, UINT, WPARAM, LPARAM) {
+    return TRUE;
+}
+
+class CursorWaysOut : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        g_app.filterOn = true;
+        g_app.intensity = 0.5;
+        g_app.brightness = 0.75;
+        g_magnification = FakeMagnification{};
+        PutFakeMagnificationInPlace();
+        g_screen = FakeScreen{};
+        g_cursors = FakeCursors{};
+        g_calls.clear();
+    }
+
+    void TearDown() override { ReleaseCursorCopies(); }
+
+    static void BeTinted(bool legacy) {
+        g_app.useLegacyGamma = legacy;
+        ApplyFilter();
+        ExpectTinted();
+        g_calls.clear();
+    }
+
+    static void ExpectTinted() {
+        EXPECT_TRUE(g_app.cursorsTinted);
+        EXPECT_EQ(g_app.lastCursorTint.intensity, g_app.intensity);
+        EXPECT_EQ(g_app.lastCursorTint.brightness, g_app.brightness);
+        EXPECT_EQ(g_cursors.inForce.size(), 16U);
+    }
+
+    static void ExpectGivenBack() {
+        EXPECT_FALSE(g_app.cursorsTinted);
+        EXPECT_EQ(g_app.lastCursorTint.intensity, -1.0);
+        EXPECT_EQ(g_app.lastCursorTint.brightness, -1.0);
+        EXPECT_THAT(g_cursors.inForce, IsEmpty());
+    }
+
+    // Given back, and the same settings tint them again.
+    static void ExpectGivenBackAndTintedAgain() {
+        ExpectGivenBack();
+        g_app.filterOn = true;
+        ApplyFilter();
+        ExpectTinted();
+    }
+};
+
+}  // namespace
+
+AMBREL_SEAM(PostMessageW, FakePostMessageW);
+
+TEST_F(CursorWaysOut, AMatrixAndARampAreEachFollowedByATintInTheirColour) {
+    BeTinted(false);
+    g_app.intensity = 0.6;
+    BeTinted(true);
+    EXPECT_EQ(g_cursors.built.front(), std::pair(0.5, 0.75));
+    EXPECT_EQ(g_cursors.built.back(), std::pair(0.6, 0.75));
+}
+
+TEST_F(CursorWaysOut, ARefusedRampTintsAllTheSame) {
+    g_screen.acceptsRamps = false;
+    BeTinted(true);
+    EXPECT_TRUE(g_app.lastApplyRejected);
+}
+
+TEST_F(CursorWaysOut, ARampThatReadsBackWrongTintsAllTheSame) {
+    g_screen.deviations = {{kRed, 0, 5000}};
+    g_app.readBackMismatchStreak = 2;
+    BeTinted(true);
+    EXPECT_TRUE(g_app.lastApplyRejected);
+}
+
+TEST_F(CursorWaysOut, WithoutAScreenTheCursorsAreTintedAllTheSame) {
+    g_screen.givesContext = false;
+    BeTinted(true);
+}
+
+TEST_F(CursorWaysOut, TheFilterGoingOffGivesThemBackBeforeTheScreen) {
+    BeTinted(false);
+    g_app.filterOn = false;
+    ApplyFilter();
+    EXPECT_THAT(g_calls, ElementsAre("system cursors", "identity matrix"));
+    ExpectGivenBackAndTintedAgain();
+
+    BeTinted(true);
+    g_app.filterOn = false;
+    ApplyFilter();
+    EXPECT_THAT(g_calls, ElementsAre("system cursors", "get dc", "set ramp", "release dc"));
+    ExpectGivenBackAndTintedAgain();
+}
+
+TEST_F(CursorWaysOut, ClearingTheFilterGivesThemBackBeforeTheScreen) {
+    BeTinted(false);
+    ClearFilter();
+    EXPECT_THAT(g_calls, ElementsAre("system cursors", "identity matrix"));
+    ExpectGivenBackAndTintedAgain();
+
+    BeTinted(true);
+    ClearFilter();
+    EXPECT_THAT(g_calls, ElementsAre("system cursors", "get dc", "set ramp", "release dc"));
+    ExpectGivenBackAndTintedAgain();
+}
+
+TEST_F(CursorWaysOut, ClearingWithoutAPipelineGivesThemBack) {
+    BeTinted(false);
+    g_app.magnificationReady = false;
+    ClearFilter();
+    EXPECT_THAT(g_calls, ElementsAre("system cursors"));
+    ExpectGivenBack();
+}
+
+TEST_F(CursorWaysOut, RestoringTheIdentityRampGivesThemBackInBothPipelines) {
+    for (const bool legacy : {false, true}) {
+        BeTinted(legacy);
+        RestoreIdentityRamp();
+        EXPECT_THAT(g_calls, ElementsAre("system cursors", "get dc", "set ramp", "release dc"));
+        ExpectGivenBackAndTintedAgain();
+    }
+}
+
+TEST_F(CursorWaysOut, RestoringTheIdentityRampWithoutAScreenGivesThemBack) {
+    BeTinted(true);
+    g_screen.givesContext = false;
+    RestoreIdentityRamp();
+    ExpectGivenBack();
+}
+
+TEST_F(CursorWaysOut, ARefusedMatrixGivesThemBackAndTheNextAcceptedOneTintsAgain) {
+    for (const DWORD error : {DWORD{5}, DWORD{87}}) {
+        BeTinted(false);
+        g_magnification.effectErrors = {error};
+        ApplyFilter();
+        ASSERT_GE(g_calls.size(), 2U);
+        EXPECT_EQ(g_calls[0], "matrix");
+        EXPECT_EQ(g_calls[1], "system cursors");
+        ExpectGivenBackAndTintedAgain();
+    }
+}
+
+TEST_F(CursorWaysOut, AMatrixThatGoesOnBeingRefusedGivesThemBackOnce) {
+    BeTinted(false);
+    g_magnification.laterEffectErrors = 5;
+    for (int i = 0; i < 3; ++i)
+        ApplyFilter();
+    EXPECT_EQ(std::count(g_calls.begin(), g_calls.end(), "system cursors"), 1);
+    ExpectGivenBack();
+}
+
+TEST_F(CursorWaysOut, TheFallbackToLegacyModeTintsThemAgainWithItsRamp) {
+    BeTinted(false);
+    g_magnification.laterEffectErrors = 87;
+    ApplyFilter();
+    ExpectGivenBack();
+    ApplyFilter();
+    EXPECT_TRUE(g_app.useLegacyGamma);
+    ExpectTinted();
+}
+
+TEST_F(CursorWaysOut, SwitchingThePipelineGivesThemBackAndTintsThemAgain) {
+    BeTinted(false);
+    ToggleLegacyMode();
+    EXPECT_EQ(std::count(g_calls.begin(), g_calls.end(), "system cursors"), 1);
+    ExpectTinted();
+    g_calls.clear();
+    ToggleLegacyMode();
+    EXPECT_EQ(std::count(g_calls.begin(), g_calls.end(), "system cursors"), 1);
+    ExpectTinted();
+}
+
+TEST_F(CursorWaysOut, WithTheFilterOffSwitchingThePipelineLeavesThemAlone) {
+    g_app.filterOn = false;
+    ToggleLegacyMode();
+    ToggleLegacyMode();
+    EXPECT_FALSE(g_app.baseCursorsMade);
+    EXPECT_THAT(g_cursors.inForce, IsEmpty());
+}
+
+TEST_F(CursorWaysOut, AtTheProgramsEndAnApplyGivesThemBack) {
+    BeTinted(false);
+    g_app.ending = true;
+    ApplyFilter();
+    ExpectGivenBack();
+}
+
+TEST_F(CursorWaysOut, ATintUnderWayWhenTheEndComesMakesNoNewCopies) {
+    BeTinted(false);
+    g_app.ending = true;
+    ReleaseCursorCopies();
+    g_calls.clear();
+    TintSystemCursors();
+    EXPECT_THAT(g_calls, testing::IsEmpty());
+    EXPECT_FALSE(g_app.baseCursorsMade);
+}
+
+TEST_F(CursorWaysOut, AMoveInsideTheDeadBandSetsTheScreenAndNoCursor) {
+    BeTinted(false);
+    g_app.intensity = 0.501;
+    ApplyFilter();
+    EXPECT_THAT(g_calls, ElementsAre("matrix"));
+    g_app.useLegacyGamma = true;
+    g_app.brightness = 0.751;
+    g_calls.clear();
+    ApplyFilter();
+    EXPECT_THAT(g_calls, ElementsAre("get dc", "set ramp", "read ramp", "release dc"));
+}
+
+TEST_F(CursorWaysOut, CursorsThatCannotBeTintedChangeNothingOfTheScreensFate) {
+    for (const int id : kIds)
+        g_cursors.notSet.insert(id);
+    ApplyFilter();
+    EXPECT_EQ(g_app.consecutiveError87, 0);
+    EXPECT_FALSE(g_app.cursorsTinted);
+    g_app.useLegacyGamma = true;
+    ApplyFilter();
+    EXPECT_EQ(g_app.rampsAccepted, 1);
+    g_calls.clear();
+    g_app.filterOn = false;
+    ApplyFilter();
+    EXPECT_THAT(g_calls, ElementsAre("get dc", "set ramp", "release dc")) << "there is nothing to give back";
+}

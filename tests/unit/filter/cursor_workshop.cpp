@@ -1,0 +1,146 @@
+#include "filter/cursor_workshop.h"
+
+#include "support/real_call.h"
+
+namespace {
+
+struct MonochromeInfo {
+    BITMAPINFOHEADER header;
+    RGBQUAD colours[2];
+};
+
+BITMAPINFOHEADER TopDown(int width, int height, WORD bits) {
+    BITMAPINFOHEADER header = {};
+    header.biSize = sizeof(header);
+    header.biWidth = width;
+    header.biHeight = -height;
+    header.biPlanes = 1;
+    header.biBitCount = bits;
+    return header;
+}
+
+std::size_t Place(int x, int y, int width) {
+    return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
+}
+
+// CreateBitmap wants rows of 16 bits, the first pixel in the highest bit.
+HBITMAP MakeMask(int width, int height, const std::vector<std::uint8_t>& mask) {
+    const int rowBytes = (width + 15) / 16 * 2;
+    std::vector<std::uint8_t> bits(Place(0, height, rowBytes));
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            std::uint8_t& byte = bits[Place(x / 8, y, rowBytes)];
+            if (mask[Place(x, y, width)] != 0) byte = static_cast<std::uint8_t>(byte | (0x80 >> (x % 8)));
+        }
+    }
+    return REAL_CALL(L"gdi32.dll", CreateBitmap)(width, height, 1, 1, bits.data());
+}
+
+HBITMAP MakePixels(const CursorPicture& picture) {
+    BITMAPINFO info = {};
+    info.bmiHeader = TopDown(picture.width, picture.height, 32);
+    void* bits = nullptr;
+    HBITMAP bitmap =
+        REAL_CALL(L"gdi32.dll", CreateDIBSection)(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    if (bitmap == nullptr) return nullptr;
+    for (std::size_t i = 0; i < picture.pixels.size(); ++i)
+        static_cast<Argb*>(bits)[i] = picture.pixels[i];
+    return bitmap;
+}
+
+std::vector<std::uint8_t> ReadMask(HDC dc, HBITMAP bitmap, int width, int height) {
+    const int rowBytes = (width + 31) / 32 * 4;
+    std::vector<std::uint8_t> bits(Place(0, height, rowBytes));
+    MonochromeInfo info = {TopDown(width, height, 1), {}};
+    REAL_CALL(L"gdi32.dll", GetDIBits)
+    (dc, bitmap, 0, static_cast<UINT>(height), bits.data(), reinterpret_cast<BITMAPINFO*>(&info),
+     DIB_RGB_COLORS);
+    std::vector<std::uint8_t> mask(Place(0, height, width));
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x)
+            mask[Place(x, y, width)] = (bits[Place(x / 8, y, rowBytes)] & (0x80 >> (x % 8))) != 0;
+    }
+    return mask;
+}
+
+std::vector<Argb> ReadPixels(HDC dc, HBITMAP bitmap, int width, int height) {
+    std::vector<Argb> pixels(Place(0, height, width));
+    BITMAPINFO info = {};
+    info.bmiHeader = TopDown(width, height, 32);
+    REAL_CALL(L"gdi32.dll", GetDIBits)
+    (dc, bitmap, 0, static_cast<UINT>(height), pixels.data(), &info, DIB_RGB_COLORS);
+    return pixels;
+}
+
+void Delete(HGDIOBJ object) {
+    if (object != nullptr) REAL_CALL(L"gdi32.dll", DeleteObject)(object);
+}
+
+}  // namespace
+
+Argb CursorPicture::PixelAt(int x, int y) const {
+    return pixels[Place(x, y, width)];
+}
+
+bool CursorPicture::MaskAt(int x, int y) const {
+    return mask[Place(x, y, width)] != 0;
+}
+
+CursorPicture PlainPicture(int width, int height, Argb colour) {
+    CursorPicture picture;
+    picture.width = width;
+    picture.height = height;
+    picture.pixels.assign(Place(0, height, width), colour);
+    picture.mask.assign(Place(0, height, width), false);
+    return picture;
+}
+
+HCURSOR MakeCursor(const CursorPicture& picture) {
+    ICONINFO info = {};
+    info.xHotspot = picture.hotX;
+    info.yHotspot = picture.hotY;
+    info.hbmMask =
+        MakeMask(picture.width, picture.coloured ? picture.height : 2 * picture.height, picture.mask);
+    if (picture.coloured) info.hbmColor = MakePixels(picture);
+    HICON cursor = REAL_CALL(L"user32.dll", CreateIconIndirect)(&info);
+    Delete(info.hbmMask);
+    Delete(info.hbmColor);
+    return static_cast<HCURSOR>(cursor);
+}
+
+CursorPicture ReadCursor(HCURSOR cursor) {
+    CursorPicture picture;
+    ICONINFO info = {};
+    if (REAL_CALL(L"user32.dll", GetIconInfo)(cursor, &info) == FALSE || info.fIcon != FALSE) return picture;
+    BITMAP shape = {};
+    picture.coloured = info.hbmColor != nullptr;
+    REAL_CALL(L"gdi32.dll", GetObjectW)
+    (picture.coloured ? info.hbmColor : info.hbmMask, sizeof(shape), &shape);
+    picture.width = shape.bmWidth;
+    picture.height = picture.coloured ? shape.bmHeight : shape.bmHeight / 2;
+    picture.hotX = info.xHotspot;
+    picture.hotY = info.yHotspot;
+    HDC dc = REAL_CALL(L"gdi32.dll", CreateCompatibleDC)(nullptr);
+    if (picture.coloured) picture.pixels = ReadPixels(dc, info.hbmColor, picture.width, picture.height);
+    picture.mask = ReadMask(dc, info.hbmMask, picture.width, shape.bmHeight);
+    REAL_CALL(L"gdi32.dll", DeleteDC)(dc);
+    Delete(info.hbmMask);
+    Delete(info.hbmColor);
+    return picture;
+}
+
+std::vector<Argb> DrawnPixels(HCURSOR cursor, int width, int height) {
+    HBITMAP bitmap = MakePixels(PlainPicture(width, height, 0));
+    HDC dc = REAL_CALL(L"gdi32.dll", CreateCompatibleDC)(nullptr);
+    HGDIOBJ previous = SelectObject(dc, bitmap);
+    REAL_CALL(L"user32.dll", DrawIconEx)(dc, 0, 0, cursor, width, height, 0, nullptr, DI_NORMAL);
+    SelectObject(dc, previous);
+    std::vector<Argb> pixels = ReadPixels(dc, bitmap, width, height);
+    REAL_CALL(L"gdi32.dll", DeleteDC)(dc);
+    Delete(bitmap);
+    return pixels;
+}
+
+void DestroyMadeCursor(HCURSOR cursor) {
+    if (cursor != nullptr) REAL_CALL(L"user32.dll", DestroyCursor)(cursor);
+}

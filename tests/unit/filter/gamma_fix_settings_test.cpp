@@ -1,0 +1,123 @@
+// The fix from the registry into settings.ini and on into the next runs: what the banner makes of it.
+#include "store/settings_bench.h"
+
+#include "app/shell/refresh.h"
+#include "filter/gamma_fix.h"
+#include "filter/gamma_range.h"
+#include "support/call_record.h"
+#include "support/fake_clock.h"
+
+void RefreshPopupAndTray() {
+    Record("refresh");
+}
+
+namespace {
+
+using settings_bench::g_log;
+
+constexpr std::uint64_t kFixed = 1'800'000'000;
+
+const std::wstring kDemoted =
+    L"Gamma fix exhausted: ramps still rejected after restart (driver level limit?) - banner demoted";
+
+class GammaFixSettings : public settings_bench::SettingsTest {
+protected:
+    void SetUp() override {
+        SettingsTest::SetUp();
+        ForgetTheLimit();
+        g_calls.clear();
+        g_tick = 3'600'000;
+        g_clock = kFixed;
+        LoadSettings();
+        g_app.mainWindow = MakeHandle<HWND>(500);
+    }
+    void TearDown() override {
+        ForgetTheLimit();
+        SettingsTest::TearDown();
+    }
+
+    static void ForgetTheLimit() {
+        RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM",
+                           L"GdiIcmGammaRange");
+    }
+
+    // A run of the program later: settings and registry are read anew, and ramps are refused.
+    static void StartAgain() {
+        LoadAfresh();
+        g_log.clear();
+        g_app.gammaRangeExpanded = IsGammaRangeExpanded();
+        g_app.useLegacyGamma = true;
+        g_app.lastApplyRejected = true;
+    }
+
+    static void ConfirmTheFix() {
+        EXPECT_TRUE(ExpandGammaRange());
+        g_app.gammaFixPending = true;
+        OnGammaFixTimer();
+    }
+
+    bool HoldsLine(const std::string& wanted) const {
+        for (const std::string& line : FileLines()) {
+            if (line == wanted) return true;
+        }
+        return false;
+    }
+};
+
+}  // namespace
+
+TEST_F(GammaFixSettings, WhatTheRegistryShowsIsSavedWithItsTime) {
+    OnGammaFixTimer();
+    EXPECT_FALSE(FileExists(path)) << "nothing to confirm yet";
+    ConfirmTheFix();
+    EXPECT_TRUE(HoldsLine("GammaFixEpoch=1800000000"));
+    EXPECT_TRUE(g_app.gammaRangeExpanded);
+}
+
+TEST_F(GammaFixSettings, BeforeTheRestartANextRunStillShowsTheBanner) {
+    ConfirmTheFix();
+    g_clock += 7'200;
+    g_tick += 7'200'000;
+    StartAgain();
+    EXPECT_TRUE(g_app.gammaRangeExpanded);
+    EXPECT_EQ(g_app.gammaFixEpoch, kFixed);
+    EXPECT_FALSE(IsRestartDoneSinceFix());
+    EXPECT_TRUE(IsBannerVisible());
+    EXPECT_TRUE(g_log.empty());
+}
+
+TEST_F(GammaFixSettings, AfterARestartThatDidNotHelpEveryRunWithdrawsTheBannerAndSaysSoOnce) {
+    ConfirmTheFix();
+    g_clock += 7'200;
+    g_tick = 30'000;
+    for (int run = 0; run < 2; ++run) {
+        StartAgain();
+        EXPECT_TRUE(IsRestartDoneSinceFix());
+        EXPECT_FALSE(IsBannerVisible());
+        EXPECT_FALSE(IsBannerVisible());
+        EXPECT_EQ(g_log, (std::vector<std::wstring>{kDemoted})) << "run " << run;
+        g_clock += 86'400;
+        g_tick += 86'400'000;
+    }
+}
+
+TEST_F(GammaFixSettings, ARangeExpandedByHandAsksForTheRestartForEver) {
+    EXPECT_TRUE(ExpandGammaRange());
+    g_tick = 30'000;
+    StartAgain();
+    EXPECT_TRUE(g_app.gammaRangeExpanded);
+    EXPECT_EQ(g_app.gammaFixEpoch, 0U);
+    EXPECT_TRUE(IsBannerVisible());
+    EXPECT_TRUE(g_log.empty());
+}
+
+TEST_F(GammaFixSettings, AFixThatSomebodyTookBackIsOfferedAgain) {
+    ConfirmTheFix();
+    ForgetTheLimit();
+    g_clock += 7'200;
+    g_tick = 30'000;
+    StartAgain();
+    EXPECT_FALSE(g_app.gammaRangeExpanded);
+    EXPECT_FALSE(IsRestartDoneSinceFix());
+    EXPECT_TRUE(IsBannerVisible());
+}

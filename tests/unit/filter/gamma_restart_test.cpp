@@ -1,0 +1,95 @@
+// Whether the machine was started after the limit was lifted, from the clock and the time since the start.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+#include "app/state/app_state.h"
+#include "filter/gamma_range.h"
+
+namespace {
+
+constexpr std::uint64_t kFixed = 1'800'000'000;  // when the lifted limit was seen
+constexpr std::uint64_t kHour = 3'600;
+constexpr std::uint64_t kDay = 86'400;
+
+// The machine was started at `boot` by its clock and has run for `seconds`.
+bool StartedAfterTheFix(std::uint64_t boot, std::uint64_t seconds, std::uint64_t milliseconds = 0) {
+    return WasStartedAfter(kFixed, boot + seconds, seconds * 1000 + milliseconds);
+}
+
+}  // namespace
+
+TEST(GammaRestart, AMachineStartedInTheVerySecondOfTheFixWasNotStartedAfterIt) {
+    EXPECT_FALSE(StartedAfterTheFix(kFixed, 0));
+    EXPECT_FALSE(StartedAfterTheFix(kFixed, kHour));
+}
+
+TEST(GammaRestart, AMachineStartedOneSecondLaterWas) {
+    EXPECT_TRUE(StartedAfterTheFix(kFixed + 1, 0));
+    EXPECT_TRUE(StartedAfterTheFix(kFixed + 1, kHour));
+}
+
+TEST(GammaRestart, AMachineStartedOneSecondEarlierWasNot) {
+    EXPECT_FALSE(StartedAfterTheFix(kFixed - 1, kHour));
+}
+
+TEST(GammaRestart, TheMomentOfTheFixIsNeverAfterIt) {
+    for (const std::uint64_t seconds : {std::uint64_t{1}, kHour, 90 * kDay})
+        EXPECT_FALSE(StartedAfterTheFix(kFixed - seconds, seconds)) << seconds;
+}
+
+TEST(GammaRestart, MillisecondsOfTheTimeSinceTheStartAreCutOff) {
+    EXPECT_FALSE(WasStartedAfter(kFixed, kFixed + 10, 10'000));
+    EXPECT_FALSE(WasStartedAfter(kFixed, kFixed + 10, 10'999));
+    EXPECT_TRUE(WasStartedAfter(kFixed, kFixed + 10, 9'999));
+    EXPECT_TRUE(WasStartedAfter(kFixed, kFixed + 1, 999));
+    EXPECT_FALSE(WasStartedAfter(kFixed, kFixed + 1, 1'000));
+}
+
+TEST(GammaRestart, TimeThatPassesAwakeOrAsleepIsNoRestart) {
+    const std::uint64_t boot = kFixed - kHour;
+    for (std::uint64_t days = 0; days <= 400; days += 40)
+        EXPECT_FALSE(StartedAfterTheFix(boot, kHour + days * kDay)) << days;
+}
+
+TEST(GammaRestart, EveryLaterRestartCounts) {
+    EXPECT_TRUE(StartedAfterTheFix(kFixed + kHour, 20));
+    EXPECT_TRUE(StartedAfterTheFix(kFixed + 900 * kDay, 20));
+}
+
+TEST(GammaRestart, AClockSetBackByADayMakesNoRestartOfNone) {
+    EXPECT_FALSE(WasStartedAfter(kFixed, kFixed + kHour - kDay, 2 * kHour * 1000));
+}
+
+TEST(GammaRestart, ARestartUnderAClockSetBackByADayCountsOnceTheClockHasCaughtUp) {
+    EXPECT_FALSE(StartedAfterTheFix(kFixed + 60 - kDay, 20));
+    EXPECT_FALSE(StartedAfterTheFix(kFixed, 20));
+    EXPECT_TRUE(StartedAfterTheFix(kFixed + 60, 20));
+}
+
+TEST(GammaRestart, AClockSetBackBelowTheTimeSinceTheStartIsNoRestart) {
+    EXPECT_FALSE(WasStartedAfter(1, 100, 101'000));
+    EXPECT_FALSE(WasStartedAfter(1, 0, kDay * 1000));
+    EXPECT_FALSE(WasStartedAfter(kFixed, 0, 1'000));
+}
+
+TEST(GammaRestart, WithoutATimeOfTheFixThereIsNoRestart) {
+    EXPECT_FALSE(WasStartedAfter(0, kFixed, 0));
+    EXPECT_FALSE(WasStartedAfter(0, kFixed, kDay * 1000));
+}
+
+TEST(GammaRestart, ATimeOfTheFixBeyondEveryDateIsNotPassed) {
+    EXPECT_FALSE(WasStartedAfter(UINT64_MAX, kFixed, 0));
+    EXPECT_FALSE(WasStartedAfter(std::uint64_t{1} << 63, kFixed, 0));
+    EXPECT_TRUE(WasStartedAfter(0xFFFFFFFF, 0x100000000, 0)) << "seconds of more than 32 bits";
+}
+
+TEST(GammaRestart, ARestartCountsOnlyWithTheExpandedRange) {
+    g_app = AppState{};
+    g_app.gammaFixEpoch = 1;
+    EXPECT_FALSE(IsRestartDoneSinceFix());
+    g_app.gammaRangeExpanded = true;
+    EXPECT_TRUE(IsRestartDoneSinceFix()) << "1970 is before any start";
+    g_app.gammaFixEpoch = 0;
+    EXPECT_FALSE(IsRestartDoneSinceFix()) << "expanded by somebody else";
+}

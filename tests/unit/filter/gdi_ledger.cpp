@@ -1,0 +1,189 @@
+#include "filter/gdi_ledger.h"
+
+#include "support/call_record.h"
+#include "support/real_call.h"
+#include "support/seam.h"
+
+GdiLedger g_ledger;
+
+namespace {
+
+const wchar_t kGdi[] = L"gdi32.dll";
+const wchar_t kUser[] = L"user32.dll";
+
+bool g_open = false;
+
+bool Fails(GdiCall call) {
+    return g_open && g_ledger.failing.count(call) != 0;
+}
+
+void Enter(HANDLE handle, const char* kind) {
+    if (!g_open || handle == nullptr) return;
+    if (g_ledger.kept.count(handle) != 0) g_ledger.wrongs.push_back(std::string("made again: ") + kind);
+    g_ledger.kept[handle] = kind;
+    g_ledger.made[kind] += 1;
+}
+
+void Strike(HANDLE handle, const char* how) {
+    if (!g_open) return;
+    if (g_ledger.kept.erase(handle) == 0)
+        g_ledger.wrongs.push_back(std::string(how) + " of what is not ours");
+}
+
+template <typename... Parts>
+void Note(const Parts&... parts) {
+    if (g_open) Record(parts...);
+}
+
+void KeepBack(HBITMAP* bitmap) {
+    if (*bitmap != nullptr) REAL_CALL(kGdi, DeleteObject)(*bitmap);
+    *bitmap = nullptr;
+}
+
+BOOL WINAPI FakeGetIconInfo(HICON icon, ICONINFO* info) {
+    Note("ask");
+    if (Fails(GdiCall::GetIconInfo)) {
+        if (g_ledger.staleOnFailure) info->hbmMask = info->hbmColor = MakeHandle<HBITMAP>(0xBAD0);
+        return FALSE;
+    }
+    const BOOL known = REAL_CALL(kUser, GetIconInfo)(icon, info);
+    if (!g_open || known == FALSE) return known;
+    if (g_ledger.withoutColour) KeepBack(&info->hbmColor);
+    if (g_ledger.withoutMask) KeepBack(&info->hbmMask);
+    Enter(info->hbmColor, "info bitmap");
+    Enter(info->hbmMask, "info bitmap");
+    g_ledger.source = *info;
+    return TRUE;
+}
+
+int WINAPI FakeGetObjectW(HANDLE object, int bytes, LPVOID out) {
+    if (Fails(GdiCall::GetObjectW)) return 0;
+    return REAL_CALL(kGdi, GetObjectW)(object, bytes, out);
+}
+
+int WINAPI FakeGetSystemMetrics(int index) {
+    if (g_open && g_ledger.cursorMetrics.cx != 0) {
+        if (index == SM_CXCURSOR) return g_ledger.cursorMetrics.cx;
+        if (index == SM_CYCURSOR) return g_ledger.cursorMetrics.cy;
+    }
+    return REAL_CALL(kUser, GetSystemMetrics)(index);
+}
+
+HDC WINAPI FakeGetDC(HWND window) {
+    if (Fails(GdiCall::GetDC)) return nullptr;
+    HDC dc = REAL_CALL(kUser, GetDC)(window);
+    Enter(dc, "screen context");
+    return dc;
+}
+
+int WINAPI FakeReleaseDC(HWND window, HDC dc) {
+    Strike(dc, "release");
+    return REAL_CALL(kUser, ReleaseDC)(window, dc);
+}
+
+HDC WINAPI FakeCreateCompatibleDC(HDC like) {
+    if (Fails(GdiCall::CreateCompatibleDC)) return nullptr;
+    HDC dc = REAL_CALL(kGdi, CreateCompatibleDC)(like);
+    Enter(dc, "memory context");
+    return dc;
+}
+
+BOOL WINAPI FakeDeleteDC(HDC dc) {
+    Strike(dc, "deletion");
+    return REAL_CALL(kGdi, DeleteDC)(dc);
+}
+
+HBITMAP WINAPI FakeCreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, VOID** bits, HANDLE section,
+                                    DWORD offset) {
+    const BITMAPINFOHEADER& header = info->bmiHeader;
+    Note("dib ", header.biWidth, "x", header.biHeight, " planes=", header.biPlanes,
+         " bits=", header.biBitCount, " compression=", header.biCompression, " header=", header.biSize,
+         " usage=", usage);
+    if (Fails(GdiCall::CreateDIBSection)) return nullptr;
+    HBITMAP dib = REAL_CALL(kGdi, CreateDIBSection)(dc, info, usage, bits, section, offset);
+    Enter(dib, "dib");
+    g_ledger.lastDib = dib;
+    return dib;
+}
+
+int WINAPI FakeGetDIBits(HDC dc, HBITMAP bitmap, UINT first, UINT lines, LPVOID bits, LPBITMAPINFO info,
+                         UINT usage) {
+    const BITMAPINFOHEADER& header = info->bmiHeader;
+    Note("read ", bitmap == g_ledger.source.hbmMask ? "mask " : "something else ", header.biWidth, "x",
+         header.biHeight, " bits=", header.biBitCount, " lines ", first, "+", lines);
+    if (Fails(GdiCall::GetDIBits)) return 0;
+    const UINT wanted = g_open ? lines - g_ledger.linesKeptBack : lines;
+    return REAL_CALL(kGdi, GetDIBits)(dc, bitmap, first, wanted, bits, info, usage);
+}
+
+BOOL WINAPI FakeDrawIconEx(HDC dc, int x, int y, HICON icon, int width, int height, UINT step, HBRUSH brush,
+                           UINT flags) {
+    Note("draw at ", x, ",", y, " ", width, "x", height, " step=", step, " brush=", ValueOf(brush),
+         " flags=", flags);
+    if (Fails(GdiCall::DrawIconEx)) return FALSE;
+    return REAL_CALL(kUser, DrawIconEx)(dc, x, y, icon, width, height, step, brush, flags);
+}
+
+HBITMAP WINAPI FakeCreateBitmap(int width, int height, UINT planes, UINT bitCount, const void* bits) {
+    Note("mask ", width, "x", height, " planes=", planes, " bits=", bitCount);
+    if (g_open && bits != nullptr) {
+        const auto* bytes = static_cast<const unsigned char*>(bits);
+        g_ledger.maskBits.assign(bytes, bytes + (width + 15) / 16 * 2 * height);
+    }
+    if (Fails(GdiCall::CreateBitmap)) return nullptr;
+    HBITMAP bitmap = REAL_CALL(kGdi, CreateBitmap)(width, height, planes, bitCount, bits);
+    Enter(bitmap, "mask");
+    g_ledger.lastMask = bitmap;
+    return bitmap;
+}
+
+HICON WINAPI FakeCreateIconIndirect(PICONINFO info) {
+    const char* mask = info->hbmMask == nullptr                   ? "none"
+                       : info->hbmMask == g_ledger.source.hbmMask ? "its own"
+                       : info->hbmMask == g_ledger.lastMask       ? "new"
+                                                                  : "unknown";
+    Note("make icon=", info->fIcon, " hot=", info->xHotspot, ",", info->yHotspot, " mask=", mask,
+         " colour=", info->hbmColor == g_ledger.lastDib ? "dib" : "unknown");
+    g_ledger.result = *info;
+    if (Fails(GdiCall::CreateIconIndirect)) return nullptr;
+    HICON icon = REAL_CALL(kUser, CreateIconIndirect)(info);
+    Enter(icon, "cursor");
+    return icon;
+}
+
+BOOL WINAPI FakeDeleteObject(HGDIOBJ object) {
+    Strike(object, "deletion");
+    return REAL_CALL(kGdi, DeleteObject)(object);
+}
+
+BOOL WINAPI FakeDestroyCursor(HCURSOR cursor) {
+    Strike(cursor, "destruction");
+    return REAL_CALL(kUser, DestroyCursor)(cursor);
+}
+
+}  // namespace
+
+AMBREL_SEAM(GetIconInfo, FakeGetIconInfo);
+AMBREL_SEAM(GetObjectW, FakeGetObjectW);
+AMBREL_SEAM(GetSystemMetrics, FakeGetSystemMetrics);
+AMBREL_SEAM(GetDC, FakeGetDC);
+AMBREL_SEAM(ReleaseDC, FakeReleaseDC);
+AMBREL_SEAM(CreateCompatibleDC, FakeCreateCompatibleDC);
+AMBREL_SEAM(DeleteDC, FakeDeleteDC);
+AMBREL_SEAM(CreateDIBSection, FakeCreateDIBSection);
+AMBREL_SEAM(GetDIBits, FakeGetDIBits);
+AMBREL_SEAM(DrawIconEx, FakeDrawIconEx);
+AMBREL_SEAM(CreateBitmap, FakeCreateBitmap);
+AMBREL_SEAM(CreateIconIndirect, FakeCreateIconIndirect);
+AMBREL_SEAM(DeleteObject, FakeDeleteObject);
+AMBREL_SEAM(DestroyCursor, FakeDestroyCursor);
+
+void OpenLedger() {
+    g_ledger = GdiLedger{};
+    g_calls.clear();
+    g_open = true;
+}
+
+void CloseLedger() {
+    g_open = false;
+}

@@ -1,0 +1,93 @@
+#include "support/com_books.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "support/seam.h"
+
+namespace {
+
+std::set<BSTR> g_texts;
+std::set<VARIANTARG*> g_variants;
+int g_allocations = 0;
+int g_failing = 0;
+
+template <typename Function>
+Function Real(Function, const char* name) {
+    return reinterpret_cast<Function>(GetProcAddress(GetModuleHandleW(L"oleaut32.dll"), name));
+}
+
+BSTR Allocate(const wchar_t* text, UINT length) {
+    BSTR made = Real(&SysAllocStringLen, "SysAllocStringLen")(text, length);
+    g_texts.insert(made);
+    return made;
+}
+
+void Strike(BSTR text) {
+    if (text == nullptr) return;
+    EXPECT_EQ(g_texts.erase(text), 1U) << "a text that is not held is freed";
+}
+
+BSTR WINAPI FakeSysAllocString(const OLECHAR* text) {
+    ++g_allocations;
+    if (g_allocations == g_failing) return nullptr;
+    return Allocate(text, static_cast<UINT>(std::char_traits<wchar_t>::length(text)));
+}
+
+void WINAPI FakeSysFreeString(BSTR text) {
+    Strike(text);
+    Real(&SysFreeString, "SysFreeString")(text);
+}
+
+void WINAPI FakeVariantInit(VARIANTARG* variant) {
+    EXPECT_TRUE(g_variants.insert(variant).second) << "a variant is initialised twice";
+    Real(&VariantInit, "VariantInit")(variant);
+}
+
+HRESULT WINAPI FakeVariantClear(VARIANTARG* variant) {
+    EXPECT_EQ(g_variants.erase(variant), 1U) << "a variant that is not held is cleared";
+    if (variant->vt == VT_BSTR) Strike(variant->bstrVal);
+    return Real(&VariantClear, "VariantClear")(variant);
+}
+
+}  // namespace
+
+AMBREL_SEAM(SysAllocString, FakeSysAllocString);
+AMBREL_SEAM(SysFreeString, FakeSysFreeString);
+AMBREL_SEAM(VariantInit, FakeVariantInit);
+AMBREL_SEAM(VariantClear, FakeVariantClear);
+
+void OpenComBooks() {
+    g_texts.clear();
+    g_variants.clear();
+    g_allocations = 0;
+    g_failing = 0;
+    // Its functions are looked up by name, and a test may be the first to need the library.
+    ASSERT_NE(LoadLibraryW(L"oleaut32.dll"), nullptr);
+}
+
+void CloseComBooks() {
+    EXPECT_EQ(TextsHeld(), 0);
+    EXPECT_EQ(VariantsHeld(), 0);
+}
+
+void LetAllocationFail(int number) {
+    g_failing = number;
+}
+
+int AllocationsMade() {
+    return g_allocations;
+}
+
+BSTR HandOutText(const std::wstring& text) {
+    return Allocate(text.data(), static_cast<UINT>(text.size()));
+}
+
+int TextsHeld() {
+    return static_cast<int>(g_texts.size());
+}
+
+int VariantsHeld() {
+    return static_cast<int>(g_variants.size());
+}
