@@ -38,8 +38,8 @@ std::wstring ReadTimeZoneName() {
     return {name, std::find(name, name + std::size(zone.StandardName), L'\0')};
 }
 
-// A system without the library does not compose.
-bool IsComposed() {
+// False when dwmapi.dll is missing.
+bool IsCompositionEnabled() {
     using DwmIsCompositionEnabledFunction = HRESULT(WINAPI*)(BOOL*);
     const SystemLibrary dwmapi(L"dwmapi.dll");
     const auto isCompositionEnabled = dwmapi.Find<DwmIsCompositionEnabledFunction>("DwmIsCompositionEnabled");
@@ -71,7 +71,7 @@ AutostartFacts ReadAutostartFacts() {
 
 SupportFacts ReadSupportFacts() {
     SupportFacts facts;
-    // First, so that nothing which the report itself may log stands in it.
+    // Read first, so that lines which the queries below log do not appear in the report.
     facts.recentLines = ReadLogRing();
     facts.persistedLines = ReadLogTail();
     GetLocalTime(&facts.now);
@@ -83,7 +83,7 @@ SupportFacts ReadSupportFacts() {
     facts.memoryBytes = ReadMemoryBytes();
     facts.localeName = ReadLocaleName();
     facts.timeZoneName = ReadTimeZoneName();
-    facts.composition = IsComposed();
+    facts.composition = IsCompositionEnabled();
     EnumDisplayMonitors(nullptr, nullptr, ProbeMonitor, reinterpret_cast<LPARAM>(&facts.monitors));
     facts.adapters = ReadAdapters();
     facts.restartDoneSinceFix = IsRestartDoneSinceFix();

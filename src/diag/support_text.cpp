@@ -9,7 +9,8 @@ namespace {
 
 constexpr double kBytesPerGigabyte = 1073741824.0;
 
-// Numbers and short fixed words. A text of any length is added as it is.
+// For numbers and short fixed words only: the result is truncated at 159 characters. Append longer text
+// directly.
 #define Formatted(format, ...)                      \
     ([&] {                                          \
         wchar_t formatted[160];                     \
@@ -37,7 +38,7 @@ void AddBlankLine(std::wstring* text) {
     *text += L"\r\n";
 }
 
-// `label` is padded to its section's column of values.
+// `label` includes its padding up to the column of the values.
 void AddLine(std::wstring* text, const wchar_t* label, const std::wstring& value) {
     *text += label;
     *text += value;
@@ -68,7 +69,7 @@ void AddApp(std::wstring* text, const AppState& state, const SupportFacts& facts
     AddBlankLine(text);
 }
 
-const wchar_t* ArchitectureWord(WORD architecture) {
+const wchar_t* ArchitectureName(WORD architecture) {
     switch (architecture) {
         case PROCESSOR_ARCHITECTURE_AMD64: return L"x64";
         case PROCESSOR_ARCHITECTURE_INTEL: return L"x86";
@@ -91,7 +92,7 @@ void AddSystem(std::wstring* text, const AppState& state, const SupportFacts& fa
     AddLine(text, L"Hardware:       ", facts.hardwareName);
     AddLine(text, L"CPU:            ",
             facts.cpuName +
-                Formatted(" (%ls, %lu cores)", ArchitectureWord(facts.architecture), facts.processorCount));
+                Formatted(" (%ls, %lu cores)", ArchitectureName(facts.architecture), facts.processorCount));
     AddLine(text, L"Memory:         ",
             Formatted("%.1f GB", static_cast<double>(facts.memoryBytes) / kBytesPerGigabyte));
     AddLine(text, L"Locale:         ", facts.localeName);
@@ -166,7 +167,7 @@ void AddFilter(std::wstring* text, const AppState& state, bool restartDone) {
     AddLine(text, L"Intensity:      ", Formatted("%.3f  (warmth slider)", state.intensity));
     AddLine(text, L"-> Kelvin:      ", Formatted("%dK", RoundedKelvin(state.intensity)));
     AddLine(text, L"-> Target RGB:  ", Formatted("(%.3f, %.3f, %.3f)", red, green, blue));
-    // Rounded here, unlike the panel's own label, which truncates.
+    // Rounded, unlike the label on the panel, which is truncated.
     AddLine(text, L"Brightness:     ",
             Formatted("%.3f  (%d%%)", state.brightness, static_cast<int>(state.brightness * 100.0 + 0.5)));
     AddLine(text, L"Allow ext. dim: ", OnOff(state.allowExtremeDim));

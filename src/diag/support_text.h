@@ -1,5 +1,5 @@
-// The wording of the support report: pure text from the program's state and what was read of the machine.
-// Every line ends with CR LF; labels carry their own padding.
+// Formats the support report from AppState and SupportFacts, without a call to Windows. Every line ends with
+// CR LF.
 #pragma once
 
 #include <cstdint>
@@ -11,9 +11,8 @@
 // "Ambrel Windows 2.23 - Feedback (0123456789abcdef, Windows 11 Pro b22631)"
 std::wstring SupportSubjectText(const SupportFacts& facts);
 
-// The whole report, from the mail's header to its last line.
+// The whole report, including the address and the subject of the e-mail.
 std::wstring SupportBundleText(const AppState& state, const SupportFacts& facts);
 
-// A duration in ms in days, hours and minutes, in two smaller units, or in seconds: "1d 0h 0m", "3h 0m", "1m
-// 1s", "59s".
+// Formats a duration in ms, beginning with its largest unit: "1d 0h 0m", "3h 0m", "1m 1s" or "59s".
 std::wstring UptimeText(std::uint64_t elapsed);

@@ -12,15 +12,15 @@ constexpr wchar_t kBiosKey[] = L"HARDWARE\\DESCRIPTION\\System\\BIOS";
 constexpr wchar_t kCryptographyKey[] = L"SOFTWARE\\Microsoft\\Cryptography";
 constexpr wchar_t kUnknown[] = L"unknown";
 
-constexpr DWORD kLongestValue = 65536;  // bytes; a longer registry value counts as unreadable
+constexpr DWORD kMaxValueBytes = 65536;
 
-// The text of a string value of an open key; empty when it is missing, of another type or too long. The data
-// of a string value may lack its terminating zero.
+// A REG_SZ value of an open key; empty when it is missing, has another type or exceeds kMaxValueBytes. The
+// stored data may lack the terminating zero.
 std::wstring ReadText(HKEY key, const wchar_t* value) {
     DWORD type = 0;
     DWORD bytes = 0;
     if (RegQueryValueExW(key, value, nullptr, &type, nullptr, &bytes) != ERROR_SUCCESS) return {};
-    if (type != REG_SZ || bytes == 0 || bytes > kLongestValue) return {};
+    if (type != REG_SZ || bytes == 0 || bytes > kMaxValueBytes) return {};
 
     std::wstring text((bytes + 1) / sizeof(wchar_t), L'\0');
     if (RegQueryValueExW(key, value, nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &bytes) !=
@@ -60,10 +60,10 @@ void ReadVersionNumbers(OsInfo* info) {
 }  // namespace
 
 std::wstring CorrectProductName(std::wstring name, DWORD major, DWORD build) {
-    constexpr wchar_t kTen[] = L"Windows 10";
-    const std::size_t found = name.find(kTen);
+    constexpr wchar_t kWindows10[] = L"Windows 10";
+    const std::size_t found = name.find(kWindows10);
     if (major == 10 && build >= 22000 && found != std::wstring::npos) {
-        name.replace(found, std::size(kTen) - 1, L"Windows 11");
+        name.replace(found, std::size(kWindows10) - 1, L"Windows 11");
     }
     return name;
 }

@@ -1,5 +1,5 @@
-// What machine this is: Windows' version, the model, the processor. Nothing here fails; a value that cannot
-// be read is empty or "unknown".
+// Identifies the machine: Windows version, model, processor. Never fails; a value that cannot be read is
+// empty or "unknown".
 #pragma once
 
 #include <string>
@@ -15,18 +15,18 @@ struct OsInfo {
     DWORD build = 0;
 };
 
-// The true version from RtlGetVersion (GetVersionEx answers what the manifest asks for) and the names from
-// the registry.
+// The version from RtlGetVersion (GetVersionEx reports the version that the manifest declares) and the names
+// from the registry.
 OsInfo ReadOsInfo();
 
-// Windows 11 still calls itself Windows 10 in the registry: the product name with the 11 that build 22000 and
-// later of major version 10 are.
+// The registry of Windows 11 still says "Windows 10": replaces the 10 by 11 when the major version is 10 and
+// the build 22000 or later.
 std::wstring CorrectProductName(std::wstring name, DWORD major, DWORD build);
 
 // The first processor's name, or "unknown".
 std::wstring ReadCpuName();
 
-// The identifier that Windows' set-up gave this machine; empty when it cannot be read.
+// The machine GUID that Windows Setup generated; empty when it cannot be read.
 std::wstring ReadMachineGuid();
 
 // Manufacturer and model, or "unknown".

@@ -1,4 +1,4 @@
-/* Resource ids, shared by ambrel.rc and the program. */
+/* Resource ids, shared by ambrel.rc and the C++ sources. */
 #pragma once
 
 #define IDI_APPLICATION_WINDOW 101

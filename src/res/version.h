@@ -1,5 +1,5 @@
-/* The one place of the version: read by the resource compiler and by the program. The manifest's number is
-   the manifest's own. */
+/* The version, for the resource compiler and the program. The version in the manifest is independent
+   of it. */
 #pragma once
 
 #define AMBREL_VERSION "2.23"

@@ -13,13 +13,13 @@
 namespace {
 
 constexpr std::size_t kRingLines = 500;
-constexpr long long kTrimAbove = 262144;  // bytes
-constexpr long long kTrimKeeps = 65536;   // bytes
+constexpr long long kMaxFileBytes = 262144;
+constexpr long long kTrimmedFileBytes = 65536;
 constexpr long long kTailBytes = 16384;
 constexpr std::size_t kTailLines = 40;
 constexpr wchar_t kSessionMarker[] = L"---------- session start ----------";
 
-// Guards everything below and every access to the file.
+// Protects the variables below and every access to the file.
 SRWLOCK g_lock = SRWLOCK_INIT;
 std::deque<std::wstring> g_ring;
 std::wstring g_path;  // empty until OpenEventLogFile
@@ -52,7 +52,7 @@ std::wstring FromUtf8(const std::string& bytes) {
     return text;
 }
 
-// Lines end with LF; a CR before it does not belong to the line.
+// Splits at LF or CR LF.
 std::vector<std::wstring> SplitLines(const std::wstring& text) {
     std::vector<std::wstring> lines;
     for (std::size_t start = 0; start < text.size();) {
@@ -65,29 +65,29 @@ std::vector<std::wstring> SplitLines(const std::wstring& text) {
     return lines;
 }
 
-// True when a line begins at that byte of the file.
-bool BeginsLine(std::FILE* file, long long offset) {
+// Whether a line starts at that byte offset of the file.
+bool IsLineStart(std::FILE* file, long long offset) {
     return offset == 0 || (_fseeki64(file, offset - 1, SEEK_SET) == 0 && std::fgetc(file) == '\n');
 }
 
-// The end of the file as bytes, from the first line that is whole. Empty when it cannot be read.
+// The last kTailBytes of the file, without a partial first line. Empty when the file cannot be read.
 std::string ReadTailBytes() {
     const File file = g_path.empty() ? nullptr : OpenLog(L"rb");
     if (file == nullptr || _fseeki64(file.get(), 0, SEEK_END) != 0) return {};
     const long long size = _ftelli64(file.get());
     const long long start = std::max(size - kTailBytes, 0LL);
-    const bool whole = BeginsLine(file.get(), start);
+    const bool startsAtLine = IsLineStart(file.get(), start);
     if (size <= 0 || _fseeki64(file.get(), start, SEEK_SET) != 0) return {};
 
     std::string bytes(static_cast<std::size_t>(size - start), '\0');
     bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
-    if (whole) return bytes;
+    if (startsAtLine) return bytes;
     const std::size_t firstEnd = bytes.find('\n');
     return firstEnd == std::string::npos ? std::string() : bytes.substr(firstEnd + 1);
 }
 
-// The caller holds the lock. The file is opened and closed for every line, so that nothing is lost when the
-// process is killed, and other programs can open it in between.
+// The caller holds the lock. The file is opened and closed for every line, so that no line is lost when the
+// process is killed and other programs can open the file between two lines.
 void WriteLogFileLine(const std::wstring& line) {
     if (g_path.empty()) return;
     const File file = OpenLog(L"ab");
@@ -98,21 +98,21 @@ void WriteLogFileLine(const std::wstring& line) {
     std::fwrite("\r\n", 1, 2, file.get());
 }
 
-// Cut at a byte, not at a line: the first line that is kept may be a partial one.
+// Trims to a byte count, not to a line boundary: the first remaining line may be partial.
 void TrimLogFile() {
     File file = OpenLog(L"rb");
     if (file == nullptr || _fseeki64(file.get(), 0, SEEK_END) != 0) return;
     const long long size = _ftelli64(file.get());
-    if (size <= kTrimAbove || _fseeki64(file.get(), size - kTrimKeeps, SEEK_SET) != 0) return;
+    if (size <= kMaxFileBytes || _fseeki64(file.get(), size - kTrimmedFileBytes, SEEK_SET) != 0) return;
 
-    const std::unique_ptr<char[]> tail(new (std::nothrow) char[kTrimKeeps]);
+    const std::unique_ptr<char[]> tail(new (std::nothrow) char[kTrimmedFileBytes]);
     if (tail == nullptr) return;
-    // A file that can be read only in part is kept as it is.
-    if (std::fread(tail.get(), 1, kTrimKeeps, file.get()) != kTrimKeeps) return;
+    // On a short read the file is left untouched.
+    if (std::fread(tail.get(), 1, kTrimmedFileBytes, file.get()) != kTrimmedFileBytes) return;
     file.reset();
 
     file = OpenLog(L"wb");
-    if (file != nullptr) std::fwrite(tail.get(), 1, kTrimKeeps, file.get());
+    if (file != nullptr) std::fwrite(tail.get(), 1, kTrimmedFileBytes, file.get());
 }
 
 }  // namespace
@@ -148,7 +148,7 @@ std::vector<std::wstring> ReadLogRing() {
 std::vector<std::wstring> ReadLogTail() {
     const ExclusiveLock lock(&g_lock);
     std::wstring text = FromUtf8(ReadTailBytes());
-    // A power cut can leave zeros in a file, and a text on the clipboard ends at the first one.
+    // A power failure can leave zero bytes in the file, and clipboard text ends at the first one.
     std::replace(text.begin(), text.end(), L'\0', L'\xFFFD');
     std::vector<std::wstring> lines = SplitLines(text);
     if (lines.size() > kTailLines) lines.erase(lines.begin(), lines.end() - kTailLines);

@@ -1,5 +1,5 @@
-// The program's only trace: a ring of the most recent lines in memory and the file events.log, one stamped
-// line for each state change. Any thread may log. A file that cannot be written loses its line silently.
+// The event log: a ring of the most recent lines in memory and the file events.log, with one time-stamped
+// line per state change. Any thread may log. A line that cannot be written to the file is dropped silently.
 #pragma once
 
 #include <cstddef>
@@ -8,23 +8,24 @@
 
 #include "win32/format_text.h"
 
-constexpr std::size_t kLogMessageCapacity = 512;  // with the terminating zero: a longer message is cut
+constexpr std::size_t kLogMessageCapacity = 512;  // terminating zero included; longer messages are truncated
 
-// Puts "[hh:mm:ss.mmm] message" into the ring and, once the file is known, into events.log.
+// Appends "[hh:mm:ss.mmm] message" to the ring and, after OpenEventLogFile, to events.log.
 void AppendLogLine(const wchar_t* message);
 
-// Called once, when the settings' folder is known: trims an events.log of more than 256 KiB to its last 64
-// KiB, appends the session marker and then every line of the ring.
+// Called once, when the path of the settings folder is known: trims an events.log larger than 256 KiB to its
+// last 64 KiB, then appends the session marker and every line of the ring.
 void OpenEventLogFile(const std::wstring& path);
 
 // A copy of the ring, oldest line first.
 std::vector<std::wstring> ReadLogRing();
 
-// The last 40 lines at most of the last 16 KiB of events.log, in file order. None when there is no such file
-// or it is empty. A line that the 16 KiB cut in two is left out.
+// At most 40 lines from the last 16 KiB of events.log, in file order; a partial first line is omitted. Empty
+// when the file is missing, empty or unreadable.
 std::vector<std::wstring> ReadLogTail();
 
-// Formats and appends one line; call it as LogEvent("...", ...), with %ls for wide strings.
+// Formats and appends one line. Call it through LogEvent("...", ...), which checks the arguments at compile
+// time; wide strings are %ls.
 void LogFormatted(const wchar_t* format, ...);
 
 #define LogEvent(format, ...)                                                   \

@@ -18,7 +18,7 @@ constexpr wchar_t kFilterSection[] = L"Filter";
 constexpr wchar_t kSettingsSection[] = L"Settings";
 constexpr wchar_t kEpochKey[] = L"GammaFixEpoch";
 
-// Values between 0 and 1 are stored in thousandths.
+// Values from 0 to 1, stored in thousandths.
 struct PerMilleRow {
     const wchar_t* key;
     int fallback;
@@ -44,7 +44,7 @@ constexpr FlagRow kFlags[] = {
 std::uint64_t ReadEpoch(const wchar_t* path) {
     wchar_t text[512] = {};
     GetPrivateProfileStringW(kSettingsSection, kEpochKey, L"0", text, 512, path);
-    // A sign is no digit, though wcstoull would take it.
+    // wcstoull accepts a sign; an epoch has none.
     if (text[0] < L'0' || text[0] > L'9') return 0;
     return std::wcstoull(text, nullptr, 10);
 }
@@ -57,7 +57,7 @@ void Write(const wchar_t* section, const wchar_t* key, const wchar_t* value) {
 
 std::wstring GetSettingsPath() {
     wchar_t applicationData[MAX_PATH] = {};
-    // S_FALSE, a success, comes with an empty path.
+    // S_FALSE is a success code that leaves the path empty.
     if (SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, applicationData) != S_OK) return {};
     const std::wstring folder = std::wstring(applicationData) + kFolder;
     CreateDirectoryW(folder.c_str(), nullptr);
@@ -70,7 +70,7 @@ void LoadSettings() {
     const wchar_t* path = g_app.settingsPath.c_str();
 
     for (const PerMilleRow& row : kPerMilles) {
-        // The number is unsigned: a negative one comes back huge and is clamped to the upper end.
+        // Unsigned: a negative value wraps to a large one and is clamped to the upper limit below.
         g_app.*row.field = GetPrivateProfileIntW(kFilterSection, row.key, row.fallback, path) / 1000.0;
     }
     for (const FlagRow& row : kFlags) {

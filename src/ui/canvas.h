@@ -1,4 +1,4 @@
-// The popup's logical canvas in design units (96 DPI); the window is this size at its monitor's DPI.
+// The popup's logical canvas in design units (96 DPI). The window has this size, scaled to its DPI.
 #pragma once
 
 constexpr int kCanvasWidth = 320;

@@ -17,7 +17,7 @@ constexpr RECT kHeaderSubtitle = {42, 36, 250, 52};
 constexpr RECT kHeaderDot = {20, 38, 28, 46};
 constexpr wchar_t kGearGlyph[] = L"\xE713";
 
-// GDI colour channels of a gradient's vertex are 16 bits wide, the colour in the upper 8.
+// The channels of a gradient vertex are 16 bits wide, with the colour in the upper 8 bits.
 TRIVERTEX Vertex(LONG x, LONG y, COLORREF colour) {
     TRIVERTEX vertex = {};
     vertex.x = x;
@@ -67,8 +67,7 @@ void FillRoundRect(HDC dc, int x, int y, int width, int height, int radius, COLO
 void FillVerticalGradient(HDC dc, const RECT& rect, COLORREF top, COLORREF bottom) {
     TRIVERTEX corners[] = {Vertex(rect.left, rect.top, top), Vertex(rect.right, rect.bottom, bottom)};
     GRADIENT_RECT whole = {0, 1};
-    // The same call as msimg32's GradientFill, in a DLL that is loaded from System32 whatever the program's
-    // folder holds.
+    // msimg32's GradientFill is this call. gdi32 is a known DLL, which is always loaded from System32.
     GdiGradientFill(dc, corners, 2, &whole, 1, GRADIENT_FILL_RECT_V);
 }
 

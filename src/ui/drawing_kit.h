@@ -1,13 +1,12 @@
-// The small kit that the panels draw with: plain GDI on the 320 x 540 canvas of the off-screen buffer.
-// Coordinates are design units and scale with the canvas' mapping; GDI objects made for a call are deleted
-// before it returns, what was selected before is selected again. A drawing call that fails leaves its part of
-// the frame unpainted.
+// Drawing primitives of the panels: plain GDI on the 320 x 540 canvas of the off-screen buffer. Coordinates
+// are design units, scaled by the mapping mode of the canvas. Each call deletes the GDI objects that it
+// creates and restores the previous selection. When GDI fails, that part of the frame stays unpainted.
 #pragma once
 
 #include "ui/fonts.h"
 #include "win32/platform.h"
 
-// A single line of text in a rectangle. `alignment` is DrawTextW's: DT_CENTER | DT_VCENTER and so on.
+// Draws a single line of text in a rectangle. `alignment` is one of kAlign... below, DrawTextW's DT_ flags.
 void DrawLine(HDC dc, FontRole font, COLORREF colour, const RECT& rect, UINT alignment, const wchar_t* text);
 
 constexpr UINT kAlignTopLeft = DT_LEFT | DT_TOP;
@@ -16,27 +15,28 @@ constexpr UINT kAlignRight = DT_RIGHT | DT_VCENTER;
 constexpr UINT kAlignCentre = DT_CENTER | DT_VCENTER;
 constexpr UINT kAlignTopCentre = DT_CENTER | DT_TOP;
 
-// A rectangle in one colour, without an outline.
+// Fills a rectangle with one colour, without an outline.
 void FillBox(HDC dc, const RECT& rect, COLORREF colour);
 
-// A rounded outline in a one-unit pen, not filled. `corner` is the width and height of the corner's ellipse.
+// Draws the outline of a rounded rectangle with a one-unit pen, unfilled. `corner` is the width and height of
+// the corner ellipse.
 void OutlineRoundRect(HDC dc, const RECT& rect, int corner, COLORREF colour);
 
-// A solid rounded rectangle with a corner ellipse of 2 x radius; an outline colour of 0 means no outline at
-// all, otherwise a one-unit pen.
+// Draws a filled rounded rectangle. The corner ellipse is 2 x radius wide and high. The outline is one unit
+// wide; an outline colour of 0 means no outline.
 void FillRoundRect(HDC dc, int x, int y, int width, int height, int radius, COLORREF fill, COLORREF outline);
 
-// A rounded rectangle, filled, with a pen of its own width in the outline colour; 0 units wide means no pen.
+// Draws a filled rounded rectangle with an outline `penWidth` units wide; 0 means no outline.
 void DrawRoundBox(HDC dc, const RECT& rect, int corner, COLORREF fill, int penWidth, COLORREF outline);
 
-// One vertical gradient, the top colour at the top edge.
+// Fills a rectangle with a vertical gradient from `top` to `bottom`.
 void FillVerticalGradient(HDC dc, const RECT& rect, COLORREF top, COLORREF bottom);
 
-// The gradient clipped to a rounded rectangle; the clip that was there is put back.
+// Fills a rounded rectangle with a vertical gradient and restores the previous clip region.
 void FillRoundedGradient(HDC dc, const RECT& rect, int radius, COLORREF top, COLORREF bottom);
 
-// A rounded clip for what is drawn next. Clip regions are device pixels whatever the mapping, so the edges
-// are scaled here, right and bottom plus 1, the radius to at least 1 pixel.
+// Clips further drawing to a rounded rectangle. Clip regions are in device pixels in every mapping mode, so
+// the edges are scaled here, right and bottom plus 1 pixel, the radius to at least 1 pixel.
 void ClipToRoundRect(HDC dc, const RECT& rect, int radius);
 
 struct ButtonColours {
@@ -46,17 +46,17 @@ struct ButtonColours {
     COLORREF outline;
 };
 
-// A button's face: a gradient in a rounded outline, and a ring one unit outside.
+// Draws a button's surface: a gradient in a rounded outline, and a ring one unit outside.
 void DrawButtonSurface(HDC dc, const RECT& button, const ButtonColours& colours);
 
-// A bevel: one-unit lines inside a surface, at top + 1 and bottom - 2, from left + inset to right - inset.
+// Draws a bevel: one-unit horizontal lines at top + 1 and bottom - 2, from left + inset to right - inset.
 void DrawEdgeLines(HDC dc, const RECT& rect, int inset, COLORREF top, COLORREF bottom);
 
-// A straight line `width` units wide.
+// Draws a straight line `width` units wide.
 void DrawStroke(HDC dc, POINT from, POINT to, int width, COLORREF colour);
 
-// The band behind a panel's header.
+// Fills the header band of a panel.
 void FillHeaderBand(HDC dc);
 
-// The shared header band with the title; gear and dot only when asked for.
+// Draws the header band with the title and the subtitle; the gear and the dot are optional.
 void DrawPanelHeader(HDC dc, const wchar_t* subtitle, COLORREF subtitleColour, bool showGear, bool showDot);

@@ -7,7 +7,7 @@ namespace {
 struct FontRow {
     FontRole role;
     const wchar_t* face;
-    int height;  // design units, of the character cell
+    int height;  // of the character cell, in design units
     int weight;
     DWORD quality;
     DWORD pitchAndFamily;
@@ -31,14 +31,14 @@ constexpr int IndexOf(FontRole role) {
     return static_cast<int>(role);
 }
 
-constexpr bool RowsStandInRoleOrder() {
+constexpr bool RowsAreInRoleOrder() {
     int expected = 0;
     for (const FontRow& row : kFonts) {
         if (IndexOf(row.role) != expected++) return false;
     }
     return true;
 }
-static_assert(RowsStandInRoleOrder(), "FontFor looks a font up by its role");
+static_assert(RowsAreInRoleOrder(), "FontFor indexes the table by role");
 
 }  // namespace
 

@@ -12,7 +12,7 @@
 
 namespace {
 
-// A stream over a copy of the logo's resource; the stream frees the copy when it is released.
+// Opens a stream on a copy of the logo resource. The stream owns the copy. False on failure.
 bool OpenLogoStream(ComPointer<IStream>* stream) {
     HRSRC found = FindResourceW(g_app.instance, MAKEINTRESOURCEW(IDR_LOGO_PNG), RT_RCDATA);
     HGLOBAL loaded = found != nullptr ? LoadResource(g_app.instance, found) : nullptr;
@@ -30,7 +30,7 @@ bool OpenLogoStream(ComPointer<IStream>* stream) {
     return true;
 }
 
-// Frame 0 of the stream, which must not be empty.
+// Opens frame 0 of the stream and reads its size in pixels. False on failure or for an empty frame.
 bool OpenFrame(IWICImagingFactory* factory, IStream* stream, ComPointer<IWICBitmapFrameDecode>* frame,
                UINT* width, UINT* height) {
     ComPointer<IWICBitmapDecoder> decoder;
@@ -40,7 +40,7 @@ bool OpenFrame(IWICImagingFactory* factory, IStream* stream, ComPointer<IWICBitm
            *width != 0 && *height != 0;
 }
 
-// The frame's pixels as premultiplied BGRA.
+// Creates a converter of the frame to premultiplied BGRA. False on failure.
 bool ConvertFrame(IWICImagingFactory* factory, IWICBitmapFrameDecode* frame,
                   ComPointer<IWICFormatConverter>* converter) {
     return SUCCEEDED(factory->CreateFormatConverter(converter->Out())) &&
@@ -103,7 +103,7 @@ void DrawLogo(HDC dc, int centreX, int centreY, int size) {
     const SelectedObject selected(memory.dc, g_app.logoBitmap);
     SetStretchBltMode(dc, HALFTONE);
     const BLENDFUNCTION blend = {AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};
-    // msimg32's AlphaBlend by its name in a DLL that is always loaded from System32.
+    // msimg32's AlphaBlend is this call. gdi32 is a known DLL, which is always loaded from System32.
     GdiAlphaBlend(dc, centreX - size / 2, centreY - size / 2, size, size, memory.dc, 0, 0,
                   static_cast<int>(g_app.logoWidth), static_cast<int>(g_app.logoHeight), blend);
 }

@@ -1,4 +1,4 @@
-// The logo, a PNG resource decoded when it is first drawn.
+// The logo, a PNG resource that is decoded when it is first drawn.
 #pragma once
 
 #include "win32/platform.h"
@@ -6,12 +6,12 @@
 struct IStream;
 
 // Decodes a PNG with the Windows Imaging Component into a 32-bit top-down DIB section of premultiplied BGRA,
-// which the caller owns. Null on any failure. COM must be initialised.
+// owned by the caller; stores the size in pixels. Null on any failure. COM must be initialised.
 HBITMAP DecodePng(IStream* stream, UINT* width, UINT* height);
 
-// Draws the logo as a size x size square around the centre, in design units. Without the resource, or when it
-// cannot be decoded, nothing is drawn.
+// Draws the logo as a square of `size` design units around the centre. Draws nothing when the resource is
+// missing or cannot be decoded.
 void DrawLogo(HDC dc, int centreX, int centreY, int size);
 
-// Deletes the decoded bitmap.
+// Deletes the decoded bitmap, if any.
 void FreeLogo();

@@ -1,7 +1,7 @@
-// The panel that the popup shows by default: sliders, status strip, presets and power button.
+// The main panel, which the popup shows by default: sliders, status strip, presets and power button.
 #pragma once
 
 #include "win32/platform.h"
 
-// Draws the whole panel from AppState onto the canvas, over its background.
+// Draws the whole panel from AppState onto the canvas.
 void DrawMainPanel(HDC dc);

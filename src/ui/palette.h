@@ -1,18 +1,18 @@
-// The fixed dark palette. No colour is read from the system.
+// The fixed dark palette, independent of the system's colours.
 #pragma once
 
 #include <cstdint>
 
 #include "win32/platform.h"
 
-// A colour as designers write it, 0xRRGGBB, in Windows' order.
+// Converts 0xRRGGBB to a COLORREF (0x00BBGGRR).
 constexpr COLORREF Hex(std::uint32_t rgb) {
     return ((rgb >> 16) & 0xFF) | (rgb & 0xFF00) | ((rgb & 0xFF) << 16);
 }
 
 constexpr COLORREF kColourBackground = Hex(0x0D0D0D);
 constexpr COLORREF kColourHeader = Hex(0x191919);
-constexpr COLORREF kColourDimmed = Hex(0x666666);  // title, gear, text of what is not selected
+constexpr COLORREF kColourDimmed = Hex(0x666666);  // title, gear, unselected text
 constexpr COLORREF kColourGroove = Hex(0x1E1E1E);
 constexpr COLORREF kColourHintUnlit = Hex(0x1E1E1E);
 constexpr COLORREF kColourFillOff = Hex(0x282828);

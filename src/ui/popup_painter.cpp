@@ -12,7 +12,7 @@ namespace {
 
 void PaintBuffered(HDC windowDc, int width, int height) {
     const MemoryDc memory(windowDc);
-    // Compatible with the window: a bitmap like the new memory context's own would be monochrome.
+    // Compatible with the window's DC: a bitmap compatible with the new memory DC would be monochrome.
     const OwnedGdi bitmap(CreateCompatibleBitmap(windowDc, width, height));
     const SelectedObject selected(memory.dc, bitmap.handle);
     PaintRoot(memory.dc);

@@ -1,10 +1,11 @@
-// The popup's frame: one off-screen picture, copied to the window in one block, so that nothing flickers.
+// Paints the popup into an off-screen bitmap and copies it to the window in one block, so that it does not
+// flicker.
 #pragma once
 
 #include "win32/platform.h"
 
-// Handles the window's WM_PAINT.
+// Handles WM_PAINT.
 void PaintPopup(HWND window);
 
-// Sets up the canvas, stretched over the window's client area, and draws the panel that AppState shows.
+// Maps the canvas to the client area of the main window and draws the current panel.
 void PaintRoot(HDC dc);

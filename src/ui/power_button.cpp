@@ -18,17 +18,17 @@ constexpr int kIconTop = 492;
 constexpr ButtonColours kOn = {Hex(0x780000), Hex(0xCC0000), Hex(0x990000), Hex(0x500000)};
 constexpr ButtonColours kOff = {Hex(0x222222), Hex(0x262626), Hex(0x1A1A1A), Hex(0x2D2D2D)};
 
-int WidthOfLabel(HDC dc) {
+int LabelWidth(HDC dc) {
     const SelectedObject selected(dc, FontFor(FontRole::Toggle));
     SIZE size = {};
     GetTextExtentPoint32W(dc, kLabel, static_cast<int>(std::size(kLabel) - 1), &size);
     return size.cx;
 }
 
-// Icon and label are centred as one group.
+// Centres the icon and the label as one group.
 void DrawContent(HDC dc, const RECT& button) {
     const int inner = button.right - button.left;
-    const int width = WidthOfLabel(dc);
+    const int width = LabelWidth(dc);
     LONG left = button.left;
     if (g_app.headerIcon != nullptr) {
         left += (inner - kHeaderIconUnits - kIconGap - width) / 2;

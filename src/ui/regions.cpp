@@ -12,16 +12,16 @@ struct RegionRow {
     RECT rect;
 };
 
-// The travel of a slider, as wide as its thumb; not the part of the thumb that overhangs it.
-constexpr RECT TrackOf(int centreX) {
+// The travel of a slider, as wide as its thumb. Excludes the half thumb that overhangs each end.
+constexpr RECT TrackRect(int centreX) {
     return {centreX - kThumbHalfWidth, kSliderBottom - kSliderTravel, centreX + kThumbHalfWidth,
             kSliderBottom};
 }
 
-// In the order in which they are hit.
+// In hit-testing order.
 constexpr RegionRow kRegions[] = {
-    {Region::WarmthTrack, Panel::Main, TrackOf(kWarmthCentreX)},
-    {Region::BrightnessTrack, Panel::Main, TrackOf(kBrightnessCentreX)},
+    {Region::WarmthTrack, Panel::Main, TrackRect(kWarmthCentreX)},
+    {Region::BrightnessTrack, Panel::Main, TrackRect(kBrightnessCentreX)},
     {Region::GammaBanner, Panel::Main, {22, 380, 298, 410}},
     {Region::PwmCard, Panel::Main, {24, 384, 296, 418}},
     {Region::DayPreset, Panel::Main, {30, 429, 110, 465}},
@@ -40,7 +40,7 @@ bool Contains(const RECT& rect, int x, int y) {
     return x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom;
 }
 
-bool IsPresent(Region region) {
+bool IsAvailable(Region region) {
     if (region == Region::GammaBanner) return CurrentStatusStrip() == StatusStrip::Banner;
     if (region == Region::PwmCard) return CurrentStatusStrip() == StatusStrip::Card;
     return true;
@@ -62,7 +62,8 @@ StatusStrip CurrentStatusStrip() {
 
 Region HitTest(int x, int y) {
     for (const RegionRow& row : kRegions) {
-        if (row.panel == g_app.panel && Contains(row.rect, x, y) && IsPresent(row.region)) return row.region;
+        if (row.panel == g_app.panel && Contains(row.rect, x, y) && IsAvailable(row.region))
+            return row.region;
     }
     return Region::None;
 }

@@ -1,5 +1,4 @@
-// Every rectangle of the popup that reacts to the mouse, in design units. Panels draw from the same rows,
-// sliders from the numbers that their rows are made of.
+// The clickable regions of the popup, in design units. The panels draw their controls at the same rectangles.
 #pragma once
 
 #include "win32/platform.h"
@@ -22,12 +21,12 @@ enum class Region {
     Support,
 };
 
-// The rectangle of a region: left and top inclusive, right and bottom exclusive. Not for Region::None.
+// The rectangle of a region: left and top inclusive, right and bottom exclusive. Empty for Region::None.
 RECT RegionRect(Region region);
 
-// What the strip between the sliders and the presets shows; always exactly one.
+// The content of the strip between the sliders and the presets.
 enum class StatusStrip { Banner, Card, Hint };
 StatusStrip CurrentStatusStrip();
 
-// The first region of the current panel that is present and holds the point, else Region::None.
+// The first region of the current panel that is available and contains the point, else Region::None.
 Region HitTest(int x, int y);

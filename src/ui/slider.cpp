@@ -7,8 +7,8 @@
 
 namespace {
 
-constexpr int kTicks = 11;
-constexpr int kTickReach = 45;  // from the centre to a tick's outer end
+constexpr int kTickCount = 11;
+constexpr int kTickOuterOffset = 45;  // from the centre to the outer end of a tick
 constexpr int kThumbRows = 28;
 constexpr int kThumbAboveCentre = 14;
 
@@ -21,14 +21,14 @@ void DrawTrack(HDC dc, int cx) {
     DrawRoundBox(dc, {cx - 4, kSliderBottom - kSliderTravel, cx + 4, kSliderBottom}, 2, kColourGroove, 0, 0);
 }
 
-// The tick is drawn from both sides towards the groove.
+// Draws the tick on both sides of the groove.
 void DrawTick(HDC dc, int cx, int top, int bottom, int length, COLORREF colour) {
-    FillBox(dc, {cx - kTickReach, top, cx - kTickReach + length, bottom}, colour);
-    FillBox(dc, {cx + kTickReach - length, top, cx + kTickReach, bottom}, colour);
+    FillBox(dc, {cx - kTickOuterOffset, top, cx - kTickOuterOffset + length, bottom}, colour);
+    FillBox(dc, {cx + kTickOuterOffset - length, top, cx + kTickOuterOffset, bottom}, colour);
 }
 
 void DrawTicks(HDC dc, int cx) {
-    for (int i = 0; i < kTicks; ++i) {
+    for (int i = 0; i < kTickCount; ++i) {
         const int y = kSliderBottom - OffsetOf(i / 10.0);
         if (i % 5 == 0) {
             DrawTick(dc, cx, y - 1, y + 1, 20, kColourMajorTick);
@@ -64,20 +64,20 @@ int ThumbGrey(int row) {
     return static_cast<int>(u * 64.0F + (1.0F - u) * 46.0F);
 }
 
-void DrawVerticalSlider(HDC dc, const SliderLook& look) {
-    const int cx = look.centreX;
-    const int y = kSliderBottom - OffsetOf(look.value);
-    const bool red = look.accent == kColourRed;
+void DrawVerticalSlider(HDC dc, const VerticalSlider& slider) {
+    const int cx = slider.centreX;
+    const int y = kSliderBottom - OffsetOf(slider.value);
+    const bool red = slider.accent == kColourRed;
     const COLORREF textColour = red ? kColourRed : kColourText;
 
     DrawTrack(dc, cx);
     DrawTicks(dc, cx);
-    FillBox(dc, {cx - 4, y, cx + 4, kSliderBottom}, look.active ? look.accent : kColourFillOff);
-    DrawThumb(dc, cx, y, look.active ? look.accent : kColourThumbBarOff);
-    DrawLine(dc, FontRole::Caption, textColour, {cx - 70, 65, cx + 70, 87}, kAlignCentre, look.caption);
+    FillBox(dc, {cx - 4, y, cx + 4, kSliderBottom}, slider.active ? slider.accent : kColourFillOff);
+    DrawThumb(dc, cx, y, slider.active ? slider.accent : kColourThumbBarOff);
+    DrawLine(dc, FontRole::Caption, textColour, {cx - 70, 65, cx + 70, 87}, kAlignCentre, slider.caption);
 
-    const int left = cx - look.valueBoxWidth / 2;
-    const RECT box = {left, 330, left + look.valueBoxWidth, 354};
+    const int left = cx - slider.valueBoxWidth / 2;
+    const RECT box = {left, 330, left + slider.valueBoxWidth, 354};
     DrawRoundBox(dc, box, 8, kColourBlack, 1, red ? kColourValueBoxRed : kColourValueBox);
-    DrawLine(dc, FontRole::Value, textColour, box, kAlignCentre, look.valueText);
+    DrawLine(dc, FontRole::Value, textColour, box, kAlignCentre, slider.valueText);
 }

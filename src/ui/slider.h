@@ -3,9 +3,9 @@
 
 #include "win32/platform.h"
 
-struct SliderLook {
+struct VerticalSlider {
     int centreX;
-    double value;  // 0..1
+    double value;  // 0 to 1
     COLORREF accent;
     bool active;
     const wchar_t* caption;
@@ -13,8 +13,8 @@ struct SliderLook {
     int valueBoxWidth;
 };
 
-// Track, ticks, fill, thumb, caption above and value box below. Coordinates as in the drawing kit.
-void DrawVerticalSlider(HDC dc, const SliderLook& look);
+// Draws track, ticks, fill, thumb, the caption above and the value box below. Coordinates are design units.
+void DrawVerticalSlider(HDC dc, const VerticalSlider& slider);
 
-// The grey of the thumb's row 0..27, from its top: 89 at the top, a dip to 46, and up again.
+// The grey level of a thumb row, 0 (top) to 27: falls from 89 to 46, then rises to 61.
 int ThumbGrey(int row);

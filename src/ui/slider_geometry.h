@@ -1,8 +1,8 @@
-// Where the sliders are, for drawing, hit testing and dragging alike. Design units.
+// Slider geometry in design units, shared by drawing, hit testing and dragging.
 #pragma once
 
-// The travel of a slider in design units: value 0 at the lower end, 1 at the upper. The mouse moves the value
-// over the same distance.
+// The thumb travels kSliderTravel units up from kSliderBottom (value 0) to value 1. A drag over the same
+// distance changes the value from 0 to 1.
 constexpr int kSliderBottom = 305;
 constexpr int kSliderTravel = 198;
 constexpr int kThumbHalfWidth = 26;

@@ -13,7 +13,7 @@ constexpr RECT kCardTitle = {36, 387, 226, 402};
 constexpr RECT kCardStatus = {36, 400, 226, 414};
 constexpr RECT kCardSwitch = {234, 384, 284, 418};
 
-// Below this software brightness the backlight's flicker may show, and the hint is lit.
+// The hint is lit below this software brightness.
 constexpr double kHintBrightness = 0.9;
 
 struct CardColours {
@@ -26,7 +26,7 @@ constexpr CardColours kCardWarning = {kColourAmber, Hex(0x1C180C), Hex(0x120F08)
 constexpr CardColours kCardNeutral = {Hex(0x6E6E6E), Hex(0x161616), Hex(0x0C0C0C)};
 constexpr CardColours kCardLocked = {kColourGreen, Hex(0x122016), Hex(0x0A140E)};
 
-CardColours ColoursOfCard() {
+CardColours CurrentCardColours() {
     if (g_app.pwmSafe) return g_app.pwmLockConfirmed ? kCardLocked : kCardWarning;
     return g_app.pwmTargetsAt100 < g_app.pwmTargetCount ? kCardWarning : kCardNeutral;
 }
@@ -39,7 +39,7 @@ void DrawBanner(HDC dc) {
 
 void DrawCard(HDC dc) {
     const RECT card = RegionRect(Region::PwmCard);
-    const CardColours colours = ColoursOfCard();
+    const CardColours colours = CurrentCardColours();
     FillRoundedGradient(dc, card, 8, colours.top, colours.bottom);
     DrawEdgeLines(dc, card, 8, g_app.pwmSafe ? Hex(0x787878) : Hex(0x505050), kColourBlack);
     OutlineRoundRect(dc, card, 16, colours.accent);
@@ -49,7 +49,7 @@ void DrawCard(HDC dc) {
              g_app.pwmSafe ? L"ON" : L"OFF");
 }
 
-// Unlit it is barely visible, by design.
+// The unlit colour is barely visible by design.
 void DrawHint(HDC dc) {
     DrawLine(dc, FontRole::Small, g_app.brightness < kHintBrightness ? kColourAmber : kColourHintUnlit,
              kTextLine, kAlignTopCentre, L"\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%");

@@ -29,7 +29,7 @@ bool HandOver(const std::wstring& text) {
 }
 
 bool PutOnClipboard(const std::wstring& text) {
-    const OpenClipboardOf clipboard(g_app.mainWindow);
+    const ClipboardSession clipboard(g_app.mainWindow);
     if (!clipboard.open) return false;
     EmptyClipboard();
     return HandOver(text);

@@ -1,11 +1,12 @@
-// Guards for COM: interface pointers, BSTRs and VARIANTs that live within one operation.
+// RAII guards for COM interface pointers, BSTRs and VARIANTs that live within one operation.
 #pragma once
 
 #include "win32/platform.h"
 
 #include <oleauto.h>
 
-// A COM interface pointer; Out() is where a call puts a new one.
+// A COM interface pointer, released at the end of the scope. Pass Out() to a call that returns one; the guard
+// must be empty then.
 template <typename Interface>
 struct [[nodiscard]] ComPointer {
     Interface* pointer = nullptr;
@@ -21,7 +22,7 @@ struct [[nodiscard]] ComPointer {
     Interface* operator->() const { return pointer; }
 };
 
-// A text allocated for a COM call; text is null when memory ran out.
+// A BSTR copy of a string. `text` is null when the allocation fails.
 struct [[nodiscard]] Bstr {
     BSTR text;
 
@@ -31,7 +32,7 @@ struct [[nodiscard]] Bstr {
     Bstr& operator=(const Bstr&) = delete;
 };
 
-// A value that a COM call fills or takes.
+// A VARIANT, empty at first, cleared at the end of the scope.
 struct [[nodiscard]] Variant {
     VARIANT value;
 

@@ -5,7 +5,7 @@
 void FormatWideArguments(wchar_t* buffer, std::size_t capacity, const wchar_t* format, va_list arguments) {
     if (capacity == 0) return;
 #if defined(__MINGW32__)
-    // The C runtime's own _vsnwprintf leaves a cut text unterminated and does not know %zu.
+    // msvcrt's _vsnwprintf does not terminate truncated text and does not support %zu.
     __mingw_vsnwprintf(buffer, capacity, format, arguments);
 #else
     _vsnwprintf_s(buffer, capacity, _TRUNCATE, format, arguments);

@@ -1,22 +1,22 @@
-// Guards for handles that live within one operation: each gives back what it holds at the end of its scope.
-// A handle that lives for the whole run is a field of AppState instead.
+// RAII guards for handles that live within one operation: each releases or restores its handle at the end of
+// the scope. A handle that lives for the whole run is a field of AppState instead.
 #pragma once
 
 #include "win32/platform.h"
 
-// A pen, brush, region, bitmap or font made for one drawing call.
+// A pen, brush, region, bitmap or font created for one drawing call, deleted at the end of the scope.
 template <typename Handle>
 struct [[nodiscard]] OwnedGdi {
     Handle handle;
 
-    explicit OwnedGdi(Handle made) : handle(made) {}
+    explicit OwnedGdi(Handle created) : handle(created) {}
     ~OwnedGdi() {
         if (handle != nullptr) DeleteObject(handle);
     }
     OwnedGdi(const OwnedGdi&) = delete;
     OwnedGdi& operator=(const OwnedGdi&) = delete;
 
-    // Hands the object over to the caller.
+    // Transfers ownership to the caller.
     Handle Release() {
         Handle released = handle;
         handle = nullptr;
@@ -24,8 +24,8 @@ struct [[nodiscard]] OwnedGdi {
     }
 };
 
-// An object selected into a device context; the previous one is selected again. A null object is not
-// selected.
+// Selects an object into a device context and the previous one again at the end of the scope. A null object
+// is not selected.
 struct [[nodiscard]] SelectedObject {
     HDC dc;
     HGDIOBJ previous;
@@ -39,7 +39,7 @@ struct [[nodiscard]] SelectedObject {
     SelectedObject& operator=(const SelectedObject&) = delete;
 };
 
-// The device context of the whole screen; null when Windows gives none.
+// The device context of the whole screen; null when GetDC fails.
 struct [[nodiscard]] ScreenDc {
     HDC dc = GetDC(nullptr);
 
@@ -51,11 +51,11 @@ struct [[nodiscard]] ScreenDc {
     ScreenDc& operator=(const ScreenDc&) = delete;
 };
 
-// A memory device context compatible with another.
+// A memory device context compatible with another one; null when it cannot be created.
 struct [[nodiscard]] MemoryDc {
     HDC dc;
 
-    explicit MemoryDc(HDC like) : dc(CreateCompatibleDC(like)) {}
+    explicit MemoryDc(HDC reference) : dc(CreateCompatibleDC(reference)) {}
     ~MemoryDc() {
         if (dc != nullptr) DeleteDC(dc);
     }
@@ -63,24 +63,24 @@ struct [[nodiscard]] MemoryDc {
     MemoryDc& operator=(const MemoryDc&) = delete;
 };
 
-// The clip region that a device context has now, put back at the end of the scope. A clip that cannot be read
-// is left as it is then.
+// Restores a device context's current clip region at the end of the scope. When the region cannot be read,
+// the clip in force at the end of the scope stays.
 struct [[nodiscard]] SavedClip {
     HDC dc;
     HRGN region;
-    int found;  // 1: region holds the clip; 0: there is none; -1: not known
+    int status;  // GetClipRgn's result; 1: region holds the clip; 0: no clip; -1: error
 
     explicit SavedClip(HDC target)
-        : dc(target), region(CreateRectRgn(0, 0, 0, 0)), found(GetClipRgn(target, region)) {}
+        : dc(target), region(CreateRectRgn(0, 0, 0, 0)), status(GetClipRgn(target, region)) {}
     ~SavedClip() {
-        if (found >= 0) SelectClipRgn(dc, found == 1 ? region : nullptr);
+        if (status >= 0) SelectClipRgn(dc, status == 1 ? region : nullptr);
         if (region != nullptr) DeleteObject(region);
     }
     SavedClip(const SavedClip&) = delete;
     SavedClip& operator=(const SavedClip&) = delete;
 };
 
-// An open registry key; Out() is where RegOpenKeyExW puts it.
+// An open registry key, closed at the end of the scope. Pass Out() to RegOpenKeyExW.
 struct [[nodiscard]] RegistryKey {
     HKEY key = nullptr;
 
@@ -94,7 +94,8 @@ struct [[nodiscard]] RegistryKey {
     HKEY* Out() { return &key; }
 };
 
-// A movable block of global memory, freed unless it was handed over with Release().
+// A movable block of global memory, freed at the end of the scope unless Release() transferred ownership.
+// `block` is null when the allocation fails.
 struct [[nodiscard]] GlobalBlock {
     HGLOBAL block;
 
@@ -112,24 +113,24 @@ struct [[nodiscard]] GlobalBlock {
     }
 };
 
-// The clipboard, opened with `owner` as the owner of what is put on it. open is false when another program
-// holds it.
-struct [[nodiscard]] OpenClipboardOf {
+// Opens the clipboard for the window `owner` and closes it at the end of the scope. `open` is false when
+// another program has it open.
+struct [[nodiscard]] ClipboardSession {
     bool open;
 
-    explicit OpenClipboardOf(HWND owner) : open(OpenClipboard(owner) != FALSE) {}
-    ~OpenClipboardOf() {
+    explicit ClipboardSession(HWND owner) : open(OpenClipboard(owner) != FALSE) {}
+    ~ClipboardSession() {
         if (open) CloseClipboard();
     }
-    OpenClipboardOf(const OpenClipboardOf&) = delete;
-    OpenClipboardOf& operator=(const OpenClipboardOf&) = delete;
+    ClipboardSession(const ClipboardSession&) = delete;
+    ClipboardSession& operator=(const ClipboardSession&) = delete;
 };
 
-// A slim lock held exclusively.
+// Holds a slim reader/writer lock in exclusive mode.
 struct [[nodiscard]] ExclusiveLock {
     SRWLOCK* lock;
 
-    explicit ExclusiveLock(SRWLOCK* held) : lock(held) { AcquireSRWLockExclusive(lock); }
+    explicit ExclusiveLock(SRWLOCK* target) : lock(target) { AcquireSRWLockExclusive(lock); }
     ~ExclusiveLock() { ReleaseSRWLockExclusive(lock); }
     ExclusiveLock(const ExclusiveLock&) = delete;
     ExclusiveLock& operator=(const ExclusiveLock&) = delete;

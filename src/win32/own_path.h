@@ -1,10 +1,10 @@
-// Where this program is.
+// The path of the running program file.
 #pragma once
 
 #include <string>
 
-// The full path of the running program file, cut at 259 characters.
+// The full path of the running program file, truncated to 259 characters.
 std::wstring OwnProgramPath();
 
-// True when `path` is the running program file's, without regard to case.
+// Whether `path` equals OwnProgramPath(), ignoring case.
 bool IsOwnProgramPath(const std::wstring& path);

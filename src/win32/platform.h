@@ -1,5 +1,5 @@
-// The one include of <windows.h>. UNICODE, STRICT, NOMINMAX, WIN32_LEAN_AND_MEAN and the Windows 10 version
-// are set for every target by the build.
+// The only include of <windows.h>. The build defines UNICODE, STRICT, NOMINMAX, WIN32_LEAN_AND_MEAN and the
+// Windows 10 version for every target.
 #pragma once
 
 #include <windows.h>

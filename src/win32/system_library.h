@@ -1,17 +1,17 @@
-// Run-time loading of Windows' own DLLs, from System32 only: the program may run from a downloads folder,
-// where somebody could put a DLL of the same name beside it.
+// Loads Windows DLLs at run time, from System32 only: the program may run from a downloads folder, where an
+// attacker can plant a DLL of the same name beside it.
 #pragma once
 
 #include "win32/platform.h"
 
-// Takes the program's own folder and the current one out of the search for DLLs. First statement of the
-// process.
+// Removes the program's folder and the current folder from the DLL search path. Must be the first statement
+// of the process.
 void RestrictDllSearchToSystem32();
 
-// Loads a DLL of System32 by its bare name. Null on failure, with GetLastError set.
+// Loads a DLL from System32 by its file name. Null on failure, with GetLastError set.
 HMODULE LoadSystemLibrary(const wchar_t* name);
 
-// A DLL loaded for one operation. module is null when it could not be loaded.
+// A DLL loaded for one operation. `module` is null when loading fails.
 struct [[nodiscard]] SystemLibrary {
     HMODULE module;
 
@@ -22,7 +22,7 @@ struct [[nodiscard]] SystemLibrary {
     SystemLibrary(const SystemLibrary&) = delete;
     SystemLibrary& operator=(const SystemLibrary&) = delete;
 
-    // The entry point of that name, null when the library or the name is missing.
+    // The exported function of that name; null when the library or the export is missing.
     template <typename Function>
     Function Find(const char* name) const {
         if (module == nullptr) return nullptr;
