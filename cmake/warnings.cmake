@@ -5,7 +5,11 @@ if(MSVC)
 else()
     target_compile_options(ambrel_warnings INTERFACE
         -Werror -Wall -Wextra -Wshadow -Wconversion -Wswitch -Wformat=2 -Wold-style-cast -Wnull-dereference)
-    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        # Stands in for /W4 of Microsoft's compiler.
+        target_compile_options(ambrel_warnings INTERFACE
+            -Wshorten-64-to-32 -Wimplicit-int-conversion -Wextra-semi -Wnon-virtual-dtor -Wmicrosoft)
+    elseif(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         # GetProcAddress answers a pointer of one type for functions of every type.
         target_compile_options(ambrel_warnings INTERFACE -Wno-cast-function-type)
     endif()

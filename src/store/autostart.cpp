@@ -35,7 +35,7 @@ std::wstring ReadAutostartValue() {
     const LSTATUS status =
         RegQueryValueExW(run.key, kValueName, nullptr, &type, reinterpret_cast<BYTE*>(text), &bytes);
     if (status != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ)) return {};
-    const DWORD characters = bytes / sizeof(wchar_t);
+    const auto characters = static_cast<DWORD>(bytes / sizeof(wchar_t));
     if (characters < kTextCharacters) text[characters] = L'\0';
     return text;
 }
