@@ -1,0 +1,126 @@
+// What the program takes from the C++ runtime, in a few lines. The runtime's own versions throw: they bring
+// the exception machinery, a demangler, a second printf and a thread library into the file. Here nothing
+// throws: when memory runs out the nothrow forms answer null and everything else ends the process.
+//
+// Linked into the program only; test programs have the compiler's runtime. Using one of the standard
+// library's other error functions links that runtime beside this one, and the linker reports the functions
+// below as defined twice: add the missing one here.
+#include "win32/abnormal_end.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+#include <string>
+
+#include <malloc.h>
+
+namespace {
+
+void* Allocate(std::size_t bytes) noexcept {
+    return std::malloc(bytes != 0 ? bytes : 1);
+}
+
+void* AllocateAligned(std::size_t bytes, std::align_val_t alignment) noexcept {
+    return __mingw_aligned_malloc(bytes != 0 ? bytes : 1, static_cast<std::size_t>(alignment));
+}
+
+void* OrEnd(void* block) noexcept {
+    if (block == nullptr) EndProcessAbnormally();
+    return block;
+}
+
+}  // namespace
+
+void* operator new(std::size_t bytes) {
+    return OrEnd(Allocate(bytes));
+}
+void* operator new[](std::size_t bytes) {
+    return OrEnd(Allocate(bytes));
+}
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+    return Allocate(bytes);
+}
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+    return Allocate(bytes);
+}
+void* operator new(std::size_t bytes, std::align_val_t alignment) {
+    return OrEnd(AllocateAligned(bytes, alignment));
+}
+void* operator new[](std::size_t bytes, std::align_val_t alignment) {
+    return OrEnd(AllocateAligned(bytes, alignment));
+}
+void* operator new(std::size_t bytes, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    return AllocateAligned(bytes, alignment);
+}
+void* operator new[](std::size_t bytes, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    return AllocateAligned(bytes, alignment);
+}
+
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+void operator delete[](void* block) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    std::free(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, const std::nothrow_t&) noexcept {
+    std::free(block);
+}
+void operator delete[](void* block, const std::nothrow_t&) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, std::align_val_t) noexcept {
+    __mingw_aligned_free(block);
+}
+void operator delete[](void* block, std::align_val_t) noexcept {
+    __mingw_aligned_free(block);
+}
+void operator delete(void* block, std::size_t, std::align_val_t) noexcept {
+    __mingw_aligned_free(block);
+}
+void operator delete[](void* block, std::size_t, std::align_val_t) noexcept {
+    __mingw_aligned_free(block);
+}
+void operator delete(void* block, std::align_val_t, const std::nothrow_t&) noexcept {
+    __mingw_aligned_free(block);
+}
+void operator delete[](void* block, std::align_val_t, const std::nothrow_t&) noexcept {
+    __mingw_aligned_free(block);
+}
+
+// libstdc++ calls these where a container would throw; it declares them in <bits/functexcept.h>.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl58-cpp,readability-identifier-naming)
+namespace std {
+
+void __throw_bad_alloc() {
+    EndProcessAbnormally();
+}
+void __throw_bad_array_new_length() {
+    EndProcessAbnormally();
+}
+void __throw_length_error(const char*) {
+    EndProcessAbnormally();
+}
+void __throw_logic_error(const char*) {
+    EndProcessAbnormally();
+}
+void __throw_out_of_range(const char*) {
+    EndProcessAbnormally();
+}
+void __throw_out_of_range_fmt(const char*, ...) {
+    EndProcessAbnormally();
+}
+
+}  // namespace std
+
+// A call of a function that an abstract class declares and no class defines.
+extern "C" [[noreturn]] void __cxa_pure_virtual();
+void __cxa_pure_virtual() {
+    EndProcessAbnormally();
+}
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl58-cpp,readability-identifier-naming)
