@@ -1,9 +1,8 @@
 #!/usr/bin/python3
-"""Brings docs' pictures and docs/support-bundle.md up to date: pictures.py [NAME...]
+"""Regenerates the screenshots and the sample support report in docs/: pictures.py [NAME...]
 
-Without a name it makes all of them. Each is made by the built program in a lab of its own and put into docs/ only when
-it is whole: a step that does not happen ends this with a sentence that says which, with exit code 1, and leaves the
-document as it was."""
+Without a name it regenerates all of them. Each comes from the built program in a separate lab and is written to docs/
+only when it is complete: if a step fails, this names the step, exits with code 1 and leaves the document unchanged."""
 
 import sys
 from pathlib import Path
@@ -17,7 +16,7 @@ from ambrel_lab.unit import end_on_signals  # noqa: E402
 from documents import guide, support_bundle  # noqa: E402
 
 DOCS = ROOT / "docs"
-# A name, and a function that is given a lab in which nothing runs yet and answers {path below docs/: its bytes}.
+# By name: functions that take a lab in which nothing runs yet and return {path below docs/: content}.
 MAKERS = {"guide": guide.make, "support-bundle": support_bundle.make}
 
 

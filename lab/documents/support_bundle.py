@@ -1,4 +1,4 @@
-"""docs/support-bundle.md: what the support report is, and one of a machine with a monitor and a built-in panel."""
+"""The sample report in docs/support-bundle.md, of a machine with a monitor and a built-in panel."""
 
 import re
 import socket
@@ -11,50 +11,20 @@ from demonstration.support import copy_report
 
 WINDOWS_KEY = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion"
 BIOS_KEY = "HKLM\\HARDWARE\\DESCRIPTION\\System\\BIOS"
-# What would otherwise be of the computer that runs the lab, and what Wine leaves empty. The system's place is a value
-# that every start of the lab reads anew; the hardware's exists only while it runs.
+# Values that Wine leaves empty or takes from the computer that runs the lab. The keys of SYSTEM exist in the prefix;
+# those of HARDWARE are volatile and exist only while Wine runs.
 SYSTEM = ((WINDOWS_KEY, "ProductName", "Windows 10 Pro"), (WINDOWS_KEY, "DisplayVersion", "23H2"),
           (WINDOWS_KEY, "UBR", 3007), (WINDOWS_KEY, "CurrentBuildNumber", "22631"),
           ("HKLM\\SOFTWARE\\Microsoft\\Cryptography", "MachineGuid", "01234567-89ab-cdef-0123-456789abcdef"))
 HARDWARE = ((BIOS_KEY, "SystemManufacturer", "Lab Works"), (BIOS_KEY, "SystemProductName", "Bench 7"),
             ("HKLM\\HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", "ProcessorNameString", "Lab Processor 9000"))
-# What differs from one making to the next though nothing has changed.
+# The parts of a report that differ between two runs of the same program.
 TIMES = re.compile(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d|\d\d:\d\d:\d\d\.\d{3}|(?<=uptime: )\d+s")
 LOCKED = "PWM-safe: 2 display(s) confirmed locked at 100%"
 
-TEXT = """\
-# The support report
-
-When something does not work, the program can tell support what it knows. Open the popup, click the gear, and click
-COPY FEEDBACK FOR SUPPORT. For five seconds the button says COPIED. Then open a new e-mail to support@ambrel.example,
-paste, write what happens above the line that says so, and send it. The second line of the text is meant as the subject.
-
-Nothing is sent by the program, and no file is made of the report: what you paste is all there is. Read it first, and take
-out what you would rather keep to yourself: the paths in it, those in the two logs too, may hold your user name.
-
-| Section | What it holds |
-|---|---|
-| APP | the program's version, the time, how long it has been running |
-| SYSTEM | the edition and build of Windows, the computer's model, processor and memory, language, time zone, scaling |
-| DISPLAYS | each display's name and mode, whether it takes commands over DDC/CI, and its brightness then; the graphics adapters |
-| FILTER STATE | warmth and brightness as they are set, and the way they are put on the screen |
-| PWM-SAFE MODE | how many displays are at 100%, and the brightness that each had before the lock |
-| SETTINGS | the switches, the autostart entry, and where the settings are kept |
-| EVENT LOG | what the program has noted since it was started, at most 500 lines |
-| PERSISTED LOG | the last 40 lines of `events.log`, which may be of earlier runs |
-
-The sixteen digits in the subject let support recognise reports of the same computer. They are computed from the number
-that Windows gave it when it was set up; they name nobody.
-
-When another program holds the clipboard at that moment, the button does not say COPIED: click again.
-
-## One of them
-
-Made in the lab by `./run.sh --pictures`, with a monitor and a built-in panel that it simulates.
-
-```text
-{report}```
-"""
+PAGE = ROOT / "docs" / "support-bundle.md"
+# The report's block on that page, without its fences. The rest of the page is written by hand.
+REPORT = re.compile(r"(?<=^```text\n).*?(?=^```$)", re.MULTILINE | re.DOTALL)
 
 
 def prepare(lab):
@@ -68,7 +38,7 @@ def prepare(lab):
 
 
 def use(stage):
-    """An evening's use of the program."""
+    """Uses most of what the report covers: a preset, the lock, a setting."""
     stage.start()
     stage.lab.click_unit(*EVENING)
     stage.see("EVENING is saved", lambda: stage.setting_is("Brightness", "850"))
@@ -80,17 +50,21 @@ def use(stage):
 
 
 def check(lab, text):
-    """Raises LabError when the text would publish something of the computer that runs the lab."""
+    """Raises LabError when the report identifies the computer that runs the lab."""
     found = [word for word in (socket.gethostname(), str(lab.folder), str(lab.build_dir), "/home/", "Z:\\")
              if re.search(rf"(?<!\w){re.escape(word)}(?!\w)", text)]
     if found:
-        raise LabError(f"the report names this computer's {', '.join(found)}")
+        raise LabError(f"the report contains {', '.join(found)}")
 
 
-def newer(content, file):
-    """The content, or that of the file when only the times in it are others."""
-    old = file.read_text(encoding="utf-8") if file.exists() else ""
-    return old if TIMES.sub("", old) == TIMES.sub("", content) else content
+def replace_report(page, report):
+    """The page with a new report. A report that differs only in its times leaves the page unchanged."""
+    old = REPORT.findall(page)
+    if len(old) != 1:
+        raise LabError(f"{PAGE.relative_to(ROOT)} has {len(old)} blocks that begin with ```text, expected 1")
+    if TIMES.sub("", old[0]) == TIMES.sub("", report):
+        return page
+    return REPORT.sub(lambda _: report, page)
 
 
 def make(lab):
@@ -100,5 +74,4 @@ def make(lab):
     text = copy_report(stage).replace("\r\n", "\n")
     stage.quit()
     check(lab, text)
-    content = newer(TEXT.replace("{report}", text), ROOT / "docs" / "support-bundle.md")
-    return {"support-bundle.md": content.encode()}
+    return {PAGE.name: replace_report(PAGE.read_text(encoding="utf-8"), text).encode()}

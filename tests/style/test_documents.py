@@ -2,12 +2,18 @@
 
 import re
 import subprocess
+import sys
 from pathlib import Path
 from urllib.parse import unquote
 
 import pytest
 
 ROOT = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "lab"))
+
+from ambrel_lab import LabError  # noqa: E402
+from documents.support_bundle import replace_report  # noqa: E402
+
 GUIDE = ROOT / "docs" / "guide.md"
 CARD_LABELS = ROOT / "src" / "brightness" / "pwm_card_label.cpp"
 
@@ -68,3 +74,18 @@ def test_the_guide_calls_the_card_what_the_program_calls_it():
     told = [row.split("|")[1].strip() for row in table.group(1).splitlines()]
     labels = re.findall(r'L"([^"]+)"', CARD_LABELS.read_text(encoding="utf-8"))
     assert sorted(told) == sorted(labels)
+
+
+def test_the_support_page_holds_one_report_and_regenerating_it_leaves_the_prose_alone():
+    page = (ROOT / "docs" / "support-bundle.md").read_text(encoding="utf-8")
+    before, report, after = re.fullmatch(r"(.*?^```text\n)(TO: .*?=== END DIAGNOSTICS ===\n)(```\n.*)", page,
+                                         re.M | re.S).groups()
+    assert replace_report(page, "=== NEW ===\n") == f"{before}=== NEW ===\n{after}"
+    later = re.sub(r"(?m)^\[\d\d:\d\d:", "[23:59:", re.sub(r"uptime: \d+s", "uptime: 99s", report))
+    assert later != report and replace_report(page, later) == page
+
+
+@pytest.mark.parametrize("page", ["no report", "```text\na\n```\n\n```text\nb\n```\n"])
+def test_a_support_page_without_exactly_one_report_is_refused(page):
+    with pytest.raises(LabError):
+        replace_report(page, "new")
