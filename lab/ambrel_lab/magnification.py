@@ -47,16 +47,17 @@ class Magnification:
         else:
             self.prefix.path(DLL).unlink(missing_ok=True)
 
-    def script(self, effect=(0,), initialize=0):
+    def script(self, effect=(0,), initialize=0, delay=0):
         """What the library answers from now on, also while the program runs.
 
         `effect` is the error of each coming effect call, 0 being success; the last one answers all later calls, so
         (87, 0) fails once with error 87 and (87,) for ever. A program that loads the library anew starts the list
-        again. `initialize` is the error of MagInitialize.
+        again. `initialize` is the error of MagInitialize. Each effect call takes `delay` ms after it was recorded.
         """
         self.serial += 1
         path = self.prefix.path(SCRIPT)
-        text = f"serial={self.serial}\ninitialize={initialize}\neffect={','.join(map(str, effect))}\n"
+        effects = ",".join(map(str, effect))
+        text = f"serial={self.serial}\ninitialize={initialize}\neffect={effects}\ndelay={delay}\n"
         temporary = path.with_suffix(".new")
         temporary.write_text(text)
         os.replace(temporary, path)

@@ -5,6 +5,8 @@
 // The script is read at every call, so it may change while the program runs. It holds name=value lines:
 //     initialize=ERROR        what MagInitialize fails with; 0 succeeds
 //     effect=ERROR,ERROR,...  what successive effect calls fail with; the last one answers all later calls
+//     delay=MS                how long each effect call takes after it was recorded; messages are not
+//     dispatched
 // A script whose text has changed, or a library loaded anew, starts the list from the beginning. No script
 // means that everything succeeds.
 //
@@ -49,7 +51,7 @@ void ReadScript() {
 }
 
 // The number at `index` of a comma-separated list, or its last one; 0 when the script has no such line.
-DWORD ScriptedError(const char* name, int index) {
+DWORD ScriptedNumber(const char* name, int index) {
     const char* position = std::strstr(g_script, name);
     if (!position) {
         return ERROR_SUCCESS;
@@ -101,7 +103,7 @@ BOOL Answer(DWORD error) {
 #ifdef LAB_EXPORT_INITIALIZE
 extern "C" __declspec(dllexport) BOOL WINAPI MagInitialize() {
     ReadScript();
-    const DWORD error = ScriptedError("initialize=", 0);
+    const DWORD error = ScriptedNumber("initialize=", 0);
     Record("MagInitialize", error, nullptr);
     g_initialized += error == ERROR_SUCCESS;
     return Answer(error);
@@ -122,13 +124,14 @@ extern "C" __declspec(dllexport) BOOL WINAPI MagUninitialize() {
 #ifdef LAB_EXPORT_EFFECT
 extern "C" __declspec(dllexport) BOOL WINAPI MagSetFullscreenColorEffect(const float* matrix) {
     ReadScript();
-    DWORD error = ScriptedError("effect=", g_effectCalls++);
+    DWORD error = ScriptedNumber("effect=", g_effectCalls++);
     if (!matrix) {
         error = ERROR_INVALID_PARAMETER;
     } else if (g_initialized == 0) {
         error = kNotInitialized;
     }
     Record("MagSetFullscreenColorEffect", error, matrix);
+    Sleep(ScriptedNumber("delay=", 0));
     if (error == ERROR_SUCCESS) {
         ShowDiagonal(static_cast<double>(matrix[0]), static_cast<double>(matrix[6]),
                      static_cast<double>(matrix[12]));

@@ -1,5 +1,6 @@
 #include "app/tray_events.h"
 
+#include "app/pending_input.h"
 #include "app/popup.h"
 #include "app/shell/tray_icon.h"
 #include "app/state/app_state.h"
@@ -68,6 +69,14 @@ void ShowTrayMenu() {
     if (g_app.menuTracking) return;
     POINT cursor = {};
     GetCursorPos(&cursor);
+    // Otherwise the menu's loop takes a late release of a button in the popup for a choice.
+    const std::uint32_t request = ++g_app.menuRequests;
+    HandlePendingPopupInput();
+    // The handled input may have opened a box, whose loop dispatches messages: the program may have been quit
+    // meanwhile, or a later click have had its menu.
+    if (g_app.mainWindow == nullptr || g_app.menuRequests != request) return;
+    // The release that ends the drag would choose a row.
+    if (IsSliderHeld()) return;
     HMENU menu = CreatePopupMenu();
     if (menu == nullptr) return;
     AppendSwitch(menu, kMenuLaunchAtStartup, L"Launch at Startup", g_app.launchAtStart);

@@ -5,10 +5,10 @@ import time
 import pytest
 
 import model
-from desk import MENU_CLASS, wait_until
+from desk import MENU_CLASS, POWER, wait_until
 
 WM_USER_TRAY, WM_CLOSE, WM_TIMER = 0x401, 0x10, 0x113
-WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_MBUTTONUP, WM_MOUSEMOVE = 0x202, 0x203, 0x208, 0x200
+WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_RBUTTONUP, WM_MBUTTONUP, WM_MOUSEMOVE = 0x202, 0x203, 0x205, 0x208, 0x200
 # Windows hands the numbers of messages with a name out from here on.
 NAMED_MESSAGES = range(0xC000, 0xC100)
 REGUARD = 0.25  # Seconds in which a click after a hide opens nothing.
@@ -138,6 +138,79 @@ def test_the_popup_stays_open_while_the_menu_is(desk):
     assert desk.popup_visible()
     desk.click(10, 10)
     wait_until(lambda: not desk.menu_window(), 5.0, "the end of the tray menu")
+
+
+SLOW = 2000  # ms that a press on the power button takes with a slow display.
+
+
+def press_power_slowly(desk):
+    """Presses the power button and leaves when the program is busy with that press; the button's place."""
+    desk.show()
+    power = desk.unit_to_screen(*POWER)
+    desk.magnification.script(delay=SLOW)
+    desk.press(*power)
+    wait_until(desk.effects, 10.0, "the call that takes long")
+    return power
+
+
+def open_menu_while_busy(desk, icon):
+    """Right-clicks the icon while the program is busy, and returns the menu that opens afterwards."""
+    desk.click(*icon, 3)
+    assert desk.tray_tip() == "Ambrel", "the machine was too busy to click while the press was being handled"
+    menu = wait_until(desk.menu_window, 10.0, "the tray menu")
+    time.sleep(0.3)  # For a row that is chosen wrongly.
+    assert desk.menu_window() == menu
+    return menu
+
+
+def choose_quit(desk, menu):
+    desk.click(*desk.menu_place(menu, "Quit"))
+    assert desk.wait_for_exit() == 0
+    assert desk.settings().get("UseLegacyGamma", "0") == "0"
+
+
+def test_a_release_that_still_waits_for_the_popup_chooses_no_row_of_the_menu(desk):
+    icon = desk.tray_icon_position()
+    press_power_slowly(desk)
+    desk.release()
+    menu = open_menu_while_busy(desk, icon)
+    desk.wait_for_tip("Ambrel - ON (3998K, 100%)")
+    choose_quit(desk, menu)
+
+
+def test_a_click_that_still_waits_for_the_popup_is_handled_before_the_menu_opens(desk):
+    icon = desk.tray_icon_position()
+    power = press_power_slowly(desk)
+    desk.release()
+    desk.magnification.script(delay=0)
+    desk.click(*power)
+    menu = open_menu_while_busy(desk, icon)
+    desk.wait_for_tip("Ambrel - OFF")
+    choose_quit(desk, menu)
+
+
+def test_a_slider_that_waits_for_its_release_is_let_go_before_the_menu_opens(desk):
+    icon = desk.tray_icon_position()
+    press_power_slowly(desk)
+    desk.release()
+    desk.magnification.script(delay=0)
+    desk.slide("WARMTH", 40)
+    menu = open_menu_while_busy(desk, icon)
+    desk.wait_for_tip(model.tip_on(model.dragged(0.385, 40), 1.0))
+    choose_quit(desk, menu)
+
+
+def test_no_menu_opens_over_a_slider_that_is_held(desk):
+    desk.slide("WARMTH", 40, release=False)
+    desk.post_message(WM_USER_TRAY, 1, WM_RBUTTONUP)
+    desk.send_message(0)
+    time.sleep(0.3)  # For a menu that opens wrongly.
+    assert not desk.menu_window()
+    desk.release()
+    desk.wait_for_saves(1)
+    assert desk.settings()["Intensity"] == "587"
+    desk.menu("Quit")
+    assert desk.wait_for_exit() == 0
 
 
 def test_the_popup_can_be_opened_and_closed_again_and_again(desk):

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+
+#include "app/pending_input.h"
 #include "app/shell/refresh.h"
 #include "app/shell/tray_icon.h"
 #include "app/state/app_state.h"
@@ -32,6 +35,20 @@ void UpdateTrayIcon() {
 }
 void RemoveTrayIcon() {
     Record("remove icon");
+}
+
+namespace {
+
+void (*g_pendingInput)() = nullptr;
+bool g_sliderHeld = false;
+
+}  // namespace
+
+void HandlePendingPopupInput() {
+    if (const auto handle = std::exchange(g_pendingInput, nullptr)) handle();
+}
+bool IsSliderHeld() {
+    return g_sliderHeld;
 }
 
 namespace {
@@ -101,6 +118,8 @@ protected:
         g_app = AppState{};
         g_app.mainWindow = kWindow;
         g_calls.clear();
+        g_pendingInput = nullptr;
+        g_sliderHeld = false;
         g_choice = 0;
         g_menuCanBeMade = true;
         g_clickedAgainMeanwhile = false;
@@ -210,4 +229,38 @@ TEST_F(TrayMenu, WithoutAMenuNothingHappens) {
     OnTrayCallback(WM_RBUTTONUP);
     EXPECT_EQ(g_calls, (CallRecord{"create menu"}));
     EXPECT_FALSE(g_app.menuTracking);
+}
+
+// Its loop would take a late release for a choice. The checked rows show what the input has changed.
+TEST_F(TrayMenu, InputThatWaitsForThePopupIsHandledBeforeTheMenuIsMade) {
+    g_pendingInput = [] {
+        Record("pending input", g_app.menuTracking ? " while tracking" : "");
+        g_app.useLegacyGamma = true;
+    };
+    OnTrayCallback(WM_RBUTTONUP);
+    EXPECT_EQ(g_calls[0], "pending input");
+    EXPECT_EQ(g_calls[1], "create menu");
+    EXPECT_EQ(g_calls[3], "append 3 flags 8 Legacy Mode (Older Hardware)");
+}
+
+TEST_F(TrayMenu, NoMenuOpensWhenTheHandledInputEndedTheProgram) {
+    g_pendingInput = [] { g_app.mainWindow = nullptr; };
+    OnTrayCallback(WM_RBUTTONUP);
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(TrayMenu, AClickInABoxThatTheHandledInputOpenedHasTheOnlyMenu) {
+    g_pendingInput = [] { OnTrayCallback(WM_RBUTTONUP); };
+    EXPECT_EQ(CallsOfChoosing(0),
+              (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",
+                          "post 500 0 0 0", "destroy menu 60"}));
+}
+
+TEST_F(TrayMenu, NoMenuOpensWhileASliderIsHeld) {
+    g_sliderHeld = true;
+    OnTrayCallback(WM_RBUTTONUP);
+    EXPECT_TRUE(g_calls.empty());
+    g_sliderHeld = false;
+    OnTrayCallback(WM_RBUTTONUP);
+    EXPECT_EQ(g_calls[0], "create menu");
 }

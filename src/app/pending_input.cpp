@@ -1,0 +1,39 @@
+#include "app/pending_input.h"
+
+#include "app/state/app_state.h"
+#include "win32/platform.h"
+
+namespace {
+
+// A held slider produces moves for as long as the mouse moves.
+constexpr int kMaxPendingMessages = 100;
+
+// GetAsyncKeyState tells of physical buttons; the messages are of the logical ones.
+bool IsPrimaryButtonDown() {
+    const int button = GetSystemMetrics(SM_SWAPBUTTON) != 0 ? VK_RBUTTON : VK_LBUTTON;
+    return GetAsyncKeyState(button) < 0;
+}
+
+}  // namespace
+
+void HandlePendingPopupInput() {
+    HWND window = g_app.mainWindow;
+    for (int handled = 0; handled < kMaxPendingMessages; ++handled) {
+        // Without a window PeekMessage would take the input of every window of the thread.
+        if (window == nullptr || g_app.mainWindow != window) return;
+        MSG message = {};
+        if (!PeekMessageW(&message, window, WM_MOUSEFIRST, WM_MOUSELAST, PM_REMOVE)) return;
+        if (message.message == WM_QUIT) {
+            PostQuitMessage(static_cast<int>(message.wParam));
+            return;
+        }
+        DispatchMessageW(&message);
+    }
+}
+
+bool IsSliderHeld() {
+    if (g_app.dragSlider == Slider::None) return false;
+    if (IsPrimaryButtonDown()) return true;
+    ReleaseCapture();
+    return false;
+}

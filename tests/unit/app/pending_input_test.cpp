@@ -1,0 +1,166 @@
+#include "app/pending_input.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+
+#include "app/state/app_state.h"
+#include "support/call_record.h"
+#include "support/seam.h"
+
+namespace {
+
+HWND const kWindow = MakeHandle<HWND>(500);
+
+std::deque<UINT> g_queue;
+bool g_mouseNeverStops = false;
+void (*g_whilePeeking)() = nullptr;
+void (*g_whileHandling)() = nullptr;
+int g_buttonDown = 0;
+bool g_buttonsSwapped = false;
+
+BOOL WINAPI FakePeekMessage(MSG* message, HWND window, UINT first, UINT last, UINT flags) {
+    EXPECT_EQ(window, kWindow);
+    EXPECT_EQ(first, 0x200U);  // WM_MOUSEFIRST
+    EXPECT_EQ(last, 0x20EU);   // WM_MOUSELAST
+    EXPECT_EQ(flags, 1U);      // PM_REMOVE
+    if (g_whilePeeking != nullptr) g_whilePeeking();
+    if (g_mouseNeverStops) g_queue = {WM_MOUSEMOVE};
+    if (g_queue.empty()) return FALSE;
+    message->hwnd = window;
+    message->message = g_queue.front();
+    message->wParam = 3;
+    g_queue.pop_front();
+    return TRUE;
+}
+
+LRESULT WINAPI FakeDispatchMessage(const MSG* message) {
+    EXPECT_EQ(message->hwnd, kWindow);
+    Record("dispatch ", message->message);
+    if (g_whileHandling != nullptr) g_whileHandling();
+    return 0;
+}
+
+void WINAPI FakePostQuitMessage(int code) {
+    Record("post quit ", code);
+}
+
+SHORT WINAPI FakeGetAsyncKeyState(int key) {
+    return key == g_buttonDown ? static_cast<SHORT>(0x8000) : SHORT{1};
+}
+
+int WINAPI FakeGetSystemMetrics(int metric) {
+    EXPECT_EQ(metric, SM_SWAPBUTTON);
+    return g_buttonsSwapped;
+}
+
+BOOL WINAPI FakeReleaseCapture() {
+    Record("release capture");
+    g_app.dragSlider = Slider::None;
+    return TRUE;
+}
+
+class PendingInput : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        g_app.mainWindow = kWindow;
+        g_calls.clear();
+        g_queue.clear();
+        g_mouseNeverStops = false;
+        g_whilePeeking = nullptr;
+        g_whileHandling = nullptr;
+        g_buttonDown = 0;
+        g_buttonsSwapped = false;
+    }
+};
+
+}  // namespace
+
+AMBREL_SEAM(PeekMessageW, FakePeekMessage);
+AMBREL_SEAM(DispatchMessageW, FakeDispatchMessage);
+AMBREL_SEAM(PostQuitMessage, FakePostQuitMessage);
+AMBREL_SEAM(GetAsyncKeyState, FakeGetAsyncKeyState);
+AMBREL_SEAM(GetSystemMetrics, FakeGetSystemMetrics);
+AMBREL_SEAM(ReleaseCapture, FakeReleaseCapture);
+
+TEST_F(PendingInput, IsDispatchedInOrderUntilNoneIsLeft) {
+    g_queue = {WM_LBUTTONUP, WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONUP};
+    HandlePendingPopupInput();
+    EXPECT_EQ(g_calls, (CallRecord{"dispatch 514", "dispatch 512", "dispatch 513", "dispatch 514"}));
+}
+
+TEST_F(PendingInput, NothingHappensWhenNoneWaits) {
+    HandlePendingPopupInput();
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(PendingInput, AMouseThatNeverStopsIsHandledAHundredTimes) {
+    g_mouseNeverStops = true;
+    HandlePendingPopupInput();
+    EXPECT_EQ(g_calls.size(), 100U);
+}
+
+// With a null window PeekMessage would take the input of message boxes.
+TEST_F(PendingInput, StopsWhenAHandlerDestroysTheWindow) {
+    g_queue = {WM_LBUTTONDOWN, WM_LBUTTONUP};
+    g_whileHandling = [] { g_app.mainWindow = nullptr; };
+    HandlePendingPopupInput();
+    EXPECT_EQ(g_calls, (CallRecord{"dispatch 513"}));
+}
+
+TEST_F(PendingInput, StopsWhenASentMessageDestroysTheWindow) {
+    g_whilePeeking = [] { g_app.mainWindow = nullptr; };
+    HandlePendingPopupInput();
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(PendingInput, IsLeftAloneWithoutAWindow) {
+    g_app.mainWindow = nullptr;
+    g_whilePeeking = [] { Record("peek"); };
+    HandlePendingPopupInput();
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(PendingInput, AQuitIsLeftToTheMessageLoop) {
+    g_queue = {WM_QUIT, WM_LBUTTONUP};
+    HandlePendingPopupInput();
+    EXPECT_EQ(g_calls, (CallRecord{"post quit 3"}));
+}
+
+TEST(HeldSlider, NoSliderIsHeldWithoutADragWhateverTheButtonDoes) {
+    g_app = AppState{};
+    g_calls.clear();
+    g_buttonDown = VK_LBUTTON;
+    EXPECT_FALSE(IsSliderHeld());
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST(HeldSlider, ADragIsHeldWhileItsButtonIsDown) {
+    g_app = AppState{};
+    g_calls.clear();
+    g_app.dragSlider = Slider::Warmth;
+    g_buttonsSwapped = false;
+    g_buttonDown = VK_LBUTTON;
+    EXPECT_TRUE(IsSliderHeld());
+    g_buttonsSwapped = true;
+    g_buttonDown = VK_RBUTTON;
+    EXPECT_TRUE(IsSliderHeld());
+    EXPECT_EQ(g_app.dragSlider, Slider::Warmth);
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST(HeldSlider, ADragWhoseReleaseWentElsewhereEnds) {
+    g_app = AppState{};
+    g_app.dragSlider = Slider::Brightness;
+    g_buttonsSwapped = false;
+    g_buttonDown = VK_RBUTTON;
+    g_calls.clear();
+    EXPECT_FALSE(IsSliderHeld());
+    EXPECT_EQ(g_calls, (CallRecord{"release capture"}));
+    EXPECT_EQ(g_app.dragSlider, Slider::None);
+    g_app.dragSlider = Slider::Brightness;
+    g_buttonsSwapped = true;
+    g_buttonDown = VK_LBUTTON;
+    EXPECT_FALSE(IsSliderHeld());
+}
