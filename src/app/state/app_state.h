@@ -6,11 +6,12 @@
 #include <map>
 #include <string>
 
-#include "app/state/dpi.h"
 #include "app/state/monitor_functions.h"
 #include "win32/platform.h"
 
 struct tagMAGCOLOREFFECT;
+
+constexpr std::uint32_t kDesignDpi = 96;
 
 enum class Panel { Main, Settings };
 constexpr int kSystemCursorCount = 16;

@@ -1,10 +1,6 @@
 // Design units, in which the popup is laid out, and the pixels of the popup's monitor.
 #pragma once
 
-#include <cstdint>
-
-constexpr std::uint32_t kDesignDpi = 96;
-
 // Design units (96 DPI) to pixels at the DPI in AppState, and back. A DPI of 0 counts as 96.
 int ScaleByDpi(int units);
 int UnscaleForDpi(int pixels);
