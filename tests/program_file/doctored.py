@@ -1,0 +1,119 @@
+"""Copies of the program file with one thing wrong each, and the rule that must refuse it."""
+
+import struct
+
+import pefile
+
+import rules
+from program import DEPENDENT_LOAD_FLAGS, SECURITY_COOKIE, Program
+
+
+def patched(program, address, kind, value):
+    place = program.pe.get_offset_from_rva(address)
+    new = struct.pack("<" + kind, value)
+    return program.data[:place] + new + program.data[place + len(new):]
+
+
+def replaced(old, new):
+    """The file with one text in place of another. A shorter one is padded with blanks, which XML passes over."""
+    def change(program):
+        assert program.data.count(old) == 1 and len(new) <= len(old)
+        return program.data.replace(old, new.ljust(len(old)))
+    return change
+
+
+def with_header(change):
+    """The file with changed headers; `change` is given pefile's view of a copy."""
+    def make(program):
+        pe = pefile.PE(data=program.data)
+        change(pe)
+        return bytes(pe.write())
+    return make
+
+
+def without_directory(name):
+    def change(pe):
+        entry = pe.OPTIONAL_HEADER.DATA_DIRECTORY[pefile.DIRECTORY_ENTRY[f"IMAGE_DIRECTORY_ENTRY_{name}"]]
+        entry.VirtualAddress = entry.Size = 0
+    return with_header(change)
+
+
+def of_subsystem_10(pe):
+    pe.OPTIONAL_HEADER.MajorSubsystemVersion, pe.OPTIONAL_HEADER.MinorSubsystemVersion = 10, 0
+
+
+def without_cookie(program):
+    return patched(program, program.load_configuration() + SECURITY_COOKIE, "Q", 0)
+
+
+def with_read_only_cookie(pe):
+    configuration = pe.DIRECTORY_ENTRY_LOAD_CONFIG.struct
+    section = pe.get_section_by_rva(configuration.SecurityCookie - pe.OPTIONAL_HEADER.ImageBase)
+    section.Characteristics &= ~pefile.SECTION_CHARACTERISTICS["IMAGE_SCN_MEM_WRITE"]
+
+
+def without_flag(name):
+    def change(pe):
+        pe.OPTIONAL_HEADER.DllCharacteristics &= ~pefile.DLL_CHARACTERISTICS[f"IMAGE_DLLCHARACTERISTICS_{name}"]
+    return with_header(change)
+
+
+def stamped(pe):
+    pe.FILE_HEADER.TimeDateStamp = 1
+
+
+def with_renamed_field(name):
+    def change(program):
+        old, new = name.encode("utf-16-le"), ("X" + name[1:]).encode("utf-16-le")
+        assert program.data.count(old) == 1
+        return program.data.replace(old, new)
+    return change
+
+
+def of_subsystem_10_after(change):
+    return lambda program: with_header(of_subsystem_10)(Program(change(program)))
+
+
+# A picture of 77 pixels in an icon group: width, height, no palette, one plane of 32 bits.
+PICTURE_77 = struct.pack("<BBBBHH", 77, 77, 0, 0, 1, 32)
+
+DOCTORED = {
+    "subsystem 10.0 without a load configuration":
+        (rules.windows_starts_it, of_subsystem_10_after(without_directory("LOAD_CONFIG"))),
+    "subsystem 10.0 without a cookie": (rules.windows_starts_it, of_subsystem_10_after(without_cookie)),
+    "subsystem 10.0": (rules.windows_starts_it, with_header(of_subsystem_10)),
+    "no load configuration": (rules.the_loader_makes_the_stack_guard, without_directory("LOAD_CONFIG")),
+    "no cookie": (rules.the_loader_makes_the_stack_guard, without_cookie),
+    "a cookie of another value":
+        (rules.the_loader_makes_the_stack_guard,
+         lambda program: patched(program, program.cookie_place(), "Q", rules.DEFAULT_COOKIE + 1)),
+    "a cookie that cannot be written": (rules.the_loader_makes_the_stack_guard, with_header(with_read_only_cookie)),
+    "no flags for imported DLLs":
+        (rules.its_dlls_come_from_system32,
+         lambda program: patched(program, program.load_configuration() + DEPENDENT_LOAD_FLAGS, "H", 0)),
+    "a load configuration that is too short":
+        (rules.its_dlls_come_from_system32,
+         lambda program: patched(program, program.load_configuration(), "I", DEPENDENT_LOAD_FLAGS)),
+    "an import of an unknown DLL": (rules.it_imports_known_dlls_only, replaced(b"OLEAUT32.dll", b"bcrypt.dll\0\0")),
+    "no random addresses": (rules.its_memory_is_protected, without_flag("DYNAMIC_BASE")),
+    "executable data": (rules.its_memory_is_protected, without_flag("NX_COMPAT")),
+    "no relocations": (rules.its_memory_is_protected, without_directory("BASERELOC")),
+    "too large": (rules.it_is_small, lambda program: program.data.ljust(rules.LARGEST + 1, b"\0")),
+    "a time stamp": (rules.it_carries_nothing_of_its_making, with_header(stamped)),
+    "no common controls": (rules.its_manifest_is_complete, replaced(b"Microsoft.Windows.Common-Controls", b"Other")),
+    "older common controls": (rules.its_manifest_is_complete, replaced(b'version="6.0.0.0"', b'version="5.0.0.0"')),
+    "an administrator's rights":
+        (rules.its_manifest_is_complete, replaced(b'level="asInvoker"', b'level="other"')),
+    "no support of Windows 10":
+        (rules.its_manifest_is_complete, replaced(b"8e0f7a12-bfb3-4fe8", b"35138b9a-5d96-4fbd")),
+    "one scale for all monitors":
+        (rules.its_manifest_is_complete, replaced(b"PerMonitorV2, PerMonitor", b"system")),
+    "no scale for an older Windows": (rules.its_manifest_is_complete, replaced(b"true/pm", b"false")),
+    "no manifest": (rules.its_manifest_is_complete, without_directory("RESOURCE")),
+    "no company": (rules.its_properties_look_like_a_products, with_renamed_field("CompanyName")),
+    "no copyright": (rules.its_properties_look_like_a_products, with_renamed_field("LegalCopyright")),
+    "no original file name": (rules.its_properties_look_like_a_products, with_renamed_field("OriginalFilename")),
+    "no picture of 77 pixels":
+        (rules.it_holds_its_pictures, replaced(PICTURE_77, struct.pack("<BBBBHH", 78, 78, 0, 0, 1, 32))),
+    "no resources": (rules.it_holds_its_pictures, without_directory("RESOURCE")),
+}

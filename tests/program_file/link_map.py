@@ -1,0 +1,38 @@
+"""The linker's map of the program: which symbols and which object file stand at an address."""
+
+import re
+from bisect import bisect_right
+from pathlib import Path
+
+from program import PROGRAM
+
+# An input section: address, size, alignment, "object:(section)". Symbols follow it, deeper by one column.
+SECTION = re.compile(r"^([0-9a-f]{8}) ([0-9a-f]{8}) +\d+ {9}(\S.*):\((\S*)\)$")
+SYMBOL = re.compile(r"^([0-9a-f]{8}) 0{8} +0 {17}(\S.*)$")
+
+
+class LinkMap:
+    def __init__(self, text):
+        self.symbols, sections = {}, []
+        for line in text.splitlines():
+            if found := SECTION.match(line):
+                if size := int(found[2], 16):
+                    sections.append((int(found[1], 16), size, Path(found[3]).name))
+            elif found := SYMBOL.match(line):
+                self.symbols.setdefault(found[2], int(found[1], 16))
+        self.sections = sorted(sections)
+
+    def object_at(self, address):
+        """The name of the object file whose section holds the address."""
+        start, size, name = self.sections[bisect_right(self.sections, (address, float("inf"), "")) - 1]
+        assert start <= address < start + size, f"nothing is known of {address:#x}"
+        return name
+
+    def name_at(self, address):
+        """"object: symbol", or the object alone when the function has no symbol."""
+        names = [name for name, place in self.symbols.items() if place == address and not name.startswith(".")]
+        return f"{self.object_at(address)}: {names[0]}" if names else self.object_at(address)
+
+
+def link_map():
+    return LinkMap(PROGRAM.with_suffix(".exe.map").read_text())
