@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-scripts/install-packages.sh scripts/packages.txt lab/packages.txt
+scripts/install-packages.sh scripts/packages.txt lab/packages.txt packaging/packages.txt
 
 say() { printf '\n== %s\n' "$*"; }
 
@@ -36,7 +36,7 @@ case "${1:-}" in
         if ctest --test-dir build/release -N -R "$1" | grep -q '^Total Tests: [1-9]'; then
             run_ctest -R "$1"
         else
-            GTEST_FILTER="*$1*" AMBREL_PYTEST_NAME="$1" run_ctest -L 'unit|e2e'
+            GTEST_FILTER="*$1*" AMBREL_PYTEST_NAME="$1" run_ctest -L 'unit|e2e|package'
         fi
         exit
         ;;

@@ -1,0 +1,8 @@
+"""Fixtures of the packages' tests."""
+
+import sys
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+HERE = Path(__file__).resolve().parent
+sys.path[:0] = [str(HERE), *(str(HERE.parents[1] / name) for name in ("tests/e2e", "lab", "packaging"))]
