@@ -181,6 +181,43 @@ def test_the_release_notes_hold_the_changes_and_each_package_with_its_size_and_c
         release_notes("0.1", [])
 
 
+def check_program(*words):
+    done = subprocess.run([ROOT / "scripts" / "check-program.sh", *words], capture_output=True, text=True)
+    return done.returncode, done.stdout
+
+
+def test_the_windows_runner_s_check_passes_with_the_program_and_fails_with_another(tmp_path):
+    code, text = check_program(PROGRAM)
+    assert code == 0, text
+    assert "ok: its window is there" in text and "ok: its exit code is 0" in text
+    code, text = check_program(PROGRAM.parent / "lab" / "labhardwarecheck.exe")
+    assert code != 0 and "FAILED: its window is there" in text
+
+
+def test_workflows_forms_and_manifests_are_sound_yaml(packages):
+    files = sorted([*(ROOT / ".github").rglob("*.yml"), *(packages / "winget").glob("*.yaml")])
+    assert len(files) >= 7
+    done = subprocess.run(["yamllint", "--strict", "-c", ROOT / ".github" / "yamllint.yml", *files],
+                          capture_output=True, text=True)
+    assert done.returncode == 0, done.stdout
+
+
+def test_every_script_that_a_workflow_calls_is_there():
+    called = set()
+    for file in (ROOT / ".github" / "workflows").glob("*.yml"):
+        called |= set(re.findall(r"(?:^| )(?:\./)?((?:scripts/|packaging/)?[a-z_-]+\.(?:sh|py))\b",
+                                 file.read_text(encoding="utf-8"), re.M))
+    assert {"test.sh", "package.sh", "scripts/check-program.sh", "packaging/check_tag.py"} <= called
+    for name in called:
+        assert os.access(ROOT / name, os.X_OK), name
+
+
+@pytest.mark.parametrize("tag, good", [(f"v{VERSION}", True), (VERSION, False), ("v0.1", False), (f"v{VERSION}.1", False)])
+def test_only_the_tag_of_this_version_is_released(tag, good):
+    done = subprocess.run([ROOT / "packaging" / "check_tag.py", tag], capture_output=True, text=True)
+    assert (done.returncode == 0) == good
+
+
 def test_the_version_stands_in_one_place():
     assert read_version() == VERSION
     assert four_numbers(VERSION) == f"{VERSION}.0.0"

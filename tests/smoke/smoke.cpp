@@ -32,11 +32,12 @@ HWND FindProgramWindow(DWORD process) {
     return window;
 }
 
-HWND WaitForProgramWindow(DWORD process) {
+// Null when there is none in time, or when the program ends before.
+HWND WaitForProgramWindow(const PROCESS_INFORMATION& program) {
     for (DWORD waited = 0; waited < kStartTimeout; waited += kPause) {
-        const HWND window = FindProgramWindow(process);
+        const HWND window = FindProgramWindow(program.dwProcessId);
         if (window != nullptr) return window;
-        Sleep(kPause);
+        if (WaitForSingleObject(program.hProcess, kPause) == WAIT_OBJECT_0) break;
     }
     return nullptr;
 }
@@ -102,7 +103,7 @@ int wmain(int count, wchar_t** words) {
                 "the program starts")) {
         return 1;
     }
-    const HWND window = WaitForProgramWindow(program.dwProcessId);
+    const HWND window = WaitForProgramWindow(program);
     const bool good = Report(window != nullptr, "its window is there") && CheckTrayIcon(window) &&
                       CheckClose(window, program.hProcess) && CheckEnd(window, program.hProcess);
     if (!good) TerminateProcess(program.hProcess, 1);
