@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Starts a built program and ends it as an installer does, then runs built unit tests, if a folder of them is named:
 #     scripts/check-program.sh PROGRAM [FOLDER]
-# On Windows (Git's bash) all of it runs natively. On Linux it runs in the lab, whose doubles lie beside the program.
+# On Windows (Git's bash) all of it runs natively. On Linux it runs in the lab, whose doubles lie beside the program or in
+# the build that AMBREL_BUILD_DIR names.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 program=$1
@@ -9,7 +10,7 @@ folder=${2:-}
 
 if [ "$(uname -s)" = Linux ]; then
     configure=(-G Ninja -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" -DCMAKE_BUILD_TYPE=Release)
-    run_program=(/usr/bin/python3 tests/smoke/in_lab.py "$(dirname "$program")")
+    run_program=(/usr/bin/python3 tests/smoke/in_lab.py "${AMBREL_BUILD_DIR:-$(dirname "$program")}")
     run_test=(lab/run-in-lab)
 else
     configure=()

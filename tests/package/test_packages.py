@@ -119,7 +119,7 @@ def test_the_installer_is_a_64_bit_program_that_asks_for_no_elevation(packages):
     header = int.from_bytes(data[60:64], "little")
     assert data[header:header + 6] == b"PE\0\0\x64\x86"
     assert b'level="asInvoker"' in data or b"level='asInvoker'" in data
-    assert f"Ambrel Setup\0".encode("utf-16-le") in data and f"{VERSION}\0".encode("utf-16-le") in data
+    assert "Ambrel Setup\0".encode("utf-16-le") in data and f"{VERSION}\0".encode("utf-16-le") in data
 
 
 def yaml_facts(text):
@@ -182,15 +182,17 @@ def test_the_release_notes_hold_the_changes_and_each_package_with_its_size_and_c
 
 
 def check_program(*words):
-    done = subprocess.run([ROOT / "scripts" / "check-program.sh", *words], capture_output=True, text=True)
+    environment = {**os.environ, "AMBREL_BUILD_DIR": str(PROGRAM.parent)}
+    done = subprocess.run([ROOT / "scripts" / "check-program.sh", *words], capture_output=True, text=True,
+                          env=environment)
     return done.returncode, done.stdout
 
 
-def test_the_windows_runner_s_check_passes_with_the_program_and_fails_with_another(tmp_path):
+def test_the_windows_runner_s_check_passes_with_the_program_and_fails_with_another():
     code, text = check_program(PROGRAM)
     assert code == 0, text
     assert "ok: its window is there" in text and "ok: its exit code is 0" in text
-    code, text = check_program(PROGRAM.parent / "lab" / "labhardwarecheck.exe")
+    code, text = check_program(PROGRAM.parent / "package" / "package_stand_in.exe")
     assert code != 0 and "FAILED: its window is there" in text
 
 
