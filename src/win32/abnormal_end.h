@@ -1,7 +1,7 @@
-// The one way out for a process that cannot go on.
+// Ends a process that cannot continue.
 #pragma once
 
-// Ends the process. The runtime calls this when memory runs out or when the standard library finds a broken
-// precondition, from any thread and possibly in the middle of a change to AppState. A smashed stack does not
-// come here: then nothing may run any more.
+// Ends the process. The runtime calls this when an allocation fails or when the standard library detects a
+// violated precondition, on any thread and possibly in the middle of a change to AppState. Stack corruption
+// does not reach this function: it calls FastFail directly.
 [[noreturn]] void EndProcessAbnormally();

@@ -1,7 +1,7 @@
 // The load configuration, which the Windows loader reads before any code of the program runs, and the stack
-// guard that it fills in. Microsoft's runtime has its own of both; this file is for mingw-w64, whose runtime
-// has neither: its stack protector (libssp) asks a cryptographic provider for the guard before wWinMain, and
-// loads that provider's DLLs from where Windows searches by default, the program's own folder included.
+// guard that the loader initialises. Microsoft's runtime provides both. mingw-w64's provides neither: its
+// stack protector (libssp) requests the guard from a cryptographic provider before wWinMain, which loads the
+// provider's DLLs through the default search path, the program's folder included.
 //
 // Compiled without stack protector. Layout: IMAGE_LOAD_CONFIG_DIRECTORY64 in Microsoft's "PE Format".
 #include "win32/fast_fail.h"
@@ -17,9 +17,9 @@ constexpr std::uintptr_t kDefaultSecurityCookie = 0x00002B992DDFA232;
 // LOAD_LIBRARY_SEARCH_SYSTEM32, for the DLLs that the file imports. Windows 10 1607 and later.
 constexpr WORD kDependentLoadFlags = 0x800;
 
-// Windows' own declaration holds addresses as integers. An address is no integer constant, so initialising
-// that would take code that runs after the loader has read the file. mingw-w64 calls DependentLoadFlags
-// Reserved1 besides.
+// Windows' own declaration stores addresses as integers. An address is not an integer constant expression, so
+// initialising that structure would take code that runs after the loader has read the file. mingw-w64 also
+// names DependentLoadFlags Reserved1.
 struct LoadConfiguration {
     DWORD size = {};
     DWORD timeDateStamp = {};
@@ -52,17 +52,18 @@ static_assert(offsetof(LoadConfiguration, securityCookie) == 0x58);
 // NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" {
 
-// What -fstack-protector compares. In a writable section, or the loader leaves it alone.
+// The value that -fstack-protector compares. The loader replaces it only in a writable section.
 extern constinit std::uintptr_t __stack_chk_guard;
 constinit std::uintptr_t __stack_chk_guard = kDefaultSecurityCookie;
 
-// Called by a function that finds its stack overwritten.
+// Called by a function that detects that its stack was overwritten.
 [[noreturn]] void __stack_chk_fail();
 void __stack_chk_fail() {
     FastFail(FAST_FAIL_STACK_COOKIE_CHECK_FAILURE);
 }
 
-// lld makes the data directory of this symbol. `extern`: a constant is otherwise known in this file only.
+// lld fills the data directory from this symbol. `extern`, because a constant has internal linkage by
+// default.
 extern const LoadConfiguration _load_config_used;
 [[gnu::used]] constinit const LoadConfiguration _load_config_used = {
     .size = sizeof(LoadConfiguration),

@@ -1,10 +1,10 @@
-// What the program takes from the C++ runtime, in a few lines. The runtime's own versions throw: they bring
-// the exception machinery, a demangler, a second printf and a thread library into the file. Here nothing
-// throws: when memory runs out the nothrow forms answer null and everything else ends the process.
+// Replacements for functions of the C++ runtime. The runtime's own versions throw and would link the
+// exception machinery, a demangler, a second printf and a thread library into the program file. These never
+// throw: when an allocation fails, the nothrow forms return null and the others end the process.
 //
-// Linked into the program only; test programs have the compiler's runtime. Using one of the standard
-// library's other error functions links that runtime beside this one, and the linker reports the functions
-// below as defined twice: add the missing one here.
+// Linked into the program only; test programs use the compiler's runtime. If the program uses another error
+// function of the standard library, the linker adds that runtime and reports the functions below as duplicate
+// definitions: define the missing function here.
 #include "win32/abnormal_end.h"
 
 #include <cstddef>
@@ -118,7 +118,7 @@ void __throw_out_of_range_fmt(const char*, ...) {
 
 }  // namespace std
 
-// A call of a function that an abstract class declares and no class defines.
+// Called through the vtable entry of a pure virtual function.
 extern "C" [[noreturn]] void __cxa_pure_virtual();
 void __cxa_pure_virtual() {
     EndProcessAbnormally();
