@@ -1,4 +1,5 @@
-// The message boxes that other parts of the program post for, so that they open after the work is done.
+// Message boxes that other modules request with a posted message, so that they open after the work is done.
+// Neither opens a second time while it is open.
 #pragma once
 
 // Legacy Mode was switched on automatically.

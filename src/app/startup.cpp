@@ -13,6 +13,7 @@
 #include "diag/system_probe.h"
 #include "filter/cursor_tint.h"
 #include "filter/gamma_range.h"
+#include "filter/gamma_range_helper.h"
 #include "filter/magnification.h"
 #include "res/resource_ids.h"
 #include "res/version.h"

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "app/state/app_state.h"
+#include "filter/filter_colour.h"
 #include "filter/tinted_cursor.h"
 #include "win32/guards.h"
 
@@ -57,14 +58,14 @@ void MakeCopiesOnce() {
 
 // Monochrome cursors keep their system look. A cursor that cannot be asked counts as coloured.
 bool IsMonochrome(HCURSOR cursor) {
-    const CursorInfo source(cursor);
+    const IconInfo source(cursor);
     return source.known && source.info.hbmColor == nullptr;
 }
 
 // SetSystemCursor takes over what it is given, unless it fails.
-bool TintOne(HCURSOR copy, DWORD id) {
+bool TintOne(HCURSOR copy, DWORD id, const TintTables& tables) {
     if (copy == nullptr || IsMonochrome(copy)) return false;
-    HCURSOR tinted = BuildTintedCursor(copy, g_app.intensity, g_app.brightness);
+    HCURSOR tinted = BuildTintedCursor(copy, tables);
     if (tinted == nullptr) return false;
     if (SetSystemCursor(tinted, id) != FALSE) return true;
     DestroyCursor(tinted);
@@ -80,9 +81,11 @@ void TintSystemCursors() {
     }
     if (IsWithinDeadBand()) return;
     MakeCopiesOnce();
+    TintTables tables;
+    FillTintTables(CurrentFilterColour(), &tables);
     bool anySet = false;
     for (int i = 0; i < kSystemCursorCount; ++i) {
-        if (TintOne(g_app.baseCursors[i], kCursorIds[i])) anySet = true;
+        if (TintOne(g_app.baseCursors[i], kCursorIds[i], tables)) anySet = true;
     }
     if (!anySet) return;
     g_app.lastCursorTint = {g_app.intensity, g_app.brightness};

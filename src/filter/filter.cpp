@@ -26,6 +26,8 @@ void FallBackToLegacyMode() {
     g_app.legacyModeAutoSet = true;
     g_app.consecutiveError87 = 0;
     SaveSettings();
+    // Under the ramp it would tint the screen a second time.
+    RemoveMatrixInForce();
     ApplyLegacyRamp();
     RefreshPopupAndTray();
     if (!toldBefore && g_app.mainWindow != nullptr)
@@ -114,6 +116,10 @@ void ApplyPreset(FilterPreset preset) {
 void ToggleLegacyMode() {
     if (g_app.filterOn) ClearFilter();
     g_app.useLegacyGamma = !g_app.useLegacyGamma;
-    if (!g_app.useLegacyGamma) ReturnToMagnification();
+    if (g_app.useLegacyGamma) {
+        RemoveMatrixInForce();
+    } else {
+        ReturnToMagnification();
+    }
     if (g_app.filterOn) ApplyFilter();
 }

@@ -7,14 +7,15 @@
 #include "app/state/program_names.h"
 #include "app/state/timers.h"
 #include "filter/gamma_range.h"
+#include "filter/gamma_range_helper.h"
 #include "store/event_log.h"
 #include "store/settings.h"
 #include "win32/own_path.h"
 
 namespace {
 
-constexpr std::uint64_t kPatience = 120000;  // ms
-constexpr INT_PTR kLastShellError = 32;      // ShellExecuteW answers more than this on success
+constexpr std::uint64_t kConfirmationTimeout = 120000;  // ms
+constexpr INT_PTR kLastShellError = 32;                 // ShellExecuteW answers more than this on success
 
 bool UserAgrees() {
     return MessageBoxW(
@@ -24,8 +25,11 @@ bool UserAgrees() {
                kProgramTitle, MB_YESNO | MB_ICONQUESTION) == IDYES;
 }
 
+// ShellExecuteW's result. A path that is too long counts as a file that is not found.
 INT_PTR LaunchElevatedHelper() {
-    return reinterpret_cast<INT_PTR>(ShellExecuteW(g_app.mainWindow, L"runas", OwnProgramPath().c_str(),
+    const std::wstring path = OwnProgramPath();
+    if (path.empty()) return SE_ERR_FNF;
+    return reinterpret_cast<INT_PTR>(ShellExecuteW(g_app.mainWindow, L"runas", path.c_str(),
                                                    kExpandGammaRangeSwitch, nullptr, SW_SHOWNORMAL));
 }
 
@@ -46,7 +50,7 @@ void StartGammaRangeFix() {
         return;
     }
     g_app.gammaFixPending = true;
-    g_app.gammaFixDeadline = GetTickCount64() + kPatience;
+    g_app.gammaFixDeadline = GetTickCount64() + kConfirmationTimeout;
     StartTimer(TimerId::GammaFixPoll);
     LogEvent("Gamma-range fix helper launched (elevation requested)");
 }

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "app/shell/notice_box.h"
 #include "app/state/app_state.h"
-#include "app/state/program_names.h"
-#include "filter/model/warmth.h"
+#include "filter/filter_colour.h"
 #include "win32/format_text.h"
 #include "win32/system_library.h"
 
@@ -24,9 +24,13 @@ MAGCOLOREFFECT DiagonalMatrix(float red, float green, float blue) {
     return effect;
 }
 
+bool IsIdentity(const MAGCOLOREFFECT& filter) {
+    return filter.transform[0][0] == 1.0F && filter.transform[1][1] == 1.0F && filter.transform[2][2] == 1.0F;
+}
+
 // Clamped in double precision and only then narrowed.
-float MatrixCell(double channel, double brightness) {
-    return static_cast<float>(std::clamp(channel * brightness, 0.0, 1.0));
+float MatrixCell(double factor) {
+    return static_cast<float>(std::clamp(factor, 0.0, 1.0));
 }
 
 void ForgetModule() {
@@ -36,9 +40,9 @@ void ForgetModule() {
 
 // The box dispatches messages, and one of them may load the library anew: what is freed after it is this
 // attempt's.
-void GiveUp(const wchar_t* text, UINT icon) {
+void GiveUp(NoticeBox box, const wchar_t* text, UINT icon) {
     HMODULE failed = std::exchange(g_app.magnificationModule, nullptr);
-    MessageBoxW(nullptr, text, kProgramTitle, icon);
+    ShowNoticeBox(box, nullptr, text, icon);
     FreeLibrary(failed);
 }
 
@@ -66,18 +70,19 @@ void InitMagnification() {
     if (g_app.magnificationModule == nullptr) {
         const DWORD error = GetLastError();
         FormatText(text, "Failed to load Magnification.dll\nError code: %d", static_cast<int>(error));
-        MessageBoxW(nullptr, text, kProgramTitle, MB_ICONERROR);
+        ShowNoticeBox(NoticeBox::LibraryMissing, nullptr, text, MB_ICONERROR);
         return;
     }
     if (!FindEntryPoints()) {
-        GiveUp(L"Failed to get Magnification API functions.\n\nThis requires Windows 8 or later.",
+        GiveUp(NoticeBox::FunctionsMissing,
+               L"Failed to get Magnification API functions.\n\nThis requires Windows 8 or later.",
                MB_ICONERROR);
         return;
     }
     if (g_app.magInitialize() == FALSE) {
         const DWORD error = GetLastError();
         FormatText(text, "MagInitialize failed.\nError code: %d", static_cast<int>(error));
-        GiveUp(text, MB_ICONWARNING);
+        GiveUp(NoticeBox::InitializeFailed, text, MB_ICONWARNING);
         return;
     }
     g_app.magnificationReady = true;
@@ -88,6 +93,7 @@ void ShutdownMagnification() {
         SetIdentityMatrix();
         if (g_app.magUninitialize != nullptr) g_app.magUninitialize();
         g_app.magnificationReady = false;
+        g_app.matrixInForce = false;
     }
     if (g_app.magnificationModule != nullptr) ForgetModule();
     g_app.magInitialize = nullptr;
@@ -100,17 +106,26 @@ bool IsMagnificationUsable() {
 }
 
 MatrixResult SetFilterMatrix() {
-    double red = 1.0, green = 1.0, blue = 1.0;
-    IntensityToFilterRgb(g_app.intensity, &red, &green, &blue);
+    const Rgb colour = CurrentFilterColour();
     MAGCOLOREFFECT effect =
-        DiagonalMatrix(MatrixCell(red, g_app.brightness), MatrixCell(green, g_app.brightness),
-                       MatrixCell(blue, g_app.brightness));
-    if (g_app.magSetFullscreenColorEffect(&effect) != FALSE) return {true, ERROR_SUCCESS};
-    return {false, GetLastError()};
+        DiagonalMatrix(MatrixCell(colour.red), MatrixCell(colour.green), MatrixCell(colour.blue));
+    if (g_app.magSetFullscreenColorEffect(&effect) == FALSE) return {false, GetLastError()};
+    g_app.matrixInForce = !IsIdentity(effect);
+    return {true, ERROR_SUCCESS};
 }
 
-void SetIdentityMatrix() {
-    if (!IsMagnificationUsable()) return;
+bool SetIdentityMatrix() {
+    if (!IsMagnificationUsable()) return false;
     MAGCOLOREFFECT identity = DiagonalMatrix(1.0F, 1.0F, 1.0F);
-    g_app.magSetFullscreenColorEffect(&identity);
+    if (g_app.magSetFullscreenColorEffect(&identity) == FALSE) return false;
+    g_app.matrixInForce = false;
+    return true;
+}
+
+void RemoveMatrixInForce() {
+    if (!g_app.matrixInForce || SetIdentityMatrix()) return;
+    g_app.matrixInForce = false;
+    if (g_app.magUninitialize == nullptr || g_app.magInitialize == nullptr) return;
+    g_app.magUninitialize();
+    g_app.magnificationReady = g_app.magInitialize() != FALSE;
 }

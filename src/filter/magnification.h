@@ -22,5 +22,10 @@ bool IsMagnificationUsable();
 // Sets the matrix of the current warmth and brightness. Only when IsMagnificationUsable().
 MatrixResult SetFilterMatrix();
 
-// Sets the identity matrix if one can be set.
-void SetIdentityMatrix();
+// Sets the identity matrix. False when no matrix can be set or Windows refuses this one.
+bool SetIdentityMatrix();
+
+// Removes a filter matrix that is still in force, before another pipeline takes over. When Windows refuses
+// the identity matrix as well, the API is uninitialised and initialised again; the library stays loaded. Does
+// nothing when no filter matrix is in force.
+void RemoveMatrixInForce();

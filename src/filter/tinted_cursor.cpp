@@ -4,8 +4,7 @@
 #include <memory>
 #include <new>
 
-#include "filter/model/cursor_pixels.h"
-#include "filter/model/warmth.h"
+#include "filter/filter_colour.h"
 #include "win32/guards.h"
 
 namespace {
@@ -84,11 +83,7 @@ bool DrawCursorInto(HDC screen, HBITMAP picture, HCURSOR cursor, SIZE size) {
     return selected.previous != nullptr;
 }
 
-void Tint(CursorPixel* pixels, SIZE size, double intensity, double brightness) {
-    double red = 1.0, green = 1.0, blue = 1.0;
-    IntensityToFilterRgb(intensity, &red, &green, &blue);
-    TintTables tables;
-    FillTintTables(red * brightness, green * brightness, blue * brightness, &tables);
+void Tint(CursorPixel* pixels, SIZE size, const TintTables& tables) {
     TintPixels(pixels, static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy), tables);
 }
 
@@ -105,8 +100,14 @@ HCURSOR MakeCursor(const ICONINFO& source, HBITMAP mask, HBITMAP picture) {
 }  // namespace
 
 HCURSOR BuildTintedCursor(HCURSOR cursor, double intensity, double brightness) {
+    TintTables tables;
+    FillTintTables(FilterColourOf(intensity, brightness), &tables);
+    return BuildTintedCursor(cursor, tables);
+}
+
+HCURSOR BuildTintedCursor(HCURSOR cursor, const TintTables& tables) {
     if (cursor == nullptr) return nullptr;
-    const CursorInfo source(cursor);
+    const IconInfo source(cursor);
     if (!source.known) return nullptr;
     const SIZE size = SizeOf(source.info);
     if (size.cx < 1 || size.cy < 1) return nullptr;
@@ -118,7 +119,7 @@ HCURSOR BuildTintedCursor(HCURSOR cursor, double intensity, double brightness) {
 
     if (source.info.hbmColor != nullptr && source.info.hbmMask != nullptr) {
         if (!DrawCursorInto(screen.dc, picture.handle, cursor, size)) return nullptr;
-        Tint(pixels, size, intensity, brightness);
+        Tint(pixels, size, tables);
         return MakeCursor(source.info, source.info.hbmMask, picture.handle);
     }
 
@@ -128,7 +129,7 @@ HCURSOR BuildTintedCursor(HCURSOR cursor, double intensity, double brightness) {
         if (!DrawCursorInto(screen.dc, picture.handle, cursor, size)) return nullptr;
         BuildMaskFromPixels(pixels, size.cx, size.cy, maskBits.get());
     }
-    Tint(pixels, size, intensity, brightness);
+    Tint(pixels, size, tables);
     const OwnedGdi mask(CreateBitmap(size.cx, size.cy, 1, 1, maskBits.get()));
     return MakeCursor(source.info, mask.handle, picture.handle);
 }

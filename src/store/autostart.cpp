@@ -24,6 +24,14 @@ bool ValueExists() {
            RegQueryValueExW(run.key, kValueName, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
 }
 
+// A path that is too long for the Run key counts as a failed write: a cut one would launch nothing.
+void WriteOwnPath(HKEY run) {
+    const std::wstring path = OwnProgramPath();
+    if (path.empty()) return;
+    const auto bytes = static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t));
+    RegSetValueExW(run, kValueName, 0, REG_SZ, reinterpret_cast<const BYTE*>(path.c_str()), bytes);
+}
+
 }  // namespace
 
 std::wstring ReadAutostartValue() {
@@ -44,10 +52,7 @@ void SetAutostart(bool on) {
     RegistryKey run;
     if (OpenRunKey(&run, KEY_SET_VALUE)) {
         if (on) {
-            const std::wstring path = OwnProgramPath();
-            const auto bytes = static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t));
-            RegSetValueExW(run.key, kValueName, 0, REG_SZ, reinterpret_cast<const BYTE*>(path.c_str()),
-                           bytes);
+            WriteOwnPath(run.key);
         } else {
             RegDeleteValueW(run.key, kValueName);
         }

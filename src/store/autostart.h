@@ -7,8 +7,8 @@
 // The value's text; empty when it is missing, no text, or cannot be read.
 std::wstring ReadAutostartValue();
 
-// Writes the path of this program, as it is, without quotes, or deletes the value. launchAtStart follows the
-// request whatever becomes of it.
+// Writes the path of this program, as it is, without quotes, or deletes the value. A path of more than 259
+// characters is not written. launchAtStart follows the request even when the registry call fails.
 void SetAutostart(bool on);
 
 // Brings setting and registry together at start-up: a value that exists turns the setting on and is rewritten

@@ -1,7 +1,7 @@
 #include "ui/regions.h"
 
 #include "app/state/app_state.h"
-#include "filter/gamma_range.h"
+#include "filter/gamma_banner.h"
 #include "ui/slider_geometry.h"
 
 namespace {
@@ -40,7 +40,8 @@ bool Contains(const RECT& rect, int x, int y) {
     return x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom;
 }
 
-bool IsAvailable(Region region) {
+// The strip's regions are there only while it shows them.
+bool Offers(Region region) {
     if (region == Region::GammaBanner) return CurrentStatusStrip() == StatusStrip::Banner;
     if (region == Region::PwmCard) return CurrentStatusStrip() == StatusStrip::Card;
     return true;
@@ -56,14 +57,14 @@ RECT RegionRect(Region region) {
 }
 
 StatusStrip CurrentStatusStrip() {
+    LogBannerDemotionOnce();
     if (IsBannerVisible()) return StatusStrip::Banner;
     return g_app.pwmTargetsPresent || g_app.pwmSafe ? StatusStrip::Card : StatusStrip::Hint;
 }
 
 Region HitTest(int x, int y) {
     for (const RegionRow& row : kRegions) {
-        if (row.panel == g_app.panel && Contains(row.rect, x, y) && IsAvailable(row.region))
-            return row.region;
+        if (row.panel == g_app.panel && Contains(row.rect, x, y) && Offers(row.region)) return row.region;
     }
     return Region::None;
 }

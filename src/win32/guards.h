@@ -51,6 +51,20 @@ struct [[nodiscard]] ScreenDc {
     ScreenDc& operator=(const ScreenDc&) = delete;
 };
 
+// The device context of one display, by the name that EnumDisplayDevicesW gives it; null when Windows gives
+// none.
+struct [[nodiscard]] DisplayDc {
+    HDC dc;
+
+    // Without the name as the second argument too, the context would be the primary display's.
+    explicit DisplayDc(const wchar_t* name) : dc(CreateDCW(name, name, nullptr, nullptr)) {}
+    ~DisplayDc() {
+        if (dc != nullptr) DeleteDC(dc);
+    }
+    DisplayDc(const DisplayDc&) = delete;
+    DisplayDc& operator=(const DisplayDc&) = delete;
+};
+
 // A memory device context compatible with another one; null when it cannot be created.
 struct [[nodiscard]] MemoryDc {
     HDC dc;
@@ -136,18 +150,18 @@ struct [[nodiscard]] ExclusiveLock {
     ExclusiveLock& operator=(const ExclusiveLock&) = delete;
 };
 
-// What GetIconInfo tells of a cursor. Its two bitmaps are copies that belong to the caller.
-struct [[nodiscard]] CursorInfo {
+// The ICONINFO of a cursor. Its two bitmaps are copies that belong to the caller.
+struct [[nodiscard]] IconInfo {
     ICONINFO info = {};
     bool known;
 
-    explicit CursorInfo(HCURSOR cursor) : known(GetIconInfo(cursor, &info) != FALSE) {}
-    ~CursorInfo() {
+    explicit IconInfo(HCURSOR cursor) : known(GetIconInfo(cursor, &info) != FALSE) {}
+    ~IconInfo() {
         // A call that failed half-way has taken its bitmaps back, and may have left their handles.
         if (!known) return;
         if (info.hbmMask != nullptr) DeleteObject(info.hbmMask);
         if (info.hbmColor != nullptr) DeleteObject(info.hbmColor);
     }
-    CursorInfo(const CursorInfo&) = delete;
-    CursorInfo& operator=(const CursorInfo&) = delete;
+    IconInfo(const IconInfo&) = delete;
+    IconInfo& operator=(const IconInfo&) = delete;
 };

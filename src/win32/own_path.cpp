@@ -4,11 +4,12 @@
 
 std::wstring OwnProgramPath() {
     wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    path[MAX_PATH - 1] = L'\0';
-    return path;
+    const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
+    // A path that was cut fills the buffer.
+    return length < MAX_PATH ? std::wstring(path, length) : std::wstring();
 }
 
 bool IsOwnProgramPath(const std::wstring& path) {
-    return CompareStringOrdinal(path.c_str(), -1, OwnProgramPath().c_str(), -1, TRUE) == CSTR_EQUAL;
+    const std::wstring own = OwnProgramPath();
+    return !own.empty() && CompareStringOrdinal(path.c_str(), -1, own.c_str(), -1, TRUE) == CSTR_EQUAL;
 }

@@ -3,8 +3,9 @@
 
 #include <string>
 
-// The full path of the running program file, truncated to 259 characters.
+// The full path of the running program file; empty when it is longer than 259 characters: the shell neither
+// reads a longer one from the Run key nor launches it.
 std::wstring OwnProgramPath();
 
-// Whether `path` equals OwnProgramPath(), ignoring case.
+// Whether `path` is the running program file, ignoring case. False when OwnProgramPath() is empty.
 bool IsOwnProgramPath(const std::wstring& path);

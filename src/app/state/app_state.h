@@ -22,6 +22,15 @@ struct CursorTint {
     double brightness = -1.0;
 };
 
+// The filter's colour with the brightness multiplied in, and the values that it was computed for.
+struct FilterColour {
+    double intensity = -1.0;  // -1: not computed yet
+    double brightness = -1.0;
+    double red = 1.0;
+    double green = 1.0;
+    double blue = 1.0;
+};
+
 enum class Slider { None, Warmth, Brightness };
 
 constexpr int kFontCount = 8;
@@ -65,6 +74,7 @@ struct AppState {
     double intensity = 0.385;  // 0.0 (6500 K) .. 1.0 (0 K)
     double brightness = 1.0;   // 0.1, or 0.0 with allowExtremeDim, .. 1.0
     bool allowExtremeDim = false;
+    FilterColour filterColour;
     bool useLegacyGamma = false;
     bool legacyModeAutoSet = false;
     bool fallbackSuppressed = false;  // the user left Legacy Mode by hand during this run
@@ -74,7 +84,9 @@ struct AppState {
     BOOL(WINAPI* magUninitialize)() = nullptr;
     BOOL(WINAPI* magSetFullscreenColorEffect)(tagMAGCOLOREFFECT* effect) = nullptr;
     bool magnificationReady = false;
+    bool matrixInForce = false;  // the last accepted matrix is not the identity
     bool failureNoticeShown = false;
+    std::uint32_t openNoticeBoxes = 0;  // one bit for each NoticeBox
     std::int32_t rampsAccepted = 0;
     std::int32_t rampsRejected = 0;
     std::int32_t readBackMismatchStreak = 0;

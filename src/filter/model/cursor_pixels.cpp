@@ -42,11 +42,11 @@ std::size_t DibMaskRowBytes(int width) {
     return (static_cast<std::size_t>(width) + 31) / 32 * 4;
 }
 
-void FillTintTables(double redFactor, double greenFactor, double blueFactor, TintTables* tables) {
+void FillTintTables(const Rgb& factors, TintTables* tables) {
     for (int value = 0; value < 256; ++value) {
-        tables->red[value] = Scaled(value, redFactor);
-        tables->green[value] = Scaled(value, greenFactor);
-        tables->blue[value] = Scaled(value, blueFactor);
+        tables->red[value] = Scaled(value, factors.red);
+        tables->green[value] = Scaled(value, factors.green);
+        tables->blue[value] = Scaled(value, factors.blue);
     }
 }
 

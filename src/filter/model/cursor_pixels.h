@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "filter/model/warmth.h"
+
 // Four bytes of a 32-bit DIB, in their order in memory.
 struct CursorPixel {
     std::uint8_t blue;
@@ -26,7 +28,7 @@ std::size_t MaskRowBytes(int width);
 std::size_t DibMaskRowBytes(int width);
 
 // Factors are 0..1; products are rounded half up.
-void FillTintTables(double redFactor, double greenFactor, double blueFactor, TintTables* tables);
+void FillTintTables(const Rgb& factors, TintTables* tables);
 
 // Recolours the pixels in place. Alpha is left alone, and a pixel of four zero bytes stays as it is.
 void TintPixels(CursorPixel* pixels, std::size_t count, const TintTables& tables);

@@ -5,6 +5,13 @@
 
 enum class FilterPreset { None, Day, Evening, Night };
 
+// A colour, or what each channel of one is multiplied by.
+struct Rgb {
+    double red = 1.0;
+    double green = 1.0;
+    double blue = 1.0;
+};
+
 struct PresetRow {
     FilterPreset preset;
     const wchar_t* label;  // on its button

@@ -18,10 +18,16 @@ struct Box {
 
 Box g_box;
 int g_boxes = 0;
+void (*g_duringBox)() = nullptr;  // what happens while the next box is open
 
 int WINAPI FakeMessageBox(HWND owner, const wchar_t* text, const wchar_t* title, UINT type) {
     g_box = {owner, text, title, type};
     g_boxes += 1;
+    if (g_duringBox != nullptr) {
+        void (*const act)() = g_duringBox;
+        g_duringBox = nullptr;
+        act();
+    }
     return IDOK;
 }
 
@@ -67,4 +73,29 @@ TEST_F(Notices, TheErrorCodeIsASignedNumber) {
     EXPECT_EQ(g_box.text, L"MagSetFullscreenColorEffect failed.\nError code: -1");
     ShowMagnificationError(-2147483647 - 1);
     EXPECT_EQ(g_box.text, L"MagSetFullscreenColorEffect failed.\nError code: -2147483648");
+}
+
+TEST_F(Notices, ABoxThatIsOpenDoesNotOpenASecondTime) {
+    g_duringBox = [] { ShowLegacyNotice(); };
+    ShowLegacyNotice();
+    EXPECT_EQ(g_boxes, 1);
+
+    g_duringBox = [] { ShowMagnificationError(6); };
+    ShowMagnificationError(5);
+    EXPECT_EQ(g_boxes, 2);
+    EXPECT_EQ(g_box.text, L"MagSetFullscreenColorEffect failed.\nError code: 5");
+}
+
+TEST_F(Notices, ABoxOpensAgainOnceItWasClosed) {
+    ShowLegacyNotice();
+    ShowLegacyNotice();
+    ShowMagnificationError(5);
+    ShowMagnificationError(5);
+    EXPECT_EQ(g_boxes, 4);
+}
+
+TEST_F(Notices, AnotherBoxOpensOverAnOpenOne) {
+    g_duringBox = [] { ShowMagnificationError(5); };
+    ShowLegacyNotice();
+    EXPECT_EQ(g_boxes, 2);
 }

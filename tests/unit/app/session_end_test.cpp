@@ -23,7 +23,7 @@ HCURSOR const kTinted = MakeHandle<HCURSOR>(71);
 
 }  // namespace
 
-HCURSOR BuildTintedCursor(HCURSOR, double, double) {
+HCURSOR BuildTintedCursor(HCURSOR, const TintTables&) {
     return kTinted;
 }
 

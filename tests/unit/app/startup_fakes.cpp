@@ -10,6 +10,7 @@
 #include "app/window_proc.h"
 #include "filter/cursor_tint.h"
 #include "filter/gamma_range.h"
+#include "filter/gamma_range_helper.h"
 #include "filter/magnification.h"
 #include "store/autostart.h"
 #include "store/settings.h"

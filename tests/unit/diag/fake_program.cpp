@@ -1,7 +1,7 @@
 #include "diag/fake_program.h"
 
 #include "brightness/display_targets.h"
-#include "filter/gamma_range.h"
+#include "filter/gamma_banner.h"
 #include "store/autostart.h"
 #include "store/event_log.h"
 #include "support/call_record.h"

@@ -50,8 +50,18 @@ TEST(OwnProgramPath, IgnoresNoSignAsALanguagesOrderWould) {
     EXPECT_FALSE(IsOwnProgramPath(L"C:\\coop\\Ambrel.exe"));
 }
 
-TEST(OwnProgramPath, OfATooLongPathIsItsFirst259Characters) {
-    g_module = L"C:\\" + std::wstring(400, L'p');
-    EXPECT_EQ(OwnProgramPath(), L"C:\\" + std::wstring(256, L'p'));
-    EXPECT_FALSE(IsOwnProgramPath(g_module));
+TEST(OwnProgramPath, MayHave259Characters) {
+    g_module = L"C:\\" + std::wstring(256, L'p');
+    EXPECT_EQ(OwnProgramPath(), g_module);
+    EXPECT_TRUE(IsOwnProgramPath(g_module));
+}
+
+TEST(OwnProgramPath, IsEmptyInPlaceOfACutPath) {
+    for (const std::size_t length : {257U, 400U}) {
+        g_module = L"C:\\" + std::wstring(length, L'p');
+        EXPECT_EQ(OwnProgramPath(), L"");
+        EXPECT_FALSE(IsOwnProgramPath(g_module));
+        EXPECT_FALSE(IsOwnProgramPath(g_module.substr(0, 259)));
+        EXPECT_FALSE(IsOwnProgramPath(L"")) << "nothing is not this program";
+    }
 }

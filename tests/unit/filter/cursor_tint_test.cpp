@@ -99,7 +99,7 @@ TEST_F(CursorTinting, BuildsWithTheCurrentWarmthAndBrightness) {
     TintSystemCursors();
     ASSERT_EQ(g_cursors.built.size(), 32U);
     for (std::size_t i = 0; i < 32; ++i)
-        EXPECT_EQ(g_cursors.built[i], i < 16 ? std::pair(0.5, 0.75) : std::pair(1.0, 0.1));
+        EXPECT_EQ(g_cursors.built[i], i < 16 ? WhiteAt(0.5, 0.75) : WhiteAt(1.0, 0.1));
     ExpectCache(1.0, 0.1);
 }
 

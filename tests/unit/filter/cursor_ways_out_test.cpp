@@ -81,8 +81,8 @@ TEST_F(CursorWaysOut, AMatrixAndARampAreEachFollowedByATintInTheirColour) {
     BeTinted(false);
     g_app.intensity = 0.6;
     BeTinted(true);
-    EXPECT_EQ(g_cursors.built.front(), std::pair(0.5, 0.75));
-    EXPECT_EQ(g_cursors.built.back(), std::pair(0.6, 0.75));
+    EXPECT_EQ(g_cursors.built.front(), WhiteAt(0.5, 0.75));
+    EXPECT_EQ(g_cursors.built.back(), WhiteAt(0.6, 0.75));
 }
 
 TEST_F(CursorWaysOut, ARefusedRampTintsAllTheSame) {

@@ -7,13 +7,13 @@ DragPlatform g_platform;
 
 namespace {
 
-constexpr int kMostSteps = 64;
+constexpr int kMaxSteps = 64;
 
-const char* g_steps[kMostSteps];
+const char* g_steps[kMaxSteps];
 int g_stepCount = 0;
 
 void Step(const char* name) {
-    if (g_stepCount < kMostSteps) g_steps[g_stepCount++] = name;
+    if (g_stepCount < kMaxSteps) g_steps[g_stepCount++] = name;
 }
 
 HDC WINAPI FakeGetDC(HWND) {
@@ -40,6 +40,18 @@ BOOL WINAPI FakeGetDeviceGammaRamp(HDC, LPVOID ramp) {
         static_cast<unsigned char*>(ramp)[i] = g_platform.readsBackRight ? g_platform.ramp[i] : wrong;
     }
     return TRUE;
+}
+
+// One display and no more.
+BOOL WINAPI FakeEnumDisplayDevicesW(LPCWSTR, DWORD index, DISPLAY_DEVICEW* display, DWORD) {
+    if (index > 0) return FALSE;
+    display->StateFlags = DISPLAY_DEVICE_ATTACHED_TO_DESKTOP;
+    return TRUE;
+}
+
+HDC WINAPI FakeCreateDCW(LPCWSTR, LPCWSTR, LPCWSTR, const DEVMODEW*) {
+    Step("create dc");
+    return nullptr;
 }
 
 BOOL WINAPI FakeInvalidateRect(HWND window, const RECT* area, BOOL erase) {
@@ -100,6 +112,8 @@ AMBREL_SEAM(GetDC, FakeGetDC);
 AMBREL_SEAM(ReleaseDC, FakeReleaseDC);
 AMBREL_SEAM(SetDeviceGammaRamp, FakeSetDeviceGammaRamp);
 AMBREL_SEAM(GetDeviceGammaRamp, FakeGetDeviceGammaRamp);
+AMBREL_SEAM(EnumDisplayDevicesW, FakeEnumDisplayDevicesW);
+AMBREL_SEAM(CreateDCW, FakeCreateDCW);
 AMBREL_SEAM(InvalidateRect, FakeInvalidateRect);
 AMBREL_SEAM(LoadIconW, FakeLoadIconW);
 AMBREL_SEAM(Shell_NotifyIconW, FakeShellNotifyIconW);

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 
+#include "filter/reference_colour.h"
 #include "filter/tinted_cursor.h"
 #include "support/call_record.h"
 #include "support/seam.h"
@@ -139,14 +141,22 @@ AMBREL_SEAM(SetSystemCursor, FakeSetSystemCursor);
 AMBREL_SEAM(DestroyCursor, FakeDestroyCursor);
 AMBREL_SEAM(SystemParametersInfoW, FakeSystemParametersInfoW);
 
-HCURSOR BuildTintedCursor(HCURSOR cursor, double intensity, double brightness) {
+HCURSOR BuildTintedCursor(HCURSOR cursor, const TintTables& tables) {
     Record("build ", ValueOf(cursor));
-    g_cursors.built.push_back({intensity, brightness});
+    g_cursors.built.push_back({tables.red[255], tables.green[255], tables.blue[255]});
     return Has(g_cursors.notBuilt, IdOf(cursor)) ? nullptr : Owned(kTinted, IdOf(cursor));
 }
 
 HCURSOR CursorHandle(HandleKind kind, int id) {
     return MakeHandle<HCURSOR>(kind * kKindStep + static_cast<std::uintptr_t>(id));
+}
+
+std::array<int, 3> WhiteAt(double intensity, double brightness) {
+    const ReferenceColour colour = ReferenceFilterColour(intensity);
+    const auto white = [brightness](long double channel) {
+        return static_cast<int>(std::lround(255.0L * channel * static_cast<long double>(brightness)));
+    };
+    return {white(colour.red), white(colour.green), white(colour.blue)};
 }
 
 std::vector<std::string> CallsWithoutAsking() {

@@ -2,6 +2,7 @@
 // and destroying, and the building of one tinted copy. Each call leaves a line in the record.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -29,15 +30,18 @@ struct FakeCursors {
     std::set<int> withoutBitmaps;  // GetIconInfo succeeds and gives neither
     std::set<int> notBuilt;
     std::set<int> notSet;
-    std::multiset<std::uintptr_t> bitmaps;         // of GetIconInfo, not deleted yet
-    std::multiset<std::uintptr_t> cursors;         // copies and tinted ones that are ours to destroy
-    std::map<int, std::uintptr_t> inForce;         // what SetSystemCursor was given last
-    std::vector<std::pair<double, double>> built;  // intensity and brightness of each building
+    std::multiset<std::uintptr_t> bitmaps;  // of GetIconInfo, not deleted yet
+    std::multiset<std::uintptr_t> cursors;  // copies and tinted ones that are ours to destroy
+    std::map<int, std::uintptr_t> inForce;  // what SetSystemCursor was given last
+    std::vector<std::array<int, 3>> built;  // what white becomes in each building: red, green, blue
 };
 
 extern FakeCursors g_cursors;
 
 HCURSOR CursorHandle(HandleKind kind, int id);
+
+// What white becomes, worked out from the published formulas.
+std::array<int, 3> WhiteAt(double intensity, double brightness);
 
 // Everything but the calls of asking, which tell nothing new.
 std::vector<std::string> CallsWithoutAsking();

@@ -42,7 +42,7 @@ BOOL WINAPI FakeInitialize() {
 
 BOOL WINAPI FakeUninitialize() {
     Record("MagUninitialize");
-    return Succeed();
+    return g_magnification.uninitializeError == 0 ? Succeed() : FailWith(g_magnification.uninitializeError);
 }
 
 DWORD NextEffectError() {

@@ -17,7 +17,8 @@ struct FakeMagnification {
     bool hasInitialize = true;
     bool hasUninitialize = true;
     bool hasSetEffect = true;
-    DWORD initializeError = 0;         // 0: the API initialises
+    DWORD initializeError = 0;  // 0: the API initialises
+    DWORD uninitializeError = 0;
     std::vector<DWORD> effectErrors;   // of the next matrices, one each; 0: accepted
     DWORD laterEffectErrors = 0;       // of every matrix after those
     std::vector<MAGCOLOREFFECT> seen;  // every matrix, refused ones too

@@ -2,7 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "filter/model/warmth.h"
+
+// Else the linker takes a member that the standard library needs from an object of the program, which brings
+// the real model with it.
+template class std::basic_string<wchar_t>;
 
 FakeModel g_model;
 

@@ -1,9 +1,13 @@
-// The display's gamma ramp, as the tests want it to be. Each call leaves a line in the record.
+// The gamma ramps of the whole screen and of each display, as the tests want them to be. Each call but those
+// that list the displays leaves a line in the record.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
+
+#include "win32/platform.h"
 
 constexpr std::size_t kRed = 0, kGreen = 1, kBlue = 2;
 
@@ -18,6 +22,29 @@ struct Deviation {
     int by;
 };
 
+// What a display's own context accepts: all ramps, what it shows and the identity, or none at all.
+enum class Accepts { Everything, IdentityOnly, Nothing };
+
+struct FakeDisplay {
+    std::wstring name;
+    Accepts accepts = Accepts::Everything;
+    DWORD state = DISPLAY_DEVICE_ATTACHED_TO_DESKTOP;
+    bool givesContext = true;
+    bool canBeRead = true;
+    bool takesItsRampAgain = true;  // false: what it shows now is refused when it is set again
+    std::vector<Deviation> deviations;
+    Ramp shown = {};
+    int loads = 0;  // ramps accepted
+    bool contextHeld = false;
+};
+
+// An active display called \\.\DISPLAY1, and so on.
+FakeDisplay NamedDisplay(int number);
+
+// A ramp with entry i = 257 i.
+Ramp IdentityRamp();
+bool operator==(const Ramp& one, const Ramp& other);
+
 struct FakeScreen {
     bool givesContext = true;
     bool acceptsRamps = true;
@@ -26,6 +53,7 @@ struct FakeScreen {
     bool handedZeroesToRead = true;  // every buffer for a read-back was zero throughout
     std::vector<Ramp> seen;          // every ramp, refused ones too
     int contextsHeld = 0;            // taken and not given back
+    std::vector<FakeDisplay> displays{NamedDisplay(1)};
 };
 
 extern FakeScreen g_screen;

@@ -309,3 +309,85 @@ TEST_F(FilterApply, ASuppressedError87AfterTheFailureBoxShowsNothing) {
     EXPECT_EQ(CallsOfOneApply(), (CallRecord{"matrix", kRestore}));
     EXPECT_EQ(g_app.consecutiveError87, 0);
 }
+
+TEST_F(FilterApply, TheFallbackTakesTheLastMatrixOffBeforeTheRamp) {
+    ApplyWith({0, 87});
+    g_calls.clear();
+    ApplyWith({87});
+    EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFallback, "save legacy=1 auto=1 count=0",
+                                     "identity matrix", "ramp legacy=1", "refresh", kNotice));
+    EXPECT_FALSE(g_app.matrixInForce);
+    EXPECT_TRUE(g_app.magnificationReady);
+}
+
+TEST_F(FilterApply, AFallbackWhoseIdentityMatrixIsRefusedTooInitialisesTheApiAnew) {
+    ApplyWith({0, 87});
+    g_magnification.laterEffectErrors = 87;
+    g_calls.clear();
+    ApplyFilter();
+    EXPECT_THAT(g_calls,
+                ElementsAre("matrix", kRestore, kFallback, "save legacy=1 auto=1 count=0", "identity matrix",
+                            "MagUninitialize", "MagInitialize", "ramp legacy=1", "refresh", kNotice));
+    EXPECT_TRUE(g_app.magnificationReady);
+    EXPECT_FALSE(g_app.matrixInForce);
+    EXPECT_EQ(g_magnification.modulesHeld, 1) << "the library stays loaded";
+}
+
+TEST_F(FilterApply, WhenTheApiDoesNotInitialiseAgainItIsNotReadyAndLeavingLegacyModeLoadsItAnew) {
+    ApplyWith({0, 87});
+    g_magnification.laterEffectErrors = 87;
+    g_magnification.initializeError = ERROR_NOT_READY;
+    ApplyFilter();
+    EXPECT_FALSE(g_app.magnificationReady);
+    EXPECT_EQ(g_magnification.modulesHeld, 1);
+
+    g_magnification.initializeError = 0;
+    g_magnification.laterEffectErrors = 0;
+    g_calls.clear();
+    ToggleLegacyMode();
+    EXPECT_THAT(g_calls, ElementsAre(kRestore, "identity ramp legacy=1", "free", "load Magnification.dll",
+                                     "find MagInitialize", "find MagUninitialize",
+                                     "find MagSetFullscreenColorEffect", "MagInitialize", "matrix", kTint));
+    EXPECT_TRUE(g_app.magnificationReady);
+    EXPECT_EQ(g_magnification.modulesHeld, 1);
+}
+
+TEST_F(FilterApply, AMatrixThatWasTakenOffBeforeTheFallbackIsNotTakenOffAgain) {
+    ApplyWith({0});
+    g_app.filterOn = false;
+    ApplyFilter();
+    g_app.filterOn = true;
+    g_calls.clear();
+    ApplyWith({87, 87});
+    EXPECT_EQ(CountOf("identity matrix"), 0);
+    EXPECT_EQ(CountOf("MagUninitialize"), 0);
+    EXPECT_TRUE(g_app.useLegacyGamma);
+}
+
+TEST_F(FilterApply, AMatrixWhoseRemovalWasRefusedIsTakenOffAtTheFallback) {
+    ApplyWith({0});
+    g_app.filterOn = false;
+    ApplyWith({5});
+    g_app.filterOn = true;
+    g_calls.clear();
+    ApplyWith({87, 87});
+    EXPECT_EQ(CountOf("identity matrix"), 1);
+}
+
+TEST_F(FilterApply, ANeutralFilterLeavesNothingToTakeOff) {
+    g_app.intensity = 0.0;
+    g_app.brightness = 1.0;
+    ApplyWith({0});
+    EXPECT_FALSE(g_app.matrixInForce);
+    g_app.intensity = 0.6;
+    g_calls.clear();
+    ApplyWith({87, 87});
+    EXPECT_EQ(CountOf("identity matrix"), 0);
+}
+
+TEST_F(FilterApply, DimmingAloneIsAMatrixInForce) {
+    g_app.intensity = 0.0;
+    g_app.brightness = 0.999;
+    ApplyWith({0});
+    EXPECT_TRUE(g_app.matrixInForce);
+}

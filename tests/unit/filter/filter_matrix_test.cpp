@@ -55,6 +55,7 @@ protected:
         g_model.green = green;
         g_model.blue = blue;
         g_app.brightness = brightness;
+        g_app.filterColour = {};  // the model's answer may be another one now
         g_magnification.seen.clear();
         ApplyFilter();
         EXPECT_EQ(g_magnification.seen.size(), 1U);

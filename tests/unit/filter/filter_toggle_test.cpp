@@ -68,6 +68,18 @@ TEST_F(FilterToggle, SwitchingOnClearsCursorsAndMatrixThenAppliesTheRamp) {
     EXPECT_TRUE(g_app.magnificationReady);
 }
 
+TEST_F(FilterToggle, SwitchingOnTakesAMatrixOffWhoseRemovalIsRefused) {
+    PutFakeMagnificationInPlace();
+    g_app.filterOn = true;
+    ApplyFilter();
+    g_magnification.laterEffectErrors = 5;
+    g_calls.clear();
+    ToggleLegacyMode();
+    EXPECT_THAT(g_calls, ElementsAre("restore cursors", "identity matrix", "identity matrix",
+                                     "MagUninitialize", "MagInitialize", "ramp legacy=1"));
+    EXPECT_TRUE(g_app.magnificationReady);
+}
+
 TEST_F(FilterToggle, SwitchingOnLeavesTheFallbacksBookkeepingAlone) {
     PutFakeMagnificationInPlace();
     g_app.consecutiveError87 = 1;

@@ -47,8 +47,8 @@ DWORD WINAPI FakeGetModuleFileName(HMODULE module, wchar_t* path, DWORD capacity
     EXPECT_EQ(capacity, 260U);
     EXPECT_TRUE(std::all_of(path, path + capacity, [](wchar_t each) { return each == 0; }));
     Record("own path");
-    g_ownPath.copy(path, capacity - 1);
-    return static_cast<DWORD>(g_ownPath.size());
+    const std::size_t copied = g_ownPath.copy(path, capacity);
+    return static_cast<DWORD>(copied);
 }
 
 HINSTANCE WINAPI FakeShellExecute(HWND owner, const wchar_t* verb, const wchar_t* file,
@@ -161,6 +161,17 @@ TEST_F(GammaFixStart, APathWithBlanksAndAccentsIsPassedAsItIs) {
     StartGammaRangeFix();
     EXPECT_EQ(g_calls[2],
               "execute runas [C:\\Program Files\\Ambr?l (1)\\ambrel.exe] [--expand-gamma-range] show 1");
+}
+
+TEST_F(GammaFixStart, APathThatDoesNotFitIsNotLaunchedAndCountsAsNotFound) {
+    for (const std::size_t length : {257U, 400U}) {
+        g_calls.clear();
+        g_ownPath = L"C:\\" + std::wstring(length, L'p');
+        StartGammaRangeFix();
+        EXPECT_EQ(g_calls,
+                  (CallRecord{kQuestion, "own path", "log: Gamma-range fix helper failed to launch (rc=2)"}));
+        EXPECT_FALSE(g_app.gammaFixPending);
+    }
 }
 
 TEST_F(GammaFixStart, ASecondClickLaunchesAgainAndWaitsAnew) {

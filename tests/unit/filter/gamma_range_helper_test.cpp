@@ -4,6 +4,7 @@
 #include "app/state/app_state.h"
 #include "app/state/program_names.h"
 #include "filter/gamma_range.h"
+#include "filter/gamma_range_helper.h"
 #include "store/settings.h"
 #include "support/call_record.h"
 #include "support/recorded_registry.h"

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "app/state/app_state.h"
-#include "filter/gamma_range.h"
+#include "filter/gamma_banner.h"
 
 namespace {
 

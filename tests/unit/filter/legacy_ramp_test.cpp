@@ -29,6 +29,7 @@ protected:
         g_model.green = green;
         g_model.blue = blue;
         g_app.brightness = brightness;
+        g_app.filterColour = {};  // the model's answer may be another one now
         g_screen.seen.clear();
         ApplyLegacyRamp();
         EXPECT_EQ(g_screen.seen.size(), 1U);

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "app/state/app_state.h"
 #include "filter/fake_magnification.h"
 #include "support/call_record.h"
@@ -208,6 +210,29 @@ TEST_F(MagnificationLoad, ALoadThatFailsWhileTheFailureBoxIsOpenFreesEachModuleO
     g_magnification.duringBox = [] { InitMagnification(); };
     InitMagnification();
     ExpectNothingLoaded();
+}
+
+TEST_F(MagnificationLoad, AFailureBoxThatIsOpenDoesNotOpenASecondTime) {
+    const auto boxes = [] {
+        return std::count_if(g_calls.begin(), g_calls.end(),
+                             [](const std::string& call) { return call.rfind("box ", 0) == 0; });
+    };
+    void (*const failures[])() = {
+        [] { g_magnification.loadError = ERROR_MOD_NOT_FOUND; },
+        [] { g_magnification.hasSetEffect = false; },
+        [] { g_magnification.initializeError = ERROR_NOT_READY; },
+    };
+    for (void (*const letFail)() : failures) {
+        g_magnification = FakeMagnification{};
+        g_calls.clear();
+        letFail();
+        g_magnification.duringBox = [] { InitMagnification(); };
+        InitMagnification();
+        EXPECT_EQ(boxes(), 1);
+        EXPECT_EQ(g_magnification.modulesHeld, 0);
+        InitMagnification();
+        EXPECT_EQ(boxes(), 2) << "once it was closed it opens again";
+    }
 }
 
 TEST_F(MagnificationLoad, ALoadThatSucceedsWhileTheMissingFunctionBoxIsOpenIsNotUnloadedAfterwards) {

@@ -171,11 +171,24 @@ TEST_F(AutostartCalls, APathWithBlanksAndAccentsIsWrittenWithoutQuotesOrArgument
     EXPECT_EQ(ReadAutostartValue(), g_ownPath);
 }
 
-TEST_F(AutostartCalls, APathThatFillsTheBufferIsCutAndEnded) {
-    g_ownPath = L"C:\\" + std::wstring(400, L'p');
+TEST_F(AutostartCalls, APathOf259CharactersIsWrittenWhole) {
+    g_ownPath = L"C:\\" + std::wstring(256, L'p');
     SetAutostart(true);
     EXPECT_EQ(g_registry.data.size(), 2 * 260U);
-    EXPECT_EQ(ReadAutostartValue(), g_ownPath.substr(0, 259));
+    EXPECT_EQ(ReadAutostartValue(), g_ownPath);
+}
+
+TEST_F(AutostartCalls, ALongerPathIsNotWrittenAndTheFlagFollowsTheRequest) {
+    StoreText(REG_SZ, L"C:\\a.exe");
+    for (const std::size_t length : {257U, 400U}) {
+        g_ownPath = L"C:\\" + std::wstring(length, L'p');
+        g_app.launchAtStart = false;
+        g_calls.clear();
+        SetAutostart(true);
+        EXPECT_EQ(g_calls, (CallRecord{kOpenToSet, "close"})) << length;
+        EXPECT_TRUE(g_app.launchAtStart);
+    }
+    EXPECT_EQ(ReadAutostartValue(), L"C:\\a.exe");
 }
 
 TEST_F(AutostartCalls, OffDeletesTheValue) {

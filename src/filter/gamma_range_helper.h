@@ -1,0 +1,8 @@
+// The program's own elevated run, which lifts the gamma range limit.
+#pragma once
+
+// The command-line switch of that run.
+constexpr wchar_t kExpandGammaRangeSwitch[] = L"--expand-gamma-range";
+
+// Lifts the limit and reports the result in a message box. Returns the exit code, 0 or 1.
+int RunGammaRangeHelper();
