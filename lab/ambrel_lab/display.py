@@ -34,7 +34,9 @@ def run_on_display(display=None, build_dir=DEFAULT_BUILD, size=(1280, 800), dpi=
             print("lab: this display has no gamma ramp, so the filter will not be seen")
         connection.close()
         prefix = Prefix(run.folder / "prefix")
-        Magnification(prefix, Path(build_dir) / "lab").install("ok")
+        magnification = Magnification(prefix, Path(build_dir) / "lab")
+        magnification.install("ok")
+        magnification.show_as_ramp()
         access = {name: os.environ[name] for name in ("XAUTHORITY",) if name in os.environ}
         desktop = Desktop(prefix, run, size, dpi, Path(build_dir) / "lab" / "labtool.exe", "-all", access)
         prefix.put(exe, "C:\\Ambrel\\ambrel.exe")

@@ -4,9 +4,11 @@ from pathlib import Path
 
 from .console import run_console
 from .desktop import Desktop
+from .displays import Displays
 from .hardware import Hardware
 from .input import Hands
 from .magnification import Magnification
+from .picture import as_seen
 from .places import DEFAULT_BUILD
 from .popup import PopupActions
 from .prefix import Prefix
@@ -41,6 +43,7 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
             self.prefix = Prefix(self.run.folder / "prefix")
             self.magnification = Magnification(self.prefix, doubles)
             self.hardware = Hardware(self, doubles)
+            self.displays = Displays(self, doubles)
             if tools:
                 self.magnification.install(magnification)
             self.connection = Connection(self.run.display)
@@ -101,8 +104,8 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
         return picture
 
     def eye_picture(self, path=None):
-        """The screen as the eye sees it: with the gamma ramp in force applied."""
-        picture = self.connection.picture().through(self.connection.ramp())
+        """The screen as the eye sees it: with the colour matrix and the gamma ramp in force applied."""
+        picture = self.connection.picture().through(self.seen())
         if path:
             picture.save(path)
         return picture
@@ -114,6 +117,10 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
     def ramp(self):
         """The gamma ramp in force: three lists (red, green, blue) of 256 numbers from 0 to 65535, 8 bits exact."""
         return self.connection.ramp()
+
+    def seen(self):
+        """What the eye sees of each level, colour matrix and gamma ramp together: three lists as ramp() gives them."""
+        return as_seen(self.magnification.in_force(), self.connection.ramp())
 
     def set_ramp(self, ramp):
         self.connection.set_ramp(ramp)

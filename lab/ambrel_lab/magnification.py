@@ -1,13 +1,18 @@
 """The double of Magnification.dll in one prefix: which one is there, what it answers, what it was asked."""
 
 import os
+import struct
 from dataclasses import dataclass
+from operator import mul
 
 from .places import LabError
 
 DLL = "C:\\windows\\system32\\Magnification.dll"
 SCRIPT = "C:\\lab\\magnification.script"
 LOG = "C:\\lab\\magnification.log"
+EFFECT = "C:\\lab\\magnification.effect"  # followed by a dot and the number of the process whose effect it is
+CELLS = struct.Struct("<25f")
+IDENTITY = (1.0, 1.0, 1.0)
 
 # What the library is: whole, without one entry point, or not there at all.
 LIBRARIES = {
@@ -32,6 +37,13 @@ class Call:
     def diagonal(self):
         """(red, green, blue) factors of an effect."""
         return tuple(self.matrix[6 * channel] for channel in range(3))
+
+
+def diagonal_of(cells):
+    for place, cell in enumerate(cells):
+        if place % 6 and cell or place in (18, 24) and cell != 1.0:
+            raise LabError(f"the lab shows diagonal matrices only, not {cells}")
+    return cells[0], cells[6], cells[12]
 
 
 class Magnification:
@@ -61,6 +73,25 @@ class Magnification:
         temporary = path.with_suffix(".new")
         temporary.write_text(text)
         os.replace(temporary, path)
+
+    def in_force(self):
+        """(red, green, blue): what the matrices in force multiply each channel by, those of all processes together.
+
+        An effect ends with its process, however that ends. A matrix that is not diagonal raises LabError.
+        """
+        factors = IDENTITY
+        for path in self.prefix.path(EFFECT).parent.glob("magnification.effect.*"):
+            try:
+                cells = path.read_bytes()
+            except FileNotFoundError:
+                continue
+            if len(cells) == CELLS.size:  # Shorter only in the moment in which the file is made.
+                factors = tuple(map(mul, factors, diagonal_of(CELLS.unpack(cells))))
+        return factors
+
+    def show_as_ramp(self):
+        """Makes the library show its matrix as a gamma ramp too, for a person in front of the display."""
+        self.prefix.path(SCRIPT).write_text("show=1\n")
 
     def calls(self):
         """Every call so far, oldest first."""

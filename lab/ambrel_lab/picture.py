@@ -6,6 +6,18 @@ import zlib
 PNG_SIGNATURE = b"\x89PNG\r\n\x1a\n"
 
 
+def as_seen(factors, ramp):
+    """What a screen makes of each level when a colour matrix multiplies the channels before a gamma ramp is applied.
+
+    Three lists like a ramp's. Between the ramp's entries the value is interpolated.
+    """
+    def seen(channel, place):
+        below = min(int(place), len(channel) - 2)
+        return channel[below] + (channel[below + 1] - channel[below]) * (place - below)
+    return [[round(seen(channel, step * min(max(factor, 0.0), 1.0))) for step in range(len(channel))]
+            for factor, channel in zip(factors, ramp)]
+
+
 def png_chunk(kind, data):
     return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
 

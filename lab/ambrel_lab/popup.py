@@ -13,7 +13,7 @@ TrayIcon = namedtuple("TrayIcon", "rect tip")
 
 
 class PopupActions:
-    """Needs `desktop` and `hands` of Lab."""
+    """Needs `desktop`, `hands` and `seen` of Lab."""
 
     def tray_icons(self):
         """Every icon of the notification area as TrayIcon(rect, tip)."""
@@ -91,7 +91,7 @@ class PopupActions:
         self.hands.drag(*self.unit_to_screen(x0, y0), *self.unit_to_screen(x1, y1), steps=steps, release=release)
 
     def popup_picture(self, as_seen=False):
-        """What the screen shows where the popup is, without (or with) the gamma ramp."""
+        """What the screen shows where the popup is, without (or with) colour matrix and gamma ramp."""
         rect = self.popup_rect()
         picture = self.connection.picture(*rect[:2], rect.right - rect.left, rect.bottom - rect.top)
-        return picture.through(self.connection.ramp()) if as_seen else picture
+        return picture.through(self.seen()) if as_seen else picture

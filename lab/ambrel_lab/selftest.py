@@ -80,8 +80,12 @@ def fresh_magnification(lab):
 
 def check_magnification(lab):
     lab.run_tool("magnify", 1000, 500, 0, "keep")
-    assert all(close_enough(got, wanted) for got, wanted in zip((c[255] for c in lab.ramp()), (65535, 32768, 0)))
+    assert all(close_enough(got, wanted) for got, wanted in zip((c[255] for c in lab.seen()), (65535, 32768, 0)))
+    assert lab.ramp()[1][255] > 65000, "the ramp is another pipeline's"
     assert lab.magnification_calls()[-1].diagonal == (1.0, 0.5, 0.0)
+    lab.set_ramp([[step * 257 // 2 for step in range(256)]] * 3)
+    assert all(close_enough(got, wanted) for got, wanted in zip((c[255] for c in lab.seen()), (32768, 16384, 0)))
+    lab.set_ramp(identity_ramp())
     lab.magnification_script(effect=(87, 0))
     answers = [lab.run_tool("magnify", 1000, 1000, 1000, "keep").strip().rpartition("=")[2] for _ in range(3)]
     assert answers == ["87", "0", "0"], answers
@@ -89,12 +93,15 @@ def check_magnification(lab):
     assert "initialize_error=5" in lab.run_tool("magnify", 1000, 1000, 1000)
     lab.magnification_script()
     lab.run_tool("magnify", 1000, 1000, 1000, "keep")
+    child = lab.desktop.start([TOOL, "magnify", "500", "1000", "1000", "keep"], stdout=subprocess.PIPE)
+    child.communicate(timeout=20)
+    wait_until(lambda: lab.magnification.in_force() == (1.0, 1.0, 1.0), 5.0, "an effect's end with its process")
     lab.magnification.install("without-effect")
     # A program that has loaded a library keeps it; a new one finds the other.
     assert {"initialize=1", "uninitialize=1", "effect=0"} <= fresh_magnification(lab)
     lab.magnification.install("missing")
     assert "loaded=0" in fresh_magnification(lab)
-    assert lab.ramp()[1][255] > 65000
+    assert lab.seen()[1][255] > 65000
 
 
 def check_windows(lab):
@@ -163,7 +170,7 @@ def side_by_side(build_dir):
         other.set_clipboard_text("other")
         one.run_tool("magnify", 500, 500, 500, "keep")
         assert (one.clipboard_text(), other.clipboard_text()) == ("one", "other")
-        assert one.ramp()[0][255] < 40000 < other.ramp()[0][255]
+        assert one.seen()[0][255] < 40000 < other.seen()[0][255]
 
 
 def selftest(build_dir):

@@ -21,7 +21,7 @@ def drag_warmth(stage):
 def choose_evening(stage):
     stage.lab.click_unit(*EVENING)
     stage.see("EVENING shows 2700 K at 85%", lambda: stage.lab.tray_tip() == "Ambrel - ON (2700K, 85%)")
-    stage.see("the screen's ramp is EVENING's", lambda: stage.full_white_is(EVENING_AT_FULL_WHITE))
+    stage.see("the screen is in EVENING's colour", lambda: stage.full_white_is(EVENING_AT_FULL_WHITE))
     stage.see("EVENING is saved", lambda: stage.setting_is("Brightness", "850"))
     stage.save("3-evening")
 
@@ -49,9 +49,9 @@ def report(stage):
     for call in stage.lab.magnification_calls():
         if call.matrix:
             print("  " + "  ".join(f"{cell:.6f}" for cell in call.diagonal[:3]))
-    print("\nThe gamma ramps that the screen showed (levels 64, 128 and 255 of red, green, blue):")
-    for name, ramp in stage.ramps:
-        print(f"  {name:16}" + "   ".join(" ".join(f"{channel[level]:5}" for channel in ramp)
+    print("\nWhat the screen made of the levels 64, 128 and 255 of red, green, blue:")
+    for name, seen in stage.seen:
+        print(f"  {name:16}" + "   ".join(" ".join(f"{channel[level]:5}" for channel in seen)
                                            for level in (64, 128, 255)))
     print("\nsettings.ini:\n" + stage.lab.settings_text())
     print("events.log:\n" + stage.lab.events_text())
@@ -67,5 +67,5 @@ def show(stage):
     switch_legacy_mode(stage, on=False)
     stage.quit()
     stage.see("and gives the screen back", lambda: stage.full_white_is(IDENTITY_AT_FULL_WHITE))
-    stage.ramps.append(("6-after-the-end", stage.lab.ramp()))
+    stage.seen.append(("6-after-the-end", stage.lab.seen()))
     report(stage)

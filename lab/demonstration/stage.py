@@ -28,13 +28,13 @@ REOPEN_GUARD = 0.3  # seconds; a click on the icon right after the popup has hid
 MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT = 0.18, 0.44, 0.85
 MENU_CLASS = "#32768"
 
-EIGHT_BITS = 256  # the screen's ramp is 8 bits deep
+EIGHT_BITS = 256  # the screen's gamma ramp is 8 bits deep
 
 
 class Stage:
     def __init__(self, lab, pictures):
         self.lab, self.pictures = lab, pictures
-        self.ramps = []
+        self.seen = []
 
     def see(self, what, happened, patience=10):
         """Waits for a step's outcome and tells of it; `what` names it as it should be."""
@@ -49,15 +49,15 @@ class Stage:
             raise LabError(f"This did not happen: {what}.") from None
 
     def save(self, name):
-        """Pictures of this moment, and the screen's gamma ramp for the report."""
-        self.ramps.append((name, self.lab.ramp()))
+        """Pictures of this moment, and what the screen makes of each level for the report."""
+        self.seen.append((name, self.lab.seen()))
         picture = wait_until(self.popup_as_drawn, 10, f"the popup in the picture {name}")
         picture.save(self.pictures / f"{name}-popup.png")
         self.lab.eye_picture(self.pictures / f"{name}-as-the-eye-sees-it.png")
 
     def full_white_is(self, expected):
-        """Whether the screen's gamma ramp makes this of white."""
-        shown = [channel[255] for channel in self.lab.ramp()]
+        """Whether this is what the screen makes of white, colour matrix and gamma ramp together."""
+        shown = [channel[255] for channel in self.lab.seen()]
         return all(abs(one - other) <= EIGHT_BITS for one, other in zip(shown, expected))
 
     def start(self):

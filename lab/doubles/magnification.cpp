@@ -1,12 +1,14 @@
-// Stands in for Magnification.dll, which Wine does not have. Records every call in C:\lab\magnification.log,
-// answers as C:\lab\magnification.script says, and shows an accepted matrix's diagonal on the screen as a
-// gamma ramp.
+// Stands in for Magnification.dll, which Wine does not have. Records every call in C:\lab\magnification.log
+// and answers as C:\lab\magnification.script says. The matrix in force is the content of a file,
+// C:\lab\magnification.effect.PROCESS, which exists as long as the process: however the process ends, its
+// effect ends with it. The gamma ramp is left alone.
 //
 // The script is read at every call, so it may change while the program runs. It holds name=value lines:
 //     initialize=ERROR        what MagInitialize fails with; 0 succeeds
 //     effect=ERROR,ERROR,...  what successive effect calls fail with; the last one answers all later calls
 //     delay=MS                how long each effect call takes after it was recorded; messages are not
 //     dispatched
+//     show=1                  show the matrix's diagonal as a gamma ramp too, on a person's own display
 // A script whose text has changed, or a library loaded anew, starts the list from the beginning. No script
 // means that everything succeeds.
 //
@@ -23,13 +25,17 @@ namespace {
 
 constexpr wchar_t kScriptPath[] = L"C:\\lab\\magnification.script";
 constexpr wchar_t kLogPath[] = L"C:\\lab\\magnification.log";
+constexpr wchar_t kEffectPath[] = L"C:\\lab\\magnification.effect";
 constexpr int kMatrixCells = 25;
+constexpr float kIdentity[kMatrixCells] = {1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1,
+                                           0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1};
 // The lab's own choice; the real library's error for a call before MagInitialize is not documented.
 constexpr DWORD kNotInitialized = ERROR_NOT_READY;
 // Wine refuses a channel that does not rise, and one that only jumps at its end. A last entry of 32 is still
 // black.
 constexpr double kSmallestFactor = 32.0 / 65535.0;
 
+HANDLE g_effect = INVALID_HANDLE_VALUE;
 int g_initialized = 0;
 int g_effectCalls = 0;
 char g_script[4096] = {};
@@ -79,7 +85,7 @@ void Record(const char* function, DWORD error, const float* matrix) {
     CloseHandle(file);
 }
 
-void ShowDiagonal(double red, double green, double blue) {
+void ShowDiagonalAsRamp(double red, double green, double blue) {
     static WORD ramp[3][256];
     const double factors[3] = {red, green, blue};
     for (int channel = 0; channel < 3; ++channel) {
@@ -91,6 +97,24 @@ void ShowDiagonal(double red, double green, double blue) {
     const HDC screen = GetDC(nullptr);
     SetDeviceGammaRamp(screen, ramp);
     ReleaseDC(nullptr, screen);
+}
+
+// The file is written whole in one call, so that a reader sees one matrix or another.
+void PutInForce(const float* matrix) {
+    if (g_effect == INVALID_HANDLE_VALUE) {
+        wchar_t path[MAX_PATH] = {};
+        wsprintfW(path, L"%s.%lu", kEffectPath, GetCurrentProcessId());
+        g_effect =
+            CreateFileW(path, GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                        nullptr, CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    }
+    SetFilePointer(g_effect, 0, nullptr, FILE_BEGIN);
+    DWORD written = 0;
+    WriteFile(g_effect, matrix, kMatrixCells * sizeof(float), &written, nullptr);
+    if (ScriptedNumber("show=", 0) != 0) {
+        ShowDiagonalAsRamp(static_cast<double>(matrix[0]), static_cast<double>(matrix[6]),
+                           static_cast<double>(matrix[12]));
+    }
 }
 
 BOOL Answer(DWORD error) {
@@ -115,7 +139,7 @@ extern "C" __declspec(dllexport) BOOL WINAPI MagUninitialize() {
     const DWORD error = g_initialized > 0 ? ERROR_SUCCESS : kNotInitialized;
     Record("MagUninitialize", error, nullptr);
     if (g_initialized > 0 && --g_initialized == 0) {
-        ShowDiagonal(1.0, 1.0, 1.0);
+        PutInForce(kIdentity);
     }
     return Answer(error);
 }
@@ -133,8 +157,7 @@ extern "C" __declspec(dllexport) BOOL WINAPI MagSetFullscreenColorEffect(const f
     Record("MagSetFullscreenColorEffect", error, matrix);
     Sleep(ScriptedNumber("delay=", 0));
     if (error == ERROR_SUCCESS) {
-        ShowDiagonal(static_cast<double>(matrix[0]), static_cast<double>(matrix[6]),
-                     static_cast<double>(matrix[12]));
+        PutInForce(matrix);
     }
     return Answer(error);
 }

@@ -33,6 +33,7 @@ const Command kCommands[] = {
     {L"registry-get", 2, RegistryGet},
     {L"registry-set", 4, RegistrySet},
     {L"registry-delete", 1, RegistryDelete},
+    {L"inject", 2, InjectLibrary},
     {L"magnify", 3, CallMagnification},
     {L"measure", 4, MeasureText},
 };

@@ -61,5 +61,6 @@ int ShowProcessFacts(const Arguments& arguments);
 int RegistryGet(const Arguments& arguments);
 int RegistrySet(const Arguments& arguments);
 int RegistryDelete(const Arguments& arguments);
+int InjectLibrary(const Arguments& arguments);
 int CallMagnification(const Arguments& arguments);
 int MeasureText(const Arguments& arguments);

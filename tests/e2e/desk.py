@@ -168,27 +168,36 @@ class Desk(Lab):
         except LabError:
             assert self.tray_tip() == text
 
-    def wait_for_ramp(self, ramp):
-        """Waits until the screen's gamma ramp is this one, as near as the screen can keep it."""
+    def sees(self, factors):
+        """Whether the eye sees these factors: no filter less and none more, in whichever pipelines."""
+        return ramp_distance(self.seen(), model.ramp(factors)) <= RAMP_TOLERANCE
+
+    def wait_to_see(self, factors):
         try:
-            wait_until(lambda: ramp_distance(self.ramp(), ramp) <= RAMP_TOLERANCE, 10.0, "the ramp")
+            wait_until(lambda: self.sees(factors), 10.0, "the colour on the screen")
         except LabError:
-            seen = self.ramp()
-            assert [channel[255] for channel in seen] == [channel[255] for channel in ramp]
-            assert ramp_distance(seen, ramp) <= RAMP_TOLERANCE
+            seen = self.seen()
+            assert [channel[255] for channel in seen] == [channel[255] for channel in model.ramp(factors)]
+            assert ramp_distance(seen, model.ramp(factors)) <= RAMP_TOLERANCE
+
+    def ramp_is_plain(self):
+        return ramp_distance(self.ramp(), model.ramp(model.IDENTITY)) <= RAMP_TOLERANCE
 
     def wait_for_colour(self, intensity, brightness):
-        """Waits for the filter on the screen, shown by the double of the Magnification library."""
-        self.wait_for_ramp(model.ramp_of_double(model.factors(intensity, brightness)))
+        """Waits for exactly one filter on the screen, by the Magnification library."""
+        self.wait_to_see(model.factors(intensity, brightness))
+        assert self.ramp_is_plain(), "the gamma ramp has a part in the colour"
 
     def wait_for_legacy_colour(self, intensity, brightness):
-        self.wait_for_ramp(model.ramp(model.factors(intensity, brightness)))
+        """Waits for exactly one filter on the screen, by the gamma ramp."""
+        self.wait_to_see(model.factors(intensity, brightness))
+        assert self.magnification.in_force() == model.IDENTITY, "a colour matrix has a part in the colour"
 
     def wait_for_plain_screen(self):
-        self.wait_for_ramp(model.ramp(model.IDENTITY))
+        self.wait_to_see(model.IDENTITY)
 
     def screen_is_plain(self):
-        return ramp_distance(self.ramp(), model.ramp(model.IDENTITY)) <= RAMP_TOLERANCE
+        return self.sees(model.IDENTITY)
 
     def effects(self):
         """Every colour matrix that the program has handed over since the start."""

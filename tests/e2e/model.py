@@ -13,8 +13,6 @@ PRESETS = {
 DEFAULT_INTENSITY, DEFAULT_BRIGHTNESS = 0.385, 1.0
 TRAVEL = 198.0
 STEPS = 256
-# A channel cannot be shown below this by the double: the screen wants a ramp that rises.
-DARKEST = 32.0 / 65535.0
 
 
 def clamp(value, low, high):
@@ -74,11 +72,6 @@ IDENTITY = (1.0, 1.0, 1.0)
 def ramp(channel_factors):
     """The gamma ramp that shows these factors: straight lines through zero."""
     return [[int(step / 255.0 * factor * 65535.0) for step in range(STEPS)] for factor in channel_factors]
-
-
-def ramp_of_double(channel_factors):
-    """The same as the double of the Magnification library shows it."""
-    return ramp([max(factor, DARKEST) for factor in channel_factors])
 
 
 def single(value):

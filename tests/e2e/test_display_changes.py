@@ -100,6 +100,26 @@ def test_a_ramp_that_the_display_driver_lost_comes_back_in_legacy_mode(file_desk
     desk.wait_for_legacy_colour(*START)
 
 
+def test_the_box_of_a_failed_load_does_not_pile_up(make_desk):
+    desk = make_desk(magnification="missing")
+    desk.clear()
+    desk.start_program()
+    desk.press_button(desk.wait_for_message_box())
+    desk.wait_for_icon()
+    desk.press_power()
+    desk.wait_for_tip(model.tip_on(*START))
+    for _ in range(3):
+        desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
+        desk.wait_for_message_box()
+        time.sleep(0.6)  # Twice the time that the program waits after a display change.
+    boxes = desk.message_boxes()
+    assert len(boxes) == 1
+    desk.press_button(boxes[0])
+    wait_until(lambda: not desk.message_boxes(), 5.0, "the end of the box")
+    desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
+    desk.press_button(desk.wait_for_message_box())
+
+
 def test_a_library_that_failed_at_the_start_is_tried_again(file_desk):
     desk = file_desk
     desk.clear(initialize=5)

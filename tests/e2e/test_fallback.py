@@ -7,6 +7,7 @@ import pytest
 import model
 from desk import wait_until
 
+WM_NULL, WM_APP = 0, 0x8000
 LEGACY = "Legacy Mode (Older Hardware)"
 START = (model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
 FORGIVEN = "MagSetFullscreenColorEffect error 87 (1/2 before fallback)"
@@ -90,9 +91,64 @@ def test_a_drag_of_a_slider_falls_back_under_way_and_goes_on(file_desk):
     desk.press_button(desk.wait_for_message_box())
     desk.release()
     assert desk.log().count(FALLEN_BACK) == 1
-    assert len(desk.effects()) == 3
+    assert [call.matrix == model.matrix(model.IDENTITY) for call in desk.effects()] == [False, False, False, True]
     desk.choose("DAY")
     desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
+
+
+def fall_back_after_one_success(desk, *answers):
+    desk = desk.start_fresh(effect=(0, *answers))
+    press_presets(desk, "NIGHT")
+    desk.wait_for_colour(*model.PRESETS["NIGHT"][:2])
+    return fall_back(desk)
+
+
+def test_the_fallback_takes_the_last_matrix_off_the_screen(file_desk):
+    desk = fall_back_after_one_success(file_desk, 87, 87, 0)
+    desk.wait_for_legacy_colour(*model.PRESETS["EVENING"][:2])
+    assert desk.effects()[-1].matrix == model.matrix(model.IDENTITY)
+    assert "MagUninitialize" not in [call.function for call in desk.magnification_calls()]
+    desk.press_button(desk.wait_for_message_box())
+    desk.press_power()
+    desk.wait_for_plain_screen()
+
+
+def test_a_library_that_refuses_the_identity_too_is_initialised_anew(file_desk):
+    desk = fall_back_after_one_success(file_desk, 87)
+    desk.wait_for_legacy_colour(*model.PRESETS["EVENING"][:2])
+    assert [call.function for call in desk.magnification_calls()][-3:] == [
+        "MagSetFullscreenColorEffect", "MagUninitialize", "MagInitialize"]
+    desk.press_button(desk.wait_for_message_box())
+    desk.press_power()
+    desk.wait_for_plain_screen()
+    desk.magnification_script()
+    desk.press_power()
+    desk.menu(LEGACY)
+    desk.wait_for_colour(*model.PRESETS["EVENING"][:2])
+
+
+def test_the_notice_does_not_open_a_second_time_while_it_is_open(file_desk):
+    desk = fall_back(file_desk.start_fresh(effect=(87,)))
+    box = desk.wait_for_message_box()
+    desk.post_message(WM_APP + 104)
+    assert desk.send_message(WM_NULL) == 0  # What was posted before has been handled.
+    time.sleep(0.3)
+    assert len(desk.message_boxes()) == 1
+    desk.press_button(box)
+    wait_until(lambda: not desk.message_boxes(), 5.0, "the end of the box")
+    desk.post_message(WM_APP + 104)
+    desk.press_button(desk.wait_for_message_box())
+
+
+def test_the_failure_box_does_not_open_a_second_time_while_it_is_open(file_desk):
+    desk = file_desk.start_fresh()
+    desk.post_message(WM_APP + 106, 5)
+    box = desk.wait_for_message_box()
+    desk.post_message(WM_APP + 106, 6)
+    assert desk.send_message(WM_NULL) == 0
+    time.sleep(0.3)
+    assert [each.text for each in desk.message_boxes()] == [failure(5)]
+    desk.press_button(box)
 
 
 def test_the_popup_stays_open_under_the_notice(file_desk):

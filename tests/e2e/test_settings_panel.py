@@ -279,7 +279,8 @@ def test_with_the_filter_on_each_click_applies_the_filter_anew(fresh, legacy):
     for _ in range(2):
         wait(*DAY)
         applied = len(desk.effects())
-        desk.set_ramp(model.ramp(model.IDENTITY))  # Somebody else takes the colour away.
+        if legacy:
+            desk.set_ramp(model.ramp(model.IDENTITY))  # Somebody else takes the colour away.
         if desk.popup_visible() and panel_of(desk) == "main":
             desk.show_settings()
             wait_for_panel(desk, "settings")

@@ -1,0 +1,224 @@
+// An extended desktop for a program that was started with one display. Loaded into the program (see
+// tools/inject.cpp), it takes over the program's imports that list displays and set gamma ramps, and answers
+// as Windows has done since version 1903: with several displays the context of the whole screen refuses every
+// ramp, while each display's own takes it or not, as C:\lab\displays.script says.
+//
+// The script is read at every call. It holds one word a display: "everything", "identity" (no other ramp), or
+// "nothing". The first display is the lab's screen; the ramps of the others are the files
+// C:\lab\displays.ramp.NUMBER.
+#include <windows.h>
+
+#include <cwchar>
+#include <cstring>
+
+namespace {
+
+constexpr wchar_t kScriptPath[] = L"C:\\lab\\displays.script";
+constexpr int kMaxDisplays = 8;
+constexpr int kMaxContexts = 16;
+
+struct Ramp {
+    WORD channels[3][256];
+};
+
+enum class Accepts { Everything, Identity, Nothing };
+
+struct Desktop {
+    int count;
+    Accepts displays[kMaxDisplays];
+};
+
+// A context that was created for a display: an ordinary one of the lab's screen.
+struct Context {
+    HDC dc;
+    int display;
+};
+
+Context g_contexts[kMaxContexts];
+
+Desktop ReadDesktop() {
+    char text[256] = {};
+    const HANDLE file =
+        CreateFileW(kScriptPath, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+        DWORD size = 0;
+        ReadFile(file, text, sizeof(text) - 1, &size, nullptr);
+        CloseHandle(file);
+    }
+    Desktop desktop = {};
+    char* rest = nullptr;
+    for (const char* word = strtok_s(text, " \r\n", &rest); word && desktop.count < kMaxDisplays;
+         word = strtok_s(nullptr, " \r\n", &rest)) {
+        Accepts& accepts = desktop.displays[desktop.count++];
+        accepts = std::strcmp(word, "everything") == 0 ? Accepts::Everything
+                  : std::strcmp(word, "identity") == 0 ? Accepts::Identity
+                                                       : Accepts::Nothing;
+    }
+    return desktop;
+}
+
+// -1: the context of the whole screen.
+int DisplayOf(HDC dc) {
+    for (const Context& context : g_contexts) {
+        if (dc && context.dc == dc) {
+            return context.display;
+        }
+    }
+    return -1;
+}
+
+Ramp IdentityRamp() {
+    Ramp ramp;
+    for (auto& channel : ramp.channels) {
+        for (int i = 0; i < 256; ++i) {
+            channel[i] = static_cast<WORD>(257 * i);
+        }
+    }
+    return ramp;
+}
+
+HANDLE OpenRamp(int display, DWORD access, DWORD disposition) {
+    wchar_t path[MAX_PATH] = {};
+    wsprintfW(path, L"C:\\lab\\displays.ramp.%d", display + 1);
+    return CreateFileW(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, 0, nullptr);
+}
+
+BOOL ReadRamp(int display, Ramp* ramp) {
+    *ramp = IdentityRamp();
+    const HANDLE file = OpenRamp(display, GENERIC_READ, OPEN_EXISTING);
+    if (file != INVALID_HANDLE_VALUE) {
+        DWORD size = 0;
+        ReadFile(file, ramp, sizeof(*ramp), &size, nullptr);
+        CloseHandle(file);
+    }
+    return TRUE;
+}
+
+BOOL WriteRamp(int display, const Ramp& ramp) {
+    const HANDLE file = OpenRamp(display, GENERIC_WRITE, OPEN_ALWAYS);
+    DWORD size = 0;
+    const BOOL written = WriteFile(file, &ramp, sizeof(ramp), &size, nullptr);
+    CloseHandle(file);
+    return written;
+}
+
+bool AcceptsRamp(const Desktop& desktop, int display, const Ramp& ramp) {
+    if (display < 0) {
+        return desktop.count < 2;
+    }
+    const Ramp identity = IdentityRamp();
+    return desktop.displays[display] == Accepts::Everything ||
+           (desktop.displays[display] == Accepts::Identity &&
+            std::memcmp(&ramp, &identity, sizeof(ramp)) == 0);
+}
+
+BOOL WINAPI EnumDisplayDevicesOfDesktop(LPCWSTR device, DWORD index, DISPLAY_DEVICEW* found, DWORD flags) {
+    const Desktop desktop = ReadDesktop();
+    if (device || desktop.count == 0) {
+        return EnumDisplayDevicesW(device, index, found, flags);
+    }
+    if (index >= static_cast<DWORD>(desktop.count) || found->cb < sizeof(*found)) {
+        return FALSE;
+    }
+    *found = {};
+    found->cb = sizeof(*found);
+    wsprintfW(found->DeviceName, L"\\\\.\\DISPLAY%lu", index + 1);
+    lstrcpyW(found->DeviceString, L"Lab display");
+    found->StateFlags =
+        DISPLAY_DEVICE_ATTACHED_TO_DESKTOP | (index == 0 ? DWORD{DISPLAY_DEVICE_PRIMARY_DEVICE} : 0);
+    return TRUE;
+}
+
+HDC WINAPI CreateDcOfDesktop(LPCWSTR driver, LPCWSTR device, LPCWSTR, const DEVMODEW*) {
+    const Desktop desktop = ReadDesktop();
+    int number = 0;
+    // Without the second name Windows takes the primary display.
+    if (driver && device && swscanf(device, L"\\\\.\\DISPLAY%d", &number) == 1) {
+        --number;
+    }
+    if (number < 0 || number >= desktop.count) {
+        return nullptr;
+    }
+    for (Context& context : g_contexts) {
+        if (!context.dc) {
+            context = {CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr), number};
+            return context.dc;
+        }
+    }
+    return nullptr;
+}
+
+BOOL WINAPI DeleteDcOfDesktop(HDC dc) {
+    for (Context& context : g_contexts) {
+        if (dc && context.dc == dc) {
+            context = {};
+        }
+    }
+    return DeleteDC(dc);
+}
+
+BOOL WINAPI SetRampOfDesktop(HDC dc, LPVOID data) {
+    const int display = DisplayOf(dc);
+    const Ramp& ramp = *static_cast<const Ramp*>(data);
+    if (!AcceptsRamp(ReadDesktop(), display, ramp)) {
+        return FALSE;
+    }
+    return display < 1 ? SetDeviceGammaRamp(dc, data) : WriteRamp(display, ramp);
+}
+
+BOOL WINAPI GetRampOfDesktop(HDC dc, LPVOID data) {
+    const int display = DisplayOf(dc);
+    return display < 1 ? GetDeviceGammaRamp(dc, data) : ReadRamp(display, static_cast<Ramp*>(data));
+}
+
+template <typename T>
+T* At(ULONG_PTR offset) {
+    return reinterpret_cast<T*>(reinterpret_cast<ULONG_PTR>(GetModuleHandleW(nullptr)) + offset);
+}
+
+void TakeOver(const char* name, ULONG_PTR* slot) {
+    const struct {
+        const char* name;
+        void* replacement;
+    } replacements[] = {
+        {"EnumDisplayDevicesW", reinterpret_cast<void*>(&EnumDisplayDevicesOfDesktop)},
+        {"CreateDCW", reinterpret_cast<void*>(&CreateDcOfDesktop)},
+        {"DeleteDC", reinterpret_cast<void*>(&DeleteDcOfDesktop)},
+        {"SetDeviceGammaRamp", reinterpret_cast<void*>(&SetRampOfDesktop)},
+        {"GetDeviceGammaRamp", reinterpret_cast<void*>(&GetRampOfDesktop)},
+    };
+    for (const auto& each : replacements) {
+        if (std::strcmp(each.name, name) == 0) {
+            DWORD before = 0;
+            VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &before);
+            *slot = reinterpret_cast<ULONG_PTR>(each.replacement);
+            VirtualProtect(slot, sizeof(*slot), before, &before);
+        }
+    }
+}
+
+void TakeOverImports() {
+    const auto* dos = At<IMAGE_DOS_HEADER>(0);
+    const auto* headers = At<IMAGE_NT_HEADERS>(static_cast<ULONG_PTR>(dos->e_lfanew));
+    const DWORD table = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    for (auto* library = At<IMAGE_IMPORT_DESCRIPTOR>(table); library->Name; ++library) {
+        const auto* name = At<IMAGE_THUNK_DATA>(library->OriginalFirstThunk);
+        auto* slot = At<ULONG_PTR>(library->FirstThunk);
+        for (; name->u1.AddressOfData; ++name, ++slot) {
+            if (!IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
+                const auto* byName = At<IMAGE_IMPORT_BY_NAME>(name->u1.AddressOfData);
+                TakeOver(reinterpret_cast<const char*>(byName->Name), slot);
+            }
+        }
+    }
+}
+
+}  // namespace
+
+BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
+    if (reason == DLL_PROCESS_ATTACH) {
+        TakeOverImports();
+    }
+    return TRUE;
+}
