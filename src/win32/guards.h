@@ -51,12 +51,11 @@ struct [[nodiscard]] ScreenDc {
     ScreenDc& operator=(const ScreenDc&) = delete;
 };
 
-// The device context of one display, by the name that EnumDisplayDevicesW gives it; null when Windows gives
-// none.
+// The device context of one display, by its name from EnumDisplayDevicesW; null when CreateDCW fails.
 struct [[nodiscard]] DisplayDc {
     HDC dc;
 
-    // Without the name as the second argument too, the context would be the primary display's.
+    // Without the name in the second argument, the context is the primary display's.
     explicit DisplayDc(const wchar_t* name) : dc(CreateDCW(name, name, nullptr, nullptr)) {}
     ~DisplayDc() {
         if (dc != nullptr) DeleteDC(dc);
@@ -150,14 +149,15 @@ struct [[nodiscard]] ExclusiveLock {
     ExclusiveLock& operator=(const ExclusiveLock&) = delete;
 };
 
-// The ICONINFO of a cursor. Its two bitmaps are copies that belong to the caller.
+// The ICONINFO of a cursor. Deletes its two bitmaps, which are copies, at the end of the scope. `known` is
+// false when GetIconInfo fails.
 struct [[nodiscard]] IconInfo {
     ICONINFO info = {};
     bool known;
 
     explicit IconInfo(HCURSOR cursor) : known(GetIconInfo(cursor, &info) != FALSE) {}
     ~IconInfo() {
-        // A call that failed half-way has taken its bitmaps back, and may have left their handles.
+        // A call that fails halfway frees its bitmaps and may leave their stale handles in the structure.
         if (!known) return;
         if (info.hbmMask != nullptr) DeleteObject(info.hbmMask);
         if (info.hbmColor != nullptr) DeleteObject(info.hbmColor);

@@ -5,7 +5,7 @@
 std::wstring OwnProgramPath() {
     wchar_t path[MAX_PATH] = {};
     const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
-    // A path that was cut fills the buffer.
+    // A truncated path fills the buffer.
     return length < MAX_PATH ? std::wstring(path, length) : std::wstring();
 }
 

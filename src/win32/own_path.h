@@ -3,8 +3,8 @@
 
 #include <string>
 
-// The full path of the running program file; empty when it is longer than 259 characters: the shell neither
-// reads a longer one from the Run key nor launches it.
+// The full path of the running program file. Empty when it exceeds 259 characters: the shell cannot launch a
+// longer path, from the Run key or otherwise.
 std::wstring OwnProgramPath();
 
 // Whether `path` is the running program file, ignoring case. False when OwnProgramPath() is empty.

@@ -89,3 +89,17 @@ def test_the_support_page_holds_one_report_and_regenerating_it_leaves_the_prose_
 def test_a_support_page_without_exactly_one_report_is_refused(page):
     with pytest.raises(LabError):
         replace_report(page, "new")
+
+
+@pytest.mark.parametrize("document", ["CONTRIBUTING.md", "docs/architecture.md"])
+def test_the_code_that_a_document_names_exists(document):
+    text = re.sub(r"^```.*?^```", "", (ROOT / document).read_text(encoding="utf-8"), flags=re.M | re.S)
+    quoted = {name for name in re.findall(r"`([^`\n]+)`", text) if re.fullmatch(r"[\w./-]+", name)}
+    files = {name for name in quoted if "/" in name and not re.search(r"\b(NAME|FOLDER)\b", name)}
+    # A unit of the program is named without "src/" and its extension.
+    missing = {name for name in files
+               if not (ROOT / name).exists() and not (ROOT / "src" / f"{name}.h").exists()}
+    code = " ".join((ROOT / file).read_text(encoding="utf-8") for file in tracked("src/*.h", "src/*.cpp", "tests/*.cpp",
+                                                                                 "tests/*.h", "lab/*.txt"))
+    missing |= {name for name in quoted if re.fullmatch(r"[a-z]*[A-Z]\w+", name)} - set(re.findall(r"\w+", code))
+    assert len(files) > 15 and not missing, f"{document} names {', '.join(sorted(missing))}"
