@@ -5,12 +5,16 @@ target_compile_definitions(ambrel_hardening INTERFACE
     UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX STRICT
     WINVER=0x0A00 _WIN32_WINNT=0x0A00 NTDDI_VERSION=0x0A000007)
 if(MSVC)
-    # The checked formats need the standard's preprocessor; the runtime is part of the one file.
+    # The runtime is part of the one file.
     set(CMAKE_MSVC_RUNTIME_LIBRARY "MultiThreaded$<$<CONFIG:Debug>:Debug>")
-    target_compile_options(ambrel_hardening INTERFACE /Zc:preprocessor /EHs-c- /GR- /GS /guard:cf)
+    # CMake turns exceptions on; a second option against the first is a warning.
+    string(REPLACE "/EHsc" "" CMAKE_CXX_FLAGS "${CMAKE_CXX_FLAGS}")
+    # The checked formats need the standard's preprocessor, which older Windows headers warn of (C5105).
+    target_compile_options(ambrel_hardening INTERFACE /Zc:preprocessor /wd5105 /EHs-c- /GR- /GS /guard:cf)
     target_compile_definitions(ambrel_hardening INTERFACE _HAS_EXCEPTIONS=0)
+    # DEPENDENTLOADFLAG 0x800: imported DLLs come from System32.
     target_link_options(ambrel_hardening INTERFACE
-        /HIGHENTROPYVA /DYNAMICBASE /NXCOMPAT /guard:cf /Brepro /OPT:REF)
+        /HIGHENTROPYVA /DYNAMICBASE /NXCOMPAT /CETCOMPAT /guard:cf /DEPENDENTLOADFLAG:0x800 /Brepro /OPT:REF)
 else()
     target_compile_options(ambrel_hardening INTERFACE
         -fno-exceptions -fno-rtti -fstack-protector-strong -ffunction-sections -fdata-sections
