@@ -40,7 +40,7 @@ bool Contains(const RECT& rect, int x, int y) {
     return x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom;
 }
 
-// The strip's regions are there only while it shows them.
+// Whether the region reacts now: the banner and the card only while the strip shows them.
 bool Offers(Region region) {
     if (region == Region::GammaBanner) return CurrentStatusStrip() == StatusStrip::Banner;
     if (region == Region::PwmCard) return CurrentStatusStrip() == StatusStrip::Card;
