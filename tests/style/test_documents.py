@@ -98,7 +98,7 @@ def test_the_code_that_a_document_names_exists(document):
     files = {name for name in quoted if "/" in name and not re.search(r"\b(NAME|FOLDER)\b", name)}
     # A unit of the program is named without "src/" and its extension.
     missing = {name for name in files
-               if not (ROOT / name).exists() and not (ROOT / "src" / f"{name}.h").exists()}
+               if not (ROOT / name).exists() and not list((ROOT / "src").glob(f"{name}.*"))}
     code = " ".join((ROOT / file).read_text(encoding="utf-8") for file in tracked("src/*.h", "src/*.cpp", "tests/*.cpp",
                                                                                  "tests/*.h", "lab/*.txt"))
     missing |= {name for name in quoted if re.fullmatch(r"[a-z]*[A-Z]\w+", name)} - set(re.findall(r"\w+", code))
