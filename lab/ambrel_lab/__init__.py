@@ -7,8 +7,17 @@
         lab.click_tray()
 """
 
-from .lab import Lab
-from .picture import Picture
 from .places import LabError
 
 __all__ = ["Lab", "LabError", "Picture"]
+
+
+def __getattr__(name):
+    """Lab and Picture are loaded when they are first used: the process beside each lab needs neither."""
+    if name == "Lab":
+        from .lab import Lab
+        return Lab
+    if name == "Picture":
+        from .picture import Picture
+        return Picture
+    raise AttributeError(name)

@@ -1,5 +1,6 @@
 """The Windows desktop of one prefix: its processes, and the resident tool that acts and asks inside it."""
 
+import json
 import os
 import select
 import subprocess
@@ -9,40 +10,15 @@ from pathlib import Path
 from .places import WINE, LabError, windows_environment
 from .prefix import append_registry
 from .processes import end_processes
-from .waiting import wait_until
+from .waiting import LIMIT, wait_until
 
 NAME = "shell"
 TOOL = "C:\\lab\\labtool.exe"
-ANSWER_END = "\n\x04"
 OK, NOT_FOUND, FAILED, USAGE = range(4)
 
 
 class ToolError(LabError):
     """A tool answered that it could not do it."""
-
-
-def escape(field):
-    return (str(field).replace("\\", "\\\\").replace("\t", "\\t").replace("\n", "\\n").replace("\r", "\\r"))
-
-
-def unescape(field):
-    out, letters = "", iter(field)
-    for letter in letters:
-        out += {"t": "\t", "n": "\n", "r": "\r"}.get(following := next(letters, ""), following) \
-            if letter == "\\" else letter
-    return out
-
-
-def facts(text):
-    """name=value lines as a dict; whole numbers become int."""
-    found = {}
-    for line in text.splitlines():
-        name, _, value = line.partition("=")
-        try:
-            found[name] = int(value, 0)
-        except ValueError:
-            found[name] = unescape(value)
-    return found
 
 
 class Desktop:
@@ -72,7 +48,7 @@ class Desktop:
         """Starts the resident tool and waits until the taskbar is there. Does nothing when that has been done."""
         if self.has_tool and not self.started():
             self.tool("windows")
-            wait_until(lambda: self.facts("window", "Shell_TrayWnd"), 30.0, "the taskbar")
+            wait_until(lambda: self.facts("window", "Shell_TrayWnd"), "the taskbar")
 
     def start(self, command, **options):
         """Starts a Windows program (a list: its path and arguments) in the desktop; its messages go to the log."""
@@ -94,46 +70,45 @@ class Desktop:
         """Runs a Windows program to its end and returns its exit code (its low eight bits)."""
         return self.start(command).wait(timeout)
 
-    def tool(self, name, *arguments, timeout=20.0):
-        """Asks the resident tool; returns (result, text)."""
+    def tool(self, name, *arguments, timeout=LIMIT):
+        """Asks the resident tool; returns (result, answer)."""
         if self.tool_process is None or self.tool_process.poll() is not None:
             self.tool_process = self._start([TOOL, "serve"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
-        line = "\t".join(escape(field) for field in (name, *arguments)) + "\n"
-        self.tool_process.stdin.write(line.encode())
+        request = json.dumps([name, *map(str, arguments)], ensure_ascii=False) + "\n"
+        self.tool_process.stdin.write(request.encode())
         self.tool_process.stdin.flush()
-        return self._read_answer(name, time.monotonic() + timeout)
+        answer = json.loads(self._read_line(name, time.monotonic() + timeout))
+        return answer["result"], answer["answer"]
 
-    def _read_answer(self, name, deadline):
-        source, answer = self.tool_process.stdout.fileno(), b""
-        while not (ANSWER_END.encode() in answer and answer.endswith(b"\n")):
+    def _read_line(self, name, deadline):
+        source, line = self.tool_process.stdout.fileno(), b""
+        while not line.endswith(b"\n"):
             ready, _, _ = select.select([source], [], [], max(0.0, deadline - time.monotonic()))
             chunk = os.read(source, 65536) if ready else b""
             if not chunk:
                 self.tool_process.kill()
                 self.tool_process.wait()
                 raise ToolError(f"the tool '{name}' {'ended' if ready else 'did not answer in time'}")
-            answer += chunk
-        text, _, result = answer.decode("utf-8").rpartition(ANSWER_END)
-        return int(result), text
+            line += chunk
+        return line
 
-    def ask(self, name, *arguments, timeout=20.0):
-        """The text that the tool answers; ToolError when it could not do it."""
-        result, text = self.tool(name, *arguments, timeout=timeout)
+    def ask(self, name, *arguments, timeout=LIMIT):
+        """What the tool answers (None, a number, text, a list or a dict); ToolError when it could not do it."""
+        result, answer = self.tool(name, *arguments, timeout=timeout)
         if result != OK:
-            raise ToolError(f"the tool '{name}' {arguments} answered {result}: {text.strip()}")
-        return text
+            raise ToolError(f"the tool '{name}' {arguments} answered {result}: {answer}")
+        return answer
 
     def facts(self, name, *arguments):
-        """The tool's name=value lines as a dict, or None when what was asked about is not there."""
-        result, text = self.tool(name, *arguments)
-        return facts(text) if result == OK else None
+        """The tool's answer, or None when what was asked about is not there."""
+        result, answer = self.tool(name, *arguments)
+        return answer if result == OK else None
 
     def rows(self, name, *arguments):
-        """The tool's tab-separated lines as lists of fields; none when there is nothing to list."""
-        result, text = self.tool(name, *arguments)
-        return [[unescape(field) for field in line.split("\t")] for line in text.splitlines() if line]
+        """The tool's answer, a list; empty when there is nothing to list."""
+        return self.facts(name, *arguments) or []
 
-    def start_tool(self, name, *arguments, timeout=20.0):
+    def start_tool(self, name, *arguments, timeout=LIMIT):
         """Starts a tool that stays (foreground, clipboard-hold) and returns its process once it says it is ready."""
         child = self.start([TOOL, name, *arguments], stdout=subprocess.PIPE)
         ready, _, _ = select.select([child.stdout], [], [], timeout)

@@ -16,6 +16,7 @@ from .x11 import Connection
 
 def run_on_display(display=None, build_dir=DEFAULT_BUILD, size=(1280, 800), dpi=96):
     """Runs the built program on `display` ($DISPLAY when none is named) until it quits or its desktop is closed.
+    The desktop has this size, or that of a smaller display.
 
     The display's gamma ramp is put back afterwards, whatever happens, and nothing stays behind. Nothing of one run,
     such as the settings, is there in the next.
@@ -32,6 +33,7 @@ def run_on_display(display=None, build_dir=DEFAULT_BUILD, size=(1280, 800), dpi=
         connection = Connection(run.display)
         if not connection.ramp_size():
             print("lab: this display has no gamma ramp, so the filter will not be seen")
+        size = min(size[0], connection.width), min(size[1], connection.height)
         connection.close()
         prefix = Prefix(run.folder / "prefix")
         magnification = Magnification(prefix, Path(build_dir) / "lab")

@@ -5,7 +5,6 @@ import os
 import time
 from dataclasses import dataclass, field, fields, replace
 
-from .desktop import escape, unescape
 from .places import LabError
 
 DXVA2 = "C:\\windows\\system32\\dxva2.dll"
@@ -23,6 +22,20 @@ FIRST_KNOB, KNOB_SIZE, KNOBS = 16, 4, 500
 VALUE, DRIFT_TIME, DRIFT_VALUE = range(3)
 
 BEHAVIOURS = ("ok", "ignores", "sticks", "drifts")
+
+
+
+def escape(field):
+    """Tab, line feed, carriage return and backslash as \\t \\n \\r \\\\, so that a value stays one field of one line."""
+    return str(field).replace("\\", "\\\\").replace("\t", "\\t").replace("\n", "\\n").replace("\r", "\\r")
+
+
+def unescape(field):
+    out, letters = "", iter(field)
+    for letter in letters:
+        out += {"t": "\t", "n": "\n", "r": "\r"}.get(following := next(letters, ""), following) \
+            if letter == "\\" else letter
+    return out
 
 
 @dataclass

@@ -1,11 +1,11 @@
 """Checks of the doubles of hardware, with a client that uses Windows' own interfaces; part of lab.py selftest."""
 
+import json
 import subprocess
 import threading
 import time
 from collections import Counter, namedtuple
 
-from .desktop import unescape
 from .hardware import Monitor, Panel
 from .lab import Lab
 from .waiting import wait_until
@@ -40,13 +40,17 @@ class Client:
         self.process.wait(20)
 
     def ask(self, *words):
-        self.process.stdin.write(("\t".join(map(str, words)) + "\n").encode())
+        self.process.stdin.write((json.dumps(list(map(str, words)), ensure_ascii=False) + "\n").encode())
         self.process.stdin.flush()
         rows = []
-        while not (line := self.process.stdout.readline().decode()).startswith("\x04"):
-            assert line, "the checking program ended"
-            rows.append([unescape(word) for word in line.rstrip("\r\n").split("\t")])
-        return rows, int(line[1:])
+        while isinstance(row := self._read_row(), list):
+            rows.append([str(value) for value in row])
+        return rows, row
+
+    def _read_row(self):
+        line = self.process.stdout.readline()
+        assert line, "the checking program ended"
+        return json.loads(line)
 
     def monitors(self):
         return [Seen(row[0], *map(int, row[1:])) if len(row) == 8 else tuple(row)
@@ -111,7 +115,7 @@ def check_behaviours(hardware, client):
     hardware.monitors([Monitor(name, 40, behaviour=name, at=25, after=400) for name in names])
     assert [client.set_monitor(index, 100) for index in range(4)] == [0] * 4
     assert [hardware.value(name) for name in names] == [100, 40, 25, 100]
-    wait_until(lambda: hardware.value("drifts") == 25, 5.0, "the drift")
+    wait_until(lambda: hardware.value("drifts") == 25, "the drift")
     assert [seen.current for seen in client.monitors()] == [100, 40, 25, 25]
     hardware.turn("drifts", 60)
     hardware.change("ignores", behaviour="ok")
@@ -141,7 +145,7 @@ def check_waiting(hardware, client):
     answer = []
     asking = threading.Thread(target=lambda: answer.extend(client.monitors()))
     asking.start()
-    wait_until(hardware.waiting, 5.0, "a call that waits")
+    wait_until(hardware.waiting, "a call that waits")
     hardware.unplug("slow")
     asking.join(10)
     assert (answer[0].capabilities_error, answer[0].error) == (UNPLUGGED, UNPLUGGED), answer

@@ -5,8 +5,9 @@ from pathlib import Path
 from .console import run_console
 from .desktop import Desktop
 from .displays import Displays
+from .evidence import save_evidence
 from .hardware import Hardware
-from .input import Hands
+from .input import Input
 from .magnification import Magnification
 from .picture import as_seen
 from .places import DEFAULT_BUILD
@@ -14,6 +15,7 @@ from .popup import PopupActions
 from .prefix import Prefix
 from .program import ProgramActions
 from .run import Run
+from .waiting import LIMIT
 from .windows import WindowsActions
 from .x11 import Connection
 
@@ -26,13 +28,14 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
     """
 
     def __init__(self, build_dir=DEFAULT_BUILD, dpi=96, size=(1920, 1080), magnification="ok", debug="-all",
-                 keep=False, tools=True):
+                 keep=False, tools=True, evidence=None):
         """`magnification` is a key of magnification.LIBRARIES. `debug` is WINEDEBUG, recorded in wine_log().
         `keep` leaves the run's folder for a look afterwards. Without `tools` there is only a screen and a prefix:
-        nothing needs to have been built, and the Magnification double is not there."""
+        nothing needs to have been built, and the Magnification double is not there. A lab that does not start leaves
+        what it saw in the folder `evidence`."""
         self.build_dir, self.dpi, self.size = Path(build_dir), dpi, size
         self.program, self.program_path = None, "C:\\Ambrel\\ambrel.exe"
-        self.connection, self.desktop = None, None
+        self.connection, self.desktop, self.evidence = None, None, evidence
         self._options = (magnification, debug, keep, tools)
 
     def __enter__(self):
@@ -47,9 +50,12 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
             if tools:
                 self.magnification.install(magnification)
             self.connection = Connection(self.run.display)
-            self.hands = Hands(self.run.display)
+            self.input = Input(self.connection)
             self.desktop = Desktop(self.prefix, self.run, self.size, self.dpi, tools and doubles / "labtool.exe", debug)
-        except BaseException:
+        except BaseException as error:
+            if self.evidence:
+                save_evidence(self, self.evidence)
+                error.add_note(f"evidence: {self.evidence}")
             self.close()
             raise
         return self
@@ -79,22 +85,22 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
         return self.desktop.log.read_text(errors="replace") if self.desktop.log.exists() else ""
 
     def click(self, x, y, button=1):
-        self.hands.click(x, y, button)
+        self.input.click(x, y, button)
 
     def press(self, x, y, button=1):
-        self.hands.press(x, y, button)
+        self.input.press(x, y, button)
 
     def move(self, x, y):
-        self.hands.move(x, y)
+        self.input.move(x, y)
 
     def release(self, button=1):
-        self.hands.release(button)
+        self.input.release(button)
 
     def drag(self, x0, y0, x1, y1, steps=10, release=True):
-        self.hands.drag(x0, y0, x1, y1, steps=steps, release=release)
+        self.input.drag(x0, y0, x1, y1, steps=steps, release=release)
 
     def key(self, combination):
-        self.hands.key(combination)
+        self.input.key(combination)
 
     def screenshot(self, path=None):
         """The whole screen as a Picture, saved as PNG when a path is given. A gamma ramp is not in it."""
@@ -133,8 +139,8 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
         """What Magnification.dll answers from now on; see Magnification.script."""
         self.magnification.script(effect, initialize)
 
-    def run_tool(self, name, *arguments, timeout=20.0):
-        """The text that a command of tools/main.cpp prints; ToolError when it fails."""
+    def run_tool(self, name, *arguments, timeout=LIMIT):
+        """What a command of tools/main.cpp answers; ToolError when it fails."""
         return self.desktop.ask(name, *arguments, timeout=timeout)
 
     def run_unit(self, exe, arguments=(), timeout=None):

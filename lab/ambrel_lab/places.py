@@ -1,6 +1,5 @@
 """Where the lab keeps things and what environment its Windows processes get."""
 
-import os
 import shutil
 from pathlib import Path
 
@@ -10,6 +9,7 @@ STATE = ROOT / "build" / "lab"
 WINE_FOLDER = Path("/usr/lib/wine")
 WINE = str(WINE_FOLDER / "wine64")
 WINESERVER = str(WINE_FOLDER / "wineserver64")
+LIBRARIES = Path("/usr/lib/x86_64-linux-gnu")
 OPEN_SANS = Path("/usr/share/fonts/truetype/open-sans")
 DEJAVU = Path("/usr/share/fonts/truetype/dejavu")
 FONT_SOURCES = [OPEN_SANS / "OpenSans-Regular.ttf", OPEN_SANS / "OpenSans-Bold.ttf", DEJAVU / "DejaVuSans.ttf",
@@ -22,9 +22,10 @@ class LabError(Exception):
 
 def check_packages():
     """Raises LabError naming the first thing that lab/packages.txt would have brought."""
-    wanted = [WINE, WINESERVER, "/usr/lib/xorg/modules/drivers/dummy_drv.so", *FONT_SOURCES]
+    wanted = [WINE, WINESERVER, "/usr/lib/xorg/modules/drivers/dummy_drv.so", LIBRARIES / "libXtst.so.6", *FONT_SOURCES]
     missing = [str(path) for path in wanted if not Path(path).exists()]
-    missing += [name for name in ("Xorg", "xdotool") if not shutil.which(name)]
+    if not shutil.which("Xorg"):
+        missing.append("Xorg")
     if missing:
         raise LabError(f"missing: {', '.join(missing)}; lab/packages.txt lists the Debian packages to install")
 

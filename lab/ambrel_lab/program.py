@@ -6,7 +6,7 @@ from pathlib import Path
 from .places import LabError
 from .popup import WINDOW_CLASS
 from .processes import kill, processes_named, processor_time
-from .waiting import wait_until
+from .waiting import LIMIT, wait_until
 
 
 class ProgramActions:
@@ -38,9 +38,10 @@ class ProgramActions:
             child.poll()
         return bool(self.program_pids())
 
-    def wait_for_exit(self, timeout=10.0):
+    def wait_for_exit(self, limit=LIMIT):
         """Waits until no instance runs; the exit code (low eight bits) of the one last started by start_program."""
-        wait_until(lambda: not self.program_running(), timeout, f"the end of {self.program_image}")
+        wait_until(lambda: not self.program_running(), f"the end of {self.program_image}", limit,
+                   seen=lambda: (self.program_pids(), self.windows()))
         return self.program.wait() if self.program else None
 
     def kill_program(self):
@@ -70,11 +71,11 @@ class ProgramActions:
     def post_message(self, message, wparam=0, lparam=0, target=WINDOW_CLASS):
         self.desktop.ask("message", target, "post", message, wparam, lparam)
 
-    def send_message(self, message, wparam=0, lparam=0, target=WINDOW_CLASS, timeout=10.0):
+    def send_message(self, message, wparam=0, lparam=0, target=WINDOW_CLASS, timeout=LIMIT):
         """The answer of the window procedure, as a signed number; an unsent message raises ToolError."""
-        text = self.desktop.ask("message", target, "send", message, wparam, lparam, int(timeout * 1000),
-                                timeout=timeout + 5)
-        return int(text.partition("=")[2])
+        answer = self.desktop.ask("message", target, "send", message, wparam, lparam, int(timeout * 1000),
+                                  timeout=timeout + LIMIT)
+        return answer["result"]
 
     @property
     def settings_folder(self):

@@ -1,5 +1,6 @@
 """Checks of the lab itself, without the program: run by lab.py selftest."""
 
+import json
 import os
 import signal
 import subprocess
@@ -12,7 +13,7 @@ from .desktop import TOOL
 from .hardware_selftest import hardware_checks
 from .lab import Lab
 from .places import STATE
-from .waiting import wait_until
+from .waiting import LIMIT, wait_until
 from .x11 import identity_ramp
 
 LONGEST_LINE = "\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%"
@@ -73,9 +74,9 @@ def check_screen(lab):
 
 
 def fresh_magnification(lab):
-    """What a program that starts now finds of the library, as a set of lines."""
+    """What a program that starts now finds of the library."""
     child = lab.desktop.start([TOOL, "magnify", "1", "1", "1"], stdout=subprocess.PIPE)
-    return set(child.communicate(timeout=20)[0].decode().split())
+    return json.loads(child.communicate(timeout=LIMIT)[0])
 
 
 def check_magnification(lab):
@@ -87,20 +88,21 @@ def check_magnification(lab):
     assert all(close_enough(got, wanted) for got, wanted in zip((c[255] for c in lab.seen()), (32768, 16384, 0)))
     lab.set_ramp(identity_ramp())
     lab.magnification_script(effect=(87, 0))
-    answers = [lab.run_tool("magnify", 1000, 1000, 1000, "keep").strip().rpartition("=")[2] for _ in range(3)]
-    assert answers == ["87", "0", "0"], answers
+    answers = [lab.run_tool("magnify", 1000, 1000, 1000, "keep")["effect_error"] for _ in range(3)]
+    assert answers == [87, 0, 0], answers
     lab.magnification_script(initialize=5)
-    assert "initialize_error=5" in lab.run_tool("magnify", 1000, 1000, 1000)
+    assert lab.run_tool("magnify", 1000, 1000, 1000)["initialize_error"] == 5
     lab.magnification_script()
     lab.run_tool("magnify", 1000, 1000, 1000, "keep")
     child = lab.desktop.start([TOOL, "magnify", "500", "1000", "1000", "keep"], stdout=subprocess.PIPE)
     child.communicate(timeout=20)
-    wait_until(lambda: lab.magnification.in_force() == (1.0, 1.0, 1.0), 5.0, "an effect's end with its process")
+    wait_until(lambda: lab.magnification.in_force() == (1.0, 1.0, 1.0), "an effect's end with its process")
     lab.magnification.install("without-effect")
     # A program that has loaded a library keeps it; a new one finds the other.
-    assert {"initialize=1", "uninitialize=1", "effect=0"} <= fresh_magnification(lab)
+    found = fresh_magnification(lab)
+    assert (found["initialize"], found["uninitialize"], found["effect"]) == (1, 1, 0), found
     lab.magnification.install("missing")
-    assert "loaded=0" in fresh_magnification(lab)
+    assert fresh_magnification(lab)["loaded"] == 0
     assert lab.seen()[1][255] > 65000
 
 
@@ -147,9 +149,9 @@ def check_end(build_dir, number):
     folder = Path(victim.stdout.readline().strip())
     assert folder.parent == STATE / "runs" and len(still_alive(folder)) > 5, folder
     victim.send_signal(number)
-    victim.wait(20)
+    victim.wait(LIMIT)
     victim.stdout.close()
-    wait_until(lambda: not still_alive(folder) and not folder.exists(), 10.0, f"the end of all after {number.name}")
+    wait_until(lambda: not still_alive(folder) and not folder.exists(), f"the end of all after {number.name}")
 
 
 def check_failure(build_dir):

@@ -4,9 +4,8 @@ from collections import namedtuple
 from contextlib import contextmanager
 
 from .desktop import NOT_FOUND, OK, ToolError
-from .desktop import facts as parse_facts
 from .prefix import append_registry
-from .waiting import wait_until
+from .waiting import LIMIT, wait_until
 
 MessageBox = namedtuple("MessageBox", "handle title text buttons owner process")
 Window = namedtuple("Window", "handle window_class title left top right bottom process")
@@ -18,11 +17,10 @@ class WindowsActions:
 
     def registry_get(self, key, name):
         """The value, None when it is not there."""
-        result, text = self.desktop.tool("registry-get", key, name)
+        result, found = self.desktop.tool("registry-get", key, name)
         if result == NOT_FOUND:
             return None
-        found = parse_facts(text)
-        data = bytes.fromhex(text.partition("hex=")[2].partition("\n")[0])
+        data = bytes.fromhex(found["hex"])
         if found["type"] in (1, 2):
             return data.decode("utf-16-le").rstrip("\0")
         return found["value"] if found["type"] == 4 else data if found["type"] == 3 else (found["type"], data)
@@ -76,26 +74,24 @@ class WindowsActions:
 
     def windows(self):
         """Every visible top-level window, topmost first."""
-        rows = self.desktop.rows("windows")
-        return [Window(row[0], row[1], row[2], *map(int, row[3:])) for row in rows]
+        return [Window(**row) for row in self.desktop.rows("windows")]
 
     def message_boxes(self):
         """Every visible message box; `buttons` is {id: caption}."""
         boxes = []
-        for handle, title, text, buttons, owner, process in self.desktop.rows("boxes"):
-            pairs = [button.split("=", 1) for button in buttons.split(";") if button]
-            boxes.append(MessageBox(handle, title, text, {int(number): caption for number, caption in pairs}, owner,
-                                    int(process)))
+        for row in self.desktop.rows("boxes"):
+            row["buttons"] = {button["id"]: button["caption"] for button in row["buttons"]}
+            boxes.append(MessageBox(**row))
         return boxes
 
-    def wait_for_message_box(self, timeout=10.0):
-        return wait_until(self.message_boxes, timeout, "a message box")[0]
+    def wait_for_message_box(self, limit=LIMIT):
+        return wait_until(self.message_boxes, "a message box", limit, seen=self.windows)[0]
 
     def press_button(self, box, number=None):
         """Presses a button of a message box (its only or first one when no id is given) and waits for its end."""
         self.desktop.ask("press", box.handle, number or next(iter(box.buttons)))
-        wait_until(lambda: box.handle not in [other.handle for other in self.message_boxes()], 10.0,
-                   "the end of the message box")
+        wait_until(lambda: box.handle not in [other.handle for other in self.message_boxes()],
+                   "the end of the message box", seen=self.message_boxes)
 
     def change_mode(self, width, height):
         """Changes the desktop's resolution, which sends WM_DISPLAYCHANGE."""
@@ -111,9 +107,9 @@ class WindowsActions:
 
     def sign_in(self):
         """Starts what the Run keys name, as signing in to Windows does."""
-        self.desktop.run(["wineboot"], timeout=60)
+        self.desktop.run(["wineboot"], timeout=4 * LIMIT)
 
     def end_session(self):
         """Ends the Windows session: WM_QUERYENDSESSION, WM_ENDSESSION, then the end of every program with windows."""
         # Without --shutdown Wine signs in again at once and starts the Run keys' entries.
-        self.desktop.run(["wineboot", "--end-session", "--shutdown"], timeout=60)
+        self.desktop.run(["wineboot", "--end-session", "--shutdown"], timeout=4 * LIMIT)

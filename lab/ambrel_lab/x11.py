@@ -1,9 +1,8 @@
-"""One connection to an X screen: its pixels and its gamma ramp. Nothing but ctypes and the X libraries."""
+"""One connection to an X screen: its pixels and its gamma ramp. Through ctypes and the X libraries."""
 
 import ctypes
 import ctypes.util
 
-from .picture import Picture
 from .places import LabError
 
 ALL_PLANES = 0xFFFFFFFFFFFFFFFF
@@ -80,6 +79,8 @@ class Connection:
 
     def picture(self, left=0, top=0, width=None, height=None):
         """The screen's pixels, or a rectangle of them, cut to the screen; without the gamma ramp and the pointer."""
+        # Here, because a process that only looks at ramps starts sooner without Pillow.
+        from .picture import Picture
         right = min(self.width, left + width) if width else self.width
         bottom = min(self.height, top + height) if height else self.height
         left, top = max(0, left), max(0, top)

@@ -1,24 +1,24 @@
 """The backlight held at 100%: the PWM-safe card in each of its nine states, on simulated displays."""
 
 from ambrel_lab.hardware import Monitor, Panel
-
-from .stage import CARD, CARD_ACCENT
+from ambrel_lab.layout import CARD, CARD_OUTLINE
+from ambrel_lab.waiting import LIMIT
 
 AMBER, GREY, GREEN = (255, 210, 0), (110, 110, 110), (0, 214, 124)
 WM_DISPLAYCHANGE = 0x7E
-TEN_FAILURES = 45  # seconds: ten polls of 2 s, each judged 0.75 s later, on a slow machine
+TEN_FAILURES = 120  # seconds: ten polls of 2 s, each judged 0.75 s later, on a slow machine
 
 
 def accent_is(stage, colour):
     """Whether the card's outline shows that colour."""
     rect = stage.lab.popup_rect()
-    x, y = stage.lab.unit_to_screen(*CARD_ACCENT)
+    x, y = stage.lab.unit_to_screen(*CARD_OUTLINE)
     column = [stage.lab.popup_picture().pixel(x - rect.left, y - rect.top + step) for step in range(-1, 2)]
     return colour in column
 
 
-def see_card(stage, name, what, colour, patience=10):
-    stage.see(f"the card says {what}", lambda: accent_is(stage, colour), patience)
+def see_card(stage, name, what, colour, limit=LIMIT):
+    stage.see(f"the card says {what}", lambda: accent_is(stage, colour), limit)
     stage.save(name)
 
 

@@ -1,7 +1,8 @@
 """From the tray click to the coloured screen, through both pipelines, and everything given back."""
 
-from .stage import EVENING, MENU_LEGACY_MODE, POWER, WARMTH_THUMB
+from ambrel_lab.layout import MENU_LEGACY_MODE, POWER, PRESETS
 
+WARMTH_THUMB = (80, 229)
 # What the preset EVENING puts on the screen: a black body of 2700 K relative to 6500 K, at 85%.
 EVENING_AT_FULL_WHITE = [round(65535 * 0.85 * channel) for channel in (1.0000, 0.8185, 0.1865)]
 IDENTITY_AT_FULL_WHITE = [65535] * 3
@@ -19,7 +20,7 @@ def drag_warmth(stage):
 
 
 def choose_evening(stage):
-    stage.lab.click_unit(*EVENING)
+    stage.lab.click_unit(*PRESETS["EVENING"])
     stage.see("EVENING shows 2700 K at 85%", lambda: stage.lab.tray_tip() == "Ambrel - ON (2700K, 85%)")
     stage.see("the screen is in EVENING's colour", lambda: stage.full_white_is(EVENING_AT_FULL_WHITE))
     stage.see("EVENING is saved", lambda: stage.setting_is("Brightness", "850"))

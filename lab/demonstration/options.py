@@ -1,8 +1,7 @@
 """The settings panel, the gamma range fix and the tinted cursors."""
 
 from ambrel_lab import LabError
-
-from .stage import CLOSE, EXTREME_DIM_ROW, GEAR, MENU_LEGACY_MODE, NIGHT, STATUS_STRIP
+from ambrel_lab.layout import CLOSE, GEAR, MENU_LEGACY_MODE, PRESETS, SETTINGS_ROWS, STATUS_STRIP
 
 YES, OK = 6, 1
 ICM_KEY = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM"
@@ -10,7 +9,7 @@ ICM_KEY = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM"
 
 def show_settings(stage):
     stage.lab.click_unit(*GEAR)
-    stage.lab.click_unit(*EXTREME_DIM_ROW)
+    stage.lab.click_unit(*SETTINGS_ROWS["ALLOW EXTREME DIM"])
     stage.see("a row of the settings panel allows extreme dim", lambda: stage.setting_is("AllowExtremeDim", "1"))
     stage.save("7-settings")
     stage.lab.click_unit(*CLOSE)
@@ -28,7 +27,7 @@ def fix_gamma_range(stage):
     stage.choose_from_menu(MENU_LEGACY_MODE)
     stage.see("Legacy Mode is on", lambda: stage.setting_is("UseLegacyGamma", "1"))
     stage.open_popup()
-    stage.lab.click_unit(*NIGHT)
+    stage.lab.click_unit(*PRESETS["NIGHT"])
     stage.see("Windows refuses NIGHT's ramp", lambda: stage.log_has("Legacy ramp REJECTED"))
     stage.save("8-blocked")
     stage.lab.click_unit(*STATUS_STRIP)

@@ -1,32 +1,8 @@
 """The stage of a demonstration: a lab, what is seen on it, and what is kept of it."""
 
-import time
-
 from ambrel_lab import LabError
-from ambrel_lab.waiting import wait_until
-
-# Places on the popup, in design units.
-WARMTH_THUMB = (80, 229)
-STATUS_STRIP = (160, 395)
-CARD = (160, 400)
-CARD_ACCENT = (160, 384)  # on its upper outline
-DAY = (70, 447)
-EVENING = (160, 447)
-NIGHT = (250, 447)
-POWER = (160, 503)
-GEAR = (292, 29)
-CLOSE = (276, 30)
-LAUNCH_ROW = (160, 153)
-EXTREME_DIM_ROW = (160, 203)
-SUPPORT = (160, 489)
-SUPPORT_SURFACE = (280, 470)  # on the support button, where neither of its looks has a letter
-
-HEADER, HEADER_COLOUR = (160, 6), (25, 25, 25)  # the band behind both panels' titles
-REOPEN_GUARD = 0.3  # seconds; a click on the icon right after the popup has hidden itself does not open it
-
-# Where the tray menu's items are, as shares of its height.
-MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT = 0.18, 0.44, 0.85
-MENU_CLASS = "#32768"
+from ambrel_lab.layout import HEADER, HEADER_COLOUR, MENU_QUIT
+from ambrel_lab.waiting import LIMIT, wait_until
 
 EIGHT_BITS = 256  # the screen's gamma ramp is 8 bits deep
 
@@ -36,22 +12,22 @@ class Stage:
         self.lab, self.pictures = lab, pictures
         self.seen = []
 
-    def see(self, what, happened, patience=10):
+    def see(self, what, happened, limit=LIMIT):
         """Waits for a step's outcome and tells of it; `what` names it as it should be."""
-        self.wait(what, happened, patience)
+        self.wait(what, happened, limit)
         print(f"  {what}", flush=True)
 
-    def wait(self, what, happened, patience=10):
+    def wait(self, what, happened, limit=LIMIT):
         """The same without a word unless it fails: for steps of which there are many."""
         try:
-            wait_until(happened, patience, what)
-        except LabError:
-            raise LabError(f"This did not happen: {what}.") from None
+            wait_until(happened, what, limit)
+        except LabError as error:
+            raise LabError(f"This did not happen: {what}. ({error})") from None
 
     def save(self, name):
         """Pictures of this moment, and what the screen makes of each level for the report."""
         self.seen.append((name, self.lab.seen()))
-        picture = wait_until(self.popup_as_drawn, 10, f"the popup in the picture {name}")
+        picture = wait_until(self.popup_as_drawn, f"the popup in the picture {name}")
         picture.save(self.pictures / f"{name}-popup.png")
         self.lab.eye_picture(self.pictures / f"{name}-as-the-eye-sees-it.png")
 
@@ -68,15 +44,10 @@ class Stage:
         self.see("a click on it opens the popup", self.lab.popup_visible)
 
     def choose_from_menu(self, item):
-        self.lab.click_tray(button=3)
-        self.see("the right button opens the tray menu", self.menu)
-        menu = self.menu()
-        # At the left, where the tray icon's tip does not lie over the menu.
-        self.lab.click(menu.left + 20, menu.top + item * (menu.bottom - menu.top))
-
-    def menu(self):
-        """The tray menu's window once it is shown: before that it has no place yet."""
-        return next((window for window in self.lab.windows() if window.window_class == MENU_CLASS), None)
+        """Clicks a row of the tray menu; the caller waits for what it brings."""
+        menu = self.lab.open_menu()
+        print("  the right button opens the tray menu", flush=True)
+        self.lab.click_menu_row(menu, item)
 
     def popup_as_drawn(self):
         """A picture with the popup in it: a box that was answered may just have made it hide itself."""
@@ -85,9 +56,7 @@ class Stage:
         return picture if picture.pixel(*HEADER) == HEADER_COLOUR else None
 
     def open_popup(self):
-        if not self.lab.popup_visible():
-            time.sleep(REOPEN_GUARD)
-            self.lab.open_popup()
+        self.lab.show()
 
     def setting_is(self, key, value):
         return self.lab.settings().get(key) == value

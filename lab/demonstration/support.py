@@ -1,8 +1,8 @@
 """The support report: copied by its button, and what somebody sees who pastes it."""
 
-from .stage import CLOSE, GEAR, SUPPORT, SUPPORT_SURFACE
+from ambrel_lab.layout import CLOSE, GEAR, SUPPORT, SUPPORT_COPIED, SUPPORT_NORMAL, SUPPORT_SURFACE
+from ambrel_lab.waiting import LIMIT
 
-NORMAL, COPIED = (0x16, 0x16, 0x16), (0x12, 0x24, 0x16)
 HEAD = "TO: support@ambrel.example\r\nSUBJECT: Ambrel Windows "
 END = "\r\n=== END DIAGNOSTICS ===\r\n"
 LOOK_LASTS = 5  # seconds
@@ -15,9 +15,9 @@ def button_is(stage, colour):
 
 def copy_report(stage):
     """Presses the button in the settings panel, which is open; the text that can be pasted afterwards."""
-    stage.see("the settings panel holds the support button", lambda: button_is(stage, NORMAL))
+    stage.see("the settings panel holds the support button", lambda: button_is(stage, SUPPORT_NORMAL))
     stage.lab.click_unit(*SUPPORT)
-    stage.see("a click on it says COPIED", lambda: button_is(stage, COPIED))
+    stage.see("a click on it says COPIED", lambda: button_is(stage, SUPPORT_COPIED))
     text = stage.lab.clipboard_text() or ""
     stage.see("the whole report is on the clipboard", lambda: text.startswith(HEAD) and text.endswith(END))
     stage.see("its length is logged", lambda: stage.log_has(
@@ -32,7 +32,7 @@ def show(stage):
     stage.save("22-copied")
     path = stage.pictures / "23-support-bundle.txt"
     path.write_bytes(text.encode("utf-8"))
-    stage.see("after five seconds the button looks as before", lambda: button_is(stage, NORMAL), LOOK_LASTS + 5)
+    stage.see("after five seconds the button looks as before", lambda: button_is(stage, SUPPORT_NORMAL), LOOK_LASTS + LIMIT)
     stage.lab.click_unit(*CLOSE)
     stage.quit()
     stage.see("the report outlives the program", lambda: stage.lab.clipboard_text() == text)

@@ -1,27 +1,31 @@
 """The pictures of docs/guide.md, taken of the panel itself, not as the eye sees it through the filter."""
 
-from ambrel_lab.hardware import Monitor
-from ambrel_lab.picture import Picture
-from demonstration.backlight import AMBER, GREEN, accent_is, displays_changed
-from demonstration.stage import CARD, CLOSE, DAY, EVENING, GEAR, MENU_LEGACY_MODE, NIGHT, WARMTH_THUMB, Stage
-from demonstration.support import NORMAL, button_is
+from PIL import Image, ImageDraw, ImageFont
 
-from .lettering import Lettering
+from ambrel_lab.hardware import Monitor
+from ambrel_lab.layout import (CARD, CLOSE, GEAR, MENU_LEGACY_MODE, POWER_SURFACE, PRESETS, SUPPORT_NORMAL, TRACK_BOTTOM,
+                               TRAVEL)
+from ambrel_lab.picture import Picture
+from ambrel_lab.places import DEJAVU
+from demonstration.backlight import AMBER, GREEN, accent_is, displays_changed
+from demonstration.main_job import WARMTH_THUMB
+from demonstration.stage import Stage
+from demonstration.support import button_is
 
 STRIP = (22, 378, 298, 424)  # card and banner with a little margin, in design units
 RED = (255, 0, 0)
-POWER_SURFACE = (60, 490)  # on the big button, where it has neither letter nor icon
 
 # The way of WARMTH's thumb, in design units, and how far it is dragged at a time.
-WARMTH_X, WARMTH_BOTTOM, WARMTH_TRAVEL = WARMTH_THUMB[0], 305, 198
+WARMTH_X = WARMTH_THUMB[0]
 STEP = 2
-STEPS = WARMTH_TRAVEL // STEP
+STEPS = TRAVEL // STEP
 BEYOND = 20  # the end of the way lies between two pixels of the mouse
 NEUTRAL = 6500  # kelvin
 
 SCALE_WIDTH, SCALE_HEIGHT, NUMBERS_HEIGHT = 960, 64, 30
 LABELS = (6500, 4000, 2700, 2000, 1000, 0)
-MARK_LENGTH, NUMBERS_BASE, NUMBERS_MARGIN, NUMBERS_GREY = 6, 24, 4, 200
+MARK_LENGTH, NUMBERS_BASE, NUMBERS_MARGIN, NUMBERS_COLOUR = 6, 24, 4, (200, 200, 200)
+LETTERS = ImageFont.truetype(str(DEJAVU / "DejaVuSans.ttf"), 18)
 
 
 def tip_is(stage, text):
@@ -38,7 +42,7 @@ def strip(stage):
 
 
 def show_popup(stage):
-    stage.lab.click_unit(*EVENING)
+    stage.lab.click_unit(*PRESETS["EVENING"])
     stage.see("EVENING turns the filter on", lambda: tip_is(stage, "ON (2700K, 85%)"))
     stage.see("the big button is red", lambda: button_is_red(stage))
     return stage.lab.popup_picture()
@@ -46,7 +50,7 @@ def show_popup(stage):
 
 def show_settings(stage):
     stage.lab.click_unit(*GEAR)
-    stage.see("the gear opens the settings", lambda: button_is(stage, NORMAL))
+    stage.see("the gear opens the settings", lambda: button_is(stage, SUPPORT_NORMAL))
     picture = stage.lab.popup_picture()
     stage.lab.click_unit(*CLOSE)
     stage.see("CLOSE goes back", lambda: button_is_red(stage))
@@ -60,11 +64,11 @@ def kelvin_at(step):
 def drag_warmth_through(stage):
     """The filter's factors for red, green and blue at every step from 6500 K to 0 K, as given to Windows."""
     lab = stage.lab
-    lab.click_unit(*DAY)
+    lab.click_unit(*PRESETS["DAY"])
     stage.see("DAY shows 4000 K at 100%", lambda: tip_is(stage, "ON (4000K, 100%)"))
-    lab.drag_unit(*WARMTH_THUMB, WARMTH_X, WARMTH_BOTTOM + BEYOND)
+    lab.drag_unit(*WARMTH_THUMB, WARMTH_X, TRACK_BOTTOM + BEYOND)
     stage.see("a drag of WARMTH down to the end is neutral", lambda: tip_is(stage, "ON (6500K, 100%)"))
-    start = WARMTH_BOTTOM - 1  # the lowest place that the slider takes
+    start = TRACK_BOTTOM - 1  # the lowest place that the slider takes
     lab.press_unit(WARMTH_X, start)
     factors = []
     for step in range(STEPS + 1):
@@ -80,26 +84,26 @@ def drag_warmth_through(stage):
     return factors
 
 
-def draw_numbers(rows):
-    """Marks and kelvin numbers into the rows below the scale."""
-    lettering = Lettering()
+def draw_numbers(image):
+    """Marks and kelvin numbers below the scale."""
+    draw = ImageDraw.Draw(image)
     for kelvin in LABELS:
         x = round((1 - kelvin / NEUTRAL) * (SCALE_WIDTH - 1))
-        width = lettering.width(str(kelvin))
-        left = min(max(x - width // 2, NUMBERS_MARGIN), SCALE_WIDTH - NUMBERS_MARGIN - width)
-        pixels = [(x, y, 1) for y in range(MARK_LENGTH)]
-        pixels += lettering.pixels(str(kelvin), left, NUMBERS_BASE)
-        for column, row, share in pixels:
-            rows[row][3 * column:3 * column + 3] = [round(NUMBERS_GREY * share)] * 3
+        width = draw.textlength(str(kelvin), LETTERS)
+        left = min(max(x - width / 2, NUMBERS_MARGIN), SCALE_WIDTH - NUMBERS_MARGIN - width)
+        draw.line((x, SCALE_HEIGHT, x, SCALE_HEIGHT + MARK_LENGTH - 1), NUMBERS_COLOUR)
+        draw.text((left, SCALE_HEIGHT + NUMBERS_BASE), str(kelvin), NUMBERS_COLOUR, LETTERS, anchor="ls")
 
 
 def draw_scale(factors):
     """White through the filter: each column in the colour of the step that is nearest to its place."""
-    white = [bytes(round(255 * factor) for factor in factors_of_step) for factors_of_step in factors]
-    row = b"".join(white[round((column + 0.5) / SCALE_WIDTH * STEPS)] for column in range(SCALE_WIDTH))
-    numbers = [bytearray(3 * SCALE_WIDTH) for _ in range(NUMBERS_HEIGHT)]
-    draw_numbers(numbers)
-    return Picture(SCALE_WIDTH, SCALE_HEIGHT + NUMBERS_HEIGHT, row * SCALE_HEIGHT + b"".join(numbers))
+    white = [tuple(round(255 * factor) for factor in factors_of_step) for factors_of_step in factors]
+    image = Image.new("RGB", (SCALE_WIDTH, SCALE_HEIGHT + NUMBERS_HEIGHT))
+    draw = ImageDraw.Draw(image)
+    for column in range(SCALE_WIDTH):
+        draw.line((column, 0, column, SCALE_HEIGHT - 1), white[round((column + 0.5) / SCALE_WIDTH * STEPS)])
+    draw_numbers(image)
+    return Picture(image)
 
 
 def show_locked_card(stage):
@@ -115,7 +119,7 @@ def show_banner(stage):
     stage.choose_from_menu(MENU_LEGACY_MODE)
     stage.see("Legacy Mode is on", lambda: stage.setting_is("UseLegacyGamma", "1"))
     stage.open_popup()
-    stage.lab.click_unit(*NIGHT)
+    stage.lab.click_unit(*PRESETS["NIGHT"])
     stage.see("Windows refuses NIGHT's ramp", lambda: stage.log_has("Legacy ramp REJECTED"))
     # Neither the card nor the button is of that red.
     stage.see("the banner says so", lambda: strip(stage).holds(RED))

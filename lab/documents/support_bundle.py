@@ -5,8 +5,9 @@ import socket
 
 from ambrel_lab import LabError
 from ambrel_lab.hardware import Monitor, Panel
+from ambrel_lab.layout import CARD, GEAR, PRESETS, SETTINGS_ROWS
 from ambrel_lab.places import ROOT
-from demonstration.stage import CARD, EVENING, GEAR, LAUNCH_ROW, Stage
+from demonstration.stage import Stage
 from demonstration.support import copy_report
 
 WINDOWS_KEY = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion"
@@ -40,12 +41,12 @@ def prepare(lab):
 def use(stage):
     """Uses most of what the report covers: a preset, the lock, a setting."""
     stage.start()
-    stage.lab.click_unit(*EVENING)
+    stage.lab.click_unit(*PRESETS["EVENING"])
     stage.see("EVENING is saved", lambda: stage.setting_is("Brightness", "850"))
     stage.lab.click_unit(*CARD)
     stage.see("both displays are locked", lambda: stage.log_has(LOCKED))
     stage.lab.click_unit(*GEAR)
-    stage.lab.click_unit(*LAUNCH_ROW)
+    stage.lab.click_unit(*SETTINGS_ROWS["LAUNCH AT STARTUP"])
     stage.see("the program starts with Windows", lambda: stage.setting_is("LaunchAtStart", "1"))
 
 

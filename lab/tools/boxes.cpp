@@ -16,7 +16,7 @@ std::wstring ControlText(HWND control) {
 
 struct BoxText {
     std::wstring text;
-    std::wstring buttons;
+    std::vector<Json> buttons;
 };
 
 BOOL CALLBACK CollectControl(HWND control, LPARAM parameter) {
@@ -26,14 +26,12 @@ BOOL CALLBACK CollectControl(HWND control, LPARAM parameter) {
     if (lstrcmpiW(name, L"Static") == 0) {
         box.text += ControlText(control);
     } else if (lstrcmpiW(name, L"Button") == 0 && IsWindowVisible(control)) {
-        wchar_t button[300] = {};
-        wsprintfW(button, L"%d=%.250s;", GetDlgCtrlID(control), ControlText(control).c_str());
-        box.buttons += button;
+        box.buttons.push_back(JsonObject({{"id", GetDlgCtrlID(control)}, {"caption", ControlText(control)}}));
     }
     return TRUE;
 }
 
-BOOL CALLBACK PrintBox(HWND window, LPARAM) {
+BOOL CALLBACK CollectBox(HWND window, LPARAM parameter) {
     wchar_t name[64] = {};
     GetClassNameW(window, name, 64);
     if (IsWindowVisible(window) && lstrcmpW(name, L"#32770") == 0) {
@@ -41,24 +39,30 @@ BOOL CALLBACK PrintBox(HWND window, LPARAM) {
         EnumChildWindows(window, CollectControl, reinterpret_cast<LPARAM>(&box));
         DWORD process = 0;
         GetWindowThreadProcessId(window, &process);
-        Print(L"0x%llx\t%ls\t%ls\t%ls\t0x%llx\t%lu\n", reinterpret_cast<ULONG_PTR>(window),
-              Escape(ControlText(window)).c_str(), Escape(box.text).c_str(), Escape(box.buttons).c_str(),
-              reinterpret_cast<ULONG_PTR>(GetWindow(window, GW_OWNER)), process);
+        reinterpret_cast<std::vector<Json>*>(parameter)->push_back(
+            JsonObject({{"handle", HandleText(window)},
+                        {"title", ControlText(window)},
+                        {"text", box.text},
+                        {"buttons", JsonArray(box.buttons)},
+                        {"owner", HandleText(GetWindow(window, GW_OWNER))},
+                        {"process", process}}));
     }
     return TRUE;
 }
 
 }  // namespace
 
-// One visible dialog a line: handle, title, text of its static controls, its buttons as ID=caption;, owner,
+// Every visible dialog: handle, title, text of its static controls, its buttons' ids and captions, owner,
 // process.
-int ListBoxes(const Arguments&) {
-    EnumWindows(PrintBox, 0);
+int ListBoxes(const Arguments&, Json& answer) {
+    std::vector<Json> boxes;
+    EnumWindows(CollectBox, reinterpret_cast<LPARAM>(&boxes));
+    answer = JsonArray(boxes);
     return kToolOk;
 }
 
 // press HANDLE ID: presses that button of a dialog.
-int PressButton(const Arguments& arguments) {
+int PressButton(const Arguments& arguments, Json&) {
     const HWND box = FindTarget(arguments[0]);
     const HWND button = box ? GetDlgItem(box, static_cast<int>(Number(arguments[1]))) : nullptr;
     if (!button) {

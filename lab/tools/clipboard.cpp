@@ -26,14 +26,14 @@ HGLOBAL CopyToGlobal(const std::wstring& text) {
 }  // namespace
 
 // The clipboard's Unicode text as it is; kToolNotFound when it holds none.
-int GetClipboardText(const Arguments&) {
+int GetClipboardText(const Arguments&, Json& answer) {
     if (!OpenClipboardPatiently(nullptr)) {
         return kToolFailed;
     }
     const HANDLE block = GetClipboardData(CF_UNICODETEXT);
     const wchar_t* const text = block ? static_cast<const wchar_t*>(GlobalLock(block)) : nullptr;
     if (text) {
-        PrintText(text);
+        answer = text;
         GlobalUnlock(block);
     }
     CloseClipboard();
@@ -41,7 +41,7 @@ int GetClipboardText(const Arguments&) {
 }
 
 // clipboard-set TEXT: puts it on the clipboard; the text stays there after the tool has ended.
-int SetClipboardText(const Arguments& arguments) {
+int SetClipboardText(const Arguments& arguments, Json&) {
     // Emptying without an owner window makes Windows refuse the data.
     const HWND owner =
         CreateWindowExW(0, L"Static", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
@@ -58,12 +58,11 @@ int SetClipboardText(const Arguments& arguments) {
 
 // Keeps the clipboard open, so that nobody else can, until the process is ended. Prints "ready" when it has
 // it.
-int HoldClipboard(const Arguments&) {
+int HoldClipboard(const Arguments&, Json&) {
     if (!OpenClipboardPatiently(nullptr)) {
         return kToolFailed;
     }
-    Print(L"ready\n");
-    FlushOutput();
+    PrintReady();
     Sleep(INFINITE);
     return kToolOk;
 }

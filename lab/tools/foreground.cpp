@@ -16,7 +16,7 @@ LRESULT CALLBACK OtherProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
 
 // An ordinary program's window (class LabOtherWindow, 400 x 300 at 100,100) that takes the foreground and
 // stays until it is closed or its process is ended. Prints "ready" when it is shown.
-int TakeForeground(const Arguments&) {
+int TakeForeground(const Arguments&, Json&) {
     WNDCLASSW description = {};
     description.lpfnWndProc = OtherProcedure;
     description.hInstance = GetModuleHandleW(nullptr);
@@ -27,8 +27,7 @@ int TakeForeground(const Arguments&) {
                                         100, 400, 300, nullptr, nullptr, description.hInstance, nullptr);
     SetForegroundWindow(window);
     UpdateWindow(window);
-    Print(L"ready\n");
-    FlushOutput();
+    PrintReady();
     MSG message = {};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         TranslateMessage(&message);

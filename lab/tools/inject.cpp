@@ -24,7 +24,7 @@ DWORD LoadInto(HANDLE process, const std::wstring& library) {
 }  // namespace
 
 // inject WINDOW LIBRARY: loads a library into the process of a window.
-int InjectLibrary(const Arguments& arguments) {
+int InjectLibrary(const Arguments& arguments, Json&) {
     const HWND window = FindTarget(arguments[0]);
     DWORD id = 0;
     GetWindowThreadProcessId(window, &id);

@@ -30,10 +30,12 @@ Library LoadMagnification() {
 
 // magnify RED GREEN BLUE [keep]: asks Magnification.dll for that colour (factors in thousandths) and tells
 // what it has and answers. With "keep" the effect stays and the library stays loaded.
-int CallMagnification(const Arguments& arguments) {
+int CallMagnification(const Arguments& arguments, Json& answer) {
     const Library library = LoadMagnification();
-    Print(L"loaded=%d\ninitialize=%d\nuninitialize=%d\neffect=%d\n", library.module != nullptr,
-          library.initialize != nullptr, library.uninitialize != nullptr, library.setEffect != nullptr);
+    std::vector<JsonField> found = {{"loaded", library.module != nullptr},
+                                    {"initialize", library.initialize != nullptr},
+                                    {"uninitialize", library.uninitialize != nullptr},
+                                    {"effect", library.setEffect != nullptr}};
     if (library.initialize && library.uninitialize && library.setEffect) {
         ColorEffect effect = {};
         for (size_t channel = 0; channel < 3; ++channel) {
@@ -41,9 +43,9 @@ int CallMagnification(const Arguments& arguments) {
         }
         effect.transform[3][3] = effect.transform[4][4] = 1.0F;
         const BOOL ready = library.initialize();
-        Print(L"initialize_error=%lu\n", ready ? 0 : GetLastError());
+        found.push_back({"initialize_error", ready ? 0 : GetLastError()});
         const BOOL applied = library.setEffect(&effect);
-        Print(L"effect_error=%lu\n", applied ? 0 : GetLastError());
+        found.push_back({"effect_error", applied ? 0 : GetLastError()});
         if (ready && arguments.size() < 4) {
             library.uninitialize();
         }
@@ -51,5 +53,6 @@ int CallMagnification(const Arguments& arguments) {
     if (library.module && arguments.size() < 4) {
         FreeLibrary(library.module);
     }
+    answer = JsonObject(found);
     return kToolOk;
 }

@@ -3,8 +3,9 @@
 //     labtool NAME ARGUMENT...
 // or, so that a question costs a millisecond and not the start of a process, the resident form:
 //     labtool serve
-// which reads one command a line (fields separated by tabs, escaped as Escape does) and ends each answer with
-// a line of the character 4 and the command's result.
+// which reads one command per line, a JSON array of its name and its arguments, and answers each with one
+// line:
+//     {"result": a ToolResult, "answer": what the command has to tell}
 #include <fcntl.h>
 #include <io.h>
 
@@ -38,43 +39,32 @@ const Command kCommands[] = {
     {L"measure", 4, MeasureText},
 };
 
-Arguments SplitLine(const std::wstring& line) {
-    Arguments fields;
-    size_t start = 0;
-    for (;;) {
-        const size_t end = line.find(L'\t', start);
-        fields.push_back(Unescape(line.substr(start, end - start)));
-        if (end == std::wstring::npos) {
-            return fields;
-        }
-        start = end + 1;
-    }
-}
-
 }  // namespace
 
-int RunCommand(const std::wstring& name, const Arguments& arguments) {
+int RunCommand(const std::wstring& name, const Arguments& arguments, Json& answer) {
     for (const Command& command : kCommands) {
         if (name == command.name) {
-            return arguments.size() < command.argumentCount ? kToolUsage : command.run(arguments);
+            return arguments.size() < command.argumentCount ? kToolUsage : command.run(arguments, answer);
         }
     }
     return kToolUsage;
 }
 
-int Serve(const Arguments&) {
+int Serve(const Arguments&, Json&) {
     std::string line;
     for (int letter = std::getchar(); letter != EOF; letter = std::getchar()) {
         if (letter != '\n') {
             line += static_cast<char>(letter);
             continue;
         }
-        Arguments fields = SplitLine(FromUtf8(line));
+        Arguments words;
+        Json answer;
+        int result = kToolUsage;
+        if (ReadJsonStrings(FromUtf8(line), words) && words.front() != L"serve") {
+            result = RunCommand(words.front(), Arguments(words.begin() + 1, words.end()), answer);
+        }
         line.clear();
-        const std::wstring name = fields.front();
-        fields.erase(fields.begin());
-        const int result = name == L"serve" ? kToolUsage : RunCommand(name, fields);
-        Print(L"\n\x4%d\n", result);
+        PrintBytes(JsonObject({{"result", result}, {"answer", answer}}).text + "\n");
         FlushOutput();
     }
     return kToolOk;
@@ -86,7 +76,11 @@ int wmain(int count, wchar_t** words) {
     if (count < 2) {
         return kToolUsage;
     }
-    const int result = RunCommand(words[1], Arguments(words + 2, words + count));
+    Json answer;
+    const int result = RunCommand(words[1], Arguments(words + 2, words + count), answer);
+    if (words[1] != std::wstring(L"serve")) {
+        PrintBytes(answer.text + "\n");
+    }
     FlushOutput();
     return result;
 }

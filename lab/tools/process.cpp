@@ -99,16 +99,16 @@ int CountHandles(DWORD id) {
 
 }  // namespace
 
-// process ID|IMAGE: process=ID, gdi=the number of its GDI objects and handles=that of its handles, among them
-// those of registry keys. (Wine does not tell the processor time of another process.)
-int ShowProcessFacts(const Arguments& arguments) {
+// process ID|IMAGE: its id, the number of its GDI objects (gdi) and that of its handles, among them those of
+// registry keys. (Wine does not tell the processor time of another process.)
+int ShowProcessFacts(const Arguments& arguments, Json& answer) {
     const DWORD given = static_cast<DWORD>(Number(arguments[0]));
     const DWORD id = given ? given : FindProcess(arguments[0]);
     const HANDLE process = id ? OpenProcess(PROCESS_ALL_ACCESS, FALSE, id) : nullptr;
     if (!process) {
         return kToolNotFound;
     }
-    Print(L"process=%lu\ngdi=%d\nhandles=%d\n", id, CountGdiObjects(process), CountHandles(id));
+    answer = JsonObject({{"process", id}, {"gdi", CountGdiObjects(process)}, {"handles", CountHandles(id)}});
     CloseHandle(process);
     return kToolOk;
 }

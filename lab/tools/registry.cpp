@@ -19,6 +19,16 @@ KeyPath ParseKey(const std::wstring& text) {
             path};
 }
 
+std::wstring HexDigits(const BYTE* data, size_t size) {
+    constexpr wchar_t kDigits[] = L"0123456789abcdef";
+    std::wstring digits;
+    for (size_t i = 0; i < size; ++i) {
+        digits += kDigits[data[i] >> 4];
+        digits += kDigits[data[i] & 0xF];
+    }
+    return digits;
+}
+
 std::vector<BYTE> ParseHex(const std::wstring& text) {
     std::vector<BYTE> bytes;
     for (size_t i = 0; i + 1 < text.size(); i += 2) {
@@ -29,8 +39,9 @@ std::vector<BYTE> ParseHex(const std::wstring& text) {
 
 }  // namespace
 
-// registry-get KEY NAME: type=N, size=N, hex=..., and text=... for a text or value=N for a 32-bit number.
-int RegistryGet(const Arguments& arguments) {
+// registry-get KEY NAME: type, size, the data as hexadecimal digits (hex), and text for a text or value for a
+// 32-bit number.
+int RegistryGet(const Arguments& arguments, Json& answer) {
     const KeyPath key = ParseKey(arguments[0]);
     std::vector<BYTE> data(65536);
     DWORD size = static_cast<DWORD>(data.size() - sizeof(wchar_t));
@@ -39,20 +50,18 @@ int RegistryGet(const Arguments& arguments) {
                      data.data(), &size) != ERROR_SUCCESS) {
         return kToolNotFound;
     }
-    Print(L"type=%lu\nsize=%lu\nhex=", type, size);
-    for (DWORD i = 0; i < size; ++i) {
-        Print(L"%02x", data[i]);
-    }
+    std::vector<JsonField> found = {{"type", type}, {"size", size}, {"hex", HexDigits(data.data(), size)}};
     if (type == REG_SZ || type == REG_EXPAND_SZ) {
-        Print(L"\ntext=%ls\n", Escape(reinterpret_cast<const wchar_t*>(data.data())).c_str());
+        found.push_back({"text", reinterpret_cast<const wchar_t*>(data.data())});
     } else if (type == REG_DWORD) {
-        Print(L"\nvalue=%lu\n", *reinterpret_cast<const DWORD*>(data.data()));
+        found.push_back({"value", *reinterpret_cast<const DWORD*>(data.data())});
     }
+    answer = JsonObject(found);
     return kToolOk;
 }
 
 // registry-set KEY NAME sz|dword|hex:TYPE VALUE: creates the key when it is not there.
-int RegistrySet(const Arguments& arguments) {
+int RegistrySet(const Arguments& arguments, Json&) {
     const KeyPath key = ParseKey(arguments[0]);
     const std::wstring& kind = arguments[2];
     const std::wstring& value = arguments[3];
@@ -76,7 +85,7 @@ int RegistrySet(const Arguments& arguments) {
 }
 
 // registry-delete KEY [NAME]: deletes the value, or the key with all below it.
-int RegistryDelete(const Arguments& arguments) {
+int RegistryDelete(const Arguments& arguments, Json&) {
     const KeyPath key = ParseKey(arguments[0]);
     const LSTATUS status = arguments.size() > 1
                                ? RegDeleteKeyValueW(key.root, key.path.c_str(), arguments[1].c_str())

@@ -34,7 +34,8 @@ DWORD_PTR Ask(HWND window, UINT message, WPARAM wParam, void* remote) {
     return result;
 }
 
-void PrintTools(HWND tooltip, HANDLE process, Question* remote) {
+std::vector<Json> CollectTools(HWND tooltip, HANDLE process, Question* remote) {
+    std::vector<Json> tools;
     const DWORD_PTR count = Ask(tooltip, TTM_GETTOOLCOUNT, 0, nullptr);
     for (DWORD_PTR i = 0; i < count; ++i) {
         Question question = {};
@@ -48,15 +49,19 @@ void PrintTools(HWND tooltip, HANDLE process, Question* remote) {
         question.tip[kTipLetters - 1] = L'\0';
         RECT rect = question.tool.rect;
         MapWindowPoints(question.tool.hwnd, nullptr, reinterpret_cast<POINT*>(&rect), 2);
-        Print(L"%ld\t%ld\t%ld\t%ld\t%ls\n", rect.left, rect.top, rect.right, rect.bottom,
-              Escape(question.tip).c_str());
+        tools.push_back(JsonObject({{"left", rect.left},
+                                    {"top", rect.top},
+                                    {"right", rect.right},
+                                    {"bottom", rect.bottom},
+                                    {"tip", question.tip}}));
     }
+    return tools;
 }
 
 }  // namespace
 
-// One icon of the notification area a line: left, top, right, bottom on the screen, tip.
-int ListTrayIcons(const Arguments&) {
+// Every icon of the notification area: left, top, right, bottom on the screen, tip.
+int ListTrayIcons(const Arguments&, Json& answer) {
     DWORD processId = 0;
     const HWND taskbar = FindWindowW(L"Shell_TrayWnd", nullptr);
     GetWindowThreadProcessId(taskbar, &processId);
@@ -71,7 +76,7 @@ int ListTrayIcons(const Arguments&) {
     }
     void* const memory = VirtualAllocEx(process, nullptr, sizeof(Question), MEM_COMMIT, PAGE_READWRITE);
     if (memory) {
-        PrintTools(tooltip, process, static_cast<Question*>(memory));
+        answer = JsonArray(CollectTools(tooltip, process, static_cast<Question*>(memory)));
         VirtualFreeEx(process, memory, 0, MEM_RELEASE);
     }
     CloseHandle(process);

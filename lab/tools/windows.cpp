@@ -14,15 +14,21 @@ std::wstring TitleOf(HWND window) {
     return title;
 }
 
-BOOL CALLBACK PrintVisible(HWND window, LPARAM) {
+BOOL CALLBACK CollectVisible(HWND window, LPARAM parameter) {
     if (IsWindowVisible(window)) {
         RECT rect = {};
         DWORD process = 0;
         GetWindowRect(window, &rect);
         GetWindowThreadProcessId(window, &process);
-        Print(L"0x%llx\t%ls\t%ls\t%ld\t%ld\t%ld\t%ld\t%lu\n", reinterpret_cast<ULONG_PTR>(window),
-              Escape(ClassOf(window)).c_str(), Escape(TitleOf(window)).c_str(), rect.left, rect.top,
-              rect.right, rect.bottom, process);
+        reinterpret_cast<std::vector<Json>*>(parameter)->push_back(
+            JsonObject({{"handle", HandleText(window)},
+                        {"window_class", ClassOf(window)},
+                        {"title", TitleOf(window)},
+                        {"left", rect.left},
+                        {"top", rect.top},
+                        {"right", rect.right},
+                        {"bottom", rect.bottom},
+                        {"process", process}}));
     }
     return TRUE;
 }
@@ -37,15 +43,22 @@ HWND FindTarget(const std::wstring& target) {
     return FindWindowW(target.c_str(), nullptr);
 }
 
-// One visible top-level window a line, topmost first: handle, class, title, left, top, right, bottom, process
-// id.
-int ListWindows(const Arguments&) {
-    EnumWindows(PrintVisible, 0);
+std::wstring HandleText(HWND window) {
+    wchar_t text[32] = {};
+    wsprintfW(text, L"0x%Ix", reinterpret_cast<ULONG_PTR>(window));
+    return text;
+}
+
+// Every visible top-level window, topmost first: handle, class, title, left, top, right, bottom, process id.
+int ListWindows(const Arguments&, Json& answer) {
+    std::vector<Json> windows;
+    EnumWindows(CollectVisible, reinterpret_cast<LPARAM>(&windows));
+    answer = JsonArray(windows);
     return kToolOk;
 }
 
-// window TARGET: its facts as name=value lines.
-int ShowWindowFacts(const Arguments& arguments) {
+// window TARGET: its facts.
+int ShowWindowFacts(const Arguments& arguments, Json& answer) {
     const HWND window = FindTarget(arguments[0]);
     if (!window) {
         return kToolNotFound;
@@ -54,19 +67,27 @@ int ShowWindowFacts(const Arguments& arguments) {
     DWORD process = 0;
     GetWindowRect(window, &rect);
     const DWORD thread = GetWindowThreadProcessId(window, &process);
-    Print(L"handle=0x%llx\nclass=%ls\ntitle=%ls\n", reinterpret_cast<ULONG_PTR>(window),
-          Escape(ClassOf(window)).c_str(), Escape(TitleOf(window)).c_str());
-    Print(L"left=%ld\ntop=%ld\nright=%ld\nbottom=%ld\n", rect.left, rect.top, rect.right, rect.bottom);
-    Print(L"visible=%d\nforeground=%d\nenabled=%d\nprocess=%lu\nthread=%lu\n", IsWindowVisible(window),
-          GetForegroundWindow() == window, IsWindowEnabled(window), process, thread);
-    Print(L"style=0x%lx\nextended_style=0x%lx\ndpi=%u\n", GetWindowLongW(window, GWL_STYLE),
-          GetWindowLongW(window, GWL_EXSTYLE), GetDpiForWindow(window));
+    answer = JsonObject({{"handle", reinterpret_cast<ULONG_PTR>(window)},
+                         {"class", ClassOf(window)},
+                         {"title", TitleOf(window)},
+                         {"left", rect.left},
+                         {"top", rect.top},
+                         {"right", rect.right},
+                         {"bottom", rect.bottom},
+                         {"visible", IsWindowVisible(window)},
+                         {"foreground", static_cast<int>(GetForegroundWindow() == window)},
+                         {"enabled", IsWindowEnabled(window)},
+                         {"process", process},
+                         {"thread", thread},
+                         {"style", static_cast<DWORD>(GetWindowLongW(window, GWL_STYLE))},
+                         {"extended_style", static_cast<DWORD>(GetWindowLongW(window, GWL_EXSTYLE))},
+                         {"dpi", GetDpiForWindow(window)}});
     return kToolOk;
 }
 
-// message TARGET post|send MESSAGE WPARAM LPARAM [MILLISECONDS]: result=N, which for a post is only its
+// message TARGET post|send MESSAGE WPARAM LPARAM [MILLISECONDS]: the result, which for a post is only its
 // acceptance.
-int SendToWindow(const Arguments& arguments) {
+int SendToWindow(const Arguments& arguments, Json& answer) {
     const HWND window = FindTarget(arguments[0]);
     if (!window) {
         return kToolNotFound;
@@ -75,15 +96,15 @@ int SendToWindow(const Arguments& arguments) {
     const WPARAM wParam = static_cast<WPARAM>(Number(arguments[3]));
     const LPARAM lParam = static_cast<LPARAM>(Number(arguments[4]));
     if (arguments[1] == L"post") {
-        Print(L"result=%d\n", PostMessageW(window, message, wParam, lParam));
+        answer = JsonObject({{"result", PostMessageW(window, message, wParam, lParam)}});
         return kToolOk;
     }
     const UINT patience = arguments.size() > 5 ? static_cast<UINT>(Number(arguments[5])) : 10000;
     DWORD_PTR result = 0;
     if (!SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, patience, &result)) {
-        Print(L"error=%lu\n", GetLastError());
+        answer = JsonObject({{"error", GetLastError()}});
         return kToolFailed;
     }
-    Print(L"result=%lld\n", static_cast<long long>(result));
+    answer = JsonObject({{"result", static_cast<long long>(result)}});
     return kToolOk;
 }

@@ -5,13 +5,11 @@ import os
 import re
 import time
 
-from desk import wait_until
+from ambrel_lab.layout import SUPPORT, SUPPORT_COPIED as COPIED, SUPPORT_NORMAL as NORMAL, SUPPORT_SURFACE as SURFACE
+
+from desk import LIMIT, wait_for_value, wait_until
 from panels import show_settings
 
-SUPPORT = (160, 489)
-# The button's surface in its two looks, at a place where neither has a letter.
-SURFACE = (280, 470)
-NORMAL, COPIED = (0x16, 0x16, 0x16), (0x12, 0x24, 0x16)
 COPIED_LINE = re.compile(r"Support bundle copied to clipboard \((\d+) chars\)")
 FAILED_LINE = "Support bundle copy failed"
 BEFORE = "what was on the clipboard before"
@@ -104,8 +102,8 @@ def look(desk):
     return {NORMAL: "normal", COPIED: "copied"}.get(desk.popup_picture().pixel(*SURFACE))
 
 
-def wait_for_look(desk, wanted, patience=5.0):
-    wait_until(lambda: look(desk) == wanted, patience, f"the support button to look {wanted}")
+def wait_for_look(desk, wanted, limit=LIMIT):
+    wait_for_value(lambda: look(desk), wanted, "the look of the support button", limit)
 
 
 def press(desk):
@@ -121,7 +119,7 @@ def copy(desk):
     show_settings(desk)
     told, since = len(copies(desk)), time.time()
     desk.click_unit(*SUPPORT)
-    wait_until(lambda: len(copies(desk)) > told, 10.0, "the line that the report was copied")
+    wait_until(lambda: len(copies(desk)) > told, "the line that the report was copied", seen=desk.log)
     return Report(desk.clipboard_text(), since, time.time())
 
 
@@ -129,7 +127,7 @@ def copy_untold(desk):
     """The same where there is no events.log to look at: the button's look tells that it is done."""
     desk.set_clipboard_text(BEFORE)
     show_settings(desk)
-    wait_for_look(desk, "normal", 10.0)
+    wait_for_look(desk, "normal")
     since = time.time()
     desk.click_unit(*SUPPORT)
     wait_for_look(desk, "copied")

@@ -1,6 +1,6 @@
 """Looking at the popup at 96 DPI: a picture of it at rest, and texts, which are told apart by how wide they are."""
 
-from desk import wait_until
+from desk import wait_until_settled
 
 # Face, height and weight of the popup's fonts.
 SMALL = ("Segoe UI", 12, 700)
@@ -14,12 +14,7 @@ ABOVE_THE_TIP = 520
 
 def picture_of(desk):
     """The popup once it is drawn: two pictures in a row are the same."""
-    last = [None]
-
-    def settled():
-        before, last[0] = last[0], desk.popup_picture().crop(0, 0, 320, ABOVE_THE_TIP)
-        return before == last[0] and before
-    return wait_until(settled, 5.0, "the popup to be drawn", pause=0.05)
+    return wait_until_settled(lambda: desk.popup_picture().crop(0, 0, 320, ABOVE_THE_TIP), "the popup's picture")
 
 
 def span(picture, box, ground):

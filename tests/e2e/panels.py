@@ -1,25 +1,27 @@
 """Which panel the popup shows at 96 DPI, and opening the settings panel from wherever it is."""
 
-from desk import wait_until
+from ambrel_lab.layout import HEADER, HEADER_COLOUR, MAIN_PANEL_BACKGROUND, ROW_COLOUR, SETTINGS_ROW_SURFACE
 
-HEADER, ROW = (25, 25, 25), (22, 22, 22)
+from desk import wait_for_value, wait_until
 
 
 def panel_of(desk):
     """The panel that the popup shows, by what only one of them has; None while it is not drawn."""
     picture = desk.popup_picture()
-    if picture.pixel(3, 3) != HEADER:
+    if picture.pixel(*HEADER) != HEADER_COLOUR:
         return None
-    return "settings" if picture.pixel(200, 136) == ROW else "main" if picture.pixel(200, 500) != ROW else None
+    if picture.pixel(*SETTINGS_ROW_SURFACE) == ROW_COLOUR:
+        return "settings"
+    return "main" if picture.pixel(*MAIN_PANEL_BACKGROUND) != ROW_COLOUR else None
 
 
 def wait_for_panel(desk, name):
-    wait_until(lambda: panel_of(desk) == name, 5.0, f"the {name} panel")
+    wait_for_value(lambda: panel_of(desk), name, "the panel that is shown")
 
 
 def show_settings(desk):
     """Opens the settings panel unless it is open already: a hidden popup keeps its panel."""
     desk.show()
-    if wait_until(lambda: panel_of(desk), 5.0, "a panel") == "main":
+    if wait_until(lambda: panel_of(desk), "a panel") == "main":
         desk.show_settings()
         wait_for_panel(desk, "settings")

@@ -149,7 +149,7 @@ def sign_out_and_in(desk):
 
 def wait_until_up(desk, starts):
     desk.wait_for_icon()
-    wait_until(lambda: desk.events_text().count(MARKER) == starts, 10.0, f"start {starts}")
+    wait_until(lambda: desk.events_text().count(MARKER) == starts, f"start {starts}")
     desk.loaded()
 
 

@@ -38,7 +38,7 @@ def test_quit_while_the_lock_is_verified_gives_the_old_value_back(bench):
     confirmations = bench.log().count(CONFIRMED % 1)
     bench.hardware.change("left", delay=1500)
     bench.desk.post_message(WM_TIMER, SETTLED, 0)
-    wait_until(bench.hardware.waiting, 10.0, "a call that waits")
+    wait_until(bench.hardware.waiting, "a call that waits")
     bench.hardware.change("left", delay=0)
     bench.click_quit(menu)
     assert bench.desk.wait_for_exit() == 0

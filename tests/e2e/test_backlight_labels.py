@@ -58,7 +58,7 @@ def check(bench, pictures, text, accent, on):
     bench.desk.show()
     bench.desk.move(5, 5)
     try:
-        wait_until(lambda: Card(bench).shows(text, accent, on), 10.0, text)
+        wait_until(lambda: Card(bench).shows(text, accent, on), text)
     except LabError:
         card = Card(bench)
         card.picture.save(pictures / "card-unexpected.png")
@@ -138,7 +138,7 @@ def test_the_card_comes_and_goes_with_the_displays(bench):
     assert not {AMBER, GREY} & Card(bench).colours(TOP_EDGE)
     bench.hardware.monitors([Monitor("left", 100)])
     bench.tick(SETTLED)
-    wait_until(lambda: GREY in Card(bench).colours(TOP_EDGE), 10.0, "the card")
+    wait_until(lambda: GREY in Card(bench).colours(TOP_EDGE), "the card")
     bench.hardware.unplug("left")
     bench.tick(SETTLED)
-    wait_until(lambda: GREY not in Card(bench).colours(TOP_EDGE), 10.0, "the end of the card")
+    wait_until(lambda: GREY not in Card(bench).colours(TOP_EDGE), "the end of the card")

@@ -17,7 +17,7 @@ PACE_RESET = "PWM-safe: display change - retry pace reset"
 def wait_for_a_poll(bench):
     """One that comes sooner than at the slow pace."""
     bench.hardware.forget()
-    wait_until(bench.record, 10.0, "a poll at the normal pace")
+    wait_until(bench.record, "a poll at the normal pace")
 
 
 def check_that_no_poll_comes(bench):

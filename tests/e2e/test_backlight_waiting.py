@@ -31,7 +31,7 @@ def test_a_dead_channel_is_waited_for_once_and_costs_only_its_own_call(bench):
     monitors = ["left", "dead", "right"]
     bench.hardware.change("dead", delay=3500, fails=("capabilities", "read", "set"))
     bench.click_card()
-    wait_until(lambda: bench.hardware.value("right") == 100, 10.0, "the lock of the others")
+    wait_until(lambda: bench.hardware.value("right") == 100, "the lock of the others")
     # Setting the others never touches it.
     bench.wait_for_calls(listed(monitors=monitors, deaf=["dead"]), monitor_set("left", 100, monitors),
                          monitor_set("right", 100, monitors))
@@ -59,9 +59,9 @@ def test_a_dead_channel_that_is_locked_is_waited_for_once_when_its_value_is_give
 def in_the_middle(bench, begin, act):
     """Acts while the operation that `begin` posts waits for a display, and lets it come to its end."""
     begin()
-    wait_until(bench.hardware.waiting, 10.0, "a call that waits")
+    wait_until(bench.hardware.waiting, "a call that waits")
     act()
-    wait_until(lambda: not bench.hardware.waiting(), 10.0, "the end of the waiting")
+    wait_until(lambda: not bench.hardware.waiting(), "the end of the waiting")
 
 
 def post_tick(bench, timer):
@@ -100,7 +100,7 @@ def pumping(bench, on=False):
 def settle(bench, *timers):
     """No display is slow any more, and these timers have had their turn."""
     bench.hardware.change("left", delay=0, pump=False)
-    wait_until(lambda: not bench.hardware.waiting(), 10.0, "the end of the waiting")
+    wait_until(lambda: not bench.hardware.waiting(), "the end of the waiting")
     bench.tick(*timers)
 
 
@@ -108,7 +108,7 @@ def filtering(bench):
     """With the filter on, which tells each settling of the displays. The next call to a monitor is slow."""
     pumping(bench).show()
     bench.desk.press_power()
-    wait_until(lambda: len(bench.desk.effects()) == 1, 10.0, "the filter")
+    wait_until(lambda: len(bench.desk.effects()) == 1, "the filter")
     bench.tick(SAVE)
     bench.hardware.change("left", delay=LONG)
     bench.hardware.forget()
@@ -129,7 +129,7 @@ def test_messages_that_arrive_while_the_displays_are_listed_wait_for_their_turn(
     one = listed(1, MONITORS)
     listed_in_the_middle(bench, lambda: bench.desk.post_message(SHOW_POPUP, 0, 0), lambda: [
         bench.desk.post_message(message, 0, 0) for message in (SHOW_POPUP, WM_DISPLAYCHANGE)])
-    wait_until(lambda: len(bench.desk.effects()) == 2, 10.0, "the filter after the settling")
+    wait_until(lambda: len(bench.desk.effects()) == 2, "the filter after the settling")
     bench.wait_for_calls(one, one)
     bench.come_to_rest()
     assert bench.record() == one * 2 and len(bench.desk.effects()) == 2
@@ -202,7 +202,7 @@ def lock_slips(bench):
 
 def calm(bench):
     bench.hardware.change("panel", delay=0, pump=False)
-    wait_until(lambda: not bench.hardware.waiting(), 10.0, "the end of the waiting")
+    wait_until(lambda: not bench.hardware.waiting(), "the end of the waiting")
     bench.desk.send_message(0)  # Answered after the operation's end.
 
 
@@ -238,9 +238,9 @@ def test_quit_while_the_displays_are_listed_gives_the_old_values_back(bench):
     bench.hardware.change("left", delay=1500, pump=True)
 
     def quit_from_the_menu():
-        bench.desk.open_menu()
+        menu = bench.desk.open_menu()
         bench.hardware.change("left", delay=0, pump=False)
-        bench.desk.click(*bench.desk.menu_place(bench.desk.menu_window(), "Quit"))
+        bench.click_quit(menu)
 
     in_the_middle(bench, post_tick(bench, POLL), quit_from_the_menu)
     assert bench.desk.wait_for_exit() == 0

@@ -180,7 +180,7 @@ def test_an_event_log_that_another_program_holds_goes_on_when_it_is_free(make_de
         desk.wait_for_setting("Intensity", "584")
         assert desk.events_path.read_bytes() == b"x" * 300000
     desk.choose("DAY")
-    wait_until(lambda: desk.events_text().endswith("Saved settings\n"), 10.0, "the line after the hindrance")
+    wait_until(lambda: desk.events_text().endswith("Saved settings\n"), "the line after the hindrance")
 
 
 # The folder, the disk, the command line
@@ -196,7 +196,7 @@ def test_a_full_disk_costs_only_what_could_not_be_written(make_desk):
     desk.events_path.unlink()
     desk.press_power()
     desk.wait_for_setting("Intensity", "584")
-    wait_until(lambda: desk.events_text().endswith("Saved settings\n"), 10.0, "the line when there is space again")
+    wait_until(lambda: desk.events_text().endswith("Saved settings\n"), "the line when there is space again")
     assert desk.quit() == 0
 
 
@@ -300,8 +300,7 @@ def test_leaving_legacy_mode_tries_a_library_that_failed_again_and_tells_again(f
     desk = file_desk
     desk.start_fresh({"UseLegacyGamma": 1}, initialize=5)
     assert desk.message_boxes() == []
-    window = desk.open_menu()
-    desk.click(*desk.menu_place(window, LEGACY))
+    desk.menu(LEGACY)
     desk.press_button(desk.wait_for_message_box())
     desk.wait_for_saves(1)
     desk.magnification_script(initialize=0)

@@ -49,7 +49,7 @@ class Cursors:
 
     def expect(self, calls):
         """Waits for exactly these calls and goes on behind them."""
-        wait_until(lambda: len(self.calls()) >= len(calls), 10.0, f"{len(calls)} cursor calls, not {self.calls()}")
+        wait_until(lambda: len(self.calls()) >= len(calls), f"{len(calls)} cursor calls, not {self.calls()}")
         assert self.calls() == calls
         self.look()
 

@@ -74,7 +74,7 @@ def test_dragging_and_clicking_log_no_more_than_the_saves(desk):
     desk.slide("BRIGHTNESS", -60)
     desk.wait_for_tip(model.tip_on(model.dragged(0.385, 60), model.dragged(1.0, -60, 0.1)))
     saves = desk.saves()
-    wait_until(lambda: desk.saves() > saves, 10.0, "the save behind the last drag")
+    wait_until(lambda: desk.saves() > saves, "the save behind the last drag")
     assert set(desk.log()[before:]) == {"Saved settings"}
 
 
@@ -82,7 +82,7 @@ def test_the_file_can_be_deleted_while_the_program_runs(desk):
     desk.loaded()
     desk.write_events(None)
     desk.press_power()
-    wait_until(lambda: "Saved settings" in desk.events_text(), 10.0, "the line in a new file")
+    wait_until(lambda: "Saved settings" in desk.events_text(), "the line in a new file")
     assert len(desk.events_text().splitlines()) == 1
 
 

@@ -18,7 +18,7 @@ def legacy_fixture(file_desk):
 def wait_for_display(desk, number, factors):
     def shown():
         return ramp_distance(desk.displays.ramp(number), model.ramp(factors)) <= RAMP_TOLERANCE
-    wait_until(shown, 5.0, f"the colour of display {number}")
+    wait_until(shown, f"the colour of display {number}")
 
 
 def rejections(desk):

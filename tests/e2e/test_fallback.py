@@ -26,7 +26,7 @@ def press_presets(desk, *names):
     for name in names:
         before = len(desk.effects())
         desk.choose(name)
-        wait_until(lambda count=before: len(desk.effects()) > count, 10.0, f"the colour matrix of {name}")
+        wait_until(lambda count=before: len(desk.effects()) > count, f"the colour matrix of {name}")
 
 
 def assert_no_message_box(desk):
@@ -138,7 +138,7 @@ def test_the_notice_does_not_open_a_second_time_while_it_is_open(file_desk):
     time.sleep(0.3)
     assert len(desk.message_boxes()) == 1
     desk.press_button(box)
-    wait_until(lambda: not desk.message_boxes(), 5.0, "the end of the box")
+    wait_until(lambda: not desk.message_boxes(), "the end of the box")
     desk.post_message(WM_APP + 104)
     desk.press_button(desk.wait_for_message_box())
 

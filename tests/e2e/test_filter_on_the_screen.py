@@ -31,7 +31,7 @@ def test_a_second_click_gives_the_plain_screen_back(desk):
 
 def test_every_cell_of_the_colour_matrix_is_right(desk):
     desk.press_power()
-    wait_until(desk.effects, 10.0, "the colour matrix")
+    wait_until(desk.effects, "the colour matrix")
     cells = desk.effects()[0].matrix
     assert cells == pytest.approx(model.matrix(model.factors(*START)), abs=1e-6)
     assert [cell for place, cell in enumerate(cells) if place % 6] == [0.0] * 20
@@ -63,7 +63,7 @@ def test_every_warmth_reaches_the_screen(file_desk, intensity):
 def test_published_colours_reach_the_screen(file_desk, intensity, colour):
     desk = file_desk.start_fresh({"Intensity": intensity})
     desk.press_power()
-    wait_until(desk.effects, 10.0, "the colour matrix")
+    wait_until(desk.effects, "the colour matrix")
     assert desk.effects()[0].diagonal == pytest.approx(colour, abs=5e-5)
 
 

@@ -71,11 +71,12 @@ def strip_shows(desk, text, colour):
 
 
 def wait_for_strip(desk, text, colour):
-    wait_until(lambda: strip_shows(desk, text, colour), 5.0, f"'{text}' in the strip")
+    wait_until(lambda: strip_shows(desk, text, colour), f"'{text}' in the strip")
 
 
 def box_with(desk, text):
-    return wait_until(lambda: next((box for box in desk.message_boxes() if box.text == text), None), 10.0, text)
+    return wait_until(lambda: next((box for box in desk.message_boxes() if box.text == text), None), text,
+                      seen=desk.message_boxes)
 
 
 def main_process(desk):
@@ -94,7 +95,7 @@ def fix(desk):
 def show_again(desk):
     """As a second start does: the popup hides under another program's box, and a click right after opens nothing."""
     desk.post_message(SHOW_POPUP)
-    wait_until(lambda: desk.popup_visible() and desk.popup_is_foreground(), 10.0, "the popup in the foreground")
+    wait_until(lambda: desk.popup_visible() and desk.popup_is_foreground(), "the popup in the foreground")
 
 
 def ask_for_the_fix(desk):
@@ -103,8 +104,8 @@ def ask_for_the_fix(desk):
         show_again(desk)
         desk.click_unit(*STRIP_MIDDLE)
         try:
-            return wait_until(lambda: next((box for box in desk.message_boxes() if box.text == QUESTION), None), 3.0,
-                              QUESTION)
+            return wait_until(lambda: next((box for box in desk.message_boxes() if box.text == QUESTION), None),
+                              QUESTION, limit=5.0)
         except LabError:
             continue
     return box_with(desk, QUESTION)
@@ -190,7 +191,7 @@ def test_yes_starts_the_helper_which_lifts_the_limit_and_the_banner_asks_for_a_r
     assert log[log.index(LAUNCHED):] == [LAUNCHED, "Saved settings", CONFIRMED]
     show_again(blocked)
     wait_for_strip(blocked, RESTART, RED)
-    wait_until(lambda: len(blocked.program_pids()) == 1, 10.0, "the end of the helper")
+    wait_until(lambda: len(blocked.program_pids()) == 1, "the end of the helper")
 
 
 def test_the_limit_is_confirmed_while_the_helper_still_tells_of_it(blocked):
@@ -198,7 +199,7 @@ def test_the_limit_is_confirmed_while_the_helper_still_tells_of_it(blocked):
     blocked.press_button(box_with(blocked, QUESTION), YES)
     box = box_with(blocked, DONE)
     blocked.wait_for_log(CONFIRMED)
-    wait_until(lambda: int(blocked.settings()["GammaFixEpoch"]) > 0, 5.0, "the time of the fix")
+    wait_until(lambda: int(blocked.settings()["GammaFixEpoch"]) > 0, "the time of the fix")
     blocked.press_button(box)
 
 
@@ -245,7 +246,7 @@ def test_with_the_limit_lifted_an_accepted_ramp_ends_the_banner_too(blocked):
     show_again(blocked)
     blocked.choose("DAY")
     blocked.wait_for_log("Legacy ramp accepted again (intensity=0.385 brightness=1.000)")
-    wait_until(lambda: not strip_shows(blocked, RESTART, RED), 5.0, "the end of the banner")
+    wait_until(lambda: not strip_shows(blocked, RESTART, RED), "the end of the banner")
     blocked.click_unit(*STRIP_MIDDLE)
     assert_no_message_box(blocked)
 
@@ -300,7 +301,7 @@ def test_a_helper_that_does_nothing_may_be_started_again_and_a_value_from_elsewh
     assert blocked.settings()["GammaFixEpoch"] == "0"
     blocked.registry_set(ICM_KEY, ICM_VALUE, 1024)
     blocked.wait_for_log(CONFIRMED)
-    wait_until(lambda: int(blocked.settings()["GammaFixEpoch"]) > 0, 5.0, "the time of the fix")
+    wait_until(lambda: int(blocked.settings()["GammaFixEpoch"]) > 0, "the time of the fix")
     show_again(blocked)
     wait_for_strip(blocked, RESTART, RED)
 
@@ -433,7 +434,7 @@ def test_where_windows_forbids_the_change_the_helper_says_so_and_ends_with_1(mak
         file.write("\n[" + ICM_KEY.partition("\\")[2].replace("\\", "\\\\") + "] 1700000000\n#link\n"
                    f'"SymbolicLinkValue"=hex({LINK}):' + ",".join(f"{byte:02x}" for byte in target) + "\n")
     helper = desk.start_program(SWITCH)
-    box = wait_until(desk.message_boxes, 10.0, "the helper's box")[0]
+    box = wait_until(desk.message_boxes, "the helper's box")[0]
     assert (box.title, box.text) == ("Ambrel", NOT_ALLOWED)
     desk.press_button(box)
     assert helper.wait(10) == 1

@@ -84,7 +84,7 @@ def test_the_menu_moves_a_lit_filter_back_to_the_matrix(desk):
     desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
     assert desk.effects() == []
     desk.menu(LEGACY)
-    wait_until(desk.effects, 10.0, "the colour matrix")
+    wait_until(desk.effects, "the colour matrix")
     desk.wait_for_colour(*model.PRESETS["DAY"][:2])
     assert desk.effects()[-1].diagonal == pytest.approx(model.factors(*model.PRESETS["DAY"][:2]), abs=1e-6)
     assert [call.function for call in desk.magnification_calls()].count("MagInitialize") == 1
@@ -127,7 +127,7 @@ def test_a_refused_ramp_leaves_the_screen_and_shows_the_banner(legacy):
     assert not banner_shown(legacy)
     legacy.choose("NIGHT")
     legacy.wait_for_log(REFUSED)
-    wait_until(lambda: banner_shown(legacy), 5.0, "the banner")
+    wait_until(lambda: banner_shown(legacy), "the banner")
     legacy.wait_for_tip("Ambrel - ON (0K, 70%)")
     legacy.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
     assert legacy.message_boxes() == []
@@ -135,11 +135,11 @@ def test_a_refused_ramp_leaves_the_screen_and_shows_the_banner(legacy):
 
 def test_the_banner_goes_when_a_ramp_is_accepted_again(legacy):
     legacy.choose("NIGHT")
-    wait_until(lambda: banner_shown(legacy), 5.0, "the banner")
+    wait_until(lambda: banner_shown(legacy), "the banner")
     legacy.choose("DAY")
     legacy.wait_for_log("Legacy ramp accepted again (intensity=0.385 brightness=1.000)")
     legacy.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
-    wait_until(lambda: not banner_shown(legacy), 5.0, "the end of the banner")
+    wait_until(lambda: not banner_shown(legacy), "the end of the banner")
 
 
 def test_a_series_of_refusals_is_logged_once(legacy):
@@ -164,13 +164,13 @@ def test_every_change_of_fate_is_logged_once(legacy):
 
 def test_refused_ramps_never_show_the_banner_out_of_legacy_mode(legacy):
     legacy.choose("NIGHT")
-    wait_until(lambda: banner_shown(legacy), 5.0, "the banner")
+    wait_until(lambda: banner_shown(legacy), "the banner")
     legacy.menu(LEGACY)
-    wait_until(legacy.effects, 10.0, "the colour matrix")
+    wait_until(legacy.effects, "the colour matrix")
     legacy.wait_for_colour(*model.PRESETS["NIGHT"][:2])
     legacy.show()
     legacy.slide("BRIGHTNESS", 2)  # The menu does not draw the panel anew; a change does.
-    wait_until(lambda: not banner_shown(legacy), 5.0, "the end of the banner")
+    wait_until(lambda: not banner_shown(legacy), "the end of the banner")
     strip = legacy.popup_picture().crop(*BANNER)
     assert any(strip.pixel(x, y) == AMBER for x in range(strip.width) for y in range(strip.height))
 
@@ -181,5 +181,5 @@ def test_a_refusal_is_forgotten_by_the_next_start(legacy):
     legacy.wait_for_saves(1)
     legacy.restart()
     legacy.show()
-    wait_until(lambda: legacy.popup_picture().pixel(5, 5) == (0x19, 0x19, 0x19), 5.0, "the panel")
+    wait_until(lambda: legacy.popup_picture().pixel(5, 5) == (0x19, 0x19, 0x19), "the panel")
     assert not banner_shown(legacy)

@@ -69,7 +69,7 @@ def settled(desk):
         found = picture == last[0] and picture.pixel(3, 3) == HEADER
         last[0] = picture
         return found and picture
-    return wait_until(same, 10.0, "the drawn popup", pause=0.1)
+    return wait_until(same, "the drawn popup", pause=0.1)
 
 
 def light(desk):

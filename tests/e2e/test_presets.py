@@ -5,7 +5,7 @@ import time
 import pytest
 
 import model
-from desk import PRESET_PLACES, wait_until
+from desk import PRESET_PLACES, SAVE_DELAY, act_within, wait_until
 
 
 @pytest.mark.parametrize("name", model.PRESETS)
@@ -42,14 +42,14 @@ def test_a_preset_is_saved_half_a_second_later(desk, name, intensity, brightness
 ])
 def test_the_published_colours_of_the_presets(desk, name, colour):
     desk.choose(name)
-    wait_until(desk.effects, 10.0, "the colour matrix")
+    wait_until(desk.effects, "the colour matrix")
     brightness = model.PRESETS[name].brightness
     assert desk.effects()[0].diagonal == pytest.approx([channel * brightness for channel in colour], abs=5e-5)
 
 
 def test_night_leaves_nothing_but_red(desk):
     desk.choose("NIGHT")
-    wait_until(desk.effects, 10.0, "the colour matrix")
+    wait_until(desk.effects, "the colour matrix")
     red, green, blue = desk.effects()[0].diagonal
     assert red == pytest.approx(0.7, abs=1e-6)
     assert (green, blue) == (0.0, 0.0)
@@ -62,12 +62,14 @@ def test_presets_follow_each_other_and_leave_the_filter_on(desk):
         desk.wait_for_colour(preset.intensity, preset.brightness)
 
 
-def test_three_presets_in_a_row_are_saved_once(desk):
-    desk.show()
-    words = []
-    for name in ("DAY", "NIGHT", "EVENING"):
-        words += ["mousemove", *desk.unit_to_screen(*PRESET_PLACES[name]), "sleep", 0.03, "click", 1]
-    desk.hands.xdotool(*words)
+def test_three_presets_in_a_row_are_saved_once(file_desk):
+    desk = file_desk
+
+    def show():
+        desk.start_fresh().show()
+        places = [desk.unit_to_screen(*PRESET_PLACES[name]) for name in ("DAY", "NIGHT", "EVENING")]
+        return lambda: [desk.input.click(*place) for place in places]
+    act_within(SAVE_DELAY, show)
     desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
     desk.wait_for_saves(1)
     time.sleep(0.8)  # No second save may follow.

@@ -5,7 +5,8 @@ import time
 import pytest
 
 import model
-from desk import SLIDER_X, SLIDER_Y, wait_until
+from ambrel_lab.popup import middle
+from desk import ATTEMPTS, MENU_QUIT, SLIDER_X, SLIDER_Y, wait_for_value
 
 WM_QUERYENDSESSION, WM_ENDSESSION, WM_DISPLAYCHANGE = 0x11, 0x16, 0x7E
 ENDSESSION_CLOSEAPP = 1
@@ -69,25 +70,28 @@ def test_quit_after_leaving_legacy_mode_gives_the_screen_back(file_desk):
     assert desk.screen_is_plain()
 
 
-def quit_at_once(desk, up):
-    """Moves WARMTH, lets it go and quits within half a second; False when that took longer."""
+def quit_at_once(desk, up, menu):
+    """Moves WARMTH, lets it go and quits within half a second; False when that took longer. `menu` is the tray menu as
+    it was before: it opens at the same place again."""
     desk.slide("WARMTH", up, release=False)
     x, y = desk.tray_icon_position()
     saves = desk.saves()
     desk.release()
     desk.click(x, y, 3)
-    menu = wait_until(desk.menu_window, 10.0, "the tray menu")
-    desk.click(*desk.menu_place(menu, "Quit"))
+    wait_for_value(lambda: (window := desk.menu_window()) and window[3:7], menu.window[3:7], "the menu's place")
+    desk.click(*middle(menu.rows[MENU_QUIT]))
     desk.wait_for_exit()
     return desk.saves() == saves
 
 
 def test_quit_within_half_a_second_of_a_release_loses_that_change(desk):
-    for _ in range(5):
-        desk.choose("DAY")
+    menu = desk.open_menu()
+    desk.close_menu()
+    for _ in range(ATTEMPTS):
         saves = desk.saves()
-        wait_until(lambda count=saves: desk.saves() > count, 10.0, "the save of the preset")
-        if quit_at_once(desk, 40):
+        desk.choose("DAY")
+        desk.wait_for_saves(saves + 1)
+        if quit_at_once(desk, 40, menu):
             break
         desk.start()  # A busy machine was too slow for half a second: that run tells nothing.
     else:
@@ -108,8 +112,7 @@ def test_quit_with_a_message_box_open_ends_the_program(file_desk):
     desk = file_desk.start_fresh(effect=(5,))
     desk.choose("DAY")
     desk.wait_for_message_box()
-    desk.menu("Quit")
-    assert desk.wait_for_exit() == 0
+    assert desk.quit() == 0
     assert desk.screen_is_plain()
 
 
@@ -191,8 +194,7 @@ def test_a_crash_loses_no_setting_and_the_next_start_is_clean(lit):
 def test_after_a_crash_there_is_one_icon_again(lit):
     lit.kill_program()
     lit.start()
-    wait_until(lambda: len([icon for icon in lit.tray_icons() if icon.rect.right > icon.rect.left]) == 1, 10.0,
-               "one icon")
+    wait_for_value(lambda: len(lit.tray_icons()), 1, "the number of icons")
 
 
 def test_quit_leaves_no_process_behind(desk):

@@ -5,6 +5,7 @@ import time
 import pytest
 
 import model
+from desk import POWER, SAVE_DELAY, act_within
 
 DEFAULTS = "intensity=0.385 brightness=1.000 extremeDim=0 legacy=0 pwmSafe=0"
 KEYS = ["[Filter]", "Intensity", "Brightness", "[Settings]", "LaunchAtStart", "AllowExtremeDim", "UseLegacyGamma",
@@ -132,10 +133,14 @@ def test_keys_are_found_whatever_their_case_and_order(file_desk):
     assert desk.loaded() == "intensity=0.300 brightness=0.040 extremeDim=1 legacy=0 pwmSafe=0"
 
 
-def test_a_burst_of_clicks_is_saved_once(desk):
-    desk.show()
-    x, y = desk.unit_to_screen(160, 503)
-    desk.hands.xdotool("mousemove", x, y, "click", "--repeat", 5, "--delay", 60, 1)
+def test_a_burst_of_clicks_is_saved_once(file_desk):
+    desk = file_desk
+
+    def show():
+        desk.start_fresh().show()
+        x, y = desk.unit_to_screen(*POWER)
+        return lambda: desk.input.click_repeatedly(x, y, 5, 0.06)
+    act_within(SAVE_DELAY, show)
     desk.wait_for_saves(1)
     time.sleep(0.8)  # No second save may follow.
     assert desk.saves() == 1

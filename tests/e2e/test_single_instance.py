@@ -30,7 +30,7 @@ def test_a_second_start_brings_the_popup_to_the_foreground(desk):
     with desk.other_window():
         assert second_start(desk) == 0
         desk.wait_for_popup()
-        wait_until(desk.popup_is_foreground, 5.0, "the popup in the foreground")
+        desk.wait_for_foreground()
 
 
 def test_a_second_start_writes_no_line_into_the_log(desk):
@@ -84,7 +84,7 @@ def test_second_starts_while_the_first_is_still_starting_end_with_0(desk):
     desk.kill_program()
     desk.write_events(None)
     started = [desk.start_program() for _ in range(3)]
-    wait_until(lambda: sum(child.poll() is None for child in started) == 1, 20.0, "one instance alone")
+    wait_until(lambda: sum(child.poll() is None for child in started) == 1, "one instance alone")
     assert sorted(child.poll() is None for child in started) == [False, False, True]
     assert [child.returncode for child in started if child.returncode is not None] == [0, 0]
     desk.wait_for_icon()

@@ -5,7 +5,7 @@ import time
 import pytest
 
 import model
-from desk import SLIDER_X, SLIDER_Y, wait_until
+from desk import SAVE_DELAY, SLIDER_X, SLIDER_Y, act_within, wait_until
 
 WM_CANCELMODE = 0x1F
 TRACK_TOP, TRACK_BOTTOM = 107, 305
@@ -160,19 +160,16 @@ def test_a_drag_is_saved_once_after_its_release_cut_to_thousandths(calm):
     assert calm.saves() == 2
 
 
-def test_two_drags_in_quick_succession_are_saved_together(calm):
-    calm.hands.xdotool(*one_quick_drag(calm, "WARMTH", 20), *one_quick_drag(calm, "BRIGHTNESS", -30))
-    calm.wait_for_saves(2)
+def test_two_drags_in_quick_succession_are_saved_together(file_desk):
+    def drag_both():
+        file_desk.start_fresh().show()
+        return lambda: (file_desk.slide("WARMTH", 20, steps=1), file_desk.slide("BRIGHTNESS", -30, steps=1))
+    act_within(SAVE_DELAY, drag_both)
+    file_desk.wait_for_saves(1)
     time.sleep(0.8)  # No second save may follow.
-    assert calm.saves() == 2
-    assert calm.settings()["Intensity"] == str(model.per_mille(model.dragged(0.385, 20)))
-    assert calm.settings()["Brightness"] == str(model.per_mille(model.dragged(1.0, -30, 0.1)))
-
-
-def one_quick_drag(desk, slider, up):
-    x, y = desk.unit_to_screen(SLIDER_X[slider], SLIDER_Y)
-    return ["mousemove", x, y, "sleep", 0.03, "mousedown", 1, "sleep", 0.03, "mousemove", x, y - up, "sleep", 0.03,
-            "mouseup", 1]
+    assert file_desk.saves() == 1
+    assert file_desk.settings()["Intensity"] == str(model.per_mille(model.dragged(0.385, 20)))
+    assert file_desk.settings()["Brightness"] == str(model.per_mille(model.dragged(1.0, -30, 0.1)))
 
 
 def test_a_lost_capture_ends_the_drag_and_saves_nothing(calm):
@@ -194,7 +191,7 @@ def test_a_drag_that_starts_beside_the_track_does_nothing(lit):
         lit.drag_unit(x, y, x, y + 40)
         lit.press_power()  # Two clicks that certainly come after the drag.
         lit.press_power()
-        wait_until(lambda count=before: len(lit.effects()) >= count + 2, 10.0, "the two clicks")
+        wait_until(lambda count=before: len(lit.effects()) >= count + 2, "the two clicks")
         lit.wait_for_tip(warmth_tip(0))
         assert len(lit.effects()) == before + 2, f"the drag from {x},{y} did something"
 
@@ -210,7 +207,7 @@ def test_the_track_reaches_from_edge_to_edge(lit):
 def test_the_right_button_drags_nothing(lit):
     x, y = lit.unit_to_screen(80, SLIDER_Y)
     before = len(lit.effects())
-    lit.hands.drag(x, y, x, y - 40, button=3)
+    lit.input.drag(x, y, x, y - 40, button=3)
     lit.press_power()
     lit.wait_for_tip(model.TIP_OFF)
     assert len(lit.effects()) == before + 1
@@ -231,6 +228,6 @@ def test_the_panel_is_drawn_anew_while_the_slider_is_held(lit):
     lit.wait_for_tip(warmth_tip(60))
     # The centre bar of the thumb: two units below the end of the travelled way.
     travelled = int(model.dragged(0.385, 60) * 198)
-    wait_until(lambda: lit.popup_picture().pixel(80, 305 - travelled) == (255, 0, 0), 5.0, "the thumb at its new place")
+    wait_until(lambda: lit.popup_picture().pixel(80, 305 - travelled) == (255, 0, 0), "the thumb at its new place")
     assert before.pixel(80, 305 - travelled) != (255, 0, 0)
     lit.release()

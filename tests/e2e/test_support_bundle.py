@@ -199,7 +199,7 @@ def test_the_whole_text_with_everything_that_can_stand_in_it(lab_desk):
     desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
     desk.choose("NIGHT")
     desk.wait_for_setting("Brightness", "700")
-    wait_until(lambda: desk.log()[-1] == "Saved settings", 5.0, "the line of the last save")
+    wait_until(lambda: desk.log()[-1] == "Saved settings", "the line of the last save")
     log = ["Loaded settings: intensity=0.385 brightness=1.000 extremeDim=1 legacy=1 pwmSafe=0",
            "Gamma range: expanded (GdiIcmGammaRange)",
            "PWM-safe targets: 2 controllable (was 0)",
@@ -277,7 +277,7 @@ def moment(line):
 
 def test_the_uptime_counts_from_the_start_of_the_program(desk):
     started = time.time()
-    wait_until(lambda: time.time() > started + 2.5, 5.0, "a few seconds of the program's life")
+    wait_until(lambda: time.time() > started + 2.5, "a few seconds of the program's life")
     report = copy(desk)
     lines = [line for line in desk.events_text().splitlines() if STAMP.match(line)]
     lived = (moment(lines[-1]) - moment(lines[0])) % 86400

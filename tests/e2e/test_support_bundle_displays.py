@@ -136,7 +136,7 @@ def test_the_mode_is_that_of_now(make_desk):
     desk = make_desk().start_fresh()
     show_settings(desk)
     desk.change_mode(1280, 720)
-    wait_until(lambda: desk.metrics()["height"] == 720, 10.0, "the new mode")
+    wait_until(lambda: desk.metrics()["height"] == 720, "the new mode")
     press_by_message(desk)  # The button is below the smaller screen now.
     assert "\r\n    Mode:          1280x720 @ 60Hz, 32-bit\r\n" in desk.clipboard_text()
 

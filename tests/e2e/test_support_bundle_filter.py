@@ -52,9 +52,9 @@ def choose(desk, *presets):
     """One after the other, each from the main panel and with the save that it leads to."""
     for preset in presets:
         desk.show()
-        if wait_until(lambda: panel_of(desk), 5.0, "a panel") == "settings":
+        if wait_until(lambda: panel_of(desk), "a panel") == "settings":
             desk.close_settings()
-            wait_until(lambda: panel_of(desk) == "main", 5.0, "the main panel")
+            wait_until(lambda: panel_of(desk) == "main", "the main panel")
         desk.choose(preset)
         desk.wait_for_setting("Intensity", str(model.per_mille(model.PRESETS[preset].intensity)))
 

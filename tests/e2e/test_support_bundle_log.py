@@ -68,7 +68,7 @@ def test_the_line_that_tells_of_a_copy_stands_in_the_next_report_only(desk):
 def test_a_copy_that_failed_stands_in_the_next_report(desk):
     with desk.clipboard_held():
         press(desk)
-        wait_until(lambda: failures(desk) == 1, 5.0, "the line of the failure")
+        wait_until(lambda: failures(desk) == 1, "the line of the failure")
     assert messages(ring_of(copy(desk)))[-1] == "Support bundle copy failed"
 
 
@@ -79,7 +79,7 @@ def fill_ring(desk, lines):
     saves = desk.saves()
     for _ in range(lines):
         desk.post_message(WM_LBUTTONDOWN, 1, x | y << 16)
-    wait_until(lambda: desk.saves() == saves + lines, 60.0, "the clicks to be worked off")
+    wait_until(lambda: desk.saves() == saves + lines, "the clicks to be worked off")
 
 
 def test_a_full_ring_holds_the_500_most_recent_lines(desk):

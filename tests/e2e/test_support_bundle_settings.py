@@ -174,4 +174,4 @@ def test_the_settings_file_of_a_user_of_another_language_is_told_as_it_is(make_d
     desk.start()
     report = copy_untold(desk)
     assert report.section("SETTINGS")[-1] == f"Settings file:    {folder}\\Ambrel2\\settings.ini"
-    wait_until((desk.prefix.path(folder) / "Ambrel2" / "events.log").exists, 5.0, "the log beside it")
+    wait_until((desk.prefix.path(folder) / "Ambrel2" / "events.log").exists, "the log beside it")

@@ -2,7 +2,16 @@
 
 #include "../../tools/tool.h"
 
-// What the checking program can be told. Each command prints lines and returns a ToolResult.
+struct CheckCommand {
+    const wchar_t* name;
+    size_t argumentCount;  // The fewest arguments it takes.
+    int (*run)(const Arguments& arguments);
+};
+
+// Prints one row of an answer: a line with a JSON array.
+void PrintRow(const std::vector<Json>& values);
+
+// What the checking program can be told. Each command prints rows and returns a ToolResult.
 
 // monitors: what dxva2.dll says of every monitor of the first display monitor, handles destroyed at the end.
 int ListMonitors(const Arguments& arguments);

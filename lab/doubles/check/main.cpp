@@ -1,6 +1,6 @@
 // A client of both doubles through Windows' own interfaces, as simple as it can be, for checking them. It
-// reads one command a line (fields separated by tabs) and ends each answer with a line of the character 4 and
-// how many timer messages were dispatched during the command.
+// reads one command per line, a JSON array of its name and its arguments, and ends the rows of each answer
+// with the number of timer messages that were dispatched during the command.
 #include <fcntl.h>
 #include <io.h>
 
@@ -12,7 +12,7 @@ namespace {
 
 constexpr UINT kTimerPeriod = 20;
 
-const Command kCommands[] = {
+const CheckCommand kCommands[] = {
     {L"monitors", 0, ListMonitors}, {L"monitor-set", 2, SetMonitor}, {L"monitor-misuse", 0, MisuseMonitors},
     {L"panels", 0, ListPanels},     {L"panel-set", 2, SetPanel},     {L"panel-misuse", 1, MisusePanels},
 };
@@ -24,26 +24,26 @@ void CALLBACK OnTimer(HWND, UINT, UINT_PTR, DWORD) {
 }
 
 void Run(const std::wstring& line) {
-    Arguments fields;
-    size_t start = 0;
-    for (size_t tab = line.find(L'\t'); tab != std::wstring::npos; tab = line.find(L'\t', start)) {
-        fields.push_back(Unescape(line.substr(start, tab - start)));
-        start = tab + 1;
+    Arguments words;
+    if (!ReadJsonStrings(line, words)) {
+        return;
     }
-    fields.push_back(Unescape(line.substr(start)));
-    const std::wstring name = fields.front();
-    fields.erase(fields.begin());
+    const Arguments arguments(words.begin() + 1, words.end());
     g_timerMessages = 0;
-    for (const Command& command : kCommands) {
-        if (name == command.name && fields.size() >= command.argumentCount) {
-            command.run(fields);
+    for (const CheckCommand& command : kCommands) {
+        if (words.front() == command.name && arguments.size() >= command.argumentCount) {
+            command.run(arguments);
         }
     }
-    Print(L"\x4%d\n", g_timerMessages);
+    PrintBytes(Json(g_timerMessages).text + "\n");
     FlushOutput();
 }
 
 }  // namespace
+
+void PrintRow(const std::vector<Json>& values) {
+    PrintBytes(JsonArray(values).text + "\n");
+}
 
 int main() {
     _setmode(_fileno(stdin), _O_BINARY);

@@ -1,6 +1,8 @@
 #include <highlevelmonitorconfigurationapi.h>
 #include <physicalmonitorenumerationapi.h>
 
+#include <cstring>
+
 #include "check.h"
 
 namespace {
@@ -20,7 +22,7 @@ void Find(HMODULE module, const char* name, Function& function) {
     void* const address = module ? reinterpret_cast<void*>(GetProcAddress(module, name)) : nullptr;
     function = reinterpret_cast<Function>(address);
     if (!function) {
-        Print(L"lacks\t%hs\n", name);
+        PrintRow({L"lacks", std::wstring(name, name + std::strlen(name))});
     }
 }
 
@@ -53,7 +55,7 @@ bool Fetch(std::vector<PHYSICAL_MONITOR>& monitors) {
     const HMONITOR display = MonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY);
     DWORD count = 0;
     if (!Loaded().count(display, &count)) {
-        Print(L"count\t%lu\n", GetLastError());
+        PrintRow({L"count", GetLastError()});
         return false;
     }
     if (count == 0) {
@@ -61,7 +63,7 @@ bool Fetch(std::vector<PHYSICAL_MONITOR>& monitors) {
     }
     monitors.assign(count, PHYSICAL_MONITOR{});
     if (!Loaded().fetch(display, count, monitors.data())) {
-        Print(L"fetch\t%lu\n", GetLastError());
+        PrintRow({L"fetch", GetLastError()});
         return false;
     }
     return true;
@@ -89,9 +91,8 @@ int ListMonitors(const Arguments&) {
         DWORD maximum = 0;
         const DWORD asked = Loaded().capabilities(handle, &capabilities, &temperatures) ? 0 : GetLastError();
         const DWORD read = Loaded().read(handle, &minimum, &current, &maximum) ? 0 : GetLastError();
-        Print(L"%ls\t%llu\t%lu\t%lu\t%lu\t%lu\t%lu\t%lu\n", Escape(description).c_str(),
-              static_cast<unsigned long long>(reinterpret_cast<UINT_PTR>(handle)), asked, capabilities, read,
-              minimum, current, maximum);
+        PrintRow({description, reinterpret_cast<UINT_PTR>(handle), asked, capabilities, read, minimum,
+                  current, maximum});
     }
     Destroy(monitors);
     return kToolOk;
@@ -106,7 +107,7 @@ int SetMonitor(const Arguments& arguments) {
     if (index < monitors.size()) {
         const HANDLE handle = monitors[index].hPhysicalMonitor;
         const BOOL set = Loaded().set(handle, static_cast<DWORD>(Number(arguments[1])));
-        Print(L"%lu\n", set ? 0 : GetLastError());
+        PrintRow({set ? 0 : GetLastError()});
     }
     Destroy(monitors);
     return kToolOk;
@@ -123,7 +124,7 @@ int MisuseMonitors(const Arguments& arguments) {
         const BOOL set = Loaded().set(handle, 1);
         const DWORD error = GetLastError();
         const BOOL destroyed = Loaded().destroyOne(handle);
-        Print(L"%d\t%lu\t%d\n", set, error, destroyed);
+        PrintRow({set, error, destroyed});
     }
     return kToolOk;
 }

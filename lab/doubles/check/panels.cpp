@@ -23,10 +23,16 @@ struct Owned {
     Interface* it = nullptr;
 };
 
+std::wstring HexText(HRESULT result) {
+    wchar_t text[16] = {};
+    wsprintfW(text, L"0x%08lx", static_cast<unsigned long>(result));
+    return text;
+}
+
 // Names the step when it failed.
 bool Works(const wchar_t* step, HRESULT result) {
     if (FAILED(result)) {
-        Print(L"%ls\t0x%08lx\n", step, static_cast<unsigned long>(result));
+        PrintRow({step, HexText(result)});
     }
     return SUCCEEDED(result);
 }
@@ -35,7 +41,7 @@ bool Works(const wchar_t* step, HRESULT result) {
 template <typename Interface>
 bool Works(const wchar_t* step, HRESULT result, const Owned<Interface>& handedOut) {
     if (SUCCEEDED(result) && !handedOut.it) {
-        Print(L"%ls\t0x%08lx\n", step, static_cast<unsigned long>(result));
+        PrintRow({step, HexText(result)});
         return false;
     }
     return Works(step, result);
@@ -68,7 +74,7 @@ bool Connect(Connection& connection) {
         SUCCEEDED(CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT,
                                        RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE, nullptr));
     if (!ready) {
-        Print(L"COM\n");
+        PrintRow({L"COM"});
         return false;
     }
     HRESULT result = CoCreateInstance(CLSID_WbemLocator, nullptr, CLSCTX_INPROC_SERVER, IID_IWbemLocator,
@@ -101,15 +107,15 @@ bool Next(const Owned<IEnumWbemClassObject>& found, Owned<IWbemClassObject>& obj
     return Works(L"end", result, object) && returned == 1;
 }
 
-void PrintValue(const VARIANT& value) {
+Json JsonValue(const VARIANT& value) {
     switch (V_VT(&value)) {
-        case VT_BSTR: Print(L"\t%ls", V_BSTR(&value) ? Escape(V_BSTR(&value)).c_str() : L"(null)"); break;
-        case VT_I2: Print(L"\t%d", V_I2(&value)); break;
-        case VT_I4: Print(L"\t%ld", V_I4(&value)); break;
-        case VT_UI1: Print(L"\t%u", V_UI1(&value)); break;
-        case VT_UI2: Print(L"\t%u", V_UI2(&value)); break;
-        case VT_UI4: Print(L"\t%lu", V_UI4(&value)); break;
-        default: Print(L"\t"); break;
+        case VT_BSTR: return V_BSTR(&value) ? V_BSTR(&value) : L"(null)";
+        case VT_I2: return V_I2(&value);
+        case VT_I4: return V_I4(&value);
+        case VT_UI1: return V_UI1(&value);
+        case VT_UI2: return V_UI2(&value);
+        case VT_UI4: return V_UI4(&value);
+        default: return L"";
     }
 }
 
@@ -155,11 +161,9 @@ int ListPanels(const Arguments&) {
         Value brightness;
         const HRESULT named = object.it->Get(L"InstanceName", 0, &name.it, nullptr, nullptr);
         const HRESULT read = object.it->Get(L"CurrentBrightness", 0, &brightness.it, nullptr, nullptr);
-        Print(L"panel\t%d\t%d\t%d\t%d", SUCCEEDED(named), V_VT(&name.it), SUCCEEDED(read),
-              V_VT(&brightness.it));
-        PrintValue(name.it);
-        PrintValue(brightness.it);
-        Print(L"\n");
+        PrintRow({L"panel", static_cast<int>(SUCCEEDED(named)), V_VT(&name.it),
+                  static_cast<int>(SUCCEEDED(read)), V_VT(&brightness.it), JsonValue(name.it),
+                  JsonValue(brightness.it)});
     }
 }
 
@@ -182,7 +186,7 @@ int SetPanel(const Arguments& arguments) {
             V_VT(&path.it) == VT_BSTR) {
             const bool set =
                 SetThrough(connection, V_BSTR(&path.it), static_cast<BYTE>(Number(arguments[1])));
-            Print(set ? L"set\n" : L"not set\n");
+            PrintRow({set ? L"set" : L"not set"});
             return kToolOk;
         }
     }

@@ -1,0 +1,38 @@
+"""What a failure leaves behind: how the screen looked, which windows there were, and what everybody wrote."""
+
+import shutil
+
+from .places import LabError
+
+
+def save_evidence(lab, folder):
+    """Writes into `folder` whatever of this can still be had: screen.png (without the gamma ramp), eye.png (with it),
+    windows.txt, events.log, settings.ini, wine.log, xorg.log, and why the rest could not."""
+    folder.mkdir(parents=True, exist_ok=True)
+    missing = []
+
+    def attempt(what, act):
+        try:
+            act()
+        except (LabError, OSError, AttributeError, ValueError) as error:
+            missing.append(f"{what}: {error}")
+
+    attempt("screen", lambda: lab.screenshot(folder / "screen.png"))
+    attempt("eye", lambda: lab.eye_picture(folder / "eye.png"))
+    attempt("windows", lambda: (folder / "windows.txt").write_text(describe_windows(lab)))
+    for name, path in (("events.log", lambda: lab.events_path), ("settings.ini", lambda: lab.settings_path),
+                       ("wine.log", lambda: lab.folder / "wine.log"), ("xorg.log", lambda: lab.folder / "xorg.log"),
+                       ("xorg.out", lambda: lab.folder / "xorg.out")):
+        attempt(name, lambda: shutil.copyfile(path(), folder / name))
+    if missing:
+        (folder / "missing.txt").write_text("\n".join(missing) + "\n")
+
+
+def describe_windows(lab):
+    """The windows from the topmost down, the program's own window, the icons and the program's processes."""
+    if not lab.desktop.started():
+        return "the desktop has not been started\n"
+    lines = [repr(window) for window in lab.windows()]
+    lines += [f"popup: {lab.window_facts()}", f"icons: {lab.tray_icons()}",
+              f"boxes: {lab.message_boxes()}", f"program: {lab.program_pids()}"]
+    return "\n".join(lines) + "\n"

@@ -1,0 +1,116 @@
+#include "json.h"
+
+#include <cwchar>
+
+#include "tool.h"
+
+namespace {
+
+constexpr wchar_t kFirstPrintable = L' ';
+
+std::wstring Quote(const std::wstring& value) {
+    std::wstring quoted = L"\"";
+    for (const wchar_t letter : value) {
+        if (letter == L'"' || letter == L'\\') {
+            quoted += L'\\';
+            quoted += letter;
+        } else if (letter < kFirstPrintable) {
+            wchar_t code[8] = {};
+            std::swprintf(code, std::size(code), L"\\u%04x", static_cast<unsigned>(letter));
+            quoted += code;
+        } else {
+            quoted += letter;
+        }
+    }
+    return quoted + L'"';
+}
+
+void SkipSpaces(const std::wstring& text, size_t& place) {
+    while (place < text.size() && text[place] == L' ') {
+        ++place;
+    }
+}
+
+bool Take(const std::wstring& text, size_t& place, wchar_t letter) {
+    SkipSpaces(text, place);
+    if (place >= text.size() || text[place] != letter) {
+        return false;
+    }
+    ++place;
+    return true;
+}
+
+// The letter that the escape sequence after a backslash stands for.
+wchar_t ReadEscape(const std::wstring& text, size_t& place) {
+    const wchar_t letter = text[place++];
+    switch (letter) {
+        case L'b': return L'\b';
+        case L'f': return L'\f';
+        case L'n': return L'\n';
+        case L'r': return L'\r';
+        case L't': return L'\t';
+        case L'u': {
+            const std::wstring code = text.substr(place, 4);
+            place += code.size();
+            return static_cast<wchar_t>(std::wcstoul(code.c_str(), nullptr, 16));
+        }
+        default: return letter;
+    }
+}
+
+bool ReadString(const std::wstring& text, size_t& place, std::wstring& value) {
+    if (!Take(text, place, L'"')) {
+        return false;
+    }
+    while (place < text.size() && text[place] != L'"') {
+        const wchar_t letter = text[place++];
+        if (letter == L'\\' && place < text.size()) {
+            value += ReadEscape(text, place);
+        } else {
+            value += letter;
+        }
+    }
+    return Take(text, place, L'"');
+}
+
+}  // namespace
+
+Json::Json(const std::wstring& value) : text(ToUtf8(Quote(value))) {}
+
+Json::Json(const wchar_t* value) : Json(std::wstring(value)) {}
+
+Json JsonObject(const std::vector<JsonField>& fields) {
+    Json object;
+    object.text = "{";
+    for (const JsonField& field : fields) {
+        object.text += (object.text.size() > 1 ? ",\"" : "\"") + std::string(field.name) + "\":";
+        object.text += field.value.text;
+    }
+    object.text += '}';
+    return object;
+}
+
+Json JsonArray(const std::vector<Json>& values) {
+    Json array;
+    array.text = "[";
+    for (const Json& value : values) {
+        array.text += (array.text.size() > 1 ? "," : "") + value.text;
+    }
+    array.text += ']';
+    return array;
+}
+
+bool ReadJsonStrings(const std::wstring& text, std::vector<std::wstring>& strings) {
+    size_t place = 0;
+    if (!Take(text, place, L'[')) {
+        return false;
+    }
+    do {
+        std::wstring value;
+        if (!ReadString(text, place, value)) {
+            return false;
+        }
+        strings.push_back(value);
+    } while (Take(text, place, L','));
+    return Take(text, place, L']');
+}
