@@ -122,8 +122,7 @@ class PopupActions:
         """Waits for the popup to be shown or hidden and returns its Rect, which has come to rest."""
         wait_until(lambda: self.popup_visible() == visible, f"the popup to be visible={visible}", limit,
                    seen=lambda: (self.window_facts(), self.windows()))
-        if visible:
-            self._window_that_was_shown = self.window_facts()["handle"]
+        self._window_that_was_shown = (self.window_facts() or {}).get("handle")
         return wait_until_settled(self.popup_rect, "the popup's rectangle", pause=0.002)
 
     def open_popup(self):

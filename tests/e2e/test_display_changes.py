@@ -5,7 +5,7 @@ import time
 import pytest
 
 import model
-from desk import POWER, SLIDER_X, SLIDER_Y, act_within, wait_until
+from desk import POWER, REOPEN_GUARD, SLIDER_X, SLIDER_Y, act_within, wait_until
 from image import is_at_its_own_base, place_of_a_rectangle
 
 WM_DISPLAYCHANGE, WM_POWERBROADCAST, WM_DPICHANGED, WM_CLOSE = 0x7E, 0x218, 0x2E0, 0x10
@@ -161,6 +161,7 @@ def test_after_a_change_of_resolution_the_popup_opens_in_the_new_corner(lit, ful
     lit.post_message(WM_CLOSE)
     lit.wait_for_popup(False)
     wait_for_applies(lit, 2)
+    time.sleep(2 * REOPEN_GUARD)
     # Wine's taskbar moves its icons but not what it tells of their places.
     lit.click(1280 - 10, 720 - 10)
     rect = lit.wait_for_popup()
@@ -186,6 +187,7 @@ def test_the_resolution_changes_while_a_slider_is_held(lit, full_size):
     assert lit.effects()[-1].diagonal == pytest.approx(model.factors(saved, 1.0), abs=0.004)
     lit.post_message(WM_CLOSE)
     lit.wait_for_popup(False)
+    time.sleep(2 * REOPEN_GUARD)
     lit.click(1280 - 10, 720 - 10)
     lit.wait_for_popup()
     # Wine does not move the work area's lower edge, so only the popup's upper part can be reached.
