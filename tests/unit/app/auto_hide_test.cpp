@@ -7,7 +7,9 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
-void HidePopup() {
+AMBREL_USES_SEAMS(recorded_timers);
+
+AMBREL_REPLACE(void, HidePopup, ()) {
     Record("hide popup");
 }
 

@@ -1,4 +1,5 @@
 #include "app/display_events.h"
+#include "app/recorded_pwm_safe.h"
 
 #include <gtest/gtest.h>
 
@@ -7,14 +8,17 @@
 #include "filter/filter.h"
 #include "filter/magnification.h"
 #include "support/call_record.h"
+#include "support/seam.h"
 
-void InitMagnification() {
+AMBREL_USES_SEAMS(recorded_timers);
+
+AMBREL_REPLACE(void, InitMagnification, ()) {
     Record("init magnification");
 }
-void ApplyFilter() {
+AMBREL_REPLACE(void, ApplyFilter, ()) {
     Record("apply filter");
 }
-void RefreshPopupAndTray() {
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
 }
 

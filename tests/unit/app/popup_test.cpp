@@ -9,6 +9,8 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
+AMBREL_USES_SEAMS(recorded_timers);
+
 namespace {
 
 HWND const kWindow = MakeHandle<HWND>(500);
@@ -24,12 +26,12 @@ bool g_windowTells = true;
 
 }  // namespace
 
-bool BringToForeground(HWND window) {
+AMBREL_REPLACE(bool, BringToForeground, (HWND window)) {
     Record("bring to foreground ", ValueOf(window), g_app.popupShown ? " shown" : "");
     return g_foregroundGranted;
 }
 
-void UpdateDpiForMonitor(HWND window, HMONITOR monitor) {
+AMBREL_REPLACE(void, UpdateDpiForMonitor, (HWND window, HMONITOR monitor)) {
     Record("update dpi ", ValueOf(window), " ", ValueOf(monitor));
     g_app.dpi = g_monitorDpi;
 }

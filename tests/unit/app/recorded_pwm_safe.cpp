@@ -5,6 +5,9 @@
 #include "app/state/app_state.h"
 #include "brightness/pwm_safe.h"
 #include "support/call_record.h"
+#include "support/seam.h"
+
+AMBREL_SEAM_SET(recorded_pwm_safe);
 
 void (*g_whileDisplaysAnswer)() = nullptr;
 
@@ -16,35 +19,35 @@ const char* Moment() {
 
 }  // namespace
 
-void AssertPwmSafeLock(bool byUser) {
+AMBREL_REPLACE(void, AssertPwmSafeLock, (bool byUser)) {
     Record("pwm assert", byUser ? " by user" : "");
 }
-void RefreshPwmSafeTargets(bool fromTimer) {
+AMBREL_REPLACE(void, RefreshPwmSafeTargets, (bool fromTimer)) {
     Record("pwm refresh", fromTimer ? " from timer" : "");
     // What is dispatched may look at the displays in its turn.
     if (const auto dispatch = std::exchange(g_whileDisplaysAnswer, nullptr)) dispatch();
 }
-void VerifyPwmLock() {
+AMBREL_REPLACE(void, VerifyPwmLock, ()) {
     Record("pwm verify");
 }
-void ReleasePwmSafeLock() {
+AMBREL_REPLACE(void, ReleasePwmSafeLock, ()) {
     Record("pwm release", Moment());
 }
-void ReleasePwmSafeLockAtSessionEnd() {
+AMBREL_REPLACE(void, ReleasePwmSafeLockAtSessionEnd, ()) {
     Record("pwm release for the session", Moment());
 }
-void SchedulePwmSafePoll() {
+AMBREL_REPLACE(void, SchedulePwmSafePoll, ()) {
     Record("pwm schedule");
 }
-void TogglePwmSafeByUser() {
+AMBREL_REPLACE(void, TogglePwmSafeByUser, ()) {
     Record("pwm toggle");
 }
-void RestorePwmSafeFromSettings() {
+AMBREL_REPLACE(void, RestorePwmSafeFromSettings, ()) {
     Record("pwm restore for ", ValueOf(g_app.mainWindow));
 }
-void ReassertPwmSafeAfterChange() {
+AMBREL_REPLACE(void, ReassertPwmSafeAfterChange, ()) {
     Record("pwm reassert");
 }
-void PerformWaitingPwmSafeWork() {
+AMBREL_REPLACE(void, PerformWaitingPwmSafeWork, ()) {
     Record("pwm waiting work");
 }

@@ -14,6 +14,8 @@
 #include "support/seam.h"
 #include "ui/popup_input.h"
 
+AMBREL_USES_SEAMS(recorded_timers);
+
 namespace {
 
 HWND const kWindow = MakeHandle<HWND>(500);
@@ -23,7 +25,7 @@ HCURSOR const kTinted = MakeHandle<HCURSOR>(71);
 
 }  // namespace
 
-HCURSOR BuildTintedCursor(HCURSOR, const TintTables&) {
+AMBREL_REPLACE(HCURSOR, BuildTintedCursor, (HCURSOR, const TintTables&)) {
     return kTinted;
 }
 
@@ -193,14 +195,14 @@ AMBREL_SEAM(GetIconInfo, FakeGetIconInfo);
 AMBREL_SEAM(SetSystemCursor, FakeSetSystemCursor);
 AMBREL_SEAM(DestroyCursor, FakeDestroyCursor);
 AMBREL_SEAM(SystemParametersInfoW, FakeSystemParametersInfoW);
-void EnumerateTargets(DisplayTargetList* list) {
+AMBREL_REPLACE(void, EnumerateTargets, (DisplayTargetList * list)) {
     for (const DisplayTarget& display : g_displays) {
         list->push_back(display);
         Dispatch(&g_whileListing);
     }
 }
 
-void CountTargets(const DisplayTargetList& list) {
+AMBREL_REPLACE(void, CountTargets, (const DisplayTargetList& list)) {
     g_app.pwmTargetsPresent = !list.empty();
     g_app.pwmTargetCount = static_cast<std::int32_t>(list.size());
     g_app.pwmTargetsAt100 = 0;
@@ -208,14 +210,14 @@ void CountTargets(const DisplayTargetList& list) {
         g_app.pwmTargetsAt100 += display.percent == 100 ? 1 : 0;
 }
 
-bool SetTargetBrightness(const DisplayTarget& target, std::uint32_t percent) {
+AMBREL_REPLACE(bool, SetTargetBrightness, (const DisplayTarget& target, std::uint32_t percent)) {
     Record("set ", Narrow(target.name), " ", percent);
     Show(target.name, percent);
     Dispatch(&g_whileSetting);
     return true;
 }
 
-void SaveSettings() {
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save settings with the mode ", g_app.pwmSafe ? "on" : "off");
 }
 

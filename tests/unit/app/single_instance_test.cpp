@@ -57,9 +57,7 @@ BOOL WINAPI FakeCloseHandle(HANDLE handle) {
         Record("close ", ValueOf(handle));
         return TRUE;
     }
-    const auto real = reinterpret_cast<decltype(&CloseHandle)>(
-        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "CloseHandle"));
-    return real(handle);
+    return Real(&CloseHandle)(handle);
 }
 
 class SingleInstance : public testing::Test {

@@ -3,6 +3,10 @@
 #include "app/startup_fakes.h"
 #include "app/state/app_state.h"
 #include "support/fake_libraries.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_log_file);
 
 namespace {
 

@@ -8,6 +8,7 @@
 #include "app/startup.h"
 #include "app/state/app_state.h"
 #include "app/window_proc.h"
+#include "diag/system_probe.h"
 #include "filter/cursor_tint.h"
 #include "filter/gamma_range.h"
 #include "filter/gamma_range_helper.h"
@@ -20,52 +21,55 @@
 #include <objbase.h>
 #include <shellscalingapi.h>
 
+AMBREL_SEAM_SET(startup_fakes);
+AMBREL_USES_SEAMS(recorded_timers);
+
 FakeSystem g_system;
 
-OsInfo ReadOsInfo() {
+AMBREL_REPLACE(OsInfo, ReadOsInfo, ()) {
     return g_system.os;
 }
-std::wstring ReadHardwareName() {
+AMBREL_REPLACE(std::wstring, ReadHardwareName, ()) {
     return g_system.hardware;
 }
-std::wstring ReadCpuName() {
+AMBREL_REPLACE(std::wstring, ReadCpuName, ()) {
     return g_system.processor;
 }
-void LoadSettings() {
+AMBREL_REPLACE(void, LoadSettings, ()) {
     Record("load settings");
     g_app.settingsPath = g_system.settingsPath;
 }
-void SaveSettings() {
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save settings");
 }
-bool IsGammaRangeExpanded() {
+AMBREL_REPLACE(bool, IsGammaRangeExpanded, ()) {
     Record("read gamma range");
     return g_system.gammaRangeExpanded;
 }
-int RunGammaRangeHelper() {
+AMBREL_REPLACE(int, RunGammaRangeHelper, ()) {
     Record("helper");
     return g_system.helperExitCode;
 }
-void RepairAutostartEntry() {
+AMBREL_REPLACE(void, RepairAutostartEntry, ()) {
     Record("repair autostart entry");
 }
-void ResetSystemCursors() {
+AMBREL_REPLACE(void, ResetSystemCursors, ()) {
     Record("reset cursors");
 }
-void InitMagnification() {
+AMBREL_REPLACE(void, InitMagnification, ()) {
     Record("init magnification");
 }
-bool AddTrayIcon() {
+AMBREL_REPLACE(bool, AddTrayIcon, ()) {
     Record("add tray icon");
     return g_system.trayAccepts;
 }
-void UpdateTrayIcon() {
+AMBREL_REPLACE(void, UpdateTrayIcon, ()) {
     Record("update tray icon");
 }
-void RemoveTrayIcon() {
+AMBREL_REPLACE(void, RemoveTrayIcon, ()) {
     Record("remove tray icon");
 }
-LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM, LPARAM) {
+AMBREL_REPLACE(LRESULT CALLBACK, MainWindowProc, (HWND window, UINT message, WPARAM, LPARAM)) {
     Record("window procedure ", message);
     if (message == WM_CREATE) g_app.mainWindow = window;
     return 0;

@@ -7,7 +7,10 @@
 
 #include "diag/system_probe.h"
 #include "support/call_record.h"
+#include "support/seam.h"
 #include "win32/platform.h"
+
+AMBREL_USES_SEAMS(startup_fakes);
 
 constexpr HRESULT kAwarenessSetAlready = static_cast<HRESULT>(0x80070005);
 

@@ -2,6 +2,10 @@
 
 #include "app/startup_fakes.h"
 #include "app/state/app_state.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_log_file);
 
 namespace {
 

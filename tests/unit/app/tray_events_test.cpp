@@ -10,6 +10,9 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
+AMBREL_USES_SEAMS(recorded_timers);
+AMBREL_USES_SEAMS(recorded_log);
+
 namespace {
 
 bool g_shellAccepts = false;
@@ -48,22 +51,22 @@ AMBREL_SEAM(PostMessageW, FakePostMessage);
 AMBREL_SEAM(IsWindowVisible, FakeIsWindowVisible);
 AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
 
-void ShowPopup() {
+AMBREL_REPLACE(void, ShowPopup, ()) {
     Record("show popup");
 }
-void HidePopup() {
+AMBREL_REPLACE(void, HidePopup, ()) {
     Record("hide popup");
 }
-bool AddTrayIcon() {
+AMBREL_REPLACE(bool, AddTrayIcon, ()) {
     g_adds += 1;
     Record("add icon");
     if (const auto dispatch = std::exchange(g_whileTheShellAnswers, nullptr)) dispatch();
     return g_shellAccepts || (g_shellAcceptsFrom != 0 && g_adds >= g_shellAcceptsFrom);
 }
-void UpdateTrayIcon() {
+AMBREL_REPLACE(void, UpdateTrayIcon, ()) {
     Record("update icon");
 }
-void RemoveTrayIcon() {
+AMBREL_REPLACE(void, RemoveTrayIcon, ()) {
     Record("remove icon");
 }
 

@@ -13,27 +13,27 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
-void ToggleLegacyMode() {
+AMBREL_REPLACE(void, ToggleLegacyMode, ()) {
     Record("toggle legacy mode", g_app.menuTracking ? " while tracking" : "");
 }
-void SetAutostart(bool on) {
+AMBREL_REPLACE(void, SetAutostart, (bool on)) {
     Record("set autostart ", on ? "on" : "off", g_app.menuTracking ? " while tracking" : "");
     g_app.launchAtStart = on;
 }
-void SaveSettings() {
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save settings");
 }
-void RefreshPopupAndTray() {
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
 }
-bool AddTrayIcon() {
+AMBREL_REPLACE(bool, AddTrayIcon, ()) {
     Record("add icon");
     return true;
 }
-void UpdateTrayIcon() {
+AMBREL_REPLACE(void, UpdateTrayIcon, ()) {
     Record("update icon");
 }
-void RemoveTrayIcon() {
+AMBREL_REPLACE(void, RemoveTrayIcon, ()) {
     Record("remove icon");
 }
 
@@ -44,10 +44,10 @@ bool g_sliderHeld = false;
 
 }  // namespace
 
-void HandlePendingPopupInput() {
+AMBREL_REPLACE(void, HandlePendingPopupInput, ()) {
     if (const auto handle = std::exchange(g_pendingInput, nullptr)) handle();
 }
-bool IsSliderHeld() {
+AMBREL_REPLACE(bool, IsSliderHeld, ()) {
     return g_sliderHeld;
 }
 

@@ -1,4 +1,5 @@
 #include "app/window_lifetime.h"
+#include "app/recorded_pwm_safe.h"
 
 #include <gtest/gtest.h>
 
@@ -12,26 +13,28 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
+AMBREL_USES_SEAMS(recorded_timers);
+
 // Before the end is known, a handler that is still running could tint the cursors again.
-void ReleaseCursorCopies() {
+AMBREL_REPLACE(void, ReleaseCursorCopies, ()) {
     Record(g_app.ending ? "release cursor copies" : "release cursor copies too early");
 }
-void TintSystemCursors() {
+AMBREL_REPLACE(void, TintSystemCursors, ()) {
     Record("tint cursors");
 }
-void RestoreSystemCursors() {
+AMBREL_REPLACE(void, RestoreSystemCursors, ()) {
     Record("restore cursors");
 }
-void ResetSystemCursors() {
+AMBREL_REPLACE(void, ResetSystemCursors, ()) {
     Record("reset cursors");
 }
-void RestoreIdentityRamp() {
+AMBREL_REPLACE(void, RestoreIdentityRamp, ()) {
     Record("identity ramp");
 }
-void ShutdownMagnification() {
+AMBREL_REPLACE(void, ShutdownMagnification, ()) {
     Record("shut magnification down");
 }
-void SaveSettings() {
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save settings");
 }
 
@@ -81,9 +84,7 @@ BOOL WINAPI FakeCloseHandle(HANDLE handle) {
         Record("close mutex");
         return TRUE;
     }
-    const auto real = reinterpret_cast<decltype(&CloseHandle)>(
-        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "CloseHandle"));
-    return real(handle);
+    return Real(&CloseHandle)(handle);
 }
 
 void WINAPI FakePostQuitMessage(int exitCode) {

@@ -1,4 +1,5 @@
 #include "app/window_proc.h"
+#include "app/recorded_pwm_safe.h"
 
 #include <gtest/gtest.h>
 
@@ -17,77 +18,79 @@
 #include "ui/popup_input.h"
 #include "ui/popup_painter.h"
 
+AMBREL_USES_SEAMS(recorded_timers);
+
 // Every handler is replaced: what is tested is who is called, with what, and what is answered.
-void ShowLegacyNotice() {
+AMBREL_REPLACE(void, ShowLegacyNotice, ()) {
     Record("legacy notice");
 }
-void ShowMagnificationError(int error) {
+AMBREL_REPLACE(void, ShowMagnificationError, (int error)) {
     Record("magnification error ", error);
 }
-void ShowPopup() {
+AMBREL_REPLACE(void, ShowPopup, ()) {
     Record("show popup");
 }
-void HidePopup() {
+AMBREL_REPLACE(void, HidePopup, ()) {
     Record("hide popup");
 }
-void OnPowerBroadcast(WPARAM event) {
+AMBREL_REPLACE(void, OnPowerBroadcast, (WPARAM event)) {
     Record("power ", event);
 }
-void OnDisplayChange() {
+AMBREL_REPLACE(void, OnDisplayChange, ()) {
     Record("display change");
 }
-void OnDpiChanged(UINT dpi, const RECT* suggested) {
+AMBREL_REPLACE(void, OnDpiChanged, (UINT dpi, const RECT* suggested)) {
     Record("dpi ", dpi, " at ", suggested->left, " ", suggested->top);
 }
-void OnDisplaysSettled() {
+AMBREL_REPLACE(void, OnDisplaysSettled, ()) {
     Record("displays settled");
 }
-void OnMouseDown(int x, int y) {
+AMBREL_REPLACE(void, OnMouseDown, (int x, int y)) {
     Record("mouse down ", x, " ", y);
 }
-void OnMouseMove(int x, int y) {
+AMBREL_REPLACE(void, OnMouseMove, (int x, int y)) {
     Record("mouse move ", x, " ", y);
 }
-void OnMouseUp() {
+AMBREL_REPLACE(void, OnMouseUp, ()) {
     Record("mouse up");
 }
-void OnCaptureLost() {
+AMBREL_REPLACE(void, OnCaptureLost, ()) {
     Record("capture lost");
 }
-void OnTrayCallback(LPARAM mouseMessage) {
+AMBREL_REPLACE(void, OnTrayCallback, (LPARAM mouseMessage)) {
     Record("tray ", mouseMessage);
 }
-void OnTaskbarCreated() {
+AMBREL_REPLACE(void, OnTaskbarCreated, ()) {
     Record("taskbar created");
 }
-void OnTrayRetryTimer() {
+AMBREL_REPLACE(void, OnTrayRetryTimer, ()) {
     Record("tray retry");
 }
-void OnGammaFixTimer() {
+AMBREL_REPLACE(void, OnGammaFixTimer, ()) {
     Record("gamma fix");
 }
-void OnCreate(HWND window) {
+AMBREL_REPLACE(void, OnCreate, (HWND window)) {
     Record("create ", ValueOf(window));
 }
-void OnDestroy() {
+AMBREL_REPLACE(void, OnDestroy, ()) {
     Record("destroy");
 }
-void OnEndSession(bool ending, LPARAM reason) {
+AMBREL_REPLACE(void, OnEndSession, (bool ending, LPARAM reason)) {
     Record("end session ", ending, " for ", reason);
 }
-void OnActivate(WORD state, HWND other) {
+AMBREL_REPLACE(void, OnActivate, (WORD state, HWND other)) {
     Record("activate ", state, " ", ValueOf(other));
 }
-void OnAutoHideTimer() {
+AMBREL_REPLACE(void, OnAutoHideTimer, ()) {
     Record("auto hide");
 }
-void PaintPopup(HWND window) {
+AMBREL_REPLACE(void, PaintPopup, (HWND window)) {
     Record("paint ", ValueOf(window));
 }
-void RefreshPopupAndTray() {
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
 }
-void SaveSettings() {
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save settings");
 }
 

@@ -8,6 +8,9 @@
 #include "brightness/fake_monitors.h"
 #include "brightness/wmi.h"
 #include "support/call_record.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
 
 namespace {
 
@@ -56,12 +59,12 @@ protected:
 
 }  // namespace
 
-void EnumerateWmiTargets(DisplayTargetList* list) {
+AMBREL_REPLACE(void, EnumerateWmiTargets, (DisplayTargetList * list)) {
     Record("list panels");
     list->insert(list->end(), g_panels.begin(), g_panels.end());
 }
 
-bool SetWmiBrightness(const std::wstring& name, std::uint32_t percent) {
+AMBREL_REPLACE(bool, SetWmiBrightness, (const std::wstring& name, std::uint32_t percent)) {
     Record("panel ", Narrow(name), " := ", percent);
     return g_panelsSettable;
 }

@@ -8,6 +8,9 @@
 #include "brightness/display_targets.h"
 #include "store/settings.h"
 #include "support/call_record.h"
+#include "support/seam.h"
+
+AMBREL_SEAM_SET(fake_displays);
 
 std::vector<FakeDisplay> g_displays;
 std::vector<DisplaySet> g_sets;
@@ -39,7 +42,7 @@ void React(const std::wstring& name, std::uint32_t percent, bool* accepted) {
 
 }  // namespace
 
-void EnumerateTargets(DisplayTargetList* list) {
+AMBREL_REPLACE(void, EnumerateTargets, (DisplayTargetList * list)) {
     Record("enumerate");
     EXPECT_FALSE(IsBeingFilled(list)) << "a list that is being filled is filled again";
     EXPECT_TRUE(list->empty());
@@ -56,7 +59,7 @@ void EnumerateTargets(DisplayTargetList* list) {
     g_lists.push_back(*list);
 }
 
-void CountTargets(const DisplayTargetList& list) {
+AMBREL_REPLACE(void, CountTargets, (const DisplayTargetList& list)) {
     Record("count");
     EXPECT_FALSE(IsBeingFilled(&list)) << "a list that is being filled is counted";
     std::int32_t full = 0;
@@ -71,7 +74,7 @@ void CountTargets(const DisplayTargetList& list) {
     g_app.pwmBuiltInOnly = builtInOnly;
 }
 
-bool SetTargetBrightness(const DisplayTarget& target, std::uint32_t percent) {
+AMBREL_REPLACE(bool, SetTargetBrightness, (const DisplayTarget& target, std::uint32_t percent)) {
     // The record that is passed may be gone when a dispatched message has come back.
     const std::wstring name = target.name;
     Record(Narrow(name), " := ", percent);
@@ -83,7 +86,7 @@ bool SetTargetBrightness(const DisplayTarget& target, std::uint32_t percent) {
     return accepted;
 }
 
-void SaveSettings() {
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record(g_app.pwmSafe ? "save on" : "save off");
 }
 

@@ -16,6 +16,9 @@
 #include <vector>
 
 #include "brightness/display_target.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(fake_displays);
 
 struct FakeDisplay {
     std::wstring name;

@@ -9,6 +9,8 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
+AMBREL_SEAM_SET(fake_monitors);
+
 std::vector<FakeMonitor> g_monitors;
 
 namespace {

@@ -20,7 +20,10 @@
 
 #include "app/state/monitor_functions.h"
 #include "brightness/physical_monitors.h"
+#include "support/seam.h"
 #include "win32/platform.h"
+
+AMBREL_USES_SEAMS(fake_monitors);
 
 struct FakePhysical {
     std::uintptr_t handle = 0;

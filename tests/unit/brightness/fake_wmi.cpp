@@ -6,9 +6,9 @@
 #include "support/com_books.h"
 #include "support/seam.h"
 
-FakeWmi g_wmi;
+AMBREL_SEAM_SET(fake_wmi);
 
-const CallRecord kConnected = {"create locator", "connect ROOT\\WMI", "blanket"};
+FakeWmi g_wmi;
 
 namespace {
 

@@ -7,9 +7,12 @@
 #include <vector>
 
 #include "support/call_record.h"
+#include "support/seam.h"
 #include "win32/platform.h"
 
 #include <wbemcli.h>
+
+AMBREL_USES_SEAMS(fake_wmi);
 
 // The answer of a call that hands an object out.
 struct Step {
@@ -61,7 +64,7 @@ void ResetWmi();
 void CheckNothingIsLeft();
 
 // The record of an operation as far as the connection, which all have in common.
-extern const CallRecord kConnected;
+inline const CallRecord kConnected = {"create locator", "connect ROOT\\WMI", "blanket"};
 
 // Lists one after the other.
 CallRecord operator+(const CallRecord& first, const CallRecord& second);

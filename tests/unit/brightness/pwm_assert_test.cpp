@@ -1,5 +1,9 @@
 // Asserting the lock: what is set, noted and armed, with and without displays.
 #include "brightness/pwm_bench.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_timers);
 
 namespace {
 

@@ -9,6 +9,10 @@
 #include "brightness/wmi.h"
 #include "store/settings.h"
 #include "support/call_record.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_timers);
 
 namespace {
 
@@ -73,18 +77,18 @@ protected:
 
 }  // namespace
 
-void EnumerateWmiTargets(DisplayTargetList* list) {
+AMBREL_REPLACE(void, EnumerateWmiTargets, (DisplayTargetList * list)) {
     Record("list panels");
     if (g_panelThere) list->push_back({TargetKind::WmiPanel, L"panel", 0, 100, g_panelPercent});
 }
 
-bool SetWmiBrightness(const std::wstring& name, std::uint32_t percent) {
+AMBREL_REPLACE(bool, SetWmiBrightness, (const std::wstring& name, std::uint32_t percent)) {
     Record(Narrow(name), " := ", percent);
     g_panelPercent = percent;
     return true;
 }
 
-void SaveSettings() {
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record(g_app.pwmSafe ? "save on" : "save off");
 }
 

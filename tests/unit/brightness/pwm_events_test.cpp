@@ -2,6 +2,10 @@
 #include <algorithm>
 
 #include "brightness/pwm_bench.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_timers);
 
 namespace {
 

@@ -20,6 +20,9 @@
 #include "brightness/pwm_bench.h"
 #include "brightness/pwm_model.h"
 #include "brightness/simulated_timers.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
 
 namespace {
 

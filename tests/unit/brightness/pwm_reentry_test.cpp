@@ -20,6 +20,8 @@
 #include "brightness/simulated_timers.h"
 #include "support/seam.h"
 
+AMBREL_USES_SEAMS(recorded_log);
+
 namespace {
 
 int g_posted = 0;

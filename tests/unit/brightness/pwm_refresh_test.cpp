@@ -1,5 +1,9 @@
 // Looking at the displays anew, from the poll and otherwise, and giving back what they were set to.
 #include "brightness/pwm_bench.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_timers);
 
 namespace {
 

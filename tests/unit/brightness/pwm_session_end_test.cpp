@@ -3,6 +3,9 @@
 #include "brightness/pwm_bench.h"
 #include "support/seam.h"
 
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_timers);
+
 namespace {
 
 DWORD g_sending = ISMEX_NOSEND;
@@ -19,9 +22,7 @@ HANDLE WINAPI FakeCreateThread(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTH
                                void* parameter, DWORD flags, DWORD* id) {
     if (g_threadRefused) return nullptr;
     g_threads += 1;
-    const auto real = reinterpret_cast<decltype(&CreateThread)>(
-        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "CreateThread"));
-    HANDLE thread = real(security, stack, start, parameter, flags, id);
+    HANDLE thread = Real(&CreateThread)(security, stack, start, parameter, flags, id);
     DuplicateHandle(GetCurrentProcess(), thread, GetCurrentProcess(), &g_thread, SYNCHRONIZE, FALSE, 0);
     return thread;
 }

@@ -1,5 +1,9 @@
 // The user's switch.
 #include "brightness/pwm_bench.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_timers);
 
 namespace {
 

@@ -1,5 +1,9 @@
 // The verification 750 ms after an assertion: success, and both kinds of failure.
 #include "brightness/pwm_bench.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_timers);
 
 namespace {
 

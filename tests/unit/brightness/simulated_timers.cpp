@@ -5,6 +5,8 @@
 #include "app/state/app_state.h"
 #include "support/seam.h"
 
+AMBREL_SEAM_SET(simulated_timers);
+
 std::uint64_t g_clock;
 SimulatedTimers g_timers;
 

@@ -4,6 +4,10 @@
 #include <cstdint>
 #include <map>
 
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(simulated_timers);
+
 struct SimulatedTimer {
     std::uint64_t due = 0;  // ms
     std::uint32_t period = 0;

@@ -5,9 +5,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "brightness/monitor_probe.h"
 #include "support/call_record.h"
 #include "support/fake_libraries.h"
 #include "support/seam.h"
+
+AMBREL_SEAM_SET(fake_machine);
 
 FakeMachine g_machine;
 
@@ -96,7 +99,7 @@ AMBREL_SEAM(EnumDisplayDevicesW, FakeEnumDisplayDevices);
 AMBREL_SEAM(GetFileAttributesW, FakeGetFileAttributes);
 
 // Takes the place of the probe, which asks dxva2.dll.
-BOOL CALLBACK ProbeMonitor(HMONITOR display, HDC, RECT*, LPARAM context) {
+AMBREL_REPLACE(BOOL CALLBACK, ProbeMonitor, (HMONITOR display, HDC, RECT*, LPARAM context)) {
     MonitorProbe probe;
     probe.deviceName = L"DISPLAY" + std::to_wstring(ValueOf(display));
     reinterpret_cast<MonitorProbeList*>(context)->push_back(probe);

@@ -6,7 +6,10 @@
 #include <vector>
 
 #include "brightness/monitor_probe.h"
+#include "support/seam.h"
 #include "win32/platform.h"
+
+AMBREL_USES_SEAMS(fake_machine);
 
 struct FakeAdapter {
     std::wstring name;

@@ -1,51 +1,55 @@
 #include "diag/fake_program.h"
 
 #include "brightness/display_targets.h"
+#include "diag/system_probe.h"
 #include "filter/gamma_banner.h"
 #include "store/autostart.h"
 #include "store/event_log.h"
 #include "support/call_record.h"
+#include "support/seam.h"
 #include "win32/own_path.h"
+
+AMBREL_SEAM_SET(fake_program);
 
 FakeProgram g_program;
 
-OsInfo ReadOsInfo() {
+AMBREL_REPLACE(OsInfo, ReadOsInfo, ()) {
     return g_program.os;
 }
 
-std::wstring ReadCpuName() {
+AMBREL_REPLACE(std::wstring, ReadCpuName, ()) {
     return g_program.cpuName;
 }
 
-std::wstring ReadHardwareName() {
+AMBREL_REPLACE(std::wstring, ReadHardwareName, ()) {
     return g_program.hardwareName;
 }
 
-std::wstring ReadMachineGuid() {
+AMBREL_REPLACE(std::wstring, ReadMachineGuid, ()) {
     return g_program.machineGuid;
 }
 
-std::wstring ReadAutostartValue() {
+AMBREL_REPLACE(std::wstring, ReadAutostartValue, ()) {
     return g_program.autostartValue;
 }
 
-bool IsOwnProgramPath(const std::wstring& path) {
+AMBREL_REPLACE(bool, IsOwnProgramPath, (const std::wstring& path)) {
     return path == g_program.ownPath;
 }
 
-bool IsRestartDoneSinceFix() {
+AMBREL_REPLACE(bool, IsRestartDoneSinceFix, ()) {
     return g_program.restartDone;
 }
 
-std::vector<std::wstring> ReadLogRing() {
+AMBREL_REPLACE(std::vector<std::wstring>, ReadLogRing, ()) {
     Record("read ring");
     return g_program.ring;
 }
 
-std::vector<std::wstring> ReadLogTail() {
+AMBREL_REPLACE(std::vector<std::wstring>, ReadLogTail, ()) {
     return g_program.tail;
 }
 
-void EnumerateTargets(DisplayTargetList*) {
+AMBREL_REPLACE(void, EnumerateTargets, (DisplayTargetList*)) {
     Record("ENUMERATE TARGETS");
 }

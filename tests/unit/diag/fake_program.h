@@ -6,6 +6,9 @@
 #include <vector>
 
 #include "diag/system_probe.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(fake_program);
 
 struct FakeProgram {
     OsInfo os;

@@ -8,6 +8,8 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
+AMBREL_SEAM_SET(fake_registry);
+
 FakeRegistry g_keys;
 
 namespace {

@@ -5,7 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "support/seam.h"
 #include "win32/platform.h"
+
+AMBREL_USES_SEAMS(fake_registry);
 
 struct RegistryValue {
     DWORD type = REG_NONE;

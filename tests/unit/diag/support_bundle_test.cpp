@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "diag/report_bench.h"
+#include "diag/support_facts.h"
+#include "support/seam.h"
 
 namespace {
 
@@ -21,7 +23,7 @@ protected:
 
 }  // namespace
 
-SupportFacts ReadSupportFacts() {
+AMBREL_REPLACE(SupportFacts, ReadSupportFacts, ()) {
     SupportFacts facts = PlainFacts();
     facts.processorCount = static_cast<DWORD>(++g_readings);
     return facts;

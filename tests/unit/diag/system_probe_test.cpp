@@ -9,11 +9,6 @@
 
 #include "support/seam.h"
 
-#include <winternl.h>
-
-extern "C" NTSTATUS NTAPI LdrGetProcedureAddress(PVOID module, ANSI_STRING* name, ULONG ordinal,
-                                                 PVOID* address);
-
 namespace {
 
 const std::wstring kWindows = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
@@ -93,18 +88,11 @@ LONG WINAPI FakeRtlGetVersion(OSVERSIONINFOW* version) {
     return g_versionStatus;
 }
 
-// The C runtime asks for entry points of its own through the same import.
 FARPROC WINAPI FakeGetProcAddress(HMODULE module, LPCSTR name) {
     if (HIWORD(reinterpret_cast<ULONG_PTR>(name)) != 0 && std::strcmp(name, "RtlGetVersion") == 0) {
         return g_versionFunctionExists ? reinterpret_cast<FARPROC>(&FakeRtlGetVersion) : nullptr;
     }
-    ANSI_STRING text = {};
-    text.Buffer = const_cast<char*>(name);
-    text.Length = static_cast<USHORT>(std::strlen(name));
-    text.MaximumLength = static_cast<USHORT>(text.Length + 1);
-    PVOID address = nullptr;
-    LdrGetProcedureAddress(module, &text, 0, &address);
-    return reinterpret_cast<FARPROC>(address);
+    return Real(&GetProcAddress)(module, name);
 }
 
 HMODULE WINAPI FakeLoadLibraryExW(LPCWSTR name, HANDLE, DWORD flags) {

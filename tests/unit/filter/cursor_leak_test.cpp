@@ -16,12 +16,9 @@
 #include "filter/cursor_workshop.h"
 #include "filter/gdi_census.h"
 #include "filter/tinted_cursor.h"
-#include "support/real_call.h"
 #include "support/seam.h"
 
 namespace {
-
-const wchar_t kUser[] = L"user32.dll";
 
 constexpr int kRetints = 10000;
 constexpr int kRetintsOfAll = 120;
@@ -50,22 +47,22 @@ BOOL WINAPI FakeSystemParametersInfoW(UINT action, UINT, void*, UINT) {
 
 HANDLE WINAPI FakeLoadImageW(HINSTANCE module, LPCWSTR name, UINT type, int width, int height, UINT flags) {
     g_system.calls["LoadImageW"] += 1;
-    return REAL_CALL(kUser, LoadImageW)(module, name, type, width, height, flags);
+    return Real(&LoadImageW)(module, name, type, width, height, flags);
 }
 
 HCURSOR WINAPI FakeLoadCursorW(HINSTANCE module, LPCWSTR name) {
     g_system.calls["LoadCursorW"] += 1;
-    return REAL_CALL(kUser, LoadCursorW)(module, name);
+    return Real(&LoadCursorW)(module, name);
 }
 
 HANDLE WINAPI FakeCopyImage(HANDLE image, UINT type, int width, int height, UINT flags) {
     g_system.calls["CopyImage"] += 1;
-    return REAL_CALL(kUser, CopyImage)(image, type, width, height, flags);
+    return Real(&CopyImage)(image, type, width, height, flags);
 }
 
 HICON WINAPI FakeCopyIcon(HICON icon) {
     g_system.calls["CopyIcon"] += 1;
-    return REAL_CALL(kUser, CopyIcon)(icon);
+    return Real(&CopyIcon)(icon);
 }
 
 constexpr DWORD kIds[] = {32512, 32513, 32514, 32515, 32516, 32640, 32641, 32642,

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "app/shell/refresh.h"
 #include "app/state/app_state.h"
 #include "filter/cursor_tint.h"
 #include "filter/fake_cursors.h"
@@ -12,11 +13,15 @@
 #include "filter/fake_screen.h"
 #include "filter/filter.h"
 #include "filter/legacy_gamma.h"
+#include "store/settings.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 
-void SaveSettings() {}
-void RefreshPopupAndTray() {}
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_timers);
+
+AMBREL_REPLACE(void, SaveSettings, ()) {}
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {}
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "filter/cursor_workshop.h"
 
-#include "support/real_call.h"
+#include "support/seam.h"
 
 namespace {
 
@@ -33,15 +33,14 @@ HBITMAP MakeMask(int width, int height, const std::vector<std::uint8_t>& mask) {
             if (mask[Place(x, y, width)] != 0) byte = static_cast<std::uint8_t>(byte | (0x80 >> (x % 8)));
         }
     }
-    return REAL_CALL(L"gdi32.dll", CreateBitmap)(width, height, 1, 1, bits.data());
+    return Real(&CreateBitmap)(width, height, 1, 1, bits.data());
 }
 
 HBITMAP MakePixels(const CursorPicture& picture) {
     BITMAPINFO info = {};
     info.bmiHeader = TopDown(picture.width, picture.height, 32);
     void* bits = nullptr;
-    HBITMAP bitmap =
-        REAL_CALL(L"gdi32.dll", CreateDIBSection)(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    HBITMAP bitmap = Real(&CreateDIBSection)(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
     if (bitmap == nullptr) return nullptr;
     for (std::size_t i = 0; i < picture.pixels.size(); ++i)
         static_cast<Argb*>(bits)[i] = picture.pixels[i];
@@ -52,9 +51,8 @@ std::vector<std::uint8_t> ReadMask(HDC dc, HBITMAP bitmap, int width, int height
     const int rowBytes = (width + 31) / 32 * 4;
     std::vector<std::uint8_t> bits(Place(0, height, rowBytes));
     MonochromeInfo info = {TopDown(width, height, 1), {}};
-    REAL_CALL(L"gdi32.dll", GetDIBits)
-    (dc, bitmap, 0, static_cast<UINT>(height), bits.data(), reinterpret_cast<BITMAPINFO*>(&info),
-     DIB_RGB_COLORS);
+    Real (&GetDIBits)(dc, bitmap, 0, static_cast<UINT>(height), bits.data(),
+                      reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS);
     std::vector<std::uint8_t> mask(Place(0, height, width));
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x)
@@ -67,13 +65,12 @@ std::vector<Argb> ReadPixels(HDC dc, HBITMAP bitmap, int width, int height) {
     std::vector<Argb> pixels(Place(0, height, width));
     BITMAPINFO info = {};
     info.bmiHeader = TopDown(width, height, 32);
-    REAL_CALL(L"gdi32.dll", GetDIBits)
-    (dc, bitmap, 0, static_cast<UINT>(height), pixels.data(), &info, DIB_RGB_COLORS);
+    Real (&GetDIBits)(dc, bitmap, 0, static_cast<UINT>(height), pixels.data(), &info, DIB_RGB_COLORS);
     return pixels;
 }
 
 void Delete(HGDIOBJ object) {
-    if (object != nullptr) REAL_CALL(L"gdi32.dll", DeleteObject)(object);
+    if (object != nullptr) Real (&DeleteObject)(object);
 }
 
 }  // namespace
@@ -102,7 +99,7 @@ HCURSOR MakeCursor(const CursorPicture& picture) {
     info.hbmMask =
         MakeMask(picture.width, picture.coloured ? picture.height : 2 * picture.height, picture.mask);
     if (picture.coloured) info.hbmColor = MakePixels(picture);
-    HICON cursor = REAL_CALL(L"user32.dll", CreateIconIndirect)(&info);
+    HICON cursor = Real(&CreateIconIndirect)(&info);
     Delete(info.hbmMask);
     Delete(info.hbmColor);
     return static_cast<HCURSOR>(cursor);
@@ -111,19 +108,18 @@ HCURSOR MakeCursor(const CursorPicture& picture) {
 CursorPicture ReadCursor(HCURSOR cursor) {
     CursorPicture picture;
     ICONINFO info = {};
-    if (REAL_CALL(L"user32.dll", GetIconInfo)(cursor, &info) == FALSE || info.fIcon != FALSE) return picture;
+    if (Real(&GetIconInfo)(cursor, &info) == FALSE || info.fIcon != FALSE) return picture;
     BITMAP shape = {};
     picture.coloured = info.hbmColor != nullptr;
-    REAL_CALL(L"gdi32.dll", GetObjectW)
-    (picture.coloured ? info.hbmColor : info.hbmMask, sizeof(shape), &shape);
+    Real (&GetObjectW)(picture.coloured ? info.hbmColor : info.hbmMask, sizeof(shape), &shape);
     picture.width = shape.bmWidth;
     picture.height = picture.coloured ? shape.bmHeight : shape.bmHeight / 2;
     picture.hotX = info.xHotspot;
     picture.hotY = info.yHotspot;
-    HDC dc = REAL_CALL(L"gdi32.dll", CreateCompatibleDC)(nullptr);
+    HDC dc = Real(&CreateCompatibleDC)(nullptr);
     if (picture.coloured) picture.pixels = ReadPixels(dc, info.hbmColor, picture.width, picture.height);
     picture.mask = ReadMask(dc, info.hbmMask, picture.width, shape.bmHeight);
-    REAL_CALL(L"gdi32.dll", DeleteDC)(dc);
+    Real (&DeleteDC)(dc);
     Delete(info.hbmMask);
     Delete(info.hbmColor);
     return picture;
@@ -131,16 +127,16 @@ CursorPicture ReadCursor(HCURSOR cursor) {
 
 std::vector<Argb> DrawnPixels(HCURSOR cursor, int width, int height) {
     HBITMAP bitmap = MakePixels(PlainPicture(width, height, 0));
-    HDC dc = REAL_CALL(L"gdi32.dll", CreateCompatibleDC)(nullptr);
+    HDC dc = Real(&CreateCompatibleDC)(nullptr);
     HGDIOBJ previous = SelectObject(dc, bitmap);
-    REAL_CALL(L"user32.dll", DrawIconEx)(dc, 0, 0, cursor, width, height, 0, nullptr, DI_NORMAL);
+    Real (&DrawIconEx)(dc, 0, 0, cursor, width, height, 0, nullptr, DI_NORMAL);
     SelectObject(dc, previous);
     std::vector<Argb> pixels = ReadPixels(dc, bitmap, width, height);
-    REAL_CALL(L"gdi32.dll", DeleteDC)(dc);
+    Real (&DeleteDC)(dc);
     Delete(bitmap);
     return pixels;
 }
 
 void DestroyMadeCursor(HCURSOR cursor) {
-    if (cursor != nullptr) REAL_CALL(L"user32.dll", DestroyCursor)(cursor);
+    if (cursor != nullptr) Real (&DestroyCursor)(cursor);
 }

@@ -3,6 +3,8 @@
 #include "filter/cursor_tint.h"
 #include "support/seam.h"
 
+AMBREL_SEAM_SET(drag_platform);
+
 DragPlatform g_platform;
 
 namespace {
@@ -125,16 +127,16 @@ AMBREL_SEAM(PostMessageW, FakePostMessageW);
 AMBREL_SEAM(MessageBoxW, FakeMessageBoxW);
 AMBREL_SEAM(WritePrivateProfileStringW, FakeWritePrivateProfileStringW);
 
-void TintSystemCursors() {
+AMBREL_REPLACE(void, TintSystemCursors, ()) {
     Step("tint cursors");
 }
-void RestoreSystemCursors() {
+AMBREL_REPLACE(void, RestoreSystemCursors, ()) {
     Step("restore cursors");
 }
-void ResetSystemCursors() {
+AMBREL_REPLACE(void, ResetSystemCursors, ()) {
     Step("reset cursors");
 }
-void ReleaseCursorCopies() {
+AMBREL_REPLACE(void, ReleaseCursorCopies, ()) {
     Step("release cursor copies");
 }
 

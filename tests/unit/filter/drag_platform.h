@@ -4,7 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "support/seam.h"
 #include "win32/platform.h"
+
+AMBREL_USES_SEAMS(drag_platform);
 
 struct tagMAGCOLOREFFECT;
 

@@ -9,7 +9,10 @@
 #include <string>
 #include <vector>
 
+#include "support/seam.h"
 #include "win32/platform.h"
+
+AMBREL_USES_SEAMS(fake_cursors);
 
 // In the order of the table.
 inline constexpr int kIds[] = {32512, 32513, 32514, 32515, 32516, 32640, 32641, 32642,

@@ -2,28 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <winternl.h>
-
 #include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 
+AMBREL_SEAM_SET(fake_magnification);
+
 FakeMagnification g_magnification;
 
-// The runtime of the test program itself looks up functions of Windows before main: those go to the real
-// place.
-extern "C" NTSTATUS NTAPI LdrGetProcedureAddress(HMODULE module, PANSI_STRING name, ULONG ordinal,
-                                                 PVOID* address);
-
 namespace {
-
-FARPROC RealGetProcAddress(HMODULE module, const char* name) {
-    ANSI_STRING text = {};
-    RtlInitAnsiString(&text, name);
-    void* address = nullptr;
-    if (LdrGetProcedureAddress(module, &text, 0, &address) < 0) return nullptr;
-    return reinterpret_cast<FARPROC>(address);
-}
 
 BOOL Succeed() {
     SetLastError(kNobodysError);
@@ -73,7 +60,7 @@ HMODULE WINAPI FakeLoadLibraryExW(LPCWSTR name, HANDLE file, DWORD flags) {
 }
 
 FARPROC WINAPI FakeGetProcAddress(HMODULE module, LPCSTR name) {
-    if (module != FakeModule()) return RealGetProcAddress(module, name);
+    if (module != FakeModule()) return Real(&GetProcAddress)(module, name);
     Record("find ", name);
     Succeed();
     const std::string wanted = name;

@@ -3,12 +3,15 @@
 // seen.
 #pragma once
 
+#include "support/seam.h"
 #include "win32/platform.h"
 
 #include <magnification.h>
 
 #include <string>
 #include <vector>
+
+AMBREL_USES_SEAMS(fake_magnification);
 
 constexpr DWORD kNobodysError = 7777;
 

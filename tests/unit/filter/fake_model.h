@@ -2,6 +2,10 @@
 // exactly.
 #pragma once
 
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(fake_model);
+
 struct FakeModel {
     double red = 1.0;
     double green = 1.0;

@@ -8,6 +8,8 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
+AMBREL_SEAM_SET(fake_screen);
+
 FakeScreen g_screen;
 
 namespace {

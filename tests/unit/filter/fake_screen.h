@@ -7,7 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "support/seam.h"
 #include "win32/platform.h"
+
+AMBREL_USES_SEAMS(fake_screen);
 
 constexpr std::size_t kRed = 0, kGreen = 1, kBlue = 2;
 

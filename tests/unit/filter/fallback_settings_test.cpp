@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "app/shell/refresh.h"
 #include "app/state/app_state.h"
 #include "filter/fake_magnification.h"
 #include "filter/fake_screen.h"
@@ -15,7 +16,9 @@
 
 #include <shlobj.h>
 
-void RefreshPopupAndTray() {}
+AMBREL_USES_SEAMS(recorded_cursors);
+
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {}
 
 namespace {
 

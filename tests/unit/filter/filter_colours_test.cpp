@@ -4,18 +4,25 @@
 #include <array>
 #include <cmath>
 
+#include "app/shell/refresh.h"
 #include "app/state/app_state.h"
 #include "filter/fake_magnification.h"
 #include "filter/fake_screen.h"
 #include "filter/filter.h"
 #include "filter/reference_colour.h"
+#include "store/settings.h"
 #include "support/call_record.h"
+#include "support/seam.h"
 
-void SaveSettings() {
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_timers);
+AMBREL_USES_SEAMS(recorded_cursors);
+
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save");
 }
 
-void RefreshPopupAndTray() {
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
 }
 

@@ -3,18 +3,23 @@
 
 #include <array>
 
+#include "app/shell/refresh.h"
 #include "app/state/app_state.h"
 #include "filter/fake_magnification.h"
 #include "filter/fake_model.h"
 #include "filter/filter.h"
 #include "filter/magnification.h"
+#include "store/settings.h"
 #include "support/call_record.h"
+#include "support/seam.h"
 
-void SaveSettings() {
+AMBREL_USES_SEAMS(recorded_cursors);
+
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save");
 }
 
-void RefreshPopupAndTray() {
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
 }
 

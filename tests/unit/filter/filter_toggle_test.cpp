@@ -5,25 +5,32 @@
 #include <bit>
 #include <cstdint>
 
+#include "app/shell/refresh.h"
 #include "app/state/app_state.h"
 #include "filter/fake_magnification.h"
 #include "filter/filter.h"
+#include "filter/legacy_gamma.h"
+#include "store/settings.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 
-void SaveSettings() {
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_timers);
+AMBREL_USES_SEAMS(recorded_cursors);
+
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save");
 }
 
-void ApplyLegacyRamp() {
+AMBREL_REPLACE(void, ApplyLegacyRamp, ()) {
     Record("ramp legacy=", g_app.useLegacyGamma);
 }
 
-void RestoreIdentityRamp() {
+AMBREL_REPLACE(void, RestoreIdentityRamp, ()) {
     Record("identity ramp legacy=", g_app.useLegacyGamma);
 }
 
-void RefreshPopupAndTray() {
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
 }
 

@@ -8,6 +8,10 @@
 #include "store/settings.h"
 #include "support/call_record.h"
 #include "support/fake_clock.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_timers);
 
 namespace {
 
@@ -23,14 +27,14 @@ std::string State() {
 
 }  // namespace
 
-bool IsGammaRangeExpanded() {
+AMBREL_REPLACE(bool, IsGammaRangeExpanded, ()) {
     Record("read registry");
     return g_expanded;
 }
-void SaveSettings() {
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save ", State());
 }
-void RefreshPopupAndTray() {
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh ", State());
 }
 

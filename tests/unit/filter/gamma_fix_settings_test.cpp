@@ -7,8 +7,11 @@
 #include "filter/gamma_range.h"
 #include "support/call_record.h"
 #include "support/fake_clock.h"
+#include "support/seam.h"
 
-void RefreshPopupAndTray() {
+AMBREL_USES_SEAMS(recorded_timers);
+
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
 }
 

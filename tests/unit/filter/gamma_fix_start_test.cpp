@@ -14,14 +14,17 @@
 
 #include <shellapi.h>
 
-bool IsGammaRangeExpanded() {
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_timers);
+
+AMBREL_REPLACE(bool, IsGammaRangeExpanded, ()) {
     Record("read registry");
     return false;
 }
-void SaveSettings() {
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save settings");
 }
-void RefreshPopupAndTray() {
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
 }
 

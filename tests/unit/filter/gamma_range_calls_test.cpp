@@ -5,6 +5,9 @@
 #include "filter/gamma_range.h"
 #include "support/call_record.h"
 #include "support/recorded_registry.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
 
 namespace {
 

@@ -10,6 +10,8 @@
 #include "support/recorded_registry.h"
 #include "support/seam.h"
 
+AMBREL_USES_SEAMS(recorded_log);
+
 namespace {
 
 int WINAPI FakeMessageBox(HWND owner, const wchar_t* text, const wchar_t* title, UINT type) {

@@ -9,6 +9,9 @@
 #include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/fake_clock.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
 
 namespace {
 

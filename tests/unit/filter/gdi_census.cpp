@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "support/real_call.h"
+#include "support/seam.h"
 
 #include <winternl.h>
 
@@ -26,8 +26,7 @@ int CountGdiObjects() {
     constexpr std::size_t kTableOffset = 0xF8;  // GdiSharedHandleTable of the 64-bit block
     constexpr std::size_t kHandles = 0x4000;
     PROCESS_BASIC_INFORMATION basic = {};
-    REAL_CALL(L"ntdll.dll", NtQueryInformationProcess)
-    (GetCurrentProcess(), ProcessBasicInformation, &basic, sizeof(basic), nullptr);
+    NtQueryInformationProcess(GetCurrentProcess(), ProcessBasicInformation, &basic, sizeof(basic), nullptr);
     const auto* block = reinterpret_cast<const char*>(basic.PebBaseAddress);
     const auto* table = *reinterpret_cast<const HandleEntry* const*>(block + kTableOffset);
     int count = 0;
@@ -43,8 +42,8 @@ int CountIcons() {
     if (told != 0) return static_cast<int>(told);
 
     constexpr std::uintptr_t kFirst = 0x20, kLast = 0xFFEF;
-    const auto ask = REAL_CALL(L"user32.dll", GetIconInfo);
-    const auto erase = REAL_CALL(L"gdi32.dll", DeleteObject);
+    const auto ask = Real(&GetIconInfo);
+    const auto erase = Real(&DeleteObject);
     int count = 0;
     for (std::uintptr_t handle = kFirst; handle <= kLast; handle += 2) {
         ICONINFO info = {};

@@ -1,15 +1,13 @@
 #include "filter/gdi_ledger.h"
 
 #include "support/call_record.h"
-#include "support/real_call.h"
 #include "support/seam.h"
+
+AMBREL_SEAM_SET(gdi_ledger);
 
 GdiLedger g_ledger;
 
 namespace {
-
-const wchar_t kGdi[] = L"gdi32.dll";
-const wchar_t kUser[] = L"user32.dll";
 
 bool g_open = false;
 
@@ -36,7 +34,7 @@ void Note(const Parts&... parts) {
 }
 
 void KeepBack(HBITMAP* bitmap) {
-    if (*bitmap != nullptr) REAL_CALL(kGdi, DeleteObject)(*bitmap);
+    if (*bitmap != nullptr) Real (&DeleteObject)(*bitmap);
     *bitmap = nullptr;
 }
 
@@ -46,7 +44,7 @@ BOOL WINAPI FakeGetIconInfo(HICON icon, ICONINFO* info) {
         if (g_ledger.staleOnFailure) info->hbmMask = info->hbmColor = MakeHandle<HBITMAP>(0xBAD0);
         return FALSE;
     }
-    const BOOL known = REAL_CALL(kUser, GetIconInfo)(icon, info);
+    const BOOL known = Real(&GetIconInfo)(icon, info);
     if (!g_open || known == FALSE) return known;
     if (g_ledger.withoutColour) KeepBack(&info->hbmColor);
     if (g_ledger.withoutMask) KeepBack(&info->hbmMask);
@@ -58,7 +56,7 @@ BOOL WINAPI FakeGetIconInfo(HICON icon, ICONINFO* info) {
 
 int WINAPI FakeGetObjectW(HANDLE object, int bytes, LPVOID out) {
     if (Fails(GdiCall::GetObjectW)) return 0;
-    return REAL_CALL(kGdi, GetObjectW)(object, bytes, out);
+    return Real(&GetObjectW)(object, bytes, out);
 }
 
 int WINAPI FakeGetSystemMetrics(int index) {
@@ -66,31 +64,31 @@ int WINAPI FakeGetSystemMetrics(int index) {
         if (index == SM_CXCURSOR) return g_ledger.cursorMetrics.cx;
         if (index == SM_CYCURSOR) return g_ledger.cursorMetrics.cy;
     }
-    return REAL_CALL(kUser, GetSystemMetrics)(index);
+    return Real(&GetSystemMetrics)(index);
 }
 
 HDC WINAPI FakeGetDC(HWND window) {
     if (Fails(GdiCall::GetDC)) return nullptr;
-    HDC dc = REAL_CALL(kUser, GetDC)(window);
+    HDC dc = Real(&GetDC)(window);
     Enter(dc, "screen context");
     return dc;
 }
 
 int WINAPI FakeReleaseDC(HWND window, HDC dc) {
     Strike(dc, "release");
-    return REAL_CALL(kUser, ReleaseDC)(window, dc);
+    return Real(&ReleaseDC)(window, dc);
 }
 
 HDC WINAPI FakeCreateCompatibleDC(HDC like) {
     if (Fails(GdiCall::CreateCompatibleDC)) return nullptr;
-    HDC dc = REAL_CALL(kGdi, CreateCompatibleDC)(like);
+    HDC dc = Real(&CreateCompatibleDC)(like);
     Enter(dc, "memory context");
     return dc;
 }
 
 BOOL WINAPI FakeDeleteDC(HDC dc) {
     Strike(dc, "deletion");
-    return REAL_CALL(kGdi, DeleteDC)(dc);
+    return Real(&DeleteDC)(dc);
 }
 
 HBITMAP WINAPI FakeCreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, VOID** bits, HANDLE section,
@@ -100,7 +98,7 @@ HBITMAP WINAPI FakeCreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, 
          " bits=", header.biBitCount, " compression=", header.biCompression, " header=", header.biSize,
          " usage=", usage);
     if (Fails(GdiCall::CreateDIBSection)) return nullptr;
-    HBITMAP dib = REAL_CALL(kGdi, CreateDIBSection)(dc, info, usage, bits, section, offset);
+    HBITMAP dib = Real(&CreateDIBSection)(dc, info, usage, bits, section, offset);
     Enter(dib, "dib");
     g_ledger.lastDib = dib;
     return dib;
@@ -113,7 +111,7 @@ int WINAPI FakeGetDIBits(HDC dc, HBITMAP bitmap, UINT first, UINT lines, LPVOID 
          header.biHeight, " bits=", header.biBitCount, " lines ", first, "+", lines);
     if (Fails(GdiCall::GetDIBits)) return 0;
     const UINT wanted = g_open ? lines - g_ledger.linesKeptBack : lines;
-    return REAL_CALL(kGdi, GetDIBits)(dc, bitmap, first, wanted, bits, info, usage);
+    return Real(&GetDIBits)(dc, bitmap, first, wanted, bits, info, usage);
 }
 
 BOOL WINAPI FakeDrawIconEx(HDC dc, int x, int y, HICON icon, int width, int height, UINT step, HBRUSH brush,
@@ -121,7 +119,7 @@ BOOL WINAPI FakeDrawIconEx(HDC dc, int x, int y, HICON icon, int width, int heig
     Note("draw at ", x, ",", y, " ", width, "x", height, " step=", step, " brush=", ValueOf(brush),
          " flags=", flags);
     if (Fails(GdiCall::DrawIconEx)) return FALSE;
-    return REAL_CALL(kUser, DrawIconEx)(dc, x, y, icon, width, height, step, brush, flags);
+    return Real(&DrawIconEx)(dc, x, y, icon, width, height, step, brush, flags);
 }
 
 HBITMAP WINAPI FakeCreateBitmap(int width, int height, UINT planes, UINT bitCount, const void* bits) {
@@ -131,7 +129,7 @@ HBITMAP WINAPI FakeCreateBitmap(int width, int height, UINT planes, UINT bitCoun
         g_ledger.maskBits.assign(bytes, bytes + (width + 15) / 16 * 2 * height);
     }
     if (Fails(GdiCall::CreateBitmap)) return nullptr;
-    HBITMAP bitmap = REAL_CALL(kGdi, CreateBitmap)(width, height, planes, bitCount, bits);
+    HBITMAP bitmap = Real(&CreateBitmap)(width, height, planes, bitCount, bits);
     Enter(bitmap, "mask");
     g_ledger.lastMask = bitmap;
     return bitmap;
@@ -146,19 +144,19 @@ HICON WINAPI FakeCreateIconIndirect(PICONINFO info) {
          " colour=", info->hbmColor == g_ledger.lastDib ? "dib" : "unknown");
     g_ledger.result = *info;
     if (Fails(GdiCall::CreateIconIndirect)) return nullptr;
-    HICON icon = REAL_CALL(kUser, CreateIconIndirect)(info);
+    HICON icon = Real(&CreateIconIndirect)(info);
     Enter(icon, "cursor");
     return icon;
 }
 
 BOOL WINAPI FakeDeleteObject(HGDIOBJ object) {
     Strike(object, "deletion");
-    return REAL_CALL(kGdi, DeleteObject)(object);
+    return Real(&DeleteObject)(object);
 }
 
 BOOL WINAPI FakeDestroyCursor(HCURSOR cursor) {
     Strike(cursor, "destruction");
-    return REAL_CALL(kUser, DestroyCursor)(cursor);
+    return Real(&DestroyCursor)(cursor);
 }
 
 }  // namespace

@@ -8,7 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "support/seam.h"
 #include "win32/platform.h"
+
+AMBREL_USES_SEAMS(gdi_ledger);
 
 enum class GdiCall {
     GetIconInfo,

@@ -11,10 +11,11 @@ T* At(ULONG_PTR offset) {
     return reinterpret_cast<T*>(reinterpret_cast<ULONG_PTR>(GetModuleHandleW(nullptr)) + offset);
 }
 
-// The table also holds addresses of the C runtime's variables.
-bool IsCode(ULONG_PTR address) {
+// The table also holds addresses of the C runtime's variables and of a test's fakes.
+bool IsCodeOfADll(ULONG_PTR address) {
     MEMORY_BASIC_INFORMATION page = {};
     if (VirtualQuery(reinterpret_cast<void*>(address), &page, sizeof(page)) == 0) return false;
+    if (page.AllocationBase == GetModuleHandleW(nullptr)) return false;
     return (page.Protect &
             (PAGE_EXECUTE | PAGE_EXECUTE_READ | PAGE_EXECUTE_READWRITE | PAGE_EXECUTE_WRITECOPY)) != 0;
 }
@@ -57,7 +58,7 @@ void ImportCounter::Collect() {
         const auto* name = At<IMAGE_THUNK_DATA>(library->OriginalFirstThunk);
         auto* slot = At<ULONG_PTR>(library->FirstThunk);
         for (; name->u1.AddressOfData != 0; ++name, ++slot) {
-            if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal) || !IsCode(*slot)) continue;
+            if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal) || !IsCodeOfADll(*slot)) continue;
             const auto* byName = At<IMAGE_IMPORT_BY_NAME>(name->u1.AddressOfData);
             MakeWritable(slot);
             imports_.push_back({reinterpret_cast<const char*>(byName->Name), slot, *slot, 0, 0});

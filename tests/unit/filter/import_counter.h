@@ -2,7 +2,7 @@
 // the program under test calls beyond the calls that a test knows of is seen this way.
 //
 // The import table's pointers are led through small pieces of code that count and go on to the function.
-// Calls that a test has taken over by a seam are not in the table.
+// Calls that a test has taken over by a seam are not counted.
 #pragma once
 
 #include <cstdint>

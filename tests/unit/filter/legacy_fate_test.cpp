@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "app/shell/refresh.h"
 #include "app/state/app_state.h"
 #include "filter/fake_model.h"
 #include "filter/fake_screen.h"
@@ -9,7 +10,10 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
-void RefreshPopupAndTray() {
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_cursors);
+
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
 }
 

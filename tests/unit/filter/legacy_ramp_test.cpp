@@ -1,13 +1,18 @@
 // The entries of Legacy Mode's gamma ramp, with the model's colour chosen by the test.
 #include <gtest/gtest.h>
 
+#include "app/shell/refresh.h"
 #include "app/state/app_state.h"
 #include "filter/fake_model.h"
 #include "filter/fake_screen.h"
 #include "filter/legacy_gamma.h"
 #include "support/call_record.h"
+#include "support/seam.h"
 
-void RefreshPopupAndTray() {
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_cursors);
+
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
 }
 

@@ -2,6 +2,9 @@
 // record. Each leaves a last error that is nobody's, so that an error read too late is seen.
 #include "filter/cursor_tint.h"
 #include "support/call_record.h"
+#include "support/seam.h"
+
+AMBREL_SEAM_SET(recorded_cursors);
 
 namespace {
 
@@ -12,18 +15,18 @@ void RecordCursors(const char* call) {
 
 }  // namespace
 
-void TintSystemCursors() {
+AMBREL_REPLACE(void, TintSystemCursors, ()) {
     RecordCursors("tint cursors");
 }
 
-void RestoreSystemCursors() {
+AMBREL_REPLACE(void, RestoreSystemCursors, ()) {
     RecordCursors("restore cursors");
 }
 
-void ResetSystemCursors() {
+AMBREL_REPLACE(void, ResetSystemCursors, ()) {
     RecordCursors("reset cursors");
 }
 
-void ReleaseCursorCopies() {
+AMBREL_REPLACE(void, ReleaseCursorCopies, ()) {
     RecordCursors("release cursor copies");
 }

@@ -1,16 +1,22 @@
 // One step of a drag works the filter's colour out once, for the pipeline and for all sixteen cursors.
 #include <gtest/gtest.h>
 
+#include "app/shell/refresh.h"
 #include "app/state/app_state.h"
 #include "filter/fake_cursors.h"
 #include "filter/fake_magnification.h"
 #include "filter/fake_model.h"
 #include "filter/fake_screen.h"
 #include "filter/filter.h"
+#include "store/settings.h"
 #include "support/call_record.h"
+#include "support/seam.h"
 
-void SaveSettings() {}
-void RefreshPopupAndTray() {}
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_timers);
+
+AMBREL_REPLACE(void, SaveSettings, ()) {}
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {}
 
 namespace {
 

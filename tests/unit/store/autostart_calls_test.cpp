@@ -10,7 +10,9 @@
 #include "support/recorded_registry.h"
 #include "support/seam.h"
 
-void SaveSettings() {
+AMBREL_USES_SEAMS(recorded_log);
+
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save settings");
 }
 

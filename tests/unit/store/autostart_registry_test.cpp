@@ -8,6 +8,9 @@
 #include "store/autostart.h"
 #include "support/call_record.h"
 #include "support/key_access.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
 
 namespace {
 

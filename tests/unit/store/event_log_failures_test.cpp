@@ -20,18 +20,17 @@ protected:
 
 const std::string kOld = "---------- session start ----------\r\n[01:02:03.004] yesterday\r\n";
 
-}  // namespace
-
-// Takes the place of the C runtime's own.
-extern "C" std::size_t fwrite(const void* data, std::size_t size, std::size_t count, std::FILE* file) {
-    using Write = std::size_t (*)(const void*, std::size_t, std::size_t, std::FILE*);
-    static const auto real =
-        reinterpret_cast<Write>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "fwrite"));
+std::size_t FakeWrite(const void* data, std::size_t size, std::size_t count, std::FILE* file) {
+    const auto real = Real(&fwrite);
     if (g_room == kEndless) return real(data, size, count, file);
     const std::size_t fits = size * count < g_room ? size * count : g_room;
     g_room -= fits;
     return real(data, 1, fits, file) / size;
 }
+
+}  // namespace
+
+AMBREL_SEAM(fwrite, FakeWrite);
 
 TEST_F(EventLogFailures, AFolderOfThatNameKeepsTheLinesInTheRing) {
     ASSERT_TRUE(CreateDirectoryW(path.c_str(), nullptr));

@@ -57,34 +57,29 @@ protected:
     }
 };
 
-}  // namespace
-
-// These take the places of Windows' own: the headers declare the two as if they were linked in.
-extern "C" void WINAPI AcquireSRWLockExclusive(SRWLOCK* lock) {
-    using Call = void(WINAPI*)(SRWLOCK*);
-    static const auto real =
-        reinterpret_cast<Call>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "AcquireSRWLockExclusive"));
-    real(lock);
+void WINAPI CountingAcquire(SRWLOCK* lock) {
+    Real (&AcquireSRWLockExclusive)(lock);
     ++g_lockDepth;
 }
 
-extern "C" void WINAPI ReleaseSRWLockExclusive(SRWLOCK* lock) {
-    using Call = void(WINAPI*)(SRWLOCK*);
-    static const auto real =
-        reinterpret_cast<Call>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "ReleaseSRWLockExclusive"));
+void WINAPI CountingRelease(SRWLOCK* lock) {
     --g_lockDepth;
-    real(lock);
+    Real (&ReleaseSRWLockExclusive)(lock);
 }
 
-// Takes the place of the C runtime's own.
-extern "C" std::size_t fread(void* data, std::size_t size, std::size_t count, std::FILE* file) {
-    using Read = std::size_t (*)(void*, std::size_t, std::size_t, std::FILE*);
-    static const auto real = reinterpret_cast<Read>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "fread"));
+std::size_t FakeRead(void* data, std::size_t size, std::size_t count, std::FILE* file) {
+    const auto real = Real(&fread);
     if (g_watching && g_lockDepth != 1) ++g_readsOutsideTheLock;
     if (g_readable == kEndless) return real(data, size, count, file);
     const std::size_t fits = std::min(size * count, g_readable);
     return real(data, 1, fits, file) / size;
 }
+
+}  // namespace
+
+AMBREL_SEAM(AcquireSRWLockExclusive, CountingAcquire);
+AMBREL_SEAM(ReleaseSRWLockExclusive, CountingRelease);
+AMBREL_SEAM(fread, FakeRead);
 
 TEST_F(EventLogTail, WithoutAKnownFileThereAreNoLines) {
     EXPECT_EQ(ReadLogTail(), Lines{});

@@ -1,5 +1,5 @@
 // What the tests of the event log share: a clock that stands, a record of the files that are opened, and a
-// ring of known lines. One of a program's sources includes it.
+// ring of known lines. What includes it has its seams.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -31,9 +31,6 @@ inline void WINAPI FakeGetLocalTime(SYSTEMTIME* now) {
 }
 
 inline errno_t FakeOpen(std::FILE** file, const wchar_t* path, const wchar_t* mode) {
-    using Open = errno_t (*)(std::FILE**, const wchar_t*, const wchar_t*);
-    static const auto real =
-        reinterpret_cast<Open>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), "_wfopen_s"));
     std::string narrow;
     for (const wchar_t* c = mode; *c != L'\0'; ++c)
         narrow += static_cast<char>(*c);
@@ -42,7 +39,7 @@ inline errno_t FakeOpen(std::FILE** file, const wchar_t* path, const wchar_t* mo
         *file = nullptr;
         return EACCES;
     }
-    return real(file, path, mode);
+    return Real(&_wfopen_s)(file, path, mode);
 }
 
 constexpr char kMarker[] = "---------- session start ----------\r\n";

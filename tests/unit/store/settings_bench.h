@@ -1,5 +1,5 @@
 // What the tests of the settings share: an application-data folder of their own and a record of the log
-// lines. One of a program's sources includes it.
+// lines. What includes it has its seams.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -93,7 +93,7 @@ protected:
 }  // namespace settings_bench
 
 // In place of the event log.
-void LogFormatted(const wchar_t* format, ...) {
+AMBREL_REPLACE(void, LogFormatted, (const wchar_t* format, ...)) {
     wchar_t message[512];
     va_list arguments;
     va_start(arguments, format);

@@ -3,9 +3,12 @@
 
 #include <string>
 
+#include "support/seam.h"
 #include "win32/platform.h"
 
 #include <oleauto.h>
+
+AMBREL_USES_SEAMS(com_books);
 
 // Forgets everything and lets every allocation succeed.
 void OpenComBooks();

@@ -4,6 +4,8 @@
 
 #include "support/seam.h"
 
+AMBREL_SEAM_SET(fake_clock);
+
 namespace {
 
 __time64_t __cdecl FakeTime(__time64_t* out) {

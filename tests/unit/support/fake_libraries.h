@@ -5,7 +5,10 @@
 #include <map>
 #include <string>
 
+#include "support/seam.h"
 #include "win32/platform.h"
+
+AMBREL_USES_SEAMS(fake_libraries);
 
 using LibraryFunctions = std::map<std::string, FARPROC>;
 

@@ -3,8 +3,11 @@
 
 #include "store/event_log.h"
 #include "support/call_record.h"
+#include "support/seam.h"
 
-void LogFormatted(const wchar_t* format, ...) {
+AMBREL_SEAM_SET(recorded_log);
+
+AMBREL_REPLACE(void, LogFormatted, (const wchar_t* format, ...)) {
     wchar_t text[kLogMessageCapacity];
     va_list arguments;
     va_start(arguments, format);

@@ -9,6 +9,8 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
+AMBREL_SEAM_SET(recorded_registry);
+
 RecordedRegistry g_registry;
 
 namespace {

@@ -9,7 +9,10 @@
 #include <string>
 #include <vector>
 
+#include "support/seam.h"
 #include "win32/platform.h"
+
+AMBREL_USES_SEAMS(recorded_registry);
 
 struct RecordedRegistry {
     LSTATUS openToQuery = ERROR_SUCCESS;

@@ -5,6 +5,8 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
+AMBREL_SEAM_SET(recorded_timers);
+
 namespace {
 
 UINT_PTR WINAPI FakeSetTimer(HWND window, UINT_PTR id, UINT period, TIMERPROC procedure) {

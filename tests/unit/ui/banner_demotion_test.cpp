@@ -4,10 +4,13 @@
 #include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/fake_clock.h"
+#include "support/seam.h"
 #include "ui/drawing_test.h"
 #include "ui/gdi_recorder.h"
 #include "ui/main_panel.h"
 #include "ui/regions.h"
+
+AMBREL_USES_SEAMS(recorded_log);
 
 namespace {
 

@@ -12,6 +12,8 @@
 #include "support/seam.h"
 #include "ui/support_copy.h"
 
+AMBREL_SEAM_SET(click_bench);
+
 ClickBench g_bench;
 
 namespace {
@@ -40,64 +42,64 @@ AMBREL_SEAM(SetTimer, FakeSetTimer);
 AMBREL_SEAM(KillTimer, FakeKillTimer);
 AMBREL_SEAM(SetCapture, FakeSetCapture);
 
-void InitMagnification() {
+AMBREL_REPLACE(void, InitMagnification, ()) {
     Record("initialise");
     g_app.magnificationReady = g_bench.initialisationSucceeds;
 }
-void ShutdownMagnification() {
+AMBREL_REPLACE(void, ShutdownMagnification, ()) {
     Record("shut down");
 }
-bool IsMagnificationUsable() {
+AMBREL_REPLACE(bool, IsMagnificationUsable, ()) {
     return g_app.magnificationReady;
 }
-MatrixResult SetFilterMatrix() {
+AMBREL_REPLACE(MatrixResult, SetFilterMatrix, ()) {
     Record("matrix");
     g_bench.atApply = Now();
     return {true, 0};
 }
-void SetIdentityMatrix() {
+AMBREL_REPLACE(void, SetIdentityMatrix, ()) {
     Record("identity matrix");
     g_bench.atClear = Now();
 }
-void ApplyLegacyRamp() {
+AMBREL_REPLACE(void, ApplyLegacyRamp, ()) {
     Record("ramp");
     g_bench.atApply = Now();
 }
-void RestoreIdentityRamp() {
+AMBREL_REPLACE(void, RestoreIdentityRamp, ()) {
     Record("identity ramp");
     g_bench.atClear = Now();
 }
-void TintSystemCursors() {
+AMBREL_REPLACE(void, TintSystemCursors, ()) {
     Record("tint cursors");
 }
-void RestoreSystemCursors() {
+AMBREL_REPLACE(void, RestoreSystemCursors, ()) {
     Record("restore cursors");
 }
-void StartGammaRangeFix() {
+AMBREL_REPLACE(void, StartGammaRangeFix, ()) {
     Record("gamma fix");
 }
-void TogglePwmSafeByUser() {
+AMBREL_REPLACE(void, TogglePwmSafeByUser, ()) {
     Record("toggle");
 }
-void RefreshPwmSafeTargets(bool fromTimer) {
+AMBREL_REPLACE(void, RefreshPwmSafeTargets, (bool fromTimer)) {
     Record(fromTimer ? "look at displays from timer" : "look at displays");
 }
-void CopySupportBundle() {
+AMBREL_REPLACE(void, CopySupportBundle, ()) {
     Record("copy support bundle");
 }
-void SetAutostart(bool on) {
+AMBREL_REPLACE(void, SetAutostart, (bool on)) {
     Record("autostart ", on ? "on" : "off");
     g_app.launchAtStart = on;
 }
-void RefreshPopupAndTray() {
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
     g_bench.panelAtRefresh = g_app.panel;
 }
-void SaveSettings() {
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save");
     g_bench.atSave = Now();
 }
-void LogFormatted(const wchar_t*, ...) {
+AMBREL_REPLACE(void, LogFormatted, (const wchar_t*, ...)) {
     Record("log");
 }
 

@@ -6,7 +6,10 @@
 
 #include "app/state/app_state.h"
 #include "support/call_record.h"
+#include "support/seam.h"
 #include "ui/popup_input.h"
+
+AMBREL_USES_SEAMS(click_bench);
 
 struct Snapshot {
     double intensity;

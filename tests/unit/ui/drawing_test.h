@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "app/state/app_state.h"
+#include "support/seam.h"
 #include "ui/gdi_recorder.h"
+
+AMBREL_USES_SEAMS(gdi_recorder);
 
 class DrawingTest : public testing::Test {
 protected:

@@ -4,6 +4,8 @@
 #include "ui/gdi_books.h"
 #include "ui/print.h"
 
+AMBREL_SEAM_SET(gdi_recorder);
+
 namespace {
 
 std::string Rgb(COLORREF colour) {

@@ -41,15 +41,10 @@ bool g_noPixels = false;
 bool g_noBlock = false;
 DWORD g_resourceSize = 0xFFFFFFFF;  // 0xFFFFFFFF: as it is
 
-template <typename Function>
-Function* Real(const wchar_t* module, const char* name, Function*) {
-    return reinterpret_cast<Function*>(GetProcAddress(LoadLibraryW(module), name));
-}
-
 HRESULT WINAPI FakeCoCreateInstance(REFCLSID classId, LPUNKNOWN outer, DWORD context, REFIID iid,
                                     LPVOID* out) {
     ++g_factories;
-    static const auto real = Real(L"ole32.dll", "CoCreateInstance", &FakeCoCreateInstance);
+    const auto real = Real(&CoCreateInstance);
     return real(classId, outer, context, iid, out);
 }
 
@@ -58,7 +53,7 @@ HRESULT WINAPI FakeCreateStreamOnHGlobal(HGLOBAL block, BOOL deleteOnRelease, LP
     EXPECT_NE(block, nullptr);
     if (g_noStream) return E_OUTOFMEMORY;
     --g_blocks;  // the stream's from now on
-    static const auto real = Real(L"ole32.dll", "CreateStreamOnHGlobal", &FakeCreateStreamOnHGlobal);
+    const auto real = Real(&CreateStreamOnHGlobal);
     return real(block, deleteOnRelease, stream);
 }
 
@@ -66,13 +61,13 @@ HGLOBAL WINAPI FakeGlobalAlloc(UINT flags, SIZE_T size) {
     EXPECT_TRUE((flags & GMEM_MOVEABLE) != 0);
     if (g_noBlock) return nullptr;
     ++g_blocks;
-    static const auto real = Real(L"kernel32.dll", "GlobalAlloc", &FakeGlobalAlloc);
+    const auto real = Real(&GlobalAlloc);
     return real(flags, size);
 }
 
 HGLOBAL WINAPI FakeGlobalFree(HGLOBAL block) {
     --g_blocks;
-    static const auto real = Real(L"kernel32.dll", "GlobalFree", &FakeGlobalFree);
+    const auto real = Real(&GlobalFree);
     return real(block);
 }
 
@@ -81,12 +76,12 @@ HRSRC WINAPI FakeFindResourceW(HMODULE module, LPCWSTR name, LPCWSTR type) {
     EXPECT_EQ(name, MAKEINTRESOURCEW(201));
     EXPECT_EQ(type, MAKEINTRESOURCEW(10));
     if (g_noResource) return nullptr;
-    static const auto real = Real(L"kernel32.dll", "FindResourceW", &FakeFindResourceW);
+    const auto real = Real(&FindResourceW);
     return real(module, name, type);
 }
 
 DWORD WINAPI FakeSizeofResource(HMODULE module, HRSRC resource) {
-    static const auto real = Real(L"kernel32.dll", "SizeofResource", &FakeSizeofResource);
+    const auto real = Real(&SizeofResource);
     return g_resourceSize != 0xFFFFFFFF ? g_resourceSize : real(module, resource);
 }
 
@@ -96,7 +91,7 @@ HBITMAP WINAPI FakeCreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, 
     ++g_dibs;
     EXPECT_EQ(info->bmiHeader.biBitCount, 32);
     EXPECT_LT(info->bmiHeader.biHeight, 0) << "top-down";
-    static const auto real = Real(L"gdi32.dll", "CreateDIBSection", &FakeCreateDIBSection);
+    const auto real = Real(&CreateDIBSection);
     HBITMAP made = real(dc, info, usage, bits, section, offset);
     if (g_noPixels) *bits = nullptr;  // nowhere to copy the pixels to
     return made;
@@ -105,20 +100,20 @@ HBITMAP WINAPI FakeCreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, 
 BOOL WINAPI FakeDeleteObject(HGDIOBJ object) {
     g_deleted.push_back(object);
     if (GetObjectType(object) == OBJ_BITMAP) --g_dibs;
-    static const auto real = Real(L"gdi32.dll", "DeleteObject", &FakeDeleteObject);
+    const auto real = Real(&DeleteObject);
     return real(object);
 }
 
 HDC WINAPI FakeCreateCompatibleDC(HDC like) {
     ++g_contexts;
-    static const auto real = Real(L"gdi32.dll", "CreateCompatibleDC", &FakeCreateCompatibleDC);
+    const auto real = Real(&CreateCompatibleDC);
     return real(like);
 }
 
 BOOL WINAPI FakeDeleteDC(HDC dc) {
     --g_contexts;
     EXPECT_NE(GetCurrentObject(dc, OBJ_BITMAP), g_app.logoBitmap) << "the logo is deselected first";
-    static const auto real = Real(L"gdi32.dll", "DeleteDC", &FakeDeleteDC);
+    const auto real = Real(&DeleteDC);
     return real(dc);
 }
 

@@ -2,7 +2,7 @@
 //
 // A picture that is missing fails, one that differs is written beside the build (pictures/) and fails. After
 // a change that is meant to be seen, write the golden pictures anew, look at them and commit them:
-//     lab/run-in-lab build/release/unit/panel_pictures.exe --write-golden
+//     lab/run-in-lab build/release/unit/ui.exe --write-golden
 // or set AMBREL_WRITE_GOLDEN=1 where a program inherits its environment.
 #include <gtest/gtest.h>
 

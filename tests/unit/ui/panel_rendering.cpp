@@ -11,6 +11,8 @@
 #include "ui/print.h"
 #include "win32/guards.h"
 
+AMBREL_SEAM_SET(panel_rendering);
+
 namespace {
 
 HWND const kWindow = reinterpret_cast<HWND>(0x1234);

@@ -6,7 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "support/seam.h"
 #include "ui/picture.h"
+
+AMBREL_USES_SEAMS(panel_rendering);
 
 struct PanelState {
     const char* name;

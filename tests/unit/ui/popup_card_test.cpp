@@ -7,8 +7,12 @@
 #include "brightness/display_targets.h"
 #include "store/settings.h"
 #include "support/call_record.h"
+#include "support/seam.h"
 #include "ui/popup_input.h"
 #include "ui/support_copy.h"
+
+AMBREL_USES_SEAMS(recorded_timers);
+AMBREL_USES_SEAMS(recorded_log);
 
 namespace {
 
@@ -36,31 +40,31 @@ protected:
 
 }  // namespace
 
-void EnumerateTargets(DisplayTargetList* list) {
+AMBREL_REPLACE(void, EnumerateTargets, (DisplayTargetList * list)) {
     Record("list");
     *list = g_displays;
 }
-void CountTargets(const DisplayTargetList& list) {
+AMBREL_REPLACE(void, CountTargets, (const DisplayTargetList& list)) {
     g_app.pwmTargetsPresent = !list.empty();
     g_app.pwmTargetCount = static_cast<std::int32_t>(list.size());
     g_app.pwmTargetsAt100 = 0;
     for (const DisplayTarget& display : list)
         g_app.pwmTargetsAt100 += display.percent == 100 ? 1 : 0;
 }
-bool SetTargetBrightness(const DisplayTarget& target, std::uint32_t percent) {
+AMBREL_REPLACE(bool, SetTargetBrightness, (const DisplayTarget& target, std::uint32_t percent)) {
     Record("set ", Narrow(target.name), " ", percent);
     for (DisplayTarget& display : g_displays) {
         if (display.name == target.name) display.percent = percent;
     }
     return true;
 }
-void CopySupportBundle() {
+AMBREL_REPLACE(void, CopySupportBundle, ()) {
     ADD_FAILURE() << "the card is no support button";
 }
-void SaveSettings() {
+AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save ", g_app.pwmSafe ? "on" : "off");
 }
-void RefreshPopupAndTray() {
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
 }
 

@@ -82,22 +82,22 @@ AMBREL_SEAM(ReleaseCapture, FakeReleaseCapture);
 AMBREL_SEAM(SetTimer, FakeSetTimer);
 AMBREL_SEAM(KillTimer, FakeKillTimer);
 
-void ApplyFilter() {
+AMBREL_REPLACE(void, ApplyFilter, ()) {
     g_calls.push_back("apply");
 }
-void ClearFilter() {
+AMBREL_REPLACE(void, ClearFilter, ()) {
     g_calls.push_back("clear");
 }
-void ApplyPreset(FilterPreset) {
+AMBREL_REPLACE(void, ApplyPreset, (FilterPreset)) {
     g_calls.push_back("preset");
 }
-void ToggleLegacyMode() {
+AMBREL_REPLACE(void, ToggleLegacyMode, ()) {
     g_calls.push_back("toggle legacy");
 }
-void RefreshPopupAndTray() {
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     g_calls.push_back("refresh");
 }
-void SaveSettings() {
+AMBREL_REPLACE(void, SaveSettings, ()) {
     g_calls.push_back("save");
 }
 

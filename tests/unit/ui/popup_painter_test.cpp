@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "app/state/app_state.h"
+#include "support/seam.h"
 #include "ui/drawing_test.h"
 #include "ui/expected_drawing.h"
 #include "ui/gdi_recorder.h"
@@ -42,10 +43,10 @@ protected:
 
 }  // namespace
 
-void DrawMainPanel(HDC) {
+AMBREL_REPLACE(void, DrawMainPanel, (HDC)) {
     g_gdi.drawn.push_back("main panel");
 }
-void DrawSettingsPanel(HDC) {
+AMBREL_REPLACE(void, DrawSettingsPanel, (HDC)) {
     g_gdi.drawn.push_back("settings panel");
 }
 

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "app/state/app_state.h"
+#include "store/event_log.h"
+#include "support/seam.h"
 #include "win32/platform.h"
 
 namespace {
@@ -109,7 +111,7 @@ protected:
 
 }  // namespace
 
-void LogFormatted(const wchar_t* format, ...) {
+AMBREL_REPLACE(void, LogFormatted, (const wchar_t* format, ...)) {
     g_logged.push_back(format);
 }
 

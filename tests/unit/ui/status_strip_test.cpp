@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "app/state/app_state.h"
+#include "store/event_log.h"
+#include "support/seam.h"
 #include "ui/drawing_test.h"
 #include "ui/expected_drawing.h"
 #include "ui/gdi_recorder.h"
@@ -78,7 +80,7 @@ Drawing TextLine(const std::string& text, std::uint32_t colour) {
 
 }  // namespace
 
-void LogFormatted(const wchar_t* format, ...) {
+AMBREL_REPLACE(void, LogFormatted, (const wchar_t* format, ...)) {
     g_logged.push_back(format);
 }
 

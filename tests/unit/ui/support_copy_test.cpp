@@ -11,6 +11,9 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
+AMBREL_USES_SEAMS(recorded_timers);
+AMBREL_USES_SEAMS(recorded_log);
+
 namespace {
 
 HWND const kPopup = MakeHandle<HWND>(500);
@@ -114,13 +117,13 @@ AMBREL_SEAM(GlobalUnlock, FakeGlobalUnlock);
 AMBREL_SEAM(GlobalFree, FakeGlobalFree);
 AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
 
-std::wstring BuildSupportBundle() {
+AMBREL_REPLACE(std::wstring, BuildSupportBundle, ()) {
     Record("build report");
     g_tick += g_buildingTakes;
     return g_text;
 }
 
-void RefreshPopupAndTray() {
+AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
 }
 

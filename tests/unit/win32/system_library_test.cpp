@@ -14,10 +14,7 @@ int g_freed = 0;
 
 BOOL WINAPI CountingFreeLibrary(HMODULE module) {
     ++g_freed;
-    using FreeLibraryFunction = BOOL(WINAPI*)(HMODULE);
-    static const auto real = reinterpret_cast<FreeLibraryFunction>(
-        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "FreeLibrary"));
-    return real(module);
+    return Real(&FreeLibrary)(module);
 }
 
 std::wstring PathOf(HMODULE module) {

@@ -7,7 +7,7 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
-void UpdateTrayIcon() {
+AMBREL_REPLACE(void, UpdateTrayIcon, ()) {
     Record("update tray icon");
 }
 

@@ -1,0 +1,22 @@
+// Runs the tests of a program, each with the seams of its file in force.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/seam.h"
+
+namespace {
+
+// Appended last: what is printed before and after a test goes to the real functions.
+class SeamsOfTheTest : public testing::EmptyTestEventListener {
+    void OnTestStart(const testing::TestInfo& test) override { seams::Install(test.file()); }
+    void OnTestEnd(const testing::TestInfo&) override { seams::Remove(); }
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    testing::InitGoogleMock(&argc, argv);
+    if (!seams::Verify()) return 1;
+    testing::UnitTest::GetInstance()->listeners().Append(new SeamsOfTheTest);
+    return RUN_ALL_TESTS();
+}

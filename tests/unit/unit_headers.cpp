@@ -1,1 +1,0 @@
-// Stands for the precompiled headers that every test program uses.
