@@ -53,7 +53,7 @@ void BecomeDpiAware() {
         SetProcessDPIAware();
         return;
     }
-    // Access denied: the awareness was set already, for example by a compatibility setting.
+    // Access denied: the awareness is already set, by the manifest or a compatibility setting.
     const HRESULT result = setAwareness(PROCESS_PER_MONITOR_DPI_AWARE);
     if (FAILED(result) && result != E_ACCESSDENIED) SetProcessDPIAware();
 }
