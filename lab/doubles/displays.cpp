@@ -8,8 +8,8 @@
 // C:\lab\displays.ramp.NUMBER.
 #include <windows.h>
 
-#include <cwchar>
 #include <cstring>
+#include <cwchar>
 
 namespace {
 

@@ -59,7 +59,10 @@ bool NextActiveDisplay(DWORD* index, DISPLAY_DEVICEW* display) {
 bool HasSeveralActiveDisplays() {
     DWORD index = 0;
     DISPLAY_DEVICEW display;
-    return NextActiveDisplay(&index, &display) && NextActiveDisplay(&index, &display);
+    int found = 0;
+    while (found < 2 && NextActiveDisplay(&index, &display))
+        ++found;
+    return found == 2;
 }
 
 // True for a display that takes gamma ramps at all. Loading the ramp that is in force again shows nothing;

@@ -50,7 +50,7 @@ struct AppState {
     std::uint32_t popupShows = 0;  // how often it was shown
     bool popupArmed = false;       // the popup has been active since it was shown; only then it hides itself
     bool menuTracking = false;
-    std::uint32_t menuRequests = 0;  // how often the tray menu was asked for
+    std::uint32_t menuRequests = 0;   // how often the tray menu was asked for
     std::uint64_t popupHiddenAt = 0;  // tick, ms
     bool ending = false;              // window or session is at its end: nothing is taken over any more
     Panel panel = Panel::Main;
