@@ -110,8 +110,9 @@ class PopupActions:
         return bool((self.window_facts() or {}).get("foreground"))
 
     def wait_for_foreground(self):
-        """Waits until the popup has the foreground."""
+        """Waits until the popup has the foreground and the program has done all that it does to get it."""
         wait_until(self.popup_is_foreground, "the popup in the foreground", seen=self.windows)
+        self.send_message(0)
 
     def popup_rect(self):
         """Rect of the program's window on the screen, shown or not; None without a window."""

@@ -60,7 +60,7 @@ def test_it_hides_when_another_window_is_clicked(desk):
     with desk.other_window():
         desk.open_popup()
         desk.wait_for_foreground()
-        desk.click(300, 250)
+        desk.click_window(300, 250, "LabOtherWindow")
         desk.wait_for_popup(False)
 
 
