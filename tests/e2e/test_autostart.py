@@ -26,9 +26,8 @@ def wide(text):
 
 def raw_entry(desk):
     """(type, bytes) of the value as it is in the registry, None when there is none."""
-    result, text = desk.desktop.tool("registry-get", RUN_KEY, RUN_VALUE)
-    lines = dict(line.split("=", 1) for line in text.splitlines() if "=" in line)
-    return (int(lines["type"]), bytes.fromhex(lines["hex"])) if result == 0 else None
+    found = desk.desktop.facts("registry-get", RUN_KEY, RUN_VALUE)
+    return found and (found["type"], bytes.fromhex(found["hex"]))
 
 
 def assert_entry(desk, path=PROGRAM):

@@ -212,7 +212,10 @@ def test_without_an_application_data_folder_the_program_works_with_the_defaults(
     desk.press_power()
     desk.wait_for_colour(model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
     assert works(desk)
-    desk.menu(LEGACY)
+    desk.click_menu_row(desk.open_menu(), LEGACY)
+    desk.wait_for_menu_end()
+    desk.press_power()
+    desk.wait_for_legacy_colour(*EVENING)
     assert desk.quit() == 0
     assert desk.settings_text() == GOOD.replace("\r\n", "\n")
     assert not desk.events_path.exists()
