@@ -21,7 +21,7 @@ scripts/install-packages.sh scripts/packages.txt lab/packages.txt
 
 echo "Building build/release/ambrel.exe"
 mkdir -p build
-if ! { cmake --preset release && cmake --build --preset release --target ambrel lab cursor_sheet; } >build/run.log 2>&1; then
+if ! { cmake --preset tests && cmake --build --preset tests --target ambrel lab cursor_sheet; } >build/run.log 2>&1; then
     grep -v '^\[' build/run.log | tail -n 60 >&2
     echo "The build failed; the whole of it is in build/run.log." >&2
     exit 1

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Builds and runs every test: ./test.sh
-# Runs those whose name matches:  ./test.sh NAME   (a test program as `./test.sh --list` shows it, or part of the
-# name of a single test)
+# Builds and runs every test:     ./test.sh
+# Before a commit, no desktop:    ./test.sh --quick    (the program, unit tests, layout, documents, format)
+# Runs those whose name matches:  ./test.sh NAME       (a test as `./test.sh --list` shows it, or part of the name of
+#                                                       a single test in one)
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -9,41 +10,42 @@ scripts/install-packages.sh scripts/packages.txt lab/packages.txt packaging/pack
 
 say() { printf '\n== %s\n' "$*"; }
 
+# build TARGET...: builds into build/release; only a failure is shown.
 build() {
-    local preset=$1
-    local log=build/$preset.log
+    local log=build/tests.log
     mkdir -p build
-    if ! { cmake --preset "$preset" && cmake --build --preset "$preset"; } >"$log" 2>&1; then
+    if ! { cmake --preset tests && cmake --build --preset tests --target "$@"; } >"$log" 2>&1; then
         grep -v '^\[' "$log" | tail -n 60 >&2
-        echo "The $preset build failed; the whole of it is in $log." >&2
+        echo "The build failed; the whole of it is in $log." >&2
         exit 1
     fi
 }
 
-# More at a time than there are processors: the end-to-end tests mostly wait. A lab in which Wine itself has hung is
-# started anew, once; a test that failed is not repeated.
-run_ctest() {
-    ctest --test-dir build/release --output-on-failure --parallel 4 --no-tests=error --repeat after-timeout:2 "$@"
-}
-
-say "Building the program, its tests and its lab (build/release)"
-build release
-
 case "${1:-}" in
-    "") ;;
-    --list) exec ctest --test-dir build/release -N ;;
+    "")
+        # The rest is built by tests of its own, so that the end-to-end tests, which mostly wait, run meanwhile.
+        say "Building the program and its lab (build/release)"
+        build end_to_end
+        say "Running every test"
+        exec ctest --preset tests
+        ;;
+    --quick)
+        say "Building the program and its unit tests (build/release)"
+        build ambrel unit_tests
+        say "Running the tests that need no desktop"
+        exec ctest --preset quick
+        ;;
+    --list)
+        build end_to_end
+        exec ctest --preset tests -N
+        ;;
     *)
-        if ctest --test-dir build/release -N -R "$1" | grep -q '^Total Tests: [1-9]'; then
-            run_ctest -R "$1"
-        else
-            GTEST_FILTER="*$1*" AMBREL_PYTEST_NAME="$1" run_ctest -L 'unit|e2e|package'
+        say "Building the program, its tests and its lab (build/release)"
+        build end_to_end unit_tests
+        say "Running what matches $1"
+        if ctest --preset tests -N -R "$1" | grep -q '^Total Tests: [1-9]'; then
+            exec ctest --preset tests -R "$1"
         fi
-        exit
+        GTEST_FILTER="*$1*" AMBREL_PYTEST_NAME="$1" exec ctest --preset tests -L 'unit|e2e|package'
         ;;
 esac
-
-say "Building the same sources with a second compiler (build/clang)"
-build clang
-
-say "Running every test"
-run_ctest
