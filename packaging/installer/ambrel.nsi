@@ -161,6 +161,7 @@ FunctionEnd
 
 ; Removes what was unpacked and starts an ended copy again: the version from before works as it did.
 Function UndoInstall
+    SetDetailsPrint none
     Delete "$INSTDIR\${PROGRAM}${UNPACKED}"
     Delete "$INSTDIR\${UNINSTALLER}${UNPACKED}"
     ${If} $CopyEnded = 1
@@ -176,6 +177,7 @@ Function UndoInstall
     ${If} $MadeParent = 1
         RMDir "${SUGGESTED_PARENT}"
     ${EndIf}
+    SetDetailsPrint lastused
 FunctionEnd
 
 !macro Fail text

@@ -127,7 +127,7 @@ Function ${un}EndRunningCopy
         ${If} $CopyProcess != ""
             StrCpy $CopyPath "$CopyPath (process $CopyProcess)"
         ${EndIf}
-        MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "Ambrel is running and cannot be closed from here:$\r$\n$CopyPath$\r$\n$\r$\nIt may run as administrator, or a message of it may be open. Answer the message, choose Quit from the menu of its tray icon, and then choose Retry." /SD IDCANCEL IDRETRY again
+        MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "Ambrel is running and cannot be closed from here:$\r$\n$CopyPath$\r$\n$\r$\nIt may be running as administrator, or one of its message boxes may be open. Close the box, choose Quit from the menu of its tray icon, and then choose Retry." /SD IDCANCEL IDRETRY again
         StrCpy $R0 0
         Return
         again:
