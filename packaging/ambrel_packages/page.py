@@ -16,7 +16,6 @@ article + article { margin-top: 4rem; border-top: 1px solid #888; }
 table { border-collapse: collapse; }
 th, td { border: 1px solid #bbb; padding: .35rem .6rem; text-align: left; vertical-align: top; }
 thead th:empty { display: none; }
-td code { overflow-wrap: anywhere; }
 code, pre { font-family: Consolas, monospace; font-size: 14px; }
 pre { overflow-x: auto; padding: .8rem; background: #f2f2f2; }
 img { max-width: 100%; }
@@ -76,9 +75,14 @@ def article(document, documents):
         # A file's name says nothing to whoever reads the page.
         return f'<a href="#{place(file, part)}">{title_of(file) if text == path else text}</a>'
 
+    def cell(match):
+        return match.group(0).replace("\\", "\\<wbr>")
+
     body = re.sub(r"<h([1-6])>(.*?)</h\1>", heading, html_of(document), flags=re.S)
     body = re.sub(r'src="([^"]*)"', picture, body)
     body = re.sub(r'<a href="([^"]*)">(.*?)</a>', link, body, flags=re.S)
+    # A path in a table may break after its backslashes, or it would take the whole width.
+    body = re.sub(r"<td>.*?</td>", cell, body, flags=re.S)
     return f'<article id="{document.stem}">\n{body}</article>\n'
 
 
