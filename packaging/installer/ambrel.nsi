@@ -105,7 +105,10 @@ Var StartProgram
 !define MUI_PAGE_HEADER_SUBTEXT "The screen, the pointer and the backlight are restored."
 !define MUI_UNCONFIRMPAGE_TEXT_TOP "Ambrel is closed and removed from this folder. You are asked before your settings are removed."
 !insertmacro MUI_UNPAGE_CONFIRM
-!define MUI_UNTEXT_ABORT_TITLE "Not removed"
+!define MUI_INSTFILESPAGE_FINISHHEADER_TEXT "Removed"
+!define MUI_INSTFILESPAGE_FINISHHEADER_SUBTEXT "Ambrel is no longer on this computer."
+!define MUI_INSTFILESPAGE_ABORTHEADER_TEXT "Not removed"
+!define MUI_INSTFILESPAGE_ABORTHEADER_SUBTEXT "Nothing was removed."
 !insertmacro MUI_UNPAGE_INSTFILES
 
 !insertmacro MUI_LANGUAGE "English"

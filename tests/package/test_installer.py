@@ -409,7 +409,7 @@ def test_the_uninstaller_asks_before_it_removes_settings(house, answer, kept):
     box = house.page("Remove your settings and the event log too?")
     assert f"{house.user_folder}\\AppData\\Roaming\\Ambrel2".lower() in box.text.lower()
     house.press_button(box, answer)
-    house.go_on(house.page("completed"))
+    house.go_on(house.page("no longer on this computer"))
     house.wait_for_uninstaller()
     assert house.settings() == ({"LaunchAtStart": "0", "PWMSafeMode": "1"} if kept else {})
     assert house.events_path.exists() == kept
@@ -439,7 +439,7 @@ def test_a_copy_that_runs_elsewhere_survives_an_uninstall(house):
     house.wait_for_icon()
 
 
-def test_a_copy_that_refuses_stops_a_silent_uninstall(house):
+def test_a_copy_that_refuses_stops_the_uninstaller(house):
     program = put_stand_in(house)
     before = house.registry("HKCU")
     with house.stand_in("refuse", program=program) as copy:
@@ -448,3 +448,10 @@ def test_a_copy_that_refuses_stops_a_silent_uninstall(house):
         assert house.listing() == INSTALLED
         assert difference(before, house.registry("HKCU")) == ({}, {})
         assert menu(house).exists()
+        # With its pages the uninstaller says so.
+        house.start_uninstaller()
+        house.go_on(house.page("asked before your settings are removed"))
+        house.press_button(house.page("cannot be closed from here"), 2)  # Cancel
+        house.go_on(house.page("Nothing was removed"), 2)
+        house.wait_for_uninstaller()
+        assert copy.poll() is None and house.listing() == INSTALLED
