@@ -107,6 +107,9 @@ Var StartProgram
 !insertmacro MUI_UNPAGE_CONFIRM
 !define MUI_INSTFILESPAGE_FINISHHEADER_TEXT "Removed"
 !define MUI_INSTFILESPAGE_FINISHHEADER_SUBTEXT "Ambrel is no longer on this computer."
+; The header file undefines the other texts after each page.
+!undef MUI_INSTFILESPAGE_ABORTHEADER_TEXT
+!undef MUI_INSTFILESPAGE_ABORTHEADER_SUBTEXT
 !define MUI_INSTFILESPAGE_ABORTHEADER_TEXT "Not removed"
 !define MUI_INSTFILESPAGE_ABORTHEADER_SUBTEXT "Nothing was removed."
 !insertmacro MUI_UNPAGE_INSTFILES

@@ -64,18 +64,33 @@ class House(Desk):
     def start_uninstaller(self, *switches, folder=None):
         self.desktop.run([f"{folder or self.home}\\uninstall.exe", *switches], timeout=60)
 
-    def wait_for_uninstaller(self, timeout=90.0):
-        wait_until(lambda: not self.uninstaller_running(), timeout, "the end of the uninstaller")
+    def wait_for_uninstaller(self):
+        wait_until(lambda: not self.uninstaller_running(), "the end of the uninstaller")
 
     def uninstaller_running(self):
         return any(b"~nsu" in read_bytes(f"/proc/{pid}/cmdline") for pid in processes_of(self.prefix.folder))
 
-    def page(self, text, title="Ambrel", timeout=20.0):
+    def page(self, text, title="Ambrel"):
         """The dialog whose texts hold `text`, once it is shown."""
         def shown():
             return next((box for box in self.message_boxes()
                          if title in box.title and text in box.text.replace("\r\n", "\n")), None)
-        return wait_until(shown, timeout, f"a page with '{text}'; shown are {[box.text for box in self.message_boxes()]}")
+        return wait_until(shown, f"a page with '{text}'", seen=lambda: [box.text for box in self.message_boxes()])
+
+    def finish_page(self):
+        """The installer's last page, once its check boxes are shown as they are offered."""
+        def shown():
+            page = self.page("notification area")
+            return page if "Launch Ambrel at startup" in page.buttons.values() else None
+        return wait_until(shown, "the finish page with its check boxes")
+
+    def box(self, caption, state=None):
+        """(ticked, enabled) of an installer's check box, after it was set to `state` if that is given."""
+        words = [caption] if state is None else [caption, str(int(state))]
+        child = self.desktop.start([STAND_IN, "box", *words], stdout=subprocess.PIPE)
+        facts = child.stdout.readline().decode().split()
+        assert child.wait() == 0, f"there is no box '{caption}'"
+        return facts[0] == "checked=1", facts[1] == "enabled=1"
 
     def go_on(self, page, button=1):
         """Presses a page's button: 1 is Next, Install or Finish, 2 Cancel."""

@@ -3,6 +3,8 @@
 //     stand_in refuse     has the program's window and mutex, and does not agree to end
 //     stand_in starting   has the program's mutex, but no window yet
 //     stand_in hold FILE  has a file open and lets others only read it
+// And a hand on an installer's check box, which it shows or sets:
+//     stand_in box CAPTION [0|1]   prints checked=0|1 enabled=0|1
 #include <windows.h>
 
 #include <cstdio>
@@ -43,6 +45,37 @@ int Refuse() {
     return 0;
 }
 
+struct Search {
+    const wchar_t* caption;
+    HWND found;
+};
+
+BOOL CALLBACK CompareCaption(HWND window, LPARAM parameter) {
+    Search& search = *reinterpret_cast<Search*>(parameter);
+    wchar_t text[256] = {};
+    SendMessageW(window, WM_GETTEXT, 256, reinterpret_cast<LPARAM>(text));
+    if (std::wcscmp(text, search.caption) == 0) search.found = window;
+    return search.found == nullptr;
+}
+
+BOOL CALLBACK SearchDialog(HWND window, LPARAM parameter) {
+    wchar_t name[16] = {};
+    GetClassNameW(window, name, 16);
+    if (std::wcscmp(name, L"#32770") == 0) EnumChildWindows(window, CompareCaption, parameter);
+    return reinterpret_cast<Search*>(parameter)->found == nullptr;
+}
+
+int ShowOrSetBox(const wchar_t* caption, const wchar_t* state) {
+    Search search = {caption, nullptr};
+    EnumWindows(SearchDialog, reinterpret_cast<LPARAM>(&search));
+    if (search.found == nullptr) return 1;
+    if (state != nullptr)
+        SendMessageW(search.found, BM_SETCHECK, *state == L'1' ? BST_CHECKED : BST_UNCHECKED, 0);
+    std::printf("checked=%d enabled=%d\n", SendMessageW(search.found, BM_GETCHECK, 0, 0) == BST_CHECKED,
+                IsWindowEnabled(search.found) != FALSE);
+    return 0;
+}
+
 int Hold(const wchar_t* file) {
     const HANDLE held = CreateFileW(file, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
     return held == INVALID_HANDLE_VALUE ? 1 : StayUntilInputEnds();
@@ -51,6 +84,9 @@ int Hold(const wchar_t* file) {
 }  // namespace
 
 int wmain(int count, wchar_t** words) {
+    if (count >= 3 && std::wcscmp(words[1], L"box") == 0) {
+        return ShowOrSetBox(words[2], count > 3 ? words[3] : nullptr);
+    }
     if (count == 3 && std::wcscmp(words[1], L"hold") == 0) return Hold(words[2]);
     if (count != 2) return 1;
     CreateMutexW(nullptr, TRUE, L"Global\\Ambrel2SingleInstance");

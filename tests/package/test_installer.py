@@ -7,12 +7,14 @@ import pytest
 
 import model
 from ambrel_lab.hardware import Monitor
+from ambrel_lab.waiting import LIMIT
 from desk import MARKER, wait_until
 from house import (APPROVED_KEY, FAILED, OTHER_SETUP, OTHER_VERSION, PUBLISHER, RUN_KEY, RUN_VALUE, SETUP, STAND_IN,
                    UNINSTALL_KEY, VERSION, House, difference)
 
 EVENING = model.PRESETS["EVENING"][:2]
 MENU = "AppData\\Roaming\\Microsoft\\Windows\\Start Menu\\Programs\\Ambrel.lnk"
+LAUNCH, START = "Launch Ambrel at startup", "Start Ambrel now"
 INSTALLED = ["ambrel.exe", "uninstall.exe"]
 ACCENTS = "C:\\Mes programmes\\Caf\u00e9 \u00e0 la cr\u00e8me\\Ambrel"
 
@@ -65,7 +67,7 @@ def starts(house):
 
 
 def wait_for_new_start(house, count):
-    wait_until(lambda: starts(house) == count, 20.0, f"start {count} of the program")
+    wait_until(lambda: starts(house) == count, f"start {count} of the program")
     house.wait_for_icon()
 
 
@@ -123,18 +125,21 @@ def without_pending(values):
 
 
 def test_the_pages_offer_a_start_now_and_a_launch_at_startup(house):
-    for name, toggles, entry in (("as offered", [], None), ("both changed", ["space", "Tab", "space"], True)):
+    for change in (False, True):
         setup = house.start_setup()
         house.go_on(house.page("without administrator rights"))
         house.go_on(house.page("suggested folder"))
-        finish = house.page("notification area")
-        for key in toggles:
-            house.key(key)
+        finish = house.finish_page()
+        assert house.box(LAUNCH) == (False, True)
+        assert house.box(START) == (True, True)
+        if change:
+            house.box(LAUNCH, True)
+            house.box(START, False)
         house.go_on(finish)
-        assert setup.wait(30) == 0, name
+        assert setup.wait(LIMIT) == 0
         assert house.installed_version() == VERSION
-        assert house.run_entry() == (f"{house.home}\\ambrel.exe" if entry else None), name
-        if entry:
+        assert house.run_entry() == (f"{house.home}\\ambrel.exe" if change else None)
+        if change:
             assert house.program_pids() == []
         else:
             house.wait_for_icon()
@@ -146,8 +151,7 @@ def test_launched_at_startup_the_program_finds_its_own_entry(house):
     assert house.setup("/AUTOSTART", "/RUN") == 0
     house.wait_for_icon()
     assert house.run_entry() == f"{house.home}\\ambrel.exe"
-    result, text = house.desktop.tool("registry-get", RUN_KEY, RUN_VALUE)
-    assert result == 0 and "type=1\n" in text
+    assert house.desktop.ask("registry-get", RUN_KEY, RUN_VALUE)["type"] == 1
     switch_on_evening(house)
     assert house.settings()["LaunchAtStart"] == "1"
     assert not [line for line in house.log() if "utostart" in line]
@@ -176,7 +180,7 @@ def test_an_upgrade_over_a_running_copy_restores_the_screen_and_the_backlight_an
     house.setup("/AUTOSTART")
     house.write_settings("[Settings]\r\nPWMSafeMode=1\r\nAllowExtremeDim=1\r\n")
     house.start()
-    wait_until(lambda: house.hardware.value("left") == 100, 20.0, "the lock")
+    wait_until(lambda: house.hardware.value("left") == 100, "the lock")
     switch_on_evening(house)
     settings, entry = house.settings(), house.run_entry()
     first = house.program_pids()
@@ -188,7 +192,7 @@ def test_an_upgrade_over_a_running_copy_restores_the_screen_and_the_backlight_an
     assert house.listing() == INSTALLED
     assert len(house.program_pids()) == 1 and house.program_pids() != first
     # The first copy gave the display its brightness back, the second one locked it again.
-    wait_until(lambda: house.hardware.value("left") == 100, 20.0, "the lock")
+    wait_until(lambda: house.hardware.value("left") == 100, "the lock")
     assert [call.arguments["value"] for call in house.hardware.calls("SetMonitorBrightness")] == [100, 40, 100]
     ended = [call for call in house.magnification_calls() if call.function == "MagUninitialize"]
     assert len(ended) == 1 and ended[0].result == 1
@@ -211,13 +215,13 @@ def test_the_pages_of_an_upgrade_ask_for_no_folder_and_keep_the_run_entry(house)
     house.start()
     setup = house.start_setup(setup=OTHER_SETUP)
     house.go_on(house.page("without administrator rights"))
-    finish = house.page("notification area")
-    # It runs again already; nothing is left to offer.
+    finish = house.finish_page()
+    # It runs again already and launches at startup; nothing is left to offer.
     wait_for_new_start(house, 2)
-    assert "Start Ambrel now" not in finish.buttons.values()
-    house.key("space")
+    assert START not in finish.buttons.values()
+    assert house.box(LAUNCH) == (True, False)
     house.go_on(finish)
-    assert setup.wait(30) == 0
+    assert setup.wait(LIMIT) == 0
     assert house.installed_version() == OTHER_VERSION
     assert house.run_entry() == f"{house.home}\\ambrel.exe"
     assert starts(house) == 2
@@ -228,11 +232,11 @@ def test_an_unticked_box_deletes_no_run_entry(house):
     house.registry_set(RUN_KEY, RUN_VALUE, "C:\\Other place\\ambrel.exe")
     setup = house.start_setup(setup=OTHER_SETUP)
     house.go_on(house.page("without administrator rights"))
-    finish = house.page("notification area")
-    house.key("Tab")
-    house.key("space")
+    finish = house.finish_page()
+    assert house.box(LAUNCH) == (False, True)
+    house.box(START, False)
     house.go_on(finish)
-    assert setup.wait(30) == 0
+    assert setup.wait(LIMIT) == 0
     assert house.run_entry() == "C:\\Other place\\ambrel.exe"
     assert house.program_pids() == []
 
@@ -270,7 +274,7 @@ def test_a_copy_that_refuses_is_named_and_a_silent_run_changes_nothing(house):
         house.press_button(box, 2)  # Cancel
         house.press_button(house.page("Nothing was changed"), 1)
         house.go_on(house.page("Not installed"), 2)
-        assert setup.wait(30) == FAILED
+        assert setup.wait(LIMIT) == FAILED
         assert copy.poll() is None
         assert house.prefix.path(program).read_bytes() == before
         assert house.listing() == INSTALLED
@@ -286,12 +290,11 @@ def test_once_the_user_has_quit_it_the_installer_goes_on(house):
         copy.kill()
         copy.wait()
         house.press_button(box, 4)  # Retry
-        finish = house.page("notification area")
+        finish = house.finish_page()
         assert house.installed_version() == OTHER_VERSION
-        house.key("Tab")
-        house.key("space")
+        house.box(START, False)
         house.go_on(finish)
-        assert setup.wait(30) == 0
+        assert setup.wait(LIMIT) == 0
 
 
 def test_a_copy_that_has_no_window_yet_is_waited_for(house):
@@ -302,7 +305,7 @@ def test_a_copy_that_has_no_window_yet_is_waited_for(house):
         assert setup.poll() is None
         assert house.listing() == ["ambrel.exe", "ambrel.exe.new", "uninstall.exe", "uninstall.exe.new"]
         copy.stdin.close()
-        assert setup.wait(30) == 0
+        assert setup.wait(LIMIT) == 0
     assert house.installed_version() == OTHER_VERSION
 
 
@@ -361,7 +364,7 @@ def test_a_cancelled_install_changes_nothing(house):
     setup = house.start_setup()
     house.go_on(house.page("without administrator rights"))
     house.go_on(house.page("suggested folder"), 2)
-    assert setup.wait(30) == 1
+    assert setup.wait(LIMIT) == 1
     assert difference(before, house.files()) == ({}, {})
     assert house.registry_get(UNINSTALL_KEY, "DisplayName") is None
 
@@ -371,7 +374,7 @@ def test_only_one_setup_runs_at_a_time(house):
     page = house.page("without administrator rights")
     assert house.setup(setup=OTHER_SETUP) == FAILED
     house.go_on(page, 2)
-    assert setup.wait(30) == 1
+    assert setup.wait(LIMIT) == 1
     assert house.listing() is None
 
 
