@@ -10,7 +10,7 @@ sys.dont_write_bytecode = True
 
 from ambrel_lab import Lab, LabError  # noqa: E402
 from ambrel_lab.display import run_on_display  # noqa: E402
-from ambrel_lab.places import DEFAULT_BUILD  # noqa: E402
+from ambrel_lab.paths import DEFAULT_BUILD  # noqa: E402
 from ambrel_lab.prefix import template, template_lock  # noqa: E402
 from ambrel_lab.selftest import selftest  # noqa: E402
 from ambrel_lab.unit import end_on_signals  # noqa: E402

@@ -11,7 +11,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parent))
 sys.dont_write_bytecode = True
 
 from ambrel_lab import Lab, LabError  # noqa: E402
-from ambrel_lab.places import ROOT  # noqa: E402
+from ambrel_lab.paths import ROOT  # noqa: E402
 from ambrel_lab.unit import end_on_signals  # noqa: E402
 from documents import guide, support_bundle  # noqa: E402
 

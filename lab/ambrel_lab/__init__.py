@@ -7,7 +7,7 @@
         lab.click_tray()
 """
 
-from .places import LabError
+from .paths import LabError
 
 __all__ = ["Lab", "LabError", "Picture"]
 

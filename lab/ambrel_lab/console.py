@@ -7,7 +7,7 @@ import sys
 import threading
 from pathlib import Path
 
-from .places import LabError
+from .paths import LabError
 
 # What a shell adds to the number of a signal that ended a program.
 SIGNALLED = 128

@@ -7,7 +7,7 @@ import subprocess
 import time
 from pathlib import Path
 
-from .places import WINE, LabError, windows_environment
+from .paths import WINE, LabError, windows_environment
 from .prefix import append_registry
 from .processes import end_processes
 from .waiting import LIMIT, wait_until

@@ -6,7 +6,7 @@ from pathlib import Path
 
 from .desktop import Desktop
 from .magnification import Magnification
-from .places import DEFAULT_BUILD, LabError
+from .paths import DEFAULT_BUILD, LabError
 from .prefix import Prefix
 from .processes import processes_named
 from .run import Run

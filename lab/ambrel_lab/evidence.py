@@ -2,7 +2,7 @@
 
 import shutil
 
-from .places import LabError
+from .paths import LabError
 
 
 def save_evidence(lab, folder):

@@ -9,7 +9,7 @@ from fontTools.pens.recordingPen import DecomposingRecordingPen
 from fontTools.pens.ttGlyphPen import TTGlyphPen
 from fontTools.ttLib import TTFont
 
-from .places import DEJAVU, OPEN_SANS
+from .paths import DEJAVU, OPEN_SANS
 
 # Segoe UI's cell at 2048 units an em: with it a height asked of CreateFont gives letters of the same size.
 SEGOE_ASCENT, SEGOE_DESCENT = 2210, 514

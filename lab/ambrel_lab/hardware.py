@@ -5,7 +5,7 @@ import os
 import time
 from dataclasses import dataclass, field, fields, replace
 
-from .places import LabError
+from .paths import LabError
 
 DXVA2 = "C:\\windows\\system32\\dxva2.dll"
 DLL_OVERRIDES = "HKCU\\Software\\Wine\\DllOverrides"

@@ -3,7 +3,7 @@
 import ctypes
 import time
 
-from .places import LabError
+from .paths import LabError
 
 # Seconds between two things that a hand does.
 SETTLE = 0.02

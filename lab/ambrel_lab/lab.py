@@ -10,7 +10,7 @@ from .hardware import Hardware
 from .input import Input
 from .magnification import Magnification
 from .picture import as_seen
-from .places import DEFAULT_BUILD
+from .paths import DEFAULT_BUILD
 from .popup import PopupActions
 from .prefix import Prefix
 from .program import ProgramActions
@@ -23,7 +23,7 @@ from .x11 import Connection
 class Lab(PopupActions, ProgramActions, WindowsActions):
     """A screen, a copy of the template prefix and a desktop of its own; several may run side by side.
 
-    Use it with `with`. Whatever happens to it, nothing that it started stays behind: a keeper process clears up
+    Use it with `with`. Whatever happens to it, nothing that it started stays behind: a watchdog process clears up
     when the lab closes and also when the lab's process is killed.
     """
 

@@ -5,7 +5,7 @@ import struct
 from dataclasses import dataclass
 from operator import mul
 
-from .places import LabError
+from .paths import LabError
 
 DLL = "C:\\windows\\system32\\Magnification.dll"
 SCRIPT = "C:\\lab\\magnification.script"

@@ -4,7 +4,7 @@ import time
 from collections import namedtuple
 
 from .layout import MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT, REOPEN_GUARD, UNITS
-from .places import LabError
+from .paths import LabError
 from .waiting import LIMIT, wait_for_value, wait_until, wait_until_settled
 
 WINDOW_CLASS = "Ambrel2Class"

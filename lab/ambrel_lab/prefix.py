@@ -8,7 +8,7 @@ import sys
 from contextlib import contextmanager
 from pathlib import Path
 
-from .places import FONT_SOURCES, STATE, WINE, WINESERVER, LabError, check_packages, windows_environment
+from .paths import FONT_SOURCES, STATE, WINE, WINESERVER, LabError, check_packages, windows_environment
 from .run import Run
 
 # The fonts that Wine asks for in its dialogs and that a machine without Windows does not have.

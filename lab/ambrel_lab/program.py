@@ -3,7 +3,7 @@
 import time
 from pathlib import Path
 
-from .places import LabError
+from .paths import LabError
 from .popup import WINDOW_CLASS
 from .processes import kill, processes_named, processor_time
 from .waiting import LIMIT, wait_until

@@ -1,4 +1,4 @@
-"""A run: a folder of its own under the lab's state, a keeper beside it, and a screen."""
+"""A run: a folder of its own under the lab's state, a watchdog beside it, and a screen."""
 
 import fcntl
 import json
@@ -10,12 +10,12 @@ import tempfile
 import time
 from pathlib import Path
 
-from .keeper import KEPT
-from .places import STATE, LabError, make_home
+from .watchdog import KEPT
+from .paths import STATE, LabError, make_home
 from .processes import end_processes
 
 LOCK = "lock"
-KEEPER = "from ambrel_lab.keeper import main; main()"
+WATCHDOG = "from ambrel_lab.watchdog import main; main()"
 
 XORG_CONFIG = """\
 Section "ServerFlags"
@@ -66,7 +66,7 @@ def screen_config(width, height):
 
 
 def remove_leftovers(runs):
-    """Deletes the folders of runs whose lab and keeper both died, and ends what still runs in them."""
+    """Deletes the folders of runs whose lab and watchdog both died, and ends what still runs in them."""
     for folder in runs.iterdir():
         if (folder / KEPT).exists():
             continue
@@ -76,7 +76,7 @@ def remove_leftovers(runs):
                 end_processes(folder / "prefix")
                 shutil.rmtree(folder, ignore_errors=True)
         except OSError:
-            # It is in use, or its keeper has just deleted it.
+            # It is in use, or its watchdog has just deleted it.
             pass
 
 
@@ -105,12 +105,12 @@ class Run:
         self.folder, lock = make_folder(kept)
         self.home = make_home(self.folder / "home")
         (self.folder / "xorg.conf").write_text(screen_config(*size))
-        # The keeper holds the lock too: it is free only when both are gone.
+        # The watchdog holds the lock too: it is free only when both are gone.
         with lock:
             environment = dict(os.environ, PYTHONPATH=str(Path(__file__).resolve().parents[1]),
                                PYTHONDONTWRITEBYTECODE="1")
-            self.keeper = subprocess.Popen(
-                [sys.executable, "-S", "-c", KEEPER, str(self.folder), borrowed_display],
+            self.watchdog = subprocess.Popen(
+                [sys.executable, "-S", "-c", WATCHDOG, str(self.folder), borrowed_display],
                 stdin=subprocess.PIPE, stdout=subprocess.PIPE, env=environment, pass_fds=[lock.fileno()],
                 start_new_session=True, text=True)
         self._display = ""
@@ -119,7 +119,7 @@ class Run:
     def display(self):
         """The display's name. The screen starts while the prefix is being copied; only this waits for it."""
         if not self._display:
-            answer = self.keeper.stdout.readline()
+            answer = self.watchdog.stdout.readline()
             self._display = json.loads(answer)["display"] if answer else ""
             if not self._display:
                 log = self.folder / "xorg.out"
@@ -129,7 +129,7 @@ class Run:
 
     def close(self):
         """Returns when every process of the run has ended and its folder is gone."""
-        if self.keeper.poll() is None:
-            self.keeper.stdin.close()
-            self.keeper.stdout.close()
-            self.keeper.wait()
+        if self.watchdog.poll() is None:
+            self.watchdog.stdin.close()
+            self.watchdog.stdout.close()
+            self.watchdog.wait()

@@ -12,7 +12,7 @@ from pathlib import Path
 from .desktop import TOOL
 from .hardware_selftest import hardware_checks
 from .lab import Lab
-from .places import STATE
+from .paths import STATE
 from .waiting import LIMIT, wait_until
 from .x11 import identity_ramp
 

@@ -5,7 +5,7 @@ import sys
 
 from .console import SIGNALLED, run_console
 from .lab import Lab
-from .places import LabError
+from .paths import LabError
 
 
 def end_on_signals():

@@ -3,7 +3,7 @@
 import ctypes
 import ctypes.util
 
-from .places import LabError
+from .paths import LabError
 
 ALL_PLANES = 0xFFFFFFFFFFFFFFFF
 Z_PIXMAP = 2

@@ -6,7 +6,7 @@ from ambrel_lab.hardware import Monitor
 from ambrel_lab.layout import (CARD, CLOSE, GEAR, MENU_LEGACY_MODE, POWER_SURFACE, PRESETS, SUPPORT_NORMAL, TRACK_BOTTOM,
                                TRAVEL)
 from ambrel_lab.picture import Picture
-from ambrel_lab.places import DEJAVU
+from ambrel_lab.paths import DEJAVU
 from demonstration.backlight import AMBER, GREEN, accent_is, displays_changed
 from demonstration.main_job import WARMTH_THUMB
 from demonstration.stage import Stage

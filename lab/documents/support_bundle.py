@@ -6,7 +6,7 @@ import socket
 from ambrel_lab import LabError
 from ambrel_lab.hardware import Monitor, Panel
 from ambrel_lab.layout import CARD, GEAR, PRESETS, SETTINGS_ROWS
-from ambrel_lab.places import ROOT
+from ambrel_lab.paths import ROOT
 from demonstration.stage import Stage
 from demonstration.support import copy_report
 

@@ -8,7 +8,7 @@ import pytest
 
 from ambrel_lab.hardware import Monitor, Panel  # noqa: F401
 from ambrel_lab.layout import CARD, CLOSE, GEAR  # noqa: F401
-from ambrel_lab.places import DEFAULT_BUILD
+from ambrel_lab.paths import DEFAULT_BUILD
 from desk import MENU_QUIT, LabError, wait_for_value, wait_until
 
 BUILD = Path(os.environ.get("AMBREL_BUILD_DIR", DEFAULT_BUILD))

@@ -1,4 +1,4 @@
-"""The keeper: one small process beside each lab that owns its X server and clears up when the lab is gone.
+"""The watchdog: one small process beside each lab that owns its X server and clears up when the lab is gone.
 
 It waits for the end of its standard input, which comes when the lab closes it and just as surely when the lab's
 process is killed. Then it ends every process of the run, puts a borrowed display's gamma ramp back and deletes the
@@ -49,9 +49,9 @@ def end_screen(server):
         server.wait()
 
 
-def give_back(connection, ramp):
+def restore_ramp(connection, ramp):
     """Loads a borrowed display's own ramp again; a display that is gone needs none."""
-    from .places import LabError
+    from .paths import LabError
     try:
         if ramp:
             connection.set_ramp(ramp)
@@ -60,7 +60,7 @@ def give_back(connection, ramp):
         pass
 
 
-def keep(folder, borrowed_display):
+def watch(folder, borrowed_display):
     connection, ramp, server, display = None, None, None, borrowed_display
     if borrowed_display:
         from .x11 import Connection
@@ -72,7 +72,7 @@ def keep(folder, borrowed_display):
     sys.stdin.buffer.read()
     end_processes(folder / "prefix")
     if connection:
-        give_back(connection, ramp)
+        restore_ramp(connection, ramp)
     if server:
         end_screen(server)
     if not (folder / KEPT).exists():
@@ -82,7 +82,7 @@ def keep(folder, borrowed_display):
 def main():
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         signal.signal(number, signal.SIG_IGN)
-    keep(Path(sys.argv[1]), sys.argv[2] if len(sys.argv) > 2 else "")
+    watch(Path(sys.argv[1]), sys.argv[2] if len(sys.argv) > 2 else "")
 
 
 if __name__ == "__main__":
