@@ -34,7 +34,7 @@ class Desktop:
         self.environment = windows_environment(prefix.folder, run.display, run.home, debug)
         self.environment.update(extra_environment or {})
         self.tool_process = None
-        self.has_tool = bool(tool_file)
+        self.has_tool, self.has_taskbar = bool(tool_file), False
         self.children = []
         append_registry(prefix.folder, "HKCU\\Software\\Wine\\Explorer", {"Desktop": NAME})
         append_registry(prefix.folder, "HKCU\\Software\\Wine\\Explorer\\Desktops", {NAME: f"{size[0]}x{size[1]}"})
@@ -46,9 +46,11 @@ class Desktop:
 
     def open(self):
         """Starts the resident tool and waits until the taskbar is there. Does nothing when that has been done."""
-        if self.has_tool and not self.started():
+        if self.has_tool and not self.has_taskbar:
+            # Listing windows creates the desktop; looking for one window does not.
             self.tool("windows")
             wait_until(lambda: self.facts("window", "Shell_TrayWnd"), "the taskbar")
+            self.has_taskbar = True
 
     def start(self, command, **options):
         """Starts a Windows program (a list: its path and arguments) in the desktop; its messages go to the log."""

@@ -66,7 +66,7 @@ class PopupActions:
 
     def remove_dead_icons(self):
         """Has the taskbar look now, as it does every two seconds, which icons belong to no program any more."""
-        if self.desktop.started():
+        if self.desktop.started() and self.tray_icon():
             self.send_message(WM_TIMER, CHECK_ICONS, target=TASKBAR_CLASS)
             wait_until(lambda: not self.tray_icon(), "the icon of an ended program to go", seen=self.tray_icons)
 
