@@ -57,9 +57,10 @@ AMBREL_REPLACE(MatrixResult, SetFilterMatrix, ()) {
     g_bench.atApply = Now();
     return {true, 0};
 }
-AMBREL_REPLACE(void, SetIdentityMatrix, ()) {
+AMBREL_REPLACE(bool, SetIdentityMatrix, ()) {
     Record("identity matrix");
     g_bench.atClear = Now();
+    return true;
 }
 AMBREL_REPLACE(void, ApplyLegacyRamp, ()) {
     Record("ramp");
