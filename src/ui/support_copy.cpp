@@ -28,25 +28,33 @@ bool HandOver(const std::wstring& text) {
     return true;
 }
 
-bool PutOnClipboard(const std::wstring& text) {
+enum class CopyResult {
+    Copied,
+    Failed,         // the clipboard still holds what it held
+    FailedEmptied,  // the clipboard is empty
+};
+
+CopyResult PutOnClipboard(const std::wstring& text) {
     const ClipboardSession clipboard(g_app.mainWindow);
-    if (!clipboard.open) return false;
-    EmptyClipboard();
-    return HandOver(text);
+    if (!clipboard.open) return CopyResult::Failed;
+    const bool emptied = EmptyClipboard() != FALSE;
+    if (HandOver(text)) return CopyResult::Copied;
+    return emptied ? CopyResult::FailedEmptied : CopyResult::Failed;
 }
 
 }  // namespace
 
 void CopySupportBundle() {
     const std::wstring text = BuildSupportBundle();
-    if (PutOnClipboard(text)) {
+    const CopyResult result = PutOnClipboard(text);
+    if (result == CopyResult::Copied) {
         LogEvent("Support bundle copied to clipboard (%zu chars)", text.size());
         g_app.copiedUntil = GetTickCount64() + kCopiedLook;
         StartTimer(TimerId::CopiedLookEnd);
     } else {
         LogEvent("Support bundle copy failed");
-        // A copy of a moment ago may have been emptied away.
-        g_app.copiedUntil = 0;
+        // The report of an earlier copy can no longer be pasted.
+        if (result == CopyResult::FailedEmptied) g_app.copiedUntil = 0;
     }
     RefreshPopupAndTray();
 }

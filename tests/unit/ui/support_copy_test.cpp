@@ -232,6 +232,38 @@ TEST_F(SupportCopy, AFailureSoonAfterACopyLeavesTheNormalLook) {
     EXPECT_TRUE(Did(kFailed));
 }
 
+// What was copied can still be pasted.
+TEST_F(SupportCopy, AClipboardThatDoesNotOpenLeavesTheLookOfAnEarlierCopy) {
+    CopySupportBundle();
+    g_tick += 1000;
+    g_opens = false;
+    g_calls.clear();
+    CopySupportBundle();
+    EXPECT_EQ(g_app.copiedUntil, 1005000u);
+    EXPECT_TRUE(Did(kFailed));
+    EXPECT_FALSE(Did("set timer 3 5100"));
+    EXPECT_FALSE(Did("kill timer 3"));
+}
+
+TEST_F(SupportCopy, AFailureWithAClipboardThatWasNotEmptiedLeavesTheLookOfAnEarlierCopy) {
+    CopySupportBundle();
+    g_empties = false;
+    g_allocates = false;
+    CopySupportBundle();
+    EXPECT_EQ(g_app.copiedUntil, 1005000u);
+}
+
+TEST_F(SupportCopy, AnyFailureAfterTheClipboardWasEmptiedEndsTheLook) {
+    for (bool* step : {&g_allocates, &g_locks, &g_accepts}) {
+        CopySupportBundle();
+        EXPECT_EQ(g_app.copiedUntil, 1005000u);
+        *step = false;
+        CopySupportBundle();
+        EXPECT_EQ(g_app.copiedUntil, 0u);
+        *step = true;
+    }
+}
+
 TEST_F(SupportCopy, ACopyAfterAFailureSucceeds) {
     g_opens = false;
     CopySupportBundle();
