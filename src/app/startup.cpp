@@ -2,8 +2,8 @@
 
 #include <cwchar>
 
+#include "app/shell/ensure_tray_icon.h"
 #include "app/shell/scaled_resources.h"
-#include "app/shell/tray_icon.h"
 #include "app/single_instance.h"
 #include "app/state/app_state.h"
 #include "app/state/dpi.h"
@@ -118,9 +118,7 @@ void FitWindowToItsDpi() {
 }
 
 void AddFirstTrayIcon() {
-    // The taskbar may announce itself while the shell is asked: the icon is there then, and refused here.
-    if (!g_app.trayIconAdded && AddTrayIcon()) g_app.trayIconAdded = true;
-    if (g_app.trayIconAdded) return;
+    if (EnsureTrayIcon()) return;
     LogEvent("Tray icon add failed (taskbar not ready?) - retry timer armed");
     g_app.trayRetryCount = 0;
     StartTimer(TimerId::TrayRetry);

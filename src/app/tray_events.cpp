@@ -2,6 +2,7 @@
 
 #include "app/pending_input.h"
 #include "app/popup.h"
+#include "app/shell/ensure_tray_icon.h"
 #include "app/shell/tray_icon.h"
 #include "app/state/app_state.h"
 #include "app/state/messages.h"
@@ -109,8 +110,7 @@ void OnTaskbarCreated() {
     LogEvent("TaskbarCreated received - (re)adding tray icon");
     RemoveTrayIcon();
     g_app.trayIconAdded = false;
-    if (AddTrayIcon()) g_app.trayIconAdded = true;
-    if (!g_app.trayIconAdded) return;
+    if (!EnsureTrayIcon()) return;
     UpdateTrayIcon();
     StopTimer(TimerId::TrayRetry);
 }
@@ -121,9 +121,7 @@ void OnTrayRetryTimer() {
         return;
     }
     g_app.trayRetryCount += 1;
-    // The taskbar may announce itself while the shell is asked: the icon is there then, and refused here.
-    if (AddTrayIcon()) g_app.trayIconAdded = true;
-    if (g_app.trayIconAdded) {
+    if (EnsureTrayIcon()) {
         LogEvent("Tray icon added after %d retr%ls", g_app.trayRetryCount,
                  g_app.trayRetryCount == 1 ? L"y" : L"ies");
         StopTimer(TimerId::TrayRetry);
