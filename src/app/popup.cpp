@@ -23,15 +23,30 @@ RECT WorkAreaOf(HMONITOR monitor) {
     return primary;
 }
 
-// A window that comes from a monitor of another DPI is resized through WM_DPICHANGED, if it lands mostly on
-// the new monitor. Coming from a larger DPI it may not; then it gets the size here that it was placed for.
-void FitToPlace(POINT corner) {
-    RECT window = {};
-    if (!GetWindowRect(g_app.mainWindow, &window)) return;
-    const int width = ScaleByDpi(kCanvasWidth);
-    const int height = ScaleByDpi(kCanvasHeight);
-    if (window.right - window.left == width && window.bottom - window.top == height) return;
-    SetWindowPos(g_app.mainWindow, nullptr, corner.x, corner.y, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+struct Placement {
+    RECT rectangle;  // pixels
+    UINT dpi;
+};
+
+Placement PlacementOn(const RECT& workArea) {
+    const POINT corner = PlacePopup(workArea);
+    return {{corner.x, corner.y, corner.x + ScaleByDpi(kCanvasWidth), corner.y + ScaleByDpi(kCanvasHeight)},
+            g_app.dpi};
+}
+
+// WM_DPICHANGED resizes and may move a window that comes from a monitor of another DPI. A larger window may
+// lie mostly on yet another monitor at first, and take over that one's DPI. The first correction brings it
+// onto its monitor and may cause a WM_DPICHANGED of its own; after the second no change of DPI is left.
+void FitToPlace(const Placement& place) {
+    constexpr int kMaxCorrections = 2;
+    for (int correction = 0; correction < kMaxCorrections; ++correction) {
+        RECT window = {};
+        if (!GetWindowRect(g_app.mainWindow, &window) || EqualRect(&window, &place.rectangle)) break;
+        SetWindowPos(g_app.mainWindow, nullptr, place.rectangle.left, place.rectangle.top,
+                     place.rectangle.right - place.rectangle.left,
+                     place.rectangle.bottom - place.rectangle.top, SWP_NOZORDER | SWP_NOACTIVATE);
+    }
+    AdoptDpi(place.dpi);
 }
 
 }  // namespace
@@ -60,10 +75,11 @@ void ShowPopup() {
     const RECT workArea = WorkAreaOf(monitor);
 
     UpdateDpiForMonitor(g_app.mainWindow, monitor);
-    const POINT corner = PlacePopup(workArea);
+    const Placement place = PlacementOn(workArea);
     // The size follows the DPI of the monitor that the window arrives on, through WM_DPICHANGED.
-    SetWindowPos(g_app.mainWindow, HWND_TOPMOST, corner.x, corner.y, 0, 0, SWP_NOSIZE | SWP_SHOWWINDOW);
-    FitToPlace(corner);
+    SetWindowPos(g_app.mainWindow, HWND_TOPMOST, place.rectangle.left, place.rectangle.top, 0, 0,
+                 SWP_NOSIZE | SWP_SHOWWINDOW);
+    FitToPlace(place);
     g_app.popupShown = true;
     g_app.popupArmed = BringToForeground(g_app.mainWindow);
     InvalidateRect(g_app.mainWindow, nullptr, FALSE);
@@ -74,6 +90,7 @@ void HidePopup() {
     StopTimer(TimerId::PopupAutoHide);
     g_app.popupShown = false;
     g_app.popupArmed = false;
-    g_app.popupHiddenAt = GetTickCount64();
+    // A menu or a message box of a hidden popup hides it again when it ends: no click has done that.
+    if (IsWindowVisible(g_app.mainWindow)) g_app.popupHiddenAt = GetTickCount64();
     ShowWindow(g_app.mainWindow, SW_HIDE);
 }

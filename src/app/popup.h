@@ -12,6 +12,6 @@ POINT PlacePopup(const RECT& workArea);
 // active.
 void ShowPopup();
 
-// Hides the popup, and notes when: the tray click that took its activation away must not open it again. The
-// time is noted also when it is hidden already.
+// Hides the popup. Notes when, unless it is hidden already: the tray click that took its activation away must
+// not open it again.
 void HidePopup();

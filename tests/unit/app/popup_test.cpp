@@ -21,14 +21,19 @@ bool g_monitorTells = true;
 bool g_foregroundGranted = true;
 UINT g_monitorDpi = 96;
 ULONGLONG g_now = 0;
-SIZE g_windowSize = {};
+RECT g_window = {};
 bool g_windowTells = true;
+bool g_windowVisible = true;
 
 }  // namespace
 
 AMBREL_REPLACE(bool, BringToForeground, (HWND window)) {
     Record("bring to foreground ", ValueOf(window), g_app.popupShown ? " shown" : "");
     return g_foregroundGranted;
+}
+
+AMBREL_REPLACE(void, AdoptDpi, (UINT dpi)) {
+    g_app.dpi = dpi;
 }
 
 AMBREL_REPLACE(void, UpdateDpiForMonitor, (HWND window, HMONITOR monitor)) {
@@ -68,14 +73,21 @@ BOOL WINAPI FakeSetWindowPos(HWND window, HWND after, int x, int y, int width, i
     const std::string size =
         (flags & SWP_NOSIZE) != 0 ? "" : " size " + std::to_string(width) + "x" + std::to_string(height);
     Record("set window pos ", ValueOf(window), " at ", x, " ", y, size, " flags ", flags);
+    const bool resized = (flags & SWP_NOSIZE) == 0;
+    g_window = {x, y, x + (resized ? width : g_window.right - g_window.left),
+                y + (resized ? height : g_window.bottom - g_window.top)};
     return TRUE;
 }
 
-// The window stands wherever it was shown before.
 BOOL WINAPI FakeGetWindowRect(HWND window, RECT* rectangle) {
     EXPECT_EQ(window, kWindow);
-    *rectangle = {-77, 33, -77 + g_windowSize.cx, 33 + g_windowSize.cy};
+    *rectangle = g_window;
     return g_windowTells;
+}
+
+BOOL WINAPI FakeIsWindowVisible(HWND window) {
+    EXPECT_EQ(window, kWindow);
+    return g_windowVisible;
 }
 
 BOOL WINAPI FakeInvalidateRect(HWND window, const RECT* area, BOOL) {
@@ -86,6 +98,7 @@ BOOL WINAPI FakeInvalidateRect(HWND window, const RECT* area, BOOL) {
 BOOL WINAPI FakeShowWindow(HWND window, int command) {
     Record("show window ", ValueOf(window), " ", command, " shown ", g_app.popupShown, " armed ",
            g_app.popupArmed, " hidden at ", g_app.popupHiddenAt);
+    g_windowVisible = false;
     return TRUE;
 }
 
@@ -95,6 +108,8 @@ ULONGLONG WINAPI FakeGetTickCount64() {
 
 class Popup : public testing::Test {
 protected:
+    static void PutWindow(int width, int height) { g_window = {-77, 33, -77 + width, 33 + height}; }
+
     void SetUp() override {
         g_app = AppState{};
         g_app.mainWindow = kWindow;
@@ -104,8 +119,10 @@ protected:
         g_foregroundGranted = true;
         g_monitorDpi = 96;
         g_now = 123456;
-        g_windowSize = {320, 540};
+        // It was shown here before.
+        PutWindow(320, 540);
         g_windowTells = true;
+        g_windowVisible = true;
     }
 };
 
@@ -117,6 +134,7 @@ AMBREL_SEAM(GetMonitorInfoW, FakeGetMonitorInfo);
 AMBREL_SEAM(SystemParametersInfoW, FakeSystemParametersInfo);
 AMBREL_SEAM(SetWindowPos, FakeSetWindowPos);
 AMBREL_SEAM(GetWindowRect, FakeGetWindowRect);
+AMBREL_SEAM(IsWindowVisible, FakeIsWindowVisible);
 AMBREL_SEAM(InvalidateRect, FakeInvalidateRect);
 AMBREL_SEAM(ShowWindow, FakeShowWindow);
 AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
@@ -168,14 +186,14 @@ TEST_F(Popup, StaysHiddenWhenItWasShownAndHiddenWhileTheDisplaysAnswered) {
 
 TEST_F(Popup, IsPlacedWithTheScalingOfTheMonitorUnderTheMouse) {
     g_monitorDpi = 144;
-    g_windowSize = {480, 810};
+    PutWindow(480, 810);
     ShowPopup();
     // 480 x 810 and a margin of 15 on the work area that ends at 0, 1040.
     EXPECT_EQ(g_calls[4], "set window pos 500 at -495 215 flags 65");
 }
 
 TEST_F(Popup, AWindowThatKeptTheSizeOfAnotherScalingGetsTheSizeItWasPlacedFor) {
-    g_windowSize = {640, 1080};
+    PutWindow(640, 1080);
     ShowPopup();
     // The second flags are SWP_NOZORDER and SWP_NOACTIVATE.
     EXPECT_EQ(g_calls[4], "set window pos 500 at -330 490 flags 65");
@@ -184,7 +202,7 @@ TEST_F(Popup, AWindowThatKeptTheSizeOfAnotherScalingGetsTheSizeItWasPlacedFor) {
 }
 
 TEST_F(Popup, AWindowWhoseSizeIsUnknownIsShownAsItIs) {
-    g_windowSize = {640, 1080};
+    PutWindow(640, 1080);
     g_windowTells = false;
     ShowPopup();
     EXPECT_EQ(g_calls[5], "bring to foreground 500 shown");
@@ -237,12 +255,15 @@ TEST_F(Popup, HidingStopsTheWatchAndForgetsBeforeTheWindowGoes) {
     EXPECT_EQ(g_calls, (CallRecord{"kill timer 6", "show window 500 0 shown 0 armed 0 hidden at 123456"}));
 }
 
-TEST_F(Popup, HidingAHiddenPopupIsHarmless) {
+// A menu row that is chosen, or a box that is closed, hides the popup whether it is shown or not; the next
+// click on the icon must open it.
+TEST_F(Popup, HidingAHiddenPopupKeepsTheTimeWhenItWasHidden) {
     HidePopup();
     g_now = 123999;
     HidePopup();
     EXPECT_FALSE(g_app.popupShown);
-    EXPECT_EQ(g_app.popupHiddenAt, 123999U);
+    EXPECT_EQ(g_app.popupHiddenAt, 123456U);
+    EXPECT_EQ(g_calls.back(), "show window 500 0 shown 0 armed 0 hidden at 123456");
 }
 
 TEST_F(Popup, HidingKeepsThePanel) {
