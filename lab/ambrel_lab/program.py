@@ -77,6 +77,10 @@ class ProgramActions:
                                   timeout=timeout + LIMIT)
         return answer["result"]
 
+    def send_data(self, message, wparam, data, target=WINDOW_CLASS):
+        """The answer to a message whose lParam points at these bytes, which are put into the program's memory."""
+        return self.desktop.ask("message-data", target, message, wparam, data.hex())["result"]
+
     @property
     def settings_folder(self):
         return self.prefix.roaming / "Ambrel2"

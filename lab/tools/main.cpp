@@ -21,6 +21,7 @@ const Command kCommands[] = {
     {L"windows", 0, ListWindows},
     {L"window", 1, ShowWindowFacts},
     {L"message", 5, SendToWindow},
+    {L"message-data", 4, SendWithData},
     {L"boxes", 0, ListBoxes},
     {L"press", 2, PressButton},
     {L"tray", 0, ListTrayIcons},

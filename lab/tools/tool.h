@@ -49,6 +49,7 @@ int Serve(const Arguments& arguments, Json& answer);
 int ListWindows(const Arguments& arguments, Json& answer);
 int ShowWindowFacts(const Arguments& arguments, Json& answer);
 int SendToWindow(const Arguments& arguments, Json& answer);
+int SendWithData(const Arguments& arguments, Json& answer);
 int ListBoxes(const Arguments& arguments, Json& answer);
 int PressButton(const Arguments& arguments, Json& answer);
 int ListTrayIcons(const Arguments& arguments, Json& answer);

@@ -14,12 +14,6 @@ void OnDisplayChange() {
     RestartTimer(TimerId::DisplaySettle);
 }
 
-void OnPowerBroadcast(WPARAM event) {
-    if (event == PBT_APMRESUMEAUTOMATIC || event == PBT_APMRESUMESUSPEND) {
-        StartTimer(TimerId::DisplaySettle, TimerPace::Long);
-    }
-}
-
 void OnDpiChanged(UINT dpi, const RECT* suggested) {
     AdoptDpi(dpi);
     if (suggested != nullptr) {

@@ -1,13 +1,10 @@
-// What happens to the displays from outside: another mode, another DPI, a resume from sleep.
+// What happens to the displays from outside: another mode, another DPI, and settling after any change.
 #pragma once
 
 #include "win32/platform.h"
 
 // WM_DISPLAYCHANGE: a burst of them gives one settling.
 void OnDisplayChange();
-
-// WM_POWERBROADCAST.
-void OnPowerBroadcast(WPARAM event);
 
 // WM_DPICHANGED. `suggested` is the rectangle that Windows proposes for the window, in pixels.
 void OnDpiChanged(UINT dpi, const RECT* suggested);

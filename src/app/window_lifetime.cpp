@@ -1,9 +1,11 @@
 #include "app/window_lifetime.h"
 
+#include "app/power_events.h"
 #include "app/shell/refresh.h"
 #include "app/shell/tray_icon.h"
 #include "app/single_instance.h"
 #include "app/state/app_state.h"
+#include "app/state/messages.h"
 #include "app/state/timers.h"
 #include "brightness/pwm_safe.h"
 #include "filter/cursor_tint.h"
@@ -13,6 +15,14 @@
 #include "ui/logo.h"
 
 namespace {
+
+// Windows keeps messages of programs with fewer rights from a program that runs as administrator: the
+// taskbar's announcement and the message of a second start among them.
+void AllowMessagesFromFewerRights(HWND window) {
+    if (g_app.taskbarCreatedMessage != 0)
+        ChangeWindowMessageFilterEx(window, g_app.taskbarCreatedMessage, MSGFLT_ALLOW, nullptr);
+    ChangeWindowMessageFilterEx(window, kMessageShowPopup, MSGFLT_ALLOW, nullptr);
+}
 
 void FreeDrawingResources() {
     FreeLogo();
@@ -28,6 +38,8 @@ void FreeDrawingResources() {
 void OnCreate(HWND window) {
     g_app.mainWindow = window;
     g_app.panel = Panel::Main;
+    AllowMessagesFromFewerRights(window);
+    RegisterPowerEvents(window);
     RestorePwmSafeFromSettings();
     RefreshPopupAndTray();
 }
@@ -43,6 +55,7 @@ void OnDestroy() {
     ReleaseCursorCopies();
     RestoreIdentityRamp();
     ShutdownMagnification();
+    UnregisterPowerEvents();
     RemoveTrayIcon();
     FreeDrawingResources();
     ReleaseSingleInstance();

@@ -6,6 +6,7 @@
 #include "app/display_events.h"
 #include "app/notices.h"
 #include "app/popup.h"
+#include "app/power_events.h"
 #include "app/shell/refresh.h"
 #include "app/state/app_state.h"
 #include "app/state/messages.h"
@@ -78,7 +79,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         case kMessageShowPopup:          ShowPopup();                                                 return 0;
         case kMessageMagnificationError: ShowMagnificationError(static_cast<int>(wParam));            return 0;
         case kMessagePwmSafeWaiting:     OnPwmSafeWaiting();                                          return 0;
-        case WM_POWERBROADCAST:          OnPowerBroadcast(wParam);                                    return TRUE;
+        case WM_POWERBROADCAST:          OnPowerBroadcast(wParam, lParam);                            return TRUE;
         case WM_LBUTTONDOWN:             OnMouseDown(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));     return 0;
         case WM_LBUTTONUP:               OnMouseUp();                                                 return 0;
         case WM_CAPTURECHANGED:          OnCaptureLost();                                             return 0;

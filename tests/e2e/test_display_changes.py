@@ -1,6 +1,8 @@
 """Resolution and scaling change, the machine wakes up: the filter is applied again, once, and the popup fits."""
 
+import struct
 import time
+import uuid
 
 import pytest
 
@@ -10,6 +12,10 @@ from image import is_at_its_own_base, place_of_a_rectangle
 
 WM_DISPLAYCHANGE, WM_POWERBROADCAST, WM_DPICHANGED, WM_CLOSE = 0x7E, 0x218, 0x2E0, 0x10
 RESUME_AUTOMATIC, RESUME_SUSPEND, SUSPEND, BATTERY_LOW = 18, 7, 4, 9
+POWER_SETTING_CHANGE = 0x8013
+CONSOLE_DISPLAY_STATE = uuid.UUID("6fe69556-704a-47a0-8f24-c28d936fda47")
+MONITOR_POWER_ON = uuid.UUID("02731015-4510-4526-99e6-e5a17ebd1aea")
+OFF, ON, DIMMED = 0, 1, 2
 AFTER_DISPLAY_CHANGE, AFTER_RESUME = 0.3, 1.2
 # Windows' timers may come a clock tick early.
 TICK = 0.02
@@ -92,6 +98,40 @@ def test_both_messages_of_one_resume_apply_it_once(lit):
 def test_other_power_events_apply_nothing(lit):
     for event in (SUSPEND, BATTERY_LOW):
         assert lit.send_message(WM_POWERBROADCAST, event, 0) == 1
+    time.sleep(AFTER_RESUME + 0.3)  # Longer than the longest wait.
+    assert len(lit.effects()) == 1
+
+
+def tell_power_setting(desk, state, setting=CONSOLE_DISPLAY_STATE):
+    """Sends what Windows sends when a power setting has changed."""
+    data = setting.bytes_le + struct.pack("<LL", 4, state)
+    assert desk.send_data(WM_POWERBROADCAST, POWER_SETTING_CHANGE, data) == 1
+
+
+def test_displays_that_were_off_get_the_filter_again_when_they_come_on(lit):
+    tell_power_setting(lit, OFF)
+    started = time.monotonic()
+    tell_power_setting(lit, ON)
+    wait_for_applies(lit, 2)
+    assert time.monotonic() - started >= AFTER_RESUME - TICK
+
+
+def test_a_ramp_that_was_lost_while_the_displays_were_off_comes_back(file_desk):
+    desk = file_desk.start_fresh({"UseLegacyGamma": 1})
+    desk.press_power()
+    desk.wait_for_legacy_colour(*START)
+    tell_power_setting(desk, OFF)
+    desk.set_ramp(model.ramp(model.IDENTITY))
+    tell_power_setting(desk, ON)
+    desk.wait_for_legacy_colour(*START)
+
+
+def test_displays_that_are_on_already_or_were_only_dimmed_apply_nothing(lit):
+    # The first is what Windows tells right after the registration.
+    for state in (ON, DIMMED, ON):
+        tell_power_setting(lit, state)
+    for state in (OFF, ON):
+        tell_power_setting(lit, state, MONITOR_POWER_ON)
     time.sleep(AFTER_RESUME + 0.3)  # Longer than the longest wait.
     assert len(lit.effects()) == 1
 

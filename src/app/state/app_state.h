@@ -43,6 +43,9 @@ struct AppState {
     std::uint32_t taskbarCreatedMessage = 0;  // 0: not registered
     std::uint32_t dpi = kDesignDpi;           // of the popup's monitor; 0 reads as 96
     std::uint64_t startTick = 0;              // GetTickCount64 at start-up, ms
+    HPOWERNOTIFY resumeRegistration = nullptr;
+    HPOWERNOTIFY displayRegistration = nullptr;
+    std::uint32_t displayState = 1;  // the console's: 0 off, 1 on, 2 dimmed
     NOTIFYICONDATAW trayIconData = {};
     bool trayIconAdded = false;
     std::int32_t trayRetryCount = 0;
@@ -92,7 +95,9 @@ struct AppState {
     std::int32_t readBackMismatchStreak = 0;
     bool lastApplyRejected = false;
     bool gammaRangeExpanded = false;
-    bool gammaFixPending = false;        // the elevated run was launched and has not been seen to succeed
+    // From the launch of the elevated run to its confirmation or the deadline. Part of the state's record;
+    // no decision depends on it, since only the poll timer waits.
+    bool gammaFixPending = false;
     std::uint64_t gammaFixDeadline = 0;  // tick, ms
     std::uint64_t gammaFixEpoch = 0;     // seconds since 1970; 0: never confirmed
     bool bannerDemotedLogged = false;

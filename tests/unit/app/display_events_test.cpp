@@ -49,24 +49,6 @@ TEST_F(DisplayEvents, ABurstOfDisplayChangesStartsTheSettlingAnewEachTimeAndAppl
                                    "kill timer 2", "set timer 2 300"}));
 }
 
-TEST_F(DisplayEvents, AResumeGivesTheDisplays1200Milliseconds) {
-    OnPowerBroadcast(18);
-    OnPowerBroadcast(7);
-    EXPECT_EQ(g_calls, (CallRecord{"set timer 2 1200", "set timer 2 1200"}));
-}
-
-TEST_F(DisplayEvents, OtherPowerEventsDoNothing) {
-    for (const WPARAM event : {0U, 4U, 6U, 8U, 9U, 10U, 11U, 17U, 19U, 0x8013U})
-        OnPowerBroadcast(event);
-    EXPECT_TRUE(g_calls.empty());
-}
-
-TEST_F(DisplayEvents, ADisplayChangeAfterAResumeSettlesSooner) {
-    OnPowerBroadcast(18);
-    OnDisplayChange();
-    EXPECT_EQ(g_calls, (CallRecord{"set timer 2 1200", "kill timer 2", "set timer 2 300"}));
-}
-
 TEST_F(DisplayEvents, SettledWithTheFilterOffTheBacklightIsLookedAtAndThePopupRefreshed) {
     OnDisplaysSettled();
     g_app.magnificationReady = true;

@@ -15,6 +15,8 @@
 #include "support/call_record.h"
 #include "support/seam.h"
 
+AMBREL_USES_SEAMS(recorded_timers);
+
 namespace {
 
 struct Display {

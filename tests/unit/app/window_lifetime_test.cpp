@@ -87,6 +87,42 @@ BOOL WINAPI FakeCloseHandle(HANDLE handle) {
     return Real(&CloseHandle)(handle);
 }
 
+CallRecord g_registrations;
+
+void Registered(const std::string& what) {
+    g_registrations.push_back(what);
+}
+
+HPOWERNOTIFY WINAPI FakeRegisterSuspendResume(HANDLE window, DWORD flags) {
+    EXPECT_EQ(flags, 0U);  // DEVICE_NOTIFY_WINDOW_HANDLE
+    Registered("resume for " + std::to_string(ValueOf(window)));
+    return MakeHandle<HPOWERNOTIFY>(21);
+}
+
+HPOWERNOTIFY WINAPI FakeRegisterPowerSetting(HANDLE window, const GUID*, DWORD flags) {
+    EXPECT_EQ(flags, 0U);
+    Registered("display for " + std::to_string(ValueOf(window)));
+    return MakeHandle<HPOWERNOTIFY>(22);
+}
+
+BOOL WINAPI FakeUnregisterSuspendResume(HPOWERNOTIFY handle) {
+    Registered("end of " + std::to_string(ValueOf(handle)));
+    return TRUE;
+}
+
+BOOL WINAPI FakeUnregisterPowerSetting(HPOWERNOTIFY handle) {
+    Registered("end of " + std::to_string(ValueOf(handle)));
+    return TRUE;
+}
+
+BOOL WINAPI FakeChangeMessageFilter(HWND window, UINT message, DWORD action, CHANGEFILTERSTRUCT* result) {
+    EXPECT_EQ(window, kWindow);
+    EXPECT_EQ(action, 1U);  // MSGFLT_ALLOW
+    EXPECT_EQ(result, nullptr);
+    Registered("allow " + std::to_string(message));
+    return TRUE;
+}
+
 void WINAPI FakePostQuitMessage(int exitCode) {
     Record("quit ", exitCode);
 }
@@ -97,6 +133,7 @@ protected:
         g_app = AppState{};
         g_app.mainWindow = kWindow;
         g_calls.clear();
+        g_registrations.clear();
     }
 
     // Fonts are 801 to 808.
@@ -126,6 +163,11 @@ AMBREL_SEAM(DestroyIcon, FakeDestroyIcon);
 AMBREL_SEAM(ReleaseMutex, FakeReleaseMutex);
 AMBREL_SEAM(CloseHandle, FakeCloseHandle);
 AMBREL_SEAM(PostQuitMessage, FakePostQuitMessage);
+AMBREL_SEAM(RegisterSuspendResumeNotification, FakeRegisterSuspendResume);
+AMBREL_SEAM(RegisterPowerSettingNotification, FakeRegisterPowerSetting);
+AMBREL_SEAM(UnregisterSuspendResumeNotification, FakeUnregisterSuspendResume);
+AMBREL_SEAM(UnregisterPowerSettingNotification, FakeUnregisterPowerSetting);
+AMBREL_SEAM(ChangeWindowMessageFilterEx, FakeChangeMessageFilter);
 
 TEST_F(WindowLifetime, CreationKeepsTheWindowShowsTheMainPanelRestoresThePwmSafeModeAndRefreshes) {
     g_app.mainWindow = nullptr;
@@ -134,6 +176,28 @@ TEST_F(WindowLifetime, CreationKeepsTheWindowShowsTheMainPanelRestoresThePwmSafe
     EXPECT_EQ(g_app.mainWindow, kWindow);
     EXPECT_EQ(g_app.panel, Panel::Main);
     EXPECT_EQ(g_calls, (CallRecord{"pwm restore for 500", "invalidate 500", "tray icon modify of 500"}));
+}
+
+// 32873 is WM_APP + 105, a second start's message.
+TEST_F(WindowLifetime, CreationLetsTheMessagesOfTheTaskbarAndOfASecondStartThrough) {
+    g_app.taskbarCreatedMessage = 0xC123;
+    OnCreate(kWindow);
+    EXPECT_EQ(g_registrations,
+              (CallRecord{"allow 49443", "allow 32873", "resume for 500", "display for 500"}));
+}
+
+TEST_F(WindowLifetime, ATaskbarMessageThatIsNotRegisteredIsNotLetThrough) {
+    OnCreate(kWindow);
+    EXPECT_EQ(g_registrations, (CallRecord{"allow 32873", "resume for 500", "display for 500"}));
+}
+
+TEST_F(WindowLifetime, PowerEventsAreRegisteredForTheWindowsLife) {
+    OnCreate(kWindow);
+    g_registrations.clear();
+    OnDestroy();
+    EXPECT_EQ(g_registrations, (CallRecord{"end of 21", "end of 22"}));
+    EXPECT_EQ(g_app.resumeRegistration, nullptr);
+    EXPECT_EQ(g_app.displayRegistration, nullptr);
 }
 
 TEST_F(WindowLifetime, DestructionGivesEverythingBackInItsOrderAndSavesNothing) {

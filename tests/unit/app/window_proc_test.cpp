@@ -7,6 +7,7 @@
 #include "app/display_events.h"
 #include "app/notices.h"
 #include "app/popup.h"
+#include "app/power_events.h"
 #include "app/shell/refresh.h"
 #include "app/state/app_state.h"
 #include "app/tray_events.h"
@@ -33,8 +34,8 @@ AMBREL_REPLACE(void, ShowPopup, ()) {
 AMBREL_REPLACE(void, HidePopup, ()) {
     Record("hide popup");
 }
-AMBREL_REPLACE(void, OnPowerBroadcast, (WPARAM event)) {
-    Record("power ", event);
+AMBREL_REPLACE(void, OnPowerBroadcast, (WPARAM event, LPARAM data)) {
+    Record("power ", event, " ", data);
 }
 AMBREL_REPLACE(void, OnDisplayChange, ()) {
     Record("display change");
@@ -160,7 +161,9 @@ TEST_F(WindowProc, EveryPowerEventIsAnsweredTrue) {
     EXPECT_EQ(Send(WM_POWERBROADCAST, 7), TRUE);
     EXPECT_EQ(Send(WM_POWERBROADCAST, 4), TRUE);
     EXPECT_EQ(Send(WM_POWERBROADCAST, 0), TRUE);
-    EXPECT_EQ(g_calls, (CallRecord{"power 18", "power 7", "power 4", "power 0"}));
+    EXPECT_EQ(Send(WM_POWERBROADCAST, 0x8013, 0x123456789), TRUE);
+    EXPECT_EQ(g_calls,
+              (CallRecord{"power 18 0", "power 7 0", "power 4 0", "power 0 0", "power 32787 4886718345"}));
 }
 
 TEST_F(WindowProc, MouseMessagesArriveWithTheirPosition) {
