@@ -31,7 +31,8 @@ TRIVERTEX Vertex(LONG x, LONG y, COLORREF colour) {
 
 }  // namespace
 
-void DrawLine(HDC dc, FontRole font, COLORREF colour, const RECT& rect, UINT alignment, const wchar_t* text) {
+void DrawTextLine(HDC dc, FontRole font, COLORREF colour, const RECT& rect, UINT alignment,
+                  const wchar_t* text) {
     const SelectedObject selectedFont(dc, FontFor(font));
     SetBkMode(dc, TRANSPARENT);
     SetTextColor(dc, colour);
@@ -44,19 +45,20 @@ void FillBox(HDC dc, const RECT& rect, COLORREF colour) {
     FillRect(dc, &rect, brush.handle);
 }
 
-void OutlineRoundRect(HDC dc, const RECT& rect, int corner, COLORREF colour) {
+void OutlineRoundRect(HDC dc, const RECT& rect, int cornerDiameter, COLORREF colour) {
     const OwnedGdi pen(CreatePen(PS_SOLID, 1, colour));
     const SelectedObject selectedPen(dc, pen.handle);
     const SelectedObject selectedBrush(dc, GetStockObject(NULL_BRUSH));
-    RoundRect(dc, rect.left, rect.top, rect.right, rect.bottom, corner, corner);
+    RoundRect(dc, rect.left, rect.top, rect.right, rect.bottom, cornerDiameter, cornerDiameter);
 }
 
-void DrawRoundBox(HDC dc, const RECT& rect, int corner, COLORREF fill, int penWidth, COLORREF outline) {
+void DrawRoundBox(HDC dc, const RECT& rect, int cornerDiameter, COLORREF fill, int penWidth,
+                  COLORREF outline) {
     const OwnedGdi brush(CreateSolidBrush(fill));
     const OwnedGdi pen(CreatePen(penWidth > 0 ? PS_SOLID : PS_NULL, penWidth, outline));
     const SelectedObject selectedBrush(dc, brush.handle);
     const SelectedObject selectedPen(dc, pen.handle);
-    RoundRect(dc, rect.left, rect.top, rect.right, rect.bottom, corner, corner);
+    RoundRect(dc, rect.left, rect.top, rect.right, rect.bottom, cornerDiameter, cornerDiameter);
 }
 
 void FillRoundRect(HDC dc, int x, int y, int width, int height, int radius, COLORREF fill, COLORREF outline) {
@@ -113,8 +115,8 @@ void FillHeaderBand(HDC dc) {
 
 void DrawPanelHeader(HDC dc, const wchar_t* subtitle, COLORREF subtitleColour, bool showGear, bool showDot) {
     FillHeaderBand(dc);
-    DrawLine(dc, FontRole::Title, kColourDimmed, kHeaderTitle, kAlignTopLeft, L"AMBREL");
-    DrawLine(dc, FontRole::Small, subtitleColour, kHeaderSubtitle, kAlignTopLeft, subtitle);
+    DrawTextLine(dc, FontRole::Title, kColourDimmed, kHeaderTitle, kAlignTopLeft, L"AMBREL");
+    DrawTextLine(dc, FontRole::Small, subtitleColour, kHeaderSubtitle, kAlignTopLeft, subtitle);
     if (showDot) {
         const OwnedGdi brush(CreateSolidBrush(subtitleColour));
         const SelectedObject selectedBrush(dc, brush.handle);
@@ -122,6 +124,6 @@ void DrawPanelHeader(HDC dc, const wchar_t* subtitle, COLORREF subtitleColour, b
         Ellipse(dc, kHeaderDot.left, kHeaderDot.top, kHeaderDot.right, kHeaderDot.bottom);
     }
     if (showGear) {
-        DrawLine(dc, FontRole::Glyph, kColourDimmed, RegionRect(Region::Gear), kAlignCentre, kGearGlyph);
+        DrawTextLine(dc, FontRole::Glyph, kColourDimmed, RegionRect(Region::Gear), kAlignCentre, kGearGlyph);
     }
 }

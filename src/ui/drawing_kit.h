@@ -7,7 +7,8 @@
 #include "win32/platform.h"
 
 // Draws a single line of text in a rectangle. `alignment` is one of kAlign... below, DrawTextW's DT_ flags.
-void DrawLine(HDC dc, FontRole font, COLORREF colour, const RECT& rect, UINT alignment, const wchar_t* text);
+void DrawTextLine(HDC dc, FontRole font, COLORREF colour, const RECT& rect, UINT alignment,
+                  const wchar_t* text);
 
 constexpr UINT kAlignTopLeft = DT_LEFT | DT_TOP;
 constexpr UINT kAlignLeft = DT_LEFT | DT_VCENTER;
@@ -18,16 +19,17 @@ constexpr UINT kAlignTopCentre = DT_CENTER | DT_TOP;
 // Fills a rectangle with one colour, without an outline.
 void FillBox(HDC dc, const RECT& rect, COLORREF colour);
 
-// Draws the outline of a rounded rectangle with a one-unit pen, unfilled. `corner` is the width and height of
-// the corner ellipse.
-void OutlineRoundRect(HDC dc, const RECT& rect, int corner, COLORREF colour);
+// Draws the outline of a rounded rectangle with a one-unit pen, unfilled. `cornerDiameter` is the width and
+// height of the corner ellipse; elsewhere `radius` is half of it.
+void OutlineRoundRect(HDC dc, const RECT& rect, int cornerDiameter, COLORREF colour);
 
 // Draws a filled rounded rectangle. The corner ellipse is 2 x radius wide and high. The outline is one unit
 // wide; an outline colour of 0 means no outline.
 void FillRoundRect(HDC dc, int x, int y, int width, int height, int radius, COLORREF fill, COLORREF outline);
 
 // Draws a filled rounded rectangle with an outline `penWidth` units wide; 0 means no outline.
-void DrawRoundBox(HDC dc, const RECT& rect, int corner, COLORREF fill, int penWidth, COLORREF outline);
+void DrawRoundBox(HDC dc, const RECT& rect, int cornerDiameter, COLORREF fill, int penWidth,
+                  COLORREF outline);
 
 // Fills a rectangle with a vertical gradient from `top` to `bottom`.
 void FillVerticalGradient(HDC dc, const RECT& rect, COLORREF top, COLORREF bottom);

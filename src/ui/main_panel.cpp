@@ -53,7 +53,7 @@ void DrawLowerArea(HDC dc) {
 
 void DrawPresetButton(HDC dc, const RECT& button, const wchar_t* label, const PresetColours& colours) {
     DrawButtonSurface(dc, button, colours.surface);
-    DrawLine(dc, FontRole::Preset, colours.text, button, kAlignCentre, label);
+    DrawTextLine(dc, FontRole::Preset, colours.text, button, kAlignCentre, label);
 }
 
 void DrawPresets(HDC dc) {

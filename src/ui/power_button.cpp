@@ -38,8 +38,8 @@ void DrawContent(HDC dc, const RECT& button) {
     } else {
         left += (inner - width) / 2;
     }
-    DrawLine(dc, FontRole::Toggle, kColourText, {left, button.top, left + width + 6, button.bottom},
-             kAlignLeft, kLabel);
+    DrawTextLine(dc, FontRole::Toggle, kColourText, {left, button.top, left + width + 6, button.bottom},
+                 kAlignLeft, kLabel);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace {
 
 constexpr RECT kTitle = {22, 0, 240, kHeaderHeight};
 
-constexpr int kRowCorner = 12;
+constexpr int kRowCornerDiameter = 12;
 constexpr int kLabelLeft = 36;
 constexpr int kLabelRight = 226;
 constexpr int kValueRight = 284;
@@ -34,17 +34,17 @@ constexpr SettingsRow kRows[] = {
 
 void DrawHeader(HDC dc) {
     FillHeaderBand(dc);
-    DrawLine(dc, FontRole::Title, kColourText, kTitle, kAlignLeft, L"SETTINGS");
-    DrawLine(dc, FontRole::Small, kColourRed, RegionRect(Region::Close), kAlignCentre, L"CLOSE");
+    DrawTextLine(dc, FontRole::Title, kColourText, kTitle, kAlignLeft, L"SETTINGS");
+    DrawTextLine(dc, FontRole::Small, kColourRed, RegionRect(Region::Close), kAlignCentre, L"CLOSE");
 }
 
 void DrawRow(HDC dc, const SettingsRow& row) {
     const RECT box = RegionRect(row.region);
-    DrawRoundBox(dc, box, kRowCorner, kColourRowSurface, 1, kColourRowOutline);
-    DrawLine(dc, FontRole::Label, kColourText, {kLabelLeft, box.top, kLabelRight, box.bottom}, kAlignLeft,
-             row.label);
-    DrawLine(dc, FontRole::Label, kColourText, {kLabelRight, box.top, kValueRight, box.bottom}, kAlignRight,
-             g_app.*row.value ? L"ON" : L"OFF");
+    DrawRoundBox(dc, box, kRowCornerDiameter, kColourRowSurface, 1, kColourRowOutline);
+    DrawTextLine(dc, FontRole::Label, kColourText, {kLabelLeft, box.top, kLabelRight, box.bottom}, kAlignLeft,
+                 row.label);
+    DrawTextLine(dc, FontRole::Label, kColourText, {kLabelRight, box.top, kValueRight, box.bottom},
+                 kAlignRight, g_app.*row.value ? L"ON" : L"OFF");
 }
 
 bool ShowsCopied() {
@@ -60,14 +60,14 @@ void DrawSupportSurface(HDC dc, COLORREF fill, COLORREF outline) {
 void DrawSupportButton(HDC dc) {
     if (!ShowsCopied()) {
         DrawSupportSurface(dc, Hex(0x161616), Hex(0x0C0C0C));
-        DrawLine(dc, FontRole::Label, kColourText, RegionRect(Region::Support), kAlignCentre,
-                 L"COPY FEEDBACK FOR SUPPORT");
+        DrawTextLine(dc, FontRole::Label, kColourText, RegionRect(Region::Support), kAlignCentre,
+                     L"COPY FEEDBACK FOR SUPPORT");
         return;
     }
     DrawSupportSurface(dc, Hex(0x122416), Hex(0x0A180E));
-    DrawLine(dc, FontRole::Label, Hex(0x78E696), kCopiedTitle, kAlignLeft, L"COPIED");
-    DrawLine(dc, FontRole::Small, Hex(0x6EC882), kCopiedHint, kAlignLeft,
-             L"PASTE INTO AN EMAIL TO " AMBREL_SUPPORT_ADDRESS_CAPITALS);
+    DrawTextLine(dc, FontRole::Label, Hex(0x78E696), kCopiedTitle, kAlignLeft, L"COPIED");
+    DrawTextLine(dc, FontRole::Small, Hex(0x6EC882), kCopiedHint, kAlignLeft,
+                 L"PASTE INTO AN EMAIL TO " AMBREL_SUPPORT_ADDRESS_CAPITALS);
 }
 
 }  // namespace

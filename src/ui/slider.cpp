@@ -74,10 +74,10 @@ void DrawVerticalSlider(HDC dc, const VerticalSlider& slider) {
     DrawTicks(dc, cx);
     FillBox(dc, {cx - 4, y, cx + 4, kSliderBottom}, slider.active ? slider.accent : kColourFillOff);
     DrawThumb(dc, cx, y, slider.active ? slider.accent : kColourThumbBarOff);
-    DrawLine(dc, FontRole::Caption, textColour, {cx - 70, 65, cx + 70, 87}, kAlignCentre, slider.caption);
+    DrawTextLine(dc, FontRole::Caption, textColour, {cx - 70, 65, cx + 70, 87}, kAlignCentre, slider.caption);
 
     const int left = cx - slider.valueBoxWidth / 2;
     const RECT box = {left, 330, left + slider.valueBoxWidth, 354};
     DrawRoundBox(dc, box, 8, kColourBlack, 1, red ? kColourValueBoxRed : kColourValueBox);
-    DrawLine(dc, FontRole::Value, textColour, box, kAlignCentre, slider.valueText);
+    DrawTextLine(dc, FontRole::Value, textColour, box, kAlignCentre, slider.valueText);
 }

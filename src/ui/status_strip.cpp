@@ -32,9 +32,9 @@ CardColours CurrentCardColours() {
 }
 
 void DrawBanner(HDC dc) {
-    DrawLine(dc, FontRole::Small, kColourRed, kTextLine, kAlignTopCentre,
-             g_app.gammaRangeExpanded ? L"\u26a0 FIX APPLIED. RESTART YOUR COMPUTER"
-                                      : L"\u26a0 COLORS BLOCKED BY WINDOWS. CLICK TO FIX");
+    DrawTextLine(dc, FontRole::Small, kColourRed, kTextLine, kAlignTopCentre,
+                 g_app.gammaRangeExpanded ? L"\u26a0 FIX APPLIED. RESTART YOUR COMPUTER"
+                                          : L"\u26a0 COLORS BLOCKED BY WINDOWS. CLICK TO FIX");
 }
 
 void DrawCard(HDC dc) {
@@ -43,16 +43,16 @@ void DrawCard(HDC dc) {
     FillRoundedGradient(dc, card, 8, colours.top, colours.bottom);
     DrawEdgeLines(dc, card, 8, g_app.pwmSafe ? Hex(0x787878) : Hex(0x505050), kColourBlack);
     OutlineRoundRect(dc, card, 16, colours.accent);
-    DrawLine(dc, FontRole::Label, kColourText, kCardTitle, kAlignLeft, L"PWM-SAFE MODE");
-    DrawLine(dc, FontRole::Small, colours.accent, kCardStatus, kAlignLeft, PwmCardLabel());
-    DrawLine(dc, FontRole::Label, g_app.pwmSafe ? kColourText : kColourDimmed, kCardSwitch, kAlignRight,
-             g_app.pwmSafe ? L"ON" : L"OFF");
+    DrawTextLine(dc, FontRole::Label, kColourText, kCardTitle, kAlignLeft, L"PWM-SAFE MODE");
+    DrawTextLine(dc, FontRole::Small, colours.accent, kCardStatus, kAlignLeft, PwmCardLabel());
+    DrawTextLine(dc, FontRole::Label, g_app.pwmSafe ? kColourText : kColourDimmed, kCardSwitch, kAlignRight,
+                 g_app.pwmSafe ? L"ON" : L"OFF");
 }
 
 // The unlit colour is barely visible by design.
 void DrawHint(HDC dc) {
-    DrawLine(dc, FontRole::Small, g_app.brightness < kHintBrightness ? kColourAmber : kColourHintUnlit,
-             kTextLine, kAlignTopCentre, L"\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%");
+    DrawTextLine(dc, FontRole::Small, g_app.brightness < kHintBrightness ? kColourAmber : kColourHintUnlit,
+                 kTextLine, kAlignTopCentre, L"\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%");
 }
 
 }  // namespace

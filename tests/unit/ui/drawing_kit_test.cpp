@@ -56,17 +56,17 @@ TEST_F(DrawingKit, WithoutItsFontTheGlyphIsDrawnInTheLabelFont) {
 TEST_F(DrawingKit, TextWithoutAnyFontIsStillDrawn) {
     for (HFONT& font : g_app.fonts)
         font = nullptr;
-    DrawLine(dc(), FontRole::Title, RGB(255, 255, 255), {1, 2, 3, 4}, kAlignLeft, L"A&B");
+    DrawTextLine(dc(), FontRole::Title, RGB(255, 255, 255), {1, 2, 3, 4}, kAlignLeft, L"A&B");
     EXPECT_EQ(g_gdi.drawn, Drawing{Text("A&B", "default", 0xFFFFFF, {1, 2, 3, 4}, kLeft)});
 }
 
 TEST_F(DrawingKit, EachAlignmentIsOneLineOnATransparentBackground) {
     const RECT rect = {10, 20, 30, 40};
-    DrawLine(dc(), FontRole::Small, 0, rect, kAlignTopLeft, L"a");
-    DrawLine(dc(), FontRole::Small, 0, rect, kAlignLeft, L"b");
-    DrawLine(dc(), FontRole::Small, 0, rect, kAlignCentre, L"c");
-    DrawLine(dc(), FontRole::Small, 0, rect, kAlignRight, L"d");
-    DrawLine(dc(), FontRole::Small, 0, rect, kAlignTopCentre, L"e");
+    DrawTextLine(dc(), FontRole::Small, 0, rect, kAlignTopLeft, L"a");
+    DrawTextLine(dc(), FontRole::Small, 0, rect, kAlignLeft, L"b");
+    DrawTextLine(dc(), FontRole::Small, 0, rect, kAlignCentre, L"c");
+    DrawTextLine(dc(), FontRole::Small, 0, rect, kAlignRight, L"d");
+    DrawTextLine(dc(), FontRole::Small, 0, rect, kAlignTopCentre, L"e");
     const Rect box = {10, 20, 30, 40};
     const Drawing expected = {
         Text("a", "Small", 0, box, "left top"), Text("b", "Small", 0, box, "left middle"),
