@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The lab by hand. Run it without arguments for its commands."""
+"""Command line of the lab. Run it without arguments to list its commands."""
 
 import argparse
 import sys
@@ -13,7 +13,7 @@ from ambrel_lab.display import run_on_display  # noqa: E402
 from ambrel_lab.paths import DEFAULT_BUILD  # noqa: E402
 from ambrel_lab.prefix import template, template_lock  # noqa: E402
 from ambrel_lab.selftest import selftest  # noqa: E402
-from ambrel_lab.unit import end_on_signals  # noqa: E402
+from ambrel_lab.console_runner import end_on_signals  # noqa: E402
 
 
 def prepare(_arguments):
@@ -41,8 +41,8 @@ def main():
     parser.add_argument("--build", type=Path, default=DEFAULT_BUILD, help="folder of the built program")
     parser.add_argument("--dpi", type=int, default=96, help="96, 120, 144 or 192")
     commands = parser.add_subparsers(required=True)
-    commands.add_parser("prepare", help="make the template prefix now").set_defaults(run=prepare)
-    commands.add_parser("selftest", help="check that the lab does what it promises").set_defaults(
+    commands.add_parser("prepare", help="create the template prefix now").set_defaults(run=prepare)
+    commands.add_parser("selftest", help="run the checks of the lab itself").set_defaults(
         run=lambda arguments: selftest(arguments.build))
     commands.add_parser("show", help="run the program on $DISPLAY").set_defaults(run=show)
     one = commands.add_parser("picture", help="open the popup and save the screen as the eye sees it")

@@ -12,21 +12,21 @@ sys.dont_write_bytecode = True
 
 from ambrel_lab import Lab, LabError  # noqa: E402
 from ambrel_lab.paths import ROOT  # noqa: E402
-from ambrel_lab.unit import end_on_signals  # noqa: E402
+from ambrel_lab.console_runner import end_on_signals  # noqa: E402
 from documents import guide, support_bundle  # noqa: E402
 
 DOCS = ROOT / "docs"
-# By name: functions that take a lab in which nothing runs yet and return {path below docs/: content}.
-MAKERS = {"guide": guide.make, "support-bundle": support_bundle.make}
+# Functions by name. Each takes a lab in which nothing runs yet and returns {path below docs/: content}.
+GENERATORS = {"guide": guide.generate, "support-bundle": support_bundle.generate}
 
 
 def main(names):
     end_on_signals()
-    for name in names or MAKERS:
+    for name in names or GENERATORS:
         print(name, flush=True)
         with Lab() as lab:
-            made = MAKERS[name](lab)
-        for path, content in made.items():
+            contents = GENERATORS[name](lab)
+        for path, content in contents.items():
             target = DOCS / path
             target.parent.mkdir(parents=True, exist_ok=True)
             target.write_bytes(content)
@@ -34,8 +34,8 @@ def main(names):
 
 
 if __name__ == "__main__":
-    if not MAKERS.keys() >= set(sys.argv[1:]):
-        sys.exit(f"{__doc__}\n\nNames: {', '.join(MAKERS)}")
+    if not GENERATORS.keys() >= set(sys.argv[1:]):
+        sys.exit(f"{__doc__}\n\nNames: {', '.join(GENERATORS)}")
     try:
         main(sys.argv[1:])
     except LabError as error:

@@ -1,4 +1,4 @@
-"""A Windows desktop on Linux for seeing and testing Ambrel; see lab/README.md.
+"""A Windows desktop on Linux for running and testing Ambrel; see lab/README.md.
 
     with Lab() as lab:
         lab.install_program(exe)
@@ -13,7 +13,7 @@ __all__ = ["Lab", "LabError", "Picture"]
 
 
 def __getattr__(name):
-    """Lab and Picture are loaded when they are first used: the process beside each lab needs neither."""
+    """Imports Lab and Picture on first use: the watchdog process of each lab needs neither."""
     if name == "Lab":
         from .lab import Lab
         return Lab

@@ -1,4 +1,4 @@
-"""Runs a Windows console program in a desktop and passes its output on."""
+"""Runs a Windows console program in a desktop and forwards its output."""
 
 import os
 import shutil
@@ -9,13 +9,13 @@ from pathlib import Path
 
 from .paths import LabError
 
-# What a shell adds to the number of a signal that ended a program.
+# Exit code of a program that was terminated by a signal: this plus the signal's number, as in a shell.
 SIGNALLED = 128
-OUTPUT_PATIENCE = 5.0
+OUTPUT_TIMEOUT = 5.0  # seconds
 
 
 def pump(source, sink):
-    """Copies Windows text to the end as it comes, with plain line feeds."""
+    """Copies text until its end as it arrives and converts CR LF to LF."""
     held = b""
     while chunk := os.read(source.fileno(), 65536):
         chunk = held + chunk
@@ -27,8 +27,8 @@ def pump(source, sink):
 
 
 def run_console(desktop, exe, arguments=(), timeout=None):
-    """Runs `exe` (a Linux path) in the caller's folder with its standard input; returns its exit code, of which
-    Linux passes on the low eight bits. A `timeout` that passes raises subprocess.TimeoutExpired."""
+    """Runs `exe` (a Linux path) in the caller's folder with the caller's standard input. Returns the low eight bits of
+    its exit code. Raises subprocess.TimeoutExpired after `timeout` seconds."""
     path = shutil.which(exe) or exe
     if not Path(path).exists():
         raise LabError(f"{exe} does not exist")
@@ -37,5 +37,5 @@ def run_console(desktop, exe, arguments=(), timeout=None):
     pumping = threading.Thread(target=pump, args=(child.stdout, sys.stdout.buffer), daemon=True)
     pumping.start()
     code = child.wait(timeout)
-    pumping.join(OUTPUT_PATIENCE)
+    pumping.join(OUTPUT_TIMEOUT)
     return code if code >= 0 else SIGNALLED - code

@@ -1,4 +1,4 @@
-"""The Windows desktop of one prefix: its processes, and the resident tool that acts and asks inside it."""
+"""The Windows desktop of one prefix: its processes, and the resident tool that executes commands inside it."""
 
 import json
 import os
@@ -18,15 +18,15 @@ OK, NOT_FOUND, FAILED, USAGE = range(4)
 
 
 class ToolError(LabError):
-    """A tool answered that it could not do it."""
+    """A command of the tool failed."""
 
 
 class Desktop:
-    """Every Windows process of the prefix lands in the virtual desktop that the registry names; no launcher is needed.
+    """Every Windows process of the prefix runs in the virtual desktop that the registry names; no launcher is needed.
 
-    The resident tool also keeps the desktop open: Wine closes one a second after its last program. The desktop is
-    opened by the first thing that needs it, before anything else starts: two programs that start at once in a sleeping
-    prefix get in each other's way.
+    The resident tool also keeps the desktop open: Wine closes a desktop one second after its last program ends. The
+    first operation that needs the desktop opens it before it starts a program: two programs that start simultaneously
+    in a prefix without running processes disturb each other.
     """
 
     def __init__(self, prefix, run, size, dpi, tool_file, debug, extra_environment=None):
@@ -45,7 +45,7 @@ class Desktop:
             prefix.put(tool_file, TOOL)
 
     def open(self):
-        """Starts the resident tool and waits until the taskbar is there. Does nothing when that has been done."""
+        """Starts the resident tool and waits for the taskbar. Does nothing if the desktop is open."""
         if self.has_tool and not self.has_taskbar:
             # Listing windows creates the desktop; looking for one window does not.
             self.tool("windows")
@@ -53,7 +53,7 @@ class Desktop:
             self.has_taskbar = True
 
     def start(self, command, **options):
-        """Starts a Windows program (a list: its path and arguments) in the desktop; its messages go to the log."""
+        """Starts a Windows program (a list of its path and arguments) in the desktop and logs its standard error."""
         self.open()
         return self._start(command, **options)
 
@@ -69,11 +69,11 @@ class Desktop:
         return self.tool_process is not None
 
     def run(self, command, timeout=60):
-        """Runs a Windows program to its end and returns its exit code (its low eight bits)."""
+        """Runs a Windows program until it exits and returns the low eight bits of its exit code."""
         return self.start(command).wait(timeout)
 
     def tool(self, name, *arguments, timeout=LIMIT):
-        """Asks the resident tool; returns (result, answer)."""
+        """Sends a command to the resident tool and returns (result, answer)."""
         if self.tool_process is None or self.tool_process.poll() is not None:
             self.tool_process = self._start([TOOL, "serve"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         request = json.dumps([name, *map(str, arguments)], ensure_ascii=False) + "\n"
@@ -94,28 +94,28 @@ class Desktop:
             line += chunk
         return line
 
-    def ask(self, name, *arguments, timeout=LIMIT):
-        """What the tool answers (None, a number, text, a list or a dict); ToolError when it could not do it."""
+    def request(self, name, *arguments, timeout=LIMIT):
+        """The tool's answer (None, a number, text, a list or a dict). Raises ToolError if the command fails."""
         result, answer = self.tool(name, *arguments, timeout=timeout)
         if result != OK:
-            raise ToolError(f"the tool '{name}' {arguments} answered {result}: {answer}")
+            raise ToolError(f"the tool '{name}' {arguments} returned {result}: {answer}")
         return answer
 
     def facts(self, name, *arguments):
-        """The tool's answer, or None when what was asked about is not there."""
+        """The tool's answer, or None if the object does not exist."""
         result, answer = self.tool(name, *arguments)
         return answer if result == OK else None
 
     def rows(self, name, *arguments):
-        """The tool's answer, a list; empty when there is nothing to list."""
+        """The tool's answer as a list, empty if there is nothing to list."""
         return self.facts(name, *arguments) or []
 
     def start_tool(self, name, *arguments, timeout=LIMIT):
-        """Starts a tool that stays (foreground, clipboard-hold) and returns its process once it says it is ready."""
+        """Starts a tool that keeps running (foreground, clipboard-hold). Returns its process once it is ready."""
         child = self.start([TOOL, name, *arguments], stdout=subprocess.PIPE)
         ready, _, _ = select.select([child.stdout], [], [], timeout)
         if not ready or not child.stdout.readline().startswith(b"ready"):
-            raise ToolError(f"the tool '{name}' did not get ready")
+            raise ToolError(f"the tool '{name}' did not become ready")
         return child
 
     def close(self):

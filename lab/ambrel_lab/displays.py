@@ -1,4 +1,4 @@
-"""An extended desktop for the program: displays beside the lab's screen, and what each does with gamma ramps."""
+"""An extended desktop: simulated displays next to the lab's screen, each with its own rule for gamma ramps."""
 
 import struct
 
@@ -13,16 +13,16 @@ KINDS = ("everything", "identity", "nothing")
 
 
 class Displays:
-    """The program knows of them from `connect` until it ends."""
+    """The running program sees these displays from `connect` until it exits."""
 
     def __init__(self, lab, double_folder):
         self.lab, self.double_folder = lab, double_folder
 
     def connect(self, *kinds):
-        """Makes the running program see as many displays, the lab's screen first.
+        """Makes the running program see one display per argument. The first is the lab's screen.
 
-        Each is a word of KINDS: what ramps its own device context accepts. With more than one the context of the
-        whole screen refuses all, as Windows does on an extended desktop.
+        Each argument is one of KINDS: the gamma ramps that the display's own device context accepts. With more than
+        one display the context of the whole screen refuses all ramps, as Windows does on an extended desktop.
         """
         assert all(kind in KINDS for kind in kinds), kinds
         self.change(*kinds)
@@ -30,14 +30,14 @@ class Displays:
             path.unlink()
         if not self.lab.prefix.path(DLL).exists():
             self.lab.prefix.put(self.double_folder / "displays.dll", DLL)
-        self.lab.desktop.ask("inject", WINDOW_CLASS, DLL)
+        self.lab.desktop.request("inject", WINDOW_CLASS, DLL)
 
     def change(self, *kinds):
-        """Other displays, or other kinds, for a program that sees an extended desktop already."""
+        """Changes the number or the kinds of the displays after connect()."""
         self.lab.prefix.path(SCRIPT).write_text(" ".join(kinds))
 
     def ramp(self, number):
-        """The gamma ramp of a display, which are counted from 1, as three lists."""
+        """The gamma ramp of a display, as three lists. Displays are numbered from 1."""
         if number == 1:
             return self.lab.ramp()
         path = self.lab.prefix.path(RAMP + str(number))

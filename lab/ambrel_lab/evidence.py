@@ -1,4 +1,4 @@
-"""What a failure leaves behind: how the screen looked, which windows there were, and what everybody wrote."""
+"""Evidence of a failure: screenshots, the list of windows, and the logs."""
 
 import shutil
 
@@ -6,8 +6,8 @@ from .paths import LabError
 
 
 def save_evidence(lab, folder):
-    """Writes into `folder` whatever of this can still be had: screen.png (without the gamma ramp), eye.png (with it),
-    windows.txt, events.log, settings.ini, wine.log, xorg.log, and why the rest could not."""
+    """Writes into `folder` all of these that are available: screen.png (without the gamma ramp), eye.png (with it),
+    windows.txt, events.log, settings.ini, wine.log, xorg.log, xorg.out. missing.txt lists the rest with the reasons."""
     folder.mkdir(parents=True, exist_ok=True)
     missing = []
 
@@ -29,7 +29,7 @@ def save_evidence(lab, folder):
 
 
 def describe_windows(lab):
-    """The windows from the topmost down, the program's own window, the icons and the program's processes."""
+    """Describes the windows, topmost first, the popup, the tray icons, message boxes and the program's processes."""
     if not lab.desktop.started():
         return "the desktop has not been started\n"
     lines = [repr(window) for window in lab.windows()]

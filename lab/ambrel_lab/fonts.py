@@ -1,6 +1,6 @@
-"""Preview fonts: stand-ins for Segoe UI, Segoe MDL2 Assets and Consolas with the same family names.
+"""Preview fonts: substitutes for Segoe UI, Segoe MDL2 Assets and Consolas with the same family names.
 
-Made from Debian's Open Sans and DejaVu when the lab is prepared, kept under the build folder and never committed.
+Generated from Debian's Open Sans and DejaVu when the lab is prepared, stored under the build folder, never committed.
 """
 
 from pathlib import Path
@@ -11,15 +11,15 @@ from fontTools.ttLib import TTFont
 
 from .paths import DEJAVU, OPEN_SANS
 
-# Segoe UI's cell at 2048 units an em: with it a height asked of CreateFont gives letters of the same size.
+# Segoe UI's cell at 2048 units per em, so that a height passed to CreateFont gives letters of the same size.
 SEGOE_ASCENT, SEGOE_DESCENT = 2210, 514
-# Consolas likewise, and the width of its every letter.
+# Consolas' cell, and the width of all its letters.
 CONSOLAS_ASCENT, CONSOLAS_DESCENT, CONSOLAS_ADVANCE = 1884, 514, 1126
 WARNING_SIGN, GEAR, SETTINGS_GLYPH = 0x26A0, 0x2699, 0xE713
-# Open Sans runs wider than Segoe UI: its longest line in the panel must fit as it does there.
+# Open Sans is wider than Segoe UI: the longest line of the panel must fit as it does on Windows.
 SEGOE_REGULAR_WIDTH, SEGOE_BOLD_WIDTH = 0.96, 0.96
 
-# Hinting would fight the changed widths; layout, kerning and bitmaps are what plain GDI text does not use.
+# Hinting does not match the changed widths; plain GDI text does not use layout, kerning and bitmap tables.
 DROPPED_TABLES = ("fpgm", "prep", "cvt ", "gasp", "hdmx", "LTSH", "VDMX", "DSIG", "kern", "GPOS", "GSUB", "GDEF",
                   "BASE", "JSTF", "FFTM", "EBDT", "EBLC", "EBSC", "MATH")
 
@@ -38,7 +38,7 @@ def rename(font, family, bold):
 
 
 def set_cell(font, ascent, descent):
-    """Makes the font's cell `ascent` above and `descent` below the base line, in font units."""
+    """Sets the font's cell to `ascent` above and `descent` below the base line, in font units."""
     windows, horizontal = font["OS/2"], font["hhea"]
     windows.usWinAscent, windows.usWinDescent = ascent, descent
     windows.sTypoAscender, windows.sTypoDescender, windows.sTypoLineGap = ascent, -descent, 0
@@ -46,7 +46,7 @@ def set_cell(font, ascent, descent):
 
 
 def narrow(font, factor):
-    """Scales every glyph and advance horizontally and drops the hinting made for the old widths."""
+    """Scales every glyph and advance horizontally and drops the hinting for the old widths."""
     for tag in DROPPED_TABLES:
         if tag in font:
             del font[tag]
@@ -66,7 +66,7 @@ def narrow(font, factor):
 
 
 def add_glyph(font, source, source_code, code):
-    """Draws `source`'s glyph for one character into `font` as the glyph of another; both have 2048 units an em."""
+    """Draws `source`'s glyph for one character into `font` as the glyph of another; both have 2048 units per em."""
     source_name = source.getBestCmap()[source_code]
     recording = DecomposingRecordingPen(source.getGlyphSet())
     source.getGlyphSet()[source_name].draw(recording)

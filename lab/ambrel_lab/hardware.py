@@ -26,7 +26,7 @@ BEHAVIOURS = ("ok", "ignores", "sticks", "drifts")
 
 
 def escape(field):
-    """Tab, line feed, carriage return and backslash as \\t \\n \\r \\\\, so that a value stays one field of one line."""
+    """Tab, line feed, carriage return and backslash as \\t \\n \\r \\\\, so that a value is one field of one line."""
     return str(field).replace("\\", "\\\\").replace("\t", "\\t").replace("\n", "\\n").replace("\r", "\\r")
 
 

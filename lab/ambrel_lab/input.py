@@ -1,11 +1,11 @@
-"""Mouse and keyboard of a lab's screen, as a person would use them: through the X server's XTEST extension."""
+"""Simulated mouse and keyboard input on a lab's screen, through the X server's XTEST extension."""
 
 import ctypes
 import time
 
 from .paths import LabError
 
-# Seconds between two things that a hand does.
+# Seconds between two actions of a user.
 SETTLE = 0.02
 DRAG_STEP = 0.01
 MODIFIERS = {"alt": "Alt_L", "ctrl": "Control_L", "shift": "Shift_L"}
@@ -27,7 +27,7 @@ def load_library(x11):
 
 
 class Input:
-    """All places are pixels of the screen. Every call returns when the X server has taken the event."""
+    """All positions are screen pixels. Every call returns after the X server has processed the event."""
 
     def __init__(self, connection):
         self.connection, self.x11 = connection, connection.x11
@@ -36,7 +36,7 @@ class Input:
 
     def _send(self, call, *arguments):
         if not self.connection.handle or not call(self.connection.handle, *arguments, 0):
-            raise LabError("the X server took no input")
+            raise LabError("the X server accepted no input")
         self.x11.XSync(self.connection.handle, 0)
 
     def position(self):
@@ -46,7 +46,7 @@ class Input:
         self.x11.XQueryPointer(self.connection.handle, self.connection.root, window, window, x, y, number, number, mask)
         return x.value, y.value
 
-    def _place(self, x, y):
+    def _move_pointer(self, x, y):
         self._send(self.xtest.XTestFakeMotionEvent, self.connection.screen, round(x), round(y))
 
     def _button(self, button, down):
@@ -54,7 +54,7 @@ class Input:
         (self.held.add if down else self.held.discard)(button)
 
     def move(self, x, y):
-        self._place(x, y)
+        self._move_pointer(x, y)
         time.sleep(SETTLE)
 
     def press(self, x, y, button=1):
@@ -66,7 +66,7 @@ class Input:
         self._button(button, False)
 
     def release_all(self):
-        """Lets go of every button that is still held."""
+        """Releases every button that is still pressed."""
         for button in list(self.held):
             self.release(button)
 
@@ -75,7 +75,7 @@ class Input:
         self.release(button)
 
     def click_repeatedly(self, x, y, times, interval):
-        """Clicks one place so many times, `interval` seconds apart."""
+        """Clicks `times` times at one position, `interval` seconds apart."""
         self.move(x, y)
         for _ in range(times):
             self._button(1, True)
@@ -83,18 +83,18 @@ class Input:
             time.sleep(interval)
 
     def drag(self, x0, y0, x1, y1, steps=10, button=1, release=True):
-        """Presses at the first place and moves to the second in `steps` equal moves of 10 ms each."""
+        """Presses at the first position and moves to the second in `steps` equal moves of 10 ms each."""
         self.press(x0, y0, button)
         for step in range(1, steps + 1):
             part = step / steps
-            self._place(x0 + (x1 - x0) * part, y0 + (y1 - y0) * part)
+            self._move_pointer(x0 + (x1 - x0) * part, y0 + (y1 - y0) * part)
             time.sleep(DRAG_STEP)
         time.sleep(SETTLE)
         if release:
             self.release(button)
 
     def key(self, combination):
-        """Such as "alt+F4", "Escape", "Return"."""
+        """Presses and releases keys, such as "alt+F4", "Escape", "Return"."""
         codes = [self._keycode(MODIFIERS.get(name, name)) for name in combination.split("+")]
         for code in codes:
             self._send(self.xtest.XTestFakeKeyEvent, code, True)

@@ -21,18 +21,18 @@ from .x11 import Connection
 
 
 class Lab(PopupActions, ProgramActions, WindowsActions):
-    """A screen, a copy of the template prefix and a desktop of its own; several may run side by side.
+    """A screen, a desktop and a copy of the template prefix. Several labs may run at the same time.
 
-    Use it with `with`. Whatever happens to it, nothing that it started stays behind: a watchdog process clears up
-    when the lab closes and also when the lab's process is killed.
+    Use it with `with`. A watchdog process ends everything that the lab started when the lab closes or its process is
+    killed.
     """
 
     def __init__(self, build_dir=DEFAULT_BUILD, dpi=96, size=(1920, 1080), magnification="ok", debug="-all",
                  keep=False, tools=True, evidence=None):
         """`magnification` is a key of magnification.LIBRARIES. `debug` is WINEDEBUG, recorded in wine_log().
-        `keep` leaves the run's folder for a look afterwards. Without `tools` there is only a screen and a prefix:
-        nothing needs to have been built, and the Magnification double is not there. A lab that does not start leaves
-        what it saw in the folder `evidence`."""
+        `keep` keeps the run's folder afterwards. Without `tools` the lab consists of a screen and a prefix only: no
+        build is required and the Magnification double is missing. A lab that fails to start saves its evidence in the
+        folder `evidence`."""
         self.build_dir, self.dpi, self.size = Path(build_dir), dpi, size
         self.program, self.program_path = None, "C:\\Ambrel\\ambrel.exe"
         self.connection, self.desktop, self.evidence = None, None, evidence
@@ -64,7 +64,7 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
         self.close()
 
     def close(self):
-        """Ends everything. Calling it again does nothing."""
+        """Ends all processes of the lab. Does nothing if the lab is closed."""
         if self.connection:
             self.connection.close()
         if self.desktop:
@@ -73,7 +73,7 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
 
     @property
     def folder(self):
-        """The run's folder, which holds the prefix and the logs."""
+        """The run's folder, which contains the prefix and the logs."""
         return self.run.folder
 
     @property
@@ -81,7 +81,7 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
         return self.run.display
 
     def wine_log(self):
-        """What Wine and the programs' standard error wrote."""
+        """The output of Wine and the programs' standard error."""
         return self.desktop.log.read_text(errors="replace") if self.desktop.log.exists() else ""
 
     def click(self, x, y, button=1):
@@ -103,7 +103,7 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
         self.input.key(combination)
 
     def screenshot(self, path=None):
-        """The whole screen as a Picture, saved as PNG when a path is given. A gamma ramp is not in it."""
+        """The screen as a Picture without the gamma ramp, saved as PNG if a path is given."""
         picture = self.connection.picture()
         if path:
             picture.save(path)
@@ -111,7 +111,7 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
 
     def eye_picture(self, path=None):
         """The screen as the eye sees it: with the colour matrix and the gamma ramp in force applied."""
-        picture = self.connection.picture().through(self.seen())
+        picture = self.connection.picture().through(self.visible_levels())
         if path:
             picture.save(path)
         return picture
@@ -124,8 +124,8 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
         """The gamma ramp in force: three lists (red, green, blue) of 256 numbers from 0 to 65535, 8 bits exact."""
         return self.connection.ramp()
 
-    def seen(self):
-        """What the eye sees of each level, colour matrix and gamma ramp together: three lists as ramp() gives them."""
+    def visible_levels(self):
+        """Each level as displayed, with colour matrix and gamma ramp applied: three lists as returned by ramp()."""
         return as_seen(self.magnification.in_force(), self.connection.ramp())
 
     def set_ramp(self, ramp):
@@ -136,13 +136,13 @@ class Lab(PopupActions, ProgramActions, WindowsActions):
         return self.magnification.calls()
 
     def magnification_script(self, effect=(0,), initialize=0):
-        """What Magnification.dll answers from now on; see Magnification.script."""
+        """Sets the results of Magnification.dll from now on; see Magnification.script."""
         self.magnification.script(effect, initialize)
 
     def run_tool(self, name, *arguments, timeout=LIMIT):
-        """What a command of tools/main.cpp answers; ToolError when it fails."""
-        return self.desktop.ask(name, *arguments, timeout=timeout)
+        """Runs a command of tools/main.cpp and returns its answer. Raises ToolError if it fails."""
+        return self.desktop.request(name, *arguments, timeout=timeout)
 
-    def run_unit(self, exe, arguments=(), timeout=None):
-        """Runs a console program of the build here; output streamed, exit code returned."""
+    def run_console_program(self, exe, arguments=(), timeout=None):
+        """Runs a console program in this lab, forwards its output and returns its exit code."""
         return run_console(self.desktop, exe, arguments, timeout)

@@ -1,9 +1,9 @@
-"""Where things are in the program's popup, in design units (pixels at 96 DPI), and the colours that tell them apart."""
+"""Positions of the popup's controls in design units (pixels at 96 DPI), and colours that identify its panels."""
 
 UNITS = 96
 WIDTH, HEIGHT = 320, 540
 
-# Middles of the main panel's controls.
+# Centres of the main panel's controls.
 POWER = (160, 503)
 PRESETS = {"DAY": (70, 447), "EVENING": (160, 447), "NIGHT": (250, 447)}
 SLIDER_X = {"WARMTH": 80, "BRIGHTNESS": 240}
@@ -14,12 +14,12 @@ CARD = (160, 400)
 CARD_OUTLINE = (160, 384)
 STATUS_STRIP = (160, 395)
 
-# Middles of the settings panel's controls.
+# Centres of the settings panel's controls.
 CLOSE = (276, 30)
 SETTINGS_ROWS = {"LAUNCH AT STARTUP": (160, 153), "ALLOW EXTREME DIM": (160, 203), "LEGACY MODE": (160, 253)}
 SUPPORT = (160, 489)
 
-# Places without letters or icons, whose colour tells what is shown.
+# Positions without text or icons, whose colour identifies what is shown.
 SUPPORT_SURFACE = (280, 470)
 SUPPORT_NORMAL, SUPPORT_COPIED = (0x16, 0x16, 0x16), (0x12, 0x24, 0x16)
 POWER_SURFACE = (60, 490)
@@ -28,5 +28,5 @@ SETTINGS_ROW_SURFACE, MAIN_PANEL_BACKGROUND, ROW_COLOUR = (200, 136), (200, 500)
 
 MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT = "Launch at Startup", "Legacy Mode (Older Hardware)", "Quit"
 
-# Seconds after the popup was hidden in which a click on the icon does not open it.
+# Seconds after the popup is hidden during which a click on the icon does not open it.
 REOPEN_GUARD = 0.25

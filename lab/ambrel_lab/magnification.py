@@ -1,4 +1,4 @@
-"""The double of Magnification.dll in one prefix: which one is there, what it answers, what it was asked."""
+"""The double of Magnification.dll in one prefix: installation, scripted results, recorded calls."""
 
 import os
 import struct
@@ -10,11 +10,11 @@ from .paths import LabError
 DLL = "C:\\windows\\system32\\Magnification.dll"
 SCRIPT = "C:\\lab\\magnification.script"
 LOG = "C:\\lab\\magnification.log"
-EFFECT = "C:\\lab\\magnification.effect"  # followed by a dot and the number of the process whose effect it is
+EFFECT = "C:\\lab\\magnification.effect"  # followed by a dot and the id of the process that set the effect
 CELLS = struct.Struct("<25f")
 IDENTITY = (1.0, 1.0, 1.0)
 
-# What the library is: whole, without one entry point, or not there at all.
+# Kinds of the library: complete, without one entry point, or missing.
 LIBRARIES = {
     "ok": "magnification.dll",
     "missing": None,
@@ -26,7 +26,7 @@ LIBRARIES = {
 
 @dataclass
 class Call:
-    """One call that the program made. `matrix` holds 25 floats for the effect and none for the others."""
+    """One call that the program made. `matrix` has 25 floats for the effect and none for other calls."""
 
     function: str
     result: int
@@ -51,7 +51,7 @@ class Magnification:
         self.prefix, self.double_folder, self.serial = prefix, double_folder, 0
 
     def install(self, kind):
-        """Puts a library of LIBRARIES into system32; a program that has loaded another keeps that one."""
+        """Installs a library of LIBRARIES in system32. A running program keeps the library that it has loaded."""
         if kind not in LIBRARIES:
             raise LabError(f"no such Magnification library: {kind}; there are {', '.join(LIBRARIES)}")
         if LIBRARIES[kind]:
@@ -60,11 +60,11 @@ class Magnification:
             self.prefix.path(DLL).unlink(missing_ok=True)
 
     def script(self, effect=(0,), initialize=0, delay=0):
-        """What the library answers from now on, also while the program runs.
+        """Sets the results of the library's functions from now on, also for a running program.
 
-        `effect` is the error of each coming effect call, 0 being success; the last one answers all later calls, so
-        (87, 0) fails once with error 87 and (87,) for ever. A program that loads the library anew starts the list
-        again. `initialize` is the error of MagInitialize. Each effect call takes `delay` ms after it was recorded.
+        `effect` lists the errors of the next effect calls, 0 for success. The last one applies to all later calls, so
+        (87, 0) fails once with error 87 and (87,) fails always. A program that reloads the library starts at the
+        first one. `initialize` is the error of MagInitialize. Each effect call takes `delay` ms after it is recorded.
         """
         self.serial += 1
         path = self.prefix.path(SCRIPT)
@@ -75,9 +75,9 @@ class Magnification:
         os.replace(temporary, path)
 
     def in_force(self):
-        """(red, green, blue): what the matrices in force multiply each channel by, those of all processes together.
+        """(red, green, blue): the factors of the matrices in force, multiplied over all processes.
 
-        An effect ends with its process, however that ends. A matrix that is not diagonal raises LabError.
+        An effect ends with its process, even a killed one. Raises LabError for a matrix that is not diagonal.
         """
         factors = IDENTITY
         for path in self.prefix.path(EFFECT).parent.glob("magnification.effect.*"):
@@ -85,12 +85,12 @@ class Magnification:
                 cells = path.read_bytes()
             except FileNotFoundError:
                 continue
-            if len(cells) == CELLS.size:  # Shorter only in the moment in which the file is made.
+            if len(cells) == CELLS.size:  # Shorter only while the file is being created.
                 factors = tuple(map(mul, factors, diagonal_of(CELLS.unpack(cells))))
         return factors
 
     def show_as_ramp(self):
-        """Makes the library show its matrix as a gamma ramp too, for a person in front of the display."""
+        """Makes the library show its matrix as a gamma ramp as well, to make the filter visible on a real display."""
         self.prefix.path(SCRIPT).write_text("show=1\n")
 
     def calls(self):
@@ -102,6 +102,6 @@ class Magnification:
             calls.append(Call(function, int(result), int(error), [float(cell) for cell in matrix.split()]))
         return calls
 
-    def forget(self):
-        """Empties the record."""
+    def clear_calls(self):
+        """Clears the record of calls."""
         self.prefix.path(LOG).unlink(missing_ok=True)

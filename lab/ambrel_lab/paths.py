@@ -1,4 +1,4 @@
-"""Where the lab keeps things and what environment its Windows processes get."""
+"""Paths of the lab, and the environment of its Windows processes."""
 
 import shutil
 from pathlib import Path
@@ -17,11 +17,11 @@ FONT_SOURCES = [OPEN_SANS / "OpenSans-Regular.ttf", OPEN_SANS / "OpenSans-Bold.t
 
 
 class LabError(Exception):
-    """The lab could not do what was asked; the text says what to look at."""
+    """An operation of the lab failed; the text describes why."""
 
 
 def check_packages():
-    """Raises LabError naming the first thing that lab/packages.txt would have brought."""
+    """Raises LabError if files of the packages in lab/packages.txt are missing."""
     wanted = [WINE, WINESERVER, "/usr/lib/xorg/modules/drivers/dummy_drv.so", LIBRARIES / "libXtst.so.6", *FONT_SOURCES]
     missing = [str(path) for path in wanted if not Path(path).exists()]
     if not shutil.which("Xorg"):
@@ -31,10 +31,10 @@ def check_packages():
 
 
 def windows_environment(prefix, display, home, debug="-all"):
-    """The whole environment of a Windows process: nothing of the caller's own leaks in.
+    """The complete environment of a Windows process; nothing is inherited from the caller.
 
-    `debug` is WINEDEBUG. Wine finds no fonts but the prefix's, whatever the machine has installed, and writes
-    nothing outside `home` and the prefix.
+    `debug` is WINEDEBUG. Wine finds the prefix's fonts only, regardless of the machine's, and writes nothing outside
+    `home` and the prefix.
     """
     return {
         "PATH": "/usr/local/bin:/usr/bin:/bin",
@@ -46,19 +46,19 @@ def windows_environment(prefix, display, home, debug="-all"):
         "DISPLAY": display,
         "WINEPREFIX": str(prefix),
         "WINEDEBUG": debug,
-        # No download of Mono or Gecko is offered, no menu entries are written to the person's home, and a
-        # program that crashes ends at once instead of waiting for a debugger.
+        # Wine does not offer to download Mono or Gecko and does not write menu entries into the user's home, and a
+        # program that crashes ends immediately instead of waiting for a debugger.
         "WINEDLLOVERRIDES": "mscoree,mshtml=;winemenubuilder.exe=d;winedbg.exe=d",
         "FONTCONFIG_FILE": str(Path(home) / "fonts.conf"),
         "XDG_CACHE_HOME": str(Path(home) / "cache"),
         "XDG_RUNTIME_DIR": str(home),
-        # Where Debian's Wine keeps its server's socket on a machine without /run/user.
+        # Debian's Wine keeps its server's socket here on a machine without /run/user.
         "TMPDIR": str(home),
     }
 
 
 def make_home(folder):
-    """Creates the home folder that windows_environment expects, without any font of the machine in it."""
+    """Creates the home folder that windows_environment expects, without any of the machine's fonts."""
     folder = Path(folder)
     folder.mkdir(parents=True, exist_ok=True)
     (folder / "fonts.conf").write_text(

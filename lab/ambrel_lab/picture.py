@@ -1,4 +1,4 @@
-"""Pictures: rectangles of red, green and blue bytes that can be cut, looked at and kept as PNG."""
+"""Picture: an immutable RGB image that can be cropped, inspected and saved as PNG."""
 
 import io
 
@@ -6,19 +6,19 @@ from PIL import Image, ImageChops
 
 
 def as_seen(factors, ramp):
-    """What a screen makes of each level when a colour matrix multiplies the channels before a gamma ramp is applied.
+    """Each level as displayed when a colour matrix multiplies the channels before a gamma ramp is applied.
 
-    Three lists like a ramp's. Between the ramp's entries the value is interpolated.
+    Returns three lists like a ramp's. Values between the ramp's entries are interpolated.
     """
-    def seen(channel, place):
-        below = min(int(place), len(channel) - 2)
-        return channel[below] + (channel[below + 1] - channel[below]) * (place - below)
-    return [[round(seen(channel, step * min(max(factor, 0.0), 1.0))) for step in range(len(channel))]
+    def interpolated(channel, position):
+        below = min(int(position), len(channel) - 2)
+        return channel[below] + (channel[below + 1] - channel[below]) * (position - below)
+    return [[round(interpolated(channel, step * min(max(factor, 0.0), 1.0))) for step in range(len(channel))]
             for factor, channel in zip(factors, ramp)]
 
 
 class Picture:
-    """`image` is an RGB image of Pillow. A picture does not change."""
+    """Wraps an RGB image of Pillow. Immutable."""
 
     def __init__(self, image):
         assert image.mode == "RGB"
@@ -48,7 +48,7 @@ class Picture:
         return self.image.tobytes()
 
     def png(self):
-        """The bytes of a PNG, the same for the same picture: no time stamp, no name of what wrote it."""
+        """The bytes of a PNG file, reproducible: they contain no time stamp and no name of a program."""
         file = io.BytesIO()
         self.image.save(file, "PNG")
         return file.getvalue()
@@ -66,19 +66,19 @@ class Picture:
         return Picture(self.image.crop((left, top, right, bottom)))
 
     def through(self, ramp):
-        """As the eye sees it: what a display shows of these pixels with that gamma ramp loaded."""
+        """The picture as a display shows it with this gamma ramp (or visible levels)."""
         return Picture(self.image.point([value >> 8 for channel in ramp for value in channel]))
 
     def difference(self, other):
-        """(left, top, right, bottom) of what differs from another picture of the same size; None when nothing does."""
+        """Bounding box (left, top, right, bottom) of the differences from a picture of the same size; None if equal."""
         return ImageChops.difference(self.image, other.image).getbbox()
 
-    def holds(self, colour):
-        """Whether any pixel is of this (red, green, blue)."""
+    def contains(self, colour):
+        """Whether any pixel has this (red, green, blue)."""
         return tuple(colour) in {found for _, found in self._counted()}
 
     def colours(self):
-        """How many different colours it holds."""
+        """The number of different colours."""
         return len(self._counted())
 
     def _counted(self):

@@ -1,4 +1,4 @@
-"""Wine prefixes: a template made once, and the copy that each run gets of it."""
+"""Wine prefixes: a template that is created once, and a copy of it for each run."""
 
 import fcntl
 import hashlib
@@ -11,13 +11,13 @@ from pathlib import Path
 from .paths import FONT_SOURCES, STATE, WINE, WINESERVER, LabError, check_packages, windows_environment
 from .run import Run
 
-# The fonts that Wine asks for in its dialogs and that a machine without Windows does not have.
+# Fonts that Wine's dialogs use and that a machine without Windows lacks.
 DIALOG_FONTS = ("Tahoma", "MS Shell Dlg", "MS Sans Serif", "Microsoft Sans Serif", "Arial")
 LIBRARY = "x86_64-linux-gnu/wine/x86_64-unix/ntdll.so"
 
 
 def template_key():
-    """Changes when anything changes that the template is made from."""
+    """A hash of everything that the template is built from."""
     digest = hashlib.sha256()
     for path in [Path(__file__), Path(__file__).with_name("fonts.py"), *FONT_SOURCES]:
         digest.update(path.read_bytes())
@@ -36,7 +36,7 @@ def template_lock():
 
 
 def registry_text(text):
-    """A text as it stands between quotation marks in one of Wine's .reg files, which are ASCII."""
+    """Escapes a text for use between quotation marks in one of Wine's .reg files, which are ASCII."""
     escaped = ""
     for unit in memoryview(text.encode("utf-16-le")).cast("H"):
         letter = chr(unit)
@@ -55,7 +55,7 @@ def registry_value(value):
 
 
 def append_registry(prefix, key, values):
-    """Writes values (a dict) under a key such as "HKCU\\\\Software\\\\X" of a prefix in which nothing runs."""
+    """Writes values (a dict) under a key such as "HKCU\\\\Software\\\\X" of a prefix without running processes."""
     root, path = key.split("\\", 1)
     file = {"HKCU": "user.reg", "HKLM": "system.reg"}[root]
     lines = [f'"{registry_text(name)}"={registry_value(value)}' for name, value in values.items()]
@@ -64,10 +64,10 @@ def append_registry(prefix, key, values):
 
 
 def make_template(target):
-    """Makes the template prefix: Wine's own first start, the preview fonts, and nothing that points outside."""
-    # Loaded here because no later start needs it.
+    """Creates the template prefix: Wine's first start, the preview fonts, no links to folders outside."""
+    # Imported here because only the first start needs it.
     from .fonts import make_preview_fonts
-    print("lab: making the template prefix (once)", file=sys.stderr)
+    print("lab: creating the template prefix (once)", file=sys.stderr)
     run = Run(size=(800, 600))
     try:
         prefix = run.folder / "prefix"
@@ -91,7 +91,7 @@ def make_template(target):
 
 
 def template():
-    """The template's folder, made when there is none for the present inputs. Call it under template_lock."""
+    """The template's folder, created if none matches the current inputs. The caller must hold template_lock."""
     check_packages()
     wanted = STATE / f"template-{template_key()}"
     if not wanted.exists():
@@ -102,7 +102,7 @@ def template():
 
 
 def copy_prefix(target):
-    """Makes a prefix of its own at `target`: Windows' files are hard links, what a run may write is copied."""
+    """Creates a prefix at `target`. Windows' files are hard links; files that a run may write are copies."""
     with template_lock():
         source = template()
         target.mkdir()
@@ -116,7 +116,7 @@ def copy_prefix(target):
 
 
 class Prefix:
-    """One run's copy. `folder` is the prefix, `drive_c` its drive."""
+    """A run's copy of the template. `folder` is the prefix, `drive_c` its drive C:."""
 
     def __init__(self, folder):
         self.folder = Path(folder)
@@ -136,7 +136,7 @@ class Prefix:
         return users[0] / "AppData" / "Roaming"
 
     def put(self, source, windows_path):
-        """Copies a file onto drive C:, in the place of any other; a hard link to the template is never written to."""
+        """Copies a file to drive C: and replaces an existing one. Never writes through a hard link to the template."""
         target = self.path(windows_path)
         target.parent.mkdir(parents=True, exist_ok=True)
         target.unlink(missing_ok=True)

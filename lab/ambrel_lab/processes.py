@@ -1,4 +1,4 @@
-"""The Linux processes behind a prefix, found by the environment that the lab gave them."""
+"""The Linux processes of a prefix, identified by their environment."""
 
 import os
 import signal
@@ -16,7 +16,7 @@ def read_bytes(path):
 
 
 def processes_of(prefix):
-    """Process ids of everything that runs in the prefix, Wine's server and services included."""
+    """Process ids of all processes in the prefix, including Wine's server and services."""
     mark = f"WINEPREFIX={prefix}".encode()
     found = []
     for name in os.listdir("/proc"):
@@ -26,7 +26,7 @@ def processes_of(prefix):
 
 
 def processes_named(prefix, image):
-    """Process ids of the Windows programs in the prefix whose file is called `image`, ordered by their start."""
+    """Process ids of the Windows programs in the prefix whose file is called `image`, in ascending order."""
     found = []
     for pid in processes_of(prefix):
         words = read_bytes(f"/proc/{pid}/cmdline").split(b"\0")[:2]
@@ -43,19 +43,19 @@ def processor_time(pid):
 
 
 def kill(pid):
-    """Ends a process at once, wherever it is; one that has ended already is no error."""
+    """Kills a process. Does nothing if it has ended."""
     try:
         os.kill(pid, signal.SIGKILL)
     except ProcessLookupError:
         pass
 
 
-def end_processes(prefix, patience=10.0):
-    """Ends everything in the prefix at once. True when nothing is left."""
+def end_processes(prefix, timeout=10.0):
+    """Kills all processes in the prefix. Returns False if some still exist after `timeout` seconds."""
     prefix = Path(prefix)
     if not prefix.exists():
         return True
-    deadline = time.monotonic() + patience
+    deadline = time.monotonic() + timeout
     while pids := processes_of(prefix):
         if time.monotonic() > deadline:
             return False

@@ -13,7 +13,7 @@ class ProgramActions:
     """Needs `prefix`, `desktop` and `build_dir` of Lab."""
 
     def install_program(self, exe=None, target="C:\\Ambrel\\ambrel.exe"):
-        """Copies the program (the built one when none is named) to `target` and makes that the program of this lab."""
+        """Copies the program (by default the built one) to `target` and makes the copy this lab's program."""
         exe = Path(exe or self.build_dir / "ambrel.exe")
         if not exe.exists():
             raise LabError(f"{exe} has not been built")
@@ -21,7 +21,7 @@ class ProgramActions:
         return self.prefix.put(exe, target)
 
     def start_program(self, *arguments):
-        """Starts the installed program and returns its process; call it again for a second instance."""
+        """Starts the installed program and returns its process. A second call starts a second instance."""
         self.program = self.desktop.start([self.program_path, *arguments])
         return self.program
 
@@ -30,7 +30,7 @@ class ProgramActions:
         return self.program_path.rsplit("\\", 1)[-1]
 
     def program_pids(self):
-        """Linux process ids of every running instance, however it was started."""
+        """Linux process ids of all running instances, including those that Windows started."""
         return processes_named(self.prefix.folder, self.program_image)
 
     def program_running(self):
@@ -39,13 +39,13 @@ class ProgramActions:
         return bool(self.program_pids())
 
     def wait_for_exit(self, limit=LIMIT):
-        """Waits until no instance runs; the exit code (low eight bits) of the one last started by start_program."""
-        wait_until(lambda: not self.program_running(), f"the end of {self.program_image}", limit,
-                   seen=lambda: (self.program_pids(), self.windows()))
+        """Waits until no instance runs. Returns the low eight bits of the exit code of start_program's last process."""
+        wait_until(lambda: not self.program_running(), f"the exit of {self.program_image}", limit,
+                   actual=lambda: (self.program_pids(), self.windows()))
         return self.program.wait() if self.program else None
 
     def kill_program(self):
-        """Ends every instance as a crash would, without its clean-up."""
+        """Kills every instance, like a crash: without its clean-up."""
         for pid in self.program_pids():
             kill(pid)
         self.wait_for_exit()
@@ -55,25 +55,25 @@ class ProgramActions:
         return processor_time(self.program_pids()[0])
 
     def processor_share(self, seconds):
-        """The share of one processor (0.01 is 1%) that the program uses during the next seconds; 10 ms exact."""
+        """The share of one processor (0.01 is 1%) that the program uses in the next `seconds`. Resolution: 10 ms."""
         before = self.processor_seconds()
         time.sleep(seconds)
         return (self.processor_seconds() - before) / seconds
 
     def gdi_objects(self):
-        """How many GDI objects the program holds."""
+        """The number of the program's GDI objects."""
         return self.desktop.facts("process", self.program_image)["gdi"]
 
     def open_handles(self):
-        """How many handles the program holds: of files, events, threads, registry keys."""
+        """The number of the program's open handles: files, events, threads, registry keys."""
         return self.desktop.facts("process", self.program_image)["handles"]
 
     def post_message(self, message, wparam=0, lparam=0, target=WINDOW_CLASS):
-        self.desktop.ask("message", target, "post", message, wparam, lparam)
+        self.desktop.request("message", target, "post", message, wparam, lparam)
 
     def send_message(self, message, wparam=0, lparam=0, target=WINDOW_CLASS, timeout=LIMIT):
-        """The answer of the window procedure, as a signed number; an unsent message raises ToolError."""
-        answer = self.desktop.ask("message", target, "send", message, wparam, lparam, int(timeout * 1000),
+        """The window procedure's result as a signed number. Raises ToolError if the message cannot be sent."""
+        answer = self.desktop.request("message", target, "send", message, wparam, lparam, int(timeout * 1000),
                                   timeout=timeout + LIMIT)
         return answer["result"]
 
@@ -94,11 +94,11 @@ class ProgramActions:
         return self.settings_folder / "events.log"
 
     def settings_text(self):
-        """settings.ini as it is, "" when it does not exist; its line ends become plain line feeds."""
+        """The text of settings.ini with CR LF converted to LF, "" if the file does not exist."""
         return self._text(self.settings_path)
 
     def settings(self):
-        """settings.ini as {key: text}; sections are not told apart."""
+        """settings.ini as {key: text}, regardless of sections."""
         lines = [line.partition("=") for line in self.settings_text().splitlines() if "=" in line]
         return {key.strip(): value.strip() for key, _, value in lines}
 
@@ -107,7 +107,7 @@ class ProgramActions:
         self._write(self.settings_path, content)
 
     def events_text(self):
-        """events.log as text, "" when it does not exist; its line ends become plain line feeds."""
+        """The text of events.log with CR LF converted to LF, "" if the file does not exist."""
         return self._text(self.events_path)
 
     def write_events(self, content):

@@ -1,4 +1,4 @@
-"""A run: a folder of its own under the lab's state, a watchdog beside it, and a screen."""
+"""A run of the lab: its folder, its watchdog process and its screen."""
 
 import fcntl
 import json
@@ -53,7 +53,7 @@ EndSection
 
 
 def screen_config(width, height):
-    """The X server's configuration: the wanted size first, then smaller ones to change to."""
+    """The X server's configuration: the requested size first, then smaller modes."""
     sizes = [(width, height)] + [size for size in ((1920, 1080), (1280, 720), (1024, 768), (800, 600))
                                  if size[0] < width and size[1] < height]
     lines = []
@@ -66,7 +66,7 @@ def screen_config(width, height):
 
 
 def remove_leftovers(runs):
-    """Deletes the folders of runs whose lab and watchdog both died, and ends what still runs in them."""
+    """Deletes the folders of runs whose lab and watchdog have both ended, and kills their remaining processes."""
     for folder in runs.iterdir():
         if (folder / KEPT).exists():
             continue
@@ -81,7 +81,7 @@ def remove_leftovers(runs):
 
 
 def make_folder(kept):
-    """A new run's (folder, lock held on it). No other lab looks for leftovers between the two."""
+    """Creates and locks a run's folder. Returns (folder, lock). No other lab removes leftovers in between."""
     runs = STATE / "runs"
     runs.mkdir(parents=True, exist_ok=True)
     with open(STATE / "runs.lock", "w") as guard:
@@ -96,16 +96,16 @@ def make_folder(kept):
 
 
 class Run:
-    """A folder, a screen and the promise that both are gone afterwards. `folder`, `home` and `display` are set.
+    """A folder and a screen, both removed by the watchdog afterwards. Sets `folder`, `home` and `display`.
 
-    With `borrowed_display` no screen is made: that display is used, and its gamma ramp is put back at the end.
+    With `borrowed_display` the run uses that display instead of a new screen and restores its gamma ramp at the end.
     """
 
     def __init__(self, size=(1920, 1080), borrowed_display="", kept=False):
         self.folder, lock = make_folder(kept)
         self.home = make_home(self.folder / "home")
         (self.folder / "xorg.conf").write_text(screen_config(*size))
-        # The watchdog holds the lock too: it is free only when both are gone.
+        # The watchdog inherits the lock, which is released only when both processes have ended.
         with lock:
             environment = dict(os.environ, PYTHONPATH=str(Path(__file__).resolve().parents[1]),
                                PYTHONDONTWRITEBYTECODE="1")
@@ -117,7 +117,7 @@ class Run:
 
     @property
     def display(self):
-        """The display's name. The screen starts while the prefix is being copied; only this waits for it."""
+        """The display's name. The screen starts while the prefix is copied; the first use waits for it."""
         if not self._display:
             answer = self.watchdog.stdout.readline()
             self._display = json.loads(answer)["display"] if answer else ""
@@ -128,7 +128,7 @@ class Run:
         return self._display
 
     def close(self):
-        """Returns when every process of the run has ended and its folder is gone."""
+        """Ends the run. Returns when all its processes have ended and its folder is deleted."""
         if self.watchdog.poll() is None:
             self.watchdog.stdin.close()
             self.watchdog.stdout.close()

@@ -20,8 +20,8 @@ LONGEST_LINE = "\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%"
 LONGEST_LINE_UNITS = 276
 TOLERANCE = 256
 
-# A lab in a process of its own, to be ended from outside while everything runs.
-VICTIM = """
+# A lab in a separate process, which a check kills while everything runs.
+LAB_PROCESS = """
 import sys, time
 from ambrel_lab import Lab
 with Lab(sys.argv[1]) as lab:
@@ -45,8 +45,8 @@ def still_alive(folder):
     return found
 
 
-def close_enough(got, wanted):
-    return abs(got - wanted) <= TOLERANCE
+def close_enough(actual, expected):
+    return abs(actual - expected) <= TOLERANCE
 
 
 def check_fonts(lab):
@@ -73,19 +73,24 @@ def check_screen(lab):
     assert metrics["work_bottom"] == 1060 and metrics["dpi"] == 96, metrics
 
 
-def fresh_magnification(lab):
-    """What a program that starts now finds of the library."""
+def library_of_new_process(lab):
+    """The functions of the library that a program that starts now finds."""
     child = lab.desktop.start([TOOL, "magnify", "1", "1", "1"], stdout=subprocess.PIPE)
     return json.loads(child.communicate(timeout=LIMIT)[0])
 
 
+def white(lab):
+    """White as displayed: (red, green, blue), 0 to 65535."""
+    return [channel[255] for channel in lab.visible_levels()]
+
+
 def check_magnification(lab):
     lab.run_tool("magnify", 1000, 500, 0, "keep")
-    assert all(close_enough(got, wanted) for got, wanted in zip((c[255] for c in lab.seen()), (65535, 32768, 0)))
-    assert lab.ramp()[1][255] > 65000, "the ramp is another pipeline's"
+    assert all(map(close_enough, white(lab), (65535, 32768, 0)))
+    assert lab.ramp()[1][255] > 65000, "the effect must not change the ramp"
     assert lab.magnification_calls()[-1].diagonal == (1.0, 0.5, 0.0)
     lab.set_ramp([[step * 257 // 2 for step in range(256)]] * 3)
-    assert all(close_enough(got, wanted) for got, wanted in zip((c[255] for c in lab.seen()), (32768, 16384, 0)))
+    assert all(map(close_enough, white(lab), (32768, 16384, 0)))
     lab.set_ramp(identity_ramp())
     lab.magnification_script(effect=(87, 0))
     answers = [lab.run_tool("magnify", 1000, 1000, 1000, "keep")["effect_error"] for _ in range(3)]
@@ -96,14 +101,14 @@ def check_magnification(lab):
     lab.run_tool("magnify", 1000, 1000, 1000, "keep")
     child = lab.desktop.start([TOOL, "magnify", "500", "1000", "1000", "keep"], stdout=subprocess.PIPE)
     child.communicate(timeout=20)
-    wait_until(lambda: lab.magnification.in_force() == (1.0, 1.0, 1.0), "an effect's end with its process")
+    wait_until(lambda: lab.magnification.in_force() == (1.0, 1.0, 1.0), "the removal of the effect of an ended process")
     lab.magnification.install("without-effect")
-    # A program that has loaded a library keeps it; a new one finds the other.
-    found = fresh_magnification(lab)
+    # A running program keeps the library that it has loaded; a new one loads the installed one.
+    found = library_of_new_process(lab)
     assert (found["initialize"], found["uninitialize"], found["effect"]) == (1, 1, 0), found
     lab.magnification.install("missing")
-    assert fresh_magnification(lab)["loaded"] == 0
-    assert lab.seen()[1][255] > 65000
+    assert library_of_new_process(lab)["loaded"] == 0
+    assert lab.visible_levels()[1][255] > 65000
 
 
 def check_windows(lab):
@@ -126,7 +131,7 @@ def check_process_facts(lab):
     facts = lab.desktop.facts("process", TOOL.rpartition("\\")[2])
     assert facts["process"] > 0 and facts["gdi"] > 0 and facts["handles"] > 0, facts
     assert lab.desktop.facts("process", facts["process"]) == facts
-    assert lab.desktop.facts("process", "nobody.exe") is None
+    assert lab.desktop.facts("process", "missing.exe") is None
     with lab.other_window():
         other = lab.desktop.facts("process", int(lab.window_facts("LabOtherWindow")["process"]))
     assert other["process"] != facts["process"] and other["handles"] > 0, other
@@ -142,16 +147,16 @@ def check_registry_before_start(build_dir):
 
 
 def check_end(build_dir, number):
-    """Whatever ends a lab's process, nothing that it started stays."""
+    """Checks that every process of a lab ends, regardless of the signal that ended the lab's own process."""
     environment = dict(os.environ, PYTHONPATH=str(Path(__file__).resolve().parents[1]), PYTHONDONTWRITEBYTECODE="1")
-    victim = subprocess.Popen([sys.executable, "-c", VICTIM, str(build_dir)], env=environment, text=True,
+    process = subprocess.Popen([sys.executable, "-c", LAB_PROCESS, str(build_dir)], env=environment, text=True,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-    folder = Path(victim.stdout.readline().strip())
+    folder = Path(process.stdout.readline().strip())
     assert folder.parent == STATE / "runs" and len(still_alive(folder)) > 5, folder
-    victim.send_signal(number)
-    victim.wait(LIMIT)
-    victim.stdout.close()
-    wait_until(lambda: not still_alive(folder) and not folder.exists(), f"the end of all after {number.name}")
+    process.send_signal(number)
+    process.wait(LIMIT)
+    process.stdout.close()
+    wait_until(lambda: not still_alive(folder) and not folder.exists(), f"the end of all processes after {number.name}")
 
 
 def check_failure(build_dir):
@@ -166,13 +171,13 @@ def check_failure(build_dir):
     assert not folder.exists() and not still_alive(folder), still_alive(folder)
 
 
-def side_by_side(build_dir):
+def check_two_labs(build_dir):
     with Lab(build_dir) as one, Lab(build_dir) as other:
         one.set_clipboard_text("one")
         other.set_clipboard_text("other")
         one.run_tool("magnify", 500, 500, 500, "keep")
         assert (one.clipboard_text(), other.clipboard_text()) == ("one", "other")
-        assert one.seen()[0][255] < 40000 < other.seen()[0][255]
+        assert one.visible_levels()[0][255] < 40000 < other.visible_levels()[0][255]
 
 
 def selftest(build_dir):
@@ -194,7 +199,7 @@ def selftest(build_dir):
         for call in (check_fonts, check_screen, check_magnification, check_windows, check_process_facts):
             check(call.__name__, lambda: call(lab))
     hardware_checks(check, build_dir)
-    for call in (check_registry_before_start, check_failure, side_by_side):
+    for call in (check_registry_before_start, check_failure, check_two_labs):
         check(call.__name__, lambda: call(build_dir))
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGKILL):
         check(f"check_end {number.name}", lambda: check_end(build_dir, number))

@@ -1,19 +1,19 @@
-"""Waiting for a state. A wait ends as soon as the state is there, so its limit only bounds how long a failure takes."""
+"""Waiting for a state. A wait ends as soon as the state is reached, so the limit only bounds the time of a failure."""
 
 import time
 
 from .paths import LabError
 
-# Generous: a test must also pass on a machine whose processors are all busy.
+# Seconds. Generous: a test must also pass on a machine whose processors are all busy.
 LIMIT = 60.0
-FIRST_PAUSE, LONGEST_PAUSE = 0.002, 0.03
+FIRST_PAUSE, MAX_PAUSE = 0.002, 0.03
 
 
-def wait_until(condition, what, limit=LIMIT, seen=None, pause=None):
-    """The first true value that condition() returns.
+def wait_until(condition, what, limit=LIMIT, actual=None, pause=None):
+    """Calls condition() until it returns a true value, and returns that value.
 
-    After `limit` seconds raises LabError, which names `what` was waited for and, with `seen`, the value of seen() that
-    was there instead. Without `pause` the condition is checked often at first and less often later.
+    Raises LabError after `limit` seconds. Its text contains `what` and, if `actual` is given, the value of actual().
+    Pauses `pause` seconds between calls; without `pause` the pauses grow.
     """
     deadline = time.monotonic() + limit
     interval = pause or FIRST_PAUSE
@@ -22,27 +22,27 @@ def wait_until(condition, what, limit=LIMIT, seen=None, pause=None):
         if value:
             return value
         if time.monotonic() > deadline:
-            instead = f"; instead there was {seen()!r}" if seen else ""
-            raise LabError(f"waited {limit:g} s in vain for {what}{instead}")
+            found = f"; found instead: {actual()!r}" if actual else ""
+            raise LabError(f"no success after {limit:g} s of waiting for {what}{found}")
         time.sleep(interval)
-        interval = pause or min(interval * 2, LONGEST_PAUSE)
+        interval = pause or min(interval * 2, MAX_PAUSE)
 
 
 def wait_for_value(read, wanted, what, limit=LIMIT):
-    """Waits until read() returns `wanted`; the LabError tells the last value that it returned."""
+    """Waits until read() returns `wanted`. The LabError contains the last value that it returned."""
     last = [None]
 
     def reached():
         last[0] = read()
         return last[0] == wanted
-    wait_until(reached, f"{what} to be {wanted!r}", limit, seen=lambda: last[0])
+    wait_until(reached, f"{what} to be {wanted!r}", limit, actual=lambda: last[0])
 
 
 def wait_until_settled(read, what, pause=0.05, limit=LIMIT):
-    """The first true value that read() returns twice in a row, `pause` seconds apart."""
+    """Waits until read() returns the same true value twice in a row, `pause` seconds apart, and returns it."""
     last = [None]
 
     def settled():
         before, last[0] = last[0], read()
         return last[0] if before == last[0] else None
-    return wait_until(settled, f"{what} to settle", limit, seen=lambda: last[0], pause=pause)
+    return wait_until(settled, f"{what} to settle", limit, actual=lambda: last[0], pause=pause)

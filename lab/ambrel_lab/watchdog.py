@@ -1,8 +1,8 @@
-"""The watchdog: one small process beside each lab that owns its X server and clears up when the lab is gone.
+"""The watchdog: a small process per lab that owns the X server and cleans up after the lab.
 
-It waits for the end of its standard input, which comes when the lab closes it and just as surely when the lab's
-process is killed. Then it ends every process of the run, puts a borrowed display's gamma ramp back and deletes the
-run's folder. It is the only place where that is done, so every way of ending takes the same path.
+It waits for the end of its standard input, which is reached when the lab closes the pipe or the lab's process is
+killed. Then it ends every process of the run, restores a borrowed display's gamma ramp and deletes the run's folder.
+All clean-up is done here, so it is the same however the lab ended.
 """
 
 import ctypes
@@ -31,7 +31,7 @@ def start_screen(folder):
                "-logfile", str(folder / "xorg.log"), "-nolisten", "tcp", "-novtswitch", "-sharevts", "-noreset",
                "-ac", "-quiet"]
     with open(folder / "xorg.out", "wb") as out:
-        # A session of its own, or a Ctrl-C at the terminal would take the screen away before the clearing up.
+        # A separate session, because Ctrl-C at the terminal would otherwise end the screen before the clean-up.
         server = subprocess.Popen(command, pass_fds=[writer], stdin=subprocess.DEVNULL, stdout=out, stderr=out,
                                   preexec_fn=die_with_parent, start_new_session=True)
     os.close(writer)
@@ -50,7 +50,7 @@ def end_screen(server):
 
 
 def restore_ramp(connection, ramp):
-    """Loads a borrowed display's own ramp again; a display that is gone needs none."""
+    """Restores a borrowed display's gamma ramp. Ignores a display that no longer exists."""
     from .paths import LabError
     try:
         if ramp:

@@ -1,4 +1,4 @@
-"""The rest of Windows in a lab: registry, clipboard, message boxes, modes, the session. Mixed into Lab."""
+"""Other parts of Windows in a lab: registry, clipboard, message boxes, display modes, sessions. Mixed into Lab."""
 
 from collections import namedtuple
 from contextlib import contextmanager
@@ -12,11 +12,11 @@ Window = namedtuple("Window", "handle window_class title left top right bottom p
 
 
 class WindowsActions:
-    """Needs `prefix` and `desktop` of Lab. A registry key is such as "HKCU\\\\Software\\\\X" or "HKLM\\\\...";
-    values are str (REG_SZ), int (REG_DWORD), bytes (REG_BINARY) or (type number, bytes)."""
+    """Needs `prefix` and `desktop` of Lab. Registry keys look like "HKCU\\\\Software\\\\X" or "HKLM\\\\...".
+    Values are str (REG_SZ), int (REG_DWORD), bytes (REG_BINARY) or (type number, bytes)."""
 
     def registry_get(self, key, name):
-        """The value, None when it is not there."""
+        """The value, or None if it does not exist."""
         result, found = self.desktop.tool("registry-get", key, name)
         if result == NOT_FOUND:
             return None
@@ -26,34 +26,34 @@ class WindowsActions:
         return found["value"] if found["type"] == 4 else data if found["type"] == 3 else (found["type"], data)
 
     def registry_set(self, key, name, value):
-        """Works at any time; before the desktop has started it costs nothing."""
+        """Sets a value. Before the desktop has started it is written to the prefix's files, without starting Wine."""
         if not self.desktop.started():
             append_registry(self.prefix.folder, key, {name: value})
         elif isinstance(value, str):
-            self.desktop.ask("registry-set", key, name, "sz", value)
+            self.desktop.request("registry-set", key, name, "sz", value)
         elif isinstance(value, int):
-            self.desktop.ask("registry-set", key, name, "dword", value)
+            self.desktop.request("registry-set", key, name, "dword", value)
         else:
             kind, data = value if isinstance(value, tuple) else (3, value)
-            self.desktop.ask("registry-set", key, name, f"hex:{kind}", data.hex())
+            self.desktop.request("registry-set", key, name, f"hex:{kind}", data.hex())
 
     def registry_delete(self, key, name=None):
-        """Deletes a value, or the whole key when no name is given; False when it was not there."""
+        """Deletes a value, or the key if no name is given. Returns False if it did not exist."""
         return self.desktop.tool("registry-delete", key, *([] if name is None else [name]))[0] == OK
 
     def clipboard_text(self):
-        """The clipboard's text, None when it holds none."""
+        """The clipboard's text, or None if it contains none."""
         result, text = self.desktop.tool("clipboard-get")
         if result not in (OK, NOT_FOUND):
             raise ToolError("the clipboard could not be opened")
         return text if result == OK else None
 
     def set_clipboard_text(self, text):
-        self.desktop.ask("clipboard-set", text)
+        self.desktop.request("clipboard-set", text)
 
     @contextmanager
     def clipboard_held(self):
-        """Within it another program keeps the clipboard open."""
+        """Context in which another program keeps the clipboard open."""
         holder = self.desktop.start_tool("clipboard-hold")
         try:
             yield
@@ -63,7 +63,7 @@ class WindowsActions:
 
     @contextmanager
     def other_window(self):
-        """Within it an ordinary window (class LabOtherWindow, 400 x 300 at 100,100) exists; it has taken the
+        """Context in which another program's window (class LabOtherWindow, 400 x 300 at 100,100) has taken the
         foreground. Yields its process."""
         child = self.desktop.start_tool("foreground")
         try:
@@ -85,17 +85,17 @@ class WindowsActions:
         return boxes
 
     def wait_for_message_box(self, limit=LIMIT):
-        return wait_until(self.message_boxes, "a message box", limit, seen=self.windows)[0]
+        return wait_until(self.message_boxes, "a message box", limit, actual=self.windows)[0]
 
     def press_button(self, box, number=None):
-        """Presses a button of a message box (its only or first one when no id is given) and waits for its end."""
-        self.desktop.ask("press", box.handle, number or next(iter(box.buttons)))
+        """Presses a button of a message box (the first one if no id is given) and waits until the box is closed."""
+        self.desktop.request("press", box.handle, number or next(iter(box.buttons)))
         wait_until(lambda: box.handle not in [other.handle for other in self.message_boxes()],
-                   "the end of the message box", seen=self.message_boxes)
+                   "the message box to close", actual=self.message_boxes)
 
     def change_mode(self, width, height):
         """Changes the desktop's resolution, which sends WM_DISPLAYCHANGE."""
-        self.desktop.ask("mode", width, height)
+        self.desktop.request("mode", width, height)
 
     def metrics(self):
         """width, height, work_left, work_top, work_right, work_bottom, dpi, cursor_x, cursor_y."""
@@ -106,10 +106,10 @@ class WindowsActions:
         return self.desktop.facts("measure", face, height, weight, text)
 
     def sign_in(self):
-        """Starts what the Run keys name, as signing in to Windows does."""
+        """Starts the programs of the Run keys, as signing in to Windows does."""
         self.desktop.run(["wineboot"], timeout=4 * LIMIT)
 
     def end_session(self):
-        """Ends the Windows session: WM_QUERYENDSESSION, WM_ENDSESSION, then the end of every program with windows."""
-        # Without --shutdown Wine signs in again at once and starts the Run keys' entries.
+        """Ends the session: WM_QUERYENDSESSION, WM_ENDSESSION, then termination of every program with windows."""
+        # Without --shutdown Wine signs in again immediately and starts the programs of the Run keys.
         self.desktop.run(["wineboot", "--end-session", "--shutdown"], timeout=4 * LIMIT)

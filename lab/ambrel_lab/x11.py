@@ -1,4 +1,4 @@
-"""One connection to an X screen: its pixels and its gamma ramp. Through ctypes and the X libraries."""
+"""A connection to an X screen through ctypes and the X libraries: its pixels and its gamma ramp."""
 
 import ctypes
 import ctypes.util
@@ -7,7 +7,7 @@ from .paths import LabError
 
 ALL_PLANES = 0xFFFFFFFFFFFFFFFF
 Z_PIXMAP = 2
-STEPS = 256  # Entries a channel of the lab's own screen.
+STEPS = 256  # Entries per channel of the lab's own screen.
 
 
 class XImage(ctypes.Structure):
@@ -25,12 +25,12 @@ ErrorHandler = ctypes.CFUNCTYPE(ctypes.c_int, ctypes.c_void_p, ctypes.c_void_p)
 
 @ExitHandler
 def stay_alive(_display, _data):
-    """Xlib would end the whole test run when a screen is lost; the calls then fail instead."""
+    """Replaces Xlib's handler, which ends the process when the screen is lost. Calls then fail instead."""
 
 
 @ErrorHandler
 def ignore_error(_display, _event):
-    """Xlib would end the process; the failed call answers 0 or null instead."""
+    """Replaces Xlib's handler, which ends the process. The failed call returns 0 or null instead."""
     return 0
 
 
@@ -60,7 +60,7 @@ class Connection:
     """An open display. Close it before its X server ends."""
 
     def __init__(self, display):
-        """Raises LabError when `display` (such as ":3") does not answer."""
+        """Raises LabError if there is no connection to `display` (such as ":3")."""
         self.x11, self.vidmode = load_libraries()
         self.handle = self.x11.XOpenDisplay(display.encode())
         if not self.handle:
@@ -78,17 +78,17 @@ class Connection:
             self.handle = None
 
     def picture(self, left=0, top=0, width=None, height=None):
-        """The screen's pixels, or a rectangle of them, cut to the screen; without the gamma ramp and the pointer."""
-        # Here, because a process that only looks at ramps starts sooner without Pillow.
+        """The pixels of the screen or of a rectangle clipped to it, without the gamma ramp and the pointer."""
+        # Imported here, because a process that only reads ramps starts faster without Pillow.
         from .picture import Picture
         right = min(self.width, left + width) if width else self.width
         bottom = min(self.height, top + height) if height else self.height
         left, top = max(0, left), max(0, top)
         if right <= left or bottom <= top:
-            raise LabError("the rectangle lies outside the screen")
+            raise LabError("the rectangle is outside the screen")
         image = self.x11.XGetImage(self.handle, self.root, left, top, right - left, bottom - top, ALL_PLANES, Z_PIXMAP)
         if not image:
-            raise LabError("the X server gave no picture")
+            raise LabError("the X server returned no picture")
         try:
             facts = image.contents
             raw = ctypes.string_at(facts.data, facts.bytes_per_line * facts.height)
@@ -97,7 +97,7 @@ class Connection:
             self.x11.XDestroyImage(image)
 
     def ramp_size(self):
-        """Entries a channel: 256 on the lab's screen, more on some displays, 0 on one without a gamma ramp."""
+        """Entries per channel: 256 on the lab's screen, more on some displays, 0 on a display without a gamma ramp."""
         size = ctypes.c_int()
         known = self.vidmode.XF86VidModeGetGammaRampSize(self.handle, self.screen, ctypes.byref(size))
         return size.value if known else 0
@@ -105,7 +105,7 @@ class Connection:
     def ramp(self):
         """The gamma ramp in force: three lists (red, green, blue) of numbers from 0 to 65535.
 
-        The lab's screen keeps 8 bits of each; a ramp that was set comes back within 256 of it.
+        The lab's screen keeps 8 bits of each value, so a ramp reads back within 256 of the one that was set.
         """
         size = self.ramp_size()
         channels = [(ctypes.c_ushort * size)() for _ in range(3)]
@@ -114,7 +114,7 @@ class Connection:
         return [list(channel) for channel in channels]
 
     def set_ramp(self, ramp):
-        """Loads three lists as ramp() gives them."""
+        """Loads a gamma ramp: three lists as returned by ramp()."""
         size = len(ramp[0])
         channels = [(ctypes.c_ushort * size)(*channel) for channel in ramp]
         accepted = self.vidmode.XF86VidModeSetGammaRamp(self.handle, self.screen, size, *channels)

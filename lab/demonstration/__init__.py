@@ -1,1 +1,1 @@
-"""What the program does, shown on real input in a lab."""
+"""Scenarios that show the program's features in a lab with simulated input."""

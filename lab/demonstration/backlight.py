@@ -1,4 +1,4 @@
-"""The backlight held at 100%: the PWM-safe card in each of its nine states, on simulated displays."""
+"""Scenario: the PWM-safe card in each of its nine states, on simulated displays."""
 
 from ambrel_lab.hardware import Monitor, Panel
 from ambrel_lab.layout import CARD, CARD_OUTLINE
@@ -6,7 +6,7 @@ from ambrel_lab.waiting import LIMIT
 
 AMBER, GREY, GREEN = (255, 210, 0), (110, 110, 110), (0, 214, 124)
 WM_DISPLAYCHANGE = 0x7E
-TEN_FAILURES = 120  # seconds: ten polls of 2 s, each judged 0.75 s later, on a slow machine
+TEN_FAILURES = 120  # seconds: ten polls of 2 s, each evaluated 0.75 s later, on a slow machine
 
 
 def accent_is(stage, colour):
@@ -18,7 +18,7 @@ def accent_is(stage, colour):
 
 
 def see_card(stage, name, what, colour, limit=LIMIT):
-    stage.see(f"the card says {what}", lambda: accent_is(stage, colour), limit)
+    stage.expect(f"the card says {what}", lambda: accent_is(stage, colour), limit)
     stage.save(name)
 
 
@@ -34,14 +34,14 @@ def lock_a_monitor(stage):
     see_card(stage, "12-lock-display", "LOCK DISPLAY AT 100%", AMBER)
     stage.lab.click_unit(*CARD)
     see_card(stage, "13-verifying", "VERIFYING 100% LOCK", AMBER)
-    stage.see("the monitor is at 100", lambda: hardware.value("desk") == 100)
+    stage.expect("the monitor is at 100", lambda: hardware.value("desk") == 100)
     see_card(stage, "14-locked", "DISPLAY LOCKED AT 100%", GREEN)
     hardware.turn("desk", 30)
-    stage.see("a monitor turned down by hand comes back", lambda: hardware.value("desk") == 100)
+    stage.expect("a monitor that the user turns down is reset to 100", lambda: hardware.value("desk") == 100)
     see_card(stage, "15-locked-again", "DISPLAY LOCKED AT 100%", GREEN)
 
 
-def lose_and_find_it(stage):
+def disconnect_and_reconnect(stage):
     hardware = stage.lab.hardware
     hardware.unplug("desk")
     displays_changed(stage)
@@ -50,30 +50,30 @@ def lose_and_find_it(stage):
     see_card(stage, "17-found", "DISPLAY LOCKED AT 100%", GREEN)
 
 
-def refuse(stage):
+def refuse_the_lock(stage):
     hardware = stage.lab.hardware
     hardware.change("desk", behaviour="sticks", at=60)
     hardware.turn("desk", 60)
-    stage.see("a monitor that will not hold is noted", lambda: stage.log_has("lock pending"))
+    stage.expect("a monitor that does not hold 100 is logged", lambda: stage.log_has("lock pending"))
     see_card(stage, "18-reasserting", "REASSERTING 100% LOCK", AMBER)
-    stage.see("and asked less often after ten failures", lambda: stage.log_has("slowing retries to 30s"),
+    stage.expect("after ten failures it is polled less often", lambda: stage.log_has("slowing retries to 30s"),
               TEN_FAILURES)
     see_card(stage, "19-will-not-hold", "DISPLAY WON'T HOLD 100%", AMBER)
     hardware.change("desk", behaviour="ok")
     stage.lab.click_unit(*CARD)
-    stage.see("the switch gives the monitor its old brightness back", lambda: hardware.value("desk") == 40)
+    stage.expect("unlocking restores the monitor's old brightness", lambda: hardware.value("desk") == 40)
 
 
 def lock_a_panel(stage):
     hardware = stage.lab.hardware
     hardware.unplug("desk")
     displays_changed(stage)
-    stage.see("without a display there is no card", lambda: not accent_is(stage, AMBER))
+    stage.expect("without a display there is no card", lambda: not accent_is(stage, AMBER))
     hardware.plug("laptop")
     displays_changed(stage)
     see_card(stage, "20-lock-panel", "LOCK BUILT-IN PANEL AT 100%", AMBER)
     stage.lab.click_unit(*CARD)
-    stage.see("the panel is at 100", lambda: hardware.value("laptop") == 100)
+    stage.expect("the panel is at 100", lambda: hardware.value("laptop") == 100)
     see_card(stage, "21-panel-locked", "BUILT-IN PANEL LOCKED AT 100%", GREEN)
 
 
@@ -83,9 +83,9 @@ def show(stage):
     hardware.panels([Panel("laptop", current=35, present=False)])
     stage.start()
     lock_a_monitor(stage)
-    lose_and_find_it(stage)
-    refuse(stage)
+    disconnect_and_reconnect(stage)
+    refuse_the_lock(stage)
     lock_a_panel(stage)
     stage.quit()
-    stage.see("and the panel has its old brightness back", lambda: hardware.value("laptop") == 35)
-    stage.see("nothing that the displays handed out was kept", lambda: hardware.outstanding() == 0)
+    stage.expect("the panel's old brightness is restored", lambda: hardware.value("laptop") == 35)
+    stage.expect("every handle and object of the displays was released", lambda: hardware.outstanding() == 0)

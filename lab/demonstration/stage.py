@@ -1,4 +1,4 @@
-"""The stage of a demonstration: a lab, what is seen on it, and what is kept of it."""
+"""Stage: a lab with helpers that wait for results and save pictures, shared by the scenarios."""
 
 from ambrel_lab import LabError
 from ambrel_lab.layout import HEADER, HEADER_COLOUR, MENU_QUIT
@@ -12,45 +12,45 @@ class Stage:
         self.lab, self.pictures = lab, pictures
         self.seen = []
 
-    def see(self, what, happened, limit=LIMIT):
-        """Waits for a step's outcome and tells of it; `what` names it as it should be."""
+    def expect(self, what, happened, limit=LIMIT):
+        """Waits until a step has succeeded and prints `what`, which names the expected result."""
         self.wait(what, happened, limit)
         print(f"  {what}", flush=True)
 
     def wait(self, what, happened, limit=LIMIT):
-        """The same without a word unless it fails: for steps of which there are many."""
+        """Like expect(), but prints nothing on success: for steps that are repeated often."""
         try:
             wait_until(happened, what, limit)
         except LabError as error:
-            raise LabError(f"This did not happen: {what}. ({error})") from None
+            raise LabError(f"Failed: {what}. ({error})") from None
 
     def save(self, name):
-        """Pictures of this moment, and what the screen makes of each level for the report."""
-        self.seen.append((name, self.lab.seen()))
+        """Saves pictures of the popup and the screen, and records the visible levels for the report."""
+        self.seen.append((name, self.lab.visible_levels()))
         picture = wait_until(self.popup_as_drawn, f"the popup in the picture {name}")
         picture.save(self.pictures / f"{name}-popup.png")
         self.lab.eye_picture(self.pictures / f"{name}-as-the-eye-sees-it.png")
 
     def full_white_is(self, expected):
-        """Whether this is what the screen makes of white, colour matrix and gamma ramp together."""
-        shown = [channel[255] for channel in self.lab.seen()]
+        """Whether white is displayed as `expected`: red, green and blue, 0 to 65535."""
+        shown = [channel[255] for channel in self.lab.visible_levels()]
         return all(abs(one - other) <= EIGHT_BITS for one, other in zip(shown, expected))
 
     def start(self):
         self.lab.install_program()
         self.lab.start_program()
-        self.see("the tray icon appears", self.lab.tray_icon)
+        self.expect("the tray icon appears", self.lab.tray_icon)
         self.lab.open_popup()
-        self.see("a click on it opens the popup", self.lab.popup_visible)
+        self.expect("a click on it opens the popup", self.lab.popup_visible)
 
     def choose_from_menu(self, item):
-        """Clicks a row of the tray menu; the caller waits for what it brings."""
+        """Clicks a row of the tray menu. The caller waits for the effect."""
         menu = self.lab.open_menu()
-        print("  the right button opens the tray menu", flush=True)
+        print("  a right click opens the tray menu", flush=True)
         self.lab.click_menu_row(menu, item)
 
     def popup_as_drawn(self):
-        """A picture with the popup in it: a box that was answered may just have made it hide itself."""
+        """A picture of the popup, or None if something else covers it. A message box may just have hidden the popup."""
         self.open_popup()
         picture = self.lab.popup_picture()
         return picture if picture.pixel(*HEADER) == HEADER_COLOUR else None
@@ -66,4 +66,4 @@ class Stage:
 
     def quit(self):
         self.choose_from_menu(MENU_QUIT)
-        self.see("Quit ends the program", lambda: not self.lab.program_running())
+        self.expect("Quit ends the program", lambda: not self.lab.program_running())

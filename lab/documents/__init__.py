@@ -1,1 +1,1 @@
-"""What docs/ shows of the program, made by the program itself in a lab, so that it never goes stale."""
+"""Generators of the screenshots and the sample report in docs/, taken from the running program in a lab."""

@@ -1,31 +1,31 @@
-"""The pictures of docs/guide.md, taken of the panel itself, not as the eye sees it through the filter."""
+"""Generates the pictures of docs/guide.md: the panels as drawn, without the filter's colour."""
 
 from PIL import Image, ImageDraw, ImageFont
 
 from ambrel_lab.hardware import Monitor
-from ambrel_lab.layout import (CARD, CLOSE, GEAR, MENU_LEGACY_MODE, POWER_SURFACE, PRESETS, SUPPORT_NORMAL, TRACK_BOTTOM,
-                               TRAVEL)
+from ambrel_lab.layout import (CARD, CLOSE, GEAR, MENU_LEGACY_MODE, POWER_SURFACE, PRESETS, SUPPORT_NORMAL,
+                               TRACK_BOTTOM, TRAVEL)
 from ambrel_lab.picture import Picture
 from ambrel_lab.paths import DEJAVU
 from demonstration.backlight import AMBER, GREEN, accent_is, displays_changed
-from demonstration.main_job import WARMTH_THUMB
+from demonstration.filter_scenario import WARMTH_THUMB
 from demonstration.stage import Stage
 from demonstration.support import button_is
 
 STRIP = (22, 378, 298, 424)  # card and banner with a little margin, in design units
 RED = (255, 0, 0)
 
-# The way of WARMTH's thumb, in design units, and how far it is dragged at a time.
+# The travel of WARMTH's thumb and the distance of each move of the drag, in design units.
 WARMTH_X = WARMTH_THUMB[0]
 STEP = 2
 STEPS = TRAVEL // STEP
-BEYOND = 20  # the end of the way lies between two pixels of the mouse
+BEYOND = 20  # drags past the end of the track, so that rounding cannot stop short of it
 NEUTRAL = 6500  # kelvin
 
 SCALE_WIDTH, SCALE_HEIGHT, NUMBERS_HEIGHT = 960, 64, 30
 LABELS = (6500, 4000, 2700, 2000, 1000, 0)
 MARK_LENGTH, NUMBERS_BASE, NUMBERS_MARGIN, NUMBERS_COLOUR = 6, 24, 4, (200, 200, 200)
-LETTERS = ImageFont.truetype(str(DEJAVU / "DejaVuSans.ttf"), 18)
+FONT = ImageFont.truetype(str(DEJAVU / "DejaVuSans.ttf"), 18)
 
 
 def tip_is(stage, text):
@@ -43,17 +43,17 @@ def strip(stage):
 
 def show_popup(stage):
     stage.lab.click_unit(*PRESETS["EVENING"])
-    stage.see("EVENING turns the filter on", lambda: tip_is(stage, "ON (2700K, 85%)"))
-    stage.see("the big button is red", lambda: button_is_red(stage))
+    stage.expect("EVENING turns the filter on", lambda: tip_is(stage, "ON (2700K, 85%)"))
+    stage.expect("the big button is red", lambda: button_is_red(stage))
     return stage.lab.popup_picture()
 
 
 def show_settings(stage):
     stage.lab.click_unit(*GEAR)
-    stage.see("the gear opens the settings", lambda: button_is(stage, SUPPORT_NORMAL))
+    stage.expect("the gear opens the settings", lambda: button_is(stage, SUPPORT_NORMAL))
     picture = stage.lab.popup_picture()
     stage.lab.click_unit(*CLOSE)
-    stage.see("CLOSE goes back", lambda: button_is_red(stage))
+    stage.expect("CLOSE shows the main panel", lambda: button_is_red(stage))
     return picture
 
 
@@ -62,13 +62,13 @@ def kelvin_at(step):
 
 
 def drag_warmth_through(stage):
-    """The filter's factors for red, green and blue at every step from 6500 K to 0 K, as given to Windows."""
+    """Returns the factors for red, green and blue that Windows receives at every step from 6500 K to 0 K."""
     lab = stage.lab
     lab.click_unit(*PRESETS["DAY"])
-    stage.see("DAY shows 4000 K at 100%", lambda: tip_is(stage, "ON (4000K, 100%)"))
+    stage.expect("DAY shows 4000 K at 100%", lambda: tip_is(stage, "ON (4000K, 100%)"))
     lab.drag_unit(*WARMTH_THUMB, WARMTH_X, TRACK_BOTTOM + BEYOND)
-    stage.see("a drag of WARMTH down to the end is neutral", lambda: tip_is(stage, "ON (6500K, 100%)"))
-    start = TRACK_BOTTOM - 1  # the lowest place that the slider takes
+    stage.expect("a drag of WARMTH down to the end is neutral", lambda: tip_is(stage, "ON (6500K, 100%)"))
+    start = TRACK_BOTTOM - 1  # the lowest position within the slider
     lab.press_unit(WARMTH_X, start)
     factors = []
     for step in range(STEPS + 1):
@@ -78,9 +78,9 @@ def drag_warmth_through(stage):
         matrices = [call for call in lab.magnification_calls() if call.matrix]
         factors.append(matrices[-1].diagonal if matrices else None)
     lab.release()
-    stage.see(f"Windows is given {STEPS + 1} colours on WARMTH's way up",
+    stage.expect(f"Windows receives {STEPS + 1} different colours while WARMTH is dragged up",
               lambda: len(set(factors)) == len(factors))
-    stage.see("the drag up to the end is saved", lambda: stage.setting_is("Intensity", "1000"))
+    stage.expect("the drag up to the end is saved", lambda: stage.setting_is("Intensity", "1000"))
     return factors
 
 
@@ -89,14 +89,14 @@ def draw_numbers(image):
     draw = ImageDraw.Draw(image)
     for kelvin in LABELS:
         x = round((1 - kelvin / NEUTRAL) * (SCALE_WIDTH - 1))
-        width = draw.textlength(str(kelvin), LETTERS)
+        width = draw.textlength(str(kelvin), FONT)
         left = min(max(x - width / 2, NUMBERS_MARGIN), SCALE_WIDTH - NUMBERS_MARGIN - width)
         draw.line((x, SCALE_HEIGHT, x, SCALE_HEIGHT + MARK_LENGTH - 1), NUMBERS_COLOUR)
-        draw.text((left, SCALE_HEIGHT + NUMBERS_BASE), str(kelvin), NUMBERS_COLOUR, LETTERS, anchor="ls")
+        draw.text((left, SCALE_HEIGHT + NUMBERS_BASE), str(kelvin), NUMBERS_COLOUR, FONT, anchor="ls")
 
 
 def draw_scale(factors):
-    """White through the filter: each column in the colour of the step that is nearest to its place."""
+    """A scale of filtered white: each column has the colour of the nearest step."""
     white = [tuple(round(255 * factor) for factor in factors_of_step) for factors_of_step in factors]
     image = Image.new("RGB", (SCALE_WIDTH, SCALE_HEIGHT + NUMBERS_HEIGHT))
     draw = ImageDraw.Draw(image)
@@ -109,25 +109,25 @@ def draw_scale(factors):
 def show_locked_card(stage):
     stage.lab.hardware.plug("desk")
     displays_changed(stage)
-    stage.see("a monitor brings the card", lambda: accent_is(stage, AMBER))
+    stage.expect("the card appears when a monitor is connected", lambda: accent_is(stage, AMBER))
     stage.lab.click_unit(*CARD)
-    stage.see("the card says DISPLAY LOCKED AT 100%", lambda: accent_is(stage, GREEN))
+    stage.expect("the card says DISPLAY LOCKED AT 100%", lambda: accent_is(stage, GREEN))
     return strip(stage)
 
 
 def show_banner(stage):
     stage.choose_from_menu(MENU_LEGACY_MODE)
-    stage.see("Legacy Mode is on", lambda: stage.setting_is("UseLegacyGamma", "1"))
+    stage.expect("Legacy Mode is on", lambda: stage.setting_is("UseLegacyGamma", "1"))
     stage.open_popup()
     stage.lab.click_unit(*PRESETS["NIGHT"])
-    stage.see("Windows refuses NIGHT's ramp", lambda: stage.log_has("Legacy ramp REJECTED"))
-    # Neither the card nor the button is of that red.
-    stage.see("the banner says so", lambda: strip(stage).holds(RED))
+    stage.expect("Windows refuses NIGHT's ramp", lambda: stage.log_has("Legacy ramp REJECTED"))
+    # Neither the card nor the button contains that red.
+    stage.expect("the banner appears", lambda: strip(stage).contains(RED))
     return strip(stage)
 
 
-def make(lab):
-    # No card at first, but a line that the panel has without displays.
+def generate(lab):
+    # Without a display the panel shows a hint instead of the card.
     lab.hardware.monitors([Monitor("desk", 40, present=False)])
     stage = Stage(lab, None)
     stage.start()

@@ -1,4 +1,4 @@
-"""The sample report in docs/support-bundle.md, of a machine with a monitor and a built-in panel."""
+"""Generates the sample report in docs/support-bundle.md, for a machine with a monitor and a built-in panel."""
 
 import re
 import socket
@@ -24,7 +24,7 @@ TIMES = re.compile(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d|\d\d:\d\d:\d\d\.\d{3}|(?<=up
 LOCKED = "PWM-safe: 2 display(s) confirmed locked at 100%"
 
 PAGE = ROOT / "docs" / "support-bundle.md"
-# The report's block on that page, without its fences. The rest of the page is written by hand.
+# The report's block on that page, without its fences. Only this block is generated.
 REPORT = re.compile(r"(?<=^```text\n).*?(?=^```$)", re.MULTILINE | re.DOTALL)
 
 
@@ -42,16 +42,16 @@ def use(stage):
     """Uses most of what the report covers: a preset, the lock, a setting."""
     stage.start()
     stage.lab.click_unit(*PRESETS["EVENING"])
-    stage.see("EVENING is saved", lambda: stage.setting_is("Brightness", "850"))
+    stage.expect("EVENING is saved", lambda: stage.setting_is("Brightness", "850"))
     stage.lab.click_unit(*CARD)
-    stage.see("both displays are locked", lambda: stage.log_has(LOCKED))
+    stage.expect("both displays are locked", lambda: stage.log_has(LOCKED))
     stage.lab.click_unit(*GEAR)
     stage.lab.click_unit(*SETTINGS_ROWS["LAUNCH AT STARTUP"])
-    stage.see("the program starts with Windows", lambda: stage.setting_is("LaunchAtStart", "1"))
+    stage.expect("LAUNCH AT STARTUP is on", lambda: stage.setting_is("LaunchAtStart", "1"))
 
 
 def check(lab, text):
-    """Raises LabError when the report identifies the computer that runs the lab."""
+    """Raises LabError if the report identifies the computer that runs the lab."""
     found = [word for word in (socket.gethostname(), str(lab.folder), str(lab.build_dir), "/home/", "Z:\\")
              if re.search(rf"(?<!\w){re.escape(word)}(?!\w)", text)]
     if found:
@@ -62,13 +62,13 @@ def replace_report(page, report):
     """The page with a new report. A report that differs only in its times leaves the page unchanged."""
     old = REPORT.findall(page)
     if len(old) != 1:
-        raise LabError(f"{PAGE.relative_to(ROOT)} has {len(old)} blocks that begin with ```text, expected 1")
+        raise LabError(f"{PAGE.relative_to(ROOT)} has {len(old)} blocks that start with ```text, expected 1")
     if TIMES.sub("", old[0]) == TIMES.sub("", report):
         return page
     return REPORT.sub(lambda _: report, page)
 
 
-def make(lab):
+def generate(lab):
     prepare(lab)
     stage = Stage(lab, None)
     use(stage)

@@ -1,10 +1,11 @@
-// An extended desktop for a program that was started with one display. Loaded into the program (see
-// tools/inject.cpp), it takes over the program's imports that list displays and set gamma ramps, and answers
-// as Windows has done since version 1903: with several displays the context of the whole screen refuses every
-// ramp, while each display's own takes it or not, as C:\lab\displays.script says.
+// Simulates an extended desktop for a program that was started with one display. This library is injected
+// into the program (see tools/inject.cpp) and replaces the program's imports that enumerate displays and
+// access gamma ramps. It behaves like Windows since version 1903: with several displays the device context of
+// the whole screen refuses every ramp. Each display's own context accepts the ramps that
+// C:\lab\displays.script defines.
 //
-// The script is read at every call. It holds one word a display: "everything", "identity" (no other ramp), or
-// "nothing". The first display is the lab's screen; the ramps of the others are the files
+// The script is read at every call. It contains one word per display: "everything", "identity" (no other
+// ramp), or "nothing". The first display is the lab's screen. The ramps of the others are stored in the files
 // C:\lab\displays.ramp.NUMBER.
 #include <windows.h>
 
@@ -28,7 +29,7 @@ struct Desktop {
     Accepts displays[kMaxDisplays];
 };
 
-// A context that was created for a display: an ordinary one of the lab's screen.
+// A device context that was created for a display. It is a context of the lab's screen.
 struct Context {
     HDC dc;
     int display;
@@ -58,7 +59,7 @@ Desktop ReadDesktop() {
     return desktop;
 }
 
-// -1: the context of the whole screen.
+// The index of the context's display; -1 for the context of the whole screen.
 int DisplayOf(HDC dc) {
     for (const Context& context : g_contexts) {
         if (dc && context.dc == dc) {
@@ -133,7 +134,7 @@ BOOL WINAPI EnumDisplayDevicesOfDesktop(LPCWSTR device, DWORD index, DISPLAY_DEV
 HDC WINAPI CreateDcOfDesktop(LPCWSTR driver, LPCWSTR device, LPCWSTR, const DEVMODEW*) {
     const Desktop desktop = ReadDesktop();
     int number = 0;
-    // Without the second name Windows takes the primary display.
+    // Without a device name Windows uses the primary display.
     if (driver && device && swscanf(device, L"\\\\.\\DISPLAY%d", &number) == 1) {
         --number;
     }
@@ -177,7 +178,7 @@ T* At(ULONG_PTR offset) {
     return reinterpret_cast<T*>(reinterpret_cast<ULONG_PTR>(GetModuleHandleW(nullptr)) + offset);
 }
 
-void TakeOver(const char* name, ULONG_PTR* slot) {
+void ReplaceImport(const char* name, ULONG_PTR* slot) {
     const struct {
         const char* name;
         void* replacement;
@@ -198,7 +199,7 @@ void TakeOver(const char* name, ULONG_PTR* slot) {
     }
 }
 
-void TakeOverImports() {
+void ReplaceImports() {
     const auto* dos = At<IMAGE_DOS_HEADER>(0);
     const auto* headers = At<IMAGE_NT_HEADERS>(static_cast<ULONG_PTR>(dos->e_lfanew));
     const DWORD table = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
@@ -208,7 +209,7 @@ void TakeOverImports() {
         for (; name->u1.AddressOfData; ++name, ++slot) {
             if (!IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
                 const auto* byName = At<IMAGE_IMPORT_BY_NAME>(name->u1.AddressOfData);
-                TakeOver(reinterpret_cast<const char*>(byName->Name), slot);
+                ReplaceImport(reinterpret_cast<const char*>(byName->Name), slot);
             }
         }
     }
@@ -218,7 +219,7 @@ void TakeOverImports() {
 
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
     if (reason == DLL_PROCESS_ATTACH) {
-        TakeOverImports();
+        ReplaceImports();
     }
     return TRUE;
 }

@@ -1,18 +1,17 @@
-// Stands in for Magnification.dll, which Wine does not have. Records every call in C:\lab\magnification.log
-// and answers as C:\lab\magnification.script says. The matrix in force is the content of a file,
-// C:\lab\magnification.effect.PROCESS, which exists as long as the process: however the process ends, its
-// effect ends with it. The gamma ramp is left alone.
+// Double of Magnification.dll, which Wine lacks. Records every call in C:\lab\magnification.log and returns
+// the results that C:\lab\magnification.script defines. The matrix in force is stored in the file
+// C:\lab\magnification.effect.PROCESS. The file is deleted when the process ends, even if it is killed, so
+// the effect ends with the process. The gamma ramp does not change.
 //
-// The script is read at every call, so it may change while the program runs. It holds name=value lines:
-//     initialize=ERROR        what MagInitialize fails with; 0 succeeds
-//     effect=ERROR,ERROR,...  what successive effect calls fail with; the last one answers all later calls
-//     delay=MS                how long each effect call takes after it was recorded; messages are not
-//     dispatched
-//     show=1                  show the matrix's diagonal as a gamma ramp too, on a person's own display
-// A script whose text has changed, or a library loaded anew, starts the list from the beginning. No script
-// means that everything succeeds.
+// The script is read at every call, so it may change while the program runs. It contains name=value lines:
+//     initialize=ERROR        error of MagInitialize; 0 for success
+//     effect=ERROR,ERROR,...  errors of successive effect calls; the last one applies to all later calls
+//     delay=MS                duration of each effect call after it is recorded; no messages are dispatched
+//     show=1                  also show the matrix's diagonal as a gamma ramp, for use on a real display
+// When the script changes or the library is reloaded, the list starts at its first error. Without a script
+// every call succeeds.
 //
-// One variant a missing entry point is built from this file too: see LAB_EXPORT_* in CMakeLists.txt.
+// The same file builds a variant for each missing entry point: see LAB_EXPORT_* in CMakeLists.txt.
 #include <windows.h>
 
 #include <algorithm>
@@ -29,11 +28,11 @@ constexpr wchar_t kEffectPath[] = L"C:\\lab\\magnification.effect";
 constexpr int kMatrixCells = 25;
 constexpr float kIdentity[kMatrixCells] = {1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1,
                                            0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1};
-// The lab's own choice; the real library's error for a call before MagInitialize is not documented.
+// Arbitrary: the real library's error for a call before MagInitialize is not documented.
 constexpr DWORD kNotInitialized = ERROR_NOT_READY;
-// Wine refuses a channel that does not rise, and one that only jumps at its end. A last entry of 32 is still
-// black.
-constexpr double kSmallestFactor = 32.0 / 65535.0;
+// Wine refuses a channel that does not rise and one that rises at its last entry only. At this factor the
+// last entry is 32, which is still displayed as black.
+constexpr double kMinFactor = 32.0 / 65535.0;
 
 HANDLE g_effect = INVALID_HANDLE_VALUE;
 int g_initialized = 0;
@@ -56,7 +55,7 @@ void ReadScript() {
     }
 }
 
-// The number at `index` of a comma-separated list, or its last one; 0 when the script has no such line.
+// The number at `index` of a comma-separated list, or its last one; 0 if the script has no such line.
 DWORD ScriptedNumber(const char* name, int index) {
     const char* position = std::strstr(g_script, name);
     if (!position) {
@@ -89,7 +88,7 @@ void ShowDiagonalAsRamp(double red, double green, double blue) {
     static WORD ramp[3][256];
     const double factors[3] = {red, green, blue};
     for (int channel = 0; channel < 3; ++channel) {
-        const double factor = std::clamp(factors[channel], kSmallestFactor, 1.0);
+        const double factor = std::clamp(factors[channel], kMinFactor, 1.0);
         for (int i = 0; i < 256; ++i) {
             ramp[channel][i] = static_cast<WORD>(i * 257 * factor + 0.5);
         }
@@ -99,8 +98,8 @@ void ShowDiagonalAsRamp(double red, double green, double blue) {
     ReleaseDC(nullptr, screen);
 }
 
-// The file is written whole in one call, so that a reader sees one matrix or another.
-void PutInForce(const float* matrix) {
+// Writes the file in one call, so that a reader never sees parts of two matrices.
+void ApplyMatrix(const float* matrix) {
     if (g_effect == INVALID_HANDLE_VALUE) {
         wchar_t path[MAX_PATH] = {};
         wsprintfW(path, L"%s.%lu", kEffectPath, GetCurrentProcessId());
@@ -117,7 +116,7 @@ void PutInForce(const float* matrix) {
     }
 }
 
-BOOL Answer(DWORD error) {
+BOOL Finish(DWORD error) {
     SetLastError(error);
     return error == ERROR_SUCCESS;
 }
@@ -130,7 +129,7 @@ extern "C" __declspec(dllexport) BOOL WINAPI MagInitialize() {
     const DWORD error = ScriptedNumber("initialize=", 0);
     Record("MagInitialize", error, nullptr);
     g_initialized += error == ERROR_SUCCESS;
-    return Answer(error);
+    return Finish(error);
 }
 #endif
 
@@ -139,9 +138,9 @@ extern "C" __declspec(dllexport) BOOL WINAPI MagUninitialize() {
     const DWORD error = g_initialized > 0 ? ERROR_SUCCESS : kNotInitialized;
     Record("MagUninitialize", error, nullptr);
     if (g_initialized > 0 && --g_initialized == 0) {
-        PutInForce(kIdentity);
+        ApplyMatrix(kIdentity);
     }
-    return Answer(error);
+    return Finish(error);
 }
 #endif
 
@@ -157,8 +156,8 @@ extern "C" __declspec(dllexport) BOOL WINAPI MagSetFullscreenColorEffect(const f
     Record("MagSetFullscreenColorEffect", error, matrix);
     Sleep(ScriptedNumber("delay=", 0));
     if (error == ERROR_SUCCESS) {
-        PutInForce(matrix);
+        ApplyMatrix(matrix);
     }
-    return Answer(error);
+    return Finish(error);
 }
 #endif

@@ -2,14 +2,14 @@
 
 namespace {
 
-constexpr UINT kPatience = 2000;
+constexpr UINT kTimeoutMs = 2000;
 
 // WM_GETTEXT and not GetWindowText: the latter does not read the controls of another process.
 std::wstring ControlText(HWND control) {
     std::wstring text(4096, L'\0');
     DWORD_PTR length = 0;
     SendMessageTimeoutW(control, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()),
-                        SMTO_ABORTIFHUNG, kPatience, &length);
+                        SMTO_ABORTIFHUNG, kTimeoutMs, &length);
     text.resize(length);
     return text;
 }
@@ -61,7 +61,7 @@ int ListBoxes(const Arguments&, Json& answer) {
     return kToolOk;
 }
 
-// press HANDLE ID: presses that button of a dialog.
+// press HANDLE ID: presses the button with this id in a dialog.
 int PressButton(const Arguments& arguments, Json&) {
     const HWND box = FindTarget(arguments[0]);
     const HWND button = box ? GetDlgItem(box, static_cast<int>(Number(arguments[1]))) : nullptr;

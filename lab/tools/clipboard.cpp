@@ -3,7 +3,7 @@
 namespace {
 
 // Another program may hold the clipboard for a moment.
-bool OpenClipboardPatiently(HWND owner) {
+bool OpenClipboardWithRetries(HWND owner) {
     for (int attempt = 0; attempt < 40; ++attempt) {
         if (OpenClipboard(owner)) {
             return true;
@@ -25,9 +25,9 @@ HGLOBAL CopyToGlobal(const std::wstring& text) {
 
 }  // namespace
 
-// The clipboard's Unicode text as it is; kToolNotFound when it holds none.
+// The clipboard's Unicode text; kToolNotFound if it contains none.
 int GetClipboardText(const Arguments&, Json& answer) {
-    if (!OpenClipboardPatiently(nullptr)) {
+    if (!OpenClipboardWithRetries(nullptr)) {
         return kToolFailed;
     }
     const HANDLE block = GetClipboardData(CF_UNICODETEXT);
@@ -40,12 +40,12 @@ int GetClipboardText(const Arguments&, Json& answer) {
     return text ? kToolOk : kToolNotFound;
 }
 
-// clipboard-set TEXT: puts it on the clipboard; the text stays there after the tool has ended.
+// clipboard-set TEXT: copies the text to the clipboard, where it stays after the tool has ended.
 int SetClipboardText(const Arguments& arguments, Json&) {
-    // Emptying without an owner window makes Windows refuse the data.
+    // Windows refuses the data if the clipboard was emptied without an owner window.
     const HWND owner =
         CreateWindowExW(0, L"Static", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
-    if (!OpenClipboardPatiently(owner)) {
+    if (!OpenClipboardWithRetries(owner)) {
         DestroyWindow(owner);
         return kToolFailed;
     }
@@ -56,10 +56,10 @@ int SetClipboardText(const Arguments& arguments, Json&) {
     return stored ? kToolOk : kToolFailed;
 }
 
-// Keeps the clipboard open, so that nobody else can, until the process is ended. Prints "ready" when it has
-// it.
+// Keeps the clipboard open until the process is killed, so that no other program can open it. Prints "ready"
+// when the clipboard is open.
 int HoldClipboard(const Arguments&, Json&) {
-    if (!OpenClipboardPatiently(nullptr)) {
+    if (!OpenClipboardWithRetries(nullptr)) {
         return kToolFailed;
     }
     PrintReady();

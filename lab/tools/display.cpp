@@ -1,6 +1,6 @@
 #include "tool.h"
 
-// mode WIDTH HEIGHT: changes the desktop's mode; the result is 0 when Windows accepted it.
+// mode WIDTH HEIGHT: changes the desktop's mode; the result is 0 if Windows accepts it.
 int ChangeMode(const Arguments& arguments, Json& answer) {
     DEVMODEW mode = {};
     mode.dmSize = sizeof(mode);
@@ -12,7 +12,7 @@ int ChangeMode(const Arguments& arguments, Json& answer) {
     return result == DISP_CHANGE_SUCCESSFUL ? kToolOk : kToolFailed;
 }
 
-// The desktop's measures.
+// The desktop's size, work area and DPI, and the position of the pointer.
 int ShowMetrics(const Arguments&, Json& answer) {
     MONITORINFO monitor = {};
     monitor.cbSize = sizeof(monitor);
@@ -32,7 +32,7 @@ int ShowMetrics(const Arguments&, Json& answer) {
     return kToolOk;
 }
 
-// measure FACE HEIGHT WEIGHT TEXT: what GDI draws such a text with and how wide it comes out.
+// measure FACE HEIGHT WEIGHT TEXT: the font that GDI selects for the text, and the text's size.
 int MeasureText(const Arguments& arguments, Json& answer) {
     const HDC dc = GetDC(nullptr);
     const HFONT font =

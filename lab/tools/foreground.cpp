@@ -14,8 +14,8 @@ LRESULT CALLBACK OtherProcedure(HWND window, UINT message, WPARAM wParam, LPARAM
 
 }  // namespace
 
-// An ordinary program's window (class LabOtherWindow, 400 x 300 at 100,100) that takes the foreground and
-// stays until it is closed or its process is ended. Prints "ready" when it is shown.
+// Shows an ordinary window (class LabOtherWindow, 400 x 300 at 100,100) in the foreground until it is closed
+// or the process is killed. Prints "ready" when it is shown.
 int TakeForeground(const Arguments&, Json&) {
     WNDCLASSW description = {};
     description.lpfnWndProc = OtherProcedure;

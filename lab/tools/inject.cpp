@@ -2,7 +2,7 @@
 
 namespace {
 
-// LoadLibraryW lies at the same address in every process, and takes one argument as a thread's function does.
+// LoadLibraryW has the same address in every process and the signature of a thread function.
 DWORD LoadInto(HANDLE process, const std::wstring& library) {
     const SIZE_T bytes = (library.size() + 1) * sizeof(wchar_t);
     void* const path = VirtualAllocEx(process, nullptr, bytes, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
@@ -23,7 +23,7 @@ DWORD LoadInto(HANDLE process, const std::wstring& library) {
 
 }  // namespace
 
-// inject WINDOW LIBRARY: loads a library into the process of a window.
+// inject WINDOW LIBRARY: loads a library into the process that owns a window.
 int InjectLibrary(const Arguments& arguments, Json&) {
     const HWND window = FindTarget(arguments[0]);
     DWORD id = 0;

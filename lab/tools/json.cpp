@@ -25,24 +25,24 @@ std::wstring Quote(const std::wstring& value) {
     return quoted + L'"';
 }
 
-void SkipSpaces(const std::wstring& text, size_t& place) {
-    while (place < text.size() && text[place] == L' ') {
-        ++place;
+void SkipSpaces(const std::wstring& text, size_t& position) {
+    while (position < text.size() && text[position] == L' ') {
+        ++position;
     }
 }
 
-bool Take(const std::wstring& text, size_t& place, wchar_t letter) {
-    SkipSpaces(text, place);
-    if (place >= text.size() || text[place] != letter) {
+bool Take(const std::wstring& text, size_t& position, wchar_t letter) {
+    SkipSpaces(text, position);
+    if (position >= text.size() || text[position] != letter) {
         return false;
     }
-    ++place;
+    ++position;
     return true;
 }
 
-// The letter that the escape sequence after a backslash stands for.
-wchar_t ReadEscape(const std::wstring& text, size_t& place) {
-    const wchar_t letter = text[place++];
+// The character that the escape sequence after a backslash represents.
+wchar_t ReadEscape(const std::wstring& text, size_t& position) {
+    const wchar_t letter = text[position++];
     switch (letter) {
         case L'b': return L'\b';
         case L'f': return L'\f';
@@ -50,27 +50,27 @@ wchar_t ReadEscape(const std::wstring& text, size_t& place) {
         case L'r': return L'\r';
         case L't': return L'\t';
         case L'u': {
-            const std::wstring code = text.substr(place, 4);
-            place += code.size();
+            const std::wstring code = text.substr(position, 4);
+            position += code.size();
             return static_cast<wchar_t>(std::wcstoul(code.c_str(), nullptr, 16));
         }
         default: return letter;
     }
 }
 
-bool ReadString(const std::wstring& text, size_t& place, std::wstring& value) {
-    if (!Take(text, place, L'"')) {
+bool ReadString(const std::wstring& text, size_t& position, std::wstring& value) {
+    if (!Take(text, position, L'"')) {
         return false;
     }
-    while (place < text.size() && text[place] != L'"') {
-        const wchar_t letter = text[place++];
-        if (letter == L'\\' && place < text.size()) {
-            value += ReadEscape(text, place);
+    while (position < text.size() && text[position] != L'"') {
+        const wchar_t letter = text[position++];
+        if (letter == L'\\' && position < text.size()) {
+            value += ReadEscape(text, position);
         } else {
             value += letter;
         }
     }
-    return Take(text, place, L'"');
+    return Take(text, position, L'"');
 }
 
 }  // namespace
@@ -101,16 +101,16 @@ Json JsonArray(const std::vector<Json>& values) {
 }
 
 bool ReadJsonStrings(const std::wstring& text, std::vector<std::wstring>& strings) {
-    size_t place = 0;
-    if (!Take(text, place, L'[')) {
+    size_t position = 0;
+    if (!Take(text, position, L'[')) {
         return false;
     }
     do {
         std::wstring value;
-        if (!ReadString(text, place, value)) {
+        if (!ReadString(text, position, value)) {
             return false;
         }
         strings.push_back(value);
-    } while (Take(text, place, L','));
-    return Take(text, place, L']');
+    } while (Take(text, position, L','));
+    return Take(text, position, L']');
 }

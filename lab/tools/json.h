@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-// A JSON value as text: null, a number, a string, or what JsonObject and JsonArray build.
+// A JSON value as text: null, a number, a string, or a result of JsonObject or JsonArray.
 struct Json {
     std::string text = "null";
 
@@ -24,5 +24,5 @@ struct JsonField {
 Json JsonObject(const std::vector<JsonField>& fields);
 Json JsonArray(const std::vector<Json>& values);
 
-// Reads one array of strings such as ["a", "b"]. False when the text is anything else.
+// Reads one array of strings such as ["a", "b"]. False if the text is anything else.
 bool ReadJsonStrings(const std::wstring& text, std::vector<std::wstring>& strings);

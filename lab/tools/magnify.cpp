@@ -6,13 +6,13 @@ namespace {
 struct ColorEffect {
     float transform[5][5];
 };
-using StartOrEnd = BOOL(WINAPI*)();
+using InitializeFunction = BOOL(WINAPI*)();
 using SetEffect = BOOL(WINAPI*)(const ColorEffect*);
 
 struct Library {
     HMODULE module;
-    StartOrEnd initialize;
-    StartOrEnd uninitialize;
+    InitializeFunction initialize;
+    InitializeFunction uninitialize;
     SetEffect setEffect;
 };
 
@@ -21,15 +21,16 @@ Library LoadMagnification() {
     const auto find = [module](const char* name) {
         return module ? reinterpret_cast<void*>(GetProcAddress(module, name)) : nullptr;
     };
-    return {module, reinterpret_cast<StartOrEnd>(find("MagInitialize")),
-            reinterpret_cast<StartOrEnd>(find("MagUninitialize")),
+    return {module, reinterpret_cast<InitializeFunction>(find("MagInitialize")),
+            reinterpret_cast<InitializeFunction>(find("MagUninitialize")),
             reinterpret_cast<SetEffect>(find("MagSetFullscreenColorEffect"))};
 }
 
 }  // namespace
 
-// magnify RED GREEN BLUE [keep]: asks Magnification.dll for that colour (factors in thousandths) and tells
-// what it has and answers. With "keep" the effect stays and the library stays loaded.
+// magnify RED GREEN BLUE [keep]: sets that colour (factors in thousandths) with Magnification.dll and reports
+// the functions that the library exports and their results. With "keep" the effect stays in force and the
+// library stays loaded.
 int CallMagnification(const Arguments& arguments, Json& answer) {
     const Library library = LoadMagnification();
     std::vector<JsonField> found = {{"loaded", library.module != nullptr},

@@ -1,11 +1,9 @@
-// One small program for everything that must be done or asked from inside the Windows desktop. A single
-// command:
+// Executes the lab's commands inside the Windows desktop. A single command:
 //     labtool NAME ARGUMENT...
-// or, so that a question costs a millisecond and not the start of a process, the resident form:
+// The resident form, in which a command takes a millisecond instead of the start of a process:
 //     labtool serve
-// which reads one command per line, a JSON array of its name and its arguments, and answers each with one
-// line:
-//     {"result": a ToolResult, "answer": what the command has to tell}
+// It reads one command per line, a JSON array of its name and its arguments, and answers each with one line:
+//     {"result": a ToolResult, "answer": the command's output}
 #include <fcntl.h>
 #include <io.h>
 

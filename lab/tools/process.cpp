@@ -23,8 +23,8 @@ DWORD FindProcess(const std::wstring& name) {
     return found;
 }
 
-// GetGuiResources answers 0 under Wine; the handle table that the process environment block points to does
-// not. Returns -1 when it cannot be read.
+// Counts the entries of the GDI handle table that the process environment block points to, because
+// GetGuiResources returns 0 under Wine. Returns -1 if the table cannot be read.
 int CountGdiObjects(HANDLE process) {
     struct HandleEntry {
         ULONGLONG object;
@@ -57,8 +57,8 @@ int CountGdiObjects(HANDLE process) {
     return count;
 }
 
-// GetProcessHandleCount answers 0 under Wine; the list of all handles of the system does not. Returns -1 when
-// it cannot be read.
+// Counts in the system's list of all handles, because GetProcessHandleCount returns 0 under Wine. Returns -1
+// if the list cannot be read.
 int CountHandles(DWORD id) {
     struct Entry {
         PVOID object;
@@ -75,16 +75,16 @@ int CountHandles(DWORD id) {
         ULONG_PTR count;
         ULONG_PTR reserved;
     };
-    constexpr ULONG kExtendedHandles = 64;  // Larger than what the header's enumeration can hold.
+    constexpr ULONG kExtendedHandles = 64;  // Out of range of the header's enumeration.
     using Query = NTSTATUS(NTAPI*)(ULONG kind, PVOID list, ULONG size, PULONG needed);
     constexpr NTSTATUS kTooSmall = static_cast<NTSTATUS>(0xC0000004);  // STATUS_INFO_LENGTH_MISMATCH
-    constexpr ULONG kLargest = 64 << 20;
+    constexpr ULONG kMaxSize = 64 << 20;
 
     const FARPROC address = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation");
     const Query query = reinterpret_cast<Query>(reinterpret_cast<void*>(address));
     std::vector<char> list;
     NTSTATUS status = kTooSmall;
-    for (ULONG size = 1 << 18; status == kTooSmall && size <= kLargest; size *= 2) {
+    for (ULONG size = 1 << 18; status == kTooSmall && size <= kMaxSize; size *= 2) {
         list.resize(size);
         status = query(kExtendedHandles, list.data(), size, nullptr);
     }
@@ -99,8 +99,8 @@ int CountHandles(DWORD id) {
 
 }  // namespace
 
-// process ID|IMAGE: its id, the number of its GDI objects (gdi) and that of its handles, among them those of
-// registry keys. (Wine does not tell the processor time of another process.)
+// process ID|IMAGE: the process's id, the number of its GDI objects (gdi) and of its handles, including those
+// of registry keys. (Wine does not report the processor time of another process.)
 int ShowProcessFacts(const Arguments& arguments, Json& answer) {
     const DWORD given = static_cast<DWORD>(Number(arguments[0]));
     const DWORD id = given ? given : FindProcess(arguments[0]);

@@ -39,8 +39,8 @@ std::vector<BYTE> ParseHex(const std::wstring& text) {
 
 }  // namespace
 
-// registry-get KEY NAME: type, size, the data as hexadecimal digits (hex), and text for a text or value for a
-// 32-bit number.
+// registry-get KEY NAME: type, size, the data as hexadecimal digits (hex), and text for a string or value for
+// a 32-bit number.
 int RegistryGet(const Arguments& arguments, Json& answer) {
     const KeyPath key = ParseKey(arguments[0]);
     std::vector<BYTE> data(65536);
@@ -60,7 +60,7 @@ int RegistryGet(const Arguments& arguments, Json& answer) {
     return kToolOk;
 }
 
-// registry-set KEY NAME sz|dword|hex:TYPE VALUE: creates the key when it is not there.
+// registry-set KEY NAME sz|dword|hex:TYPE VALUE: creates the key if it does not exist.
 int RegistrySet(const Arguments& arguments, Json&) {
     const KeyPath key = ParseKey(arguments[0]);
     const std::wstring& kind = arguments[2];
@@ -84,7 +84,7 @@ int RegistrySet(const Arguments& arguments, Json&) {
     return status == ERROR_SUCCESS ? kToolOk : kToolFailed;
 }
 
-// registry-delete KEY [NAME]: deletes the value, or the key with all below it.
+// registry-delete KEY [NAME]: deletes the value, or the key with all its subkeys.
 int RegistryDelete(const Arguments& arguments, Json&) {
     const KeyPath key = ParseKey(arguments[0]);
     const LSTATUS status = arguments.size() > 1

@@ -7,10 +7,10 @@
 
 #include "json.h"
 
-// The words after a command's name, as given on the command line or by one line of the resident tool's input.
+// The words after a command's name, from the command line or from one line of the resident tool's input.
 using Arguments = std::vector<std::wstring>;
 
-// How a command ended; it is also the process exit code of a single command.
+// The result of a command, and the process exit code of a single command.
 enum ToolResult : int {
     kToolOk = 0,
     kToolNotFound = 1,
@@ -20,27 +20,27 @@ enum ToolResult : int {
 
 struct Command {
     const wchar_t* name;
-    size_t argumentCount;  // The fewest arguments it takes.
+    size_t argumentCount;  // The minimum.
     int (*run)(const Arguments& arguments, Json& answer);
 };
 
-// Runs the named command; an unknown name or too few arguments give kToolUsage. `answer` stays null when
-// there is nothing to tell.
+// Runs the named command. Returns kToolUsage for an unknown name or too few arguments. `answer` stays null if
+// the command has no output.
 int RunCommand(const std::wstring& name, const Arguments& arguments, Json& answer);
 
-// Prints UTF-8 to standard output as it is.
+// Writes bytes (UTF-8) to standard output unchanged.
 void PrintBytes(const std::string& bytes);
 void FlushOutput();
-// Tells the lab that a command which stays has done what it was started for.
+// Reports to the lab that a command which keeps running is ready.
 void PrintReady();
 
 std::wstring FromUtf8(const std::string& text);
 std::string ToUtf8(const std::wstring& text);
 
-// Decimal, or hexadecimal with 0x; a minus sign is allowed. What is not a number counts as 0.
+// Decimal, or hexadecimal with 0x; a minus sign is allowed. 0 if the text is not a number.
 long long Number(const std::wstring& text);
 
-// A window named by its handle (0x...) or by its class; null when there is none.
+// A window named by its handle (0x...) or by its class; null if it does not exist.
 HWND FindTarget(const std::wstring& target);
 // The handle as "0x...".
 std::wstring HandleText(HWND window);

@@ -1,18 +1,18 @@
-// Wine's notification area paints its icons itself and gives each a tool of one tooltip control, which
-// therefore knows where each icon is and what its tip says. The control belongs to another process: a
-// question is put into that process's memory first.
+// Wine's notification area draws its icons itself and registers each as a tool of one tooltip control, which
+// therefore has the rectangle and the tip of every icon. The control belongs to another process, so the query
+// structure is allocated in that process's memory.
 #include "tool.h"
 
 #include <commctrl.h>
 
 namespace {
 
-constexpr UINT kPatience = 2000;
-constexpr size_t kTipLetters = 1024;
+constexpr UINT kTimeoutMs = 2000;
+constexpr size_t kTipLength = 1024;
 
-struct Question {
+struct ToolQuery {
     TTTOOLINFOW tool;
-    wchar_t tip[kTipLetters];
+    wchar_t tip[kTipLength];
 };
 
 HWND FindTooltip(DWORD process) {
@@ -27,40 +27,40 @@ HWND FindTooltip(DWORD process) {
     return nullptr;
 }
 
-DWORD_PTR Ask(HWND window, UINT message, WPARAM wParam, void* remote) {
+DWORD_PTR SendWithTimeout(HWND window, UINT message, WPARAM wParam, void* remote) {
     DWORD_PTR result = 0;
     SendMessageTimeoutW(window, message, wParam, reinterpret_cast<LPARAM>(remote), SMTO_ABORTIFHUNG,
-                        kPatience, &result);
+                        kTimeoutMs, &result);
     return result;
 }
 
-std::vector<Json> CollectTools(HWND tooltip, HANDLE process, Question* remote) {
+std::vector<Json> CollectTools(HWND tooltip, HANDLE process, ToolQuery* remote) {
     std::vector<Json> tools;
-    const DWORD_PTR count = Ask(tooltip, TTM_GETTOOLCOUNT, 0, nullptr);
+    const DWORD_PTR count = SendWithTimeout(tooltip, TTM_GETTOOLCOUNT, 0, nullptr);
     for (DWORD_PTR i = 0; i < count; ++i) {
-        Question question = {};
-        question.tool.cbSize = sizeof(question.tool);
-        question.tool.lpszText = remote->tip;
-        WriteProcessMemory(process, remote, &question, sizeof(question), nullptr);
-        if (!Ask(tooltip, TTM_ENUMTOOLSW, i, &remote->tool)) {
+        ToolQuery query = {};
+        query.tool.cbSize = sizeof(query.tool);
+        query.tool.lpszText = remote->tip;
+        WriteProcessMemory(process, remote, &query, sizeof(query), nullptr);
+        if (!SendWithTimeout(tooltip, TTM_ENUMTOOLSW, i, &remote->tool)) {
             continue;
         }
-        ReadProcessMemory(process, remote, &question, sizeof(question), nullptr);
-        question.tip[kTipLetters - 1] = L'\0';
-        RECT rect = question.tool.rect;
-        MapWindowPoints(question.tool.hwnd, nullptr, reinterpret_cast<POINT*>(&rect), 2);
+        ReadProcessMemory(process, remote, &query, sizeof(query), nullptr);
+        query.tip[kTipLength - 1] = L'\0';
+        RECT rect = query.tool.rect;
+        MapWindowPoints(query.tool.hwnd, nullptr, reinterpret_cast<POINT*>(&rect), 2);
         tools.push_back(JsonObject({{"left", rect.left},
                                     {"top", rect.top},
                                     {"right", rect.right},
                                     {"bottom", rect.bottom},
-                                    {"tip", question.tip}}));
+                                    {"tip", query.tip}}));
     }
     return tools;
 }
 
 }  // namespace
 
-// Every icon of the notification area: left, top, right, bottom on the screen, tip.
+// Every icon of the notification area: left, top, right, bottom on the screen, and tip.
 int ListTrayIcons(const Arguments&, Json& answer) {
     DWORD processId = 0;
     const HWND taskbar = FindWindowW(L"Shell_TrayWnd", nullptr);
@@ -74,9 +74,9 @@ int ListTrayIcons(const Arguments&, Json& answer) {
     if (!process) {
         return kToolFailed;
     }
-    void* const memory = VirtualAllocEx(process, nullptr, sizeof(Question), MEM_COMMIT, PAGE_READWRITE);
+    void* const memory = VirtualAllocEx(process, nullptr, sizeof(ToolQuery), MEM_COMMIT, PAGE_READWRITE);
     if (memory) {
-        answer = JsonArray(CollectTools(tooltip, process, static_cast<Question*>(memory)));
+        answer = JsonArray(CollectTools(tooltip, process, static_cast<ToolQuery*>(memory)));
         VirtualFreeEx(process, memory, 0, MEM_RELEASE);
     }
     CloseHandle(process);

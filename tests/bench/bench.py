@@ -65,7 +65,7 @@ def program_at_rest_and_in_a_drag(build):
 def steps_and_frames(build):
     with Lab(build) as lab:
         for name in ("bench_drag_step", "bench_frame"):
-            if lab.run_unit(build / f"bench/{name}.exe") != 0:
+            if lab.run_console_program(build / f"bench/{name}.exe") != 0:
                 sys.exit(f"{name} failed")
 
 

@@ -119,7 +119,7 @@ def copy(desk):
     show_settings(desk)
     told, since = len(copies(desk)), time.time()
     desk.click_unit(*SUPPORT)
-    wait_until(lambda: len(copies(desk)) > told, "the line that the report was copied", seen=desk.log)
+    wait_until(lambda: len(copies(desk)) > told, "the line that the report was copied", actual=desk.log)
     return Report(desk.clipboard_text(), since, time.time())
 
 

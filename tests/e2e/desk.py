@@ -53,7 +53,7 @@ class Desk(Lab):
             self.remove_dead_icons()
         self.start_program()
         self.wait_for_icon()
-        wait_until(self.window_facts, "the program's window", seen=self.windows)
+        wait_until(self.window_facts, "the program's window", actual=self.windows)
         return self
 
     def start_fresh(self, settings=None, effect=(0,), initialize=0):
@@ -73,7 +73,7 @@ class Desk(Lab):
         self.write_settings(settings)
         self.magnification_script(effect, initialize)
         self.set_ramp(model.ramp(model.IDENTITY))
-        self.magnification.forget()
+        self.magnification.clear_calls()
 
     def restart(self):
         """Ends the program as a crash would and starts it again with what it left behind."""
@@ -89,7 +89,7 @@ class Desk(Lab):
         return bool(self.tray_icon())
 
     def wait_for_icon(self, shown=True):
-        wait_until(lambda: self.icon_shown() == shown, f"the tray icon to be shown={shown}", seen=self.tray_icons)
+        wait_until(lambda: self.icon_shown() == shown, f"the tray icon to be shown={shown}", actual=self.tray_icons)
 
     # Hands
 
@@ -148,13 +148,13 @@ class Desk(Lab):
 
     def sees(self, factors):
         """Whether the eye sees these factors: no filter less and none more, in whichever pipelines."""
-        return ramp_distance(self.seen(), model.ramp(factors)) <= RAMP_TOLERANCE
+        return ramp_distance(self.visible_levels(), model.ramp(factors)) <= RAMP_TOLERANCE
 
     def wait_to_see(self, factors):
         white = [channel[255] for channel in model.ramp(factors)]
         wait_until(lambda: self.sees(factors), f"a screen that makes {white} of white",
-                   seen=lambda: ([channel[255] for channel in self.seen()],
-                                 ramp_distance(self.seen(), model.ramp(factors))))
+                   actual=lambda: ([channel[255] for channel in self.visible_levels()],
+                                 ramp_distance(self.visible_levels(), model.ramp(factors))))
 
     def ramp_is_plain(self):
         return ramp_distance(self.ramp(), model.ramp(model.IDENTITY)) <= RAMP_TOLERANCE
@@ -186,7 +186,7 @@ class Desk(Lab):
 
     def wait_for_log(self, message, times=1):
         wait_until(lambda: self.log().count(message) >= times, f"'{message}' in the event log, {times} times",
-                   seen=self.log)
+                   actual=self.log)
 
     def saves(self):
         return self.log().count("Saved settings")
@@ -204,7 +204,7 @@ class Desk(Lab):
 
     def loaded(self):
         """What the program says it has read from settings.ini."""
-        wait_until(lambda: any(line.startswith("Loaded settings") for line in self.log()), "the settings", seen=self.log)
+        wait_until(lambda: any(line.startswith("Loaded settings") for line in self.log()), "the settings", actual=self.log)
         return next(line for line in self.log() if line.startswith("Loaded settings")).partition(": ")[2]
 
 

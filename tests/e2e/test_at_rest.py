@@ -43,7 +43,7 @@ class Held:
 
     def assert_no_more(self):
         """A paint holds objects while it lasts, so this looks until none is under way; a leak does not go away."""
-        wait_until(lambda: self.more() == 0, "no more GDI objects than before", seen=self.more)
+        wait_until(lambda: self.more() == 0, "no more GDI objects than before", actual=self.more)
 
 
 def hide(desk):

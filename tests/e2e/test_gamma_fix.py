@@ -76,7 +76,7 @@ def wait_for_strip(desk, text, colour):
 
 def box_with(desk, text):
     return wait_until(lambda: next((box for box in desk.message_boxes() if box.text == text), None), text,
-                      seen=desk.message_boxes)
+                      actual=desk.message_boxes)
 
 
 def main_process(desk):

@@ -32,7 +32,7 @@ def test_the_desktop_fits_a_display_that_is_smaller_than_its_usual_size(small_di
         corner = (connection.width - ICON, connection.height - ICON, ICON, ICON)
         # Where a larger desktop has nothing but its background.
         wait_until(lambda: connection.picture(*corner).colours() > 2, "the tray icon in the display's corner",
-                   seen=lambda: (connection.picture(*corner).colours(), shown.poll()))
+                   actual=lambda: (connection.picture(*corner).colours(), shown.poll()))
         assert shown.poll() is None
     finally:
         shown.terminate()

@@ -156,10 +156,10 @@ def test_the_program_never_objects_to_the_end_of_the_session(lit):
 
 
 def test_a_session_end_that_was_called_off_changes_nothing(lit):
-    applied = lit.seen()
+    applied = lit.visible_levels()
     lit.send_message(WM_QUERYENDSESSION, 0, 0)
     lit.send_message(WM_ENDSESSION, 0, 0)
-    assert lit.seen() == applied
+    assert lit.visible_levels() == applied
     lit.choose("DAY")
     lit.wait_for_tip("Ambrel - ON (4000K, 100%)")
 

@@ -75,7 +75,7 @@ class House(Desk):
         def shown():
             return next((box for box in self.message_boxes()
                          if title in box.title and text in box.text.replace("\r\n", "\n")), None)
-        return wait_until(shown, f"a page with '{text}'", seen=lambda: [box.text for box in self.message_boxes()])
+        return wait_until(shown, f"a page with '{text}'", actual=lambda: [box.text for box in self.message_boxes()])
 
     def finish_page(self):
         """The installer's last page, once its check boxes are shown as they are offered."""
@@ -94,7 +94,7 @@ class House(Desk):
 
     def go_on(self, page, button=1):
         """Presses a page's button: 1 is Next, Install or Finish, 2 Cancel."""
-        self.desktop.ask("press", page.handle, button)
+        self.desktop.request("press", page.handle, button)
 
     @contextmanager
     def stand_in(self, *words, program=STAND_IN):

@@ -151,7 +151,7 @@ def test_launched_at_startup_the_program_finds_its_own_entry(house):
     assert house.setup("/AUTOSTART", "/RUN") == 0
     house.wait_for_icon()
     assert house.run_entry() == f"{house.home}\\ambrel.exe"
-    assert house.desktop.ask("registry-get", RUN_KEY, RUN_VALUE)["type"] == 1
+    assert house.desktop.request("registry-get", RUN_KEY, RUN_VALUE)["type"] == 1
     switch_on_evening(house)
     assert house.settings()["LaunchAtStart"] == "1"
     assert not [line for line in house.log() if "utostart" in line]

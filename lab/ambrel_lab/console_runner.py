@@ -1,4 +1,4 @@
-"""Running a console program of the build, such as a unit test, under Wine."""
+"""run-in-lab: runs a console program of the build, such as a unit test program, under Wine."""
 
 import signal
 import sys
@@ -9,7 +9,7 @@ from .paths import LabError
 
 
 def end_on_signals():
-    """Turns the signals that ask for an end into an ordinary exit, so that the lab is closed first."""
+    """Turns SIGINT, SIGTERM and SIGHUP into SystemExit, so that the lab is closed before the process exits."""
     def stop(number, _frame):
         raise SystemExit(SIGNALLED + number)
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
@@ -17,7 +17,7 @@ def end_on_signals():
 
 
 def main(words):
-    """run-in-lab EXE ARGUMENT...: a lab without tools, the program, its output and its exit code."""
+    """run-in-lab EXE ARGUMENT...: runs EXE in a lab without tools, forwards its output and returns its exit code."""
     if not words:
         print("usage: run-in-lab EXE [ARGUMENT...]", file=sys.stderr)
         return 2
