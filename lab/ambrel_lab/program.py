@@ -78,8 +78,8 @@ class ProgramActions:
         return answer["result"]
 
     def send_data(self, message, wparam, data, target=WINDOW_CLASS):
-        """The answer to a message whose lParam points at these bytes, which are put into the program's memory."""
-        return self.desktop.ask("message-data", target, message, wparam, data.hex())["result"]
+        """Sends a message whose lParam points to a copy of `data` in the program's memory. Returns the result."""
+        return self.desktop.request("message-data", target, message, wparam, data.hex())["result"]
 
     @property
     def settings_folder(self):

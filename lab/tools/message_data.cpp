@@ -2,7 +2,7 @@
 
 namespace {
 
-// Bytes in another process. They are freed at the end.
+// A copy of bytes in the process of a window. Freed by the destructor.
 struct RemoteBytes {
     HANDLE process = nullptr;
     void* address = nullptr;
@@ -47,8 +47,8 @@ std::string FromHex(const std::wstring& text) {
 
 }  // namespace
 
-// message-data TARGET MESSAGE WPARAM HEX: sends the message with lParam pointing at these bytes in the
-// target's process, as Windows sends messages that carry a structure. Answers {result}.
+// message-data TARGET MESSAGE WPARAM HEX: sends the message with lParam pointing to a copy of these bytes in
+// the target's process, as Windows does for messages that carry a structure. The answer is {result}.
 int SendWithData(const Arguments& arguments, Json& answer) {
     const HWND window = FindTarget(arguments[0]);
     if (!window) {

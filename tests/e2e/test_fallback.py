@@ -177,7 +177,7 @@ def test_after_the_fallback_the_matrix_is_left_alone(file_desk):
 def test_the_fallback_is_kept_for_the_next_start(file_desk):
     desk = fall_back(file_desk.start_fresh(effect=(87,)))
     desk.press_button(desk.wait_for_message_box())
-    desk.magnification.forget()
+    desk.magnification.clear_calls()
     desk.restart()
     desk.choose("DAY")
     desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])

@@ -88,7 +88,7 @@ def test_the_filter_is_off_after_every_start_whatever_it_was_before(desk):
     desk.wait_for_colour(*START)
     desk.wait_for_saves(1)
     assert desk.quit() == 0
-    desk.magnification.forget()
+    desk.magnification.clear_calls()
     desk.start()
     assert desk.effects() == []
     assert desk.screen_is_plain()

@@ -5,7 +5,7 @@ import time
 import pytest
 
 import model
-from ambrel_lab.popup import middle
+from ambrel_lab.popup import centre
 from desk import ATTEMPTS, MENU_QUIT, SLIDER_X, SLIDER_Y, wait_for_value
 
 WM_QUERYENDSESSION, WM_ENDSESSION, WM_DISPLAYCHANGE = 0x11, 0x16, 0x7E
@@ -79,7 +79,7 @@ def quit_at_once(desk, up, menu):
     desk.release()
     desk.click(x, y, 3)
     wait_for_value(lambda: (window := desk.menu_window()) and window[3:7], menu.window[3:7], "the menu's place")
-    desk.click(*middle(menu.rows[MENU_QUIT]))
+    desk.click(*centre(menu.rows[MENU_QUIT]))
     desk.wait_for_exit()
     return desk.saves() == saves
 
