@@ -81,7 +81,7 @@ DOCTORED = {
     "subsystem 10.0 without a load configuration":
         (rules.windows_starts_it, of_subsystem_10_after(without_directory("LOAD_CONFIG"))),
     "subsystem 10.0 without a cookie": (rules.windows_starts_it, of_subsystem_10_after(without_cookie)),
-    "subsystem 10.0": (rules.windows_starts_it, with_header(of_subsystem_10)),
+    "subsystem 10.0": (rules.it_names_the_versions_of_windows, with_header(of_subsystem_10)),
     "no load configuration": (rules.the_loader_makes_the_stack_guard, without_directory("LOAD_CONFIG")),
     "no cookie": (rules.the_loader_makes_the_stack_guard, without_cookie),
     "a cookie of another value":

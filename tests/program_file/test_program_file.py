@@ -12,9 +12,9 @@ sys.path.insert(0, str(Path(__file__).parent))
 
 import pytest  # noqa: E402
 
-from doctored import DOCTORED  # noqa: E402
+from doctored import DOCTORED, of_subsystem_10, with_header  # noqa: E402
 from program import PROGRAM, ROOT, Program, built_program  # noqa: E402
-from rules import RULES  # noqa: E402
+from rules import RULES, windows_starts_it  # noqa: E402
 
 
 @pytest.fixture(scope="module", name="program")
@@ -33,6 +33,10 @@ def test_a_doctored_file_is_refused(program, fault):
     doctored = doctor(program)
     assert doctored != program.data
     assert list(rule(Program(doctored)))
+
+
+def test_a_newer_subsystem_version_is_started_when_there_is_a_cookie(program):
+    assert not list(windows_starts_it(Program(with_header(of_subsystem_10)(program))))
 
 
 def test_every_rule_refuses_some_doctored_file():
