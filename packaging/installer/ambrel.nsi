@@ -1,11 +1,12 @@
-; The installer: for one user, without elevation. packaging/installer.py compiles it and defines VERSION,
-; VERSION_NUMBERS, PUBLISHER, HOMEPAGE, SUPPORT, PROGRAM_FILE, ICON_FILE, WIZARD_FILE and OUTPUT.
+; The installer: for one user, without elevation. packaging/ambrel_packages/installer.py compiles it and defines
+; VERSION, VERSION_NUMBERS, PUBLISHER, HOMEPAGE, SUPPORT, PROGRAM_FILE, ICON_FILE, WIZARD_FILE and OUTPUT.
 ;
-;   /S            silent: no page, no question; exit code 0, or 2 when nothing was installed
+;   /S            silent: no pages, no questions
 ;   /AUTOSTART    launch Ambrel at startup
-;   /RUN          silent: start Ambrel afterwards (a copy that was running is started again without it)
-;   /D=FOLDER     where to; the last switch, without quotes even when it holds blanks
+;   /RUN          silent: start Ambrel afterwards (a copy that was running is restarted without this switch)
+;   /D=FOLDER     the target folder as an absolute path; the last switch, without quotes even if it contains blanks
 ;
+; Exit codes: 0 installed, 1 cancelled by the user, 2 failed. Unless the code is 0, nothing was installed.
 ; The uninstaller takes /S, which keeps the settings.
 
 Unicode true
@@ -19,7 +20,8 @@ ManifestDPIAware true
 AllowSkipFiles off
 
 !define PROGRAM "ambrel.exe"
-!define UNINSTALLER "uninstall.exe"
+; A user may choose a folder that contains another program's uninstall.exe.
+!define UNINSTALLER "ambrel-uninstall.exe"
 !define UNPACKED ".new"
 !define SUGGESTED_PARENT "$LOCALAPPDATA\Programs"
 !define SETTINGS_FOLDER "$APPDATA\Ambrel2"
@@ -27,13 +29,13 @@ AllowSkipFiles off
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Ambrel"
 !define RUN_KEY "Software\Microsoft\Windows\CurrentVersion\Run"
 !define RUN_VALUE "Ambrel2"
-; Where the Startup page of the Task Manager notes that it switched a Run entry off.
+; The Startup page of Task Manager stores here that it disabled a Run entry.
 !define STARTUP_APPROVED_KEY "Software\Microsoft\Windows\CurrentVersion\Explorer\StartupApproved\Run"
 !define SETUP_MUTEX "Ambrel2Setup"
 !define ERROR_ALREADY_EXISTS 183
 !define EXIT_FAILED 2
 !define MOVEFILE_REPLACE_EXISTING 1
-; A virus scanner may hold a new file for a moment.
+; A virus scanner may keep a file open for a moment, and Windows one whose process has just ended.
 !define REPLACE_TRIES 50
 !define REPLACE_PAUSE_MS 100
 
@@ -60,9 +62,9 @@ VIAddVersionKey "CompanyName" "${PUBLISHER}"
 !include MUI2.nsh
 !include running_copy.nsh
 
-Var PreviousFolder  ; where Ambrel is installed already, "" on a first install
-Var MadeFolder      ; 1 when this run makes the folder
-Var MadeParent      ; 1 when this run may make SUGGESTED_PARENT
+Var PreviousFolder  ; where Ambrel is already installed, "" on a first install
+Var MadeFolder      ; 1 if this run creates the folder
+Var MadeParent      ; 1 if this run may create SUGGESTED_PARENT
 Var AutoStart
 Var StartProgram
 
@@ -72,11 +74,12 @@ Var StartProgram
 
 !define MUI_WELCOMEPAGE_TITLE "Ambrel ${VERSION}"
 !define MUI_WELCOMEPAGE_TEXT "Ambrel makes the screen warmer and dimmer for the night.$\r$\n$\r$\nIt is installed for you alone, without administrator rights. If Ambrel is installed already, this version replaces it and your settings are kept.$\r$\n$\r$\nIf Ambrel is running, it is closed first, which turns the filter off."
+!define MUI_PAGE_CUSTOMFUNCTION_SHOW NameWelcomeButton
 !insertmacro MUI_PAGE_WELCOME
 
 !define MUI_PAGE_HEADER_TEXT "Folder"
 !define MUI_PAGE_HEADER_SUBTEXT "Where Ambrel is installed."
-!define MUI_DIRECTORYPAGE_TEXT_TOP "The suggested folder is yours alone. Choose another one if you like."
+!define MUI_DIRECTORYPAGE_TEXT_TOP "The suggested folder is yours alone. You can choose another one."
 !define MUI_PAGE_CUSTOMFUNCTION_PRE SkipFolderOnUpgrade
 !insertmacro MUI_PAGE_DIRECTORY
 
@@ -107,7 +110,7 @@ Var StartProgram
 !insertmacro MUI_UNPAGE_CONFIRM
 !define MUI_INSTFILESPAGE_FINISHHEADER_TEXT "Removed"
 !define MUI_INSTFILESPAGE_FINISHHEADER_SUBTEXT "Ambrel is no longer on this computer."
-; The header file undefines the other texts after each page.
+; The header file undefines all other texts after each page.
 !undef MUI_INSTFILESPAGE_ABORTHEADER_TEXT
 !undef MUI_INSTFILESPAGE_ABORTHEADER_SUBTEXT
 !define MUI_INSTFILESPAGE_ABORTHEADER_TEXT "Not removed"
@@ -130,7 +133,7 @@ Function .onInit
     System::Call 'kernel32::CreateMutexW(p 0, i 0, w "${SETUP_MUTEX}") p .r0 ?e'
     Pop $0
     ${If} $0 = ${ERROR_ALREADY_EXISTS}
-        MessageBox MB_OK|MB_ICONEXCLAMATION "Ambrel's setup is running already." /SD IDOK
+        MessageBox MB_OK|MB_ICONEXCLAMATION "Ambrel Setup is already running." /SD IDOK
         SetErrorLevel ${EXIT_FAILED}
         Quit
     ${EndIf}
@@ -159,13 +162,21 @@ Function .onInit
     ${EndIf}
 FunctionEnd
 
+; An upgrade has no folder page: the button of its first page starts the installation.
+Function NameWelcomeButton
+    ${If} $PreviousFolder != ""
+        GetDlgItem $0 $HWNDPARENT 1
+        SendMessage $0 ${WM_SETTEXT} 0 "STR:$(^InstallBtn)"
+    ${EndIf}
+FunctionEnd
+
 Function SkipFolderOnUpgrade
     ${If} $PreviousFolder != ""
         Abort
     ${EndIf}
 FunctionEnd
 
-; Removes what was unpacked and starts an ended copy again: the version from before works as it did.
+; Removes the unpacked files and restarts a copy that was ended, so that the previous version works as before.
 Function UndoInstall
     SetDetailsPrint none
     Delete "$INSTDIR\${PROGRAM}${UNPACKED}"
@@ -194,7 +205,7 @@ FunctionEnd
 !macroend
 !define Fail "!insertmacro Fail"
 
-; Gives the unpacked file $0 of the folder its name in one step. $1 = 1 when it worked.
+; Renames the unpacked file $0 of the folder to its final name in one step. $1 = 1 on success, else 0.
 Function PutInPlace
     StrCpy $2 0
     ${Do}
@@ -208,7 +219,7 @@ Function PutInPlace
     ${LoopUntil} $2 >= ${REPLACE_TRIES}
 FunctionEnd
 
-; As the program itself writes it: the plain path.
+; The plain path, as the program itself writes it.
 Function WriteRunEntry
     WriteRegStr HKCU "${RUN_KEY}" "${RUN_VALUE}" "$INSTDIR\${PROGRAM}"
 FunctionEnd
@@ -217,7 +228,7 @@ Function StartInstalledProgram
     Exec '"$INSTDIR\${PROGRAM}"'
 FunctionEnd
 
-; What has been done already is shown as done, not offered.
+; Steps that are already done are not offered again.
 Function FitFinishPage
     ReadRegStr $0 HKCU "${RUN_KEY}" "${RUN_VALUE}"
     ${If} $0 == "$INSTDIR\${PROGRAM}"
@@ -260,7 +271,7 @@ Function RegisterUninstaller
     WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoRepair" 1
 FunctionEnd
 
-; After an install into another folder than before: the old files go, and a Run entry follows.
+; After an installation into another folder: deletes the old files and updates a Run entry that names them.
 Function LeavePreviousFolder
     ${If} $PreviousFolder == ""
     ${OrIf} $PreviousFolder == $INSTDIR
@@ -282,33 +293,41 @@ Section "Ambrel"
     ${IfNot} ${FileExists} "${SUGGESTED_PARENT}\*.*"
         StrCpy $MadeParent 1
     ${EndIf}
+    ${If} $PreviousFolder != ""
+        Delete "$PreviousFolder\${PROGRAM}${UNPACKED}"
+    ${EndIf}
     ClearErrors
     SetOutPath "$INSTDIR"
     ${If} ${Errors}
         ${Fail} "The folder $INSTDIR cannot be used."
     ${EndIf}
 
-    ; Everything that may fail for want of space comes before the running copy is ended.
+    ; Every step that needs disk space precedes the end of the running copy.
     WriteUninstaller "$INSTDIR\${UNINSTALLER}${UNPACKED}"
     ${If} ${Errors}
-        ${Fail} "No files can be written into $INSTDIR."
+        ${Fail} "Files cannot be written to $INSTDIR."
     ${EndIf}
     File "/oname=${PROGRAM}${UNPACKED}" "${PROGRAM_FILE}"
+    ; One folder may have two spellings. The unpacked file then appears under both.
+    ${If} $PreviousFolder != ""
+    ${AndIf} ${FileExists} "$PreviousFolder\${PROGRAM}${UNPACKED}"
+        StrCpy $PreviousFolder $INSTDIR
+    ${EndIf}
 
     Call EndRunningCopy
     ${If} $R0 = 0
         ${Fail} "Ambrel is still running. Nothing was changed."
     ${EndIf}
 
+    StrCpy $0 "${PROGRAM}"
+    Call PutInPlace
+    ${If} $1 = 0
+        ${Fail} "$INSTDIR\${PROGRAM} cannot be replaced. Nothing was changed."
+    ${EndIf}
     StrCpy $0 "${UNINSTALLER}"
     Call PutInPlace
-    ${If} $1 = 1
-        StrCpy $0 "${PROGRAM}"
-        Call PutInPlace
-    ${EndIf}
-    ${If} $1 <> 1
-        ${Fail} "$INSTDIR\$0 cannot be replaced. Nothing was changed."
-    ${EndIf}
+    ; If it cannot be replaced, the previous version's uninstaller removes this version too.
+    Delete "$INSTDIR\${UNINSTALLER}${UNPACKED}"
 
     CreateShortcut "${SHORTCUT}" "$INSTDIR\${PROGRAM}"
     Call RegisterUninstaller
@@ -329,7 +348,7 @@ FunctionEnd
 
 ; Removing
 
-; Deletes the Run value when it names a file of this folder, and with it what the Task Manager noted about it.
+; Deletes the Run value if it names a file in this folder, and Task Manager's value about it.
 Function un.DeleteRunEntry
     ReadRegStr $0 HKCU "${RUN_KEY}" "${RUN_VALUE}"
     StrCpy $1 $0 1
@@ -344,12 +363,28 @@ Function un.DeleteRunEntry
     ${EndIf}
 FunctionEnd
 
+; $1 = 1 once the program file is deleted, else 0.
+Function un.DeleteProgram
+    StrCpy $1 1
+    StrCpy $2 0
+    ${Do}
+        ClearErrors
+        Delete "$INSTDIR\${PROGRAM}"
+        ${IfNot} ${Errors}
+            Return
+        ${EndIf}
+        IntOp $2 $2 + 1
+        Sleep ${REPLACE_PAUSE_MS}
+    ${LoopUntil} $2 >= ${REPLACE_TRIES}
+    StrCpy $1 0
+FunctionEnd
+
 Function un.RemoveOrKeepSettings
     ${IfNot} ${FileExists} "${SETTINGS_FOLDER}\*.*"
         Return
     ${EndIf}
     MessageBox MB_YESNO|MB_ICONQUESTION|MB_DEFBUTTON2 "Remove your settings and the event log too?$\r$\n$\r$\n${SETTINGS_FOLDER}" /SD IDNO IDYES remove
-    ; A later install must not launch at startup before it is asked to.
+    ; A later installation must not launch at startup until the user asks for it.
     ${If} ${FileExists} "${SETTINGS_FOLDER}\settings.ini"
         WriteINIStr "${SETTINGS_FOLDER}\settings.ini" "Settings" "LaunchAtStart" "0"
     ${EndIf}
@@ -370,9 +405,11 @@ Section "un.Ambrel"
             Abort "Ambrel is still running. Nothing was removed."
         ${EndIf}
     ${EndIf}
-    ClearErrors
-    Delete "$INSTDIR\${PROGRAM}"
-    ${If} ${Errors}
+    Call un.DeleteProgram
+    ${If} $1 = 0
+        ${If} $CopyEnded = 1
+            Exec '"$CopyPath"'
+        ${EndIf}
         SetErrorLevel ${EXIT_FAILED}
         MessageBox MB_OK|MB_ICONSTOP "$INSTDIR\${PROGRAM} cannot be deleted. Nothing was removed." /SD IDOK
         Abort "$INSTDIR\${PROGRAM} cannot be deleted. Nothing was removed."
@@ -380,7 +417,7 @@ Section "un.Ambrel"
     Delete "$INSTDIR\${PROGRAM}${UNPACKED}"
     Delete "$INSTDIR\${UNINSTALLER}${UNPACKED}"
     Call un.DeleteRunEntry
-    ; An Ambrel that was installed elsewhere since keeps its menu and its place in the list of apps.
+    ; If Ambrel has since been installed elsewhere, its Start menu entry and its entry in the list of apps stay.
     ReadRegStr $0 HKCU "${UNINSTALL_KEY}" "InstallLocation"
     ${If} $0 == $INSTDIR
         Delete "${SHORTCUT}"

@@ -4,9 +4,9 @@
 !define WINDOW_TITLE "Ambrel"
 !define INSTANCE_MUTEX "Global\Ambrel2SingleInstance"
 
-; The program gives the displays their brightness back when it is asked to end. A slow display takes up to 25 s.
+; The program restores the displays' brightness before it ends. A slow display takes up to 25 s.
 !define END_TIMEOUT_MS 30000
-; How long a copy without a window may take to open one or to end before the user is asked.
+; How long a copy without a window may take to open one or to end: WINDOW_POLLS * WINDOW_POLL_MS.
 !define WINDOW_POLL_MS 100
 !define WINDOW_POLLS 100
 
@@ -21,12 +21,12 @@
 !define WAIT_OBJECT_0 0
 
 Var CopyEnded  ; 1 once a running copy was ended
-Var CopyPath   ; the program file of the running copy, "" when it cannot be told
+Var CopyPath   ; the program file of the running copy, "" if unknown
 Var CopyProcess
 
 !macro RunningCopyFunctions un
 
-; $R0 = 1 when Windows keeps the installed program's file from being written because it is running.
+; $R0 = 1 if the installed program's file cannot be opened for writing because it is running.
 Function ${un}IsProgramLocked
     StrCpy $R0 0
     System::Call 'kernel32::CreateFileW(w "$INSTDIR\${PROGRAM}", i ${GENERIC_WRITE}, i ${SHARE_ALL}, p 0, i ${OPEN_EXISTING}, i 0, p 0) p .R1 ?e'
@@ -38,7 +38,8 @@ Function ${un}IsProgramLocked
     ${EndIf}
 FunctionEnd
 
-; $R0 = 1 when a copy of this user holds the single-instance mutex. Another user's is none of our concern.
+; $R0 = 1 if a copy of this user holds the single-instance mutex. Another user's mutex cannot be opened and does not
+; count: that copy runs from another file.
 Function ${un}IsInstanceMutexHeld
     StrCpy $R0 0
     System::Call 'kernel32::OpenMutexW(i ${SYNCHRONIZE}, i 0, w "${INSTANCE_MUTEX}") p .R1'
@@ -48,7 +49,7 @@ Function ${un}IsInstanceMutexHeld
     ${EndIf}
 FunctionEnd
 
-; Waits for the program's window. $R0 = the window, or 0 when no copy runs or none got a window in time.
+; Waits for the program's window. $R0 = the window, or 0 if no copy runs or none opened a window in time.
 Function ${un}FindCopyWindow
     StrCpy $R3 0
     ${Do}
@@ -56,7 +57,7 @@ Function ${un}FindCopyWindow
         ${If} $R4 P<> 0
             ${ExitDo}
         ${EndIf}
-        ; A copy that is still starting has no window, and one that is ending has none any more.
+        ; A copy that is starting has no window yet, and one that is ending no longer has one.
         Call ${un}IsInstanceMutexHeld
         ${If} $R0 = 0
             Call ${un}IsProgramLocked
@@ -73,7 +74,7 @@ Function ${un}FindCopyWindow
     StrCpy $R0 $R4
 FunctionEnd
 
-; Ends the copy that has the window $R0 and waits for its process. $R0 = 1 when it has ended.
+; Ends the copy that owns the window $R0 and waits for its process. $R0 = 1 once it has ended.
 Function ${un}EndCopyOfWindow
     StrCpy $R4 $R0
     StrCpy $R0 0
@@ -101,8 +102,8 @@ Function ${un}EndCopyOfWindow
     System::Call 'kernel32::CloseHandle(p R5)'
 FunctionEnd
 
-; Ends a running copy of the program. $R0 = 1 when no copy is in the way any more, 0 when it refuses and the user
-; gives up, which a silent run does at once.
+; Ends a running copy of the program. $R0 = 1 once no copy is in the way, 0 if it refuses and the user cancels. A
+; silent run cancels immediately.
 Function ${un}EndRunningCopy
     ${Do}
         StrCpy $CopyPath ""

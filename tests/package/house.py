@@ -20,6 +20,7 @@ RUN_KEY, RUN_VALUE = f"{USER_KEY}\\Run", "Ambrel2"
 APPROVED_KEY = f"{USER_KEY}\\Explorer\\StartupApproved\\Run"
 UNINSTALL_KEY = f"{USER_KEY}\\Uninstall\\Ambrel"
 SETUP, OTHER_SETUP, STAND_IN = "C:\\lab\\setup.exe", "C:\\lab\\other.exe", "C:\\lab\\stand_in.exe"
+UNINSTALLER = "ambrel-uninstall.exe"
 FAILED = 2
 
 
@@ -62,7 +63,7 @@ class House(Desk):
         self.wait_for_uninstaller()
 
     def start_uninstaller(self, *switches, folder=None):
-        self.desktop.run([f"{folder or self.home}\\uninstall.exe", *switches], timeout=60)
+        self.desktop.run([f"{folder or self.home}\\{UNINSTALLER}", *switches], timeout=60)
 
     def wait_for_uninstaller(self):
         wait_until(lambda: not self.uninstaller_running(), "the end of the uninstaller")

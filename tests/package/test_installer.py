@@ -10,12 +10,12 @@ from ambrel_lab.hardware import Monitor
 from ambrel_lab.waiting import LIMIT
 from desk import MARKER, wait_until
 from house import (APPROVED_KEY, FAILED, OTHER_SETUP, OTHER_VERSION, PUBLISHER, RUN_KEY, RUN_VALUE, SETUP, STAND_IN,
-                   UNINSTALL_KEY, VERSION, House, difference)
+                   UNINSTALL_KEY, UNINSTALLER, VERSION, House, difference)
 
 EVENING = model.PRESETS["EVENING"][:2]
 MENU = "AppData\\Roaming\\Microsoft\\Windows\\Start Menu\\Programs\\Ambrel.lnk"
 LAUNCH, START = "Launch Ambrel at startup", "Start Ambrel now"
-INSTALLED = ["ambrel.exe", "uninstall.exe"]
+INSTALLED = [UNINSTALLER, "ambrel.exe"]
 ACCENTS = "C:\\Mes programmes\\Caf\u00e9 \u00e0 la cr\u00e8me\\Ambrel"
 
 
@@ -79,10 +79,10 @@ def test_an_install_adds_its_own_entries_and_the_uninstaller_removes_them_all(ho
     files, values = house.files(), house.registry("HKCU")
     new, gone = difference(before[0], files)
     folder = house.home[3:].replace("\\", "/")
-    program, uninstaller = len(house.programs[VERSION]), files[f"{folder}/uninstall.exe"]
+    program, uninstaller = len(house.programs[VERSION]), files[f"{folder}/{UNINSTALLER}"]
     assert gone == {}
     shortcut = f"{house.user_folder}\\{MENU}"[3:].replace("\\", "/")
-    assert set(new) == {folder.rpartition("/")[0], folder, f"{folder}/ambrel.exe", f"{folder}/uninstall.exe", shortcut}
+    assert set(new) == {folder.rpartition("/")[0], folder, f"{folder}/ambrel.exe", f"{folder}/{UNINSTALLER}", shortcut}
     assert new[f"{folder}/ambrel.exe"] == program
 
     new, gone = difference(before[1], values)
@@ -98,8 +98,8 @@ def test_an_install_adds_its_own_entries_and_the_uninstaller_removes_them_all(ho
         (key, "URLInfoAbout"): f'"{PUBLISHER.homepage}"',
         (key, "HelpLink"): f'"{PUBLISHER.support}"',
         (key, "InstallLocation"): f'"{escaped}"',
-        (key, "UninstallString"): f'"\\"{escaped}\\\\uninstall.exe\\""',
-        (key, "QuietUninstallString"): f'"\\"{escaped}\\\\uninstall.exe\\" /S"',
+        (key, "UninstallString"): f'"\\"{escaped}\\\\{UNINSTALLER}\\""',
+        (key, "QuietUninstallString"): f'"\\"{escaped}\\\\{UNINSTALLER}\\" /S"',
         (key, "EstimatedSize"): f"dword:{(program + uninstaller) // 1024:08x}",
         (key, "NoModify"): "dword:00000001",
         (key, "NoRepair"): "dword:00000001",
@@ -127,7 +127,9 @@ def without_pending(values):
 def test_the_pages_offer_a_start_now_and_a_launch_at_startup(house):
     for change in (False, True):
         setup = house.start_setup()
-        house.go_on(house.page("without administrator rights"))
+        first = house.page("without administrator rights")
+        assert first.buttons[1] == "&Next >"
+        house.go_on(first)
         house.go_on(house.page("suggested folder"))
         finish = house.finish_page()
         assert house.box(LAUNCH) == (False, True)
@@ -214,7 +216,9 @@ def test_the_pages_of_an_upgrade_ask_for_no_folder_and_keep_the_run_entry(house)
     house.setup("/AUTOSTART")
     house.start()
     setup = house.start_setup(setup=OTHER_SETUP)
-    house.go_on(house.page("without administrator rights"))
+    first = house.page("without administrator rights")
+    assert first.buttons[1] == "&Install"
+    house.go_on(first)
     finish = house.finish_page()
     # It runs again already and launches at startup; nothing is left to offer.
     wait_for_new_start(house, 2)
@@ -249,6 +253,14 @@ def test_an_install_elsewhere_takes_the_old_files_and_the_run_entry_along(house)
     assert house.run_entry() == "C:\\Elsewhere\\ambrel.exe"
     house.uninstall("C:\\Elsewhere")
     assert house.run_entry() is None
+
+
+def test_an_install_into_the_same_folder_in_another_spelling_keeps_the_new_files(house):
+    house.setup("/AUTOSTART", folder="C:\\Elsewhere")
+    assert house.setup(setup=OTHER_SETUP, folder="C:\\windows\\..\\Elsewhere") == 0
+    assert house.listing("C:\\Elsewhere") == INSTALLED
+    assert house.installed_version("C:\\Elsewhere") == OTHER_VERSION
+    assert house.run_entry() == "C:\\Elsewhere\\ambrel.exe"
 
 
 # A copy that is in the way
@@ -303,7 +315,7 @@ def test_a_copy_that_has_no_window_yet_is_waited_for(house):
         setup = house.start_setup("/S", setup=OTHER_SETUP)
         time.sleep(1.5)
         assert setup.poll() is None
-        assert house.listing() == ["ambrel.exe", "ambrel.exe.new", "uninstall.exe", "uninstall.exe.new"]
+        assert house.listing() == sorted([*INSTALLED, *(f"{file}.new" for file in INSTALLED)])
         copy.stdin.close()
         assert setup.wait(LIMIT) == 0
     assert house.installed_version() == OTHER_VERSION
@@ -344,10 +356,22 @@ def test_a_full_disk_leaves_the_running_version_alone(house, file):
 def test_a_program_file_that_cannot_be_replaced_is_started_again(house):
     house.setup()
     house.start()
+    uninstaller = house.prefix.path(f"{house.home}\\{UNINSTALLER}").read_bytes()
     with house.stand_in("hold", f"{house.home}\\ambrel.exe"):
         assert house.setup(setup=OTHER_SETUP) == FAILED
     wait_for_new_start(house, 2)
     assert_old_version(house)
+    assert house.prefix.path(f"{house.home}\\{UNINSTALLER}").read_bytes() == uninstaller
+
+
+def test_an_uninstaller_that_cannot_be_replaced_stays_and_removes_the_new_version(house):
+    house.setup()
+    with house.stand_in("hold", f"{house.home}\\{UNINSTALLER}"):
+        assert house.setup(setup=OTHER_SETUP) == 0
+    assert house.installed_version() == OTHER_VERSION
+    assert house.listing() == INSTALLED
+    house.uninstall()
+    assert house.listing() is None
 
 
 def test_a_read_only_target(house):
@@ -420,6 +444,33 @@ def test_the_uninstaller_asks_before_it_removes_settings(house, answer, kept):
     assert foreign.read_text() == "mine"
     assert house.listing() == ["mine.txt"]
     foreign.unlink()
+
+
+def test_another_program_s_files_in_the_folder_stay(house):
+    folder = house.prefix.path("C:\\Elsewhere")
+    folder.mkdir()
+    (folder / "uninstall.exe").write_text("another program's")
+    house.setup(folder="C:\\Elsewhere")
+    house.uninstall("C:\\Elsewhere")
+    assert house.listing("C:\\Elsewhere") == ["uninstall.exe"]
+    assert (folder / "uninstall.exe").read_text() == "another program's"
+
+
+def test_a_program_file_that_stays_open_stops_the_uninstaller_and_one_that_is_closed_soon_does_not(house):
+    house.setup()
+    house.start()
+    with house.stand_in("hold", f"{house.home}\\ambrel.exe"):
+        house.uninstall()
+    wait_for_new_start(house, 2)
+    assert_old_version(house)
+    with house.stand_in("hold", f"{house.home}\\ambrel.exe") as holder:
+        house.start_uninstaller("/S")
+        wait_until(lambda: house.program_pids() == [], "the end of the program")
+        time.sleep(0.5)
+        assert house.installed_version() == VERSION
+        holder.stdin.close()
+        house.wait_for_uninstaller()
+    assert house.listing() is None
 
 
 def test_a_run_entry_of_another_folder_stays(house):
