@@ -1,4 +1,4 @@
-"""What ./package.sh makes: names, contents, equality, and that every manifest states the packages' own facts."""
+"""The packages that ./package.sh makes: names, contents, reproducibility, and the facts in the manifests."""
 
 import hashlib
 import html
@@ -10,6 +10,7 @@ import sys
 import zipfile
 from pathlib import Path
 
+import pefile
 import pytest
 
 from ambrel_packages.facts import PackagingError, Publisher, four_numbers, read_publisher, read_version
@@ -34,7 +35,7 @@ def packages_fixture(tmp_path_factory):
 
 
 def make(folder):
-    """Makes the packages as package.sh does; another moment, time zone and locale must not show."""
+    """Makes the packages as package.sh does. Neither the time zone nor the locale may affect them."""
     environment = {**os.environ, "TZ": "Pacific/Chatham", "LC_ALL": "C", "PYTHONDONTWRITEBYTECODE": "1"}
     subprocess.run([sys.executable, ROOT / "packaging" / "make_packages.py", PROGRAM, folder], check=True,
                    capture_output=True, env=environment)
@@ -92,7 +93,7 @@ def test_the_guide_s_page_holds_every_picture_and_heading_of_the_guide(packages)
     assert len(re.findall("<img ", page)) >= len(re.findall(r"!\[", guide)) > 3
     for title in re.findall(r"^#+ (.*)$", guide, re.M):
         assert re.search(rf"<h[1-6] [^>]*>{re.escape(html.escape(title, quote=False))}</h", page), title
-    # The report that the guide links to is in the page too.
+    # The page includes the report that the guide links to.
     assert '<a href="#support-bundle">The support report</a>' in page
     assert '<article id="support-bundle">' in page
 
@@ -120,6 +121,20 @@ def test_the_installer_is_a_64_bit_program_that_asks_for_no_elevation(packages):
     assert data[header:header + 6] == b"PE\0\0\x64\x86"
     assert b'level="asInvoker"' in data or b"level='asInvoker'" in data
     assert "Ambrel Setup\0".encode("utf-16-le") in data and f"{VERSION}\0".encode("utf-16-le") in data
+
+
+def property_of(file, name):
+    """A text of a program file's version resource."""
+    entries = {}
+    for block in pefile.PE(file).FileInfo[0]:
+        for table in getattr(block, "StringTable", []):
+            entries |= table.entries
+    return entries[name.encode()].decode("utf-8")
+
+
+def test_the_program_and_the_installer_name_the_same_publisher(packages):
+    for file in (PROGRAM, packages / SETUP):
+        assert property_of(str(file), "CompanyName") == read_publisher().name, file.name
 
 
 def yaml_facts(text):
@@ -161,7 +176,7 @@ def test_scoop_s_manifest_states_the_zip(packages):
     assert {name.partition("/")[0] for name in zip_content(packages)} == {manifest["extract_dir"]}
     program, title = manifest["shortcuts"][0]
     assert f"{manifest['extract_dir']}/{program}" in zip_content(packages) and title == "Ambrel"
-    # What Scoop makes of it for another version.
+    # Scoop derives the address of another version from this one.
     assert manifest["autoupdate"]["architecture"]["64bit"]["url"].replace("$version", VERSION) == archive["url"]
 
 
