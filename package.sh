@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds Ambrel and makes its packages in build/packages/: the installer, the portable zip, their checksums, and what
-# winget, Scoop and a download page need to know of them. Two runs give the same bytes.
+# Builds Ambrel and makes its packages in build/packages/: the installer, the portable zip, their checksums, manifests
+# for winget and Scoop, and release notes. Two runs give the same bytes.
 set -euo pipefail
 cd "$(dirname "$0")"
 scripts/install-packages.sh scripts/packages.txt packaging/packages.txt
@@ -9,7 +9,7 @@ echo "Building build/release/ambrel.exe"
 mkdir -p build
 if ! { cmake --preset release && cmake --build --preset release --target ambrel; } >build/package.log 2>&1; then
     grep -v '^\[' build/package.log | tail -n 60 >&2
-    echo "The build failed; the whole of it is in build/package.log." >&2
+    echo "The build failed; the full output is in build/package.log." >&2
     exit 1
 fi
 

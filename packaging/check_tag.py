@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Fails unless the given tag is that of the program's version, such as v1.5 for 1.5: check_tag.py TAG"""
+"""Fails unless the given tag matches the program's version, such as v1.5 for 1.5: check_tag.py TAG"""
 
 import sys
 from pathlib import Path
@@ -16,7 +16,7 @@ def main():
         return 2
     wanted = f"v{read_version()}"
     if sys.argv[1] != wanted:
-        print(f"The tag is {sys.argv[1]}; the program's version asks for {wanted}.", file=sys.stderr)
+        print(f"The tag is {sys.argv[1]}; the program's version requires {wanted}.", file=sys.stderr)
         return 1
     return 0
 

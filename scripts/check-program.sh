@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Starts a built program and ends it as an installer does, then runs built unit tests, if a folder of them is named:
+# Starts a built program and ends it as an installer does. Then runs the unit tests in FOLDER, if one is given:
 #     scripts/check-program.sh PROGRAM [FOLDER]
-# On Windows (Git's bash) all of it runs natively. On Linux it runs in the lab, whose doubles lie beside the program or in
-# the build that AMBREL_BUILD_DIR names.
+# On Windows (Git's bash) everything runs natively. On Linux it runs in the lab, whose doubles are next to the program
+# or in the build folder that AMBREL_BUILD_DIR names.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 program=$1
@@ -23,7 +23,7 @@ cmake --build build/smoke --config Release
 "${run_program[@]}" build/smoke/smoke.exe "$program"
 
 [ -n "$folder" ] || exit 0
-# Programs that the tests only start lie beside them.
+# The folder also contains programs that the tests start.
 mapfile -t tests < <(grep -l gtest_list_tests "$folder"/*.exe)
 [ "${#tests[@]}" -gt 0 ] || { echo "no unit tests in $folder" >&2; exit 1; }
 failed=()

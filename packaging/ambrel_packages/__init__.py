@@ -1,1 +1,1 @@
-"""What ./package.sh makes of the built program: portable zip, installer, manifests, checksums."""
+"""Makes the packages of the built program: portable zip, installer, manifests, checksums."""

@@ -1,4 +1,4 @@
-"""The facts that every package states: version, publisher, sizes, checksums."""
+"""Facts that the packages share: version, publisher, sizes, checksums."""
 
 import configparser
 import hashlib
@@ -17,7 +17,7 @@ class PackagingError(Exception):
 
 @dataclass(frozen=True)
 class Publisher:
-    """packaging/publisher.ini, which explains each field."""
+    """The fields of packaging/publisher.ini, which explains them."""
 
     name: str
     word: str
@@ -29,7 +29,7 @@ class Publisher:
 
 @dataclass(frozen=True)
 class PackageFile:
-    """A finished file: what a manifest says of it."""
+    """A finished file, as a manifest describes it."""
 
     name: str
     size: int
@@ -37,15 +37,15 @@ class PackageFile:
 
 
 def read_version():
-    """The program's version, such as "1.5", from the one place where it stands."""
+    """The program's version, such as "1.5", from version.h, its only source."""
     found = re.search(r'^#define AMBREL_VERSION "([0-9]+\.[0-9]+)"$', VERSION_HEADER.read_text(encoding="utf-8"), re.M)
     if not found:
-        raise PackagingError(f"{VERSION_HEADER} names no version")
+        raise PackagingError(f"{VERSION_HEADER} defines no version")
     return found.group(1)
 
 
 def four_numbers(version):
-    """The version as Windows' version resources have it: "1.5" is "1.5.0.0"."""
+    """The version in the form that a version resource needs: "1.5" becomes "1.5.0.0"."""
     return ".".join((version.split(".") + ["0"] * 4)[:4])
 
 
@@ -65,5 +65,5 @@ def package_file(path):
 
 
 def checksum_text(files):
-    """What `sha256sum --check` reads."""
+    """The input of `sha256sum --check`."""
     return "".join(f"{file.sha256}  {file.name}\n" for file in files)

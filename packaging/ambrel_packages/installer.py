@@ -12,13 +12,13 @@ from .facts import ROOT, PackagingError, four_numbers
 SCRIPT = ROOT / "packaging" / "installer" / "ambrel.nsi"
 ICON = ROOT / "src" / "res" / "app.ico"
 WARMTH = ROOT / "docs" / "pictures" / "warmth.png"
-# Twice the size that the pages have at 96 DPI, so that it stays sharp at 200%.
+# Twice the size at 96 DPI, so that the picture stays sharp at 200%.
 WIZARD_SIZE = (328, 628)
 WIZARD_ICON = 128
 WIZARD_ICON_TOP = 120
 STRIP = (148, 300, 180, 560)  # left, top, right, bottom
 STRIP_SOURCE_HEIGHT = 64  # the rows of the picture above its scale
-BACKGROUND = (13, 13, 13)  # the popup's
+BACKGROUND = (13, 13, 13)  # that of the popup
 
 
 def wizard_picture():
@@ -34,7 +34,7 @@ def wizard_picture():
 
 
 def make_installer(version, program, publisher, target):
-    """Compiles the installer of the program file `program` to `target`; the same bytes each time."""
+    """Compiles the installer of the program file `program` to `target`. The result is reproducible."""
     with tempfile.TemporaryDirectory() as folder:
         wizard = Path(folder) / "wizard.bmp"
         wizard_picture().save(wizard)
@@ -44,7 +44,7 @@ def make_installer(version, program, publisher, target):
             "PROGRAM_FILE": Path(program).resolve(), "ICON_FILE": ICON, "WIZARD_FILE": wizard,
             "OUTPUT": Path(target).resolve(),
         }
-        # Warnings are errors but one: no copyright is stated.
+        # All warnings are errors, except the one about a missing copyright.
         command = ["makensis", "-V2", "-WX", "-NOCONFIG", *(f"-D{name}={value}" for name, value in facts.items()),
                    "-X!pragma warning disable 9100", str(SCRIPT)]
         done = subprocess.run(command, capture_output=True, text=True, env={**os.environ, "LC_ALL": "C.UTF-8"})

@@ -1,4 +1,4 @@
-"""What package managers and the download page need to know of the finished packages."""
+"""Manifests for winget and Scoop, and the release notes."""
 
 import json
 import re
@@ -17,16 +17,16 @@ MINIMUM_WINDOWS = "10.0.0.0"
 
 
 def quoted(text):
-    """A YAML text."""
+    """`text` as a quoted YAML scalar."""
     return "'" + text.replace("'", "''") + "'"
 
 
-def download_place(publisher, version):
+def download_folder(publisher, version):
     return publisher.download.replace("{version}", version)
 
 
 def winget_file(kind, publisher, version, lines):
-    """One file of a winget manifest: the lines that all have, and its own."""
+    """One file of a winget manifest: the lines common to all three, and its own."""
     note = "" if publisher.licence else (
         "# Not to be submitted yet: the owner of Ambrel has to choose a licence (packaging/publisher.ini).\n")
     head = [f"PackageIdentifier: {publisher.word}.Ambrel", f"PackageVersion: {quoted(version)}"]
@@ -36,9 +36,9 @@ def winget_file(kind, publisher, version, lines):
 
 
 def winget_manifest(version, publisher, installer):
-    """{file name: text} of winget's three files."""
+    """The three files of winget's manifest: {name: text}."""
     name = f"{publisher.word}.Ambrel"
-    place = download_place(publisher, version)
+    folder = download_folder(publisher, version)
     return {
         f"{name}.yaml": winget_file("version", publisher, version, ["DefaultLocale: en-US"]),
         f"{name}.installer.yaml": winget_file("installer", publisher, version, [
@@ -52,7 +52,7 @@ def winget_manifest(version, publisher, installer):
             f"ProductCode: {PRODUCT_CODE}",
             "Installers:",
             "  - Architecture: x64",
-            f"    InstallerUrl: {quoted(f'{place}/{installer.name}')}",
+            f"    InstallerUrl: {quoted(f'{folder}/{installer.name}')}",
             f"    InstallerSha256: {installer.sha256.upper()}",
         ]),
         f"{name}.locale.en-US.yaml": winget_file("defaultLocale", publisher, version, [
@@ -68,14 +68,14 @@ def winget_manifest(version, publisher, installer):
 
 
 def scoop_manifest(version, publisher, portable):
-    """The text of Scoop's manifest, which unpacks the portable zip."""
+    """The text of Scoop's manifest, which installs the portable zip."""
     generic = publisher.download.replace("{version}", "$version")
     manifest = {
         "version": version,
         "description": SHORT_DESCRIPTION,
         "homepage": publisher.homepage,
         "license": publisher.licence or "Unknown",
-        "architecture": {"64bit": {"url": f"{download_place(publisher, version)}/{portable.name}",
+        "architecture": {"64bit": {"url": f"{download_folder(publisher, version)}/{portable.name}",
                                    "hash": portable.sha256}},
         "extract_dir": portable_folder(version),
         "shortcuts": [["ambrel.exe", "Ambrel"]],
@@ -90,17 +90,17 @@ def scoop_manifest(version, publisher, portable):
 
 
 def changes_of(version):
-    """What CHANGELOG.md says of a version, without its heading."""
+    """The section of a version in CHANGELOG.md, without its heading."""
     parts = re.split(r"^## ", CHANGELOG.read_text(encoding="utf-8"), flags=re.M)[1:]
     for part in parts:
         heading, _, text = part.partition("\n")
         if heading.split()[0] == version:
             return text.strip()
-    raise PackagingError(f"{CHANGELOG} says nothing of {version}")
+    raise PackagingError(f"{CHANGELOG} has no section for {version}")
 
 
 def release_notes(version, files):
-    """What stands beside the downloads: the changes, each file with its size and checksum."""
+    """The text of the release page: the changes, and each file with its size and checksum."""
     rows = "".join(f"| {file.name} | {file.size:,} | `{file.sha256}` |\n" for file in files)
     return f"{changes_of(version)}\n\n| File | Bytes | SHA-256 |\n|---|---:|---|\n{rows}"
 

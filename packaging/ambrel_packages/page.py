@@ -1,4 +1,4 @@
-"""Documents as one HTML page that needs no other file: pictures inside, links between the documents resolved."""
+"""Renders documents as one self-contained HTML page: pictures embedded, links between the documents resolved."""
 
 import base64
 import html
@@ -30,13 +30,13 @@ a { color: #b02000; }
 
 
 def html_of(document):
-    """The body that cmark-gfm makes of a Markdown file."""
+    """The HTML that cmark-gfm renders from a Markdown file."""
     command = ["cmark-gfm", "--unsafe", "-e", "table", "-e", "autolink", str(document)]
     return subprocess.run(command, capture_output=True, check=True).stdout.decode("utf-8")
 
 
 def anchor(title):
-    """A heading's address: small letters, no punctuation, hyphens for blanks."""
+    """The anchor of a heading: lower case, no punctuation, hyphens for blanks."""
     plain = html.unescape(re.sub(r"<[^>]+>", "", title))
     return re.sub(r"[^\w\- ]", "", plain.lower()).replace(" ", "-")
 
@@ -53,7 +53,7 @@ def title_of(document):
 
 
 def article(document, documents):
-    """One document's part of the page. Its anchors begin with its name: two documents may have equal headings."""
+    """One document's part of the page. Its anchors start with its name, because two documents may share a heading."""
     def place(file, part):
         return f"{file.stem}-{part}" if part else file.stem
 
@@ -72,7 +72,7 @@ def article(document, documents):
         file = (document.parent / path).resolve() if path else document
         if file not in documents:
             raise PackagingError(f"{document} links to {target}, which is not part of the page")
-        # A file's name says nothing to whoever reads the page.
+        # A reader of the page does not know the files' names.
         return f'<a href="#{place(file, part)}">{title_of(file) if text == path else text}</a>'
 
     def cell(match):
@@ -81,17 +81,17 @@ def article(document, documents):
     body = re.sub(r"<h([1-6])>(.*?)</h\1>", heading, html_of(document), flags=re.S)
     body = re.sub(r'src="([^"]*)"', picture, body)
     body = re.sub(r'<a href="([^"]*)">(.*?)</a>', link, body, flags=re.S)
-    # A path in a table may break after its backslashes, or it would take the whole width.
+    # Let paths in tables break after backslashes. Otherwise one long path takes the whole width.
     body = re.sub(r"<td>.*?</td>", cell, body, flags=re.S)
     return f'<article id="{document.stem}">\n{body}</article>\n'
 
 
 def check_anchors(page):
-    """Every link within the page leads somewhere."""
+    """Raises PackagingError if a link within the page has no target."""
     places = set(re.findall(r'id="([^"]*)"', page))
     dead = [target for target in re.findall(r'href="#([^"]*)"', page) if target not in places]
     if dead:
-        raise PackagingError(f"no such place in the page: {', '.join(dead)}")
+        raise PackagingError(f"links without a target in the page: {', '.join(dead)}")
 
 
 def make_page(title, documents):

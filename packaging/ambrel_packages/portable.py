@@ -8,7 +8,7 @@ from .page import make_page
 
 GUIDE = [ROOT / "docs" / "guide.md", ROOT / "docs" / "support-bundle.md"]
 CHANGES = [ROOT / "CHANGELOG.md"]
-# The first moment that a zip can state: the same packages come out whenever they are made.
+# The earliest time that a zip can store. A fixed time makes the zip reproducible.
 MOMENT = (1980, 1, 1, 0, 0, 0)
 READABLE_FILE = 0o100644 << 16
 
@@ -19,7 +19,7 @@ def portable_folder(version):
 
 
 def portable_content(version, program):
-    """{name: bytes} of what the zip holds, in its order."""
+    """The files of the zip in their order: {name: bytes}."""
     content = {
         "ambrel.exe": program,
         "guide.html": make_page(f"Ambrel {version}: a guide", GUIDE),
@@ -30,7 +30,7 @@ def portable_content(version, program):
 
 
 def make_portable(version, program, target):
-    """Writes the zip with fixed entries: order, times and rights do not depend on the machine."""
+    """Writes the zip with fixed entries: order, times and permissions do not depend on the machine."""
     with zipfile.ZipFile(target, "w") as archive:
         for name, data in portable_content(version, program).items():
             entry = zipfile.ZipInfo(f"{portable_folder(version)}/{name}", MOMENT)

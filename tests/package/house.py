@@ -1,4 +1,4 @@
-"""A Windows desktop in which Ambrel is installed, upgraded and removed, and what is found in it afterwards."""
+"""A Windows desktop in which Ambrel is installed, upgraded and removed, and whose files and registry are compared."""
 
 import re
 import subprocess
@@ -11,7 +11,7 @@ from ambrel_packages.installer import make_installer
 from desk import Desk, wait_until
 
 VERSION, PUBLISHER = read_version(), read_publisher()
-# A version that differs from the built one in its number and in its program file's size.
+# Another version, with another number and a larger program file.
 OTHER_VERSION = "9.75"
 OTHER_BYTES = b"another version" * 100
 
@@ -47,10 +47,10 @@ class House(Desk):
         self.prefix.put(self.build_dir / "package" / "package_stand_in.exe", STAND_IN)
         self.programs = {VERSION: program.read_bytes(), OTHER_VERSION: other.read_bytes()}
 
-    # What a person does
+    # User actions
 
     def setup(self, *switches, setup=SETUP, folder=None):
-        """Runs an installer to its end, silently; its exit code."""
+        """Runs an installer silently and returns its exit code."""
         return self.desktop.run([setup, "/S", *switches, *place(folder)], timeout=90)
 
     def start_setup(self, *switches, setup=SETUP, folder=None):
@@ -72,14 +72,14 @@ class House(Desk):
         return any(b"~nsu" in read_bytes(f"/proc/{pid}/cmdline") for pid in processes_of(self.prefix.folder))
 
     def page(self, text, title="Ambrel"):
-        """The dialog whose texts hold `text`, once it is shown."""
+        """Waits for the dialog that shows `text`."""
         def shown():
             return next((box for box in self.message_boxes()
                          if title in box.title and text in box.text.replace("\r\n", "\n")), None)
         return wait_until(shown, f"a page with '{text}'", actual=lambda: [box.text for box in self.message_boxes()])
 
     def finish_page(self):
-        """The installer's last page, once its check boxes are shown as they are offered."""
+        """Waits for the installer's last page with its check boxes."""
         def shown():
             page = self.page("notification area")
             return page if "Launch Ambrel at startup" in page.buttons.values() else None
@@ -99,7 +99,7 @@ class House(Desk):
 
     @contextmanager
     def stand_in(self, *words, program=STAND_IN):
-        """Within it that stand-in runs; see stand_in.cpp."""
+        """Runs a stand-in within the block; see stand_in.cpp."""
         child = self.desktop.start([program, *words], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         try:
             assert child.stdout.readline().strip() == b"ready"
@@ -109,10 +109,10 @@ class House(Desk):
                 child.kill()
             child.wait()
 
-    # What is there
+    # State
 
     def installed_version(self, folder=None):
-        """The version whose program file is installed, None without one; a file of neither fails."""
+        """The version whose program file is installed, None without one; a file of neither version fails."""
         file = self.prefix.path(f"{folder or self.home}\\ambrel.exe")
         if not file.exists():
             return None
@@ -125,7 +125,7 @@ class House(Desk):
         return sorted(file.name for file in path.iterdir()) if path.exists() else None
 
     def files(self):
-        """Every file and folder of the drive, Windows' own left out: {path: size, or None for a folder}."""
+        """All files and folders of the drive except those of Windows: {path: size, or None for a folder}."""
         found = {}
         for path in self.prefix.drive_c.rglob("*"):
             name = str(path.relative_to(self.prefix.drive_c))
@@ -134,7 +134,7 @@ class House(Desk):
         return found
 
     def registry(self, root):
-        """Every value below HKCU or HKLM: {(key, name): text of a .reg file}; a key alone is (key, None)."""
+        """All values below HKCU or HKLM: {(key, name): text as in a .reg file}; a key itself is (key, None)."""
         assert self.desktop.run(["reg", "export", root, "C:\\lab\\dump.reg", "/y"]) == 0
         text = self.prefix.path("C:\\lab\\dump.reg").read_bytes().decode("utf-16")
         found, key = {}, None
@@ -155,11 +155,11 @@ class House(Desk):
 
 
 def place(folder):
-    """The switch that names a folder. Wine would quote one with blanks, and NSIS takes no quotes."""
+    """The switch for a folder, split at blanks: Wine would quote it otherwise, and NSIS accepts no quotes."""
     return f"/D={folder}".split(" ") if folder else []
 
 
 def difference(before, after):
-    """(what is new or changed, what is gone), both as dictionaries."""
+    """(new or changed entries, removed entries), both as dictionaries."""
     new = {key: value for key, value in after.items() if key not in before or before[key] != value}
     return new, {key: value for key, value in before.items() if key not in after}

@@ -1,9 +1,9 @@
-// Stands in for a program that is in an installer's way. It prints "ready" and stays until it is killed, or
-// until its standard input ends.
-//     stand_in refuse     has the program's window and mutex, and does not agree to end
+// A stand-in for a program that blocks an installer. It prints "ready" and runs until it is killed, or until
+// its standard input ends.
+//     stand_in refuse     has the program's window and mutex, and refuses to end
 //     stand_in starting   has the program's mutex, but no window yet
-//     stand_in hold FILE  has a file open and lets others only read it
-// And a hand on an installer's check box, which it shows or sets:
+//     stand_in hold FILE  keeps a file open and shares it for reading only
+// It also reports the state of an installer's check box, and sets it first if a state is given:
 //     stand_in box CAPTION [0|1]   prints checked=0|1 enabled=0|1
 #include <windows.h>
 

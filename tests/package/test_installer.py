@@ -1,4 +1,4 @@
-"""The installer and its uninstaller in the lab: what they add, keep, replace and remove, and what they do on failure."""
+"""The installer and its uninstaller in the lab: what they add, keep, replace and remove, and how they fail."""
 
 import re
 import time
@@ -24,7 +24,7 @@ def shared_fixture(tmp_path_factory):
     with House() as house:
         house.desktop.open()
         house.make_setups(tmp_path_factory.mktemp("setups"))
-        # Windows has these from the start.
+        # Windows itself has these keys.
         house.registry_set(UNINSTALL_KEY.rpartition("\\")[0] + "\\Other", "DisplayName", "Other")
         house.registry_set(APPROVED_KEY, "Other", bytes(12))
         yield house
@@ -114,12 +114,12 @@ def test_an_install_adds_its_own_entries_and_the_uninstaller_removes_them_all(ho
 
 
 def without_temporary(files):
-    """The uninstaller's own copy stays in the temporary folder until Windows empties that."""
+    """Leaves out the uninstaller's copy, which stays in the temporary folder until Windows cleans that up."""
     return {path: size for path, size in files.items() if "/Temp/~nsu" not in path}
 
 
 def without_pending(values):
-    """Wine notes the present time of its graphics driver, and lets everybody ask for a deletion at the next start."""
+    """Leaves out two values: Wine updates its driver's date, and lets any user request deletions at the next start."""
     volatile = ("DriverDateData", "PendingFileRenameOperations")
     return {place: text for place, text in values.items() if place[1] not in volatile}
 
@@ -193,7 +193,7 @@ def test_an_upgrade_over_a_running_copy_restores_the_screen_and_the_backlight_an
     assert house.listed("DisplayVersion") == OTHER_VERSION
     assert house.listing() == INSTALLED
     assert len(house.program_pids()) == 1 and house.program_pids() != first
-    # The first copy gave the display its brightness back, the second one locked it again.
+    # The first copy restored the display's brightness, and the second one locked it again.
     wait_until(lambda: house.hardware.value("left") == 100, "the lock")
     assert [call.arguments["value"] for call in house.hardware.calls("SetMonitorBrightness")] == [100, 40, 100]
     ended = [call for call in house.magnification_calls() if call.function == "MagUninitialize"]
@@ -220,7 +220,7 @@ def test_the_pages_of_an_upgrade_ask_for_no_folder_and_keep_the_run_entry(house)
     assert first.buttons[1] == "&Install"
     house.go_on(first)
     finish = house.finish_page()
-    # It runs again already and launches at startup; nothing is left to offer.
+    # It is already running again and launches at startup: nothing is offered.
     wait_for_new_start(house, 2)
     assert START not in finish.buttons.values()
     assert house.box(LAUNCH) == (True, False)
@@ -245,7 +245,7 @@ def test_an_unticked_box_deletes_no_run_entry(house):
     assert house.program_pids() == []
 
 
-def test_an_install_elsewhere_takes_the_old_files_and_the_run_entry_along(house):
+def test_an_install_into_another_folder_removes_the_old_files_and_updates_the_run_entry(house):
     house.setup("/AUTOSTART")
     assert house.setup(setup=OTHER_SETUP, folder="C:\\Elsewhere") == 0
     assert house.listing() is None
@@ -263,7 +263,7 @@ def test_an_install_into_the_same_folder_in_another_spelling_keeps_the_new_files
     assert house.run_entry() == "C:\\Elsewhere\\ambrel.exe"
 
 
-# A copy that is in the way
+# A copy that blocks the installer
 
 def put_stand_in(house, name="ambrel.exe"):
     """Installs Ambrel and puts a stand-in in the place of its program file; the stand-in's path."""
@@ -293,7 +293,7 @@ def test_a_copy_that_refuses_is_named_and_a_silent_run_changes_nothing(house):
         assert house.listed("DisplayVersion") == VERSION
 
 
-def test_once_the_user_has_quit_it_the_installer_goes_on(house):
+def test_the_installer_continues_once_the_user_has_quit_the_copy(house):
     program = put_stand_in(house)
     with house.stand_in("refuse", program=program) as copy:
         setup = house.start_setup(setup=OTHER_SETUP)
@@ -375,7 +375,7 @@ def test_an_uninstaller_that_cannot_be_replaced_stays_and_removes_the_new_versio
 
 
 def test_a_read_only_target(house):
-    # A folder of the kernel's, in which nobody can make anything.
+    # The kernel lets nobody create anything in this folder.
     (house.prefix.folder / "dosdevices" / "r:").symlink_to("/sys/kernel")
     before = house.files()
     assert house.setup(folder="R:\\Ambrel") == FAILED
@@ -440,7 +440,7 @@ def test_the_uninstaller_asks_before_it_removes_settings(house, answer, kept):
     house.wait_for_uninstaller()
     assert house.settings() == ({"LaunchAtStart": "0", "PWMSafeMode": "1"} if kept else {})
     assert house.events_path.exists() == kept
-    # Nobody else's files are touched.
+    # Other files stay.
     assert foreign.read_text() == "mine"
     assert house.listing() == ["mine.txt"]
     foreign.unlink()
@@ -502,7 +502,7 @@ def test_a_copy_that_refuses_stops_the_uninstaller(house):
         assert house.listing() == INSTALLED
         assert difference(before, house.registry("HKCU")) == ({}, {})
         assert menu(house).exists()
-        # With its pages the uninstaller says so.
+        # Without /S the uninstaller reports it.
         house.start_uninstaller()
         house.go_on(house.page("asked before your settings are removed"))
         house.press_button(house.page("cannot be closed from here"), 2)  # Cancel
