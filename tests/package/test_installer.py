@@ -424,7 +424,7 @@ def test_uninstalling_a_running_copy_restores_the_screen_and_keeps_the_settings(
 
 @pytest.mark.parametrize("answer, kept", [(6, False), (7, True)], ids=["yes", "no"])
 def test_the_uninstaller_asks_before_it_removes_settings(house, answer, kept):
-    house.setup()
+    house.setup("/AUTOSTART")
     house.write_settings("[Settings]\r\nLaunchAtStart=1\r\nPWMSafeMode=1\r\n")
     house.write_events("a line\r\n")
     foreign = house.settings_folder / "mine.txt"
@@ -440,6 +440,7 @@ def test_the_uninstaller_asks_before_it_removes_settings(house, answer, kept):
     house.wait_for_uninstaller()
     assert house.settings() == ({"LaunchAtStart": "0", "PWMSafeMode": "1"} if kept else {})
     assert house.events_path.exists() == kept
+    assert house.run_entry() is None and house.listed("DisplayName") is None and not menu(house).exists()
     # Other files stay.
     assert foreign.read_text() == "mine"
     assert house.listing() == ["mine.txt"]

@@ -1,6 +1,7 @@
-// Starts the program, looks at what Windows knows of it, ends it as an installer does, and says what it saw:
+// Starts the program, checks its window and its tray icon, ends it as an installer does, and reports each
+// result:
 //     smoke PROGRAM
-// Exit code 0 when all was as it should be. It runs on Windows and in the lab.
+// Exit code 0 if every check passed. It runs on Windows and in the lab.
 #include <windows.h>
 
 #include <shellapi.h>
@@ -14,7 +15,7 @@ constexpr wchar_t kWindowTitle[] = L"Ambrel";
 constexpr UINT kTrayIcon = 1;
 constexpr DWORD kStartTimeout = 30000;    // ms, also for the tray icon
 constexpr DWORD kMessageTimeout = 30000;  // ms
-constexpr DWORD kStayTime = 1000;         // ms for which a program that was only closed is watched
+constexpr DWORD kStayTime = 1000;         // ms that the program must keep running after WM_CLOSE
 constexpr DWORD kPause = 50;              // ms
 
 bool Report(bool good, const char* what) {
@@ -32,7 +33,7 @@ HWND FindProgramWindow(DWORD process) {
     return window;
 }
 
-// Null when there is none in time, or when the program ends before.
+// Null if no window appears in time, or if the program ends first.
 HWND WaitForProgramWindow(const PROCESS_INFORMATION& program) {
     for (DWORD waited = 0; waited < kStartTimeout; waited += kPause) {
         const HWND window = FindProgramWindow(program.dwProcessId);
@@ -42,7 +43,7 @@ HWND WaitForProgramWindow(const PROCESS_INFORMATION& program) {
     return nullptr;
 }
 
-// Finds the tray icon by the window that owns it. Wine does not implement the question.
+// Finds the tray icon by the window that owns it. Wine does not implement the query.
 bool CheckTrayIcon(HWND window) {
     NOTIFYICONIDENTIFIER icon = {};
     icon.cbSize = sizeof(icon);
@@ -56,7 +57,7 @@ bool CheckTrayIcon(HWND window) {
         Sleep(kPause);
     }
     if (result == E_NOTIMPL) {
-        std::printf("skipped: the tray icon cannot be asked for here\n");
+        std::printf("skipped: this system cannot report the tray icon\n");
         return true;
     }
     return Report(result == S_OK && place.right > place.left, "the tray icon is shown");
