@@ -9,6 +9,8 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 VERSION_HEADER = ROOT / "src" / "res" / "version.h"
 PUBLISHER = ROOT / "packaging" / "publisher.ini"
+# The oldest Windows that the program runs on: Windows 10, version 1607.
+MINIMUM_BUILD = 14393
 
 
 class PackagingError(Exception):

@@ -7,7 +7,7 @@ from pathlib import Path
 
 from PIL import Image
 
-from .facts import ROOT, PackagingError, four_numbers
+from .facts import MINIMUM_BUILD, ROOT, PackagingError, four_numbers
 
 SCRIPT = ROOT / "packaging" / "installer" / "ambrel.nsi"
 ICON = ROOT / "src" / "res" / "app.ico"
@@ -39,7 +39,7 @@ def make_installer(version, program, publisher, target):
         wizard = Path(folder) / "wizard.bmp"
         wizard_picture().save(wizard)
         facts = {
-            "VERSION": version, "VERSION_NUMBERS": four_numbers(version),
+            "VERSION": version, "VERSION_NUMBERS": four_numbers(version), "MINIMUM_BUILD": MINIMUM_BUILD,
             "PUBLISHER": publisher.name, "HOMEPAGE": publisher.homepage, "SUPPORT": publisher.support,
             "PROGRAM_FILE": Path(program).resolve(), "ICON_FILE": ICON, "WIZARD_FILE": wizard,
             "OUTPUT": Path(target).resolve(),

@@ -4,7 +4,7 @@ import json
 import re
 from pathlib import Path
 
-from .facts import ROOT, PackagingError
+from .facts import MINIMUM_BUILD, ROOT, PackagingError
 from .portable import portable_folder
 
 CHANGELOG = ROOT / "CHANGELOG.md"
@@ -13,7 +13,6 @@ SHORT_DESCRIPTION = "Makes the screen warmer and dimmer for the night."
 # The name of the installer's key in Windows' list of apps.
 PRODUCT_CODE = "Ambrel"
 NO_LICENCE = "Not chosen yet"
-MINIMUM_WINDOWS = "10.0.0.0"
 
 
 def quoted(text):
@@ -42,7 +41,7 @@ def winget_manifest(version, publisher, installer):
     return {
         f"{name}.yaml": winget_file("version", publisher, version, ["DefaultLocale: en-US"]),
         f"{name}.installer.yaml": winget_file("installer", publisher, version, [
-            f"MinimumOSVersion: {MINIMUM_WINDOWS}",
+            f"MinimumOSVersion: 10.0.{MINIMUM_BUILD}.0",
             "InstallerType: nullsoft",
             "Scope: user",
             "InstallModes:",

@@ -1,5 +1,5 @@
 ; The installer: for one user, without elevation. packaging/ambrel_packages/installer.py compiles it and defines
-; VERSION, VERSION_NUMBERS, PUBLISHER, HOMEPAGE, SUPPORT, PROGRAM_FILE, ICON_FILE, WIZARD_FILE and OUTPUT.
+; VERSION, VERSION_NUMBERS, MINIMUM_BUILD, PUBLISHER, HOMEPAGE, SUPPORT, PROGRAM_FILE, ICON_FILE, WIZARD_FILE, OUTPUT.
 ;
 ;   /S            silent: no pages, no questions
 ;   /AUTOSTART    launch Ambrel at startup
@@ -125,8 +125,8 @@ Var StartProgram
 ; Installing
 
 Function .onInit
-    ${IfNot} ${AtLeastWin10}
-        MessageBox MB_OK|MB_ICONSTOP "Ambrel needs Windows 10 or 11." /SD IDOK
+    ${IfNot} ${AtLeastBuild} ${MINIMUM_BUILD}
+        MessageBox MB_OK|MB_ICONSTOP "Ambrel needs Windows 11, or Windows 10 version 1607 or later." /SD IDOK
         SetErrorLevel ${EXIT_FAILED}
         Quit
     ${EndIf}

@@ -12,6 +12,7 @@ from desk import MARKER, wait_until
 from house import (APPROVED_KEY, FAILED, OTHER_SETUP, OTHER_VERSION, PUBLISHER, RUN_KEY, RUN_VALUE, SETUP, STAND_IN,
                    UNINSTALL_KEY, UNINSTALLER, VERSION, House, difference)
 
+WINDOWS_KEY = "HKLM\\Software\\Microsoft\\Windows NT\\CurrentVersion"
 EVENING = model.PRESETS["EVENING"][:2]
 MENU = "AppData\\Roaming\\Microsoft\\Windows\\Start Menu\\Programs\\Ambrel.lnk"
 LAUNCH, START = "Launch Ambrel at startup", "Start Ambrel now"
@@ -391,6 +392,17 @@ def test_a_cancelled_install_changes_nothing(house):
     assert setup.wait(LIMIT) == 1
     assert difference(before, house.files()) == ({}, {})
     assert house.registry_get(UNINSTALL_KEY, "DisplayName") is None
+
+
+@pytest.mark.parametrize("build, code", [(14392, FAILED), (14393, 0)])
+def test_an_older_windows_than_the_program_needs_is_refused(house, build, code):
+    number = house.registry_get(WINDOWS_KEY, "CurrentBuildNumber")
+    house.registry_set(WINDOWS_KEY, "CurrentBuildNumber", str(build))
+    try:
+        assert house.setup() == code
+    finally:
+        house.registry_set(WINDOWS_KEY, "CurrentBuildNumber", number)
+    assert house.listing() == (INSTALLED if code == 0 else None)
 
 
 def test_only_one_setup_runs_at_a_time(house):

@@ -152,6 +152,7 @@ def test_winget_s_manifest_states_the_installer(packages):
     assert installer["InstallerSha256"].lower() == sha256((packages / SETUP).read_bytes())
     assert installer["InstallerUrl"] == f"{publisher.download.replace('{version}', VERSION)}/{SETUP}"
     assert (installer["InstallerType"], installer["Scope"], installer["ProductCode"]) == ("nullsoft", "user", "Ambrel")
+    assert installer["MinimumOSVersion"] == "10.0.14393.0"
     for text in made.values():
         facts = yaml_facts(text)
         assert (facts["PackageIdentifier"], facts["PackageVersion"]) == (f"{publisher.word}.Ambrel", VERSION)
