@@ -6,6 +6,8 @@ import time
 from pathlib import Path
 
 TICKS = os.sysconf("SC_CLK_TCK")
+# Seconds that a process may take to replace itself, and looks at one that seems to have no environment.
+EXEC_PATIENCE, EXEC_PAUSE, LOOKS = 1.0, 0.001, 3
 
 
 def read_bytes(path):
@@ -15,14 +17,44 @@ def read_bytes(path):
         return b""
 
 
+def has_memory(pid):
+    """False of the kernel's own processes, of one whose first thread has ended and of another user's."""
+    try:
+        return bool(os.readlink(f"/proc/{pid}/exe"))
+    except OSError:
+        return False
+
+
+def environment_of(pid):
+    """What a process was given as its environment, b"" when it has none.
+
+    In the middle of an exec a process seems to have neither environment nor command line; that moment is waited out.
+    One whose first thread has ended shows its environment only in its other threads: Wine's service for USB devices
+    loses its first thread when Wine's server ends before it, while a thread of a Linux library goes on.
+    """
+    deadline, looks = time.monotonic() + EXEC_PATIENCE, 0
+    while not (environment := read_bytes(f"/proc/{pid}/environ")):
+        if not has_memory(pid):
+            return environment_in_threads(pid)
+        looks += bool(read_bytes(f"/proc/{pid}/cmdline"))
+        if looks == LOOKS or time.monotonic() > deadline:
+            break
+        time.sleep(EXEC_PAUSE)
+    return environment
+
+
+def environment_in_threads(pid):
+    try:
+        threads = os.listdir(f"/proc/{pid}/task")
+    except OSError:
+        return b""
+    return next(filter(None, (read_bytes(f"/proc/{pid}/task/{thread}/environ") for thread in threads)), b"")
+
+
 def processes_of(prefix):
     """Process ids of all processes in the prefix, including Wine's server and services."""
     mark = f"WINEPREFIX={prefix}".encode()
-    found = []
-    for name in os.listdir("/proc"):
-        if name.isdigit() and mark in read_bytes(f"/proc/{name}/environ").split(b"\0"):
-            found.append(int(name))
-    return found
+    return [int(name) for name in os.listdir("/proc") if name.isdigit() and mark in environment_of(name).split(b"\0")]
 
 
 def processes_named(prefix, image):

@@ -70,7 +70,8 @@ def watch(folder, borrowed_display):
         server, display = start_screen(folder)
     print(json.dumps({"display": display}), flush=True)
     sys.stdin.buffer.read()
-    end_processes(folder / "prefix")
+    if not end_processes(folder / "prefix"):
+        print(f"lab: some processes of {folder} do not end", file=sys.stderr)
     if connection:
         restore_ramp(connection, ramp)
     if server:
