@@ -1,11 +1,19 @@
 """run-in-lab: runs a console program of the build, such as a unit test program, under Wine."""
 
+import shutil
 import signal
 import sys
+import threading
+from contextlib import contextmanager
+from pathlib import Path
 
 from .console import SIGNALLED, run_console
+from .evidence import save_evidence
 from .lab import Lab
-from .paths import LabError
+from .paths import FAILURES, LabError
+
+# Seconds after which a program is taken for hung: before CTest, whose limit is longer, ends it without a trace.
+PATIENCE = 200.0
 
 
 def end_on_signals():
@@ -16,15 +24,34 @@ def end_on_signals():
         signal.signal(number, stop)
 
 
+@contextmanager
+def evidence_of_a_hang(lab, folder, patience=PATIENCE):
+    """Within it, what takes longer than `patience` seconds leaves its evidence in `folder`, and goes on."""
+    def save():
+        shutil.rmtree(folder, ignore_errors=True)
+        save_evidence(lab, folder)
+        print(f"run-in-lab: not at its end after {patience:g} s; evidence: {folder}", file=sys.stderr, flush=True)
+    timer = threading.Timer(patience, save)
+    timer.daemon = True
+    timer.start()
+    try:
+        yield
+    finally:
+        timer.cancel()
+
+
 def main(words):
-    """run-in-lab EXE ARGUMENT...: runs EXE in a lab without tools, forwards its output and returns its exit code."""
+    """run-in-lab EXE ARGUMENT...: runs EXE in a lab without tools, forwards its output and returns its exit code. A program
+    that hangs and a lab that does not start leave evidence in build/failures/unit-PROGRAM."""
     if not words:
         print("usage: run-in-lab EXE [ARGUMENT...]", file=sys.stderr)
         return 2
     end_on_signals()
+    evidence = FAILURES / f"unit-{Path(words[0]).stem}"
+    lab = Lab(size=(1280, 720), tools=False, evidence=evidence)
     try:
-        with Lab(size=(1280, 720), tools=False) as lab:
+        with evidence_of_a_hang(lab, evidence), lab:
             return run_console(lab.desktop, words[0], words[1:])
     except LabError as error:
-        print(f"run-in-lab: {error}", file=sys.stderr)
+        print("run-in-lab:", error, *getattr(error, "__notes__", []), file=sys.stderr)
         return SIGNALLED - 1

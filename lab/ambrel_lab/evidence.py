@@ -3,22 +3,25 @@
 import shutil
 
 from .paths import LabError
+from .processes import describe_processes
 
 
 def save_evidence(lab, folder):
     """Writes into `folder` all of these that are available: screen.png (without the gamma ramp), eye.png (with it),
-    windows.txt, events.log, settings.ini, wine.log, xorg.log, xorg.out. missing.txt lists the rest with the reasons."""
+    windows.txt, processes.txt, events.log, settings.ini, wine.log, xorg.log, xorg.out. missing.txt lists the rest with
+    the reasons."""
     folder.mkdir(parents=True, exist_ok=True)
     missing = []
 
     def attempt(what, act):
         try:
             act()
-        except (LabError, OSError, AttributeError, ValueError) as error:
+        except (LabError, OSError, AttributeError, LookupError, ValueError) as error:
             missing.append(f"{what}: {error}")
 
     attempt("screen", lambda: lab.screenshot(folder / "screen.png"))
     attempt("eye", lambda: lab.eye_picture(folder / "eye.png"))
+    attempt("processes", lambda: (folder / "processes.txt").write_text(describe_processes(lab.folder / "prefix")))
     attempt("windows", lambda: (folder / "windows.txt").write_text(describe_windows(lab)))
     for name, path in (("events.log", lambda: lab.events_path), ("settings.ini", lambda: lab.settings_path),
                        ("wine.log", lambda: lab.folder / "wine.log"), ("xorg.log", lambda: lab.folder / "xorg.log"),

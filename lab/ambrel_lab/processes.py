@@ -68,6 +68,17 @@ def processes_named(prefix, image):
     return sorted(found)
 
 
+def describe_processes(prefix):
+    """One line for each thread of what runs in the prefix: process, thread, state, what it waits for, command line."""
+    lines = []
+    for pid in processes_of(prefix):
+        command = read_bytes(f"/proc/{pid}/cmdline").replace(b"\0", b" ").decode("utf-8", "replace").strip()
+        for thread in sorted(Path(f"/proc/{pid}/task").glob("*")):
+            state = read_bytes(thread / "stat").rpartition(b") ")[2][:1].decode()
+            lines.append(f"{pid} {thread.name} {state} {read_bytes(thread / 'wchan').decode() or '-'} {command}")
+    return "\n".join(lines) + "\n"
+
+
 def processor_time(pid):
     """Seconds of processor time that a process has used so far."""
     fields = read_bytes(f"/proc/{pid}/stat").rsplit(b")", 1)[1].split()

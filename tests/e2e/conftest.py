@@ -1,7 +1,5 @@
 """Fixtures for all of the end-to-end tests."""
 
-import re
-import shutil
 import sys
 from contextlib import ExitStack
 from pathlib import Path
@@ -12,41 +10,13 @@ sys.path.insert(0, str(Path(__file__).parent))
 import pytest  # noqa: E402
 
 from desk import ROOT, Desk  # noqa: E402
-from ambrel_lab.evidence import save_evidence  # noqa: E402
-
-
-FAILURES = ROOT / "build" / "failures"
-OPEN_DESKS = []
+from failures import open_desk, pytest_runtest_makereport  # noqa: E402, F401
 
 
 def factory(request):
-    """Makes desks. One that does not start leaves its evidence itself."""
+    """Makes desks."""
     with ExitStack() as stack:
-        def make(**options):
-            desk = Desk(evidence=evidence_folder(request.node.nodeid), **options)
-            stack.enter_context(desk)
-            OPEN_DESKS.append(desk)
-            stack.callback(OPEN_DESKS.remove, desk)
-            return desk
-        yield make
-
-
-def evidence_folder(test):
-    """Where a failed test leaves what it saw: build/failures/FILE/TEST."""
-    file, _, name = test.partition("::")
-    return FAILURES / Path(file).stem / (re.sub(r"[^A-Za-z0-9_.-]+", "-", name).strip("-") or "start")
-
-
-@pytest.hookimpl(hookwrapper=True)
-def pytest_runtest_makereport(item):
-    """Saves what the open desks show when a test, or the preparation for it, has failed."""
-    report = (yield).get_result()
-    if report.failed and OPEN_DESKS:
-        folder = evidence_folder(item.nodeid)
-        shutil.rmtree(folder, ignore_errors=True)
-        for number, desk in enumerate(OPEN_DESKS):
-            save_evidence(desk, folder if len(OPEN_DESKS) == 1 else folder / f"desk-{number}")
-        report.sections.append(("Evidence", str(folder)))
+        yield lambda **options: stack.enter_context(open_desk(Desk, request, **options))
 
 
 # A screen of its own for one test: make_desk(magnification="missing", dpi=144, ...).

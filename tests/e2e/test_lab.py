@@ -1,12 +1,16 @@
-"""What the tests rely on in the lab itself: its end leaves no process."""
+"""What the tests rely on in the lab itself: its end leaves no process, and what fails or hangs leaves evidence."""
 
 import select
 import subprocess
 import sys
 import time
 
+import pytest
+
+from ambrel_lab import lab as lab_module
+from ambrel_lab.console_runner import evidence_of_a_hang
 from ambrel_lab.processes import end_processes, has_memory
-from desk import wait_until
+from desk import BUILD, Lab, LabError, wait_until
 
 ROUNDS = 100
 # 60 ends the calling thread alone on x86-64 Linux.
@@ -44,3 +48,30 @@ def test_the_end_of_a_prefix_ends_processes_whose_first_thread_has_ended(tmp_pat
     finally:
         child.kill()
         child.wait()
+
+
+def test_a_lab_that_does_not_start_leaves_evidence(monkeypatch, tmp_path):
+    def refuse(display):
+        raise LabError(f"no X server answers on {display}")
+    monkeypatch.setattr(lab_module, "Connection", refuse)
+    with pytest.raises(LabError, match="no X server answers") as error:
+        with Lab(evidence=tmp_path / "evidence", **BUILD):
+            pass
+    assert str(tmp_path / "evidence") in error.value.__notes__[0]
+    assert "dummy" in (tmp_path / "evidence" / "xorg.log").read_text()
+    assert "screen" in (tmp_path / "evidence" / "missing.txt").read_text()
+
+
+def test_what_hangs_leaves_evidence_and_goes_on(desk, tmp_path, capsys):
+    folder = tmp_path / "evidence"
+    with evidence_of_a_hang(desk, folder, patience=0.1):
+        wait_until(lambda: "evidence" in capsys.readouterr().err, "word of the evidence")
+    assert "ambrel.exe" in (folder / "processes.txt").read_text()
+    assert (folder / "screen.png").stat().st_size and "Ambrel2Class" in (folder / "windows.txt").read_text()
+
+
+def test_what_ends_in_time_leaves_no_evidence(desk, tmp_path):
+    with evidence_of_a_hang(desk, tmp_path / "evidence", patience=0.5):
+        pass
+    time.sleep(0.7)  # For evidence that is saved wrongly.
+    assert not (tmp_path / "evidence").exists()

@@ -9,6 +9,7 @@ import model
 from ambrel_lab.hardware import Monitor
 from ambrel_lab.waiting import LIMIT
 from desk import MARKER, wait_until
+from failures import open_desk
 from house import (APPROVED_KEY, FAILED, OTHER_SETUP, OTHER_VERSION, PUBLISHER, RUN_KEY, RUN_VALUE, SETUP, STAND_IN,
                    UNINSTALL_KEY, UNINSTALLER, VERSION, House, difference)
 
@@ -21,8 +22,8 @@ ACCENTS = "C:\\Mes programmes\\Caf\u00e9 \u00e0 la cr\u00e8me\\Ambrel"
 
 
 @pytest.fixture(scope="module", name="shared")
-def shared_fixture(tmp_path_factory):
-    with House() as house:
+def shared_fixture(request, tmp_path_factory):
+    with open_desk(House, request) as house:
         house.desktop.open()
         house.make_setups(tmp_path_factory.mktemp("setups"))
         # Windows itself has these keys.

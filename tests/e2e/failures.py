@@ -1,0 +1,43 @@
+"""What a failed test leaves behind. A conftest takes pytest_runtest_makereport from here; its fixtures open their desks
+with open_desk."""
+
+import re
+import shutil
+from contextlib import contextmanager
+from pathlib import Path
+
+import pytest
+
+from ambrel_lab.evidence import save_evidence
+from ambrel_lab.paths import FAILURES
+
+OPEN_DESKS = []
+
+
+@contextmanager
+def open_desk(make, request, **options):
+    """The desk that make() makes, within it; one that does not start leaves its evidence itself."""
+    with make(evidence=evidence_folder(request.node.nodeid), **options) as desk:
+        OPEN_DESKS.append(desk)
+        try:
+            yield desk
+        finally:
+            OPEN_DESKS.remove(desk)
+
+
+def evidence_folder(test):
+    """Where a failed test leaves what it saw: build/failures/FILE/TEST."""
+    file, _, name = test.partition("::")
+    return FAILURES / Path(file).stem / (re.sub(r"[^A-Za-z0-9_.-]+", "-", name).strip("-") or "start")
+
+
+@pytest.hookimpl(hookwrapper=True)
+def pytest_runtest_makereport(item):
+    """Saves what the open desks show when a test, or the preparation for it, has failed."""
+    report = (yield).get_result()
+    if report.failed and OPEN_DESKS:
+        folder = evidence_folder(item.nodeid)
+        shutil.rmtree(folder, ignore_errors=True)
+        for number, desk in enumerate(OPEN_DESKS):
+            save_evidence(desk, folder if len(OPEN_DESKS) == 1 else folder / f"desk-{number}")
+        report.sections.append(("Evidence", str(folder)))
