@@ -1,5 +1,6 @@
 """A lab with the program in it, and what a person in front of that screen does and sees."""
 
+import math
 import os
 import sys
 import time
@@ -211,13 +212,15 @@ class Desk(Lab):
 def act_within(seconds, prepare):
     """Calls prepare() and then what it returns, again and again, until the latter takes less than so many seconds: a
     busy machine may be too slow for what is to happen in a short time, and such a run tells nothing."""
+    quickest = math.inf
     for _ in range(ATTEMPTS):
         act = prepare()
         started = time.monotonic()
         result = act()
-        if time.monotonic() - started < seconds:
+        quickest = min(quickest, time.monotonic() - started)
+        if quickest < seconds:
             return result
-    raise LabError(f"in {ATTEMPTS} attempts the machine was never quick enough for {seconds} s")
+    raise LabError(f"the quickest of {ATTEMPTS} attempts took {quickest:.1f} s instead of less than {seconds:g} s")
 
 
 def ramp_distance(one, other):
