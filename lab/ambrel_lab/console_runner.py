@@ -41,8 +41,8 @@ def evidence_of_a_hang(lab, folder, patience=PATIENCE):
 
 
 def main(words):
-    """run-in-lab EXE ARGUMENT...: runs EXE in a lab without tools, forwards its output and returns its exit code. A program
-    that hangs and a lab that does not start leave evidence in build/failures/unit-PROGRAM."""
+    """run-in-lab EXE ARGUMENT...: runs EXE in a lab without tools, forwards its output and returns its exit code. A
+    program that hangs and a lab that does not start leave evidence in build/failures/unit-PROGRAM."""
     if not words:
         print("usage: run-in-lab EXE [ARGUMENT...]", file=sys.stderr)
         return 2

@@ -112,7 +112,10 @@ def test_a_right_click_opens_the_menu_at_the_pointer(desk):
     assert menu.window.window_class == MENU_CLASS
     assert menu.window.right >= place[0] >= menu.window.left
     assert menu.window.bottom <= 1080
-    assert list(menu.rows) == ["Launch at Startup", "Legacy Mode (Older Hardware)", "Quit"]
+    launch, legacy, last = menu.rows.values()
+    assert menu.window.top < launch.top < launch.bottom <= legacy.top < legacy.bottom
+    assert legacy.bottom < last.top < last.bottom < menu.window.bottom  # A line lies between them.
+    assert {row.bottom - row.top for row in menu.rows.values()} == {launch.bottom - launch.top}
     assert not desk.popup_visible()
     desk.close_menu()
 
