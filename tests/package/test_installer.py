@@ -511,6 +511,9 @@ def test_a_copy_that_refuses_stops_the_uninstaller(house):
     program = put_stand_in(house)
     before = house.registry("HKCU")
     with house.stand_in("refuse", program=program) as copy:
+        # Run in place, without its copy in the temporary folder, the uninstaller returns its own exit code.
+        assert house.desktop.run([f"{house.home}\\{UNINSTALLER}", "/S", f"_?={house.home}"], timeout=60) == FAILED
+        assert house.listing() == INSTALLED
         house.uninstall()
         assert copy.poll() is None
         assert house.listing() == INSTALLED
