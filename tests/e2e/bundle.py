@@ -1,4 +1,4 @@
-"""The support report: pressing its button, the text that can be pasted then, and the machine that it tells of."""
+"""The support report: its button, the copied text, and the machine that it describes."""
 
 import calendar
 import os
@@ -18,8 +18,9 @@ HEADING = re.compile(r"^=== ([A-Z-]+(?: [A-Z-]+)*)(?: \([^)]*\))? ===\r\n", re.M
 
 WINDOWS_KEY = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion"
 BIOS_KEY = "HKLM\\HARDWARE\\DESCRIPTION\\System\\BIOS"
-# Where Windows keeps what the report tells of the machine. Wine takes the version that it reports from there too.
-PLACES = {name: (WINDOWS_KEY, name) for name in ("ProductName", "DisplayVersion", "UBR", "CurrentBuildNumber")} | {
+# Registry values from which the report describes the machine. Wine reports its Windows version from there too.
+REGISTRY_VALUES = {
+    **{name: (WINDOWS_KEY, name) for name in ("ProductName", "DisplayVersion", "UBR", "CurrentBuildNumber")},
     "SystemManufacturer": (BIOS_KEY, "SystemManufacturer"),
     "SystemProductName": (BIOS_KEY, "SystemProductName"),
     "ProcessorNameString": ("HKLM\\HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", "ProcessorNameString"),
@@ -34,32 +35,32 @@ LAB_TAG = "16ba809b973dd525"
 
 
 class Machine:
-    """What the lab's machine says of itself. A program that is to be told a build number starts afterwards."""
+    """The description of the lab's machine in the registry. A program reads the build number at its start."""
 
     def __init__(self, desk):
         self.desk = desk
-        self.original = {name: desk.registry_get(*place) for name, place in PLACES.items()}
+        self.original = {name: desk.registry_get(*place) for name, place in REGISTRY_VALUES.items()}
 
     def set(self, **values):
-        """Each value in its place; None takes it away."""
+        """Sets values by name; None deletes a value."""
         for name, value in values.items():
             if value is None:
-                self.desk.registry_delete(*PLACES[name])
+                self.desk.registry_delete(*REGISTRY_VALUES[name])
             else:
-                self.desk.registry_set(*PLACES[name], value)
+                self.desk.registry_set(*REGISTRY_VALUES[name], value)
 
     def restore(self):
         self.set(**self.original)
 
 
 class Report:
-    """One pasted text, and the seconds since 1970 between which it was made."""
+    """A report's text, and the times (seconds since 1970) between which it was generated."""
 
     def __init__(self, text, since, until):
         self.text, self.since, self.until = text, int(since), int(until)
 
     def sections(self):
-        """{heading without what stands in brackets: its lines up to the blank line that ends it}."""
+        """{heading without the part in brackets: the section's lines}. A blank line ends each section."""
         assert "\n" not in self.text.replace("\r\n", "") and "\r" not in self.text.replace("\r\n", "")
         pieces = HEADING.split(self.text)[1:]
         found = {}
@@ -75,18 +76,18 @@ class Report:
         return self.sections()[name]
 
     def value(self, section, label):
-        """What follows a label, padding included in the label; None without such a line."""
+        """The text after a label, which includes its padding; None if there is no such line."""
         lines = [line for line in self.section(section) if line.startswith(label)]
         assert len(lines) <= 1
         return lines[0][len(label):] if lines else None
 
     def now(self):
-        """The time that it tells, which must be when it was made."""
-        told = self.value("APP", "Now:            ")
-        assert re.fullmatch(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d", told)
-        # The lab's time zone is that of Greenwich.
-        assert self.since <= calendar.timegm(time.strptime(told, "%Y-%m-%d %H:%M:%S")) <= self.until
-        return told
+        """The time in the report. Asserts that the report was generated then."""
+        stated = self.value("APP", "Now:            ")
+        assert re.fullmatch(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d", stated)
+        # The lab's time zone is UTC.
+        assert self.since <= calendar.timegm(time.strptime(stated, "%Y-%m-%d %H:%M:%S")) <= self.until
+        return stated
 
 
 def copies(desk):
@@ -97,45 +98,45 @@ def failures(desk):
     return desk.log().count(FAILED_LINE)
 
 
-def look(desk):
-    """How the support button looks: "normal", "copied", or None when it is not to be seen."""
+def button_state(desk):
+    """The state that the support button shows: "normal", "copied", or None if it is not visible."""
     return {NORMAL: "normal", COPIED: "copied"}.get(desk.popup_picture().pixel(*SURFACE))
 
 
-def wait_for_look(desk, wanted, limit=LIMIT):
-    wait_for_value(lambda: look(desk), wanted, "the look of the support button", limit)
+def wait_for_button_state(desk, wanted, limit=LIMIT):
+    wait_for_value(lambda: button_state(desk), wanted, "the state of the support button", limit)
 
 
 def press(desk):
-    """A click on the support button, in the settings panel, which it opens first when need be."""
+    """Clicks the support button. Opens the settings panel first if necessary."""
     show_settings(desk)
     desk.click_unit(*SUPPORT)
 
 
 def copy(desk):
-    """Copies the report by a click and takes it from the clipboard. The clipboard is not looked at before the program
-    says that it is done: looking keeps it open."""
+    """Copies the report with a click and reads it from the clipboard. Reading starts only after the program has logged
+    the copy, because a reader keeps the clipboard open."""
     desk.set_clipboard_text(BEFORE)
     show_settings(desk)
-    told, since = len(copies(desk)), time.time()
+    logged, since = len(copies(desk)), time.time()
     desk.click_unit(*SUPPORT)
-    wait_until(lambda: len(copies(desk)) > told, "the line that the report was copied", actual=desk.log)
+    wait_until(lambda: len(copies(desk)) > logged, "the line that the report was copied", actual=desk.log)
     return Report(desk.clipboard_text(), since, time.time())
 
 
-def copy_untold(desk):
-    """The same where there is no events.log to look at: the button's look tells that it is done."""
+def copy_without_log(desk):
+    """Like copy(), but without an events.log: waits for the state of the button."""
     desk.set_clipboard_text(BEFORE)
     show_settings(desk)
-    wait_for_look(desk, "normal")
+    wait_for_button_state(desk, "normal")
     since = time.time()
     desk.click_unit(*SUPPORT)
-    wait_for_look(desk, "copied")
+    wait_for_button_state(desk, "copied")
     return Report(desk.clipboard_text(), since, time.time())
 
 
 def messages(lines):
-    """Lines of the log without their stamps, which each must have."""
+    """Lines of the log without their time stamps. Asserts that each line has one."""
     assert all(STAMP.match(line) for line in lines)
     return [STAMP.sub("", line, count=1) for line in lines]
 
@@ -153,7 +154,7 @@ def utf_16_length(text):
 
 
 def fnv_1a(data):
-    """Fowler, Noll and Vo's hash of 64 bits, the variant that multiplies last."""
+    """The 64-bit FNV-1a hash (Fowler, Noll and Vo)."""
     number = 0xCBF29CE484222325
     for byte in data:
         number = (number ^ byte) * 0x100000001B3 % 2**64

@@ -1,4 +1,4 @@
-"""Fixtures for all of the end-to-end tests."""
+"""Fixtures of all end-to-end tests."""
 
 import sys
 from contextlib import ExitStack
@@ -14,28 +14,28 @@ from failures import open_desk, pytest_runtest_makereport  # noqa: E402, F401
 
 
 def factory(request):
-    """Makes desks."""
+    """Creates desks."""
     with ExitStack() as stack:
         yield lambda **options: stack.enter_context(open_desk(Desk, request, **options))
 
 
-# A screen of its own for one test: make_desk(magnification="missing", dpi=144, ...).
+# A separate desk for one test: make_desk(magnification="missing", dpi=144, ...).
 make_desk = pytest.fixture(factory, name="make_desk")
-# A screen for all tests of a file.
+# A desk for all tests of a file.
 make_file_desk = pytest.fixture(factory, scope="module", name="make_file_desk")
 
 
 @pytest.fixture(scope="module", name="file_desk")
 def file_desk_fixture(make_file_desk):
     desk = make_file_desk()
-    # Here and not by the first program: when the desktop does not come, the file ends at once.
+    # Opened here, so that all tests of the file fail immediately if the desktop does not start.
     desk.desktop.open()
     return desk
 
 
 @pytest.fixture(name="desk")
 def desk_fixture(file_desk):
-    """The file's screen with a program just started that found no settings."""
+    """The file's desk with the program just started, without a settings file."""
     return file_desk.start_fresh()
 
 

@@ -1,4 +1,4 @@
-"""A lab with the program in it, and what a person in front of that screen does and sees."""
+"""Desk: a lab with the program, the user's actions on it, and the checks of what the user sees."""
 
 import math
 import os
@@ -19,15 +19,15 @@ from ambrel_lab.waiting import LIMIT, wait_for_value, wait_until, wait_until_set
 
 import model  # noqa: E402
 
-__all__ = ["ATTEMPTS", "CLOSE", "GEAR", "LIMIT", "MARKER", "MENU_CLASS", "MENU_LAUNCH", "MENU_LEGACY_MODE", "MENU_QUIT", "POWER",
-           "PRESET_PLACES", "REOPEN_GUARD", "ROOT", "SAVE_DELAY", "SETTINGS_ROWS", "SLIDER_X", "SLIDER_Y", "Desk", "LabError",
-           "act_within", "wait_for_value", "wait_until", "wait_until_settled"]
+__all__ = ["ATTEMPTS", "CLOSE", "GEAR", "LIMIT", "MARKER", "MENU_CLASS", "MENU_LAUNCH", "MENU_LEGACY_MODE", "MENU_QUIT",
+           "POWER", "PRESET_PLACES", "REOPEN_GUARD", "ROOT", "SAVE_DELAY", "SETTINGS_ROWS", "SLIDER_X", "SLIDER_Y",
+           "Desk", "LabError", "act_within",  "wait_for_value", "wait_until", "wait_until_settled"]
 
-# The build whose program is tested; without a word about it, the lab's own choice.
+# The build whose program is tested; by default the lab's own choice.
 BUILD = {"build_dir": os.environ["AMBREL_BUILD_DIR"]} if "AMBREL_BUILD_DIR" in os.environ else {}
 MARKER = "---------- session start ----------"
 ATTEMPTS = 40
-# Seconds from a change to its save.
+# Seconds between a change and its save.
 SAVE_DELAY = 0.5
 # The screen keeps 8 bits of a ramp's 16.
 RAMP_TOLERANCE = 256
@@ -46,7 +46,7 @@ class Desk(Lab):
             raise
         return self
 
-    # The program's life
+    # Start and exit
 
     def start(self):
         """Starts the program and waits until its icon can be clicked."""
@@ -58,12 +58,12 @@ class Desk(Lab):
         return self
 
     def start_fresh(self, settings=None, effect=(0,), initialize=0):
-        """Starts the program on the ground that `clear` prepares."""
+        """Starts the program after clear()."""
         self.clear(settings, effect, initialize)
         return self.start()
 
     def clear(self, settings=None, effect=(0,), initialize=0):
-        """Ends a program that still runs and leaves nothing of it but these settings (a text, or a dict)."""
+        """Kills a running program, deletes its files and records, and writes these settings (a text or a dict)."""
         self.input.release_all()
         if self.program_running():
             self.kill_program()
@@ -77,12 +77,12 @@ class Desk(Lab):
         self.magnification.clear_calls()
 
     def restart(self):
-        """Ends the program as a crash would and starts it again with what it left behind."""
+        """Kills the program, as a crash would, and starts it again with its files unchanged."""
         self.kill_program()
         return self.start()
 
     def quit(self):
-        """Quit from the tray menu; the exit code."""
+        """Chooses Quit from the tray menu. Returns the exit code."""
         self.click_menu_row(self.open_menu(), MENU_QUIT)
         return self.wait_for_exit()
 
@@ -92,7 +92,7 @@ class Desk(Lab):
     def wait_for_icon(self, shown=True):
         wait_until(lambda: self.icon_shown() == shown, f"the tray icon to be shown={shown}", actual=self.tray_icons)
 
-    # Hands
+    # Actions
 
     def press_power(self):
         self.show()
@@ -103,13 +103,13 @@ class Desk(Lab):
         self.click_unit(*PRESET_PLACES[preset])
 
     def slide(self, slider, up, steps=10, release=True):
-        """Takes a slider in the middle of its track and moves it by `up` design units."""
+        """Drags a slider from the middle of its track by `up` design units."""
         self.show()
         x = SLIDER_X[slider]
         self.drag_unit(x, SLIDER_Y, x, SLIDER_Y - up, steps=steps, release=release)
 
     def show_settings(self):
-        """Opens the popup when it is not open, and its settings panel from the main one."""
+        """Opens the popup unless it is open, and then the settings panel from the main panel."""
         self.show()
         self.click_unit(*GEAR)
 
@@ -117,14 +117,14 @@ class Desk(Lab):
         self.click_unit(*CLOSE)
 
     def flip(self, row):
-        """Clicks a row of the settings panel, which is open, and waits for the save that each click makes."""
+        """Clicks a row of the settings panel, which must be open, and waits for the save."""
         saves = self.saves()
         self.click_unit(*SETTINGS_ROWS[row])
         self.wait_for_saves(saves + 1)
 
     def menu_picture(self):
-        """How the tray menu looks, which is closed again, as far as the pointer leaves it alone."""
-        self.open_menu()  # The first menu of all is pointed at, and a row stays highlighted.
+        """A picture of the tray menu without a highlighted row. Opens and closes the menu."""
+        self.open_menu()  # The lab points at the rows of the first menu, and one stays highlighted.
         self.close_menu()
         window = self.open_menu().window
         self.move(10, 10)
@@ -133,55 +133,55 @@ class Desk(Lab):
         return picture
 
     def menu(self, item):
-        """Chooses a row of the tray menu and waits until the command has left a trace and the menu is gone."""
-        before = self.traces()
-        self.choose_from_menu(item, lambda: self.traces() != before and not self.menu_window(),
-                              f"a trace of '{item}'")
+        """Chooses a row of the tray menu and waits until the command has an effect and the menu is closed."""
+        before = self.menu_effects()
+        self.choose_from_menu(item, lambda: self.menu_effects() != before and not self.menu_window(),
+                              f"an effect of '{item}'")
 
-    def traces(self):
-        """Where a command of the menu shows: the log, the settings, the message boxes."""
+    def menu_effects(self):
+        """What a menu command can change: the log, the settings, the message boxes."""
         return self.events_text(), self.settings_text(), self.message_boxes()
 
-    # Eyes
+    # Checks
 
     def wait_for_tip(self, text):
         wait_for_value(self.tray_tip, text, "the tip")
 
-    def sees(self, factors):
-        """Whether the eye sees these factors: no filter less and none more, in whichever pipelines."""
+    def shows(self, factors):
+        """Whether the screen is displayed with exactly these factors, regardless of the pipeline."""
         return ramp_distance(self.visible_levels(), model.ramp(factors)) <= RAMP_TOLERANCE
 
-    def wait_to_see(self, factors):
+    def wait_for_factors(self, factors):
         white = [channel[255] for channel in model.ramp(factors)]
-        wait_until(lambda: self.sees(factors), f"a screen that makes {white} of white",
+        wait_until(lambda: self.shows(factors), f"a screen that displays white as {white}",
                    actual=lambda: ([channel[255] for channel in self.visible_levels()],
-                                 ramp_distance(self.visible_levels(), model.ramp(factors))))
+                                   ramp_distance(self.visible_levels(), model.ramp(factors))))
 
     def ramp_is_plain(self):
         return ramp_distance(self.ramp(), model.ramp(model.IDENTITY)) <= RAMP_TOLERANCE
 
     def wait_for_colour(self, intensity, brightness):
-        """Waits for exactly one filter on the screen, by the Magnification library."""
-        self.wait_to_see(model.factors(intensity, brightness))
-        assert self.ramp_is_plain(), "the gamma ramp has a part in the colour"
+        """Waits until the filter is on the screen through the Magnification library only."""
+        self.wait_for_factors(model.factors(intensity, brightness))
+        assert self.ramp_is_plain(), "the gamma ramp contributes to the colour"
 
     def wait_for_legacy_colour(self, intensity, brightness):
-        """Waits for exactly one filter on the screen, by the gamma ramp."""
-        self.wait_to_see(model.factors(intensity, brightness))
-        assert self.magnification.in_force() == model.IDENTITY, "a colour matrix has a part in the colour"
+        """Waits until the filter is on the screen through the gamma ramp only."""
+        self.wait_for_factors(model.factors(intensity, brightness))
+        assert self.magnification.in_force() == model.IDENTITY, "a colour matrix contributes to the colour"
 
     def wait_for_plain_screen(self):
-        self.wait_to_see(model.IDENTITY)
+        self.wait_for_factors(model.IDENTITY)
 
     def screen_is_plain(self):
-        return self.sees(model.IDENTITY)
+        return self.shows(model.IDENTITY)
 
     def effects(self):
-        """Every colour matrix that the program has handed over since the start."""
+        """Every call since the start that set a colour matrix."""
         return [call for call in self.magnification_calls() if call.function == "MagSetFullscreenColorEffect"]
 
     def log(self):
-        """The messages of the present run, without their time stamps."""
+        """The messages of the current run without their time stamps."""
         lines = self.events_text().rpartition(MARKER + "\n")[2].splitlines()
         return [line.partition("] ")[2] for line in lines]
 
@@ -196,7 +196,7 @@ class Desk(Lab):
         self.wait_for_log("Saved settings", times)
 
     def settings(self):
-        """settings.ini as {key: text} once nobody is writing it: Windows writes key after key."""
+        """settings.ini as {key: text} once it no longer changes: Windows writes key after key."""
         text = wait_until_settled(lambda: (self.settings_text(),), "settings.ini", pause=0.03)[0]
         return dict(line.split("=", 1) for line in text.splitlines() if "=" in line)
 
@@ -204,14 +204,16 @@ class Desk(Lab):
         wait_for_value(lambda: self.settings().get(key), text, f"{key} in settings.ini")
 
     def loaded(self):
-        """What the program says it has read from settings.ini."""
-        wait_until(lambda: any(line.startswith("Loaded settings") for line in self.log()), "the settings", actual=self.log)
+        """The values that the program logs as read from settings.ini."""
+        wait_until(lambda: any(line.startswith("Loaded settings") for line in self.log()), "the settings",
+                   actual=self.log)
         return next(line for line in self.log() if line.startswith("Loaded settings")).partition(": ")[2]
 
 
 def act_within(seconds, prepare):
-    """Calls prepare() and then what it returns, again and again, until the latter takes less than so many seconds: a
-    busy machine may be too slow for what is to happen in a short time, and such a run tells nothing."""
+    """Calls prepare() and then the function that it returns, repeatedly, until that function takes less than `seconds`.
+
+    For actions that must happen within a short time: a run on a busy machine that is too slow proves nothing."""
     quickest = math.inf
     for _ in range(ATTEMPTS):
         act = prepare()

@@ -1,4 +1,4 @@
-"""The program file as it lies in its process's memory: a message with a pointer needs something to point to."""
+"""The program file's sections in memory: constant data for messages that carry a pointer."""
 
 import struct
 

@@ -1,4 +1,4 @@
-"""What the screen must look like: the published formulas worked out anew, without the program's own code."""
+"""Expected colours: an implementation of the published formulas that is independent of the program's code."""
 
 import math
 import struct
@@ -52,7 +52,7 @@ def relative_to_daylight(temperature):
 
 
 def filter_colour(intensity):
-    """(red, green, blue) that white becomes at full brightness."""
+    """(red, green, blue) of filtered white at full brightness."""
     k = kelvin(intensity)
     if k > 2000.0:
         return relative_to_daylight(k)
@@ -62,7 +62,7 @@ def filter_colour(intensity):
 
 
 def factors(intensity, brightness):
-    """What each channel is multiplied by."""
+    """The factor of each channel."""
     return tuple(clamp(channel * brightness, 0.0, 1.0) for channel in filter_colour(intensity))
 
 
@@ -70,12 +70,12 @@ IDENTITY = (1.0, 1.0, 1.0)
 
 
 def ramp(channel_factors):
-    """The gamma ramp that shows these factors: straight lines through zero."""
+    """The gamma ramp for these factors: straight lines through zero."""
     return [[int(step / 255.0 * factor * 65535.0) for step in range(STEPS)] for factor in channel_factors]
 
 
 def single(value):
-    """A number as it is after a stay in single precision."""
+    """A number rounded to single precision."""
     return struct.unpack("<f", struct.pack("<f", value))[0]
 
 
@@ -86,12 +86,12 @@ def matrix(channel_factors):
 
 
 def per_mille(value):
-    """As settings.ini stores it."""
+    """A value as settings.ini stores it."""
     return int(value * 1000.0)
 
 
 def percent(value):
-    """As tip and panel show a brightness."""
+    """A brightness as tip and panel show it."""
     return int(value * 100.0)
 
 
@@ -103,5 +103,5 @@ TIP_OFF = "Ambrel - OFF"
 
 
 def dragged(start, up, floor=0.0):
-    """A slider's value after the pointer moved `up` design units from where it was pressed."""
+    """A slider's value after a drag by `up` design units."""
     return clamp(up / TRAVEL + start, floor, 1.0)

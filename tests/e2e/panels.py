@@ -1,4 +1,4 @@
-"""Which panel the popup shows at 96 DPI, and opening the settings panel from wherever it is."""
+"""Identifies the panel that the popup shows at 96 DPI, and opens the settings panel."""
 
 from ambrel_lab.layout import HEADER, HEADER_COLOUR, MAIN_PANEL_BACKGROUND, ROW_COLOUR, SETTINGS_ROW_SURFACE
 
@@ -6,7 +6,7 @@ from desk import wait_for_value, wait_until
 
 
 def panel_of(desk):
-    """The panel that the popup shows, by what only one of them has; None while it is not drawn."""
+    """The panel that the popup shows, identified by its colours; None while it is not drawn."""
     picture = desk.popup_picture()
     if picture.pixel(*HEADER) != HEADER_COLOUR:
         return None
@@ -20,7 +20,7 @@ def wait_for_panel(desk, name):
 
 
 def show_settings(desk):
-    """Opens the settings panel unless it is open already: a hidden popup keeps its panel."""
+    """Opens the settings panel unless it is open. A hidden popup keeps its panel."""
     desk.show()
     if wait_until(lambda: panel_of(desk), "a panel") == "main":
         desk.show_settings()

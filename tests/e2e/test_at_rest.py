@@ -1,4 +1,4 @@
-"""What the program costs: nothing while it is hidden, and no handle that is not given back."""
+"""Resources: the hidden program uses no processor time and no timers, and nothing leaks GDI objects."""
 
 import time
 
@@ -10,7 +10,7 @@ from desk import wait_until
 WATCHED = 1.5
 CLOCK_TICK = 0.01
 WM_CLOSE = 0x10
-# Wine records that a system cursor was handed over, and does not take it over as Windows does: its three bitmaps stay.
+# Wine records SetSystemCursor calls but does not take ownership of the cursor as Windows does: three bitmaps remain.
 CURSOR_RECORD = "-all,fixme+cursor"
 BITMAPS_OF_A_CURSOR = 3
 
@@ -27,22 +27,22 @@ def desk_fixture(file_desk):
     return file_desk.start_fresh()
 
 
-class Held:
-    """The GDI objects that the program holds itself, in changes since this was made."""
+class ObjectCount:
+    """The change of the number of the program's own GDI objects since this was created."""
 
     def __init__(self, desk):
         self.desk = desk
         self.at_first = self.now()
 
     def now(self):
-        handed_over = self.desk.wine_log().count("SetSystemCursor")
-        return self.desk.gdi_objects() - BITMAPS_OF_A_CURSOR * handed_over
+        replaced = self.desk.wine_log().count("SetSystemCursor")
+        return self.desk.gdi_objects() - BITMAPS_OF_A_CURSOR * replaced
 
     def more(self):
         return self.now() - self.at_first
 
-    def assert_no_more(self):
-        """A paint holds objects while it lasts, so this looks until none is under way; a leak does not go away."""
+    def assert_unchanged(self):
+        """Waits, because a paint in progress has temporary objects. A leak does not disappear."""
         wait_until(lambda: self.more() == 0, "no more GDI objects than before", actual=self.more)
 
 
@@ -53,60 +53,60 @@ def hide(desk):
 
 
 def timer_messages(desk, since):
-    """The timers that Wine's record of messages shows for the program's window."""
+    """The WM_TIMER messages of the program's window in Wine's log since an offset."""
     window = f"{desk.window_facts()['handle']:#x}"
     lines = desk.wine_log()[since:].splitlines()
     return [line for line in lines if window in line and "WM_TIMER" in line and "dispatched" in line]
 
 
-@pytest.fixture(name="overheard", scope="module")
-def overheard_fixture(make_file_desk):
-    """A screen on which every message of every window is recorded."""
+@pytest.fixture(name="recorded", scope="module")
+def recorded_fixture(make_file_desk):
+    """A desk on which Wine logs every message of every window."""
     return make_file_desk(debug="-all,+message").start_fresh()
 
 
-def test_while_the_popup_is_open_one_timer_runs(overheard):
-    overheard.open_popup()
-    since = len(overheard.wine_log())
-    wait_until(lambda: len(timer_messages(overheard, since)) >= 3, "the timer of the open popup")
-    assert all("wp=00000006" in line for line in timer_messages(overheard, since))
-    hide(overheard)
+def test_an_open_popup_runs_one_timer(recorded):
+    recorded.open_popup()
+    since = len(recorded.wine_log())
+    wait_until(lambda: len(timer_messages(recorded, since)) >= 3, "the timer of the open popup")
+    assert all("wp=00000006" in line for line in timer_messages(recorded, since))
+    hide(recorded)
 
 
 @pytest.mark.parametrize("lit", [False, True])
-def test_while_the_popup_is_hidden_no_timer_runs_and_no_message_comes(overheard, lit):
+def test_a_hidden_popup_runs_no_timer_and_receives_no_message(recorded, lit):
     if lit:
-        saves = overheard.saves()
-        overheard.press_power()
-        overheard.wait_for_saves(saves + 1)
-    hide(overheard)
-    time.sleep(0.3)  # For what the hiding itself brings.
-    since = len(overheard.wine_log())
+        saves = recorded.saves()
+        recorded.press_power()
+        recorded.wait_for_saves(saves + 1)
+    hide(recorded)
+    time.sleep(0.3)  # Hiding the popup causes messages of its own.
+    since = len(recorded.wine_log())
     time.sleep(WATCHED)
-    window = f"{overheard.window_facts()['handle']:#x}"
-    silence = overheard.wine_log()[since:]
-    assert not [line for line in silence.splitlines() if window in line and "dispatched" in line]
+    window = f"{recorded.window_facts()['handle']:#x}"
+    messages = recorded.wine_log()[since:]
+    assert not [line for line in messages.splitlines() if window in line and "dispatched" in line]
 
 
-def test_the_timer_of_the_drag_ends_with_the_save(overheard):
-    overheard.slide("WARMTH", 10)
-    saves = overheard.saves()
-    wait_until(lambda: overheard.saves() > saves, "the save")
-    hide(overheard)
-    since = len(overheard.wine_log())
-    time.sleep(1.0)  # Twice the period of the timer that must not come again.
-    assert timer_messages(overheard, since) == []
+def test_the_save_timer_of_a_drag_fires_once(recorded):
+    recorded.slide("WARMTH", 10)
+    saves = recorded.saves()
+    wait_until(lambda: recorded.saves() > saves, "the save")
+    hide(recorded)
+    since = len(recorded.wine_log())
+    time.sleep(1.0)  # Twice the period of the timer, which must not fire again.
+    assert timer_messages(recorded, since) == []
 
 
 @pytest.mark.parametrize("settings", [None, {}, {"UseLegacyGamma": 1}])
-def test_hidden_the_program_uses_no_processor_time(file_desk, settings):
+def test_the_hidden_program_uses_no_processor_time(file_desk, settings):
     desk = file_desk.start_fresh(settings)
     desk.open_popup()
     if settings is not None:
         desk.press_power()
         desk.wait_for_saves(1)
     hide(desk)
-    time.sleep(0.3)  # For what the hiding itself costs.
+    time.sleep(0.3)  # Hiding the popup uses processor time of its own.
     before = desk.processor_seconds()
     time.sleep(WATCHED)
     assert desk.processor_seconds() - before <= CLOCK_TICK
@@ -119,45 +119,45 @@ def drag_up_and_down(desk, times):
 
 
 @pytest.mark.parametrize("settings", [{}, {"UseLegacyGamma": 1}])
-def test_two_hundred_steps_of_a_drag_leave_no_gdi_object_behind(file_desk, settings):
+def test_two_hundred_drag_steps_leak_no_gdi_object(file_desk, settings):
     desk = file_desk.start_fresh(settings)
     desk.press_power()
     drag_up_and_down(desk, 1)
     desk.wait_for_tip(model.tip_on(0.385, 1.0))
-    held = Held(desk)
+    objects = ObjectCount(desk)
     assert desk.gdi_objects() > 0
     drag_up_and_down(desk, 4)
     desk.wait_for_tip(model.tip_on(0.385, 1.0))
-    held.assert_no_more()
+    objects.assert_unchanged()
 
 
-def test_forty_clicks_leave_no_gdi_object_behind(desk):
+def test_forty_clicks_leak_no_gdi_object(desk):
     desk.choose("NIGHT")
     desk.choose("DAY")
     desk.press_power()
     desk.wait_for_tip(model.TIP_OFF)
-    held = Held(desk)
+    objects = ObjectCount(desk)
     x, y = desk.unit_to_screen(160, 503)
     desk.input.click_repeatedly(x, y, 40, 0.015)
     wait_until(lambda: len(desk.effects()) == 43, "forty clicks")
     desk.wait_for_tip(model.TIP_OFF)
-    held.assert_no_more()
+    objects.assert_unchanged()
 
 
-def test_opening_and_hiding_the_popup_and_its_menu_leaves_no_gdi_object_behind(desk):
+def test_opening_and_closing_popup_and_menu_leaks_no_gdi_object(desk):
     def open_and_hide():
         desk.open_popup()
         desk.open_menu()
         desk.close_menu()
         hide(desk)
     open_and_hide()
-    held = Held(desk)
+    objects = ObjectCount(desk)
     for _ in range(5):
         open_and_hide()
-    held.assert_no_more()
+    objects.assert_unchanged()
 
 
-def test_a_drag_hands_over_one_matrix_a_step_and_calls_nothing_else(desk):
+def test_a_drag_sets_one_matrix_per_step_and_makes_no_other_call(desk):
     desk.press_power()
     desk.wait_for_colour(model.DEFAULT_INTENSITY, 1.0)
     before = len(desk.magnification_calls())
@@ -165,5 +165,5 @@ def test_a_drag_hands_over_one_matrix_a_step_and_calls_nothing_else(desk):
     desk.wait_for_tip(model.tip_on(model.dragged(0.385, 40), 1.0))
     calls = desk.magnification_calls()[before:]
     assert {call.function for call in calls} == {"MagSetFullscreenColorEffect"}
-    # Moves that come faster than they are worked off may be joined; none is worked off twice.
+    # Moves that arrive faster than they are processed may be merged. None is processed twice.
     assert 1 <= len(calls) <= 21

@@ -1,4 +1,4 @@
-"""Nothing is lost and nothing crashes, whatever the files, the library and the command line look like."""
+"""Damaged files, unusable libraries and unusual command lines cause no crash and no loss of data."""
 
 import time
 
@@ -6,7 +6,7 @@ import pytest
 
 import model
 from desk import MARKER, settings_file, wait_until
-from hindrances import MEGABYTE, held_by_another_program, noise, put_on_a_full_disk, read_only
+from faults import MEGABYTE, held_by_another_program, noise, put_on_a_full_disk, read_only
 
 EVENING = model.PRESETS["EVENING"][:2]
 LEGACY = "Legacy Mode (Older Hardware)"
@@ -16,7 +16,7 @@ LOADED_GOOD = "intensity=0.700 brightness=0.900 extremeDim=1 legacy=0 pwmSafe=0"
 
 
 def works(desk):
-    """The main job can be done: EVENING reaches the screen, and the filter goes off again."""
+    """Asserts that the filter works: EVENING reaches the screen, and the filter turns off again."""
     desk.choose("EVENING")
     desk.wait_for_colour(*EVENING)
     desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
@@ -30,18 +30,18 @@ def works(desk):
 @pytest.mark.parametrize("content", [
     pytest.param(None, id="missing"),
     pytest.param(b"", id="empty"),
-    pytest.param(b"[Filter]\r\nIntensity", id="cut off within a key"),
-    pytest.param(b"[Filt", id="cut off within a section"),
+    pytest.param(b"[Filter]\r\nIntensity", id="truncated within a key"),
+    pytest.param(b"[Filt", id="truncated within a section"),
     pytest.param(b"\r\n" * 1000, id="blank lines"),
     pytest.param(b"\0" * 4096, id="zero bytes"),
     pytest.param(noise(4096), id="4 KB of noise"),
     pytest.param(noise(10 * MEGABYTE), id="10 MB of noise"),
     pytest.param(b"x" * MEGABYTE, id="one long line"),
-    pytest.param(b"[Filter]\r\n" * 20000, id="the same section again and again"),
-    pytest.param(b"\xff\xfe\x00", id="half a UTF-16 letter"),
-    pytest.param(noise(10 * MEGABYTE) + GOOD.encode(), id="settings behind 10 MB of noise"),
+    pytest.param(b"[Filter]\r\n" * 20000, id="a repeated section"),
+    pytest.param(b"\xff\xfe\x00", id="half a UTF-16 character"),
+    pytest.param(noise(10 * MEGABYTE) + GOOD.encode(), id="settings after 10 MB of noise"),
 ])
-def test_whatever_the_settings_file_holds_the_program_works_and_saves(file_desk, content):
+def test_the_program_works_and_saves_with_any_content_of_the_settings_file(file_desk, content):
     desk = file_desk.start_fresh(content)
     assert desk.loaded()
     assert works(desk)
@@ -55,7 +55,7 @@ def test_whatever_the_settings_file_holds_the_program_works_and_saves(file_desk,
     (b"[Filter]\nIntensity=700\nBrightness=500", "intensity=0.700 brightness=0.500"),
     (b"\xef\xbb\xbf[Filter]\r\nIntensity=700\r\n", "intensity=0.700 brightness=1.000"),
 ])
-def test_what_can_be_read_of_a_damaged_file_is_used(file_desk, content, loaded):
+def test_readable_values_of_a_damaged_file_are_used(file_desk, content, loaded):
     desk = file_desk.start_fresh(content)
     assert desk.loaded().startswith(loaded)
 
@@ -69,7 +69,7 @@ def test_a_settings_file_in_utf_16_is_read_and_written(file_desk):
     assert desk.loaded().startswith("intensity=0.584 brightness=0.850 extremeDim=1")
 
 
-def test_a_folder_in_the_place_of_the_settings_file(make_desk):
+def test_the_program_works_with_a_folder_named_settings_ini(make_desk):
     desk = make_desk()
     desk.settings_path.mkdir(parents=True)
     (desk.settings_path / "precious.txt").write_text("kept", encoding="ascii")
@@ -95,7 +95,7 @@ def test_a_read_only_settings_file_is_read_and_kept(make_desk):
     desk.wait_for_setting("Intensity", "584")
 
 
-def test_settings_that_another_program_holds_give_the_defaults_and_are_kept(make_desk):
+def test_with_a_locked_settings_file_the_defaults_are_used_and_the_file_is_unchanged(make_desk):
     desk = make_desk()
     desk.write_settings(GOOD)
     with held_by_another_program(desk, desk.settings_path):
@@ -107,7 +107,7 @@ def test_settings_that_another_program_holds_give_the_defaults_and_are_kept(make
     assert desk.program_running()
 
 
-def test_settings_that_another_program_lets_go_of_can_be_saved_again(make_desk):
+def test_settings_can_be_saved_again_after_another_program_releases_the_file(make_desk):
     desk = make_desk()
     desk.write_settings(GOOD)
     desk.start()
@@ -130,7 +130,7 @@ def test_settings_that_another_program_lets_go_of_can_be_saved_again(make_desk):
     pytest.param("\ufeffold line\r\n".encode("utf-16-le"), id="UTF-16"),
     pytest.param(b"x" * 100000, id="one long line"),
 ])
-def test_whatever_a_small_event_log_holds_it_is_kept_and_added_to(file_desk, content):
+def test_any_content_of_a_small_event_log_is_kept_and_appended_to(file_desk, content):
     desk = file_desk
     desk.clear()
     desk.write_events(content)
@@ -140,7 +140,7 @@ def test_whatever_a_small_event_log_holds_it_is_kept_and_added_to(file_desk, con
     assert works(desk)
 
 
-def test_ten_megabytes_of_noise_in_the_event_log_are_cut_to_the_last_part(file_desk):
+def test_an_event_log_of_ten_megabytes_of_noise_is_truncated_to_its_last_part(file_desk):
     desk, content = file_desk, noise(10 * MEGABYTE, 3)
     desk.clear()
     desk.write_events(content)
@@ -151,7 +151,7 @@ def test_ten_megabytes_of_noise_in_the_event_log_are_cut_to_the_last_part(file_d
     assert works(desk)
 
 
-def test_a_folder_in_the_place_of_the_event_log(make_desk):
+def test_the_program_works_with_a_folder_named_events_log(make_desk):
     desk = make_desk()
     desk.events_path.mkdir(parents=True)
     desk.start()
@@ -171,7 +171,7 @@ def test_a_read_only_event_log_is_kept(make_desk):
         assert desk.events_text() == "old\n"
 
 
-def test_an_event_log_that_another_program_holds_goes_on_when_it_is_free(make_desk):
+def test_the_event_log_continues_after_another_program_releases_the_file(make_desk):
     desk = make_desk()
     desk.write_events(b"x" * 300000)
     with held_by_another_program(desk, desk.events_path):
@@ -180,23 +180,23 @@ def test_an_event_log_that_another_program_holds_goes_on_when_it_is_free(make_de
         desk.wait_for_setting("Intensity", "584")
         assert desk.events_path.read_bytes() == b"x" * 300000
     desk.choose("DAY")
-    wait_until(lambda: desk.events_text().endswith("Saved settings\n"), "the line after the hindrance")
+    wait_until(lambda: desk.events_text().endswith("Saved settings\n"), "the line after the file was released")
 
 
 # The folder, the disk, the command line
 
-def test_a_full_disk_costs_only_what_could_not_be_written(make_desk):
+def test_a_full_disk_loses_only_the_failed_writes(make_desk):
     desk = make_desk()
     put_on_a_full_disk(desk.settings_path)
     put_on_a_full_disk(desk.events_path)
     desk.start()
     assert works(desk)
-    time.sleep(0.8)  # Until the save that fails is behind us.
+    time.sleep(0.8)  # The failing save happens meanwhile.
     desk.settings_path.unlink()
     desk.events_path.unlink()
     desk.press_power()
     desk.wait_for_setting("Intensity", "584")
-    wait_until(lambda: desk.events_text().endswith("Saved settings\n"), "the line when there is space again")
+    wait_until(lambda: desk.events_text().endswith("Saved settings\n"), "the line after space is available")
     assert desk.quit() == 0
 
 
@@ -222,12 +222,12 @@ def test_without_an_application_data_folder_the_program_works_with_the_defaults(
 
 
 @pytest.mark.parametrize("arguments", [
-    pytest.param(["x" * 30000], id="30,000 letters"),
-    pytest.param(["a b"] * 5000, id="30,000 letters in many words"),
+    pytest.param(["x" * 30000], id="30,000 characters"),
+    pytest.param(["a b"] * 5000, id="many words"),
     pytest.param(["\"", "%s%s%s%n", "\\\\\\", ""], id="quotes, formats, backslashes"),
-    pytest.param(["caf\u00e9 \u6a5f\u68b0"], id="letters of other languages"),
+    pytest.param(["caf\u00e9 \u6a5f\u68b0"], id="characters of other languages"),
 ])
-def test_any_command_line(file_desk, arguments):
+def test_the_program_starts_with_any_command_line(file_desk, arguments):
     desk = file_desk
     desk.clear()
     desk.start_program(*arguments)
@@ -243,7 +243,7 @@ def test_any_command_line(file_desk, arguments):
     ("without-uninitialize", "Failed to get Magnification API functions.\n\nThis requires Windows 8 or later."),
     ("without-effect", "Failed to get Magnification API functions.\n\nThis requires Windows 8 or later."),
 ])
-def test_a_library_that_does_not_serve_is_told_once_and_legacy_mode_helps(make_desk, library, text):
+def test_an_unusable_library_is_reported_once_and_legacy_mode_works(make_desk, library, text):
     desk = make_desk(magnification=library)
     desk.start_program()
     box = desk.wait_for_message_box()
@@ -261,7 +261,7 @@ def test_a_library_that_does_not_serve_is_told_once_and_legacy_mode_helps(make_d
     assert desk.magnification_calls() == []
 
 
-def test_a_library_of_noise_is_told_like_a_missing_one(make_desk):
+def test_a_damaged_library_is_reported_like_a_missing_one(make_desk):
     desk = make_desk(magnification="missing")
     desk.prefix.path("C:\\windows\\system32\\Magnification.dll").write_bytes(noise(5000))
     desk.start_program()
@@ -271,9 +271,9 @@ def test_a_library_of_noise_is_told_like_a_missing_one(make_desk):
     desk.wait_for_icon()
 
 
-def test_a_library_put_beside_the_program_is_not_loaded(make_desk):
+def test_a_library_in_the_program_folder_is_not_loaded(make_desk):
     desk = make_desk(magnification="missing")
-    # Shcore.dll is not among them: Windows keeps it as a known library, Wine keeps no such list.
+    # Shcore.dll is not among them: it is a known DLL on Windows, but Wine has no list of known DLLs.
     for name in ("Magnification.dll", "dwmapi.dll", "msimg32.dll", "dxva2.dll", "windowscodecs.dll"):
         desk.prefix.put(desk.build_dir / "lab" / "magnification.dll", f"C:\\Ambrel\\{name}")
     desk.start_program()
@@ -283,7 +283,7 @@ def test_a_library_put_beside_the_program_is_not_loaded(make_desk):
 
 
 @pytest.mark.parametrize("error", [5, 87, 1168])
-def test_a_library_that_fails_to_initialise_is_told_once(file_desk, error):
+def test_a_library_that_fails_to_initialise_is_reported_once(file_desk, error):
     desk = file_desk
     desk.clear(initialize=error)
     desk.start_program()
@@ -299,7 +299,7 @@ def test_a_library_that_fails_to_initialise_is_told_once(file_desk, error):
     assert [call.function for call in desk.magnification_calls()] == ["MagInitialize"]
 
 
-def test_leaving_legacy_mode_tries_a_library_that_failed_again_and_tells_again(file_desk):
+def test_leaving_legacy_mode_retries_a_failed_library_and_reports_a_failure_again(file_desk):
     desk = file_desk
     desk.start_fresh({"UseLegacyGamma": 1}, initialize=5)
     assert desk.message_boxes() == []

@@ -1,6 +1,6 @@
-"""The system cursors take the filter's colour: what the program asks of Windows, as Wine records it.
+"""Tinted system cursors: the program's calls as Wine logs them.
 
-Wine shows no tinted cursor and takes none over; how the tinted ones look is tested where they are made.
+Wine does not replace system cursors. Unit tests check the pixels of the tinted cursors.
 """
 
 import re
@@ -12,7 +12,7 @@ import model
 from desk import SLIDER_X, SLIDER_Y, wait_until
 
 RECORD = "-all,+cursor,+system"
-# Every system cursor, in order; Wine's 32641 is monochrome and keeps its look.
+# Every system cursor, in order. Wine's 32641 is monochrome and is not tinted.
 ALL = [32512, 32513, 32514, 32515, 32516, 32640, 32641, 32642, 32643, 32644, 32645, 32646, 32648, 32649, 32650, 32651]
 TINTED = [number for number in ALL if number != 32641]
 RESET = "reset"
@@ -27,31 +27,31 @@ MODES = pytest.mark.parametrize("legacy", [0, 1], ids=["magnification", "legacy"
 
 
 class Cursors:
-    """The program's calls about cursors, from where one looked last."""
+    """The program's cursor calls since the last clear()."""
 
     def __init__(self, desk):
-        self.desk, self.seen = desk, 0
+        self.desk, self.offset = desk, 0
 
     def text(self):
-        return self.desk.wine_log()[self.seen:]
+        return self.desk.wine_log()[self.offset:]
 
-    def look(self):
-        """Forgets what was recorded so far."""
-        self.seen = len(self.desk.wine_log())
+    def button_state(self):
+        """Discards all calls so far."""
+        self.offset = len(self.desk.wine_log())
 
     def calls(self):
         """RESET, or the number of a cursor that was replaced, in order."""
         return [int(found.group(3), 16) if found.group(3) else RESET for found in CALL.finditer(self.text())]
 
     def handles(self):
-        """What was handed over to Windows."""
+        """The cursor handles passed to Windows."""
         return [int(found.group(2), 16) for found in CALL.finditer(self.text()) if found.group(2)]
 
     def expect(self, calls):
-        """Waits for exactly these calls and goes on behind them."""
+        """Waits for exactly these calls and discards them."""
         wait_until(lambda: len(self.calls()) >= len(calls), f"{len(calls)} cursor calls, not {self.calls()}")
         assert self.calls() == calls
-        self.look()
+        self.clear()
 
     def copies(self):
         return len(COPY.findall(self.text()))
@@ -60,7 +60,7 @@ class Cursors:
         return [int(number, 16) for number in DESTROYED.findall(self.thread_text())]
 
     def thread_text(self):
-        """The lines of the program's window thread alone."""
+        """The lines of the program's window thread only."""
         thread = [found.group(1) for found in CALL.finditer(self.desk.wine_log())][-1]
         return "\n".join(line for line in self.text().splitlines() if line.startswith(thread))
 
@@ -72,14 +72,14 @@ def file_desk_fixture(make_file_desk):
     return desk
 
 
-@pytest.fixture(name="begin")
-def begin_fixture(file_desk):
-    """Starts the program and looks past its start; (desk, Cursors)."""
+@pytest.fixture(name="start_with")
+def start_with_fixture(file_desk):
+    """Starts the program and discards the calls of its start. Returns (desk, Cursors)."""
     def start(settings=None, **library):
         if file_desk.program_running():
             file_desk.kill_program()
         cursors = Cursors(file_desk)
-        cursors.look()
+        cursors.clear()
         file_desk.start_fresh(settings, **library)
         cursors.expect([RESET])
         return file_desk, cursors
@@ -87,7 +87,7 @@ def begin_fixture(file_desk):
 
 
 def choose(desk, name):
-    """A preset, worked off to its end: the tip is set behind the cursors."""
+    """Chooses a preset and waits until it is applied. The tip changes after the cursors."""
     desk.choose(name)
     desk.wait_for_tip(model.tip_on(*model.PRESETS[name][:2]))
 
@@ -99,19 +99,19 @@ def off(desk):
 
 # Start-up
 
-def test_every_start_puts_the_cursors_back_once(file_desk):
+def test_every_start_resets_the_cursors_once(file_desk):
     desk = file_desk
     cursors = Cursors(desk)
     for _ in range(2):
         if desk.program_running():
             desk.kill_program()
-        cursors.look()
+        cursors.clear()
         desk.start_fresh()
         cursors.expect([RESET])
 
 
-def test_after_a_crash_with_tinted_cursors_the_next_start_puts_them_back(begin):
-    desk, cursors = begin()
+def test_the_start_after_a_crash_resets_tinted_cursors(start_with):
+    desk, cursors = start_with()
     choose(desk, "EVENING")
     cursors.expect(TINTED)
     desk.kill_program()
@@ -123,8 +123,8 @@ def test_after_a_crash_with_tinted_cursors_the_next_start_puts_them_back(begin):
 # Tinting
 
 @MODES
-def test_every_colour_cursor_is_replaced_in_order_and_given_back_when_the_filter_goes_off(begin, legacy):
-    desk, cursors = begin({"UseLegacyGamma": legacy})
+def test_every_colour_cursor_is_replaced_in_order_and_restored_when_the_filter_turns_off(start_with, legacy):
+    desk, cursors = start_with({"UseLegacyGamma": legacy})
     for _ in range(2):
         choose(desk, "EVENING")
         cursors.expect(TINTED)
@@ -133,8 +133,8 @@ def test_every_colour_cursor_is_replaced_in_order_and_given_back_when_the_filter
 
 
 @MODES
-def test_the_copies_are_made_once_a_run(begin, legacy):
-    desk, cursors = begin({"UseLegacyGamma": legacy})
+def test_the_cursors_are_copied_once_per_run(start_with, legacy):
+    desk, cursors = start_with({"UseLegacyGamma": legacy})
     assert cursors.copies() == 0
     choose(desk, "EVENING")
     assert cursors.copies() == len(ALL)
@@ -147,8 +147,8 @@ def test_the_copies_are_made_once_a_run(begin, legacy):
 
 
 @MODES
-def test_a_drag_of_a_slider_tints_anew_and_neither_loads_nor_copies(begin, legacy):
-    desk, cursors = begin({"UseLegacyGamma": legacy})
+def test_a_slider_drag_tints_again_without_loading_or_copying(start_with, legacy):
+    desk, cursors = start_with({"UseLegacyGamma": legacy})
     choose(desk, "EVENING")
     cursors.expect(TINTED)
     desk.slide("WARMTH", 20, steps=10)
@@ -171,18 +171,18 @@ def test_a_drag_of_a_slider_tints_anew_and_neither_loads_nor_copies(begin, legac
     pytest.param({"Intensity": 385, "Brightness": 999}, False, id="0.001 of brightness"),
     pytest.param({"Intensity": 385, "Brightness": 997}, True, id="0.003 of brightness"),
 ])
-def test_within_the_dead_band_nothing_is_replaced(begin, legacy, settings, tinted):
-    desk, cursors = begin({"UseLegacyGamma": legacy, **settings})
+def test_a_change_within_the_dead_band_replaces_no_cursor(start_with, legacy, settings, tinted):
+    desk, cursors = start_with({"UseLegacyGamma": legacy, **settings})
     desk.press_power()
     cursors.expect(TINTED)
     choose(desk, "DAY")
     wait_for_day(desk, legacy)
     assert cursors.calls() == (TINTED if tinted else [])
-    cursors.look()
-    # Neither when the same is applied once more.
+    cursors.clear()
+    # Applying the same values again changes nothing either.
     choose(desk, "DAY")
     desk.send_message(WM_POWERBROADCAST, RESUMED)
-    time.sleep(0.5)  # For what the end of a sleep brings.
+    time.sleep(0.5)  # The filter is applied again after the resume.
     assert cursors.calls() == []
 
 
@@ -190,9 +190,9 @@ def wait_for_day(desk, legacy):
     (desk.wait_for_legacy_colour if legacy else desk.wait_for_colour)(*model.PRESETS["DAY"][:2])
 
 
-def test_what_is_tinted_once_counts_and_not_the_last_value(begin):
+def test_the_dead_band_is_measured_from_the_last_tint(start_with):
     """Two moves of a little less than the dead band, in the same direction, tint once."""
-    desk, cursors = begin({"Intensity": 383})
+    desk, cursors = start_with({"Intensity": 383})
     desk.press_power()
     cursors.expect(TINTED)
     choose(desk, "DAY")  # 0.0016 from the tint
@@ -202,14 +202,14 @@ def test_what_is_tinted_once_counts_and_not_the_last_value(begin):
     cursors.expect(TINTED)
 
 
-def test_a_filter_that_changes_no_colour_tints_too(begin):
-    desk, cursors = begin({"Intensity": 0})
+def test_a_filter_that_changes_no_colour_tints_too(start_with):
+    desk, cursors = start_with({"Intensity": 0})
     desk.press_power()
     cursors.expect(TINTED)
 
 
-def test_a_refused_ramp_leaves_the_screen_and_tints_the_cursors(begin):
-    desk, cursors = begin({"UseLegacyGamma": 1})
+def test_a_refused_ramp_leaves_the_screen_unchanged_and_tints_the_cursors(start_with):
+    desk, cursors = start_with({"UseLegacyGamma": 1})
     choose(desk, "NIGHT")
     assert any("REJECTED" in line for line in desk.log())
     assert desk.screen_is_plain()
@@ -219,8 +219,8 @@ def test_a_refused_ramp_leaves_the_screen_and_tints_the_cursors(begin):
 
 
 @MODES
-def test_legacy_mode_gives_the_cursors_back_and_tints_them_anew(begin, legacy):
-    desk, cursors = begin({"UseLegacyGamma": legacy})
+def test_switching_legacy_mode_restores_the_cursors_and_tints_them_again(start_with, legacy):
+    desk, cursors = start_with({"UseLegacyGamma": legacy})
     choose(desk, "EVENING")
     cursors.expect(TINTED)
     desk.menu(MENU_LEGACY)
@@ -229,8 +229,8 @@ def test_legacy_mode_gives_the_cursors_back_and_tints_them_anew(begin, legacy):
 
 
 @MODES
-def test_legacy_mode_with_the_filter_off_leaves_the_cursors_alone(begin, legacy):
-    desk, cursors = begin({"UseLegacyGamma": legacy})
+def test_switching_legacy_mode_with_the_filter_off_does_not_change_the_cursors(start_with, legacy):
+    desk, cursors = start_with({"UseLegacyGamma": legacy})
     desk.menu(MENU_LEGACY)
     desk.wait_for_saves(1)
     assert cursors.calls() == []
@@ -238,16 +238,16 @@ def test_legacy_mode_with_the_filter_off_leaves_the_cursors_alone(begin, legacy)
 
 # Failures
 
-def test_a_matrix_that_windows_refuses_tints_nothing(begin):
-    desk, cursors = begin(effect=(5,))
+def test_a_matrix_that_windows_refuses_tints_nothing(start_with):
+    desk, cursors = start_with(effect=(5,))
     desk.choose("EVENING")
     desk.press_button(desk.wait_for_message_box())
     assert cursors.calls() == []
     assert cursors.copies() == 0
 
 
-def test_a_matrix_that_is_refused_later_gives_the_cursors_back(begin):
-    desk, cursors = begin(effect=(0, 5, 0))
+def test_a_matrix_that_is_refused_later_restores_the_cursors(start_with):
+    desk, cursors = start_with(effect=(0, 5, 0))
     choose(desk, "EVENING")
     cursors.expect(TINTED)
     desk.choose("DAY")
@@ -257,8 +257,8 @@ def test_a_matrix_that_is_refused_later_gives_the_cursors_back(begin):
     cursors.expect(TINTED)
 
 
-def test_the_fallback_to_legacy_mode_tints_with_the_ramp(begin):
-    desk, cursors = begin(effect=(0, 87))
+def test_the_fallback_to_legacy_mode_tints_with_the_ramp(start_with):
+    desk, cursors = start_with(effect=(0, 87))
     choose(desk, "DAY")
     cursors.expect(TINTED)
     choose(desk, "EVENING")
@@ -282,26 +282,26 @@ def test_without_the_library_nothing_is_tinted_until_legacy_mode(make_desk):
     assert cursors.calls()[-len(TINTED):] == TINTED
 
 
-# The ways out
+# Quit and end of session
 
 @MODES
-def test_quit_gives_the_cursors_back_and_destroys_the_copies(begin, legacy):
-    desk, cursors = begin({"UseLegacyGamma": legacy})
+def test_quit_restores_the_cursors_and_destroys_the_copies(start_with, legacy):
+    desk, cursors = start_with({"UseLegacyGamma": legacy})
     choose(desk, "EVENING")
-    handed_over = cursors.handles()
+    passed = cursors.handles()
     cursors.expect(TINTED)
     assert desk.quit() == 0
     assert cursors.calls() == [RESET]
     text = cursors.thread_text()
     destroyed = [int(number, 16) for number in DESTROYED.findall(text.partition("(87, 0")[2])]
     assert len(set(destroyed)) >= len(ALL)
-    # What Windows took over is Windows' own.
-    assert not set(handed_over) & set(cursors.destroyed())
+    # Windows owns the cursors that were passed to it.
+    assert not set(passed) & set(cursors.destroyed())
 
 
 @MODES
-def test_quit_with_the_filter_off_has_nothing_to_give_back(begin, legacy):
-    desk, cursors = begin({"UseLegacyGamma": legacy})
+def test_quit_with_the_filter_off_restores_no_cursor(start_with, legacy):
+    desk, cursors = start_with({"UseLegacyGamma": legacy})
     choose(desk, "EVENING")
     off(desk)
     cursors.expect([*TINTED, RESET])
@@ -310,16 +310,16 @@ def test_quit_with_the_filter_off_has_nothing_to_give_back(begin, legacy):
     assert len(set(cursors.destroyed())) >= len(ALL)
 
 
-def test_quit_of_a_run_without_a_filter_asks_for_nothing(begin):
-    desk, cursors = begin()
+def test_quit_without_a_filter_makes_no_cursor_call(start_with):
+    desk, cursors = start_with()
     assert desk.quit() == 0
     assert cursors.calls() == []
     assert cursors.copies() == 0
 
 
 @MODES
-def test_the_end_of_the_session_gives_the_cursors_back_and_nothing_tints_them_again(begin, legacy):
-    desk, cursors = begin({"UseLegacyGamma": legacy})
+def test_the_end_of_the_session_restores_the_cursors_and_nothing_tints_them_again(start_with, legacy):
+    desk, cursors = start_with({"UseLegacyGamma": legacy})
     choose(desk, "EVENING")
     cursors.expect(TINTED)
     x, y = desk.unit_to_screen(SLIDER_X["WARMTH"], SLIDER_Y)
@@ -330,12 +330,12 @@ def test_the_end_of_the_session_gives_the_cursors_back_and_nothing_tints_them_ag
     cursors.expect([RESET])
     desk.move(x, y - 50)
     desk.release()
-    time.sleep(0.3)  # For a step of the drag that must not come.
+    time.sleep(0.3)  # No step of the drag may follow.
     assert cursors.calls() == []
 
 
-def test_a_session_end_that_was_called_off_leaves_them_tinted(begin):
-    desk, cursors = begin()
+def test_after_a_cancelled_session_end_the_cursors_stay_tinted(start_with):
+    desk, cursors = start_with()
     choose(desk, "EVENING")
     cursors.expect(TINTED)
     desk.send_message(WM_ENDSESSION, 0, 0)
@@ -343,7 +343,7 @@ def test_a_session_end_that_was_called_off_leaves_them_tinted(begin):
 
 
 @MODES
-def test_the_real_end_of_the_windows_session_gives_the_cursors_back(make_desk, legacy):
+def test_the_real_end_of_the_windows_session_restores_the_cursors(make_desk, legacy):
     desk = make_desk(debug=RECORD).start_fresh({"UseLegacyGamma": legacy})
     cursors = Cursors(desk)
     cursors.expect([RESET])
@@ -354,8 +354,8 @@ def test_the_real_end_of_the_windows_session_gives_the_cursors_back(make_desk, l
     assert cursors.calls() == [RESET]
 
 
-def test_hiding_the_popup_leaves_them_tinted(begin):
-    desk, cursors = begin()
+def test_after_hiding_the_popup_the_cursors_stay_tinted(start_with):
+    desk, cursors = start_with()
     choose(desk, "EVENING")
     cursors.expect(TINTED)
     desk.post_message(WM_CLOSE)

@@ -1,4 +1,4 @@
-"""Resolution and scaling change, the machine wakes up: the filter is applied again, once, and the popup fits."""
+"""Changes of resolution and scaling, and resume: the filter is applied again, once, and the popup fits."""
 
 import struct
 import time
@@ -17,13 +17,13 @@ CONSOLE_DISPLAY_STATE = uuid.UUID("6fe69556-704a-47a0-8f24-c28d936fda47")
 MONITOR_POWER_ON = uuid.UUID("02731015-4510-4526-99e6-e5a17ebd1aea")
 OFF, ON, DIMMED = 0, 1, 2
 AFTER_DISPLAY_CHANGE, AFTER_RESUME = 0.3, 1.2
-# Windows' timers may come a clock tick early.
+# Windows' timers may fire a clock tick early.
 TICK = 0.02
 START = (model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
 
 
-@pytest.fixture(name="lit")
-def lit_fixture(desk):
+@pytest.fixture(name="filtered")
+def filtered_fixture(desk):
     desk.press_power()
     desk.wait_for_colour(*START)
     return desk
@@ -40,17 +40,17 @@ def wait_for_applies(desk, count):
     wait_until(lambda: len(desk.effects()) >= count, f"{count} colour matrices")
 
 
-def test_a_display_change_applies_the_filter_again_a_moment_later(lit):
+def test_a_display_change_applies_the_filter_again_a_moment_later(filtered):
     started = time.monotonic()
-    lit.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
-    wait_for_applies(lit, 2)
+    filtered.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
+    wait_for_applies(filtered, 2)
     assert time.monotonic() - started >= AFTER_DISPLAY_CHANGE - TICK
-    assert lit.effects()[1].matrix == lit.effects()[0].matrix
+    assert filtered.effects()[1].matrix == filtered.effects()[0].matrix
 
 
 def post_changes(desk, times, pause):
-    """Posts so many display changes, `pause` seconds apart, none of which comes after the wait that another started."""
-    def lit_afresh():
+    """Posts display changes `pause` seconds apart, each within the delay that the previous one started."""
+    def start_filtered():
         desk.start_fresh().press_power()
         desk.wait_for_colour(*START)
         return post
@@ -59,91 +59,91 @@ def post_changes(desk, times, pause):
         for _ in range(times):
             desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
             time.sleep(pause)
-    # The whole burst takes less than its pauses and one wait: then no two changes are a wait apart.
-    act_within((times - 1) * pause + AFTER_DISPLAY_CHANGE, lit_afresh)
+    # The burst takes less than its pauses plus one delay, so no two changes are a full delay apart.
+    act_within((times - 1) * pause + AFTER_DISPLAY_CHANGE, start_filtered)
     return time.monotonic() - pause
 
 
 def test_a_burst_of_display_changes_applies_it_once(file_desk):
     post_changes(file_desk, 8, 0.0)
     wait_for_applies(file_desk, 2)
-    time.sleep(2 * AFTER_DISPLAY_CHANGE)  # For applies that follow wrongly.
+    time.sleep(2 * AFTER_DISPLAY_CHANGE)  # No further apply may follow.
     assert len(file_desk.effects()) == 2
 
 
-def test_each_display_change_of_a_burst_starts_the_wait_anew(file_desk):
+def test_each_display_change_of_a_burst_restarts_the_delay(file_desk):
     last = post_changes(file_desk, 4, 0.1)  # A slow burst.
     wait_for_applies(file_desk, 2)
     assert time.monotonic() - last >= AFTER_DISPLAY_CHANGE - 0.1 - TICK
-    time.sleep(AFTER_DISPLAY_CHANGE)  # For applies that follow wrongly.
+    time.sleep(AFTER_DISPLAY_CHANGE)  # No further apply may follow.
     assert len(file_desk.effects()) == 2
 
 
 @pytest.mark.parametrize("event", [RESUME_AUTOMATIC, RESUME_SUSPEND])
-def test_a_resume_applies_the_filter_again_after_a_longer_wait(lit, event):
+def test_a_resume_applies_the_filter_again_after_a_longer_delay(filtered, event):
     started = time.monotonic()
-    assert lit.send_message(WM_POWERBROADCAST, event, 0) == 1
-    wait_for_applies(lit, 2)
+    assert filtered.send_message(WM_POWERBROADCAST, event, 0) == 1
+    wait_for_applies(filtered, 2)
     assert time.monotonic() - started >= AFTER_RESUME - TICK
 
 
-def test_both_messages_of_one_resume_apply_it_once(lit):
-    lit.post_message(WM_POWERBROADCAST, RESUME_AUTOMATIC, 0)
-    lit.post_message(WM_POWERBROADCAST, RESUME_SUSPEND, 0)
-    wait_for_applies(lit, 2)
-    time.sleep(0.4)  # For a second apply that follows wrongly.
-    assert len(lit.effects()) == 2
+def test_both_messages_of_one_resume_apply_it_once(filtered):
+    filtered.post_message(WM_POWERBROADCAST, RESUME_AUTOMATIC, 0)
+    filtered.post_message(WM_POWERBROADCAST, RESUME_SUSPEND, 0)
+    wait_for_applies(filtered, 2)
+    time.sleep(0.4)  # No second apply may follow.
+    assert len(filtered.effects()) == 2
 
 
-def test_other_power_events_apply_nothing(lit):
+def test_other_power_events_apply_nothing(filtered):
     for event in (SUSPEND, BATTERY_LOW):
-        assert lit.send_message(WM_POWERBROADCAST, event, 0) == 1
-    time.sleep(AFTER_RESUME + 0.3)  # Longer than the longest wait.
-    assert len(lit.effects()) == 1
+        assert filtered.send_message(WM_POWERBROADCAST, event, 0) == 1
+    time.sleep(AFTER_RESUME + 0.3)  # Longer than the longest delay.
+    assert len(filtered.effects()) == 1
 
 
-def tell_power_setting(desk, state, setting=CONSOLE_DISPLAY_STATE):
-    """Sends what Windows sends when a power setting has changed."""
+def send_power_setting(desk, state, setting=CONSOLE_DISPLAY_STATE):
+    """Sends the message that Windows sends when a power setting has changed."""
     data = setting.bytes_le + struct.pack("<LL", 4, state)
     assert desk.send_data(WM_POWERBROADCAST, POWER_SETTING_CHANGE, data) == 1
 
 
-def test_displays_that_were_off_get_the_filter_again_when_they_come_on(lit):
-    tell_power_setting(lit, OFF)
+def test_the_filter_is_applied_again_when_the_displays_turn_on(filtered):
+    send_power_setting(filtered, OFF)
     started = time.monotonic()
-    tell_power_setting(lit, ON)
-    wait_for_applies(lit, 2)
+    send_power_setting(filtered, ON)
+    wait_for_applies(filtered, 2)
     assert time.monotonic() - started >= AFTER_RESUME - TICK
 
 
-def test_a_ramp_that_was_lost_while_the_displays_were_off_comes_back(file_desk):
+def test_a_ramp_that_was_lost_while_the_displays_were_off_is_restored(file_desk):
     desk = file_desk.start_fresh({"UseLegacyGamma": 1})
     desk.press_power()
     desk.wait_for_legacy_colour(*START)
-    tell_power_setting(desk, OFF)
+    send_power_setting(desk, OFF)
     desk.set_ramp(model.ramp(model.IDENTITY))
-    tell_power_setting(desk, ON)
+    send_power_setting(desk, ON)
     desk.wait_for_legacy_colour(*START)
 
 
-def test_displays_that_are_on_already_or_were_only_dimmed_apply_nothing(lit):
-    # The first is what Windows tells right after the registration.
+def test_displays_that_are_already_on_or_only_dimmed_apply_nothing(filtered):
+    # Windows reports the first state directly after the registration.
     for state in (ON, DIMMED, ON):
-        tell_power_setting(lit, state)
+        send_power_setting(filtered, state)
     for state in (OFF, ON):
-        tell_power_setting(lit, state, MONITOR_POWER_ON)
-    time.sleep(AFTER_RESUME + 0.3)  # Longer than the longest wait.
-    assert len(lit.effects()) == 1
+        send_power_setting(filtered, state, MONITOR_POWER_ON)
+    time.sleep(AFTER_RESUME + 0.3)  # Longer than the longest delay.
+    assert len(filtered.effects()) == 1
 
 
-def test_with_the_filter_off_a_display_change_touches_nothing(desk):
+def test_a_display_change_with_the_filter_off_sets_no_colour(desk):
     desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
-    desk.wait_for_tip(model.TIP_OFF)  # What is drawn anew after the wait.
+    desk.wait_for_tip(model.TIP_OFF)  # The tray icon is updated after the delay.
     assert desk.effects() == []
     assert desk.screen_is_plain()
 
 
-def test_a_ramp_that_the_display_driver_lost_comes_back_in_legacy_mode(file_desk):
+def test_legacy_mode_restores_a_ramp_that_the_display_driver_dropped(file_desk):
     desk = file_desk.start_fresh({"UseLegacyGamma": 1})
     desk.press_power()
     desk.wait_for_legacy_colour(*START)
@@ -152,7 +152,7 @@ def test_a_ramp_that_the_display_driver_lost_comes_back_in_legacy_mode(file_desk
     desk.wait_for_legacy_colour(*START)
 
 
-def test_the_box_of_a_failed_load_does_not_pile_up(make_desk):
+def test_the_message_box_of_a_failed_load_opens_once(make_desk):
     desk = make_desk(magnification="missing")
     desk.clear()
     desk.start_program()
@@ -163,11 +163,11 @@ def test_the_box_of_a_failed_load_does_not_pile_up(make_desk):
     for _ in range(3):
         desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
         desk.wait_for_message_box()
-        time.sleep(0.6)  # Twice the time that the program waits after a display change.
+        time.sleep(0.6)  # Twice the delay after a display change.
     boxes = desk.message_boxes()
     assert len(boxes) == 1
     desk.press_button(boxes[0])
-    wait_until(lambda: not desk.message_boxes(), "the end of the box")
+    wait_until(lambda: not desk.message_boxes(), "the message box to close")
     desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
     desk.press_button(desk.wait_for_message_box())
 
@@ -188,57 +188,57 @@ def test_a_library_that_failed_at_the_start_is_tried_again(file_desk):
         "MagInitialize", "MagInitialize", "MagSetFullscreenColorEffect"]
 
 
-def test_a_real_change_of_resolution_applies_the_filter_again(lit, full_size):
-    lit.change_mode(1280, 720)
-    wait_for_applies(lit, 2)
-    lit.wait_for_colour(*START)
-    assert all(call.matrix == lit.effects()[0].matrix for call in lit.effects())
+def test_a_real_change_of_resolution_applies_the_filter_again(filtered, full_size):
+    filtered.change_mode(1280, 720)
+    wait_for_applies(filtered, 2)
+    filtered.wait_for_colour(*START)
+    assert all(call.matrix == filtered.effects()[0].matrix for call in filtered.effects())
 
 
-def test_after_a_change_of_resolution_the_popup_opens_in_the_new_corner(lit, full_size):
-    lit.change_mode(1280, 720)
-    wait_until(lambda: lit.metrics()["work_right"] == 1280, "the new work area")
-    lit.post_message(WM_CLOSE)
-    lit.wait_for_popup(False)
-    wait_for_applies(lit, 2)
+def test_after_a_change_of_resolution_the_popup_opens_in_the_new_corner(filtered, full_size):
+    filtered.change_mode(1280, 720)
+    wait_until(lambda: filtered.metrics()["work_right"] == 1280, "the new work area")
+    filtered.post_message(WM_CLOSE)
+    filtered.wait_for_popup(False)
+    wait_for_applies(filtered, 2)
     time.sleep(2 * REOPEN_GUARD)
-    # Wine's taskbar moves its icons but not what it tells of their places.
-    lit.click(1280 - 10, 720 - 10)
-    rect = lit.wait_for_popup()
-    metrics = lit.metrics()
+    # Wine's taskbar moves its icons but reports their old positions.
+    filtered.click(1280 - 10, 720 - 10)
+    rect = filtered.wait_for_popup()
+    metrics = filtered.metrics()
     assert (rect.right, rect.bottom) == (metrics["work_right"] - 10, metrics["work_bottom"] - 10)
     assert (rect.right - rect.left, rect.bottom - rect.top) == (320, 540)
 
 
-def test_the_resolution_changes_while_a_slider_is_held(lit, full_size):
-    lit.wait_for_saves(1)
-    lit.slide("WARMTH", 30, release=False)
-    lit.wait_for_tip(model.tip_on(model.dragged(0.385, 30), 1.0))
-    applies = len(lit.effects())
-    lit.change_mode(1280, 720)
-    wait_until(lambda: lit.metrics()["width"] == 1280, "the new resolution")
-    wait_for_applies(lit, applies + 1)
-    lit.move(600, 400)
-    lit.move(600, 300)
-    lit.release()
-    lit.wait_for_saves(2)
-    # Wherever the pointer was left: screen, tip and file agree on one value.
-    saved = int(lit.settings()["Intensity"]) / 1000.0
-    assert lit.effects()[-1].diagonal == pytest.approx(model.factors(saved, 1.0), abs=0.004)
-    lit.post_message(WM_CLOSE)
-    lit.wait_for_popup(False)
+def test_the_resolution_changes_while_a_slider_is_held(filtered, full_size):
+    filtered.wait_for_saves(1)
+    filtered.slide("WARMTH", 30, release=False)
+    filtered.wait_for_tip(model.tip_on(model.dragged(0.385, 30), 1.0))
+    applies = len(filtered.effects())
+    filtered.change_mode(1280, 720)
+    wait_until(lambda: filtered.metrics()["width"] == 1280, "the new resolution")
+    wait_for_applies(filtered, applies + 1)
+    filtered.move(600, 400)
+    filtered.move(600, 300)
+    filtered.release()
+    filtered.wait_for_saves(2)
+    # Screen, tip and file agree on one value, regardless of the pointer's position.
+    saved = int(filtered.settings()["Intensity"]) / 1000.0
+    assert filtered.effects()[-1].diagonal == pytest.approx(model.factors(saved, 1.0), abs=0.004)
+    filtered.post_message(WM_CLOSE)
+    filtered.wait_for_popup(False)
     time.sleep(2 * REOPEN_GUARD)
-    lit.click(1280 - 10, 720 - 10)
-    lit.wait_for_popup()
-    # Wine does not move the work area's lower edge, so only the popup's upper part can be reached.
-    lit.drag_unit(80, 150, 80, 120)
-    lit.wait_for_saves(3)
-    now = int(lit.settings()["Intensity"]) / 1000.0
+    filtered.click(1280 - 10, 720 - 10)
+    filtered.wait_for_popup()
+    # Wine does not move the work area's lower edge, so only the popup's upper part is on the screen.
+    filtered.drag_unit(80, 150, 80, 120)
+    filtered.wait_for_saves(3)
+    now = int(filtered.settings()["Intensity"]) / 1000.0
     assert now == pytest.approx(model.dragged(saved, 30), abs=0.002)
 
 
 def send_new_dpi(desk, dpi, wparam=None):
-    """Sends what Windows sends when the popup gets another DPI; where the suggested rectangle begins."""
+    """Sends the message that Windows sends for a new DPI. Returns the left and top of the suggested rectangle."""
     exe = desk.prefix.path(desk.program_path)
     assert is_at_its_own_base(exe, desk.program_pids()[0])
     address, left, top = place_of_a_rectangle(exe, lambda x, y: 40 <= x <= 300 and 40 <= y <= 150)
@@ -256,7 +256,7 @@ def test_a_new_dpi_moves_and_sizes_the_popup(desk, dpi, size):
 
 
 @pytest.mark.parametrize("wparam, size", [(144, (480, 810)), (0x900060, (480, 810)), (0, (320, 540))])
-def test_the_new_dpi_is_read_from_the_high_word_when_there_is_one(desk, wparam, size):
+def test_the_new_dpi_is_read_from_the_high_word_if_it_is_not_zero(desk, wparam, size):
     desk.open_popup()
     send_new_dpi(desk, 0, wparam)
     rect = desk.popup_rect()
@@ -278,7 +278,7 @@ def test_the_dpi_changes_while_a_slider_is_held(desk):
     desk.slide("WARMTH", 30, release=False)
     desk.wait_for_tip(model.tip_on(model.dragged(0.385, 30), 1.0))
     left, top = send_new_dpi(desk, 192)
-    # The slider goes on from the place of the press, now counted in the new units.
+    # The drag continues from the position of the press, in the new units.
     desk.move(left + 160, top + 2 * (SLIDER_Y - 50))
     desk.wait_for_tip(model.tip_on(model.dragged(0.385, 50), 1.0))
     desk.release()
@@ -286,7 +286,7 @@ def test_the_dpi_changes_while_a_slider_is_held(desk):
     desk.wait_for_setting("Intensity", str(model.per_mille(model.dragged(0.385, 50))))
 
 
-def test_a_dpi_message_without_a_rectangle_does_no_harm(desk):
+def test_a_dpi_message_without_a_rectangle_is_ignored(desk):
     desk.open_popup()
     desk.send_message(WM_DPICHANGED, 144 << 16 | 144, 0)
     desk.send_message(WM_DPICHANGED, 96 << 16 | 96, 0)

@@ -1,4 +1,4 @@
-"""events.log: one line for each thing that happened, behind a marker for each start."""
+"""events.log: one line per event, and a marker for each start."""
 
 import re
 
@@ -17,7 +17,7 @@ def raw(desk):
 
 
 def start_with_events(desk, content):
-    """A fresh start that finds this event log."""
+    """Starts the program with this event log."""
     desk.start_fresh()
     desk.kill_program()
     desk.write_events(content)
@@ -38,17 +38,17 @@ def test_the_first_lines_follow_the_marker_in_order(desk):
     assert len(desk.log()) == 5 and desk.log()[4] == "Gamma range: Windows default"
 
 
-def test_every_other_line_carries_the_time_of_day(desk):
+def test_every_other_line_starts_with_the_time_of_day(desk):
     desk.choose("DAY")
     desk.wait_for_saves(1)
     lines = desk.events_text().splitlines()
     assert lines.count(MARKER) == 1
     assert all(STAMPED.fullmatch(line) for line in lines[1:])
     stamps = [line[1:13] for line in lines[1:]]
-    assert stamps == sorted(stamps) or min(stamps) < "00:05"  # A run over midnight starts anew.
+    assert stamps == sorted(stamps) or min(stamps) < "00:05"  # The time of day restarts at midnight.
 
 
-def test_lines_end_as_windows_lines_do_and_nothing_precedes_them(desk):
+def test_lines_end_with_cr_lf_and_the_file_has_no_byte_order_mark(desk):
     desk.loaded()
     text = raw(desk)
     assert text.startswith(MARKER.encode() + b"\r\n[")
@@ -56,7 +56,7 @@ def test_lines_end_as_windows_lines_do_and_nothing_precedes_them(desk):
     assert text.count(b"\n") == text.count(b"\r\n") == text.count(b"\r")
 
 
-def test_every_start_adds_its_marker_behind_what_was_there(desk):
+def test_every_start_appends_its_marker(desk):
     desk.loaded()
     first = raw(desk)
     for runs in (2, 3):
@@ -66,7 +66,7 @@ def test_every_start_adds_its_marker_behind_what_was_there(desk):
         assert desk.events_text().count(MARKER + "\n") == runs
 
 
-def test_dragging_and_clicking_log_no_more_than_the_saves(desk):
+def test_drags_and_clicks_log_only_the_saves(desk):
     desk.loaded()
     before = len(desk.log())
     desk.press_power()
@@ -74,7 +74,7 @@ def test_dragging_and_clicking_log_no_more_than_the_saves(desk):
     desk.slide("BRIGHTNESS", -60)
     desk.wait_for_tip(model.tip_on(model.dragged(0.385, 60), model.dragged(1.0, -60, 0.1)))
     saves = desk.saves()
-    wait_until(lambda: desk.saves() > saves, "the save behind the last drag")
+    wait_until(lambda: desk.saves() > saves, "the save after the last drag")
     assert set(desk.log()[before:]) == {"Saved settings"}
 
 
@@ -86,34 +86,34 @@ def test_the_file_can_be_deleted_while_the_program_runs(desk):
     assert len(desk.events_text().splitlines()) == 1
 
 
-def test_a_log_of_exactly_the_limit_is_kept_whole(file_desk):
+def test_a_log_of_exactly_the_limit_is_not_truncated(file_desk):
     old = (b"0123456789abcde\n" * (LIMIT // 16))[:LIMIT]
     desk = start_with_events(file_desk, old)
     assert raw(desk).startswith(old + MARKER.encode() + b"\r\n")
 
 
-def test_a_log_of_one_byte_more_is_cut_to_its_last_part(file_desk):
+def test_a_log_one_byte_above_the_limit_is_truncated_to_its_last_part(file_desk):
     old = b"".join(b"line %07d\r\n" % number for number in range(20000))[:LIMIT + 1]
     desk = start_with_events(file_desk, old)
     assert raw(desk).startswith(old[-KEPT:] + MARKER.encode() + b"\r\n")
     assert raw(desk).count(MARKER.encode()) == 1
 
 
-def test_the_cut_is_made_by_bytes_also_within_a_letter(file_desk):
+def test_a_log_is_truncated_by_bytes_even_within_a_character(file_desk):
     old = "\u00e9".encode() * (LIMIT // 2) + b"."
     assert old[-KEPT:].startswith(b"\xa9")
     desk = start_with_events(file_desk, old)
     assert raw(desk).startswith(old[-KEPT:] + MARKER.encode())
 
 
-def test_a_small_log_without_a_last_line_end_is_only_added_to(file_desk):
-    desk = start_with_events(file_desk, b"[10:00:00.000] cut off")
-    assert raw(desk).startswith(b"[10:00:00.000] cut off" + MARKER.encode() + b"\r\n[")
+def test_a_small_log_without_a_final_line_end_is_appended_to(file_desk):
+    desk = start_with_events(file_desk, b"[10:00:00.000] truncated")
+    assert raw(desk).startswith(b"[10:00:00.000] truncated" + MARKER.encode() + b"\r\n[")
 
 
 @pytest.fixture(name="hardware")
 def hardware_fixture(desk):
-    """Sets what the machine calls itself, and takes it back."""
+    """Sets the machine's manufacturer and product, and deletes them afterwards."""
     def name(maker, product):
         desk.registry_set(HARDWARE_KEY, "SystemManufacturer", maker)
         desk.registry_set(HARDWARE_KEY, "SystemProductName", product)
@@ -122,21 +122,21 @@ def hardware_fixture(desk):
         desk.registry_delete(HARDWARE_KEY, value)
 
 
-def test_letters_of_every_language_are_written_as_utf_8(desk, hardware):
+def test_characters_of_every_language_are_written_as_utf_8(desk, hardware):
     hardware("M\u00f6bel & S\u00f6hne", "\u6a5f\u68b0 \U0001f5a5")
     desk.start_fresh()
     desk.loaded()
     assert "Hardware: M\u00f6bel & S\u00f6hne \u6a5f\u68b0 \U0001f5a5 / ".encode() in raw(desk)
 
 
-def test_a_message_is_cut_at_511_letters(desk, hardware):
+def test_a_message_is_truncated_to_511_characters(desk, hardware):
     hardware("", "p" * 600)
     desk.start_fresh()
     desk.loaded()
     assert desk.log()[2] == "Hardware: " + "p" * (511 - len("Hardware: "))
 
 
-def test_a_message_of_letters_of_two_bytes_is_cut_by_letters_and_written_whole(desk, hardware):
+def test_a_message_of_two_byte_characters_is_truncated_between_characters(desk, hardware):
     hardware("", "\u00f6" * 600)
     desk.start_fresh()
     desk.loaded()
@@ -144,7 +144,7 @@ def test_a_message_of_letters_of_two_bytes_is_cut_by_letters_and_written_whole(d
     assert desk.log()[3].startswith("Loaded settings: ")
 
 
-def test_the_log_lies_beside_the_settings(desk):
+def test_the_log_is_in_the_folder_of_the_settings(desk):
     desk.press_power()
     desk.wait_for_saves(1)
     assert sorted(path.name for path in desk.settings_folder.iterdir()) == ["events.log", "settings.ini"]

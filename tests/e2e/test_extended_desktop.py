@@ -1,4 +1,4 @@
-"""Legacy Mode on an extended desktop, where Windows refuses gamma ramps of the whole screen's device context."""
+"""Legacy Mode on an extended desktop, where Windows refuses gamma ramps for the whole screen's device context."""
 
 import pytest
 
@@ -25,7 +25,7 @@ def rejections(desk):
     return [line for line in desk.log() if "REJECTED" in line]
 
 
-def test_every_display_is_coloured_and_plain_again(legacy):
+def test_every_display_is_coloured_and_restored(legacy):
     legacy.displays.connect("everything", "everything", "everything")
     legacy.choose("EVENING")
     for number in (1, 2, 3):
@@ -36,7 +36,7 @@ def test_every_display_is_coloured_and_plain_again(legacy):
         wait_for_display(legacy, number, model.IDENTITY)
 
 
-def test_a_display_that_takes_no_ramp_at_all_is_left_out(legacy):
+def test_a_display_that_refuses_every_ramp_is_skipped(legacy):
     legacy.displays.connect("everything", "nothing")
     legacy.choose("EVENING")
     legacy.wait_for_legacy_colour(*EVENING)
@@ -46,21 +46,21 @@ def test_a_display_that_takes_no_ramp_at_all_is_left_out(legacy):
     assert not rejections(legacy)
 
 
-def test_a_display_that_refuses_the_filters_ramp_alone_is_reported(legacy):
+def test_a_display_that_refuses_only_the_filters_ramp_is_reported(legacy):
     legacy.displays.connect("everything", "identity")
     legacy.choose("DAY")
     legacy.wait_for_log(REFUSED)
     wait_for_display(legacy, 2, model.IDENTITY)
 
 
-def test_displays_that_all_take_no_ramp_are_reported(legacy):
+def test_a_desktop_whose_displays_all_refuse_every_ramp_is_reported(legacy):
     legacy.displays.connect("nothing", "nothing")
     legacy.choose("DAY")
     legacy.wait_for_log(REFUSED)
     assert legacy.screen_is_plain()
 
 
-def test_a_display_that_comes_later_is_coloured_with_the_next_apply(legacy):
+def test_a_display_connected_later_is_coloured_at_the_next_apply(legacy):
     legacy.displays.connect("everything")
     legacy.choose("DAY")
     legacy.wait_for_legacy_colour(*DAY)
@@ -79,7 +79,7 @@ def test_leaving_legacy_mode_leaves_one_filter_on_every_display(legacy):
     wait_for_display(legacy, 2, model.IDENTITY)
 
 
-def test_the_end_of_the_program_leaves_every_display_plain(legacy):
+def test_quit_restores_every_display(legacy):
     legacy.displays.connect("everything", "everything")
     legacy.choose("EVENING")
     wait_for_display(legacy, 2, model.factors(*EVENING))

@@ -1,4 +1,4 @@
-"""The power button puts the filter on the screen and takes it off again."""
+"""The power button applies the filter to the screen and removes it."""
 
 import pytest
 
@@ -20,7 +20,7 @@ def test_a_click_on_the_power_button_colours_the_whole_screen(desk):
     desk.wait_for_tip(model.tip_on(*START))
 
 
-def test_a_second_click_gives_the_plain_screen_back(desk):
+def test_a_second_click_restores_the_screen(desk):
     desk.press_power()
     desk.wait_for_colour(*START)
     desk.press_power()
@@ -38,7 +38,7 @@ def test_every_cell_of_the_colour_matrix_is_right(desk):
     assert cells[18] == cells[24] == 1.0
 
 
-def test_one_click_hands_over_one_matrix(desk):
+def test_one_click_sets_one_matrix(desk):
     desk.press_power()
     desk.wait_for_colour(*START)
     desk.wait_for_saves(1)
@@ -54,7 +54,7 @@ def test_every_warmth_reaches_the_screen(file_desk, intensity):
     assert desk.effects()[-1].diagonal == pytest.approx(model.factors(intensity / 1000.0, 1.0), abs=1e-6)
 
 
-# What the published table of colours says, so that a slip in our own copy of the formulas shows too.
+# Values of the published table of colours: they reveal a mistake in the model's formulas.
 @pytest.mark.parametrize("intensity, colour", [
     (0, (1.0, 1.0, 1.0)),
     (1000, (1.0, 0.0, 0.0)),
@@ -83,7 +83,7 @@ def test_a_neutral_filter_is_exactly_the_identity(file_desk):
     assert desk.screen_is_plain()
 
 
-def test_the_filter_is_off_after_every_start_whatever_it_was_before(desk):
+def test_the_filter_is_off_after_every_start(desk):
     desk.press_power()
     desk.wait_for_colour(*START)
     desk.wait_for_saves(1)

@@ -1,4 +1,4 @@
-"""The offer to lift Windows' limit for gamma ramps: the banner, the question, the helper, the restart."""
+"""The fix for Windows' gamma range limit: the banner, the question, the elevated helper, the restart."""
 
 import time
 
@@ -6,7 +6,7 @@ import pytest
 
 from ambrel_lab import LabError
 from desk import wait_until
-from letters import SMALL, picture_of, span, stands
+from text_recognition import SMALL, picture_of, span, matches_text
 
 ICM_KEY, ICM_VALUE = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM", "GdiIcmGammaRange"
 SWITCH = "--expand-gamma-range"
@@ -34,9 +34,9 @@ SHOW_POPUP = 0x8000 + 105
 TEXT, BINARY, LONG_NUMBER, LINK = 1, 3, 11, 6
 
 
-@pytest.fixture(name="begin")
-def begin_fixture(file_desk):
-    """Starts the program with this in the registry and in its settings."""
+@pytest.fixture(name="start_with")
+def start_with_fixture(file_desk):
+    """Starts the program with a registry value and settings."""
     def start(value=None, **settings):
         if file_desk.program_running():
             file_desk.kill_program()
@@ -49,9 +49,9 @@ def begin_fixture(file_desk):
 
 
 @pytest.fixture(name="blocked")
-def blocked_fixture(begin):
-    """NIGHT in Legacy Mode: the screen refuses it, and the banner says so."""
-    desk = begin(**LEGACY)
+def blocked_fixture(start_with):
+    """NIGHT in Legacy Mode: the screen refuses the ramp, and the banner is shown."""
+    desk = start_with(**LEGACY)
     desk.choose("NIGHT")
     desk.wait_for_log(REJECTED)
     wait_for_strip(desk, BLOCKED, RED)
@@ -67,7 +67,7 @@ def strip_shows(desk, text, colour):
     part = picture.crop(*STRIP)
     colours = {part.pixel(x, y) for x in range(part.width) for y in range(part.height)}
     return (colour in colours and not {RED, AMBER} - {colour} & colours
-            and stands(desk, span(picture, STRIP, GROUND), text, SMALL))
+            and matches_text(desk, span(picture, STRIP, GROUND), text, SMALL))
 
 
 def wait_for_strip(desk, text, colour):
@@ -84,7 +84,7 @@ def main_process(desk):
 
 
 def fix(desk):
-    """A click on the banner, Yes, and the helper's box away."""
+    """Clicks the banner, answers Yes, and closes the helper's message box."""
     desk.click_unit(*STRIP_MIDDLE)
     desk.press_button(box_with(desk, QUESTION), YES)
     desk.press_button(box_with(desk, DONE), OK)
@@ -93,13 +93,14 @@ def fix(desk):
 
 
 def show_again(desk):
-    """As a second start does: the popup hides under another program's box, and a click right after opens nothing."""
+    """Shows the popup as a second start does: it hides when another program's message box opens, and a click on the
+    icon directly afterwards is ignored."""
     desk.post_message(SHOW_POPUP)
     wait_until(lambda: desk.popup_visible() and desk.popup_is_foreground(), "the popup in the foreground")
 
 
 def ask_for_the_fix(desk):
-    """A click on the banner until its question comes: the helper's console may take the foreground from the popup."""
+    """Clicks the banner until its question appears: the helper's console may take the foreground from the popup."""
     for _ in range(3):
         show_again(desk)
         desk.click_unit(*STRIP_MIDDLE)
@@ -112,7 +113,7 @@ def ask_for_the_fix(desk):
 
 
 def assert_no_message_box(desk):
-    time.sleep(0.3)  # For a box that opens wrongly.
+    time.sleep(0.3)  # No message box may open.
     assert desk.message_boxes() == []
 
 
@@ -124,8 +125,8 @@ def assert_no_message_box(desk):
     pytest.param("256", DEFAULT, id="text"), pytest.param((BINARY, b"\0\1\0\0"), DEFAULT, id="binary"),
     pytest.param((LONG_NUMBER, b"\0\1\0\0\0\0\0\0"), DEFAULT, id="eight bytes"),
 ])
-def test_the_start_tells_whether_the_limit_is_lifted(begin, value, line):
-    desk = begin(value)
+def test_the_start_logs_whether_the_gamma_range_is_expanded(start_with, value, line):
+    desk = start_with(value)
     desk.wait_for_log(line)
     assert desk.log()[3].startswith("Loaded settings: ") and desk.log()[4] == line
     assert len([each for each in desk.log() if each.startswith("Gamma range")]) == 1
@@ -133,13 +134,13 @@ def test_the_start_tells_whether_the_limit_is_lifted(begin, value, line):
 
 # The banner and its question
 
-def test_a_click_on_the_banner_asks_and_no_changes_nothing(blocked):
+def test_a_click_on_the_banner_asks_for_confirmation_and_no_changes_nothing(blocked):
     before, log = picture_of(blocked), blocked.log()
     blocked.click_unit(*STRIP_MIDDLE)
     box = box_with(blocked, QUESTION)
     assert box.title == "Ambrel" and set(box.buttons) == {YES, NO}
     assert int(box.owner, 16) == blocked.window_facts()["handle"] and box.process == main_process(blocked)
-    time.sleep(0.4)  # Longer than the popup waits before it looks who has the foreground.
+    time.sleep(0.4)  # Longer than the interval of the popup's foreground check.
     assert blocked.popup_visible()
     blocked.press_button(box, NO)
     assert_no_message_box(blocked)
@@ -153,7 +154,7 @@ def test_a_click_on_the_banner_asks_and_no_changes_nothing(blocked):
     ((22, 380), True), ((297, 409), True), ((21, 395), False), ((298, 395), False), ((160, 379), False),
     ((160, 410), False),
 ])
-def test_the_banner_is_as_large_as_its_place(blocked, place, asks):
+def test_the_banner_reacts_within_its_rectangle_only(blocked, place, asks):
     blocked.click_unit(*place)
     if asks:
         blocked.press_button(box_with(blocked, QUESTION), NO)
@@ -161,8 +162,8 @@ def test_the_banner_is_as_large_as_its_place(blocked, place, asks):
         assert_no_message_box(blocked)
 
 
-def test_without_a_banner_a_click_there_does_nothing(begin):
-    desk = begin(**LEGACY)
+def test_without_a_banner_a_click_at_its_position_does_nothing(start_with):
+    desk = start_with(**LEGACY)
     desk.choose("DAY")
     desk.wait_for_saves(1)
     log = desk.log()
@@ -171,7 +172,7 @@ def test_without_a_banner_a_click_there_does_nothing(begin):
     assert desk.log() == log
 
 
-def test_yes_starts_the_helper_which_lifts_the_limit_and_the_banner_asks_for_a_restart(blocked):
+def test_yes_starts_the_helper_which_expands_the_range_and_the_banner_asks_for_a_restart(blocked):
     blocked.wait_for_saves(1)
     started = int(time.time())
     blocked.click_unit(*STRIP_MIDDLE)
@@ -191,15 +192,15 @@ def test_yes_starts_the_helper_which_lifts_the_limit_and_the_banner_asks_for_a_r
     assert log[log.index(LAUNCHED):] == [LAUNCHED, "Saved settings", CONFIRMED]
     show_again(blocked)
     wait_for_strip(blocked, RESTART, RED)
-    wait_until(lambda: len(blocked.program_pids()) == 1, "the end of the helper")
+    wait_until(lambda: len(blocked.program_pids()) == 1, "the helper to exit")
 
 
-def test_the_limit_is_confirmed_while_the_helper_still_tells_of_it(blocked):
+def test_the_fix_is_confirmed_while_the_helper_still_shows_its_message_box(blocked):
     blocked.click_unit(*STRIP_MIDDLE)
     blocked.press_button(box_with(blocked, QUESTION), YES)
     box = box_with(blocked, DONE)
     blocked.wait_for_log(CONFIRMED)
-    wait_until(lambda: int(blocked.settings()["GammaFixEpoch"]) > 0, "the time of the fix")
+    wait_until(lambda: int(blocked.settings()["GammaFixEpoch"]) > 0, "the stored time of the fix")
     blocked.press_button(box)
 
 
@@ -220,10 +221,10 @@ def test_a_click_on_the_second_text_only_repeats_the_request(blocked):
     assert blocked.settings()["GammaFixEpoch"] == epoch
 
 
-def test_the_wait_ends_with_the_confirmation(blocked):
+def test_polling_ends_with_the_confirmation(blocked):
     fix(blocked)
     saves = blocked.saves()
-    time.sleep(2.3)  # Longer than the time between two looks at the registry.
+    time.sleep(2.3)  # Longer than the polling interval of the registry.
     assert blocked.saves() == saves
     assert blocked.log().count(CONFIRMED) == 1
 
@@ -241,42 +242,42 @@ def test_the_banner_keeps_asking_for_a_restart_in_the_next_run(blocked):
     assert EXHAUSTED not in blocked.log()
 
 
-def test_with_the_limit_lifted_an_accepted_ramp_ends_the_banner_too(blocked):
+def test_with_the_range_expanded_an_accepted_ramp_removes_the_banner(blocked):
     fix(blocked)
     show_again(blocked)
     blocked.choose("DAY")
     blocked.wait_for_log("Legacy ramp accepted again (intensity=0.385 brightness=1.000)")
-    wait_until(lambda: not strip_shows(blocked, RESTART, RED), "the end of the banner")
+    wait_until(lambda: not strip_shows(blocked, RESTART, RED), "the banner to disappear")
     blocked.click_unit(*STRIP_MIDDLE)
     assert_no_message_box(blocked)
 
 
-# What can go wrong
+# Failures
 
-def exchange_program(desk, windows_path=None):
-    """Puts another program file (or none) in the place of the running one's, which goes on running; put it back."""
+def replace_program_file(desk, windows_path=None):
+    """Replaces the running program's file with another (or none). Returns a function that restores it."""
     place = desk.prefix.path(desk.program_path)
     aside = place.with_suffix(".aside")
     place.rename(aside)
     if windows_path:
         desk.prefix.put(desk.prefix.path(windows_path), desk.program_path)
 
-    def put_back():
+    def restore():
         place.unlink(missing_ok=True)
         aside.rename(place)
-    return put_back
+    return restore
 
 
-@pytest.fixture(name="exchanged")
-def exchanged_fixture(blocked):
+@pytest.fixture(name="replace_program")
+def replace_program_fixture(blocked):
     undo = []
-    yield lambda path=None: undo.append(exchange_program(blocked, path))
+    yield lambda path=None: undo.append(replace_program_file(blocked, path))
     for each in undo:
         each()
 
 
-def test_a_helper_that_cannot_be_started_is_one_line_and_the_banner_stays(blocked, exchanged):
-    exchanged()
+def test_a_helper_that_fails_to_start_is_logged_and_the_banner_stays(blocked, replace_program):
+    replace_program()
     blocked.click_unit(*STRIP_MIDDLE)
     blocked.press_button(box_with(blocked, QUESTION), YES)
     blocked.wait_for_log("Gamma-range fix helper failed to launch (rc=2)")
@@ -287,8 +288,8 @@ def test_a_helper_that_cannot_be_started_is_one_line_and_the_banner_stays(blocke
     wait_for_strip(blocked, BLOCKED, RED)
 
 
-def test_a_helper_that_does_nothing_may_be_started_again_and_a_value_from_elsewhere_counts(blocked, exchanged):
-    exchanged("C:\\windows\\system32\\hostname.exe")
+def test_a_helper_without_effect_can_be_started_again_and_another_programs_value_counts(blocked, replace_program):
+    replace_program("C:\\windows\\system32\\hostname.exe")
     for times in (1, 2):
         blocked.press_button(ask_for_the_fix(blocked), YES)
         blocked.wait_for_log(LAUNCHED, times)
@@ -296,18 +297,18 @@ def test_a_helper_that_does_nothing_may_be_started_again_and_a_value_from_elsewh
     show_again(blocked)
     wait_for_strip(blocked, BLOCKED, RED)
     blocked.registry_set(ICM_KEY, ICM_VALUE, 255)
-    time.sleep(2.3)  # Longer than the time between two looks at the registry.
+    time.sleep(2.3)  # Longer than the polling interval of the registry.
     assert CONFIRMED not in blocked.log()
     assert blocked.settings()["GammaFixEpoch"] == "0"
     blocked.registry_set(ICM_KEY, ICM_VALUE, 1024)
     blocked.wait_for_log(CONFIRMED)
-    wait_until(lambda: int(blocked.settings()["GammaFixEpoch"]) > 0, "the time of the fix")
+    wait_until(lambda: int(blocked.settings()["GammaFixEpoch"]) > 0, "the stored time of the fix")
     show_again(blocked)
     wait_for_strip(blocked, RESTART, RED)
 
 
-def test_quit_while_the_helper_is_awaited(blocked, exchanged):
-    exchanged("C:\\windows\\system32\\hostname.exe")
+def test_quit_while_waiting_for_the_helper_ends_the_program(blocked, replace_program):
+    replace_program("C:\\windows\\system32\\hostname.exe")
     blocked.click_unit(*STRIP_MIDDLE)
     blocked.press_button(box_with(blocked, QUESTION), YES)
     blocked.wait_for_log(LAUNCHED)
@@ -318,14 +319,14 @@ def test_quit_while_the_helper_is_awaited(blocked, exchanged):
 # After the restart
 
 def started_at():
-    """When this machine was started, in seconds since 1970."""
+    """The start of this machine in seconds since 1970."""
     return int(time.time() - time.clock_gettime(time.CLOCK_MONOTONIC))
 
 
 @pytest.mark.parametrize("epoch", [pytest.param(1, id="long ago"), pytest.param(-60, id="a minute before the start")])
-def test_after_a_restart_that_did_not_help_the_banner_is_withdrawn(begin, epoch):
+def test_after_a_restart_without_effect_the_banner_is_removed(start_with, epoch):
     epoch = epoch if epoch > 0 else started_at() + epoch
-    desk = begin(256, GammaFixEpoch=epoch, **LEGACY)
+    desk = start_with(256, GammaFixEpoch=epoch, **LEGACY)
     desk.choose("NIGHT")
     desk.wait_for_log(EXHAUSTED)
     wait_for_strip(desk, HINT, AMBER)
@@ -345,17 +346,17 @@ def test_after_a_restart_that_did_not_help_the_banner_is_withdrawn(begin, epoch)
     pytest.param(0, id="never"), pytest.param(60, id="a minute after the start"),
     pytest.param(10**9, id="in the future"), pytest.param(None, id="the largest"),
 ])
-def test_as_long_as_no_restart_followed_the_banner_asks_for_one(begin, epoch):
+def test_until_a_restart_the_banner_asks_for_one(start_with, epoch):
     seconds = 2**64 - 1 if epoch is None else epoch and started_at() + epoch
-    desk = begin(256, GammaFixEpoch=seconds, **LEGACY)
+    desk = start_with(256, GammaFixEpoch=seconds, **LEGACY)
     desk.choose("NIGHT")
     desk.wait_for_log(REJECTED + " (registry expanded - restart pending?)")
     wait_for_strip(desk, RESTART, RED)
     assert EXHAUSTED not in desk.log()
 
 
-def test_a_value_that_is_gone_again_is_offered_again(begin):
-    desk = begin(None, GammaFixEpoch=1, **LEGACY)
+def test_a_deleted_value_brings_back_the_offer(start_with):
+    desk = start_with(None, GammaFixEpoch=1, **LEGACY)
     desk.choose("NIGHT")
     desk.wait_for_log(REJECTED)
     wait_for_strip(desk, BLOCKED, RED)
@@ -364,9 +365,9 @@ def test_a_value_that_is_gone_again_is_offered_again(begin):
 
 # The helper by itself
 
-@pytest.fixture(name="bare")
-def bare_fixture(file_desk):
-    """No program runs, and nothing of it is there."""
+@pytest.fixture(name="stopped")
+def stopped_fixture(file_desk):
+    """A desk without a running program, settings or registry value."""
     if file_desk.program_running():
         file_desk.kill_program()
     file_desk.registry_delete(ICM_KEY, ICM_VALUE)
@@ -377,34 +378,34 @@ def bare_fixture(file_desk):
 
 @pytest.mark.parametrize("arguments", [
     [SWITCH], ["--before", SWITCH, "after it"], ["x" * 20000, SWITCH], [f"/{SWITCH}ed"],
-], ids=["alone", "between others", "behind many letters", "within a word"])
-def test_the_switch_anywhere_lifts_the_limit_and_does_nothing_else(bare, arguments):
-    before = sorted(bare.settings_folder.iterdir()) if bare.settings_folder.exists() else None
-    helper = bare.start_program(*arguments)
-    box = box_with(bare, DONE)
+], ids=["alone", "between others", "after many characters", "within a word"])
+def test_the_switch_anywhere_in_the_command_line_only_expands_the_range(stopped, arguments):
+    before = sorted(stopped.settings_folder.iterdir()) if stopped.settings_folder.exists() else None
+    helper = stopped.start_program(*arguments)
+    box = box_with(stopped, DONE)
     assert (box.title, set(box.buttons), int(box.owner, 16)) == ("Ambrel", {OK}, 0)
-    assert gamma_range(bare) == 256
-    assert bare.desktop.facts("registry-get", ICM_KEY, ICM_VALUE)["size"] == 4
-    assert bare.window_facts() is None
-    assert not bare.icon_shown()
-    bare.press_button(box)
+    assert gamma_range(stopped) == 256
+    assert stopped.desktop.facts("registry-get", ICM_KEY, ICM_VALUE)["size"] == 4
+    assert stopped.window_facts() is None
+    assert not stopped.icon_shown()
+    stopped.press_button(box)
     assert helper.wait(10) == 0
-    assert (sorted(bare.settings_folder.iterdir()) if bare.settings_folder.exists() else None) == before
-    assert bare.magnification_calls() == []
+    assert (sorted(stopped.settings_folder.iterdir()) if stopped.settings_folder.exists() else None) == before
+    assert stopped.magnification_calls() == []
 
 
-def test_a_start_beside_the_helper_is_a_first_one(bare):
-    helper = bare.start_program(SWITCH)
-    box = box_with(bare, DONE)
-    bare.start()
-    bare.wait_for_log(EXPANDED)
-    assert len(bare.program_pids()) == 2
-    bare.press_button(box)
+def test_a_start_while_the_helper_runs_is_a_first_instance(stopped):
+    helper = stopped.start_program(SWITCH)
+    box = box_with(stopped, DONE)
+    stopped.start()
+    stopped.wait_for_log(EXPANDED)
+    assert len(stopped.program_pids()) == 2
+    stopped.press_button(box)
     assert helper.wait(10) == 0
-    assert bare.program_running()
+    assert stopped.program_running()
 
 
-def test_a_helper_beside_the_program_does_not_wake_it(desk):
+def test_a_helper_does_not_show_the_popup_of_the_running_program(desk):
     desk.registry_delete(ICM_KEY, ICM_VALUE)
     desk.wait_for_log(DEFAULT)
     log = desk.events_path.read_bytes()
@@ -419,16 +420,16 @@ def test_a_helper_beside_the_program_does_not_wake_it(desk):
 
 
 @pytest.mark.parametrize("word", ["--expand-gamma", "--Expand-Gamma-Range", "expand-gamma-range"])
-def test_what_only_looks_like_the_switch_starts_the_program(bare, word):
-    bare.start_program(word)
-    bare.wait_for_icon()
-    assert bare.message_boxes() == []
-    assert gamma_range(bare) is None
+def test_a_similar_argument_starts_the_program(stopped, word):
+    stopped.start_program(word)
+    stopped.wait_for_icon()
+    assert stopped.message_boxes() == []
+    assert gamma_range(stopped) is None
 
 
-def test_where_windows_forbids_the_change_the_helper_says_so_and_ends_with_1(make_desk):
+def test_a_helper_that_windows_denies_the_change_reports_it_and_exits_with_1(make_desk):
     desk = make_desk()
-    # A key that is a link to a root that does not exist can be neither opened nor made.
+    # A key that links to a root that does not exist can neither be opened nor created.
     target = "\\Registry\\Nowhere\\Missing".encode("utf-16-le")
     with open(desk.prefix.folder / "system.reg", "a", encoding="ascii") as file:
         file.write("\n[" + ICM_KEY.partition("\\")[2].replace("\\", "\\\\") + "] 1700000000\n#link\n"

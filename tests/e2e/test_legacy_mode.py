@@ -1,4 +1,4 @@
-"""Legacy Mode puts the filter on the screen as a gamma ramp; the screen refuses some ramps for real."""
+"""Legacy Mode applies the filter as a gamma ramp. The screen really refuses some ramps."""
 
 import pytest
 
@@ -18,12 +18,12 @@ def legacy_fixture(file_desk):
 
 
 def banner_shown(desk):
-    """Whether the strip between sliders and presets holds red letters."""
+    """Whether the strip between sliders and presets contains red text."""
     strip = desk.popup_picture().crop(*BANNER)
     return any(strip.pixel(x, y) == RED for x in range(strip.width) for y in range(strip.height))
 
 
-def test_a_start_in_legacy_mode_does_not_touch_the_magnification_library(legacy):
+def test_a_start_in_legacy_mode_does_not_call_the_magnification_library(legacy):
     legacy.press_power()
     legacy.wait_for_legacy_colour(*START)
     assert legacy.magnification_calls() == []
@@ -40,7 +40,7 @@ def test_the_ramp_is_a_straight_line_for_each_channel(file_desk, intensity, brig
     assert not [line for line in desk.log() if line.startswith("Legacy ramp")]
 
 
-def test_the_power_button_gives_the_plain_screen_back(legacy):
+def test_the_power_button_restores_the_screen(legacy):
     legacy.press_power()
     legacy.wait_for_legacy_colour(*START)
     legacy.press_power()
@@ -48,7 +48,7 @@ def test_the_power_button_gives_the_plain_screen_back(legacy):
     legacy.wait_for_tip(model.TIP_OFF)
 
 
-def test_the_sliders_behave_the_same_way(legacy):
+def test_the_sliders_behave_as_with_the_matrix(legacy):
     legacy.press_power()
     legacy.slide("WARMTH", 30)
     legacy.slide("BRIGHTNESS", -40)
@@ -58,13 +58,13 @@ def test_the_sliders_behave_the_same_way(legacy):
 
 
 @pytest.mark.parametrize("name", ["DAY", "EVENING"])
-def test_presets_behave_the_same_way(legacy, name):
+def test_presets_behave_as_with_the_matrix(legacy, name):
     preset = model.PRESETS[name]
     legacy.choose(name)
     legacy.wait_for_legacy_colour(preset.intensity, preset.brightness)
 
 
-def test_the_menu_moves_a_lit_filter_to_the_ramp_and_saves_at_once(desk):
+def test_the_menu_moves_an_active_filter_to_the_ramp_and_saves_immediately(desk):
     desk.choose("DAY")
     desk.wait_for_colour(*model.PRESETS["DAY"][:2])
     desk.wait_for_saves(1)
@@ -77,7 +77,7 @@ def test_the_menu_moves_a_lit_filter_to_the_ramp_and_saves_at_once(desk):
     assert desk.tray_tip() == "Ambrel - ON (4000K, 100%)"
 
 
-def test_the_menu_moves_a_lit_filter_back_to_the_matrix(desk):
+def test_the_menu_moves_an_active_filter_back_to_the_matrix(desk):
     desk.menu(LEGACY)
     desk.wait_for_saves(1)
     desk.choose("DAY")
@@ -91,7 +91,7 @@ def test_the_menu_moves_a_lit_filter_back_to_the_matrix(desk):
     desk.wait_for_setting("UseLegacyGamma", "0")
 
 
-def test_leaving_legacy_mode_loads_the_library_that_the_start_did_not(legacy):
+def test_leaving_legacy_mode_after_the_start_loads_the_library(legacy):
     legacy.menu(LEGACY)
     legacy.wait_for_saves(1)
     assert [call.function for call in legacy.magnification_calls()] == ["MagInitialize"]
@@ -114,14 +114,14 @@ def test_the_menu_ticks_legacy_mode_while_it_is_on(desk):
     desk.wait_for_saves(2)
     plain = desk.menu_picture()
     assert ticked != plain
-    # The tick stands in the left column of the second row; nothing else differs.
+    # The tick is in the left column of the second row; everything else is equal.
     tick, middle = (20, 24, 41), plain.width
     assert ticked.crop(0, tick[1], tick[0], tick[2]) != plain.crop(0, tick[1], tick[0], tick[2])
     assert ticked.crop(tick[0], 0, middle, plain.height) == plain.crop(tick[0], 0, middle, plain.height)
     assert ticked.crop(0, 0, tick[0], tick[1]) == plain.crop(0, 0, tick[0], tick[1])
 
 
-def test_a_refused_ramp_leaves_the_screen_and_shows_the_banner(legacy):
+def test_a_refused_ramp_leaves_the_screen_unchanged_and_shows_the_banner(legacy):
     legacy.choose("DAY")
     legacy.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
     assert not banner_shown(legacy)
@@ -133,13 +133,13 @@ def test_a_refused_ramp_leaves_the_screen_and_shows_the_banner(legacy):
     assert legacy.message_boxes() == []
 
 
-def test_the_banner_goes_when_a_ramp_is_accepted_again(legacy):
+def test_the_banner_disappears_when_a_ramp_is_accepted_again(legacy):
     legacy.choose("NIGHT")
     wait_until(lambda: banner_shown(legacy), "the banner")
     legacy.choose("DAY")
     legacy.wait_for_log("Legacy ramp accepted again (intensity=0.385 brightness=1.000)")
     legacy.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
-    wait_until(lambda: not banner_shown(legacy), "the end of the banner")
+    wait_until(lambda: not banner_shown(legacy), "the banner to disappear")
 
 
 def test_a_series_of_refusals_is_logged_once(legacy):
@@ -153,7 +153,7 @@ def test_a_series_of_refusals_is_logged_once(legacy):
     assert len([line for line in legacy.log() if "REJECTED" in line]) == 1
 
 
-def test_every_change_of_fate_is_logged_once(legacy):
+def test_every_change_of_the_ramp_result_is_logged_once(legacy):
     for times in (1, 2):
         legacy.choose("NIGHT")
         legacy.wait_for_log(REFUSED, times)
@@ -162,20 +162,20 @@ def test_every_change_of_fate_is_logged_once(legacy):
     assert len([line for line in legacy.log() if line.startswith("Legacy ramp")]) == 4
 
 
-def test_refused_ramps_never_show_the_banner_out_of_legacy_mode(legacy):
+def test_refused_ramps_show_no_banner_outside_legacy_mode(legacy):
     legacy.choose("NIGHT")
     wait_until(lambda: banner_shown(legacy), "the banner")
     legacy.menu(LEGACY)
     wait_until(legacy.effects, "the colour matrix")
     legacy.wait_for_colour(*model.PRESETS["NIGHT"][:2])
     legacy.show()
-    legacy.slide("BRIGHTNESS", 2)  # The menu does not draw the panel anew; a change does.
-    wait_until(lambda: not banner_shown(legacy), "the end of the banner")
+    legacy.slide("BRIGHTNESS", 2)  # The menu does not redraw the panel; a change does.
+    wait_until(lambda: not banner_shown(legacy), "the banner to disappear")
     strip = legacy.popup_picture().crop(*BANNER)
     assert any(strip.pixel(x, y) == AMBER for x in range(strip.width) for y in range(strip.height))
 
 
-def test_a_refusal_is_forgotten_by_the_next_start(legacy):
+def test_the_next_start_does_not_remember_a_refusal(legacy):
     legacy.choose("NIGHT")
     legacy.wait_for_log(REFUSED)
     legacy.wait_for_saves(1)

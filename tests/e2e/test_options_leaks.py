@@ -1,11 +1,11 @@
-"""A thousand rounds through the settings panel leave nothing behind."""
+"""A thousand rounds through the settings panel leak nothing."""
 
 import pytest
 
 from desk import CLOSE, GEAR, SETTINGS_ROWS, wait_until
 
 ROUNDS, BATCH = 1000, 25
-SAVES = 2 * len(SETTINGS_ROWS)  # of a round
+SAVES = 2 * len(SETTINGS_ROWS)  # per round
 WM_LBUTTONDOWN, WM_CLOSE, WM_PAINT, SHOW_POPUP = 0x201, 0x10, 0xF, 0x8000 + 105
 RUN_KEY, RUN_VALUE = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run", "Ambrel2"
 FLAGS = ("LaunchAtStart", "AllowExtremeDim", "UseLegacyGamma")
@@ -15,8 +15,8 @@ def click(x, y):
     return WM_LBUTTONDOWN, 1, x | y << 16
 
 
-# Opens the popup as a second start does, opens settings, flips each row twice, closes, hides. Windows draws when no
-# other message waits, which would be hardly ever: so each panel is drawn by a message in its turn.
+# Opens the popup as a second start does, opens settings, flips each row twice, closes, hides. Windows sends WM_PAINT
+# only when no other message is pending, which is rare here, so the round posts it.
 PAINT = (WM_PAINT, 0, 0)
 ROUND = [(SHOW_POPUP, 0, 0), click(*GEAR), PAINT,
          *(message for row in SETTINGS_ROWS.values() for message in (click(*row), PAINT, click(*row))),
@@ -29,13 +29,13 @@ class Rounds:
         self.saves = desk.saves()
 
     def go(self, rounds):
-        """Lets the program work off so many rounds."""
+        """Posts rounds of messages and waits until the program has handled them."""
         for number in range(1, rounds + 1):
             for message in ROUND:
                 self.desk.post_message(*message, target=self.window)
             if number % BATCH == 0 or number == rounds:
                 self.saves += SAVES * (number % BATCH or BATCH)
-                wait_until(lambda: self.desk.saves() >= self.saves, "the rounds to be worked off")
+                wait_until(lambda: self.desk.saves() >= self.saves, "the rounds to be handled")
         self.desk.wait_for_popup(False)
         assert self.desk.saves() == self.saves
 
@@ -46,18 +46,18 @@ def options_fixture(desk):
     desk.registry_delete(RUN_KEY, RUN_VALUE)
 
 
-def held_by(desk):
-    """GDI objects and handles; a registry key that is open is a handle."""
+def objects_of(desk):
+    """(GDI objects, handles) of the program. An open registry key is a handle."""
     return desk.gdi_objects(), desk.open_handles()
 
 
-def test_a_thousand_rounds_leave_no_gdi_object_and_no_handle_behind(options):
+def test_a_thousand_rounds_leak_no_gdi_object_and_no_handle(options):
     rounds = Rounds(options)
     rounds.go(1)
-    held = held_by(options)
-    assert min(held) > 0
+    before = objects_of(options)
+    assert min(before) > 0
     rounds.go(ROUNDS)
-    assert held_by(options) == held
+    assert objects_of(options) == before
     assert [options.settings()[flag] for flag in FLAGS] == ["0", "0", "0"]
     assert options.registry_get(RUN_KEY, RUN_VALUE) is None
     assert options.screen_is_plain()
@@ -65,8 +65,8 @@ def test_a_thousand_rounds_leave_no_gdi_object_and_no_handle_behind(options):
     options.wait_for_colour(0.385, 1.0)
 
 
-def test_rounds_with_the_filter_on_leave_nothing_but_the_cursors_that_windows_takes_over(make_desk):
-    # Wine records that it is handed a cursor, and leaves it and its three bitmaps with the program.
+def test_rounds_with_the_filter_on_leak_only_the_cursors_that_windows_takes_ownership_of(make_desk):
+    # Wine records SetSystemCursor calls but does not take ownership: the cursor and its three bitmaps remain.
     desk = make_desk(debug="-all,fixme+cursor").start_fresh()
     desk.press_power()
     desk.wait_for_colour(0.385, 1.0)
@@ -78,9 +78,9 @@ def test_rounds_with_the_filter_on_leave_nothing_but_the_cursors_that_windows_ta
     rounds = Rounds(desk)
     rounds.go(1)
     before = replaced()
-    objects, handles = held_by(desk)
+    objects, handles = objects_of(desk)
     rounds.go(50)
-    # Into Legacy Mode and back are two new tints of fifteen cursors.
+    # Entering and leaving Legacy Mode tints fifteen cursors twice.
     assert replaced() - before == 50 * 2 * 15
-    assert held_by(desk) == (objects + 3 * (replaced() - before), handles)
+    assert objects_of(desk) == (objects + 3 * (replaced() - before), handles)
     desk.wait_for_colour(0.385, 1.0)

@@ -1,4 +1,4 @@
-"""The program on a person's own display, as ./run.sh shows it."""
+"""The program on an existing display, as ./run.sh shows it."""
 
 import os
 import subprocess
@@ -30,7 +30,7 @@ def test_the_desktop_fits_a_display_that_is_smaller_than_its_usual_size(small_di
     shown = subprocess.Popen([*command, "show"], env=dict(os.environ, DISPLAY=display))
     try:
         corner = (connection.width - ICON, connection.height - ICON, ICON, ICON)
-        # Where a larger desktop has nothing but its background.
+        # A desktop larger than the display would show only its background there.
         wait_until(lambda: connection.picture(*corner).colours() > 2, "the tray icon in the display's corner",
                    actual=lambda: (connection.picture(*corner).colours(), shown.poll()))
         assert shown.poll() is None

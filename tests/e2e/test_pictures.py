@@ -1,6 +1,6 @@
-"""The popup at four scalings: its place and size, and the colours and edges that its design fixes.
+"""The popup at four scalings: its position and size, and the colours and edges of its design.
 
-Leaves pictures of every state in build/pictures/ to be looked at.
+Saves pictures of every state in build/pictures/ for inspection.
 """
 
 import pytest
@@ -20,12 +20,12 @@ PRESET_LEFT = {"DAY": 30, "EVENING": 120, "NIGHT": 210}
 
 
 def scaled(value, dpi):
-    """As Windows scales: to the nearest, halves up."""
+    """Scales as Windows does: rounded to the nearest, halves up."""
     return (value * dpi * 2 + 96) // 192
 
 
 class Panel:
-    """A picture of the popup, asked in design units."""
+    """A picture of the popup with coordinates in design units."""
 
     def __init__(self, picture, dpi):
         self.picture, self.scale = picture, dpi / 96
@@ -34,7 +34,7 @@ class Panel:
         return self.picture.pixel(int(x * self.scale), int(y * self.scale))
 
     def near(self, x, y):
-        """The colours around a place: one-unit lines fall to one side or the other."""
+        """The colours around a position. Scaling may move one-unit lines by a pixel."""
         left, top = round(x * self.scale), round(y * self.scale)
         return {self.picture.pixel(left + a, top + b) for a in (-1, 0, 1) for b in (-1, 0, 1)}
 
@@ -62,7 +62,7 @@ def panel_of_fixture(request, make_file_desk, pictures):
 
 
 def settled(desk):
-    """The popup once it is drawn: two pictures in a row are the same and hold the header."""
+    """A picture of the popup once it is drawn: two consecutive pictures are equal and contain the header."""
     last = [None]
     def same():
         picture = desk.popup_picture()
@@ -72,7 +72,7 @@ def settled(desk):
     return wait_until(same, "the drawn popup", pause=0.1)
 
 
-def light(desk):
+def turn_on(desk):
     desk.press_power()
     desk.wait_for_tip(model.tip_on(model.DEFAULT_INTENSITY, 1.0))
 
@@ -85,7 +85,7 @@ def choose(name):
 
 
 def assert_frame(panel):
-    """What looks the same in every state."""
+    """Asserts the parts that are the same in every state."""
     assert panel.at(3, 200) == panel.at(316, 70) == BACKGROUND
     assert panel.at(3, 3) == panel.at(316, 54) == HEADER
     assert panel.at(3, 380) == panel.at(316, 537) == LOWER
@@ -93,11 +93,11 @@ def assert_frame(panel):
     assert panel.at(160, 118) == panel.at(160, 200) == panel.at(160, 293) == DIVIDER
     assert panel.at(160, 112) == panel.at(160, 299) == BACKGROUND
     for middle in (80, 240):
-        assert panel.at(middle - 5.5, 290) == panel.at(middle + 5, 290) == BLACK  # the bed beside the groove
+        assert panel.at(middle - 5.5, 290) == panel.at(middle + 5, 290) == BLACK  # next to the groove
         for y in (304.5, 205.5):
             assert panel.at(middle - 40, y) == panel.at(middle + 40, y) == MAJOR_TICK
     title = panel.colours(22, 20, 180, 40)
-    assert max(title) == DIMMED and min(title) == HEADER  # letters of one colour on the band
+    assert max(title) == DIMMED and min(title) == HEADER  # text of one colour on the header
     assert max(panel.colours(280, 17, 304, 41)) == DIMMED
 
 
@@ -166,7 +166,7 @@ def test_the_popup_has_its_size_ten_units_inside_the_work_area(panel_of):
     assert rect.top == max(metrics["work_bottom"] - margin - scaled(540, desk.dpi), metrics["work_top"] + margin)
 
 
-def test_with_the_filter_off(panel_of):
+def test_the_popup_with_the_filter_off(panel_of):
     _, panel = panel_of("off")
     assert_frame(panel)
     assert_slider(panel, 80, model.DEFAULT_INTENSITY, UNLIT, UNLIT_BAR)
@@ -177,8 +177,8 @@ def test_with_the_filter_off(panel_of):
     assert_hint(panel, False)
 
 
-def test_with_the_filter_on(panel_of):
-    _, panel = panel_of("on", light)
+def test_the_popup_with_the_filter_on(panel_of):
+    _, panel = panel_of("on", turn_on)
     assert_frame(panel)
     assert_slider(panel, 80, model.DEFAULT_INTENSITY, RED, RED)
     assert_slider(panel, 240, 1.0, WHITE, WHITE)
@@ -187,7 +187,7 @@ def test_with_the_filter_on(panel_of):
 
 
 @pytest.mark.parametrize("name", PRESET_PLACES)
-def test_each_preset(panel_of, name):
+def test_the_popup_with_each_preset(panel_of, name):
     _, panel = panel_of(name.lower(), choose(name))
     preset = model.PRESETS[name]
     assert_frame(panel)
@@ -198,14 +198,14 @@ def test_each_preset(panel_of, name):
     assert_hint(panel, preset.brightness < 0.9)
 
 
-def test_between_the_presets_none_is_selected(panel_of):
+def test_no_preset_is_selected_between_the_presets(panel_of):
     _, panel = panel_of("between", Intensity=480, Brightness=900)
     assert_presets(panel, None)
     assert_slider(panel, 80, 0.48, UNLIT, UNLIT_BAR)
     assert_hint(panel, False)
 
 
-def test_the_hint_lights_up_below_nine_tenths(panel_of):
+def test_the_hint_is_highlighted_below_90_percent(panel_of):
     _, panel = panel_of("dim", Brightness=899)
     assert_hint(panel, True)
 
@@ -217,7 +217,7 @@ def test_the_banner_of_a_refused_ramp(panel_of):
     assert_frame(panel)
 
 
-def test_both_ends_of_the_sliders(panel_of):
+def test_the_sliders_at_both_ends(panel_of):
     _, panel = panel_of("ends", Intensity=0, Brightness=0, AllowExtremeDim=1)
     assert_slider(panel, 80, 0.0, UNLIT, UNLIT_BAR)
     assert_slider(panel, 240, 0.0, UNLIT, UNLIT_BAR)
@@ -227,17 +227,17 @@ def test_clicks_and_drags_hit_at_this_scaling(panel_of):
     desk, _ = panel_of("dragged", lambda desk: desk.slide("WARMTH", 60))
     desk.wait_for_saves(1)
     saved = int(desk.settings()["Intensity"]) / 1000.0
-    # The pointer knows whole pixels, the slider whole units.
+    # The pointer moves by whole pixels, the slider by whole units.
     assert saved == pytest.approx(model.dragged(model.DEFAULT_INTENSITY, 60), abs=1.01 / TRAVEL)
     desk.choose("EVENING")
     desk.wait_for_colour(*model.PRESETS["EVENING"][:2])
 
 
-def test_as_the_eye_sees_it_the_whole_screen_is_coloured(panel_of, pictures):
+def test_the_whole_screen_is_displayed_in_the_filters_colour(panel_of, pictures):
     desk, _ = panel_of("evening", choose("EVENING"))
-    seen = desk.eye_picture(pictures / f"screen-{desk.dpi}-evening-as-seen.png")
+    displayed = desk.eye_picture(pictures / f"screen-{desk.dpi}-evening-as-seen.png")
     plain = desk.screenshot()
     factors = model.factors(*model.PRESETS["EVENING"][:2])
     for place in ((10, 10), (960, 20)):
         expected = [channel * factor for channel, factor in zip(plain.pixel(*place), factors)]
-        assert seen.pixel(*place) == pytest.approx(expected, abs=2)
+        assert displayed.pixel(*place) == pytest.approx(expected, abs=2)

@@ -1,4 +1,4 @@
-"""The popup: where it opens, when it takes the foreground and when it hides."""
+"""The popup: its position, when it takes the foreground, and when it hides."""
 
 import time
 
@@ -10,12 +10,12 @@ from desk import wait_until
 WS_POPUP, WS_CLIPCHILDREN, WS_CAPTION, WS_THICKFRAME = 0x80000000, 0x02000000, 0x00C00000, 0x00040000
 WS_EX_TOPMOST, WS_EX_TOOLWINDOW = 0x8, 0x80
 WM_CLOSE, WM_MOUSEACTIVATE, MA_ACTIVATE = 0x10, 0x21, 1
-# The popup looks every 150 ms who has the foreground.
-SOME_LOOKS = 0.5
+# The popup checks the foreground window every 150 ms.
+SEVERAL_CHECKS = 0.5
 
 
 def test_the_program_starts_with_its_popup_hidden(desk):
-    time.sleep(0.3)  # For a popup that opens wrongly.
+    time.sleep(0.3)  # No popup may open.
     assert not desk.popup_visible()
 
 
@@ -45,7 +45,7 @@ def test_it_takes_the_foreground_from_another_program(desk):
     with desk.other_window():
         desk.open_popup()
         desk.wait_for_foreground()
-        time.sleep(SOME_LOOKS)
+        time.sleep(SEVERAL_CHECKS)
         assert desk.popup_visible()
 
 
@@ -64,12 +64,12 @@ def test_it_hides_when_another_window_is_clicked(desk):
         desk.wait_for_popup(False)
 
 
-def test_it_stays_while_it_is_used(desk):
+def test_it_stays_open_while_it_is_used(desk):
     desk.open_popup()
     for up in (20, -20):
         desk.slide("WARMTH", up)
     desk.press_power()
-    time.sleep(SOME_LOOKS)
+    time.sleep(SEVERAL_CHECKS)
     assert desk.popup_visible() and desk.popup_is_foreground()
 
 
@@ -79,7 +79,7 @@ def test_alt_f4_hides_it_and_does_not_end_the_program(desk):
     desk.wait_for_foreground()
     desk.key("alt+F4")
     desk.wait_for_popup(False)
-    time.sleep(0.3)  # For a program that ends wrongly.
+    time.sleep(0.3)  # The program must not exit.
     assert desk.program_running()
     assert desk.icon_shown()
     assert not desk.screen_is_plain()
@@ -97,11 +97,11 @@ def test_hiding_it_keeps_the_filter(desk):
     assert desk.settings()["Intensity"] == "584"
 
 
-def test_it_opens_at_the_same_place_again_and_shows_the_state_of_now(desk):
+def test_it_opens_again_at_the_same_position_with_the_current_state(desk):
     first = desk.open_popup()
     desk.choose("NIGHT")
     desk.wait_for_tip("Ambrel - ON (0K, 70%)")
-    # The bar of the thumb at the upper end of the travel.
+    # The centre bar of the thumb at the upper end of the track.
     wait_until(lambda: desk.popup_picture().pixel(80, 107) == (255, 0, 0), "the thumb at the upper end")
     shown = desk.popup_picture()
     desk.post_message(WM_CLOSE)
@@ -111,9 +111,9 @@ def test_it_opens_at_the_same_place_again_and_shows_the_state_of_now(desk):
 
 
 @pytest.mark.parametrize("pointer", [(5, 5), (960, 540), (1915, 5)])
-def test_it_goes_to_the_same_corner_wherever_the_pointer_is(desk, pointer):
+def test_it_opens_in_the_same_corner_for_every_pointer_position(desk, pointer):
     desk.move(*pointer)
-    desk.post_message(0x401, 1, 0x202)  # As the taskbar reports a click on the icon.
+    desk.post_message(0x401, 1, 0x202)  # The taskbar's message for a click on the icon.
     rect = desk.wait_for_popup()
     assert (rect.right, rect.bottom) == (1910, 1050)
 
@@ -128,7 +128,7 @@ def test_keys_do_nothing(desk):
     desk.wait_for_foreground()
     for key in ("Escape", "Return", "space", "Tab"):
         desk.key(key)
-    time.sleep(0.2)  # For an effect that a key must not have.
+    time.sleep(0.2)  # No key may have an effect.
     assert desk.popup_visible()
     assert desk.effects() == []
 

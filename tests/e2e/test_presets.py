@@ -1,4 +1,4 @@
-"""DAY, EVENING and NIGHT set warmth and brightness together and switch the filter on."""
+"""DAY, EVENING and NIGHT set warmth and brightness together and turn the filter on."""
 
 import time
 
@@ -9,7 +9,7 @@ from desk import PRESET_PLACES, SAVE_DELAY, act_within, wait_until
 
 
 @pytest.mark.parametrize("name", model.PRESETS)
-def test_a_preset_switches_the_filter_on_with_its_pair(desk, name):
+def test_a_preset_turns_the_filter_on_with_its_values(desk, name):
     preset = model.PRESETS[name]
     desk.choose(name)
     desk.wait_for_colour(preset.intensity, preset.brightness)
@@ -22,7 +22,7 @@ def test_a_preset_switches_the_filter_on_with_its_pair(desk, name):
     ("EVENING", "Ambrel - ON (2700K, 85%)"),
     ("NIGHT", "Ambrel - ON (0K, 70%)"),
 ])
-def test_the_tip_tells_the_preset(desk, name, tip):
+def test_the_tip_shows_the_preset(desk, name, tip):
     desk.choose(name)
     desk.wait_for_tip(tip)
 
@@ -36,7 +36,7 @@ def test_a_preset_is_saved_half_a_second_later(desk, name, intensity, brightness
     assert (desk.settings()["Intensity"], desk.settings()["Brightness"]) == (intensity, brightness)
 
 
-# From the published table of colours, to four places.
+# From the published table of colours, to four decimals.
 @pytest.mark.parametrize("name, colour", [
     ("DAY", (1.0, 0.9390, 0.5153)), ("EVENING", (1.0, 0.8185, 0.1865)), ("NIGHT", (1.0, 0.0, 0.0)),
 ])
@@ -47,7 +47,7 @@ def test_the_published_colours_of_the_presets(desk, name, colour):
     assert desk.effects()[0].diagonal == pytest.approx([channel * brightness for channel in colour], abs=5e-5)
 
 
-def test_night_leaves_nothing_but_red(desk):
+def test_night_leaves_only_red(desk):
     desk.choose("NIGHT")
     wait_until(desk.effects, "the colour matrix")
     red, green, blue = desk.effects()[0].diagonal
@@ -77,7 +77,7 @@ def test_three_presets_in_a_row_are_saved_once(file_desk):
     assert desk.settings()["Intensity"] == "584"
 
 
-def test_a_preset_is_kept_when_the_filter_goes_off_and_on(desk):
+def test_a_preset_is_kept_when_the_filter_is_turned_off_and_on(desk):
     desk.choose("EVENING")
     desk.wait_for_colour(model.PRESETS["EVENING"].intensity, 0.85)
     desk.press_power()
@@ -92,9 +92,9 @@ def test_the_brightness_of_a_preset_can_be_changed_afterwards(desk):
     desk.wait_for_colour(model.PRESETS["EVENING"].intensity, model.dragged(0.85, -50, 0.1))
 
 
-BESIDE_THE_CONTROLS = [
+OUTSIDE_THE_CONTROLS = [
     (115, 447), (205, 447),  # between two buttons
-    (29, 447), (290, 447),   # beside them
+    (29, 447), (290, 447),   # left and right of them
     (70, 428), (70, 465),    # above and below
     (160, 478), (160, 527), (23, 503), (296, 503),  # around the power button
     (160, 400),              # the hint
@@ -103,10 +103,10 @@ BESIDE_THE_CONTROLS = [
 
 
 def test_a_click_between_the_controls_does_nothing(desk):
-    for number, place in enumerate(BESIDE_THE_CONTROLS):
+    for number, place in enumerate(OUTSIDE_THE_CONTROLS):
         desk.show()
         desk.click_unit(*place)
-        desk.press_power()  # A click that certainly comes after it.
+        desk.press_power()  # A click that is certainly handled after it.
         on = number % 2 == 0
         desk.wait_for_tip(model.tip_on(model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS) if on else model.TIP_OFF)
         assert len(desk.effects()) == number + 1, f"the click at {place} did something"
@@ -116,7 +116,7 @@ def test_a_click_between_the_controls_does_nothing(desk):
     ("DAY", 30, 429), ("DAY", 109, 464), ("EVENING", 120, 429), ("EVENING", 199, 464),
     ("NIGHT", 210, 429), ("NIGHT", 289, 464),
 ])
-def test_a_preset_can_be_hit_in_its_corners(desk, name, x, y):
+def test_a_preset_reacts_in_its_corners(desk, name, x, y):
     desk.show()
     desk.click_unit(x, y)
     desk.wait_for_tip(model.tip_on(model.PRESETS[name].intensity, model.PRESETS[name].brightness))

@@ -1,4 +1,4 @@
-"""settings.ini: what is read from it, what is written to it and when."""
+"""settings.ini: which values are read and written, and when."""
 
 import time
 
@@ -21,10 +21,10 @@ def save_by_menu_twice(desk):
     desk.wait_for_saves(saves + 2)
 
 
-def test_without_a_file_the_defaults_hold_and_nothing_is_written(desk):
+def test_without_a_file_the_defaults_apply_and_nothing_is_written(desk):
     assert desk.loaded() == DEFAULTS
     desk.open_popup()
-    time.sleep(0.8)  # Longer than any save is put off.
+    time.sleep(0.8)  # Longer than the delay of a save.
     assert not desk.settings_path.exists()
     assert desk.settings_folder.is_dir()
 
@@ -42,19 +42,19 @@ def test_the_first_save_writes_every_key_in_order(desk):
 def test_the_state_of_the_filter_is_not_saved(desk):
     desk.press_power()
     desk.wait_for_saves(1)
-    lit = desk.settings_text()
+    settings = desk.settings_text()
     desk.press_power()
     desk.wait_for_saves(2)
-    assert desk.settings_text() == lit
+    assert desk.settings_text() == settings
 
 
-# A negative number is read as an unsigned one, which is far beyond the end.
+# A negative number is read as an unsigned number above the maximum.
 @pytest.mark.parametrize("text, intensity", [
     ("0", "0.000"), ("1", "0.001"), ("585", "0.585"), ("1000", "1.000"), ("1200", "1.000"), ("4000000000", "1.000"),
     ("-5", "1.000"), ("-1", "1.000"), ("abc", "0.000"), ("0.5", "0.000"), ("700abc", "0.700"), ("  250", "0.250"),
     ("", "0.385"),
 ])
-def test_any_text_for_the_warmth(file_desk, text, intensity):
+def test_any_text_for_the_warmth_is_read_as_a_value_in_range(file_desk, text, intensity):
     desk = file_desk.start_fresh({"Intensity": text})
     assert desk.loaded() == DEFAULTS.replace("0.385", intensity)
 
@@ -64,18 +64,18 @@ def test_any_text_for_the_warmth(file_desk, text, intensity):
     ("101", 0, "0.101"), ("5000", 0, "1.000"), ("-1", 1, "1.000"), ("dark", 0, "0.100"), ("dark", 1, "0.000"),
     ("", 0, "1.000"), ("0.7", 0, "0.100"),
 ])
-def test_any_text_for_the_brightness(file_desk, text, extreme, brightness):
+def test_any_text_for_the_brightness_is_read_as_a_value_in_range(file_desk, text, extreme, brightness):
     desk = file_desk.start_fresh({"AllowExtremeDim": extreme, "Brightness": text})
     assert desk.loaded() == f"intensity=0.385 brightness={brightness} extremeDim={extreme} legacy=0 pwmSafe=0"
 
 
 @pytest.mark.parametrize("text, value", [("1", 1), ("7", 1), ("-1", 1), ("0", 0), ("yes", 0), ("", 0), ("1000000", 1)])
-def test_any_text_for_a_flag(file_desk, text, value):
+def test_any_text_for_a_flag_is_read_as_0_or_1(file_desk, text, value):
     desk = file_desk.start_fresh({"AllowExtremeDim": text, "UseLegacyGamma": text, "PWMSafeMode": text})
     assert desk.loaded() == f"intensity=0.385 brightness=1.000 extremeDim={value} legacy={value} pwmSafe={value}"
 
 
-def test_flags_are_written_back_as_one_or_nought(file_desk):
+def test_flags_are_written_as_0_or_1(file_desk):
     desk = file_desk.start_fresh({"LaunchAtStart": 7, "AllowExtremeDim": -3, "LegacyModeAutoSet": "on",
                                   "PWMSafeMode": 2})
     desk.press_power()
@@ -85,14 +85,14 @@ def test_flags_are_written_back_as_one_or_nought(file_desk):
     assert saved["LegacyModeAutoSet"] == "0"
 
 
-def test_what_was_out_of_range_is_written_back_in_range(file_desk):
+def test_values_out_of_range_are_written_back_clamped(file_desk):
     desk = file_desk.start_fresh({"Intensity": 1200, "Brightness": 50})
     desk.press_power()
     desk.wait_for_saves(1)
     assert (desk.settings()["Intensity"], desk.settings()["Brightness"]) == ("1000", "100")
 
 
-# One run for a time of the gamma fix and two numbers of thousandths, which are saved together.
+# Each run checks a time of the gamma fix and two values in thousandths, which are saved together.
 @pytest.mark.parametrize("epoch, saved_epoch, intensity, brightness", [
     ("1700000000", "1700000000", 1, 289), ("18446744073709551615", "18446744073709551615", 29, 571),
     ("never", "0", 57, 577), ("", "0", 999, 999), ("123abc", "123", 290, 115),
@@ -107,27 +107,27 @@ def test_thousandths_and_the_time_of_the_gamma_fix_survive_a_load_and_a_save(
     assert desk.settings()["Brightness"] == str(brightness)
 
 
-@pytest.mark.parametrize("up, cut", [(50, "637"), (40, "587"), (-37, "198")])
-def test_what_lies_between_two_thousandths_is_cut_and_not_rounded(desk, up, cut):
-    desk.slide("WARMTH", up)  # 0.385 and 50, 40, -37 parts of 198: 0.63753, 0.58702, 0.19813
+@pytest.mark.parametrize("up, saved", [(50, "637"), (40, "587"), (-37, "198")])
+def test_a_value_between_two_thousandths_is_truncated_not_rounded(desk, up, saved):
+    desk.slide("WARMTH", up)  # 0.385 plus 50, 40 and -37 of 198 units: 0.63753, 0.58702, 0.19813
     desk.wait_for_saves(1)
-    assert desk.settings()["Intensity"] == cut
+    assert desk.settings()["Intensity"] == saved
 
 
-def test_other_sections_keys_and_remarks_are_left_alone(file_desk):
-    before = ("; my own remark\r\n[Other]\r\nIntensity=7\r\nName=caf\u00e9\r\n"
+def test_other_sections_keys_and_comments_are_preserved(file_desk):
+    before = ("; a comment\r\n[Other]\r\nIntensity=7\r\nName=caf\u00e9\r\n"
               "[Filter]\r\nHue=12\r\nIntensity=500\r\n[Settings]\r\nFuture=1\r\n")
     desk = file_desk.start_fresh(before.encode("cp1252"))
     assert desk.loaded().startswith("intensity=0.500")
     desk.choose("EVENING")
     desk.wait_for_saves(1)
     text = desk.settings_path.read_bytes().decode("cp1252").replace("\r\n", "\n")
-    assert "; my own remark\n" in text
+    assert "; a comment\n" in text
     assert "[Other]\nIntensity=7\nName=caf\u00e9\n" in text
     assert "Hue=12\n" in text and "Future=1\n" in text and "Intensity=584\n" in text
 
 
-def test_keys_are_found_whatever_their_case_and_order(file_desk):
+def test_keys_are_found_regardless_of_case_and_order(file_desk):
     desk = file_desk.start_fresh("[SETTINGS]\r\nalloweXtremedim = 1\r\n"
                                  "[filter]\r\nbrightness = 40\r\nINTENSITY = 300\r\n")
     assert desk.loaded() == "intensity=0.300 brightness=0.040 extremeDim=1 legacy=0 pwmSafe=0"
@@ -147,7 +147,7 @@ def test_a_burst_of_clicks_is_saved_once(file_desk):
     desk.wait_for_tip(model.tip_on(model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS))
 
 
-def test_the_tray_menu_saves_at_once(desk):
+def test_the_tray_menu_saves_immediately(desk):
     desk.menu(LEGACY)
     desk.wait_for_saves(1)
     desk.wait_for_setting("UseLegacyGamma", "1")
@@ -156,7 +156,7 @@ def test_the_tray_menu_saves_at_once(desk):
     assert desk.settings()["UseLegacyGamma"] == "0"
 
 
-def test_what_was_saved_is_what_the_next_start_reads(desk):
+def test_the_next_start_reads_the_saved_values(desk):
     desk.choose("EVENING")
     desk.wait_for_saves(1)
     assert desk.quit() == 0
@@ -166,7 +166,7 @@ def test_what_was_saved_is_what_the_next_start_reads(desk):
     assert (desk.settings()["Intensity"], desk.settings()["Brightness"]) == ("584", "850")
 
 
-def test_a_folder_that_is_missing_is_made(desk):
+def test_a_missing_folder_is_created(desk):
     desk.kill_program()
     for path in desk.settings_folder.iterdir():
         path.unlink()
@@ -177,7 +177,7 @@ def test_a_folder_that_is_missing_is_made(desk):
     assert desk.settings()["Intensity"] == "385"
 
 
-def test_values_changed_by_hand_while_the_program_runs_are_overwritten_by_the_next_save(desk):
+def test_values_edited_while_the_program_runs_are_overwritten_by_the_next_save(desk):
     desk.write_settings("[Filter]\r\nIntensity=900\r\n[Settings]\r\nUseLegacyGamma=1\r\n")
     desk.press_power()
     desk.wait_for_saves(1)

@@ -1,33 +1,33 @@
-"""The settings panel behind the gear: what it shows, what its rows switch, and Legacy Mode from both of its places."""
+"""The settings panel: what it shows, what its rows switch, and Legacy Mode from the row and from the tray menu."""
 
 import time
 
 import pytest
 
 import model
-from bundle import copy, wait_for_look
+from bundle import copy, wait_for_button_state
 from ambrel_lab.layout import HEADER_COLOUR as HEADER, ROW_COLOUR as ROW
 from desk import CLOSE, GEAR, PRESET_PLACES, SETTINGS_ROWS, SLIDER_X, wait_until
-from letters import LABEL, SMALL, TITLE, closest, picture_of, span, stands
+from text_recognition import LABEL, SMALL, TITLE, closest, picture_of, span, matches_text
 from panels import panel_of, wait_for_panel
 
 WM_LBUTTONDOWN, WM_CLOSE = 0x201, 0x10
 BACKGROUND, OUTLINE, RED = (13, 13, 13), (0x2C,) * 3, (255, 0, 0)
 KEYS = {"LAUNCH AT STARTUP": "LaunchAtStart", "ALLOW EXTREME DIM": "AllowExtremeDim", "LEGACY MODE": "UseLegacyGamma"}
 ROW_TOPS = {"LAUNCH AT STARTUP": 132, "ALLOW EXTREME DIM": 182, "LEGACY MODE": 232}
-# The power button reaches lower than the support button does.
+# On the main panel the power button is here; the support button ends above.
 POWER_BELOW_SUPPORT = (160, 522)
 MENU_LEGACY = "Legacy Mode (Older Hardware)"
 RUN_KEY, RUN_VALUE = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run", "Ambrel2"
 DAY, NIGHT = model.PRESETS["DAY"][:2], model.PRESETS["NIGHT"][:2]
 FALLEN_BACK = "Auto-fallback to Legacy Mode after 2 consecutive error 87s"
-# Longer than the half second that other changes wait for their save.
+# Longer than the half second by which other changes delay their save.
 LATE_SAVE = 0.8
 
 
-@pytest.fixture(name="fresh")
-def fresh_fixture(file_desk):
-    """Starts the program with settings; what it leaves in the registry is taken away before and afterwards."""
+@pytest.fixture(name="start_with")
+def start_with_fixture(file_desk):
+    """Starts the program with settings. Deletes its autostart entry before and afterwards."""
     def start(settings=None, **library):
         if file_desk.program_running():
             file_desk.kill_program()
@@ -38,20 +38,20 @@ def fresh_fixture(file_desk):
 
 
 @pytest.fixture(name="panel")
-def panel_fixture(fresh):
-    """The program, just started, with its settings panel open."""
-    desk = fresh()
+def panel_fixture(start_with):
+    """The program directly after its start with the settings panel open."""
+    desk = start_with()
     desk.show_settings()
     wait_for_panel(desk, "settings")
     return desk
 
 
 def value_of(desk, row):
-    """ON or OFF, as the row shows it."""
+    """The value that a row shows, ON or OFF; None if neither is recognised."""
     top = ROW_TOPS[row]
     found = span(desk.popup_picture(), (226, top + 4, 290, top + 38), ROW)
     text = found and closest(desk, found, ("ON", "OFF"), LABEL)
-    return text if text and stands(desk, found, text, LABEL, right=284) else None
+    return text if text and matches_text(desk, found, text, LABEL, right=284) else None
 
 
 def wait_for_value(desk, row, text):
@@ -59,12 +59,12 @@ def wait_for_value(desk, row, text):
 
 
 def press(desk, x, y):
-    """A press that has been worked off when this returns."""
+    """Presses the mouse button by a message. Returns after the program has handled it."""
     desk.send_message(WM_LBUTTONDOWN, 1, x | y << 16)
 
 
 def assert_no_message_box(desk):
-    time.sleep(0.3)  # A box is posted behind the click that causes it: give it the time to open.
+    time.sleep(0.3)  # A message box opens only after the click that causes it has been handled.
     assert desk.message_boxes() == []
 
 
@@ -85,29 +85,29 @@ def test_the_gear_opens_the_panel_and_close_returns(desk):
 
 def test_it_shows_title_close_rows_and_support_button(panel):
     picture = panel.popup_picture()
-    assert stands(panel, span(picture, (10, 4, 240, 52), HEADER), "SETTINGS", TITLE, left=22)
+    assert matches_text(panel, span(picture, (10, 4, 240, 52), HEADER), "SETTINGS", TITLE, left=22)
     close = span(picture, (252, 18, 300, 42), HEADER)
-    assert stands(panel, close, "CLOSE", SMALL) and abs(sum(close) / 2 - 276) <= 1
+    assert matches_text(panel, close, "CLOSE", SMALL) and abs(sum(close) / 2 - 276) <= 1
     assert any(picture.pixel(x, y) == RED for x in range(252, 300) for y in range(18, 42))
     for row, top in ROW_TOPS.items():
-        assert stands(panel, span(picture, (28, top + 4, 226, top + 38), ROW), row, LABEL, left=36), row
+        assert matches_text(panel, span(picture, (28, top + 4, 226, top + 38), ROW), row, LABEL, left=36), row
         assert value_of(panel, row) == "OFF"
         assert picture.pixel(160, top) == picture.pixel(24, top + 20) == picture.pixel(295, top + 20) == OUTLINE
         assert picture.pixel(160, top + 1) == ROW and picture.pixel(160, top - 1) == BACKGROUND
     support = span(picture, (30, 466, 290, 512), ROW)
-    assert stands(panel, support, "COPY FEEDBACK FOR SUPPORT", LABEL) and abs(sum(support) / 2 - 160) <= 1
+    assert matches_text(panel, support, "COPY FEEDBACK FOR SUPPORT", LABEL) and abs(sum(support) / 2 - 160) <= 1
     assert picture.crop(0, 274, 320, 462).colours() == 1 and picture.pixel(160, 300) == BACKGROUND
 
 
-def test_it_shows_the_flags_of_the_settings_file(fresh):
-    desk = fresh({"AllowExtremeDim": 1, "UseLegacyGamma": 1})
+def test_it_shows_the_flags_of_the_settings_file(start_with):
+    desk = start_with({"AllowExtremeDim": 1, "UseLegacyGamma": 1})
     desk.show_settings()
     wait_for_panel(desk, "settings")
     assert [value_of(desk, row) for row in ROW_TOPS] == ["OFF", "ON", "ON"]
 
 
 @pytest.mark.parametrize("row", SETTINGS_ROWS)
-def test_a_row_switches_its_flag_saves_it_and_shows_it_at_once(panel, row):
+def test_a_row_switches_its_flag_saves_it_and_shows_it_immediately(panel, row):
     before = picture_of(panel)
     panel.flip(row)
     wait_for_value(panel, row, "ON")
@@ -122,7 +122,7 @@ def test_a_row_switches_its_flag_saves_it_and_shows_it_at_once(panel, row):
 
 
 @pytest.mark.parametrize("row", SETTINGS_ROWS)
-def test_the_save_is_done_when_the_click_has_been_worked_off_and_no_second_follows(panel, row):
+def test_a_click_saves_before_it_returns_and_only_once(panel, row):
     press(panel, *SETTINGS_ROWS[row])
     assert panel.saves() == 1
     assert f"{KEYS[row]}=1" in panel.settings_text().splitlines()
@@ -130,7 +130,7 @@ def test_the_save_is_done_when_the_click_has_been_worked_off_and_no_second_follo
     assert panel.saves() == 1
 
 
-def test_a_row_that_was_clicked_is_kept_by_a_quit_right_after_it_and_read_by_the_next_start(panel):
+def test_a_quit_directly_after_a_click_keeps_the_setting_for_the_next_start(panel):
     for row in ("ALLOW EXTREME DIM", "LEGACY MODE"):
         panel.flip(row)
     assert panel.quit() == 0
@@ -138,7 +138,7 @@ def test_a_row_that_was_clicked_is_kept_by_a_quit_right_after_it_and_read_by_the
     assert panel.loaded() == "intensity=0.385 brightness=1.000 extremeDim=1 legacy=1 pwmSafe=0"
 
 
-def test_the_rows_react_up_to_their_edges_and_nothing_beside_them_does(panel):
+def test_the_rows_react_up_to_their_edges_and_not_beyond(panel):
     for row, top in ROW_TOPS.items():
         for x, y in ((24, top), (295, top), (24, top + 41), (295, top + 41)):
             saves = panel.saves()
@@ -159,7 +159,7 @@ def test_the_rows_react_up_to_their_edges_and_nothing_beside_them_does(panel):
         wait_for_panel(panel, "settings")
 
 
-def test_what_the_main_panel_has_there_does_not_react(panel):
+def test_controls_of_the_main_panel_do_not_react_on_the_settings_panel(panel):
     before = picture_of(panel)
     for place in (POWER_BELOW_SUPPORT, *PRESET_PLACES.values()):
         panel.click_unit(*place)
@@ -176,13 +176,13 @@ def test_the_main_panel_has_no_rows(desk):
         desk.click_unit(*place)
     desk.press_power()
     desk.wait_for_saves(1)
-    time.sleep(0.2)  # For a save that a row would have made.
+    time.sleep(0.2)  # No row may save.
     assert desk.saves() == 1
     assert panel_of(desk) == "main"
     assert [desk.settings()[key] for key in KEYS.values()] == ["0", "0", "0"]
 
 
-def test_the_panel_is_kept_while_the_popup_is_hidden(panel):
+def test_the_settings_panel_is_still_open_after_the_popup_was_hidden(panel):
     panel.flip("ALLOW EXTREME DIM")
     wait_for_value(panel, "ALLOW EXTREME DIM", "ON")
     before = picture_of(panel)
@@ -194,18 +194,18 @@ def test_the_panel_is_kept_while_the_popup_is_hidden(panel):
     wait_for_panel(panel, "main")
 
 
-def test_the_next_start_begins_with_the_main_panel(panel):
+def test_the_next_start_shows_the_main_panel(panel):
     panel.restart()
     panel.show()
     wait_for_panel(panel, "main")
 
 
-def test_the_support_button_copies_the_report_and_touches_nothing_else(panel):
+def test_the_support_button_copies_the_report_and_changes_nothing_else(panel):
     before, settings = picture_of(panel), panel.settings()
     report = copy(panel)
     assert report.text.startswith("TO: support@ambrel.example\r\nSUBJECT: Ambrel Windows 2.23 - Feedback (")
     assert report.text.endswith("\r\n=== END DIAGNOSTICS ===\r\n")
-    wait_for_look(panel, "copied")
+    wait_for_button_state(panel, "copied")
     button = (0, 460, 320, 518)
     after = picture_of(panel)
     assert after.crop(0, 0, 320, button[1]) == before.crop(0, 0, 320, button[1])
@@ -217,7 +217,7 @@ def test_the_support_button_copies_the_report_and_touches_nothing_else(panel):
     assert panel.message_boxes() == []
 
 
-def test_the_rows_stand_where_they_are_drawn_at_a_larger_scaling(make_desk):
+def test_the_rows_react_where_they_are_drawn_at_a_larger_scaling(make_desk):
     desk = make_desk(dpi=192, size=(1920, 1200))
     desk.start_fresh()
     desk.show_settings()
@@ -237,7 +237,7 @@ def test_the_rows_stand_where_they_are_drawn_at_a_larger_scaling(make_desk):
 
 # Extreme dim
 
-def test_extreme_dim_lets_the_slider_go_below_a_tenth_and_its_end_lifts_the_screen_again(panel):
+def test_extreme_dim_allows_less_than_10_percent_and_turning_it_off_raises_the_brightness(panel):
     panel.flip("ALLOW EXTREME DIM")
     panel.close_settings()
     panel.press_power()
@@ -254,15 +254,15 @@ def test_extreme_dim_lets_the_slider_go_below_a_tenth_and_its_end_lifts_the_scre
     assert panel.settings()["Brightness"] == "100"
 
 
-def test_without_extreme_dim_the_slider_ends_at_a_tenth(desk):
+def test_without_extreme_dim_the_slider_ends_at_10_percent(desk):
     desk.press_power()
     desk.slide("BRIGHTNESS", -188)
     desk.wait_for_tip(model.tip_on(0.385, 0.1))
     desk.wait_for_colour(0.385, 0.1)
 
 
-def test_with_the_filter_off_the_end_of_extreme_dim_lifts_the_value_and_leaves_the_screen(fresh):
-    desk = fresh({"AllowExtremeDim": 1, "Brightness": 30})
+def test_turning_extreme_dim_off_with_the_filter_off_raises_the_value_only(start_with):
+    desk = start_with({"AllowExtremeDim": 1, "Brightness": 30})
     desk.show_settings()
     desk.flip("ALLOW EXTREME DIM")
     assert desk.settings()["Brightness"] == "100"
@@ -271,8 +271,8 @@ def test_with_the_filter_off_the_end_of_extreme_dim_lifts_the_value_and_leaves_t
 
 
 @pytest.mark.parametrize("legacy", [0, 1])
-def test_with_the_filter_on_each_click_applies_the_filter_anew(fresh, legacy):
-    desk = fresh({"UseLegacyGamma": legacy})
+def test_with_the_filter_on_each_click_applies_the_filter_again(start_with, legacy):
+    desk = start_with({"UseLegacyGamma": legacy})
     desk.choose("DAY")
     desk.wait_for_saves(1)
     wait = desk.wait_for_legacy_colour if legacy else desk.wait_for_colour
@@ -280,7 +280,7 @@ def test_with_the_filter_on_each_click_applies_the_filter_anew(fresh, legacy):
         wait(*DAY)
         applied = len(desk.effects())
         if legacy:
-            desk.set_ramp(model.ramp(model.IDENTITY))  # Somebody else takes the colour away.
+            desk.set_ramp(model.ramp(model.IDENTITY))  # As if another program removed the colour.
         if desk.popup_visible() and panel_of(desk) == "main":
             desk.show_settings()
             wait_for_panel(desk, "settings")
@@ -307,7 +307,7 @@ PLACES = pytest.mark.parametrize("place", ["row", "menu"])
 
 
 @PLACES
-def test_legacy_mode_takes_a_lit_filter_over_and_gives_it_back(desk, place):
+def test_legacy_mode_moves_an_active_filter_to_the_ramp_and_back(desk, place):
     desk.choose("DAY")
     desk.wait_for_colour(*DAY)
     desk.wait_for_saves(1)
@@ -326,7 +326,7 @@ def test_legacy_mode_takes_a_lit_filter_over_and_gives_it_back(desk, place):
 
 
 @PLACES
-def test_legacy_mode_with_the_filter_off_touches_no_screen(desk, place):
+def test_switching_legacy_mode_with_the_filter_off_sets_no_colour(desk, place):
     for flag in ("1", "0"):
         switch_legacy_mode(desk, place)
         assert desk.settings()["UseLegacyGamma"] == flag
@@ -336,8 +336,8 @@ def test_legacy_mode_with_the_filter_off_touches_no_screen(desk, place):
 
 
 @PLACES
-def test_leaving_legacy_mode_loads_the_library_that_the_start_left_alone(fresh, place):
-    desk = fresh({"UseLegacyGamma": 1})
+def test_leaving_legacy_mode_loads_the_library(start_with, place):
+    desk = start_with({"UseLegacyGamma": 1})
     desk.choose("DAY")
     desk.wait_for_saves(1)
     assert desk.magnification_calls() == []
@@ -357,8 +357,8 @@ def test_row_and_menu_switch_the_same_flag(panel):
     wait_for_value(panel, "LEGACY MODE", "ON")
 
 
-def test_an_automatic_fallback_is_kept_shown_and_ended_over_two_runs(fresh):
-    desk = fresh(effect=(87,))
+def test_an_automatic_fallback_persists_is_shown_and_can_be_left_in_the_next_run(start_with):
+    desk = start_with(effect=(87,))
     for preset in ("DAY", "EVENING"):
         desk.choose(preset)
     desk.wait_for_log(FALLEN_BACK)
@@ -366,7 +366,7 @@ def test_an_automatic_fallback_is_kept_shown_and_ended_over_two_runs(fresh):
     assert (desk.settings()["UseLegacyGamma"], desk.settings()["LegacyModeAutoSet"]) == ("1", "1")
     desk.wait_for_saves(2)
 
-    # The second run goes on in Legacy Mode without a word; the user leaves it by the row.
+    # The second run continues in Legacy Mode without a notice; the user leaves it with the row.
     desk.restart()
     desk.choose("DAY")
     desk.wait_for_legacy_colour(*DAY)
@@ -387,7 +387,7 @@ def test_an_automatic_fallback_is_kept_shown_and_ended_over_two_runs(fresh):
     assert FALLEN_BACK not in desk.log()
     assert desk.settings()["UseLegacyGamma"] == "0"
 
-    # Who left it by hand is told again when a later run falls back.
+    # After the user has left Legacy Mode, a later fallback shows the notice again.
     desk.restart()
     for preset in ("DAY", "EVENING"):
         desk.choose(preset)
@@ -396,8 +396,8 @@ def test_an_automatic_fallback_is_kept_shown_and_ended_over_two_runs(fresh):
     assert desk.settings()["LegacyModeAutoSet"] == "1"
 
 
-def test_the_row_shows_a_fallback_that_it_caused(fresh):
-    desk = fresh({"AllowExtremeDim": 1}, effect=(0, 87))
+def test_the_row_shows_a_fallback_that_it_caused(start_with):
+    desk = start_with({"AllowExtremeDim": 1}, effect=(0, 87))
     desk.press_power()
     desk.wait_for_colour(0.385, 1.0)
     desk.show_settings()
@@ -409,8 +409,8 @@ def test_the_row_shows_a_fallback_that_it_caused(fresh):
     desk.wait_for_legacy_colour(0.385, 1.0)
 
 
-def test_a_refused_ramp_is_told_accepted_again_also_when_the_row_led_away_from_it(fresh):
-    desk = fresh({"UseLegacyGamma": 1})
+def test_an_accepted_ramp_after_a_refusal_is_logged_even_after_leaving_legacy_mode(start_with):
+    desk = start_with({"UseLegacyGamma": 1})
     desk.choose("NIGHT")
     desk.wait_for_log("Legacy ramp REJECTED (intensity=1.000 brightness=0.700) - Windows range limit")
     switch_legacy_mode(desk, "row")

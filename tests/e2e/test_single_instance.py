@@ -1,4 +1,4 @@
-"""One program a machine: a second start shows the popup of the first and ends."""
+"""Single instance: a second start shows the popup of the first instance and exits."""
 
 import time
 
@@ -11,7 +11,7 @@ UNKNOWN = "--unknown-option"
 
 
 def second_start(desk, *arguments):
-    """Runs a second instance to its end; its exit code."""
+    """Runs a second instance until it exits. Returns its exit code."""
     first = desk.program
     try:
         return desk.start_program(*arguments).wait(20)
@@ -19,7 +19,7 @@ def second_start(desk, *arguments):
         desk.program = first
 
 
-def test_a_second_start_shows_the_popup_of_the_first_and_ends_with_0(desk):
+def test_a_second_start_shows_the_popup_of_the_first_and_exits_with_0(desk):
     assert not desk.popup_visible()
     assert second_start(desk) == 0
     desk.wait_for_popup()
@@ -41,7 +41,7 @@ def test_a_second_start_writes_no_line_into_the_log(desk):
     assert desk.events_path.read_bytes() == before
 
 
-def test_a_second_start_leaves_the_filter_and_the_settings_alone(desk):
+def test_a_second_start_does_not_change_the_filter_or_the_settings(desk):
     desk.choose("EVENING")
     desk.wait_for_saves(1)
     calls = len(desk.magnification_calls())
@@ -61,7 +61,7 @@ def test_a_second_start_adds_no_icon(desk):
 def test_a_second_start_while_the_popup_is_open_leaves_it_open(desk):
     rect = desk.open_popup()
     assert second_start(desk) == 0
-    time.sleep(0.4)  # Longer than the popup waits before it looks who has the foreground.
+    time.sleep(0.4)  # Longer than the interval of the popup's foreground check.
     assert desk.popup_visible()
     assert desk.popup_rect() == rect
 
@@ -75,16 +75,16 @@ def test_a_copy_in_another_folder_is_a_second_start_too(desk):
 
 
 @pytest.mark.parametrize("arguments", [[UNKNOWN], ["", "\"", "caf\u00e9"], ["x" * 30000]])
-def test_a_second_start_takes_any_command_line(desk, arguments):
+def test_a_second_start_accepts_any_command_line(desk, arguments):
     assert second_start(desk, *arguments) == 0
     desk.wait_for_popup()
 
 
-def test_second_starts_while_the_first_is_still_starting_end_with_0(desk):
+def test_second_starts_during_the_first_start_exit_with_0(desk):
     desk.kill_program()
     desk.write_events(None)
     started = [desk.start_program() for _ in range(3)]
-    wait_until(lambda: sum(child.poll() is None for child in started) == 1, "one instance alone")
+    wait_until(lambda: sum(child.poll() is None for child in started) == 1, "a single instance")
     assert sorted(child.poll() is None for child in started) == [False, False, True]
     assert [child.returncode for child in started if child.returncode is not None] == [0, 0]
     desk.wait_for_icon()
@@ -94,22 +94,22 @@ def test_second_starts_while_the_first_is_still_starting_end_with_0(desk):
     desk.wait_for_colour(model.DEFAULT_INTENSITY, 1.0)
 
 
-def test_after_quit_the_next_start_is_a_first_one(desk):
+def test_a_start_after_quit_is_a_first_instance(desk):
     assert desk.quit() == 0
     desk.start()
     assert desk.program.poll() is None
     assert desk.events_text().count(MARKER) == 2
 
 
-def test_after_a_crash_the_next_start_is_a_first_one(desk):
+def test_a_start_after_a_crash_is_a_first_instance(desk):
     desk.kill_program()
     desk.start()
     assert desk.program.poll() is None
     assert desk.events_text().count(MARKER) == 2
 
 
-def test_a_second_start_finds_nothing_to_wake_while_the_first_has_no_window(make_desk):
-    # A library that is missing holds the first start up with a message box, before there is a window.
+def test_a_second_start_exits_while_the_first_has_no_window_yet(make_desk):
+    # A missing library delays the first start with a message box before its window is created.
     desk = make_desk(magnification="missing")
     desk.start_program()
     box = desk.wait_for_message_box()

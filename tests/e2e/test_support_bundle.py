@@ -1,4 +1,4 @@
-"""The support report as a whole, pasted and compared byte for byte; its head and its APP section."""
+"""The complete support report, compared byte for byte; its head and its APP section."""
 
 import re
 import time
@@ -150,14 +150,14 @@ START_LINES = ["Ambrel Windows v2.23 starting", "OS: Windows 11 Pro 23H2 (10.0.2
 
 @pytest.fixture(name="lab_desk")
 def lab_desk_fixture(make_desk):
-    """A screen of its own on the lab's own machine; the program has not been started."""
+    """A separate desk with the lab's machine description; the program is not started."""
     desk = make_desk()
     Machine(desk).set(**LAB_MACHINE)
     return desk
 
 
 def filled_in(text, report, log):
-    """The expected text with what the clock and this computer decide; `log` is events.log before the copy."""
+    """The expected text with the values of the clock and this computer. `log` is events.log before the copy."""
     lines = log.splitlines()
     ring = lines[len(lines) - lines[::-1].index(MARKER):]
     uptime = report.value("APP", "Session uptime: ")
@@ -168,12 +168,12 @@ def filled_in(text, report, log):
 
 
 def assert_same(text, expected):
-    # Line by line first: a difference is told better.
+    # Line by line first, for a better description of a difference.
     assert text.split("\r\n") == expected.split("\r\n")
     assert text.encode("utf-16-le") == expected.encode("utf-16-le")
 
 
-def test_the_whole_text_of_a_program_that_was_only_started(lab_desk):
+def test_the_complete_report_directly_after_a_start(lab_desk):
     desk = lab_desk.start_fresh()
     log = ["Loaded settings: intensity=0.385 brightness=1.000 extremeDim=0 legacy=0 pwmSafe=0",
            "Gamma range: Windows default"]
@@ -184,7 +184,7 @@ def test_the_whole_text_of_a_program_that_was_only_started(lab_desk):
     assert_same(report.text, filled_in(QUIET, report, events))
 
 
-def test_the_whole_text_with_everything_that_can_stand_in_it(lab_desk):
+def test_the_complete_report_with_all_optional_lines(lab_desk):
     desk, bench = lab_desk, Bench(lab_desk)
     bench.hardware.monitors([Monitor("desk", 40, 10, 90, description="Desk monitor")])
     bench.hardware.panels([Panel("laptop", 60, instance="DISPLAY\\LAB_0")])
@@ -219,9 +219,9 @@ def test_the_whole_text_with_everything_that_can_stand_in_it(lab_desk):
     assert_same(report.text, filled_in(EVERYTHING, report, events))
 
 
-# What stands before the diagnostics
+# The head
 
-def test_the_subject_line_carries_version_machine_and_system(lab_desk):
+def test_the_subject_line_contains_version_machine_and_system(lab_desk):
     report = copy(lab_desk.start_fresh())
     assert report.text.split("\r\n")[1] == (
         f"SUBJECT: Ambrel Windows 2.23 - Feedback ({LAB_TAG}, Windows 11 Pro b22631)")
@@ -229,7 +229,7 @@ def test_the_subject_line_carries_version_machine_and_system(lab_desk):
 
 @pytest.mark.parametrize("guid, tag", [
     pytest.param("01234567-89ab-cdef-0123-456789abcdef", "16ba809b973dd525", id="plain"),
-    pytest.param("M\u00f6bel \U0001f5a5", None, id="other letters"),
+    pytest.param("M\u00f6bel \U0001f5a5", None, id="other characters"),
     pytest.param(None, "0000000000000000", id="missing"),
     pytest.param("", "0000000000000000", id="empty"),
     pytest.param(7, "0000000000000000", id="number"),
@@ -254,14 +254,14 @@ def test_the_tag_stays_the_same_over_two_starts(desk):
     assert copy(desk).text.split("\r\n")[1] == first
 
 
-def test_the_sections_come_in_their_order(desk):
+def test_the_sections_are_in_order(desk):
     assert list(copy(desk).sections()) == ["APP", "SYSTEM", "DISPLAYS", "FILTER STATE", "PWM-SAFE MODE", "SETTINGS",
                                            "EVENT LOG", "PERSISTED LOG"]
 
 
 # APP
 
-def test_the_app_section_tells_version_time_and_uptime(desk):
+def test_the_app_section_contains_version_time_and_uptime(desk):
     report = copy(desk)
     version, now, uptime = report.section("APP")
     assert version == "Version:        2.23"
@@ -270,17 +270,17 @@ def test_the_app_section_tells_version_time_and_uptime(desk):
 
 
 def moment(line):
-    """Seconds since midnight of a line's stamp."""
+    """The time stamp of a line in seconds since midnight."""
     hours, minutes, seconds = line[1:13].split(":")
     return int(hours) * 3600 + int(minutes) * 60 + float(seconds)
 
 
 def test_the_uptime_counts_from_the_start_of_the_program(desk):
     started = time.time()
-    wait_until(lambda: time.time() > started + 2.5, "a few seconds of the program's life")
+    wait_until(lambda: time.time() > started + 2.5, "a few seconds of uptime")
     report = copy(desk)
     lines = [line for line in desk.events_text().splitlines() if STAMP.match(line)]
     lived = (moment(lines[-1]) - moment(lines[0])) % 86400
     assert lines[0].endswith(" starting") and COPIED_LINE.search(lines[-1]) and lived >= 2.5
-    # The first line comes a moment after the start is noted, the last one a moment after the text is built.
+    # The first line is logged just after the start time is stored, the last one just after the text is built.
     assert int(lived - 0.5) <= int(report.value("APP", "Session uptime: ").removesuffix("s")) <= int(lived + 0.1)

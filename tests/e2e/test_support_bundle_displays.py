@@ -61,7 +61,7 @@ def press_by_message(desk):
 
 # DISPLAYS
 
-def test_without_a_monitor_that_answers_a_display_has_its_device_name_and_no_brightness(bench):
+def test_a_display_without_a_responding_monitor_is_listed_by_device_name_without_brightness(bench):
     assert displays(bench.begin()) == shown(DEVICE, *NOT_SUPPORTED)
 
 
@@ -69,12 +69,12 @@ def test_without_a_monitor_that_answers_a_display_has_its_device_name_and_no_bri
     (40, 0, 100), (0, 0, 0), (100, 0, 100), (37, 10, 90), (70000, 5, 100000), (5, 90, 10),
     pytest.param(0xFFFFFFFF, 0x80000000, 0xFFFFFFFE, id="more than 31 bits"),
 ])
-def test_a_monitor_that_takes_commands_is_told_with_its_raw_values(bench, current, low, high):
+def test_a_controllable_monitor_is_listed_with_its_raw_values(bench, current, low, high):
     bench.begin([Monitor("left", current, low, high, description="Desk monitor")])
     assert displays(bench) == shown("Desk monitor", *supported(current, low, high))
 
 
-def test_the_values_are_those_of_now(bench):
+def test_the_values_are_current(bench):
     bench.begin([Monitor("left", 40)])
     copy(bench.desk)
     bench.hardware.turn("left", 63)
@@ -86,7 +86,7 @@ def test_a_monitor_without_the_capability_has_no_brightness_line(bench):
     assert displays(bench) == shown("Old screen", *NOT_SUPPORTED)
 
 
-def test_a_monitor_that_does_not_tell_its_capabilities_counts_as_without(bench):
+def test_a_monitor_whose_capabilities_cannot_be_read_is_listed_as_not_supported(bench):
     bench.begin([Monitor("left", 40, fails="capabilities", description="Deaf screen")])
     assert displays(bench) == shown("Deaf screen", *NOT_SUPPORTED)
 
@@ -96,29 +96,29 @@ def test_a_capable_monitor_that_cannot_be_read_shows_zeros(bench):
     assert displays(bench) == shown("Shy screen", *supported(0, 0, 0))
 
 
-def test_the_first_of_several_monitors_behind_a_display_stands_for_it(bench):
+def test_a_display_with_several_monitors_is_represented_by_the_first(bench):
     bench.begin([Monitor("left", 40, description="First"), Monitor("right", 70, description="Second")])
     assert displays(bench) == shown("First", *supported(40, 0, 100))
 
 
-def test_a_monitor_without_a_description_leaves_the_device_name(bench):
+def test_a_monitor_without_a_description_is_listed_by_device_name(bench):
     bench.begin([Monitor("left", 40, description="")])
     assert displays(bench) == shown(DEVICE, *supported(40, 0, 100))
 
 
-def test_a_description_of_other_letters_is_told_as_it_is(bench):
+def test_a_description_with_any_characters_is_unchanged(bench):
     bench.begin([Monitor("left", 40, description="\u6a5f\u68b0 %s%n \u00f6")])
     assert displays(bench) == shown("\u6a5f\u68b0 %s%n \u00f6", *supported(40, 0, 100))
 
 
 @pytest.mark.parametrize("failing", [{"count_error": 5}, {"fetch_error": 5}, {"count": 0}], ids=str)
-def test_a_display_whose_monitors_cannot_be_had_is_told_all_the_same(bench, failing):
+def test_a_display_whose_monitors_cannot_be_opened_is_still_listed(bench, failing):
     bench.begin([Monitor("left", 40)])
     bench.hardware.display(**failing)
     assert displays(bench) == shown(DEVICE, *NOT_SUPPORTED)
 
 
-def test_the_monitors_library_without_a_function_costs_only_the_brightness(bench):
+def test_a_monitor_library_that_lacks_a_function_only_omits_the_brightness(bench):
     bench.hardware.install_monitors(without=["GetMonitorBrightness"])
     try:
         assert displays(bench.begin([Monitor("left", 40)])) == shown(DEVICE, *NOT_SUPPORTED)
@@ -127,12 +127,12 @@ def test_the_monitors_library_without_a_function_costs_only_the_brightness(bench
         bench.hardware.install_monitors()
 
 
-def test_a_panel_is_not_among_the_monitors(bench):
+def test_a_panel_is_not_listed_as_a_monitor(bench):
     bench.begin(panels=[Panel("laptop", 60)])
     assert displays(bench) == shown(DEVICE, *NOT_SUPPORTED)
 
 
-def test_the_mode_is_that_of_now(make_desk):
+def test_the_mode_is_current(make_desk):
     desk = make_desk().start_fresh()
     show_settings(desk)
     desk.change_mode(1280, 720)
@@ -141,7 +141,7 @@ def test_the_mode_is_that_of_now(make_desk):
     assert "\r\n    Mode:          1280x720 @ 60Hz, 32-bit\r\n" in desk.clipboard_text()
 
 
-def test_the_report_sets_no_display_and_gives_every_monitor_back(bench):
+def test_the_report_sets_no_display_and_releases_every_monitor(bench):
     bench.begin([Monitor("left", 40), Monitor("right", 30)], [Panel("laptop", 60)])
     bench.hardware.forget()
     copy(bench.desk)
@@ -153,7 +153,7 @@ def test_the_report_sets_no_display_and_gives_every_monitor_back(bench):
 
 # PWM-SAFE MODE
 
-def test_without_a_display_nothing_is_available_and_no_type_is_told(bench):
+def test_without_a_display_nothing_is_available_and_no_type_is_listed(bench):
     assert pwm(bench.begin()) == mode()
 
 
@@ -165,12 +165,12 @@ def test_without_a_display_nothing_is_available_and_no_type_is_told(bench):
     ([Monitor("left", 100)], [Panel("laptop", 60)], EXTERNAL, "1 of 2"),
     ([Monitor("left", 40, capable=False)], [Panel("laptop", 60)], BUILT_IN_ONLY, "0 of 1"),
 ], ids=["panel", "two panels", "monitor", "two monitors", "both", "panel and a monitor that cannot"])
-def test_the_controllable_displays_are_counted_and_their_kind_is_told(bench, monitors, panels, kind, at_full):
+def test_the_controllable_displays_are_counted_and_their_type_is_listed(bench, monitors, panels, kind, at_full):
     bench.begin(monitors, panels)
     assert pwm(bench) == mode(available="yes", at_full=at_full) + target_type(kind)
 
 
-def test_a_lock_that_is_held_is_told_with_what_was_before_and_an_ended_one_no_more(bench):
+def test_an_active_lock_is_listed_with_its_snapshots_and_an_ended_lock_is_not(bench):
     bench.begin([Monitor("left", 40)])
     bench.lock("left")
     assert pwm(bench) == (mode("ON", "yes", locked="yes", at_full="1 of 1") + target_type(EXTERNAL)
@@ -179,7 +179,7 @@ def test_a_lock_that_is_held_is_told_with_what_was_before_and_an_ended_one_no_mo
     assert pwm(bench) == mode(available="yes", at_full="0 of 1") + target_type(EXTERNAL)
 
 
-def test_a_lock_that_has_not_been_verified_is_told_as_pending(bench):
+def test_a_lock_that_is_not_verified_is_listed_as_pending(bench):
     bench.begin([Monitor("left", 40)], on=True)
     show_settings(bench.desk)
     bench.hardware.change("left", behaviour="ignores")
@@ -192,7 +192,7 @@ def test_a_lock_that_has_not_been_verified_is_told_as_pending(bench):
         "ON", "yes", pending="yes", at_full="0 of 1")
 
 
-def test_the_snapshots_of_several_displays_are_told_in_the_order_of_their_names(bench):
+def test_the_snapshots_are_sorted_by_display_name(bench):
     bench.begin([Monitor("left", 40), Monitor("right", 35)],
                 [Panel("laptop", 60, instance="e\u0301cran"), Panel("lid", 70, instance="DISPLAY\\LID_0"),
                  Panel("outer", 80, instance="Display\\Outer_0"), Panel("full", 100, instance="\u6a5f")])
@@ -204,7 +204,7 @@ def test_the_snapshots_of_several_displays_are_told_in_the_order_of_their_names(
     unlock(bench)
 
 
-def test_a_display_that_has_gone_keeps_its_snapshot(bench):
+def test_a_disconnected_display_keeps_its_snapshot(bench):
     bench.begin([Monitor("left", 40)])
     bench.lock("left")
     bench.hardware.unplug("left")
@@ -215,7 +215,7 @@ def test_a_display_that_has_gone_keeps_its_snapshot(bench):
     unlock(bench)
 
 
-def test_slowed_retries_are_told_until_the_display_holds_again(bench):
+def test_slowed_retries_are_listed_until_the_display_holds_again(bench):
     bench.begin([Monitor("left", 40)])
     bench.lock("left")
     bench.hardware.change("left", behaviour="ignores")
@@ -231,7 +231,7 @@ def test_slowed_retries_are_told_until_the_display_holds_again(bench):
     unlock(bench)
 
 
-def test_the_report_shows_what_the_last_look_at_the_displays_found(bench):
+def test_the_pwm_safe_section_shows_the_result_of_the_last_poll(bench):
     bench.begin([Monitor("left", 40)])
     show_settings(bench.desk)
     bench.hardware.turn("left", 100)

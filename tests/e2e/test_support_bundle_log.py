@@ -1,10 +1,10 @@
-"""The two logs at the end of the support report: the ring of this run, and the end of events.log."""
+"""The two logs at the end of the support report: the ring of this run and the last lines of events.log."""
 
 import pytest
 
 from bundle import COPIED_LINE, STAMP, Report, copy, failures, messages, press
 from desk import MARKER, SETTINGS_ROWS, wait_until
-from hindrances import held_by_another_program
+from faults import held_by_another_program
 from panels import show_settings
 
 WM_LBUTTONDOWN = 0x201
@@ -19,7 +19,7 @@ def persisted(report):
 
 
 def copy_with(desk, content):
-    """Copies the report with this as events.log, which the program opens anew for every line."""
+    """Copies the report with this content of events.log, which the program reopens for every line."""
     show_settings(desk)
     desk.write_events(content)
     return copy(desk)
@@ -33,7 +33,7 @@ def ring_of(report):
 
 # The ring
 
-def test_the_ring_holds_the_lines_of_this_run_from_the_first_on(desk):
+def test_the_ring_contains_all_lines_of_this_run(desk):
     desk.press_power()
     desk.wait_for_saves(1)
     lines = ring_of(copy(desk))
@@ -41,11 +41,11 @@ def test_the_ring_holds_the_lines_of_this_run_from_the_first_on(desk):
     assert messages(lines)[3:] == [
         "Loaded settings: intensity=0.385 brightness=1.000 extremeDim=0 legacy=0 pwmSafe=0",
         "Gamma range: Windows default", "Saved settings"]
-    # As they stand in the file, which also has the line that tells of this copy.
+    # The same lines as in the file, which also contains the line of this copy.
     assert lines == desk.events_text().splitlines()[1:-1]
 
 
-def test_lines_of_earlier_runs_are_not_in_the_ring_but_in_the_file(desk):
+def test_lines_of_earlier_runs_are_in_the_file_and_not_in_the_ring(desk):
     desk.press_power()
     desk.wait_for_saves(1)
     before = desk.events_text().splitlines()
@@ -57,7 +57,7 @@ def test_lines_of_earlier_runs_are_not_in_the_ring_but_in_the_file(desk):
     assert persisted(report) == [*before, MARKER, *ring_of(report)]
 
 
-def test_the_line_that_tells_of_a_copy_stands_in_the_next_report_only(desk):
+def test_the_line_of_a_copy_appears_in_the_next_report_only(desk):
     first, second = copy(desk), copy(desk)
     assert not any(COPIED_LINE.search(line) for line in ring_of(first) + persisted(first))
     assert messages(ring_of(second)) == messages(ring_of(first)) + [
@@ -65,7 +65,7 @@ def test_the_line_that_tells_of_a_copy_stands_in_the_next_report_only(desk):
     assert persisted(second)[-1] == ring_of(second)[-1]
 
 
-def test_a_copy_that_failed_stands_in_the_next_report(desk):
+def test_a_failed_copy_appears_in_the_next_report(desk):
     with desk.clipboard_held():
         press(desk)
         wait_until(lambda: failures(desk) == 1, "the line of the failure")
@@ -73,16 +73,16 @@ def test_a_copy_that_failed_stands_in_the_next_report(desk):
 
 
 def fill_ring(desk, lines):
-    """Lets the program log as many more lines, by clicks that each save the settings at once."""
+    """Makes the program log more lines, by clicks that each save the settings immediately."""
     x, y = SETTINGS_ROWS["ALLOW EXTREME DIM"]
     show_settings(desk)
     saves = desk.saves()
     for _ in range(lines):
         desk.post_message(WM_LBUTTONDOWN, 1, x | y << 16)
-    wait_until(lambda: desk.saves() == saves + lines, "the clicks to be worked off")
+    wait_until(lambda: desk.saves() == saves + lines, "the clicks to be handled")
 
 
-def test_a_full_ring_holds_the_500_most_recent_lines(desk):
+def test_a_full_ring_contains_the_500_most_recent_lines(desk):
     desk.wait_for_log("Gamma range: Windows default")
     fill_ring(desk, RING - 5)
     report = copy(desk)
@@ -90,7 +90,7 @@ def test_a_full_ring_holds_the_500_most_recent_lines(desk):
     assert len(lines) == RING and ring_of(report) == lines
     assert "\r\n=== EVENT LOG (most recent 500, oldest first) ===\r\n" in report.text
     assert messages(lines)[0] == "Ambrel Windows v2.23 starting"
-    # The line of that copy was the 501st: the oldest has gone for it.
+    # The line of that copy is the 501st, so the oldest has been dropped.
     report = copy(desk)
     lines = desk.events_text().splitlines()[1:-1]
     assert len(lines) == RING + 1 and ring_of(report) == lines[1:]
@@ -103,7 +103,7 @@ def test_a_full_ring_holds_the_500_most_recent_lines(desk):
     assert persisted(report) == lines[-TAIL_LINES:]
 
 
-def test_a_line_of_other_letters_is_told_as_it_was_logged(desk):
+def test_a_line_with_any_characters_is_unchanged(desk):
     desk.registry_set("HKLM\\HARDWARE\\DESCRIPTION\\System\\BIOS", "SystemProductName", "M\u00f6bel \u6a5f \U0001f5a5")
     try:
         desk.restart()
@@ -124,25 +124,25 @@ def test_the_file_follows_the_ring_and_the_end_follows_the_file(desk):
                                 + "".join(line + "\r\n" for line in tail) + END)
 
 
-def test_without_a_file_the_section_is_left_out_and_the_end_is_there(desk):
+def test_without_a_file_the_section_is_omitted_and_the_report_is_complete(desk):
     report = copy_with(desk, None)
     assert "PERSISTED" not in report.text
     assert report.text.endswith(ring_of(report)[-1] + "\r\n" + END)
-    # The file is there again, with the line that tells of the copy.
+    # The file exists again and contains the line of the copy.
     assert messages(desk.events_text().splitlines()) == [
         f"Support bundle copied to clipboard ({len(report.text)} chars)"]
 
 
-def test_an_empty_file_leaves_the_section_out(desk):
+def test_with_an_empty_file_the_section_is_omitted(desk):
     report = copy_with(desk, b"")
     assert "PERSISTED" not in report.text
     assert report.text.endswith(ring_of(report)[-1] + "\r\n" + END)
 
 
-def test_a_file_that_another_program_holds_leaves_the_section_out(desk):
+def test_with_a_locked_file_the_section_is_omitted(desk):
     show_settings(desk)
     with held_by_another_program(desk, desk.events_path):
-        # The line of the copy is lost as well: only the clipboard tells.
+        # The line of the copy is lost as well; only the clipboard shows the report.
         desk.set_clipboard_text("before")
         desk.send_message(WM_LBUTTONDOWN, 1, 160 | 489 << 16)
         report = Report(desk.clipboard_text(), 0, 0)
@@ -151,7 +151,7 @@ def test_a_file_that_another_program_holds_leaves_the_section_out(desk):
 
 
 @pytest.mark.parametrize("count", [1, 39, 40, 41, 200])
-def test_at_most_the_last_40_lines_are_told(desk, count):
+def test_the_section_contains_at_most_the_last_40_lines(desk, count):
     lines = [f"line {number}" for number in range(count)]
     report = copy_with(desk, "".join(line + "\r\n" for line in lines))
     assert persisted(report) == lines[-TAIL_LINES:]
@@ -163,13 +163,13 @@ def test_at_most_the_last_40_lines_are_told(desk, count):
     pytest.param("one\r\n\r\ntwo\r\n", ["one", "", "two"], id="an empty line"),
     pytest.param("\r\n", [""], id="only an empty line"),
     pytest.param("%s %n %d\r\n", ["%s %n %d"], id="formats"),
-    pytest.param("M\u00f6bel \u6a5f \U0001f5a5\r\n", ["M\u00f6bel \u6a5f \U0001f5a5"], id="letters of 2 to 4 bytes"),
+    pytest.param("M\u00f6bel \u6a5f \U0001f5a5\r\n", ["M\u00f6bel \u6a5f \U0001f5a5"], id="characters of 2 to 4 bytes"),
 ])
 def test_the_file_is_split_into_its_lines(desk, content, lines):
     assert persisted(copy_with(desk, content)) == lines
 
 
-def test_bytes_that_are_no_text_are_replaced_and_the_rest_is_told(desk):
+def test_invalid_bytes_are_replaced_and_the_rest_is_kept(desk):
     report = copy_with(desk, b"before \xff\xc3 after\r\nzeros \0\0 within\r\nlast\r\n")
     lines = persisted(report)
     assert lines[0].startswith("before \ufffd") and lines[0].endswith(" after")
@@ -179,11 +179,11 @@ def test_bytes_that_are_no_text_are_replaced_and_the_rest_is_told(desk):
 
 
 def long_lines(count, letters):
-    """Numbered lines of two-byte letters, and nothing that a cut through one of them could leave unnoticed."""
+    """Numbered lines of two-byte characters, so that a cut within a character is detectable."""
     return [f"{number:03} " + "\u00e9" * letters for number in range(count)]
 
 
-def test_of_17_kilobytes_the_part_before_the_last_16_and_the_line_that_it_cuts_within_a_letter_are_left_out(desk):
+def test_a_line_cut_within_a_character_by_the_16_kilobyte_limit_is_omitted(desk):
     lines = long_lines(29, 298)
     lines[-1] += "."
     content = "".join(line + "\r\n" for line in lines).encode()
@@ -197,7 +197,7 @@ def test_of_17_kilobytes_the_part_before_the_last_16_and_the_line_that_it_cuts_w
     assert "\ufffd" not in report.text
 
 
-def test_the_cut_may_also_be_between_two_letters(desk):
+def test_a_line_cut_between_two_characters_is_omitted(desk):
     lines = long_lines(29, 298)
     content = "".join(line + "\r\n" for line in lines).encode()
     cut = len(content) - TAIL_BYTES
@@ -206,33 +206,33 @@ def test_the_cut_may_also_be_between_two_letters(desk):
     assert persisted(copy_with(desk, content)) == whole == lines[-len(whole):]
 
 
-def test_a_file_of_exactly_16_kilobytes_is_told_from_its_first_line_on(desk):
+def test_a_file_of_exactly_16_kilobytes_is_complete(desk):
     lines = [f"{number:02} " + "x" * 1019 for number in range(16)]
     content = "".join(line + "\r\n" for line in lines)
     assert len(content) == TAIL_BYTES
     assert persisted(copy_with(desk, content)) == lines
 
 
-def test_a_file_of_one_byte_more_loses_its_first_line(desk):
+def test_a_file_one_byte_above_16_kilobytes_loses_its_first_line(desk):
     lines = ["00 " + "x" * 1020] + [f"{number:02} " + "x" * 1019 for number in range(1, 16)]
     content = "".join(line + "\r\n" for line in lines)
     assert len(content) == TAIL_BYTES + 1
     assert persisted(copy_with(desk, content)) == lines[1:]
 
 
-def test_a_line_longer_than_what_is_read_leaves_the_section_out(desk):
+def test_with_a_line_longer_than_the_limit_the_section_is_omitted(desk):
     report = copy_with(desk, b"short\r\n" + b"x" * 20000)
     assert "PERSISTED" not in report.text
     assert report.text.endswith(ring_of(report)[-1] + "\r\n" + END)
 
 
-def test_a_large_file_of_short_lines_is_told_from_its_end(desk):
+def test_of_a_large_file_the_last_lines_are_included(desk):
     lines = [f"{number:06}" for number in range(20000)]
     report = copy_with(desk, "".join(line + "\r\n" for line in lines))
     assert persisted(report) == lines[-TAIL_LINES:]
 
 
-def test_every_line_of_a_run_has_its_stamp(desk):
+def test_every_line_of_a_run_has_a_time_stamp(desk):
     desk.press_power()
     desk.wait_for_saves(1)
     report = copy(desk)

@@ -2,7 +2,7 @@
 
 import pytest
 
-from bundle import copy, copy_untold
+from bundle import copy, copy_without_log
 from desk import wait_until
 
 RUN_KEY, RUN_VALUE = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run", "Ambrel2"
@@ -27,9 +27,9 @@ def settings(desk):
     return copy(desk).section("SETTINGS")
 
 
-@pytest.fixture(name="begin")
-def begin_fixture(file_desk):
-    """Starts the program with these settings and without an autostart entry."""
+@pytest.fixture(name="start_with")
+def start_with_fixture(file_desk):
+    """Starts the program with settings and without an autostart entry."""
     def start(**values):
         if file_desk.program_running():
             file_desk.kill_program()
@@ -41,8 +41,8 @@ def begin_fixture(file_desk):
 
 # The switches
 
-def test_a_first_start_has_everything_off(begin):
-    assert settings(begin()) == [*switches(), *NOT_SET, SETTINGS_FILE]
+def test_after_a_first_start_every_switch_is_off(start_with):
+    assert settings(start_with()) == [*switches(), *NOT_SET, SETTINGS_FILE]
 
 
 @pytest.mark.parametrize("values, lines", [
@@ -52,12 +52,12 @@ def test_a_first_start_has_everything_off(begin):
     ({"LegacyModeAutoSet": 1}, switches()),
     ({"PWMSafeMode": 1}, switches(pwm="ON")),
 ], ids=str)
-def test_each_switch_of_the_settings_file_is_told(begin, values, lines):
-    assert settings(begin(**values)) == [*lines, *NOT_SET, SETTINGS_FILE]
+def test_each_switch_of_the_settings_file_is_reported(start_with, values, lines):
+    assert settings(start_with(**values)) == [*lines, *NOT_SET, SETTINGS_FILE]
 
 
-def test_launch_at_start_is_told_with_its_entry(begin):
-    desk = begin()
+def test_launch_at_start_is_reported_with_its_entry(start_with):
+    desk = start_with()
     desk.show_settings()
     desk.flip("LAUNCH AT STARTUP")
     assert settings(desk) == [*switches(launch="ON"), *entry(PROGRAM), SETTINGS_FILE]
@@ -65,8 +65,8 @@ def test_launch_at_start_is_told_with_its_entry(begin):
     assert settings(desk) == [*switches(), *NOT_SET, SETTINGS_FILE]
 
 
-def test_a_row_that_was_just_clicked_is_told(begin):
-    desk = begin()
+def test_a_row_that_was_just_clicked_is_reported(start_with):
+    desk = start_with()
     desk.show_settings()
     desk.flip("ALLOW EXTREME DIM")
     desk.flip("LEGACY MODE")
@@ -75,7 +75,7 @@ def test_a_row_that_was_just_clicked_is_told(begin):
     assert settings(desk) == [*switches(extreme="ON"), *NOT_SET, SETTINGS_FILE]
 
 
-def test_a_fallback_of_this_run_is_told_as_one(file_desk):
+def test_a_fallback_in_this_run_is_reported_as_automatic(file_desk):
     desk = file_desk.start_fresh(effect=(87,))
     for preset in ("DAY", "EVENING"):
         desk.choose(preset)
@@ -86,46 +86,46 @@ def test_a_fallback_of_this_run_is_told_as_one(file_desk):
     assert report.value("FILTER STATE", "Pipeline:       ") == "Legacy gamma (SetDeviceGammaRamp)"
 
 
-# The autostart entry. The start repairs it: what is there while the program runs was put there later.
+# The autostart entry. The start repairs it, so the tests change it while the program runs.
 
 @pytest.mark.parametrize("value, lines", [
     pytest.param(PROGRAM, entry(PROGRAM), id="this program"),
-    pytest.param(PROGRAM.upper(), entry(PROGRAM.upper()), id="this program in capitals"),
-    pytest.param(PROGRAM.lower(), entry(PROGRAM.lower()), id="this program in small letters"),
+    pytest.param(PROGRAM.upper(), entry(PROGRAM.upper()), id="this program in upper case"),
+    pytest.param(PROGRAM.lower(), entry(PROGRAM.lower()), id="this program in lower case"),
     pytest.param("C:\\windows\\notepad.exe", entry("C:\\windows\\notepad.exe", own=OTHER), id="another program"),
     pytest.param("D:\\Old place\\ambrel.exe", entry("D:\\Old place\\ambrel.exe", STALE, OTHER), id="stale"),
     pytest.param("C:\\Ambrel", entry("C:\\Ambrel", own=OTHER), id="a folder"),
-    pytest.param("C:\\Ambrel\\.\\ambrel.exe", entry("C:\\Ambrel\\.\\ambrel.exe", own=OTHER), id="another way to it"),
+    pytest.param("C:\\Ambrel\\.\\ambrel.exe", entry("C:\\Ambrel\\.\\ambrel.exe", own=OTHER), id="another path to it"),
     pytest.param(f'"{PROGRAM}"', entry(f'"{PROGRAM}"', STALE, OTHER), id="quotes"),
     pytest.param(PROGRAM + " --hidden", entry(PROGRAM + " --hidden", STALE, OTHER), id="arguments"),
     pytest.param("C:\\\u6a5f\u68b0\\\U0001f5a5 %s%n.exe",
-                 entry("C:\\\u6a5f\u68b0\\\U0001f5a5 %s%n.exe", STALE, OTHER), id="other letters and formats"),
+                 entry("C:\\\u6a5f\u68b0\\\U0001f5a5 %s%n.exe", STALE, OTHER), id="other characters and formats"),
     pytest.param((EXPANDABLE_TEXT, "%windir%\\notepad.exe\0".encode("utf-16-le")),
                  entry("%windir%\\notepad.exe", STALE, OTHER), id="not expanded"),
     pytest.param((TEXT, PROGRAM.encode("utf-16-le")), entry(PROGRAM), id="unterminated"),
-    pytest.param("C:\\" + "x" * 1019, entry("C:\\" + "x" * 1019, STALE, OTHER), id="the longest that is read"),
-    pytest.param("C:\\" + "x" * 1020, NOT_SET, id="one letter more"),
+    pytest.param("C:\\" + "x" * 1019, entry("C:\\" + "x" * 1019, STALE, OTHER), id="the maximum length"),
+    pytest.param("C:\\" + "x" * 1020, NOT_SET, id="one character more"),
     pytest.param("C:\\" + "x" * 2045, NOT_SET, id="4 KB"),
     pytest.param(NUMBER, NOT_SET, id="number"),
     pytest.param((BINARY, (PROGRAM + "\0").encode("utf-16-le")), NOT_SET, id="binary"),
     pytest.param("", NOT_SET, id="empty"),
 ])
-def test_the_entry_is_told_as_it_is_now(begin, value, lines):
-    desk = begin()
+def test_the_current_entry_is_reported(start_with, value, lines):
+    desk = start_with()
     desk.registry_set(RUN_KEY, RUN_VALUE, value)
     assert settings(desk) == [*switches(), *lines, SETTINGS_FILE]
 
 
-def test_another_copy_of_the_program_is_told_as_one(begin):
-    desk = begin()
+def test_another_copy_of_the_program_is_reported_as_different(start_with):
+    desk = start_with()
     elsewhere = "C:\\Downloads\\ambrel.exe"
     desk.prefix.put(desk.build_dir / "ambrel.exe", elsewhere)
     desk.registry_set(RUN_KEY, RUN_VALUE, elsewhere)
     assert settings(desk) == [*switches(), *entry(elsewhere, own=OTHER), SETTINGS_FILE]
 
 
-def test_this_program_when_its_file_was_moved_away_is_a_stale_path(begin):
-    desk = begin()
+def test_an_entry_for_a_moved_program_file_is_reported_as_stale(start_with):
+    desk = start_with()
     desk.registry_set(RUN_KEY, RUN_VALUE, PROGRAM)
     place = desk.prefix.path(PROGRAM)
     aside = place.with_suffix(".aside")
@@ -136,25 +136,25 @@ def test_this_program_when_its_file_was_moved_away_is_a_stale_path(begin):
         aside.rename(place)
 
 
-def test_without_a_run_key_nothing_is_set(begin):
-    desk = begin()
+def test_without_a_run_key_the_entry_is_reported_as_not_set(start_with):
+    desk = start_with()
     desk.registry_delete(RUN_KEY)
     try:
         assert settings(desk) == [*switches(), *NOT_SET, SETTINGS_FILE]
     finally:
-        desk.registry_set(RUN_KEY, "Made again", 1)
-        desk.registry_delete(RUN_KEY, "Made again")
+        desk.registry_set(RUN_KEY, "Temporary", 1)
+        desk.registry_delete(RUN_KEY, "Temporary")
 
 
 # The settings file
 
 @pytest.mark.parametrize("place", ["Q:\\nowhere", "\\\\nobody\\nothing"])
-def test_without_a_place_for_the_settings_there_is_no_line_for_them_and_no_log_file(make_desk, place):
+def test_without_a_settings_folder_there_is_no_settings_line_and_no_log_file(make_desk, place):
     desk = make_desk()
     for key in ("User Shell Folders", "Shell Folders"):
         desk.registry_set(FOLDERS + key, "AppData", place)
     desk.start()
-    report = copy_untold(desk)
+    report = copy_without_log(desk)
     assert report.section("SETTINGS") == [*switches(), *NOT_SET]
     assert list(report.sections())[-2:] == ["SETTINGS", "EVENT LOG"]
     assert "PERSISTED" not in report.text
@@ -165,13 +165,13 @@ def test_without_a_place_for_the_settings_there_is_no_line_for_them_and_no_log_f
     assert report.text.endswith(lines[-1] + "\r\n\r\n=== END DIAGNOSTICS ===\r\n")
 
 
-def test_the_settings_file_of_a_user_of_another_language_is_told_as_it_is(make_desk):
+def test_a_settings_path_with_any_characters_is_unchanged(make_desk):
     desk = make_desk()
     folder = "C:\\Utilisateurs\\Zo\u00eb \u6a5f"
     desk.prefix.path(folder).mkdir(parents=True)
     for key in ("User Shell Folders", "Shell Folders"):
         desk.registry_set(FOLDERS + key, "AppData", folder)
     desk.start()
-    report = copy_untold(desk)
+    report = copy_without_log(desk)
     assert report.section("SETTINGS")[-1] == f"Settings file:    {folder}\\Ambrel2\\settings.ini"
-    wait_until((desk.prefix.path(folder) / "Ambrel2" / "events.log").exists, "the log beside it")
+    wait_until((desk.prefix.path(folder) / "Ambrel2" / "events.log").exists, "the log in the same folder")

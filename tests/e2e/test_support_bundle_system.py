@@ -1,4 +1,4 @@
-"""The SYSTEM section of the support report: what the machine says of itself, and the words for what it does not say."""
+"""The SYSTEM section of the support report: the description of the machine and the substitutes for missing values."""
 
 import pytest
 
@@ -13,9 +13,9 @@ def wide(text):
     return text.encode("utf-16-le")
 
 
-@pytest.fixture(name="begin")
-def begin_fixture(file_desk):
-    """Starts the program on a machine that says this of itself; all is as it was afterwards."""
+@pytest.fixture(name="start_with")
+def start_with_fixture(file_desk):
+    """Starts the program with a machine description, which is restored afterwards."""
     file_desk.desktop.open()
     machine = Machine(file_desk)
 
@@ -27,12 +27,12 @@ def begin_fixture(file_desk):
     file_desk.registry_delete(OVERRIDE_KEY)
 
 
-def system_after(begin, label, **values):
-    return copy(begin(**values)).value("SYSTEM", label)
+def system_after(start_with, label, **values):
+    return copy(start_with(**values)).value("SYSTEM", label)
 
 
-def test_its_lines_come_in_their_order_and_the_first_one_is_fixed(begin):
-    lines = copy(begin(DisplayVersion="22H2")).section("SYSTEM")
+def test_the_lines_are_in_order_and_the_first_one_is_fixed(start_with):
+    lines = copy(start_with(DisplayVersion="22H2")).section("SYSTEM")
     labels = ["Platform:       ", "OS:             ", "Edition:        ", "Version:        ", "Hardware:       ",
               "CPU:            ", "Memory:         ", "Locale:         ", "Timezone:       ", "UI DPI:         ",
               "DWM composition: "]
@@ -54,19 +54,19 @@ def test_its_lines_come_in_their_order_and_the_first_one_is_fixed(begin):
     ("26100", "Windows Server 2025 Standard", "Windows Server 2025 Standard"),
     ("26100", "windows 10 Pro", "windows 10 Pro"),
 ])
-def test_windows_11_is_told_by_its_build(begin, build, name, shown):
-    report = copy(begin(CurrentBuildNumber=build, ProductName=name))
+def test_windows_11_is_identified_by_its_build(start_with, build, name, shown):
+    report = copy(start_with(CurrentBuildNumber=build, ProductName=name))
     assert report.value("SYSTEM", "OS:             ") == shown
     assert report.value("SYSTEM", "Version:        ") == f"10.0.{build}"
     assert report.text.split("\r\n")[1].endswith(f", {shown} b{build})")
 
 
-def test_another_major_version_keeps_its_name_whatever_the_registry_says(begin, file_desk):
+def test_another_major_version_keeps_its_name_regardless_of_the_registry(start_with, file_desk):
     file_desk.registry_set(OVERRIDE_KEY, "Version", "win7")
-    report = copy(begin(CurrentBuildNumber="22631", ProductName="Windows 10 Pro"))
+    report = copy(start_with(CurrentBuildNumber="22631", ProductName="Windows 10 Pro"))
     assert report.value("SYSTEM", "OS:             ") == "Windows 10 Pro"
     assert report.value("SYSTEM", "Version:        ") == "6.1.7601"
-    # Windows 7 composes its desktop only when asked to.
+    # On Windows 7 desktop composition is optional.
     assert report.value("SYSTEM", "DWM composition: ") == "disabled"
 
 
@@ -76,8 +76,8 @@ def test_another_major_version_keeps_its_name_whatever_the_registry_says(begin, 
     pytest.param((MULTI_TEXT, wide("Windows 10 Pro\0\0")), id="several texts"),
     pytest.param((TEXT, b""), id="no byte"),
 ])
-def test_without_a_product_name_it_is_windows(begin, name):
-    report = copy(begin(ProductName=name, CurrentBuildNumber="22631"))
+def test_without_a_product_name_the_name_is_windows(start_with, name):
+    report = copy(start_with(ProductName=name, CurrentBuildNumber="22631"))
     assert report.value("SYSTEM", "OS:             ") == "Windows"
     assert report.text.split("\r\n")[1].endswith(", Windows b22631)")
 
@@ -86,18 +86,18 @@ def test_without_a_product_name_it_is_windows(begin, name):
     pytest.param((TEXT, wide("Windows 10 Pro")), "Windows 10 Pro", id="unterminated"),
     pytest.param((TEXT, wide("Windows 10 Pro\0more\0")), "Windows 10 Pro", id="ends at a zero"),
     pytest.param("x" * 2047, "x" * 2047, id="4 KB"),
-    pytest.param("\u7a93 10 \U0001f5a5 %s%n", "\u7a93 10 \U0001f5a5 %s%n", id="other letters and formats"),
+    pytest.param("\u7a93 10 \U0001f5a5 %s%n", "\u7a93 10 \U0001f5a5 %s%n", id="other characters and formats"),
 ])
-def test_a_product_name_is_told_as_it_is(begin, value, name):
-    assert system_after(begin, "OS:             ", ProductName=value) == name
+def test_a_product_name_is_unchanged(start_with, value, name):
+    assert system_after(start_with, "OS:             ", ProductName=value) == name
 
 
 @pytest.mark.parametrize("value", [
     pytest.param(None, id="missing"), pytest.param("", id="empty"), pytest.param(23, id="number"),
     pytest.param((BINARY, wide("23H2\0")), id="binary"),
 ])
-def test_without_a_display_version_there_is_no_edition_line(begin, value):
-    report = copy(begin(DisplayVersion=value))
+def test_without_a_display_version_there_is_no_edition_line(start_with, value):
+    report = copy(start_with(DisplayVersion=value))
     assert not [line for line in report.section("SYSTEM") if line.startswith("Edition")]
     assert len(report.section("SYSTEM")) == 10
 
@@ -106,8 +106,8 @@ def test_without_a_display_version_there_is_no_edition_line(begin, value):
     ("23H2", "23H2"), pytest.param((TEXT, wide("23H2")), "23H2", id="unterminated"),
     pytest.param("e" * 2047, "e" * 2047, id="4 KB"),
 ])
-def test_the_display_version_is_the_edition(begin, value, edition):
-    assert system_after(begin, "Edition:        ", DisplayVersion=value) == edition
+def test_the_display_version_is_the_edition(start_with, value, edition):
+    assert system_after(start_with, "Edition:        ", DisplayVersion=value) == edition
 
 
 @pytest.mark.parametrize("revision, shown", [
@@ -117,8 +117,8 @@ def test_the_display_version_is_the_edition(begin, value, edition):
     pytest.param((BINARY, b"\xbf\x0b\0\0"), "10.0.22631", id="binary"),
     pytest.param((LONG_NUMBER, b"\xbf\x0b\0\0\0\0\0\0"), "10.0.22631", id="eight bytes"),
 ])
-def test_the_update_revision_follows_the_version_when_it_is_a_number(begin, revision, shown):
-    assert system_after(begin, "Version:        ", CurrentBuildNumber="22631", UBR=revision) == shown
+def test_the_update_revision_follows_the_version_if_it_is_a_number(start_with, revision, shown):
+    assert system_after(start_with, "Version:        ", CurrentBuildNumber="22631", UBR=revision) == shown
 
 
 # Hardware
@@ -132,8 +132,8 @@ def test_the_update_revision_follows_the_version_when_it_is_a_number(begin, revi
     pytest.param((TEXT, wide("Lab")), (TEXT, wide("Bench")), "Lab Bench", id="unterminated"),
     pytest.param("m" * 2047, "p" * 2047, "m" * 2047 + " " + "p" * 2047, id="4 KB each"),
 ])
-def test_the_hardware_is_maker_and_product(begin, maker, product, shown):
-    assert system_after(begin, "Hardware:       ", SystemManufacturer=maker, SystemProductName=product) == shown
+def test_the_hardware_is_maker_and_product(start_with, maker, product, shown):
+    assert system_after(start_with, "Hardware:       ", SystemManufacturer=maker, SystemProductName=product) == shown
 
 
 @pytest.mark.parametrize("value, name", [
@@ -143,16 +143,17 @@ def test_the_hardware_is_maker_and_product(begin, maker, product, shown):
     pytest.param((TEXT, wide("Lab Processor")), "Lab Processor", id="unterminated"),
     pytest.param("c" * 2047, "c" * 2047, id="4 KB"),
 ])
-def test_the_processor_is_told_with_its_kind_and_the_number_of_its_cores(begin, value, name):
-    assert system_after(begin, "CPU:            ", ProcessorNameString=value) == f"{name} (x64, {processors()} cores)"
+def test_the_processor_is_reported_with_architecture_and_number_of_cores(start_with, value, name):
+    processor = system_after(start_with, "CPU:            ", ProcessorNameString=value)
+    assert processor == f"{name} (x64, {processors()} cores)"
 
 
-def test_the_memory_is_told_in_gigabytes_with_one_digit(begin):
-    assert system_after(begin, "Memory:         ") == memory()
+def test_the_memory_is_reported_in_gigabytes_with_one_decimal(start_with):
+    assert system_after(start_with, "Memory:         ") == memory()
 
 
-def test_locale_and_time_zone_are_those_of_the_lab(begin):
-    report = copy(begin())
+def test_locale_and_time_zone_are_those_of_the_lab(start_with):
+    report = copy(start_with())
     assert report.value("SYSTEM", "Locale:         ") == "en-US"
     assert report.value("SYSTEM", "Timezone:       ") == "Greenwich Standard Time"
 
@@ -169,5 +170,5 @@ def test_the_dpi_is_that_of_the_popups_monitor(make_desk, dpi):
     assert f"\r\nUI DPI:         {dpi} dpi\r\n" in desk.clipboard_text()
 
 
-def test_a_composed_desktop_is_told(begin):
-    assert system_after(begin, "DWM composition: ") == "enabled"
+def test_desktop_composition_is_reported(start_with):
+    assert system_after(start_with, "DWM composition: ") == "enabled"

@@ -1,13 +1,13 @@
-"""Copying the support report: the clipboard, what the button shows of it and for how long, and what is logged."""
+"""Copying the support report: the clipboard, the button's indication and its duration, and the log."""
 
 import time
 
 import pytest
 
 from bundle import (BEFORE, COPIED, COPIED_LINE, FAILED_LINE, NORMAL, SUPPORT, SURFACE, Machine, copies, copy,
-                    failures, look, press, utf_16_length, wait_for_look)
+                    failures, button_state, press, utf_16_length, wait_for_button_state)
 from desk import GEAR, POWER, SETTINGS_ROWS, act_within, wait_until
-from letters import LABEL, SMALL, span, stands
+from text_recognition import LABEL, SMALL, span, matches_text
 from panels import panel_of, show_settings, wait_for_panel
 
 WM_LBUTTONDOWN, WM_CLOSE = 0x201, 0x10
@@ -16,20 +16,20 @@ BACKGROUND, WHITE = (13, 13, 13), (255, 255, 255)
 TITLE_COLOUR, HINT_COLOUR = (0x78, 0xE6, 0x96), (0x6E, 0xC8, 0x82)
 TITLE_BOX, HINT_BOX, BUTTON = (30, 468, 290, 490), (30, 490, 290, 510), (24, 462, 296, 516)
 EXTREME_DIM_VALUE = (226, 186, 290, 220)
-LASTS = 5.0
-# What a busy machine may add until the repaint a tenth of a second later is on the screen.
-SLOWEST = 2.5
+DURATION = 5.0  # seconds
+# The maximum delay of the repaint on a busy machine.
+MAX_DELAY = 2.5
 
 
 @pytest.fixture(name="panel")
 def panel_fixture(desk):
-    """The program, just started, with its settings panel open."""
+    """The program directly after its start with the settings panel open."""
     show_settings(desk)
     return desk
 
 
 def press_by_message(desk, x, y):
-    """A press that has been worked off when this returns."""
+    """Presses the mouse button by a message. Returns after the program has handled it."""
     desk.send_message(WM_LBUTTONDOWN, 1, x | y << 16)
 
 
@@ -44,19 +44,19 @@ def button_of(desk):
 
 # The clipboard
 
-def test_the_report_takes_the_place_of_what_was_on_the_clipboard(panel):
+def test_the_report_replaces_the_clipboards_content(panel):
     report = copy(panel)
     assert BEFORE not in report.text
     assert report.text.startswith("TO: support@ambrel.example\r\n")
     assert report.text.endswith("\r\n=== END DIAGNOSTICS ===\r\n")
 
 
-def test_every_line_ends_as_windows_lines_do(panel):
+def test_every_line_ends_with_cr_lf(panel):
     text = copy(panel).text
     assert text.count("\r\n") == text.count("\r") == text.count("\n") > 50
 
 
-def test_it_works_on_an_empty_clipboard_too(make_desk):
+def test_the_report_is_copied_to_an_empty_clipboard(make_desk):
     desk = make_desk().start_fresh()
     assert desk.clipboard_text() is None
     press(desk)
@@ -64,7 +64,7 @@ def test_it_works_on_an_empty_clipboard_too(make_desk):
     assert desk.clipboard_text().startswith("TO: support@ambrel.example\r\n")
 
 
-def test_the_log_tells_the_length_in_utf_16_units(desk):
+def test_the_logged_length_is_in_utf_16_units(desk):
     machine = Machine(desk)
     machine.set(SystemManufacturer="M\u00f6bel \U0001f5a5\U0001f5a5", SystemProductName="\u6a5f\u68b0")
     try:
@@ -77,29 +77,29 @@ def test_the_log_tells_the_length_in_utf_16_units(desk):
     assert copies(desk) == [f"Support bundle copied to clipboard ({length} chars)"]
 
 
-def test_a_copy_is_one_line_and_changes_nothing_else(panel):
+def test_a_copy_logs_one_line_and_changes_nothing_else(panel):
     panel.wait_for_log("Gamma range: Windows default")
     log = panel.log()
     text = copy(panel).text
-    time.sleep(0.8)  # Longer than a save is put off.
+    time.sleep(0.8)  # Longer than the delay of a save.
     assert panel.log() == log + [f"Support bundle copied to clipboard ({len(text)} chars)"]
     assert panel.settings() == {} and panel.effects() == [] and panel.screen_is_plain()
     assert panel.message_boxes() == [] and panel.popup_visible()
 
 
-def test_the_text_outlives_the_program(panel):
+def test_the_report_stays_on_the_clipboard_after_the_program_has_ended(panel):
     text = copy(panel).text
     assert panel.quit() == 0
     assert panel.clipboard_text() == text
 
 
-def test_the_clipboard_is_free_again_after_a_copy(panel):
+def test_the_clipboard_is_closed_after_a_copy(panel):
     copy(panel)
-    panel.set_clipboard_text("somebody else's")
-    assert panel.clipboard_text() == "somebody else's"
+    panel.set_clipboard_text("another program's text")
+    assert panel.clipboard_text() == "another program's text"
 
 
-# Where the button is
+# The button's rectangle
 
 @pytest.mark.parametrize("x, y", [(24, 462), (295, 462), (24, 515), (295, 515)])
 def test_the_button_reacts_up_to_its_corners(panel, x, y):
@@ -110,33 +110,33 @@ def test_the_button_reacts_up_to_its_corners(panel, x, y):
 
 
 @pytest.mark.parametrize("x, y", [(23, 489), (296, 489), (160, 461), (160, 516)])
-def test_beside_the_button_nothing_is_copied(panel, x, y):
+def test_a_click_next_to_the_button_copies_nothing(panel, x, y):
     panel.set_clipboard_text(BEFORE)
     press_by_message(panel, x, y)
     assert copies(panel) == [] and failures(panel) == 0
-    assert panel.clipboard_text() == BEFORE and look(panel) == "normal"
+    assert panel.clipboard_text() == BEFORE and button_state(panel) == "normal"
 
 
 def test_the_main_panel_has_no_such_button(desk):
     desk.set_clipboard_text(BEFORE)
     desk.show()
     wait_for_panel(desk, "main")
-    desk.click_unit(*SUPPORT)  # It is the power button's place there.
+    desk.click_unit(*SUPPORT)  # The power button is at this position.
     desk.wait_for_saves(1)
     assert copies(desk) == [] and desk.clipboard_text() == BEFORE
 
 
-# The copied look
+# The copied indication
 
-def test_the_button_says_copied_and_where_to_send_it(panel):
-    assert look(panel) == "normal"
+def test_the_button_shows_copied_and_the_address(panel):
+    assert button_state(panel) == "normal"
     before = button_of(panel)
     copy(panel)
-    wait_for_look(panel, "copied")
+    wait_for_button_state(panel, "copied")
     picture = panel.popup_picture()
     title, hint = span(picture, TITLE_BOX, COPIED), span(picture, HINT_BOX, COPIED)
-    assert stands(panel, title, "COPIED", LABEL, left=36)
-    assert stands(panel, hint, "PASTE INTO AN EMAIL TO SUPPORT@AMBREL.EXAMPLE", SMALL, left=36)
+    assert matches_text(panel, title, "COPIED", LABEL, left=36)
+    assert matches_text(panel, hint, "PASTE INTO AN EMAIL TO SUPPORT@AMBREL.EXAMPLE", SMALL, left=36)
     assert TITLE_COLOUR in colours_in(picture, TITLE_BOX) and HINT_COLOUR not in colours_in(picture, TITLE_BOX)
     assert HINT_COLOUR in colours_in(picture, HINT_BOX) and TITLE_COLOUR not in colours_in(picture, HINT_BOX)
     assert WHITE not in colours_in(picture, BUTTON)
@@ -146,112 +146,112 @@ def test_the_button_says_copied_and_where_to_send_it(panel):
         assert picture.pixel(x, y) == COPIED, (x, y)
     for x, y in ((160, 461), (160, 516), (23, 489), (296, 489)):
         assert picture.pixel(x, y) == BACKGROUND, (x, y)
-    wait_for_look(panel, "normal", 10.0)
+    wait_for_button_state(panel, "normal", 10.0)
     assert button_of(panel) == before
 
 
-def test_the_normal_look_has_its_own_colours_and_text(panel):
+def test_the_button_in_its_normal_state_has_its_colours_and_text(panel):
     picture = panel.popup_picture()
     assert picture.pixel(160, 462) == picture.pixel(24, 489) == picture.pixel(295, 489) == NORMAL_OUTLINE
     assert picture.pixel(160, 463) == picture.pixel(25, 489) == NORMAL
     found = span(picture, (30, 466, 290, 512), NORMAL)
-    assert stands(panel, found, "COPY FEEDBACK FOR SUPPORT", LABEL) and abs(sum(found) / 2 - 160) <= 1
+    assert matches_text(panel, found, "COPY FEEDBACK FOR SUPPORT", LABEL) and abs(sum(found) / 2 - 160) <= 1
     assert WHITE in colours_in(picture, BUTTON) and TITLE_COLOUR not in colours_in(picture, BUTTON)
 
 
 def wait_for_the_end(desk):
-    """When the copied look was gone, without any input."""
-    wait_for_look(desk, "normal", LASTS + 2 * SLOWEST)
+    """Waits until the copied indication has ended without input. Returns the time."""
+    wait_for_button_state(desk, "normal", DURATION + 2 * MAX_DELAY)
     return time.monotonic()
 
 
-def test_the_copied_look_ends_by_itself_after_five_seconds(panel):
+def test_the_copied_indication_ends_after_five_seconds(panel):
     panel.move(10, 10)
     since = time.monotonic()
     press_by_message(panel, *SUPPORT)
     done = time.monotonic()
-    wait_for_look(panel, "copied")
+    wait_for_button_state(panel, "copied")
     ended = wait_for_the_end(panel)
-    assert ended - since >= LASTS and ended - done <= LASTS + SLOWEST
+    assert ended - since >= DURATION and ended - done <= DURATION + MAX_DELAY
 
 
-def test_what_is_drawn_within_the_five_seconds_still_shows_the_copied_look(panel):
-    """The timer alone would keep the look that was drawn first."""
+def test_a_repaint_within_five_seconds_keeps_the_copied_indication(panel):
+    """Without the repaint the button would keep the state that was drawn first."""
     def flip_a_row_near_the_end():
         since = time.monotonic()
         press_by_message(panel, *SUPPORT)
-        wait_for_look(panel, "copied")
+        wait_for_button_state(panel, "copied")
         time.sleep(max(0.0, since + 4.3 - time.monotonic()))
         before = panel.popup_picture()
         press_by_message(panel, *SETTINGS_ROWS["ALLOW EXTREME DIM"])
 
-        def drawn_anew():
+        def redrawn():
             picture = panel.popup_picture()
             return picture.crop(*EXTREME_DIM_VALUE) != before.crop(*EXTREME_DIM_VALUE) and picture
-        return wait_until(drawn_anew, "the row to be drawn anew")
-    picture = act_within(LASTS, lambda: wait_for_look(panel, "normal") or flip_a_row_near_the_end)
+        return wait_until(redrawn, "the row to be redrawn")
+    picture = act_within(DURATION, lambda: wait_for_button_state(panel, "normal") or flip_a_row_near_the_end)
     assert picture.pixel(*SURFACE) == COPIED
 
 
-def test_a_second_copy_extends_the_look_to_five_seconds_after_it(panel):
+def test_a_second_copy_restarts_the_five_seconds(panel):
     first = time.monotonic()
     press_by_message(panel, *SUPPORT)
-    wait_for_look(panel, "copied")
+    wait_for_button_state(panel, "copied")
     while time.monotonic() < first + 3.0:
-        assert look(panel) == "copied"
+        assert button_state(panel) == "copied"
         time.sleep(0.1)
     second = time.monotonic()
     press_by_message(panel, *SUPPORT)
     done = time.monotonic()
-    while time.monotonic() < first + LASTS + 1.5:
-        assert look(panel) == "copied"
+    while time.monotonic() < first + DURATION + 1.5:
+        assert button_state(panel) == "copied"
         time.sleep(0.1)
     ended = wait_for_the_end(panel)
-    assert ended - second >= LASTS and ended - done <= LASTS + SLOWEST
+    assert ended - second >= DURATION and ended - done <= DURATION + MAX_DELAY
     assert len(copies(panel)) == 2
 
 
-def test_the_look_is_that_of_now_when_the_panel_is_shown_again(panel):
+def test_the_button_is_up_to_date_when_the_panel_is_shown_again(panel):
     def copy_and_look_again():
         copy(panel)
-        wait_for_look(panel, "copied")
+        wait_for_button_state(panel, "copied")
         panel.close_settings()
         wait_for_panel(panel, "main")
         panel.click_unit(*GEAR)
-        wait_until(lambda: look(panel), "the support button")
-        return look(panel)
-    assert act_within(LASTS, lambda: wait_for_look(panel, "normal") or copy_and_look_again) == "copied"
+        wait_until(lambda: button_state(panel), "the support button")
+        return button_state(panel)
+    assert act_within(DURATION, lambda: wait_for_button_state(panel, "normal") or copy_and_look_again) == "copied"
     panel.close_settings()
     wait_for_panel(panel, "main")
-    time.sleep(LASTS)  # The look ends while it is not to be seen.
+    time.sleep(DURATION)  # The indication ends while it is not visible.
     panel.click_unit(*GEAR)
     wait_for_panel(panel, "settings")
-    assert look(panel) == "normal"
+    assert button_state(panel) == "normal"
 
 
-def test_the_look_is_kept_while_the_popup_is_hidden(panel):
+def test_the_copied_indication_is_kept_while_the_popup_is_hidden(panel):
     def copy_and_open_again():
         copy(panel)
         panel.post_message(WM_CLOSE)
         panel.wait_for_popup(False)
         panel.open_popup()
-        wait_until(lambda: look(panel), "the support button")
-        return look(panel)
-    assert act_within(LASTS, lambda: wait_for_look(panel, "normal") or copy_and_open_again) == "copied"
+        wait_until(lambda: button_state(panel), "the support button")
+        return button_state(panel)
+    assert act_within(DURATION, lambda: wait_for_button_state(panel, "normal") or copy_and_open_again) == "copied"
     wait_for_the_end(panel)
 
 
-def test_the_end_of_the_look_while_the_popup_is_hidden_does_not_show_it(panel):
+def test_the_end_of_the_copied_indication_does_not_show_a_hidden_popup(panel):
     copy(panel)
     panel.post_message(WM_CLOSE)
     panel.wait_for_popup(False)
-    time.sleep(LASTS + 0.5)
+    time.sleep(DURATION + 0.5)
     assert not panel.popup_visible()
     panel.open_popup()
-    wait_for_look(panel, "normal")
+    wait_for_button_state(panel, "normal")
 
 
-def test_the_button_stands_and_is_painted_at_a_larger_scaling(make_desk):
+def test_the_button_reacts_where_it_is_drawn_at_a_larger_scaling(make_desk):
     desk = make_desk(dpi=192, size=(1920, 1200))
     desk.start_fresh()
     desk.show_settings()
@@ -261,13 +261,13 @@ def test_the_button_stands_and_is_painted_at_a_larger_scaling(make_desk):
     assert copies(desk) == []
     desk.click_unit(295, 515)
     wait_until(lambda: copies(desk), "the line of the copy")
-    wait_until(lambda: desk.popup_picture().pixel(2 * x, 2 * y) == COPIED, "the copied look")
+    wait_until(lambda: desk.popup_picture().pixel(2 * x, 2 * y) == COPIED, "the copied indication")
     assert desk.popup_picture().pixel(320, 2 * 462) == COPIED_OUTLINE
 
 
-# A clipboard that somebody else holds
+# A clipboard that another program keeps open
 
-def test_a_held_clipboard_is_one_line_the_normal_look_and_nothing_lost(panel):
+def test_a_locked_clipboard_is_logged_and_changes_neither_button_nor_clipboard(panel):
     panel.set_clipboard_text(BEFORE)
     before = button_of(panel)
     with panel.clipboard_held():
@@ -280,7 +280,7 @@ def test_a_held_clipboard_is_one_line_the_normal_look_and_nothing_lost(panel):
 
 
 def button_changes(desk, before):
-    """Whether the button looks otherwise at any time within half a second."""
+    """Whether the button changes within half a second."""
     until = time.monotonic() + 0.5
     while time.monotonic() < until:
         if button_of(desk) != before:
@@ -296,30 +296,30 @@ def test_the_next_click_after_a_failure_copies(panel):
             wait_until(lambda: failures(panel) == times, "the line of the failure")
     report = copy(panel)
     assert report.text.endswith("\r\n=== END DIAGNOSTICS ===\r\n")
-    wait_for_look(panel, "copied")
+    wait_for_button_state(panel, "copied")
 
 
-def test_a_held_clipboard_leaves_the_copied_look_of_what_can_still_be_pasted(panel):
+def test_a_locked_clipboard_keeps_the_copied_indication(panel):
     def copy_and_fail():
         text = copy(panel).text
-        wait_for_look(panel, "copied")
+        wait_for_button_state(panel, "copied")
         with panel.clipboard_held():
             failed = failures(panel)
             panel.click_unit(*SUPPORT)
             wait_until(lambda: failures(panel) == failed + 1, "the line of the failure")
-            time.sleep(0.3)  # For a look that changes wrongly.
-            return text, look(panel)
-    text, shown = act_within(LASTS, lambda: wait_for_look(panel, "normal") or copy_and_fail)
+            time.sleep(0.3)  # The button must not change.
+            return text, button_state(panel)
+    text, shown = act_within(DURATION, lambda: wait_for_button_state(panel, "normal") or copy_and_fail)
     assert shown == "copied"
     assert panel.clipboard_text() == text
     wait_for_the_end(panel)
 
 
-# Often
+# Repetition
 
-def test_a_hundred_copies_leave_no_gdi_object_behind(panel):
+def test_a_hundred_copies_leak_no_gdi_object(panel):
     copy(panel)
-    wait_for_look(panel, "copied")
+    wait_for_button_state(panel, "copied")
     held = panel.gdi_objects()
     assert held > 0
     for times in range(2, 102):
@@ -337,7 +337,7 @@ def test_a_hundred_copies_leave_no_gdi_object_behind(panel):
     panel.wait_for_colour(0.385, 1.0)
 
 
-def test_failed_copies_leave_no_gdi_object_behind(panel):
+def test_failed_copies_leak_no_gdi_object(panel):
     with panel.clipboard_held():
         panel.click_unit(*SUPPORT)
         wait_until(lambda: failures(panel) == 1, "the line of the failure")

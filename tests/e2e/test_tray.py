@@ -1,4 +1,4 @@
-"""The tray icon: what it shows and what clicks on it and its menu do."""
+"""The tray icon: its picture and tip, and clicks on it and its menu."""
 
 import time
 
@@ -10,7 +10,7 @@ from desk import MENU_CLASS, POWER, REOPEN_GUARD, act_within, wait_until, wait_u
 WM_USER_TRAY, WM_ACTIVATE, WM_CLOSE, WM_TIMER = 0x401, 0x6, 0x10, 0x113
 WA_INACTIVE = 0
 WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_RBUTTONUP, WM_MBUTTONUP, WM_MOUSEMOVE = 0x202, 0x203, 0x205, 0x208, 0x200
-# Windows hands the numbers of messages with a name out from here on.
+# The range in which Windows registers messages by name.
 NAMED_MESSAGES = range(0xC000, 0xC100)
 
 
@@ -19,7 +19,7 @@ def icon_picture(desk):
     return desk.connection.picture(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top)
 
 
-def test_the_tip_says_nothing_but_the_name_until_something_happens(desk):
+def test_after_the_start_the_tip_shows_only_the_name(desk):
     assert desk.tray_tip() == "Ambrel"
 
 
@@ -36,19 +36,19 @@ def test_the_tip_follows_the_filter(desk):
     ({"Intensity": 900, "Brightness": 570}, "Ambrel - ON (650K, 56%)"),
     ({"Intensity": 999, "Brightness": 999}, "Ambrel - ON (7K, 99%)"),
 ])
-def test_the_tip_rounds_the_warmth_and_cuts_the_percent(file_desk, settings, tip):
+def test_the_tip_rounds_the_warmth_and_truncates_the_percentage(file_desk, settings, tip):
     desk = file_desk.start_fresh(settings)
     desk.press_power()
     desk.wait_for_tip(tip)
 
 
-def test_the_icon_can_be_told_on_from_off_and_back(desk):
+def test_the_icon_differs_between_on_and_off(desk):
     wait_until(lambda: icon_picture(desk).colours() > 2, "the drawn icon")
     off = icon_picture(desk)
     desk.press_power()
-    wait_until(lambda: icon_picture(desk) != off, "the icon of the lit filter")
+    wait_until(lambda: icon_picture(desk) != off, "the icon for an active filter")
     desk.press_power()
-    wait_until(lambda: icon_picture(desk) == off, "the icon of the filter that is off")
+    wait_until(lambda: icon_picture(desk) == off, "the icon for an inactive filter")
 
 
 def test_there_is_one_icon(desk):
@@ -69,11 +69,11 @@ def test_the_click_that_hides_the_popup_does_not_open_it_again(desk):
     desk.open_popup()
     desk.click_tray()
     desk.wait_for_popup(False)
-    time.sleep(0.5)  # Twice as long as the click is ignored for: nothing may open late.
+    time.sleep(0.5)  # Twice the time in which a click is ignored: nothing may open late.
     assert not desk.popup_visible()
 
 
-def test_a_click_right_after_the_popup_was_hidden_opens_nothing(desk):
+def test_a_click_directly_after_the_popup_was_hidden_opens_nothing(desk):
     def show():
         desk.show()
         return hide_and_click
@@ -85,7 +85,7 @@ def test_a_click_right_after_the_popup_was_hidden_opens_nothing(desk):
         desk.post_message(WM_USER_TRAY, 1, WM_LBUTTONUP)
         desk.send_message(0)
     act_within(REOPEN_GUARD, show)
-    time.sleep(0.1)  # For a popup that opens wrongly.
+    time.sleep(0.1)  # No popup may open.
     assert not desk.popup_visible()
     time.sleep(max(0.0, started[0] + 2 * REOPEN_GUARD - time.monotonic()))
     desk.click_tray()
@@ -101,7 +101,7 @@ def test_other_mouse_messages_of_the_icon_do_nothing(desk, message):
 
 def test_a_middle_click_does_nothing(desk):
     desk.click_tray(2)
-    time.sleep(0.3)  # For a popup or a menu that opens wrongly.
+    time.sleep(0.3)  # Neither popup nor menu may open.
     assert not desk.popup_visible()
     assert not desk.menu_window()
 
@@ -120,7 +120,7 @@ def test_a_right_click_opens_the_menu_at_the_pointer(desk):
     desk.close_menu()
 
 
-def test_a_menu_that_is_left_without_a_choice_changes_nothing(desk):
+def test_a_menu_closed_without_a_choice_changes_nothing(desk):
     desk.open_menu()
     desk.close_menu()
     desk.press_power()
@@ -129,33 +129,33 @@ def test_a_menu_that_is_left_without_a_choice_changes_nothing(desk):
     assert desk.saves() == 1
 
 
-def test_the_separator_is_no_choice(desk):
+def test_a_click_on_the_separator_does_nothing(desk):
     menu = desk.open_menu()
     above, below = menu.rows["Legacy Mode (Older Hardware)"], menu.rows["Quit"]
     desk.click_window(above.left + 60, (above.bottom + below.top) // 2, menu.window.handle)
-    time.sleep(0.2)  # For a command that runs wrongly.
+    time.sleep(0.2)  # No command may run.
     assert desk.program_running()
     assert desk.saves() == 0
 
 
-def test_the_popup_stays_open_while_the_menu_is(desk):
+def test_the_popup_stays_open_while_the_menu_is_open(desk):
     desk.open_popup()
     desk.open_menu()
-    time.sleep(0.4)  # Longer than the popup waits before it looks who has the foreground.
+    time.sleep(0.4)  # Longer than the interval of the popup's foreground check.
     assert desk.popup_visible()
     desk.close_menu()
 
 
-SLOW = 4000  # ms that a press on the power button takes with a slow display.
+SLOW = 4000  # ms that a press on the power button takes with a slow display
 
 
 def press_power_slowly(desk):
-    """Presses the power button and leaves when the program is busy with that press; the button's place."""
+    """Presses the power button and returns the button's position while the program still handles the press."""
     desk.show()
     power = desk.unit_to_screen(*POWER)
     desk.magnification.script(delay=SLOW)
     desk.press(*power)
-    wait_until(desk.effects, "the call that takes long")
+    wait_until(desk.effects, "the slow call")
     return power
 
 
@@ -164,7 +164,7 @@ def open_menu_while_busy(desk, icon):
     desk.click(*icon, 3)
     assert desk.tray_tip() == "Ambrel", "the machine was too busy to click while the press was being handled"
     menu = wait_until_settled(desk.menu_window, "the tray menu")
-    time.sleep(0.3)  # For a row that is chosen wrongly.
+    time.sleep(0.3)  # No row may be chosen.
     assert desk.menu_window() == menu
     return menu
 
@@ -176,7 +176,7 @@ def choose_quit(desk, menu):
     assert desk.settings().get("UseLegacyGamma", "0") == "0"
 
 
-def test_a_release_that_still_waits_for_the_popup_chooses_no_row_of_the_menu(desk):
+def test_a_pending_button_release_chooses_no_row_of_the_menu(desk):
     icon = desk.tray_icon_position()
     press_power_slowly(desk)
     desk.release()
@@ -185,7 +185,7 @@ def test_a_release_that_still_waits_for_the_popup_chooses_no_row_of_the_menu(des
     choose_quit(desk, menu)
 
 
-def test_a_click_that_still_waits_for_the_popup_is_handled_before_the_menu_opens(desk):
+def test_a_pending_click_is_handled_before_the_menu_opens(desk):
     icon = desk.tray_icon_position()
     power = press_power_slowly(desk)
     desk.release()
@@ -196,7 +196,7 @@ def test_a_click_that_still_waits_for_the_popup_is_handled_before_the_menu_opens
     choose_quit(desk, menu)
 
 
-def test_a_slider_that_waits_for_its_release_is_let_go_before_the_menu_opens(desk):
+def test_a_pending_slider_release_is_handled_before_the_menu_opens(desk):
     icon = desk.tray_icon_position()
     press_power_slowly(desk)
     desk.release()
@@ -207,11 +207,11 @@ def test_a_slider_that_waits_for_its_release_is_let_go_before_the_menu_opens(des
     choose_quit(desk, menu)
 
 
-def test_no_menu_opens_over_a_slider_that_is_held(desk):
+def test_no_menu_opens_during_a_slider_drag(desk):
     desk.slide("WARMTH", 40, release=False)
     desk.post_message(WM_USER_TRAY, 1, WM_RBUTTONUP)
     desk.send_message(0)
-    time.sleep(0.3)  # For a menu that opens wrongly.
+    time.sleep(0.3)  # No menu may open.
     assert not desk.menu_window()
     desk.release()
     desk.wait_for_saves(1)
@@ -228,7 +228,7 @@ def test_a_hidden_popup_that_is_hidden_again_opens_with_the_next_click(desk):
 def test_the_first_click_after_a_choice_in_the_menu_opens_the_popup(desk):
     taskbar = desk.window_at(*desk.tray_icon_position()).handle
     desk.click_menu_row(desk.open_menu(), "Launch at Startup")
-    # Not the pointer's own click: it would come too late on a busy machine.
+    # A message instead of a simulated click, which could be late on a busy machine.
     wait_until(lambda: desk.saves() == 1, "the effect of the choice", pause=0.005)
     # The menu leaves the hidden popup active, and the taskbar takes the activation when the icon is pressed.
     desk.post_message(WM_ACTIVATE, WA_INACTIVE, taskbar)
@@ -236,7 +236,7 @@ def test_the_first_click_after_a_choice_in_the_menu_opens_the_popup(desk):
     desk.wait_for_popup()
 
 
-def test_the_popup_can_be_opened_and_closed_again_and_again(desk):
+def test_the_popup_can_be_opened_and_closed_repeatedly(desk):
     for _ in range(5):
         desk.click_tray()
         desk.wait_for_popup()
@@ -245,15 +245,15 @@ def test_the_popup_can_be_opened_and_closed_again_and_again(desk):
         time.sleep(REOPEN_GUARD + 0.05)
 
 
-def test_quit_takes_the_icon_away_and_ends_with_0(desk):
+def test_quit_removes_the_icon_and_exits_with_0(desk):
     assert desk.quit() == 0
     desk.wait_for_icon(shown=False)
 
 
-def test_a_new_taskbar_gets_the_icon_again_as_it_is_now(desk):
+def test_a_new_taskbar_gets_the_icon_in_its_current_state(desk):
     desk.choose("EVENING")
     desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
-    # Only the message of a new taskbar means something to the program; nobody outside can ask for its number.
+    # Of these messages the program handles only TaskbarCreated, whose number is unknown here.
     for number in NAMED_MESSAGES:
         desk.post_message(number)
     desk.wait_for_log("TaskbarCreated received - (re)adding tray icon")
@@ -269,7 +269,7 @@ def test_a_new_taskbar_gets_the_icon_again_as_it_is_now(desk):
 
 
 @pytest.mark.parametrize("number", [0, 9, 100, 0x7FFFFFFF])
-def test_timers_that_nobody_started_do_nothing(desk, number):
+def test_messages_of_timers_that_do_not_run_are_ignored(desk, number):
     log = desk.log()
     desk.send_message(WM_TIMER, number)
     assert desk.log() == log
@@ -277,13 +277,13 @@ def test_timers_that_nobody_started_do_nothing(desk, number):
     assert not desk.popup_visible()
 
 
-def test_the_menu_command_of_legacy_mode_does_not_touch_the_tip(desk):
+def test_the_menu_command_of_legacy_mode_does_not_change_the_tip(desk):
     desk.menu("Legacy Mode (Older Hardware)")
     desk.wait_for_saves(1)
     assert desk.tray_tip() == "Ambrel"
 
 
-def test_the_longest_tip_is_shown_whole(file_desk):
+def test_the_longest_tip_is_not_truncated(file_desk):
     desk = file_desk.start_fresh({"Intensity": 0, "Brightness": 1000})
     desk.press_power()
     desk.wait_for_tip(model.tip_on(0.0, 1.0))

@@ -1,4 +1,4 @@
-"""What can stand in the way of a file: it is read-only, somebody else holds it, there is no space."""
+"""Faults of files: read-only, locked by another program, full disk."""
 
 import os
 import random
@@ -8,7 +8,7 @@ from contextlib import contextmanager
 import pytest
 
 HOLDER = "C:\\lab\\hold.js"
-# Opens the file as only it may use it, says so, and then waits for somebody to read its second, endless line.
+# Opens the file without sharing, prints "ready", and then blocks: nobody reads its second, very long line.
 HOLDER_TEXT = ('var file = new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(WScript.Arguments(0), 1);\n'
                'WScript.Echo("ready");\nvar text = "................";\n'
                'while (text.length < 300000) text += text;\nWScript.Echo(text);\n')
@@ -25,7 +25,7 @@ def windows_path(desk, path):
 
 @contextmanager
 def held_by_another_program(desk, path):
-    """Within it a script of Windows' own interpreter has the file open and shares it with nobody."""
+    """Context in which a script has the file open without sharing it."""
     desk.prefix.path(HOLDER).write_text(HOLDER_TEXT, encoding="ascii")
     holder = desk.desktop.start(["cscript", "//nologo", HOLDER, windows_path(desk, path)], stdout=subprocess.PIPE)
     try:
@@ -50,7 +50,7 @@ def chattr(flag, path):
 
 @contextmanager
 def read_only(path):
-    """Within it nobody can write to the file, not even root."""
+    """Context in which no user can write to the file, not even root."""
     path.chmod(0o444)
     locked = can_write(path) and chattr("+i", path)
     try:
@@ -64,7 +64,7 @@ def read_only(path):
 
 
 def put_on_a_full_disk(path):
-    """Whatever is written to the file fails for want of space."""
+    """Makes every write to the file fail because the disk is full."""
     path.unlink(missing_ok=True)
     path.parent.mkdir(parents=True, exist_ok=True)
     os.symlink("/dev/full", path)
