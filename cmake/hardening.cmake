@@ -1,15 +1,15 @@
-# How every program of ours is compiled and linked: one file without exceptions or RTTI, protected stack,
+# Compiler and linker options of all programs: one file without exceptions or RTTI, protected stack,
 # ASLR with high entropy, DEP, no time stamp, so that two builds are equal to the byte.
 add_library(ambrel_hardening INTERFACE)
 target_compile_definitions(ambrel_hardening INTERFACE
     UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX STRICT
     WINVER=0x0A00 _WIN32_WINNT=0x0A00 NTDDI_VERSION=0x0A000007)
 if(MSVC)
-    # The runtime is part of the one file.
+    # Links the runtime statically.
     set(CMAKE_MSVC_RUNTIME_LIBRARY "MultiThreaded$<$<CONFIG:Debug>:Debug>")
-    # CMake turns exceptions on; a second option against the first is a warning.
+    # CMake enables exceptions, and a contradicting second option causes a warning.
     string(REPLACE "/EHsc" "" CMAKE_CXX_FLAGS "${CMAKE_CXX_FLAGS}")
-    # The checked formats need the standard's preprocessor, which older Windows headers warn of (C5105).
+    # The format checks need the conforming preprocessor, about which older Windows headers warn (C5105).
     target_compile_options(ambrel_hardening INTERFACE /Zc:preprocessor /wd5105 /EHs-c- /GR- /GS /guard:cf)
     target_compile_definitions(ambrel_hardening INTERFACE _HAS_EXCEPTIONS=0)
     # DEPENDENTLOADFLAG 0x800: imported DLLs come from System32.

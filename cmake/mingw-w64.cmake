@@ -1,5 +1,5 @@
 # Cross-compiles for 64-bit Windows with mingw-w64 (posix threads).
-# AMBREL_COMPILER=clang takes clang++ with mingw-w64's headers, libraries and linker.
+# AMBREL_COMPILER=clang selects clang++ with mingw-w64's headers and libraries.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 
@@ -20,7 +20,7 @@ execute_process(COMMAND ${AMBREL_TRIPLE}-g++-posix -dumpversion
 set(AMBREL_GCC_FOLDER /usr/lib/gcc/${AMBREL_TRIPLE}/${gcc_version})
 
 if(AMBREL_COMPILER STREQUAL "clang")
-    # clang does not look for the C++ headers of mingw-w64's posix-threads flavour by itself.
+    # clang does not find the C++ headers of mingw-w64's posix-threads variant by itself.
     set(cxx_headers ${AMBREL_GCC_FOLDER}/include/c++)
     set(CMAKE_CXX_COMPILER clang++)
     set(CMAKE_CXX_COMPILER_TARGET ${AMBREL_TRIPLE})

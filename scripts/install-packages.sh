@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages of the given lists that are missing: scripts/install-packages.sh LIST...
-# Says what it does; quick and silent when nothing is missing.
+# Installs the missing Debian packages of the given lists: scripts/install-packages.sh LIST...
+# Prints nothing if no package is missing.
 set -euo pipefail
 
 mapfile -t wanted < <(sed -e 's/#.*//' -e 's/[[:space:]]//g' -e '/^$/d' "$@" | sort -u)

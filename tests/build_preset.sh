@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds what has changed of one preset, with less priority than the tests that run beside it: build_preset.sh PRESET
+# Builds one preset incrementally, with a lower priority than the tests that run at the same time: build_preset.sh PRESET
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset "$1"

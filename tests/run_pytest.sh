@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs one pytest file; AMBREL_PYTEST_NAME selects among its tests by name. No test at all is a failure, save where a
-# name was given that stands in another file.
+# Runs one pytest file; AMBREL_PYTEST_NAME selects tests by name. A run without any test fails, except with
+# AMBREL_PYTEST_NAME, since the name may be that of a test in another file.
 set -uo pipefail
 name=${AMBREL_PYTEST_NAME:-}
 PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3 -m pytest -q -p no:cacheprovider "$@" ${name:+-k "$name"}

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Measures the program in the lab: bench.py BUILD-FOLDER. Each figure stands beside a floor measured in the same run;
-what counts is the ratio."""
+"""Measures the program in the lab: bench.py BUILD-FOLDER. Each figure is compared with a floor measured in the same
+run; the ratio is the result."""
 
 import sys
 from pathlib import Path
@@ -12,12 +12,12 @@ sys.dont_write_bytecode = True
 from ambrel_lab import Lab  # noqa: E402
 
 QUIET_SECONDS = 5
-LARGEST_PROGRAM = 512 * 1024
+MAX_PROGRAM_SIZE = 512 * 1024
 DRAG_STEPS = 200
 
 
 def memory_kib(pid):
-    """Resident memory of a process that no other process shares, in KiB."""
+    """Private resident memory of a process in KiB."""
     rows = Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()
     values = dict(row.split(":") for row in rows[1:])
     return sum(int(values[f"Private_{kind}"].split()[0]) for kind in ("Clean", "Dirty"))
@@ -33,7 +33,7 @@ def size(build):
     resources = sum(file.stat().st_size for name in ("*.ico", "*.png")
                     for file in (ROOT / "src/res").glob(name)) / 1024
     line("size of the program / empty one + pictures", program, empty + resources, "KiB")
-    print(f"{'share of the 512 KiB that it may have':44} {program * 1024 / LARGEST_PROGRAM:10.2f}")
+    print(f"{'share of the limit of 512 KiB':44} {program * 1024 / MAX_PROGRAM_SIZE:10.2f}")
 
 
 def empty_memory(build):
@@ -44,7 +44,7 @@ def empty_memory(build):
         return memory_kib(lab.program_pids()[0])
 
 
-def program_at_rest_and_in_a_drag(build):
+def idle_program_and_drag(build):
     floor = empty_memory(build)
     with Lab(build) as lab:
         lab.install_program()
@@ -57,7 +57,7 @@ def program_at_rest_and_in_a_drag(build):
         before = lab.processor_seconds()
         lab.drag_unit(80, 290, 80, 110, steps=DRAG_STEPS)
         spent = lab.processor_seconds() - before
-        print(f"{'processor time of a step of a real drag':44} {1000 * spent / DRAG_STEPS:10.2f} ms")
+        print(f"{'processor time per step of a real drag':44} {1000 * spent / DRAG_STEPS:10.2f} ms")
         # Wine keeps the cursors that a tint replaces; Windows destroys them.
         line("memory after a drag (Wine) / empty program", memory_kib(lab.program_pids()[0]), floor, "KiB")
 
@@ -71,7 +71,7 @@ def steps_and_frames(build):
 
 def main(build):
     size(build)
-    program_at_rest_and_in_a_drag(build)
+    idle_program_and_drag(build)
     steps_and_frames(build)
 
 

@@ -1,4 +1,4 @@
-// One step of a slider's drag against the platform calls that it cannot do without.
+// Compares one step of a slider drag with the platform calls that it requires.
 #include "app/state/app_state.h"
 #include "filter/cursor_tint.h"
 #include "filter/filter.h"
@@ -29,7 +29,7 @@ void BareRamp(int) {
     ReleaseDC(nullptr, screen);
 }
 
-// A system cursor drawn into a bitmap, made into a cursor again and set: what Windows must be asked for each.
+// The minimum of calls per cursor: draw it into a bitmap, create a cursor from the bitmap, set it.
 void BareCursor(HCURSOR cursor, DWORD id) {
     ICONINFO info = {};
     GetIconInfo(cursor, &info);
@@ -44,9 +44,9 @@ void BareCursor(HCURSOR cursor, DWORD id) {
     SelectObject(memory, previous);
     DeleteDC(memory);
     ReleaseDC(nullptr, screen);
-    ICONINFO made = info;
-    made.hbmColor = colour;
-    SetSystemCursor(static_cast<HCURSOR>(CreateIconIndirect(&made)), id);
+    ICONINFO tinted = info;
+    tinted.hbmColor = colour;
+    SetSystemCursor(static_cast<HCURSOR>(CreateIconIndirect(&tinted)), id);
     DeleteObject(colour);
     DeleteObject(info.hbmColor);
     DeleteObject(info.hbmMask);
@@ -67,7 +67,7 @@ void Tint(int i) {
     TintSystemCursors();
 }
 
-// Each step moves the warmth far enough for the cursors to be tinted anew.
+// Each step changes the warmth enough to tint the cursors again.
 void BareStep(int i) {
     BareRamp(i);
     BareCursors(i);
@@ -88,7 +88,7 @@ void DragStep(int i) {
     OnMouseMove(0, 200 - i % 50);
 }
 
-// Wine keeps the cursors that SetSystemCursor replaces: few repeats.
+// Few repeats, because Wine leaks the cursors that SetSystemCursor replaces.
 constexpr int kRepeats = 5;
 
 volatile double g_sink;
@@ -117,7 +117,7 @@ int main() {
     g_app.useLegacyGamma = true;
     Compare("model: colour of one warmth / copy of a ramp", Model, CopyRamp, 20000);
     FillIdentity();
-    Apply(1);  // Makes the copies that the bare calls work on too.
+    Apply(1);  // Creates the cursor copies that the bare calls use too.
     Compare("cursors: all sixteen / bare calls", Tint, BareCursors, kRepeats);
     Compare("Legacy Mode: ApplyFilter / bare calls", Apply, BareStep, kRepeats);
     g_app.dragSlider = Slider::Warmth;

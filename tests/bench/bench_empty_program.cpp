@@ -1,4 +1,4 @@
-// The least that a program like this can be: a hidden window, a tray icon and a message loop.
+// A minimal program of this kind: a hidden window, a tray icon and a message loop.
 #include "win32/platform.h"
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, wchar_t*, int) {

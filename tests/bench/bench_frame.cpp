@@ -1,4 +1,4 @@
-// One frame of the popup against the one block copy that it cannot do without.
+// Compares one frame of the popup with the one block copy that it requires.
 #include "app/state/app_state.h"
 #include "stopwatch.h"
 #include "ui/fonts.h"

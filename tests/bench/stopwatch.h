@@ -1,4 +1,4 @@
-// Times two pieces of work by turns, so that both meet the same moods of the machine.
+// Measures two pieces of work alternately, so that both run under the same load of the machine.
 #pragma once
 
 #include <algorithm>

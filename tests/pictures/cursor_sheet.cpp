@@ -1,4 +1,4 @@
-// Draws the sixteen system cursors: untinted, as EVENING and as NIGHT tint them. cursor_sheet FILE.bmp
+// Draws the sixteen system cursors untinted, tinted by EVENING, and tinted by NIGHT: cursor_sheet FILE.bmp
 #include <cstdio>
 #include <cwchar>
 

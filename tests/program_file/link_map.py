@@ -1,4 +1,4 @@
-"""The linker's map of the program: which symbols and which object file stand at an address."""
+"""The linker's map of the program: the symbols and the object file at an address."""
 
 import re
 from bisect import bisect_right
@@ -23,14 +23,14 @@ class LinkMap:
         self.sections = sorted(sections)
 
     def object_at(self, address):
-        """The name of the object file whose section holds the address."""
+        """The name of the object file whose section contains the address."""
         start, size, name = self.sections[bisect_right(self.sections, (address, float("inf"), "")) - 1]
-        assert start <= address < start + size, f"nothing is known of {address:#x}"
+        assert start <= address < start + size, f"no section contains {address:#x}"
         return name
 
     def name_at(self, address):
-        """"object: symbol", or the object alone when the function has no symbol."""
-        names = [name for name, place in self.symbols.items() if place == address and not name.startswith(".")]
+        """The object and the symbol as "object: symbol", or only the object if the function has no symbol."""
+        names = [name for name, start in self.symbols.items() if start == address and not name.startswith(".")]
         return f"{self.object_at(address)}: {names[0]}" if names else self.object_at(address)
 
 

@@ -1,4 +1,4 @@
-"""The program file as the tests read it: python3-pefile's view and what several rules need of it."""
+"""The program file as the tests read it: python3-pefile's view and helpers of the rules."""
 
 import os
 import struct
@@ -24,27 +24,27 @@ class Program:
         return self.pe.OPTIONAL_HEADER.ImageBase
 
     def directory(self, name):
-        """(address from the image's base, size); zeros when there is none."""
+        """(address relative to the image's base, size); zeros if there is none."""
         entry = self.pe.OPTIONAL_HEADER.DATA_DIRECTORY[pefile.DIRECTORY_ENTRY[f"IMAGE_DIRECTORY_ENTRY_{name}"]]
         return entry.VirtualAddress, entry.Size
 
     def number(self, kind, address):
-        """A number at an address from the image's base, in struct's letters."""
+        """A number at an address relative to the image's base; `kind` is a format character of struct."""
         return struct.unpack("<" + kind, self.pe.get_data(address, struct.calcsize(kind)))[0]
 
     def load_configuration(self):
-        """The place from the image's base, or None."""
-        place, size = self.directory("LOAD_CONFIG")
-        return place if place and size else None
+        """The address relative to the image's base, or None."""
+        address, size = self.directory("LOAD_CONFIG")
+        return address if address and size else None
 
-    def cookie_place(self):
-        """The security cookie's place from the image's base, or None."""
+    def cookie_address(self):
+        """The security cookie's address relative to the image's base, or None."""
         configuration = self.load_configuration()
         address = self.number("Q", configuration + SECURITY_COOKIE) if configuration else 0
         return address - self.base if address else None
 
     def imports(self):
-        """{DLL in small letters: names of its functions}."""
+        """{DLL in lower case: names of its functions}."""
         return {entry.dll.decode().lower(): {item.name.decode() for item in entry.imports}
                 for entry in getattr(self.pe, "DIRECTORY_ENTRY_IMPORT", [])}
 

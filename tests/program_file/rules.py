@@ -1,4 +1,4 @@
-"""What must hold of the program file: rules of the Windows loader, and our own. A rule yields what is wrong."""
+"""Rules for the program file: the Windows loader's and our own. A rule yields a description of each violation."""
 
 import io
 import re
@@ -10,7 +10,7 @@ from PIL import Image
 
 from program import DEPENDENT_LOAD_FLAGS, LOAD_CONFIG_SIZE, ROOT
 
-LARGEST = 320 * 1024
+MAX_SIZE = 320 * 1024
 
 # Windows 8.1 and later refuse a file of this subsystem version or a higher one unless it has a security cookie.
 NEEDS_COOKIE, SUBSYSTEM_VERSION, OS_VERSION = (6, 3), (6, 2), (10, 0)
@@ -18,7 +18,7 @@ NEEDS_COOKIE, SUBSYSTEM_VERSION, OS_VERSION = (6, 3), (6, 2), (10, 0)
 DEFAULT_COOKIE = 0x2B992DDFA232
 SYSTEM32_ONLY = 0x800
 
-# DLLs that Windows loads from System32 whatever stands beside the program (HKLM\...\Session Manager\KnownDLLs).
+# DLLs that Windows always loads from System32 (HKLM\...\Session Manager\KnownDLLs).
 KNOWN_DLLS = {"advapi32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "oleaut32.dll", "shell32.dll",
               "user32.dll"}
 
@@ -29,37 +29,37 @@ PRODUCT_FIELDS = {"CompanyName", "FileDescription", "FileVersion", "InternalName
 POPUP_ICON, SCALES = 22, (100, 125, 150, 175, 200, 225, 250, 300, 350)
 
 
-def windows_starts_it(program):
+def windows_can_start_it(program):
     header = program.pe.OPTIONAL_HEADER
     if program.pe.FILE_HEADER.Machine != pefile.MACHINE_TYPE["IMAGE_FILE_MACHINE_AMD64"]:
         yield "it is not for x86-64"
     if header.Subsystem != pefile.SUBSYSTEM_TYPE["IMAGE_SUBSYSTEM_WINDOWS_GUI"]:
-        yield "it is no Windows program"
+        yield "its subsystem is not the Windows GUI"
     subsystem = (header.MajorSubsystemVersion, header.MinorSubsystemVersion)
-    if subsystem >= NEEDS_COOKIE and program.cookie_place() is None:
+    if subsystem >= NEEDS_COOKIE and program.cookie_address() is None:
         yield f"the loader refuses subsystem version {subsystem} without a security cookie"
 
 
-def it_names_the_versions_of_windows(program):
+def it_states_the_versions_of_windows(program):
     header = program.pe.OPTIONAL_HEADER
     if (header.MajorSubsystemVersion, header.MinorSubsystemVersion) != SUBSYSTEM_VERSION:
-        yield "the subsystem version is another"
+        yield "the subsystem version differs"
     if (header.MajorOperatingSystemVersion, header.MinorOperatingSystemVersion) != OS_VERSION:
-        yield "the version of Windows is another"
+        yield "the version of Windows differs"
 
 
-def the_loader_makes_the_stack_guard(program):
+def the_loader_initialises_the_stack_guard(program):
     if program.load_configuration() is None:
         yield "there is no load configuration"
         return
-    place = program.cookie_place()
+    place = program.cookie_address()
     if place is None:
         yield "the load configuration names no security cookie"
         return
     if program.number("Q", place) != DEFAULT_COOKIE:
-        yield "the cookie has not the value that the loader replaces"
+        yield "the cookie does not have the value that the loader replaces"
     if not program.pe.get_section_by_rva(place).IMAGE_SCN_MEM_WRITE:
-        yield "the cookie is in a section that cannot be written"
+        yield "the cookie is in a read-only section"
 
 
 def its_dlls_come_from_system32(program):
@@ -70,7 +70,7 @@ def its_dlls_come_from_system32(program):
     if program.number("I", configuration) < LOAD_CONFIG_SIZE:
         yield "the load configuration is too short"
     if program.number("H", configuration + DEPENDENT_LOAD_FLAGS) != SYSTEM32_ONLY:
-        yield "the flags for imported DLLs are others"
+        yield "the flags for imported DLLs differ"
 
 
 def it_imports_known_dlls_only(program):
@@ -78,7 +78,7 @@ def it_imports_known_dlls_only(program):
         if dll not in KNOWN_DLLS:
             yield f"{dll} is not on Windows' list of known DLLs"
     if program.directory("DELAY_IMPORT") != (0, 0):
-        yield "it imports with delay"
+        yield "it has delayed imports"
 
 
 def its_memory_is_protected(program):
@@ -90,22 +90,22 @@ def its_memory_is_protected(program):
         yield "it cannot be relocated"
     for section in program.pe.sections:
         if section.IMAGE_SCN_MEM_WRITE and section.IMAGE_SCN_MEM_EXECUTE:
-            yield f"{section.Name} can be written and executed"
+            yield f"{section.Name} is writable and executable"
 
 
 def it_is_small(program):
-    if len(program.data) > LARGEST:
+    if len(program.data) > MAX_SIZE:
         yield f"it has {len(program.data)} bytes"
 
 
-def it_carries_nothing_of_its_making(program):
+def it_contains_no_build_paths_or_time_stamps(program):
     if program.pe.FILE_HEADER.TimeDateStamp:
-        yield "it carries a time stamp"
+        yield "it contains a time stamp"
     if program.pe.FILE_HEADER.NumberOfSymbols:
-        yield "it carries symbols"
+        yield "it contains symbols"
     for section in program.pe.sections:
         if section.Name.startswith((b".debug", b"/")):
-            yield f"it carries {section.Name}"
+            yield f"it contains {section.Name}"
     for encoding in ("ascii", "utf-16-le"):
         if str(ROOT).encode(encoding) in program.data:
             yield "it names a folder of the machine that built it"
@@ -133,10 +133,10 @@ def its_manifest_is_complete(program):
     if tree.findtext(f".//{{{SMI}/2016/WindowsSettings}}dpiAwareness") != "PerMonitorV2, PerMonitor":
         yield "menus and boxes do not scale on each monitor"
     if tree.findtext(f".//{{{SMI}/2005/WindowsSettings}}dpiAware") != "true/pm":
-        yield "an older Windows stretches it"
+        yield "older versions of Windows stretch it"
 
 
-def its_properties_look_like_a_products(program):
+def its_version_resource_is_complete(program):
     texts = program.version_texts()
     for field in sorted(PRODUCT_FIELDS):
         if not texts.get(field):
@@ -146,11 +146,11 @@ def its_properties_look_like_a_products(program):
         if texts.get(field) != version:
             yield f"{field} is not the version that the program logs"
     if texts.get("OriginalFilename") != "ambrel.exe":
-        yield "OriginalFilename is another"
+        yield "OriginalFilename differs"
 
 
 def icon_sizes(program, group):
-    """The sizes of a group's pictures that have the size and length which the group gives them."""
+    """The sizes of a group's pictures whose actual size and length match the group's entry."""
     directory = program.resources(pefile.RESOURCE_TYPE["RT_GROUP_ICON"])[group]
     pictures = program.resources(pefile.RESOURCE_TYPE["RT_ICON"])
     sizes = set()
@@ -167,7 +167,7 @@ def icon_sizes(program, group):
     return sizes
 
 
-def it_holds_its_pictures(program):
+def it_contains_its_pictures(program):
     groups = set(program.resources(pefile.RESOURCE_TYPE["RT_GROUP_ICON"]))
     if groups != {101, 102, 103}:
         yield f"the icon groups are {groups}"
@@ -183,7 +183,7 @@ def it_holds_its_pictures(program):
         yield "there is no logo"
 
 
-RULES = [windows_starts_it, it_names_the_versions_of_windows, the_loader_makes_the_stack_guard,
+RULES = [windows_can_start_it, it_states_the_versions_of_windows, the_loader_initialises_the_stack_guard,
          its_dlls_come_from_system32, it_imports_known_dlls_only, its_memory_is_protected, it_is_small,
-         it_carries_nothing_of_its_making, its_manifest_is_complete, its_properties_look_like_a_products,
-         it_holds_its_pictures]
+         it_contains_no_build_paths_or_time_stamps, its_manifest_is_complete, its_version_resource_is_complete,
+         it_contains_its_pictures]

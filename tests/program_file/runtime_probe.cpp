@@ -1,6 +1,6 @@
 // A console program with the shipped program's runtime and load configuration.
-//   runtime_probe          runs itself for each deed below and prints "DEED OUTPUT = EXIT-CODE", the code in
-//   hex runtime_probe DEED     does it and prints "begun" and what comes of it
+//   runtime_probe          runs itself for each action and prints "ACTION OUTPUT = EXIT-CODE", in hex
+//   runtime_probe ACTION   prints "started", performs the action and prints its result
 #include "win32/platform.h"
 
 #include <cstdint>
@@ -21,7 +21,7 @@ struct alignas(256) Wide {
     char text[300];
 };
 
-// Keeps the compiler from knowing what it is given.
+// Hides a value from the optimiser.
 template <typename Value>
 [[gnu::noinline]] Value Opaque(Value value) {
     __asm__ volatile("" : "+r"(value));
@@ -39,7 +39,7 @@ void PrintCookie() {
         place[i] = 'x';
 }
 
-void LeaveTheStackAlone() {
+void KeepTheStackIntact() {
     Overwrite(Opaque(std::size_t{16}));
     std::printf("returned");
 }
@@ -49,27 +49,27 @@ void SmashTheStack() {
     std::printf("returned");
 }
 
-void AskForTooMuch() {
+void RequestTooMuch() {
     Opaque(::operator new(Opaque(kTooMuch)));
     std::printf("returned");
 }
 
-void AskForTooMuchArray() {
+void RequestTooMuchArray() {
     Opaque(::operator new[](Opaque(kTooMuch)));
     std::printf("returned");
 }
 
-void AskForTooMuchAligned() {
+void RequestTooMuchAligned() {
     Opaque(::operator new(Opaque(kTooMuch), kAlignment));
     std::printf("returned");
 }
 
-void AskForTooMuchAlignedArray() {
+void RequestTooMuchAlignedArray() {
     Opaque(::operator new[](Opaque(kTooMuch), kAlignment));
     std::printf("returned");
 }
 
-void AskForTooMuchPolitely() {
+void RequestTooMuchWithoutThrowing() {
     const void* answers[] = {::operator new(Opaque(kTooMuch), std::nothrow),
                              ::operator new[](Opaque(kTooMuch), std::nothrow),
                              ::operator new(Opaque(kTooMuch), kAlignment, std::nothrow),
@@ -78,7 +78,7 @@ void AskForTooMuchPolitely() {
         std::printf("%s ", Opaque(answer) == nullptr ? "null" : "block");
 }
 
-// Writes every byte of what each form gives and frees it.
+// Allocates with each form of new, writes every byte and frees it.
 void UseMemory() {
     Wide* one = Opaque(new Wide);
     Wide* many = Opaque(new Wide[3]);
@@ -91,7 +91,7 @@ void UseMemory() {
     std::memset(many, 2, 3 * sizeof(Wide));
     std::memset(plain, 3, 100);
     *number = 4;
-    std::printf("%s %s", aligned ? "aligned" : "askew", none != nullptr ? "block" : "null");
+    std::printf("%s %s", aligned ? "aligned" : "unaligned", none != nullptr ? "block" : "null");
     delete one;
     delete[] many;
     delete[] plain;
@@ -101,9 +101,9 @@ void UseMemory() {
     ::operator delete[](::operator new[](8, kAlignment, std::nothrow), kAlignment, std::nothrow);
 }
 
-void CutBeyondTheEnd() {
-    const std::wstring cut = std::wstring(L"text").substr(Opaque(std::size_t{5}));
-    std::printf("returned %zu", cut.size());
+void TakeSubstringBeyondTheEnd() {
+    const std::wstring part = std::wstring(L"text").substr(Opaque(std::size_t{5}));
+    std::printf("returned %zu", part.size());
 }
 
 void ReserveBeyondTheLimit() {
@@ -112,35 +112,35 @@ void ReserveBeyondTheLimit() {
     std::printf("returned %zu", numbers.capacity());
 }
 
-void MakeTextOfNothing() {
+void ConstructTextFromNull() {
     const std::wstring text(Opaque<const wchar_t*>(nullptr));
     std::printf("returned %zu", text.size());
 }
 
-struct Deed {
+struct Action {
     const char* name;
     void (*perform)();
 };
 
-constexpr Deed kDeeds[] = {
+constexpr Action kActions[] = {
     {"cookie", PrintCookie},
     {"cookie-again", PrintCookie},
-    {"whole-stack", LeaveTheStackAlone},
+    {"intact-stack", KeepTheStackIntact},
     {"smashed-stack", SmashTheStack},
-    {"new", AskForTooMuch},
-    {"new-array", AskForTooMuchArray},
-    {"new-aligned", AskForTooMuchAligned},
-    {"new-aligned-array", AskForTooMuchAlignedArray},
-    {"new-nothrow", AskForTooMuchPolitely},
+    {"new", RequestTooMuch},
+    {"new-array", RequestTooMuchArray},
+    {"new-aligned", RequestTooMuchAligned},
+    {"new-aligned-array", RequestTooMuchAlignedArray},
+    {"new-nothrow", RequestTooMuchWithoutThrowing},
     {"memory", UseMemory},
-    {"out-of-range", CutBeyondTheEnd},
+    {"out-of-range", TakeSubstringBeyondTheEnd},
     {"length", ReserveBeyondTheLimit},
-    {"null-text", MakeTextOfNothing},
+    {"null-text", ConstructTextFromNull},
 };
 
-// Runs this program for the deed, with the same standard output, and returns its exit code.
-DWORD RunItself(const char* program, const char* deed) {
-    std::string command = std::string("\"") + program + "\" " + deed;
+// Runs this program for the action, with the same standard output, and returns its exit code.
+DWORD RunItself(const char* program, const char* action) {
+    std::string command = std::string("\"") + program + "\" " + action;
     STARTUPINFOA startup = {};
     startup.cb = sizeof(startup);
     PROCESS_INFORMATION process = {};
@@ -159,19 +159,19 @@ DWORD RunItself(const char* program, const char* deed) {
 }  // namespace
 
 int main(int count, char** words) {
-    for (const Deed& deed : kDeeds) {
-        if (count > 1 && std::strcmp(words[1], deed.name) == 0) {
-            std::printf("begun ");
+    for (const Action& action : kActions) {
+        if (count > 1 && std::strcmp(words[1], action.name) == 0) {
+            std::printf("started ");
             std::fflush(stdout);
-            deed.perform();
+            action.perform();
             return 0;
         }
     }
     if (count > 1) return 2;
-    for (const Deed& deed : kDeeds) {
-        std::printf("%s ", deed.name);
+    for (const Action& action : kActions) {
+        std::printf("%s ", action.name);
         std::fflush(stdout);
-        std::printf(" = %08lx\n", RunItself(words[0], deed.name));
+        std::printf(" = %08lx\n", RunItself(words[0], action.name));
     }
     return 0;
 }

@@ -1,4 +1,4 @@
-"""The shipped program file: what Windows reads of it before it runs, and that it can be built again."""
+"""The shipped program file: the rules of rules.py, and a reproducible build."""
 
 import hashlib
 import shutil
@@ -12,9 +12,9 @@ sys.path.insert(0, str(Path(__file__).parent))
 
 import pytest  # noqa: E402
 
-from doctored import DOCTORED, of_subsystem_10, with_header  # noqa: E402
+from modified_program import MODIFIED, of_subsystem_10, with_header  # noqa: E402
 from program import PROGRAM, ROOT, Program, built_program  # noqa: E402
-from rules import RULES, windows_starts_it  # noqa: E402
+from rules import RULES, windows_can_start_it  # noqa: E402
 
 
 @pytest.fixture(scope="module", name="program")
@@ -23,28 +23,28 @@ def program_fixture():
 
 
 @pytest.mark.parametrize("rule", RULES, ids=lambda rule: rule.__name__)
-def test_the_program_keeps_the_rule(program, rule):
+def test_the_program_follows_the_rule(program, rule):
     assert not list(rule(program))
 
 
-@pytest.mark.parametrize("fault", DOCTORED)
-def test_a_doctored_file_is_refused(program, fault):
-    rule, doctor = DOCTORED[fault]
-    doctored = doctor(program)
-    assert doctored != program.data
-    assert list(rule(Program(doctored)))
+@pytest.mark.parametrize("fault", MODIFIED)
+def test_a_modified_file_is_rejected(program, fault):
+    rule, modify = MODIFIED[fault]
+    modified = modify(program)
+    assert modified != program.data
+    assert list(rule(Program(modified)))
 
 
-def test_a_newer_subsystem_version_is_started_when_there_is_a_cookie(program):
-    assert not list(windows_starts_it(Program(with_header(of_subsystem_10)(program))))
+def test_windows_can_start_a_newer_subsystem_version_with_a_cookie(program):
+    assert not list(windows_can_start_it(Program(with_header(of_subsystem_10)(program))))
 
 
-def test_every_rule_refuses_some_doctored_file():
-    assert {rule for rule, _ in DOCTORED.values()} == set(RULES)
+def test_every_rule_rejects_a_modified_file():
+    assert {rule for rule, _ in MODIFIED.values()} == set(RULES)
 
 
-def build_anew(folder):
-    # Without a compiler cache, which would answer with the first build's objects.
+def rebuild(folder):
+    # Without a compiler cache, which would return the first build's objects.
     subprocess.run(["cmake", "--preset", "release", "-B", folder, "-DCMAKE_CXX_COMPILER_LAUNCHER="], cwd=ROOT,
                    check=True, capture_output=True)
     subprocess.run(["cmake", "--build", folder, "--target", "ambrel"], check=True, capture_output=True)
@@ -54,6 +54,6 @@ def build_anew(folder):
 def test_a_clean_build_in_another_folder_is_equal_to_the_byte():
     folder = Path(tempfile.mkdtemp(prefix="ambrel-rebuild-"))
     try:
-        assert build_anew(folder / "another") == hashlib.sha256(PROGRAM.read_bytes()).hexdigest()
+        assert rebuild(folder / "another") == hashlib.sha256(PROGRAM.read_bytes()).hexdigest()
     finally:
         shutil.rmtree(folder)

@@ -1,5 +1,4 @@
-"""What runs in the program besides its own code: what the C start-up calls before the first statement, what the
-runtime imports, and how the runtime ends the process."""
+"""The C runtime in the program: its calls before the first statement, its imports, and how it ends the process."""
 
 import subprocess
 import sys
@@ -14,18 +13,18 @@ from link_map import LinkMap, link_map  # noqa: E402
 from program import BUILD, ROOT, Program, built_program  # noqa: E402
 from rules import DEFAULT_COOKIE  # noqa: E402
 
-# What runs before wWinMain, and why it is harmless: none of it loads a DLL or reads a file.
+# The functions that run before wWinMain, and what they do. None of them loads a DLL or reads a file.
 BEFORE_THE_FIRST_STATEMENT = {
-    "crt2u.o: pre_c_init": "tells the C runtime the kind of program and its modes",
-    "crt2u.o: pre_cpp_init": "takes the command line apart",
+    "crt2u.o: pre_c_init": "sets the C runtime's application type and modes",
+    "crt2u.o: pre_cpp_init": "parses the command line",
     "lib64_libmingw32_a-tlssup.o: __dyn_tls_init": "runs the initialisers of thread-local variables: none",
-    "lib64_libmingw32_a-tlssup.o": "runs the destructors of thread-local variables at a thread's end",
+    "lib64_libmingw32_a-tlssup.o": "runs the destructors of thread-local variables when a thread ends",
     "crtend.o": "registers the unwind tables of libgcc: empty on x86-64",
-    "app_state.cpp.obj: _GLOBAL__sub_I_g_app": "makes the empty containers of AppState",
-    "event_log.cpp.obj: _GLOBAL__sub_I__Z13AppendLogLinePKw": "makes the log's empty ring",
+    "app_state.cpp.obj: _GLOBAL__sub_I_g_app": "creates the empty containers of AppState",
+    "event_log.cpp.obj: _GLOBAL__sub_I__Z13AppendLogLinePKw": "creates the log's empty ring",
 }
 
-# Imports that no source of ours names: what mingw-w64's start-up, printf and mathematics call.
+# Imports of mingw-w64's start-up code, printf and mathematics.
 RUNTIME_IMPORTS = set("""
     DeleteCriticalSection EnterCriticalSection GetStartupInfoW InitializeCriticalSection IsDBCSLeadByteEx
     LeaveCriticalSection SetUnhandledExceptionFilter Sleep TlsGetValue VirtualProtect VirtualQuery __C_specific_handler
@@ -34,9 +33,9 @@ RUNTIME_IMPORTS = set("""
     abort calloc exit fflush fgetpos fprintf fputwc fsetpos fwprintf iswctype localeconv memcpy realloc signal strerror
     strlen strncmp vfprintf""".split())
 
-STACK_BUFFER_OVERRUN = "c0000409"  # what Windows reports of every fast-fail
-ENDS_THE_PROCESS = ("smashed-stack", "new", "new-array", "new-aligned", "new-aligned-array", "out-of-range", "length",
-                    "null-text")
+STACK_BUFFER_OVERRUN = "c0000409"  # the exit code of every fast-fail
+TERMINATING_ACTIONS = ("smashed-stack", "new", "new-array", "new-aligned", "new-aligned-array", "out-of-range",
+                       "length", "null-text")
 
 
 @pytest.fixture(scope="module", name="program")
@@ -50,19 +49,19 @@ def symbols_fixture():
 
 
 def addresses(program, start):
-    """The words from an address of the image's on, up to a zero."""
+    """The addresses in a zero-terminated table of the image."""
     while word := program.number("Q", start):
         yield word - program.base
         start += 8
 
 
 def initialisers(program, symbols):
-    """Names of what the start-up calls: the C runtime's tables, constructors and callbacks of thread-local storage."""
+    """Names of the functions that the start-up calls: the C runtime's tables, constructors and TLS callbacks."""
     found = []
     for first, last in (("__xi_a", "__xi_z"), ("__xc_a", "__xc_z")):
         table = range(symbols.symbols[first], symbols.symbols[last], 8)
-        found += [word - program.base for word in (program.number("Q", place) for place in table) if word]
-    # The list begins with -1, where its length may stand.
+        found += [word - program.base for word in (program.number("Q", address) for address in table) if word]
+    # The first entry is -1 or the length of the list.
     constructors = program.number("Q", symbols.symbols[".refptr.__CTOR_LIST__"]) - program.base
     found += addresses(program, constructors + 8)
     found += addresses(program, program.pe.DIRECTORY_ENTRY_TLS.struct.AddressOfCallBacks - program.base)
@@ -70,7 +69,7 @@ def initialisers(program, symbols):
 
 
 def unknown_imports(program):
-    """Functions that neither an object file of ours refers to nor the runtime is known to need."""
+    """Imported functions that no object file of the program refers to and that are not in RUNTIME_IMPORTS."""
     objects = sorted((BUILD / "src").rglob("*.obj"))
     listed = subprocess.run(["x86_64-w64-mingw32-nm", "--undefined-only", *objects], capture_output=True, text=True,
                             check=True).stdout
@@ -78,36 +77,36 @@ def unknown_imports(program):
     return set().union(*program.imports().values()) - called - RUNTIME_IMPORTS
 
 
-def test_what_runs_before_the_first_statement_is_known(program, symbols):
+def test_only_known_functions_run_before_the_first_statement(program, symbols):
     assert initialisers(program, symbols) == set(BEFORE_THE_FIRST_STATEMENT)
 
 
-def test_an_initialiser_that_is_not_known_is_seen(program, symbols):
+def test_an_unknown_initialiser_is_detected(program, symbols):
     place = symbols.symbols["__xc_a"] + 8
-    stranger = (symbols.symbols["wWinMain"] + program.base).to_bytes(8, "little")
+    unknown = (symbols.symbols["wWinMain"] + program.base).to_bytes(8, "little")
     offset = program.pe.get_offset_from_rva(place)
-    doctored = Program(program.data[:offset] + stranger + program.data[offset + 8:])
-    assert initialisers(doctored, symbols) - set(BEFORE_THE_FIRST_STATEMENT) == {"main.cpp.obj: wWinMain"}
+    modified = Program(program.data[:offset] + unknown + program.data[offset + 8:])
+    assert initialisers(modified, symbols) - set(BEFORE_THE_FIRST_STATEMENT) == {"main.cpp.obj: wWinMain"}
 
 
-def test_it_imports_only_what_it_calls(program):
+def test_it_imports_only_functions_that_it_calls(program):
     assert not unknown_imports(program)
 
 
 @pytest.mark.parametrize("name", ["SuspendThread", "CryptGenRandom"])
-def test_an_import_that_it_does_not_call_is_seen(program, name):
+def test_an_import_that_it_does_not_call_is_detected(program, name):
     replaced = b"GetUserDefaultLocaleName"
     assert program.data.count(replaced) == 1
-    doctored = Program(program.data.replace(replaced, name.encode().ljust(len(replaced), b"\0")))
-    assert unknown_imports(doctored) == {name}
+    modified = Program(program.data.replace(replaced, name.encode().ljust(len(replaced), b"\0")))
+    assert unknown_imports(modified) == {name}
 
 
 def test_no_static_variable_needs_a_guard(symbols):
-    # lld writes the mangled "_ZGV..." out.
+    # lld demangles "_ZGV..." to "guard variable".
     assert not [name for name in symbols.symbols if name.startswith(("guard variable", "_ZGV", "__cxa_guard"))]
 
 
-def test_a_guard_would_be_seen():
+def test_a_guard_is_detected():
     line = "00001000 00000000     0                 guard variable for Answer()::answer"
     assert LinkMap(line).symbols == {"guard variable for Answer()::answer": 0x1000}
 
@@ -119,37 +118,37 @@ def test_neither_threads_nor_exceptions_nor_a_second_printf_are_linked(symbols):
     assert [name for name in linked if "pformat" in name] == ["lib64_libmingwex_a-mingw_pformatw.o"]
 
 
-@pytest.fixture(scope="module", name="deeds")
-def deeds_fixture():
-    """{deed: (what it printed, exit code)} of the program that misuses the runtime."""
+@pytest.fixture(scope="module", name="actions")
+def actions_fixture():
+    """{action: (output, exit code)} of runtime_probe."""
     probe = BUILD / "program_file" / "runtime_probe.exe"
     printed = subprocess.run([ROOT / "lab" / "run-in-lab", probe], capture_output=True, text=True, check=True).stdout
     return {line.split(" ")[0]: (line.partition(" ")[2].partition(" = ")[0].strip(), line.rpartition(" = ")[2])
             for line in printed.splitlines()}
 
 
-@pytest.mark.parametrize("deed", ENDS_THE_PROCESS)
-def test_the_process_ends_at_once(deeds, deed):
-    assert deeds[deed] == ("begun", STACK_BUFFER_OVERRUN)
+@pytest.mark.parametrize("action", TERMINATING_ACTIONS)
+def test_a_runtime_error_ends_the_process_immediately(actions, action):
+    assert actions[action] == ("started", STACK_BUFFER_OVERRUN)
 
 
-def test_a_stack_that_is_whole_is_left_alone(deeds):
-    assert deeds["whole-stack"] == ("begun returned", "00000000")
+def test_an_intact_stack_is_accepted(actions):
+    assert actions["intact-stack"] == ("started returned", "00000000")
 
 
-def test_the_nothrow_forms_answer_null(deeds):
-    assert deeds["new-nothrow"] == ("begun null null null null", "00000000")
+def test_the_nothrow_forms_return_null(actions):
+    assert actions["new-nothrow"] == ("started null null null null", "00000000")
 
 
-def test_memory_is_given_as_it_is_asked_for(deeds):
-    assert deeds["memory"] == ("begun aligned block", "00000000")
+def test_memory_is_allocated_with_the_requested_size_and_alignment(actions):
+    assert actions["memory"] == ("started aligned block", "00000000")
 
 
-def test_the_loader_replaces_the_cookie_in_each_process(deeds):
-    cookies = {int(deeds[deed][0].split()[1], 16) for deed in ("cookie", "cookie-again")}
+def test_the_loader_replaces_the_cookie_in_each_process(actions):
+    cookies = {int(actions[action][0].split()[1], 16) for action in ("cookie", "cookie-again")}
     assert len(cookies) == 2
     assert not cookies & {0, DEFAULT_COOKIE}
 
 
-def test_every_deed_is_judged(deeds):
-    assert set(deeds) == {*ENDS_THE_PROCESS, "whole-stack", "new-nothrow", "memory", "cookie", "cookie-again"}
+def test_every_action_is_checked(actions):
+    assert set(actions) == {*TERMINATING_ACTIONS, "intact-stack", "new-nothrow", "memory", "cookie", "cookie-again"}

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Every C++ file stands as clang-format would write it.
+# Checks that every C++ file is formatted with clang-format.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 mapfile -t files < <(git ls-files -- 'src/**.cpp' 'src/**.h' 'lab/**.cpp' 'lab/**.h' 'tests/**.cpp' 'tests/**.h' | grep -v '^src/res/')

@@ -1,4 +1,4 @@
-"""The documents hold: what they link to is there, and they call the card what the program calls it."""
+"""The documents are consistent: links lead somewhere, and names match the program."""
 
 import re
 import subprocess
@@ -28,13 +28,13 @@ DOCUMENTS = tracked("*.md")
 
 
 def prose(document):
-    """The text without what stands in it as it is: a file or a command is no link."""
+    """The text without code blocks and code spans, which contain no links."""
     text = (ROOT / document).read_text(encoding="utf-8")
     return re.sub(r"`[^`\n]+`", "", re.sub(r"^```.*?^```", "", text, flags=re.M | re.S))
 
 
 def links(document, pattern):
-    """Paths from the repository's root of what a document links to within it, and the parts after #."""
+    """(path, part after #) of each relative link of a document."""
     for target in re.findall(pattern, prose(document)):
         if not re.match(r"[a-z]+:", target):
             path, _, part = target.partition("#")
@@ -47,7 +47,7 @@ def pictures(document):
 
 
 def headings(file):
-    """As they stand in an address: small letters, no punctuation, hyphens for blanks."""
+    """Headings as anchors: lower case, no punctuation, hyphens for spaces."""
     titles = re.findall(r"^#+ +(.*)$", prose(file.relative_to(ROOT)), re.M)
     return {re.sub(r"[^\w\- ]", "", title.lower()).replace(" ", "-") for title in titles}
 
@@ -63,20 +63,20 @@ def test_every_relative_link_leads_somewhere(document):
     assert not dead, f"{document} links to {', '.join(dead)}"
 
 
-def test_the_pictures_are_those_that_documents_show():
+def test_every_picture_is_shown_in_a_document():
     shown = {str(file.relative_to(ROOT)) for document in DOCUMENTS for file in pictures(document)}
     assert shown and shown == set(tracked("docs/pictures"))
 
 
-def test_the_guide_calls_the_card_what_the_program_calls_it():
+def test_the_guide_lists_the_cards_labels():
     guide = GUIDE.read_text(encoding="utf-8")
     table = re.search(r"^\| The card says \|.*\n\|[-| ]+\|\n((?:\|.*\n)+)", guide, re.M)
-    told = [row.split("|")[1].strip() for row in table.group(1).splitlines()]
+    listed = [row.split("|")[1].strip() for row in table.group(1).splitlines()]
     labels = re.findall(r'L"([^"]+)"', CARD_LABELS.read_text(encoding="utf-8"))
-    assert sorted(told) == sorted(labels)
+    assert sorted(listed) == sorted(labels)
 
 
-def test_the_support_page_holds_one_report_and_regenerating_it_leaves_the_prose_alone():
+def test_the_support_page_has_one_report_and_regenerating_it_keeps_the_prose():
     page = (ROOT / "docs" / "support-bundle.md").read_text(encoding="utf-8")
     before, report, after = re.fullmatch(r"(.*?^```text\n)(TO: .*?=== END DIAGNOSTICS ===\n)(```\n.*)", page,
                                          re.M | re.S).groups()
@@ -86,7 +86,7 @@ def test_the_support_page_holds_one_report_and_regenerating_it_leaves_the_prose_
 
 
 @pytest.mark.parametrize("page", ["no report", "```text\na\n```\n\n```text\nb\n```\n"])
-def test_a_support_page_without_exactly_one_report_is_refused(page):
+def test_a_support_page_without_exactly_one_report_is_rejected(page):
     with pytest.raises(LabError):
         replace_report(page, "new")
 

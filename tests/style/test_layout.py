@@ -1,4 +1,4 @@
-"""The sources keep to the layers of docs/architecture.md: no file includes upwards or in a circle."""
+"""The sources follow the layers of docs/architecture.md: no file includes upwards or in a cycle."""
 
 import re
 import subprocess
@@ -7,7 +7,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 SRC = ROOT / "src"
 DOCUMENT = ROOT / "docs" / "architecture.md"
-MOST_LINES = 400
+MAX_LINES = 400
 
 # The layers, lowest first. Folders of one layer do not include each other.
 LAYERS = [
@@ -47,7 +47,7 @@ def layer_of(unit):
 def included(file):
     for name in re.findall(r'^#include "([^"]+)"', file.read_text(encoding="utf-8"), re.M):
         target = SRC / name if (SRC / name).exists() else file.parent / name
-        assert target.exists(), f"{file} includes {name}, which is not there"
+        assert target.exists(), f"{file} includes {name}, which does not exist"
         yield target
 
 
@@ -58,7 +58,7 @@ def graph():
     return {unit: targets - {unit} for unit, targets in edges.items()}
 
 
-def test_the_layers_are_those_of_the_documents():
+def test_the_layers_match_the_document():
     rows = re.findall(r"^\| (\d) \| ([^|]*) \|", DOCUMENT.read_text(encoding="utf-8"), re.M)
     documented = [set(re.findall(r"`src/([^`]+)`", folders)) for _, folders in rows]
     assert [int(number) for number, _ in rows] == list(range(1, len(LAYERS) + 1))
@@ -76,7 +76,7 @@ def test_a_file_includes_only_its_own_folder_and_lower_layers():
     assert not wrong, "\n".join(wrong)
 
 
-def test_no_circle_of_includes():
+def test_includes_have_no_cycle():
     edges, done = graph(), set()
 
     def visit(unit, path):
@@ -104,10 +104,10 @@ def test_no_header_and_source_together_exceed_the_limit():
     lengths = {}
     for file in sources():
         lengths[unit_of(file)] = lengths.get(unit_of(file), 0) + len(file.read_text().splitlines())
-    assert not {unit: length for unit, length in lengths.items() if length > MOST_LINES}
+    assert not {unit: length for unit, length in lengths.items() if length > MAX_LINES}
 
 
-def test_no_tracked_source_speaks_of_what_is_not_the_project():
+def test_no_source_contains_markers_or_local_paths():
     pattern = re.compile(r"TODO|FIXME|XXX|/tmp/|/home/")
     wrong = [f"{file}:{number}" for file in sources()
              for number, line in enumerate(file.read_text().splitlines(), 1) if pattern.search(line)]

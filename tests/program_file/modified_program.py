@@ -1,4 +1,4 @@
-"""Copies of the program file with one thing wrong each, and the rule that must refuse it."""
+"""Modified copies of the program file with one fault each, and the rule that must reject it."""
 
 import struct
 
@@ -9,13 +9,13 @@ from program import DEPENDENT_LOAD_FLAGS, SECURITY_COOKIE, Program
 
 
 def patched(program, address, kind, value):
-    place = program.pe.get_offset_from_rva(address)
+    offset = program.pe.get_offset_from_rva(address)
     new = struct.pack("<" + kind, value)
-    return program.data[:place] + new + program.data[place + len(new):]
+    return program.data[:offset] + new + program.data[offset + len(new):]
 
 
 def replaced(old, new):
-    """The file with one text in place of another. A shorter one is padded with blanks, which XML passes over."""
+    """The file with one text replaced by another. A shorter text is padded with spaces, which XML ignores."""
     def change(program):
         assert program.data.count(old) == 1 and len(new) <= len(old)
         return program.data.replace(old, new.ljust(len(old)))
@@ -23,7 +23,7 @@ def replaced(old, new):
 
 
 def with_header(change):
-    """The file with changed headers; `change` is given pefile's view of a copy."""
+    """The file with changed headers; `change` receives pefile's view of a copy."""
     def make(program):
         pe = pefile.PE(data=program.data)
         change(pe)
@@ -77,17 +77,18 @@ def of_subsystem_10_after(change):
 # A picture of 77 pixels in an icon group: width, height, no palette, one plane of 32 bits.
 PICTURE_77 = struct.pack("<BBBBHH", 77, 77, 0, 0, 1, 32)
 
-DOCTORED = {
+MODIFIED = {
     "subsystem 10.0 without a load configuration":
-        (rules.windows_starts_it, of_subsystem_10_after(without_directory("LOAD_CONFIG"))),
-    "subsystem 10.0 without a cookie": (rules.windows_starts_it, of_subsystem_10_after(without_cookie)),
-    "subsystem 10.0": (rules.it_names_the_versions_of_windows, with_header(of_subsystem_10)),
-    "no load configuration": (rules.the_loader_makes_the_stack_guard, without_directory("LOAD_CONFIG")),
-    "no cookie": (rules.the_loader_makes_the_stack_guard, without_cookie),
+        (rules.windows_can_start_it, of_subsystem_10_after(without_directory("LOAD_CONFIG"))),
+    "subsystem 10.0 without a cookie": (rules.windows_can_start_it, of_subsystem_10_after(without_cookie)),
+    "subsystem 10.0": (rules.it_states_the_versions_of_windows, with_header(of_subsystem_10)),
+    "no load configuration": (rules.the_loader_initialises_the_stack_guard, without_directory("LOAD_CONFIG")),
+    "no cookie": (rules.the_loader_initialises_the_stack_guard, without_cookie),
     "a cookie of another value":
-        (rules.the_loader_makes_the_stack_guard,
-         lambda program: patched(program, program.cookie_place(), "Q", rules.DEFAULT_COOKIE + 1)),
-    "a cookie that cannot be written": (rules.the_loader_makes_the_stack_guard, with_header(with_read_only_cookie)),
+        (rules.the_loader_initialises_the_stack_guard,
+         lambda program: patched(program, program.cookie_address(), "Q", rules.DEFAULT_COOKIE + 1)),
+    "a cookie that cannot be written":
+        (rules.the_loader_initialises_the_stack_guard, with_header(with_read_only_cookie)),
     "no flags for imported DLLs":
         (rules.its_dlls_come_from_system32,
          lambda program: patched(program, program.load_configuration() + DEPENDENT_LOAD_FLAGS, "H", 0)),
@@ -98,8 +99,8 @@ DOCTORED = {
     "no random addresses": (rules.its_memory_is_protected, without_flag("DYNAMIC_BASE")),
     "executable data": (rules.its_memory_is_protected, without_flag("NX_COMPAT")),
     "no relocations": (rules.its_memory_is_protected, without_directory("BASERELOC")),
-    "too large": (rules.it_is_small, lambda program: program.data.ljust(rules.LARGEST + 1, b"\0")),
-    "a time stamp": (rules.it_carries_nothing_of_its_making, with_header(stamped)),
+    "too large": (rules.it_is_small, lambda program: program.data.ljust(rules.MAX_SIZE + 1, b"\0")),
+    "a time stamp": (rules.it_contains_no_build_paths_or_time_stamps, with_header(stamped)),
     "no common controls": (rules.its_manifest_is_complete, replaced(b"Microsoft.Windows.Common-Controls", b"Other")),
     "older common controls": (rules.its_manifest_is_complete, replaced(b'version="6.0.0.0"', b'version="5.0.0.0"')),
     "an administrator's rights":
@@ -110,10 +111,10 @@ DOCTORED = {
         (rules.its_manifest_is_complete, replaced(b"PerMonitorV2, PerMonitor", b"system")),
     "no scale for an older Windows": (rules.its_manifest_is_complete, replaced(b"true/pm", b"false")),
     "no manifest": (rules.its_manifest_is_complete, without_directory("RESOURCE")),
-    "no company": (rules.its_properties_look_like_a_products, with_renamed_field("CompanyName")),
-    "no copyright": (rules.its_properties_look_like_a_products, with_renamed_field("LegalCopyright")),
-    "no original file name": (rules.its_properties_look_like_a_products, with_renamed_field("OriginalFilename")),
+    "no company": (rules.its_version_resource_is_complete, with_renamed_field("CompanyName")),
+    "no copyright": (rules.its_version_resource_is_complete, with_renamed_field("LegalCopyright")),
+    "no original file name": (rules.its_version_resource_is_complete, with_renamed_field("OriginalFilename")),
     "no picture of 77 pixels":
-        (rules.it_holds_its_pictures, replaced(PICTURE_77, struct.pack("<BBBBHH", 78, 78, 0, 0, 1, 32))),
-    "no resources": (rules.it_holds_its_pictures, without_directory("RESOURCE")),
+        (rules.it_contains_its_pictures, replaced(PICTURE_77, struct.pack("<BBBBHH", 78, 78, 0, 0, 1, 32))),
+    "no resources": (rules.it_contains_its_pictures, without_directory("RESOURCE")),
 }
