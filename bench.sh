@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Measures time, memory and size of the program, each beside a floor measured in the same run.
+# Measures time, memory and size of the program, each compared with a floor measured in the same run.
 set -euo pipefail
 cd "$(dirname "$0")"
 scripts/install-packages.sh scripts/packages.txt lab/packages.txt
 mkdir -p build
 if ! { cmake --preset tests && cmake --build --preset tests --target ambrel lab bench; } >build/bench.log 2>&1; then
     grep -v '^\[' build/bench.log | tail -n 60 >&2
-    echo "The build failed; the whole of it is in build/bench.log." >&2
+    echo "The build failed. The full log is in build/bench.log." >&2
     exit 1
 fi
 exec /usr/bin/python3 tests/bench/bench.py build/release

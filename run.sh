@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Builds Ambrel and runs it.
-#   ./run.sh             on the screen that DISPLAY names, until it is quit from its tray menu; without one: --demo
-#   ./run.sh --demo      on a screen of its own: clicks and drags, shows what Windows was told, saves pictures
-#   ./run.sh --pictures  makes anew what the documents in docs/ show of the program
+#   ./run.sh             on the screen that DISPLAY names, until it is quit from its tray menu; without DISPLAY: --demo
+#   ./run.sh --demo      on a virtual screen: clicks and drags, prints the calls to Windows, saves screenshots
+#   ./run.sh --pictures  regenerates the screenshots and the sample support report in docs/
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -23,13 +23,13 @@ echo "Building build/release/ambrel.exe"
 mkdir -p build
 if ! { cmake --preset tests && cmake --build --preset tests --target ambrel lab cursor_sheet; } >build/run.log 2>&1; then
     grep -v '^\[' build/run.log | tail -n 60 >&2
-    echo "The build failed; the whole of it is in build/run.log." >&2
+    echo "The build failed. The full log is in build/run.log." >&2
     exit 1
 fi
 
 case "$mode" in
     show)
-        echo "Ambrel comes up as an icon at the bottom right of a Windows desktop. Quit it from its menu (right button)."
+        echo "Ambrel's icon appears at the bottom right of a Windows desktop. Quit it from its menu (right click)."
         exec /usr/bin/python3 lab/lab.py show
         ;;
     demo) exec /usr/bin/python3 lab/demo.py build/demo ;;
