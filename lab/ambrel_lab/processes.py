@@ -35,7 +35,7 @@ def environment_of(pid):
     deadline, looks = time.monotonic() + EXEC_PATIENCE, 0
     while not (environment := read_bytes(f"/proc/{pid}/environ")):
         if not has_memory(pid):
-            return environment_in_threads(pid)
+            return read_in_threads(pid, "environ")
         looks += bool(read_bytes(f"/proc/{pid}/cmdline"))
         if looks == LOOKS or time.monotonic() > deadline:
             break
@@ -43,12 +43,19 @@ def environment_of(pid):
     return environment
 
 
-def environment_in_threads(pid):
+def command_line_of(pid):
+    """The words of a process's command line. A killed process loses it when its first thread has ended, while its other
+    threads still hold what it has open in Wine's server."""
+    return (read_bytes(f"/proc/{pid}/cmdline") or read_in_threads(pid, "cmdline")).split(b"\0")
+
+
+def read_in_threads(pid, name):
+    """A file of the first thread that still has it, b"" when none has."""
     try:
         threads = os.listdir(f"/proc/{pid}/task")
     except OSError:
         return b""
-    return next(filter(None, (read_bytes(f"/proc/{pid}/task/{thread}/environ") for thread in threads)), b"")
+    return next(filter(None, (read_bytes(f"/proc/{pid}/task/{thread}/{name}") for thread in threads)), b"")
 
 
 def processes_of(prefix):
@@ -61,7 +68,7 @@ def processes_named(prefix, image):
     """Process ids of the Windows programs in the prefix whose file is called `image`, in ascending order."""
     found = []
     for pid in processes_of(prefix):
-        words = read_bytes(f"/proc/{pid}/cmdline").split(b"\0")[:2]
+        words = command_line_of(pid)[:2]
         names = [word.replace(b"/", b"\\").rsplit(b"\\", 1)[-1].decode("utf-8", "replace").lower() for word in words]
         if image.lower() in names:
             found.append(pid)
