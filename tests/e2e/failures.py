@@ -21,6 +21,10 @@ def open_desk(make, request, **options):
         OPEN_DESKS.append(desk)
         try:
             yield desk
+        except Exception as error:  # In the preparation; a test's own failure comes to the hook below.
+            save_evidence(desk, desk.evidence)
+            error.add_note(f"evidence: {desk.evidence}")
+            raise
         finally:
             OPEN_DESKS.remove(desk)
 

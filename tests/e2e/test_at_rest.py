@@ -5,7 +5,7 @@ import time
 import pytest
 
 import model
-from desk import wait_until
+from desk import POWER, wait_until
 
 WATCHED = 1.5
 CLOCK_TICK = 0.01
@@ -137,7 +137,7 @@ def test_forty_clicks_leak_no_gdi_object(desk):
     desk.press_power()
     desk.wait_for_tip(model.TIP_OFF)
     objects = ObjectCount(desk)
-    x, y = desk.unit_to_screen(160, 503)
+    x, y = desk.unit_to_screen(*POWER)
     desk.input.click_repeatedly(x, y, 40, 0.015)
     wait_until(lambda: len(desk.effects()) == 43, "forty clicks")
     desk.wait_for_tip(model.TIP_OFF)

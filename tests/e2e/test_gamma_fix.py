@@ -5,6 +5,7 @@ import time
 import pytest
 
 from ambrel_lab import LabError
+from ambrel_lab.layout import STATUS_STRIP
 from desk import wait_until
 from text_recognition import SMALL, picture_of, span, matches_text
 
@@ -12,7 +13,6 @@ ICM_KEY, ICM_VALUE = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM
 SWITCH = "--expand-gamma-range"
 YES, NO, OK = 6, 7, 1
 STRIP, GROUND = (22, 385, 298, 405), (26, 26, 26)
-STRIP_MIDDLE = (160, 395)
 RED, AMBER = (255, 0, 0), (255, 210, 0)
 BLOCKED = "\u26a0 COLORS BLOCKED BY WINDOWS. CLICK TO FIX"
 RESTART = "\u26a0 FIX APPLIED. RESTART YOUR COMPUTER"
@@ -85,7 +85,7 @@ def main_process(desk):
 
 def fix(desk):
     """Clicks the banner, answers Yes, and closes the helper's message box."""
-    desk.click_unit(*STRIP_MIDDLE)
+    desk.click_unit(*STATUS_STRIP)
     desk.press_button(box_with(desk, QUESTION), YES)
     desk.press_button(box_with(desk, DONE), OK)
     desk.wait_for_log(CONFIRMED)
@@ -103,7 +103,7 @@ def ask_for_the_fix(desk):
     """Clicks the banner until its question appears: the helper's console may take the foreground from the popup."""
     for _ in range(3):
         show_again(desk)
-        desk.click_unit(*STRIP_MIDDLE)
+        desk.click_unit(*STATUS_STRIP)
         try:
             return wait_until(lambda: next((box for box in desk.message_boxes() if box.text == QUESTION), None),
                               QUESTION, limit=5.0)
@@ -136,7 +136,7 @@ def test_the_start_logs_whether_the_gamma_range_is_expanded(start_with, value, l
 
 def test_a_click_on_the_banner_asks_for_confirmation_and_no_changes_nothing(blocked):
     before, log = picture_of(blocked), blocked.log()
-    blocked.click_unit(*STRIP_MIDDLE)
+    blocked.click_unit(*STATUS_STRIP)
     box = box_with(blocked, QUESTION)
     assert box.title == "Ambrel" and set(box.buttons) == {YES, NO}
     assert int(box.owner, 16) == blocked.window_facts()["handle"] and box.process == main_process(blocked)
@@ -167,7 +167,7 @@ def test_without_a_banner_a_click_at_its_position_does_nothing(start_with):
     desk.choose("DAY")
     desk.wait_for_saves(1)
     log = desk.log()
-    desk.click_unit(*STRIP_MIDDLE)
+    desk.click_unit(*STATUS_STRIP)
     assert_no_message_box(desk)
     assert desk.log() == log
 
@@ -175,7 +175,7 @@ def test_without_a_banner_a_click_at_its_position_does_nothing(start_with):
 def test_yes_starts_the_helper_which_expands_the_range_and_the_banner_asks_for_a_restart(blocked):
     blocked.wait_for_saves(1)
     started = int(time.time())
-    blocked.click_unit(*STRIP_MIDDLE)
+    blocked.click_unit(*STATUS_STRIP)
     blocked.press_button(box_with(blocked, QUESTION), YES)
     blocked.wait_for_log(LAUNCHED)
     box = box_with(blocked, DONE)
@@ -196,7 +196,7 @@ def test_yes_starts_the_helper_which_expands_the_range_and_the_banner_asks_for_a
 
 
 def test_the_fix_is_confirmed_while_the_helper_still_shows_its_message_box(blocked):
-    blocked.click_unit(*STRIP_MIDDLE)
+    blocked.click_unit(*STATUS_STRIP)
     blocked.press_button(box_with(blocked, QUESTION), YES)
     box = box_with(blocked, DONE)
     blocked.wait_for_log(CONFIRMED)
@@ -211,7 +211,7 @@ def test_a_click_on_the_second_text_only_repeats_the_request(blocked):
     log, epoch = blocked.log(), blocked.settings()["GammaFixEpoch"]
     for _ in range(2):
         show_again(blocked)
-        blocked.click_unit(*STRIP_MIDDLE)
+        blocked.click_unit(*STATUS_STRIP)
         box = box_with(blocked, DONE_BEFORE)
         assert (box.title, set(box.buttons), box.process) == ("Ambrel", {OK}, main_process(blocked))
         blocked.press_button(box)
@@ -248,7 +248,7 @@ def test_with_the_range_expanded_an_accepted_ramp_removes_the_banner(blocked):
     blocked.choose("DAY")
     blocked.wait_for_log("Legacy ramp accepted again (intensity=0.385 brightness=1.000)")
     wait_until(lambda: not strip_shows(blocked, RESTART, RED), "the banner to disappear")
-    blocked.click_unit(*STRIP_MIDDLE)
+    blocked.click_unit(*STATUS_STRIP)
     assert_no_message_box(blocked)
 
 
@@ -278,7 +278,7 @@ def replace_program_fixture(blocked):
 
 def test_a_helper_that_fails_to_start_is_logged_and_the_banner_stays(blocked, replace_program):
     replace_program()
-    blocked.click_unit(*STRIP_MIDDLE)
+    blocked.click_unit(*STATUS_STRIP)
     blocked.press_button(box_with(blocked, QUESTION), YES)
     blocked.wait_for_log("Gamma-range fix helper failed to launch (rc=2)")
     assert_no_message_box(blocked)
@@ -309,7 +309,7 @@ def test_a_helper_without_effect_can_be_started_again_and_another_programs_value
 
 def test_quit_while_waiting_for_the_helper_ends_the_program(blocked, replace_program):
     replace_program("C:\\windows\\system32\\hostname.exe")
-    blocked.click_unit(*STRIP_MIDDLE)
+    blocked.click_unit(*STATUS_STRIP)
     blocked.press_button(box_with(blocked, QUESTION), YES)
     blocked.wait_for_log(LAUNCHED)
     assert blocked.quit() == 0
@@ -332,7 +332,7 @@ def test_after_a_restart_without_effect_the_banner_is_removed(start_with, epoch)
     wait_for_strip(desk, HINT, AMBER)
     log = desk.log()
     assert log.index(REJECTED + " (registry expanded - restart pending?)") < log.index(EXHAUSTED)
-    desk.click_unit(*STRIP_MIDDLE)
+    desk.click_unit(*STATUS_STRIP)
     assert_no_message_box(desk)
     desk.choose("DAY")
     desk.choose("NIGHT")

@@ -172,7 +172,7 @@ def test_controls_of_the_main_panel_do_not_react_on_the_settings_panel(panel):
 
 def test_the_main_panel_has_no_rows(desk):
     desk.show()
-    for place in ((160, 153), (160, 203), (160, 253), CLOSE):
+    for place in (*SETTINGS_ROWS.values(), CLOSE):
         desk.click_unit(*place)
     desk.press_power()
     desk.wait_for_saves(1)
