@@ -12,8 +12,8 @@ from .evidence import save_evidence
 from .lab import Lab
 from .paths import FAILURES, LabError
 
-# Seconds after which a program is taken for hung: before CTest, whose limit is longer, ends it without a trace.
-PATIENCE = 200.0
+# Seconds after which a program is treated as hung. Shorter than CTest's limit, after which there is no evidence.
+HANG_TIMEOUT = 200.0
 
 
 def end_on_signals():
@@ -25,13 +25,13 @@ def end_on_signals():
 
 
 @contextmanager
-def evidence_of_a_hang(lab, folder, patience=PATIENCE):
-    """Within it, what takes longer than `patience` seconds leaves its evidence in `folder`, and goes on."""
+def evidence_of_a_hang(lab, folder, timeout=HANG_TIMEOUT):
+    """Context that saves evidence in `folder` if it lasts longer than `timeout` seconds. Nothing is interrupted."""
     def save():
         shutil.rmtree(folder, ignore_errors=True)
         save_evidence(lab, folder)
-        print(f"run-in-lab: not at its end after {patience:g} s; evidence: {folder}", file=sys.stderr, flush=True)
-    timer = threading.Timer(patience, save)
+        print(f"run-in-lab: still running after {timeout:g} s; evidence: {folder}", file=sys.stderr, flush=True)
+    timer = threading.Timer(timeout, save)
     timer.daemon = True
     timer.start()
     try:
@@ -41,8 +41,8 @@ def evidence_of_a_hang(lab, folder, patience=PATIENCE):
 
 
 def main(words):
-    """run-in-lab EXE ARGUMENT...: runs EXE in a lab without tools, forwards its output and returns its exit code. A
-    program that hangs and a lab that does not start leave evidence in build/failures/unit-PROGRAM."""
+    """run-in-lab EXE ARGUMENT...: runs EXE in a lab without tools, forwards its output and returns its exit code.
+    Saves evidence in build/failures/unit-PROGRAM if the program hangs or the lab does not start."""
     if not words:
         print("usage: run-in-lab EXE [ARGUMENT...]", file=sys.stderr)
         return 2

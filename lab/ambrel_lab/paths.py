@@ -6,7 +6,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 DEFAULT_BUILD = ROOT / "build" / "release"
 STATE = ROOT / "build" / "lab"
-# What failed tests leave behind.
+# The evidence of failed tests.
 FAILURES = ROOT / "build" / "failures"
 WINE_FOLDER = Path("/usr/lib/wine")
 WINE = str(WINE_FOLDER / "wine64")

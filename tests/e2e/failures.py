@@ -1,4 +1,4 @@
-"""What a failed test leaves behind. A conftest takes pytest_runtest_makereport from here; its fixtures open their desks
+"""Saves evidence of failed tests. A conftest imports pytest_runtest_makereport from here, and its fixtures open desks
 with open_desk."""
 
 import re
@@ -16,7 +16,7 @@ OPEN_DESKS = []
 
 @contextmanager
 def open_desk(make, request, **options):
-    """The desk that make() makes, within it; one that does not start leaves its evidence itself."""
+    """Context with the desk that make() returns. A desk that fails to start saves its own evidence."""
     with make(evidence=evidence_folder(request.node.nodeid), **options) as desk:
         OPEN_DESKS.append(desk)
         try:
@@ -30,14 +30,14 @@ def open_desk(make, request, **options):
 
 
 def evidence_folder(test):
-    """Where a failed test leaves what it saw: build/failures/FILE/TEST."""
+    """The folder for the evidence of a failed test: build/failures/FILE/TEST."""
     file, _, name = test.partition("::")
     return FAILURES / Path(file).stem / (re.sub(r"[^A-Za-z0-9_.-]+", "-", name).strip("-") or "start")
 
 
 @pytest.hookimpl(hookwrapper=True)
 def pytest_runtest_makereport(item):
-    """Saves what the open desks show when a test, or the preparation for it, has failed."""
+    """Saves evidence from the open desks if a test or its set-up has failed."""
     report = (yield).get_result()
     if report.failed and OPEN_DESKS:
         folder = evidence_folder(item.nodeid)

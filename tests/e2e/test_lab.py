@@ -1,4 +1,4 @@
-"""What the tests rely on in the lab itself: its end leaves no process, and what fails or hangs leaves evidence."""
+"""The lab itself: closing it ends every process, and failures and hangs save evidence."""
 
 import select
 import subprocess
@@ -13,7 +13,7 @@ from ambrel_lab.processes import end_processes, has_memory
 from desk import BUILD, Lab, LabError, wait_until
 
 ROUNDS = 100
-# 60 ends the calling thread alone on x86-64 Linux.
+# System call 60 of x86-64 Linux ends only the calling thread.
 LOSES_ITS_FIRST_THREAD = """
 import ctypes, threading, time
 threading.Thread(target=time.sleep, args=(600,)).start()
@@ -21,7 +21,7 @@ ctypes.CDLL(None).syscall(60, 0)
 """
 
 
-def test_the_end_of_a_prefix_ends_processes_that_are_in_the_middle_of_an_exec(tmp_path):
+def test_closing_a_prefix_ends_processes_during_an_exec(tmp_path):
     script = tmp_path / "again.sh"
     script.write_text('exec /bin/sh "$0"\n')
     for _ in range(ROUNDS):
@@ -29,14 +29,14 @@ def test_the_end_of_a_prefix_ends_processes_that_are_in_the_middle_of_an_exec(tm
         try:
             time.sleep(0.01)
             assert end_processes(tmp_path)
-            wait_until(lambda: all(child.poll() is not None for child in children), "the end of all three", limit=1.0)
+            wait_until(lambda: all(child.poll() is not None for child in children), "the exit of all three", limit=1.0)
         finally:
             for child in children:
                 child.kill()
                 child.wait()
 
 
-def test_the_end_of_a_prefix_ends_processes_whose_first_thread_has_ended(tmp_path):
+def test_closing_a_prefix_ends_processes_whose_first_thread_has_ended(tmp_path):
     child = subprocess.Popen([sys.executable, "-c", LOSES_ITS_FIRST_THREAD], env={"WINEPREFIX": str(tmp_path)},
                              stdout=subprocess.PIPE)
     try:
@@ -50,7 +50,7 @@ def test_the_end_of_a_prefix_ends_processes_whose_first_thread_has_ended(tmp_pat
         child.wait()
 
 
-def test_a_lab_that_does_not_start_leaves_evidence(monkeypatch, tmp_path):
+def test_a_lab_that_does_not_start_saves_evidence(monkeypatch, tmp_path):
     def refuse(display):
         raise LabError(f"no X server answers on {display}")
     monkeypatch.setattr(lab_module, "Connection", refuse)
@@ -62,16 +62,16 @@ def test_a_lab_that_does_not_start_leaves_evidence(monkeypatch, tmp_path):
     assert "screen" in (tmp_path / "evidence" / "missing.txt").read_text()
 
 
-def test_what_hangs_leaves_evidence_and_goes_on(desk, tmp_path, capsys):
+def test_a_hang_saves_evidence_and_continues(desk, tmp_path, capsys):
     folder = tmp_path / "evidence"
-    with evidence_of_a_hang(desk, folder, patience=0.1):
-        wait_until(lambda: "evidence" in capsys.readouterr().err, "word of the evidence")
+    with evidence_of_a_hang(desk, folder, timeout=0.1):
+        wait_until(lambda: "evidence" in capsys.readouterr().err, "the message about the evidence")
     assert "ambrel.exe" in (folder / "processes.txt").read_text()
     assert (folder / "screen.png").stat().st_size and "Ambrel2Class" in (folder / "windows.txt").read_text()
 
 
-def test_what_ends_in_time_leaves_no_evidence(desk, tmp_path):
-    with evidence_of_a_hang(desk, tmp_path / "evidence", patience=0.5):
+def test_a_program_that_ends_in_time_saves_no_evidence(desk, tmp_path):
+    with evidence_of_a_hang(desk, tmp_path / "evidence", timeout=0.5):
         pass
-    time.sleep(0.7)  # For evidence that is saved wrongly.
+    time.sleep(0.7)  # No evidence may be saved.
     assert not (tmp_path / "evidence").exists()

@@ -55,7 +55,7 @@ def page_of(packages, name):
     return zip_content(packages)[f"Ambrel-{VERSION}/{name}"].decode("utf-8")
 
 
-def test_the_packages_carry_the_version_in_their_names(packages):
+def test_the_names_of_the_packages_contain_the_version(packages):
     assert {SETUP, PORTABLE, "SHA256SUMS", "release-notes.md"} <= set(content(packages))
 
 
@@ -63,12 +63,12 @@ def test_two_runs_are_equal_to_the_byte(packages, tmp_path):
     assert content(make(tmp_path / "second")) == content(packages)
 
 
-def test_the_checksums_are_those_of_the_packages(packages):
+def test_the_checksums_match_the_packages(packages):
     subprocess.run(["sha256sum", "--check", "--strict", "SHA256SUMS"], cwd=packages, check=True, capture_output=True)
     assert len((packages / "SHA256SUMS").read_text().splitlines()) == 2
 
 
-def test_the_zip_holds_the_program_the_guide_the_changes_and_their_checksums(packages):
+def test_the_zip_contains_the_program_the_guide_the_changes_and_their_checksums(packages):
     held = zip_content(packages)
     names = [f"Ambrel-{VERSION}/{name}" for name in ("ambrel.exe", "guide.html", "changes.html", "SHA256SUMS")]
     assert list(held) == names
@@ -78,7 +78,7 @@ def test_the_zip_holds_the_program_the_guide_the_changes_and_their_checksums(pac
 
 
 @pytest.mark.parametrize("name", ["guide.html", "changes.html"])
-def test_a_page_needs_no_other_file(packages, name):
+def test_a_page_is_self_contained(packages, name):
     page = page_of(packages, name)
     places = set(re.findall(r'id="([^"]+)"', page))
     for target in re.findall(r'href="([^"]*)"', page):
@@ -88,7 +88,7 @@ def test_a_page_needs_no_other_file(packages, name):
     assert not re.search(r"<(script|link|iframe)", page)
 
 
-def test_the_guide_s_page_holds_every_picture_and_heading_of_the_guide(packages):
+def test_the_guides_page_contains_every_picture_and_heading_of_the_guide(packages):
     page, guide = page_of(packages, "guide.html"), (ROOT / "docs" / "guide.md").read_text(encoding="utf-8")
     assert len(re.findall("<img ", page)) >= len(re.findall(r"!\[", guide)) > 3
     for title in re.findall(r"^#+ (.*)$", guide, re.M):
@@ -98,7 +98,7 @@ def test_the_guide_s_page_holds_every_picture_and_heading_of_the_guide(packages)
     assert '<article id="support-bundle">' in page
 
 
-def test_a_page_with_a_link_to_what_is_not_in_it_is_refused(tmp_path):
+def test_a_page_with_a_broken_link_is_rejected(tmp_path):
     document = tmp_path / "one.md"
     for text in ("[other](other.md)", "[part](#nowhere)", "![picture](none.png)"):
         document.write_text(f"# One\n\n{text}\n")
@@ -106,7 +106,7 @@ def test_a_page_with_a_link_to_what_is_not_in_it_is_refused(tmp_path):
             make_page("One", [document])
 
 
-def test_equal_headings_of_two_documents_are_told_apart(tmp_path):
+def test_equal_headings_of_two_documents_get_different_anchors(tmp_path):
     for name in ("one", "two"):
         (tmp_path / f"{name}.md").write_text("# Title\n\n## Part & parcel\n\n[to](two.md#part--parcel)\n")
     page = make_page("Both", [tmp_path / "one.md", tmp_path / "two.md"]).decode()
@@ -115,7 +115,7 @@ def test_equal_headings_of_two_documents_are_told_apart(tmp_path):
     assert re.findall(r'href="([^"]+)"', page) == ["#two-part--parcel"] * 2
 
 
-def test_the_installer_is_a_64_bit_program_that_asks_for_no_elevation(packages):
+def test_the_installer_is_a_64_bit_program_without_elevation(packages):
     data = (packages / SETUP).read_bytes()
     header = int.from_bytes(data[60:64], "little")
     assert data[header:header + 6] == b"PE\0\0\x64\x86"
@@ -143,7 +143,7 @@ def yaml_facts(text):
     return {row.group(1): row.group(2).strip("'").replace("''", "'") for row in rows if row}
 
 
-def test_winget_s_manifest_states_the_installer(packages):
+def test_wingets_manifest_states_the_installer(packages):
     publisher = read_publisher()
     name = f"winget/{publisher.word}.Ambrel"
     made = {path: data.decode() for path, data in content(packages).items() if path.startswith("winget/")}
@@ -159,7 +159,7 @@ def test_winget_s_manifest_states_the_installer(packages):
         assert text.startswith("# Not to be submitted yet") == (not publisher.licence)
 
 
-def test_winget_s_manifest_states_the_publisher():
+def test_wingets_manifest_states_the_publisher():
     file = type("File", (), {"name": "x.exe", "sha256": "ab"})
     made = winget_manifest("1.5", OWNER, file)
     facts = yaml_facts(made["ONeil.Ambrel.locale.en-US.yaml"])
@@ -167,7 +167,7 @@ def test_winget_s_manifest_states_the_publisher():
     assert not any("Not to be submitted" in text for text in made.values())
 
 
-def test_scoop_s_manifest_states_the_zip(packages):
+def test_scoops_manifest_states_the_zip(packages):
     manifest = json.loads((packages / "scoop" / "ambrel.json").read_text())
     archive = manifest["architecture"]["64bit"]
     assert archive["hash"] == sha256((packages / PORTABLE).read_bytes())
@@ -181,12 +181,12 @@ def test_scoop_s_manifest_states_the_zip(packages):
     assert manifest["autoupdate"]["architecture"]["64bit"]["url"].replace("$version", VERSION) == archive["url"]
 
 
-def test_scoop_s_licence_is_the_owner_s():
+def test_scoops_licence_is_the_owners():
     file = type("File", (), {"name": "Ambrel-1.5-portable.zip", "sha256": "ab"})
     assert json.loads(scoop_manifest("1.5", OWNER, file))["license"] == "MIT"
 
 
-def test_the_release_notes_hold_the_changes_and_each_package_with_its_size_and_checksum(packages):
+def test_the_release_notes_contain_the_changes_and_each_package_with_size_and_checksum(packages):
     notes = (packages / "release-notes.md").read_text(encoding="utf-8")
     changes = (ROOT / "CHANGELOG.md").read_text(encoding="utf-8")
     assert notes.splitlines()[0] in changes and not notes.startswith("#")
@@ -204,7 +204,7 @@ def check_program(*words):
     return done.returncode, done.stdout
 
 
-def test_the_windows_runner_s_check_passes_with_the_program_and_fails_with_another():
+def test_the_windows_runners_check_accepts_the_program_and_rejects_another():
     code, text = check_program(PROGRAM)
     assert code == 0, text
     assert "ok: its window is there" in text and "ok: its exit code is 0" in text
@@ -212,7 +212,7 @@ def test_the_windows_runner_s_check_passes_with_the_program_and_fails_with_anoth
     assert code != 0 and "FAILED: its window is there" in text
 
 
-def test_workflows_forms_and_manifests_are_sound_yaml(packages):
+def test_workflows_forms_and_manifests_are_valid_yaml(packages):
     files = sorted([*(ROOT / ".github").rglob("*.yml"), *(packages / "winget").glob("*.yaml")])
     assert len(files) >= 7
     done = subprocess.run(["yamllint", "--strict", "-c", ROOT / ".github" / "yamllint.yml", *files],
@@ -220,7 +220,7 @@ def test_workflows_forms_and_manifests_are_sound_yaml(packages):
     assert done.returncode == 0, done.stdout
 
 
-def test_every_script_that_a_workflow_calls_is_there():
+def test_every_script_that_a_workflow_calls_exists():
     called = set()
     for file in (ROOT / ".github" / "workflows").glob("*.yml"):
         called |= set(re.findall(r"(?:^| )(?:\./)?((?:scripts/|packaging/)?[a-z_-]+\.(?:sh|py))\b",
@@ -231,12 +231,12 @@ def test_every_script_that_a_workflow_calls_is_there():
 
 
 @pytest.mark.parametrize("tag, good", [(f"v{VERSION}", True), (VERSION, False), ("v0.1", False), (f"v{VERSION}.1", False)])
-def test_only_the_tag_of_this_version_is_released(tag, good):
+def test_a_release_requires_the_tag_of_this_version(tag, good):
     done = subprocess.run([ROOT / "packaging" / "check_tag.py", tag], capture_output=True, text=True)
     assert (done.returncode == 0) == good
 
 
-def test_the_version_stands_in_one_place():
+def test_the_version_is_defined_once():
     assert read_version() == VERSION
     assert four_numbers(VERSION) == f"{VERSION}.0.0"
     listed = subprocess.run(["git", "ls-files", "packaging", "package.sh", ".github"], cwd=ROOT, capture_output=True,

@@ -1,6 +1,6 @@
-// A client of both doubles through Windows' own interfaces, as simple as it can be, for checking them. It
-// reads one command per line, a JSON array of its name and its arguments, and ends the rows of each answer
-// with the number of timer messages that were dispatched during the command.
+// A minimal client of both doubles that uses Windows' own interfaces, for the lab's self-test. It reads one
+// command per line, a JSON array of its name and its arguments, and prints the rows of the result and then
+// the number of timer messages that were dispatched during the command.
 #include <fcntl.h>
 #include <io.h>
 
@@ -48,7 +48,7 @@ void PrintRow(const std::vector<Json>& values) {
 int main() {
     _setmode(_fileno(stdin), _O_BINARY);
     _setmode(_fileno(stdout), _O_BINARY);
-    // As a careful program does; the doubles must be found all the same.
+    // As the program does. The doubles must be found nevertheless.
     SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
     SetTimer(nullptr, 0, kTimerPeriod, OnTimer);
     std::string line;

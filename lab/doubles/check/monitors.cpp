@@ -50,7 +50,7 @@ bool Whole() {
            library.destroy && library.destroyOne;
 }
 
-// The first display monitor's monitors; false, with the failing call's error printed, when there are none.
+// The first display monitor's monitors. On failure prints the failing call's error and returns false.
 bool Fetch(std::vector<PHYSICAL_MONITOR>& monitors) {
     const HMONITOR display = MonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY);
     DWORD count = 0;

@@ -29,7 +29,7 @@ std::wstring HexText(HRESULT result) {
     return text;
 }
 
-// Names the step when it failed.
+// Prints the step and the error if it failed.
 bool Works(const wchar_t* step, HRESULT result) {
     if (FAILED(result)) {
         PrintRow({step, HexText(result)});
@@ -37,10 +37,11 @@ bool Works(const wchar_t* step, HRESULT result) {
     return SUCCEEDED(result);
 }
 
-// Names the step too when it handed nothing out. Arguments are evaluated in any order: hence the reference.
+// Also prints the step if it succeeded without returning an object. A reference, because arguments are
+// evaluated in any order.
 template <typename Interface>
-bool Works(const wchar_t* step, HRESULT result, const Owned<Interface>& handedOut) {
-    if (SUCCEEDED(result) && !handedOut.it) {
+bool Works(const wchar_t* step, HRESULT result, const Owned<Interface>& returned) {
+    if (SUCCEEDED(result) && !returned.it) {
         PrintRow({step, HexText(result)});
         return false;
     }

@@ -24,8 +24,8 @@ UNINSTALLER = "ambrel-uninstall.exe"
 FAILED = 2
 
 
-class House(Desk):
-    """Nothing is installed at first. `home` is where the installer puts Ambrel unless it is told otherwise."""
+class InstallerDesk(Desk):
+    """Nothing is installed at first. `home` is the folder into which the installer installs Ambrel by default."""
 
     def __enter__(self):
         super().__enter__()
@@ -51,11 +51,11 @@ class House(Desk):
 
     def setup(self, *switches, setup=SETUP, folder=None):
         """Runs an installer silently and returns its exit code."""
-        return self.desktop.run([setup, "/S", *switches, *place(folder)], timeout=90)
+        return self.desktop.run([setup, "/S", *switches, *folder_switch(folder)], timeout=90)
 
     def start_setup(self, *switches, setup=SETUP, folder=None):
         """Starts an installer that shows its pages."""
-        return self.desktop.start([setup, *switches, *place(folder)])
+        return self.desktop.start([setup, *switches, *folder_switch(folder)])
 
     def uninstall(self, folder=None):
         """Runs the uninstaller silently and waits until its copy in the temporary folder has ended."""
@@ -86,14 +86,14 @@ class House(Desk):
         return wait_until(shown, "the finish page with its check boxes")
 
     def box(self, caption, state=None):
-        """(ticked, enabled) of an installer's check box, after it was set to `state` if that is given."""
+        """(checked, enabled) of an installer's check box, after setting it to `state` if that is given."""
         words = [caption] if state is None else [caption, str(int(state))]
         child = self.desktop.start([STAND_IN, "box", *words], stdout=subprocess.PIPE)
         facts = child.stdout.readline().decode().split()
         assert child.wait() == 0, f"there is no box '{caption}'"
         return facts[0] == "checked=1", facts[1] == "enabled=1"
 
-    def go_on(self, page, button=1):
+    def press_page_button(self, page, button=1):
         """Presses a page's button: 1 is Next, Install or Finish, 2 Cancel."""
         self.desktop.request("press", page.handle, button)
 
@@ -154,7 +154,7 @@ class House(Desk):
         return self.registry_get(UNINSTALL_KEY, name)
 
 
-def place(folder):
+def folder_switch(folder):
     """The switch for a folder, split at blanks: Wine would quote it otherwise, and NSIS accepts no quotes."""
     return f"/D={folder}".split(" ") if folder else []
 
