@@ -1,10 +1,10 @@
-// The popup hides itself as soon as another program's window becomes active.
+// Hides the popup when another program's window becomes active.
 #pragma once
 
 #include "win32/platform.h"
 
-// WM_ACTIVATE; `other` is the window that gains the activation, null when Windows does not tell.
+// WM_ACTIVATE. `other` is the window that gains the activation, or null if Windows does not identify it.
 void OnActivate(WORD state, HWND other);
 
-// Timer: a deactivation that Windows did not report is found by looking.
+// Timer. Polls the foreground window to detect a deactivation that Windows did not report.
 void OnAutoHideTimer();

@@ -15,7 +15,7 @@ void OnDisplayChange() {
 }
 
 void OnDpiChanged(UINT dpi, const RECT* suggested) {
-    AdoptDpi(dpi);
+    SetDpi(dpi);
     if (suggested != nullptr) {
         SetWindowPos(g_app.mainWindow, nullptr, suggested->left, suggested->top, ScaleByDpi(kCanvasWidth),
                      ScaleByDpi(kCanvasHeight), SWP_NOZORDER | SWP_NOACTIVATE);

@@ -1,13 +1,13 @@
-// What happens to the displays from outside: another mode, another DPI, and settling after any change.
+// Display changes from outside the program: display mode, DPI, and settling after any change.
 #pragma once
 
 #include "win32/platform.h"
 
-// WM_DISPLAYCHANGE: a burst of them gives one settling.
+// WM_DISPLAYCHANGE. Debounces: a burst of changes runs OnDisplaysSettled once.
 void OnDisplayChange();
 
-// WM_DPICHANGED. `suggested` is the rectangle that Windows proposes for the window, in pixels.
+// WM_DPICHANGED. `suggested` is the window rectangle that Windows proposes, in pixels; may be null.
 void OnDpiChanged(UINT dpi, const RECT* suggested);
 
-// Timer: the displays have settled; what Windows may have dropped is applied again.
+// Timer. The displays have settled: reapplies the settings that Windows may have dropped.
 void OnDisplaysSettled();

@@ -1,9 +1,9 @@
-// Message boxes that other modules request with a posted message, so that they open after the work is done.
-// Neither opens a second time while it is open.
+// Message boxes that other modules request with a posted message, so that they open after the caller has
+// returned. A box does not open a second time while it is open.
 #pragma once
 
-// Legacy Mode was switched on automatically.
+// Reports that Legacy Mode was switched on automatically.
 void ShowLegacyNotice();
 
-// The colour matrix was refused with this error code.
+// Reports that the colour matrix was refused with this error code.
 void ShowMagnificationError(int error);

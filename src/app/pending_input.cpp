@@ -5,10 +5,10 @@
 
 namespace {
 
-// A held slider produces moves for as long as the mouse moves.
+// Bounds the loop: a drag produces new moves as long as the mouse moves.
 constexpr int kMaxPendingMessages = 100;
 
-// GetAsyncKeyState tells of physical buttons; the messages are of the logical ones.
+// GetAsyncKeyState reports physical buttons; mouse messages report logical ones.
 bool IsPrimaryButtonDown() {
     const int button = GetSystemMetrics(SM_SWAPBUTTON) != 0 ? VK_RBUTTON : VK_LBUTTON;
     return GetAsyncKeyState(button) < 0;
@@ -19,7 +19,7 @@ bool IsPrimaryButtonDown() {
 void HandlePendingPopupInput() {
     HWND window = g_app.mainWindow;
     for (int handled = 0; handled < kMaxPendingMessages; ++handled) {
-        // Without a window PeekMessage would take the input of every window of the thread.
+        // With a null window PeekMessage would retrieve the input of every window of the thread.
         if (window == nullptr || g_app.mainWindow != window) return;
         MSG message = {};
         if (!PeekMessageW(&message, window, WM_MOUSEFIRST, WM_MOUSELAST, PM_REMOVE)) return;

@@ -1,11 +1,11 @@
-// Mouse input that waits in the thread's queue for the popup while a posted message is handled.
+// Mouse input for the popup that is still queued while a posted message is handled.
 #pragma once
 
-// Dispatches the mouse input that waits for the popup, at most a hundred messages. Windows retrieves posted
-// messages before input, so a press or release may still wait behind a posted message that came later. The
-// handlers that run may open boxes and destroy the window.
+// Dispatches the popup's queued mouse input, at most 100 messages. Windows retrieves posted messages before
+// input, so a press or release may still be queued behind a posted message that arrived later. The handlers
+// that run may open boxes and destroy the window.
 void HandlePendingPopupInput();
 
-// True while the user holds a slider. A drag whose button is no longer down, because the release went to
-// another window, ends here.
+// Whether the user holds a slider. Ends a drag whose button is no longer down because another window received
+// the release.
 bool IsSliderHeld();

@@ -35,18 +35,19 @@ Placement PlacementOn(const RECT& workArea) {
 }
 
 // WM_DPICHANGED resizes and may move a window that comes from a monitor of another DPI. A larger window may
-// lie mostly on yet another monitor at first, and take over that one's DPI. The first correction brings it
-// onto its monitor and may cause a WM_DPICHANGED of its own; after the second no change of DPI is left.
-void FitToPlace(const Placement& place) {
+// at first lie mostly on a third monitor and receive the DPI of that one. The first correction moves it onto
+// its monitor and may cause another WM_DPICHANGED; after the second correction the DPI does not change any
+// more.
+void FitToPlacement(const Placement& placement) {
     constexpr int kMaxCorrections = 2;
     for (int correction = 0; correction < kMaxCorrections; ++correction) {
         RECT window = {};
-        if (!GetWindowRect(g_app.mainWindow, &window) || EqualRect(&window, &place.rectangle)) break;
-        SetWindowPos(g_app.mainWindow, nullptr, place.rectangle.left, place.rectangle.top,
-                     place.rectangle.right - place.rectangle.left,
-                     place.rectangle.bottom - place.rectangle.top, SWP_NOZORDER | SWP_NOACTIVATE);
+        if (!GetWindowRect(g_app.mainWindow, &window) || EqualRect(&window, &placement.rectangle)) break;
+        SetWindowPos(g_app.mainWindow, nullptr, placement.rectangle.left, placement.rectangle.top,
+                     placement.rectangle.right - placement.rectangle.left,
+                     placement.rectangle.bottom - placement.rectangle.top, SWP_NOZORDER | SWP_NOACTIVATE);
     }
-    AdoptDpi(place.dpi);
+    SetDpi(placement.dpi);
 }
 
 }  // namespace
@@ -59,27 +60,27 @@ POINT PlacePopup(const RECT& workArea) {
 }
 
 void ShowPopup() {
-    const std::uint32_t shows = g_app.popupShows;
+    const std::uint32_t showCount = g_app.popupShowCount;
     RefreshPwmSafeTargets(false);
-    // The displays may take long to answer: the program may have been quit meanwhile, or another click have
-    // shown the popup, and a third hidden it.
+    // The query can take long and dispatches messages. In the meantime the user may have quit the program, or
+    // a second click may have shown the popup and a third one hidden it.
     if (g_app.ending) return;
-    if (g_app.popupShows != shows) {
+    if (g_app.popupShowCount != showCount) {
         InvalidateRect(g_app.mainWindow, nullptr, FALSE);
         return;
     }
-    g_app.popupShows += 1;
+    g_app.popupShowCount += 1;
     POINT cursor = {};
     GetCursorPos(&cursor);
     HMONITOR monitor = MonitorFromPoint(cursor, MONITOR_DEFAULTTONEAREST);
     const RECT workArea = WorkAreaOf(monitor);
 
     UpdateDpiForMonitor(g_app.mainWindow, monitor);
-    const Placement place = PlacementOn(workArea);
-    // The size follows the DPI of the monitor that the window arrives on, through WM_DPICHANGED.
-    SetWindowPos(g_app.mainWindow, HWND_TOPMOST, place.rectangle.left, place.rectangle.top, 0, 0,
+    const Placement placement = PlacementOn(workArea);
+    // WM_DPICHANGED sets the size for the monitor that the window moves to.
+    SetWindowPos(g_app.mainWindow, HWND_TOPMOST, placement.rectangle.left, placement.rectangle.top, 0, 0,
                  SWP_NOSIZE | SWP_SHOWWINDOW);
-    FitToPlace(place);
+    FitToPlacement(placement);
     g_app.popupShown = true;
     g_app.popupArmed = BringToForeground(g_app.mainWindow);
     InvalidateRect(g_app.mainWindow, nullptr, FALSE);

@@ -1,17 +1,18 @@
-// Where the popup goes, and how it comes and goes.
+// The popup's position, and showing and hiding it.
 #pragma once
 
 #include "win32/platform.h"
 
-// The popup's top-left corner, in pixels: the work area's bottom-right corner less the margin, at the DPI in
-// AppState; on a work area smaller than the popup the top-left corner wins.
+// The popup's top-left corner in pixels, at the DPI in AppState: the work area's bottom-right corner minus
+// the popup's size and the margin. On a work area smaller than the popup, the top-left corner of the popup
+// stays visible.
 POINT PlacePopup(const RECT& workArea);
 
-// Looks at the displays anew, and shows the popup on the monitor under the mouse and brings it to the front.
-// When Windows refuses the foreground it stays visible and does not hide itself before it has once been
-// active.
+// Queries the displays again, shows the popup on the monitor under the mouse and brings it to the front. If
+// Windows refuses the foreground, the popup stays visible and does not hide itself until it has been active
+// once.
 void ShowPopup();
 
-// Hides the popup. Notes when, unless it is hidden already: the tray click that took its activation away must
-// not open it again.
+// Hides the popup. Records the time, unless the popup is already hidden, because the tray click that
+// deactivated it must not show it again.
 void HidePopup();

@@ -7,7 +7,7 @@
 
 namespace {
 
-// GUID_CONSOLE_DISPLAY_STATE, {6FE69556-704A-47A0-8F24-C28D936FDA47}: winnt.h declares it without defining
+// GUID_CONSOLE_DISPLAY_STATE, {6FE69556-704A-47A0-8F24-C28D936FDA47}: winnt.h declares but does not define
 // it.
 constexpr GUID kConsoleDisplayState = {
     0x6FE69556, 0x704A, 0x47A0, {0x8F, 0x24, 0xC2, 0x8D, 0x93, 0x6F, 0xDA, 0x47}};
@@ -40,7 +40,7 @@ void OnPowerSetting(const POWERBROADCAST_SETTING* setting) {
 
 void RegisterPowerEvents(HWND window) {
     g_app.resumeRegistration = RegisterSuspendResumeNotification(window, DEVICE_NOTIFY_WINDOW_HANDLE);
-    // Windows answers with the current state at once, which is why the last one is kept.
+    // Windows reports the current state immediately, so only a change from off to on counts as a resume.
     g_app.displayRegistration =
         RegisterPowerSettingNotification(window, &kConsoleDisplayState, DEVICE_NOTIFY_WINDOW_HANDLE);
 }

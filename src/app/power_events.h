@@ -3,12 +3,12 @@
 
 #include "win32/platform.h"
 
-// Registers a window for the messages that OnPowerBroadcast decodes. On modern standby Windows sends neither
-// a resume nor the state of the displays to a window that has not registered. Where a registration fails, the
-// program misses those events and nothing else.
+// Registers a window for the messages that OnPowerBroadcast decodes. On modern standby Windows reports
+// neither a resume nor the state of the displays to an unregistered window. If a registration fails, the
+// program only misses those events.
 void RegisterPowerEvents(HWND window);
 
-// Ends the registrations. Does nothing without them.
+// Ends the registrations, if there are any.
 void UnregisterPowerEvents();
 
 // WM_POWERBROADCAST. `data` is the message's lParam: a POWERBROADCAST_SETTING for PBT_POWERSETTINGCHANGE.

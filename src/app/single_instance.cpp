@@ -8,12 +8,12 @@ bool ClaimSingleInstance() {
     g_app.singleInstanceMutex = CreateMutexW(nullptr, TRUE, kSingleInstanceName);
     const DWORD error = GetLastError();
     if (g_app.singleInstanceMutex != nullptr) return error != ERROR_ALREADY_EXISTS;
-    // Another user's mutex cannot be opened, and it is held all the same. Any other failure must not keep the
-    // program from starting.
+    // Another user's mutex cannot be opened, but it is held. No other failure keeps the program from
+    // starting.
     return error != ERROR_ACCESS_DENIED;
 }
 
-void WakeFirstInstance() {
+void SignalFirstInstance() {
     HWND window = FindWindowW(kWindowClassName, kProgramTitle);
     if (window == nullptr) return;
     DWORD process = 0;

@@ -1,13 +1,13 @@
-// One copy runs on a machine; a second start wakes the first.
+// Only one copy runs on a machine. A second start signals the first one.
 #pragma once
 
-// Takes the machine-wide mutex and keeps it in AppState. False when another copy holds it, be it another
-// user's.
+// Creates the machine-wide mutex and stores it in AppState. False if another copy holds it, even one of
+// another user.
 bool ClaimSingleInstance();
 
-// Has the copy that runs show its popup, and lets it come to the front. Nothing happens when its window
-// cannot be found, as when it is another user's or still starting.
-void WakeFirstInstance();
+// Makes the running copy show its popup, and permits it to come to the front. Does nothing if its window
+// cannot be found, because it belongs to another user or does not exist yet.
+void SignalFirstInstance();
 
-// Lets another copy start. Does nothing when the mutex is not held.
+// Lets another copy start. Does nothing if the mutex is not held.
 void ReleaseSingleInstance();

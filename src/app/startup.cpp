@@ -39,7 +39,7 @@ void LogStartLines() {
     LogEvent("Hardware: %ls / %ls", ReadHardwareName().c_str(), ReadCpuName().c_str());
 }
 
-// The security blanket is what WMI's calls need.
+// WMI calls require these security settings.
 void PrepareCom() {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
     CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT,
@@ -58,14 +58,14 @@ void BecomeDpiAware() {
     if (FAILED(result) && result != E_ACCESSDENIED) SetProcessDPIAware();
 }
 
-void MakeDrawingResources() {
+void CreateDrawingResources() {
     g_app.backgroundBrush = CreateSolidBrush(kColourBackground);
     CreateFonts();
     RebuildScaledResources();
 }
 
-// Lies beside settings.ini; without a settings path the log lives in memory only.
-void OpenLogBesideSettings() {
+// The log file is located next to settings.ini. Without a settings path the log is kept in memory only.
+void OpenLogNextToSettings() {
     if (g_app.settingsPath.empty()) return;
     const std::size_t lastBackslash = g_app.settingsPath.rfind(L'\\');
     const std::wstring folder = lastBackslash == std::wstring::npos
@@ -101,7 +101,7 @@ bool CreatePopupWindow() {
     return window != nullptr;
 }
 
-// Windows 11 rounds the corners when asked; earlier systems do not know the attribute.
+// Windows 11 rounds the corners on request. Earlier versions reject the attribute.
 void RoundCorners() {
     constexpr DWORD kCornerPreference = 33;  // DWMWA_WINDOW_CORNER_PREFERENCE
     const DWORD round = 2;                   // DWMWCP_ROUND
@@ -111,10 +111,9 @@ void RoundCorners() {
 }
 
 void FitWindowToItsDpi() {
-    AdoptDpi(DpiOfWindow(g_app.mainWindow));
+    SetDpi(DpiOfWindow(g_app.mainWindow));
     SetWindowPos(g_app.mainWindow, nullptr, 0, 0, ScaleByDpi(kCanvasWidth), ScaleByDpi(kCanvasHeight),
                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-    RoundCorners();
 }
 
 void AddFirstTrayIcon() {
@@ -149,12 +148,12 @@ void PrepareProcess() {
 void PrepareState(HINSTANCE instance) {
     g_app.instance = instance;
     g_app.taskbarCreatedMessage = RegisterWindowMessageW(L"TaskbarCreated");
-    MakeDrawingResources();
+    CreateDrawingResources();
     LoadSettings();
-    OpenLogBesideSettings();
+    OpenLogNextToSettings();
     ReadGammaRange();
     RepairAutostartEntry();
-    // An earlier run may have ended without giving the cursors back.
+    // An earlier run may have terminated without restoring the cursors.
     ResetSystemCursors();
     InitMagnification();
 }
@@ -165,7 +164,7 @@ int RunAmbrel(HINSTANCE instance, const wchar_t* commandLine) {
     if (std::wcsstr(commandLine, kExpandGammaRangeSwitch) != nullptr) return RunGammaRangeHelper();
     PrepareProcess();
     if (!ClaimSingleInstance()) {
-        WakeFirstInstance();
+        SignalFirstInstance();
         CoUninitialize();
         return 0;
     }
@@ -173,6 +172,7 @@ int RunAmbrel(HINSTANCE instance, const wchar_t* commandLine) {
     if (!RegisterPopupClass()) return FailToStart(L"Failed to register window class");
     if (!CreatePopupWindow()) return FailToStart(L"Failed to create window");
     FitWindowToItsDpi();
+    RoundCorners();
     AddFirstTrayIcon();
     ShowWindow(g_app.mainWindow, SW_HIDE);
     const int exitCode = RunMessageLoop();

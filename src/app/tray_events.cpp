@@ -14,16 +14,16 @@
 
 namespace {
 
-constexpr int kMostTrayRetries = 20;
+constexpr int kMaxTrayRetries = 20;
 
-// A click on the icon takes the activation from the popup and hides it before the click itself arrives; that
-// click must not open it again.
-constexpr std::uint64_t kReopenGuard = 250;  // ms
+// A click on the icon deactivates and hides the popup before the click itself arrives. That click must not
+// show it again.
+constexpr std::uint64_t kReopenDelay = 250;  // ms
 
 enum MenuCommand : UINT { kMenuNone = 0, kMenuLaunchAtStartup = 1, kMenuQuit = 2, kMenuLegacyMode = 3 };
 
 bool WasJustHidden() {
-    return !IsWindowVisible(g_app.mainWindow) && GetTickCount64() - g_app.popupHiddenAt < kReopenGuard;
+    return !IsWindowVisible(g_app.mainWindow) && GetTickCount64() - g_app.popupHiddenAt < kReopenDelay;
 }
 
 void TogglePopup() {
@@ -34,13 +34,13 @@ void TogglePopup() {
     }
 }
 
-void AppendSwitch(HMENU menu, MenuCommand command, const wchar_t* text, bool on) {
+void AppendCheckItem(HMENU menu, MenuCommand command, const wchar_t* text, bool on) {
     AppendMenuW(menu, MF_STRING | (on ? MF_CHECKED : MF_UNCHECKED), command, text);
 }
 
-MenuCommand AskMenu(HMENU menu, POINT at) {
-    // A menu of a program that is not in the foreground does not close when the user clicks elsewhere; the
-    // empty message lets a second click on the icon open it again.
+MenuCommand TrackMenu(HMENU menu, POINT at) {
+    // The menu of a program that is not in the foreground does not close when the user clicks elsewhere. The
+    // empty message lets a second click on the icon open the menu again.
     SetForegroundWindow(g_app.mainWindow);
     g_app.menuTracking = true;
     const BOOL chosen =
@@ -66,25 +66,25 @@ void PerformMenuCommand(MenuCommand command) {
 }
 
 void ShowTrayMenu() {
-    // The menu dispatches messages, another click on the icon among them.
+    // The menu dispatches messages, including further clicks on the icon.
     if (g_app.menuTracking) return;
     POINT cursor = {};
     GetCursorPos(&cursor);
-    // Otherwise the menu's loop takes a late release of a button in the popup for a choice.
-    const std::uint32_t request = ++g_app.menuRequests;
+    // A queued button release for the popup would otherwise reach the menu and choose an item.
+    const std::uint32_t request = ++g_app.menuRequestCount;
     HandlePendingPopupInput();
-    // The handled input may have opened a box, whose loop dispatches messages: the program may have been quit
-    // meanwhile, or a later click have had its menu.
-    if (g_app.mainWindow == nullptr || g_app.menuRequests != request) return;
-    // The release that ends the drag would choose a row.
+    // The handled input may have opened a box, whose loop dispatches messages. In the meantime the user may
+    // have quit the program, or a later click may have opened its own menu.
+    if (g_app.mainWindow == nullptr || g_app.menuRequestCount != request) return;
+    // The release that ends the drag would choose an item.
     if (IsSliderHeld()) return;
     HMENU menu = CreatePopupMenu();
     if (menu == nullptr) return;
-    AppendSwitch(menu, kMenuLaunchAtStartup, L"Launch at Startup", g_app.launchAtStart);
-    AppendSwitch(menu, kMenuLegacyMode, L"Legacy Mode (Older Hardware)", g_app.useLegacyGamma);
+    AppendCheckItem(menu, kMenuLaunchAtStartup, L"Launch at Startup", g_app.launchAtStart);
+    AppendCheckItem(menu, kMenuLegacyMode, L"Legacy Mode (Older Hardware)", g_app.useLegacyGamma);
     AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
     AppendMenuW(menu, MF_STRING, kMenuQuit, L"Quit");
-    PerformMenuCommand(AskMenu(menu, cursor));
+    PerformMenuCommand(TrackMenu(menu, cursor));
     DestroyMenu(menu);
 }
 
@@ -92,8 +92,8 @@ void ShowTrayMenu() {
 
 void OnTrayCallback(LPARAM mouseMessage) {
     if (mouseMessage != WM_LBUTTONUP && mouseMessage != WM_RBUTTONUP) return;
-    // The shell may send it, and out of a message that another process sends COM does not call out, as it
-    // must to ask built-in panels. Whether it is the click that hid the popup is told by when it arrives.
+    // If the shell sends the message, COM rejects the WMI calls that built-in panels need; post it again. The
+    // reopen delay counts from this arrival, so check it first.
     if (InSendMessageEx(nullptr) != ISMEX_NOSEND) {
         if (mouseMessage == WM_LBUTTONUP && WasJustHidden()) return;
         PostMessageW(g_app.mainWindow, kMessageTray, 0, mouseMessage);
@@ -126,7 +126,7 @@ void OnTrayRetryTimer() {
                  g_app.trayRetryCount == 1 ? L"y" : L"ies");
         StopTimer(TimerId::TrayRetry);
         UpdateTrayIcon();
-    } else if (g_app.trayRetryCount >= kMostTrayRetries) {
+    } else if (g_app.trayRetryCount >= kMaxTrayRetries) {
         LogEvent("Tray icon add gave up after %d retries", g_app.trayRetryCount);
         StopTimer(TimerId::TrayRetry);
     }

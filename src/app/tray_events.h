@@ -1,14 +1,13 @@
-// What comes from the notification area: clicks on the icon, its menu, and the taskbar's own comings and
-// goings.
+// Events from the notification area: clicks on the icon, its menu, and the creation of the taskbar.
 #pragma once
 
 #include "win32/platform.h"
 
-// The shell's message for the icon; `mouseMessage` is what happened to it.
+// The shell's message for the icon. `mouseMessage` is the mouse message that the icon received.
 void OnTrayCallback(LPARAM mouseMessage);
 
-// The taskbar was created anew, and with it went the icon. May come more than once.
+// The taskbar was created again and lacks the icon. May arrive more than once.
 void OnTaskbarCreated();
 
-// Timer: the icon could not be added at start-up and is tried again, at most 20 times.
+// Timer. Tries again to add the icon that could not be added at start-up, at most 20 times.
 void OnTrayRetryTimer();

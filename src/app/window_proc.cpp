@@ -21,13 +21,13 @@
 
 namespace {
 
-// A switch without default: a timer that is forgotten here does not compile.
+// No default: a timer without a case does not compile.
 void OnTimer(TimerId timer) {
     if (IsOneShot(timer)) StopTimer(timer);
     switch (timer) {
         case TimerId::SaveSettings: SaveSettings(); return;
         case TimerId::DisplaySettle: OnDisplaysSettled(); return;
-        case TimerId::CopiedLookEnd: RefreshPopupAndTray(); return;
+        case TimerId::CopiedIndicationEnd: RefreshPopupAndTray(); return;
         case TimerId::PwmSafePoll:
             RefreshPwmSafeTargets(true);
             RefreshPopupAndTray();
@@ -56,7 +56,7 @@ LRESULT OnMouseActivate() {
     return MA_ACTIVATE;
 }
 
-// Both words hold the same DPI; some senders fill only the low one.
+// Both words contain the same DPI; some senders set only the low one.
 UINT DpiFrom(WPARAM wParam) {
     return wParam > 0xFFFF ? HIWORD(wParam) : LOWORD(wParam);
 }

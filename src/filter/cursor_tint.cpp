@@ -9,7 +9,7 @@
 
 namespace {
 
-// Ids of the system cursors, for loading and for SetSystemCursor alike (winuser.h hides their OCR_ names).
+// Ids of the system cursors for LoadImage and SetSystemCursor (winuser.h hides their OCR_ names).
 constexpr DWORD kCursorIds[kSystemCursorCount] = {
     32512,  // OCR_NORMAL
     32513,  // OCR_IBEAM
@@ -29,8 +29,8 @@ constexpr DWORD kCursorIds[kSystemCursorCount] = {
     32651,  // OCR_HELP
 };
 
-// A smaller move of warmth or brightness is not seen; it would rebuild sixteen cursors at each step of a
-// drag.
+// A smaller change of warmth or brightness is not visible, and would rebuild sixteen cursors at each step of
+// a drag.
 constexpr double kDeadBand = 0.002;
 
 bool IsWithinDeadBand() {
@@ -38,7 +38,7 @@ bool IsWithinDeadBand() {
            std::fabs(g_app.lastCursorTint.brightness - g_app.brightness) < kDeadBand;
 }
 
-// A copy of our own: the shared handle would become the tinted cursor once that is set.
+// A private copy, because SetSystemCursor replaces the cursor behind the shared handle.
 HCURSOR CopyOfSystemCursor(DWORD id) {
     const wchar_t* name = MAKEINTRESOURCEW(id);
     HANDLE shared = LoadImageW(nullptr, name, IMAGE_CURSOR, 0, 0, LR_DEFAULTSIZE | LR_SHARED);
@@ -49,20 +49,20 @@ HCURSOR CopyOfSystemCursor(DWORD id) {
     return static_cast<HCURSOR>(copy);
 }
 
-void MakeCopiesOnce() {
+void LoadBaseCursorsOnce() {
     if (g_app.baseCursorsMade) return;
     for (int i = 0; i < kSystemCursorCount; ++i)
         g_app.baseCursors[i] = CopyOfSystemCursor(kCursorIds[i]);
     g_app.baseCursorsMade = true;
 }
 
-// Monochrome cursors keep their system look. A cursor that cannot be asked counts as coloured.
+// Monochrome cursors keep their system look. A cursor whose state cannot be read is treated as coloured.
 bool IsMonochrome(HCURSOR cursor) {
     const IconInfo source(cursor);
     return source.known && source.info.hbmColor == nullptr;
 }
 
-// SetSystemCursor takes over what it is given, unless it fails.
+// SetSystemCursor takes ownership of the cursor, unless it fails.
 bool TintOne(HCURSOR copy, DWORD id, const TintTables& tables) {
     if (copy == nullptr || IsMonochrome(copy)) return false;
     HCURSOR tinted = BuildTintedCursor(copy, tables);
@@ -80,9 +80,9 @@ void TintSystemCursors() {
         return;
     }
     if (IsWithinDeadBand()) return;
-    MakeCopiesOnce();
+    LoadBaseCursorsOnce();
     TintTables tables;
-    FillTintTables(CurrentFilterColour(), &tables);
+    BuildTintTables(CurrentFilterColour(), &tables);
     bool anySet = false;
     for (int i = 0; i < kSystemCursorCount; ++i) {
         if (TintOne(g_app.baseCursors[i], kCursorIds[i], tables)) anySet = true;

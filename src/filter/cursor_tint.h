@@ -1,18 +1,18 @@
-// The system cursors in the filter's colour. Hardware cursors are composed beside both pipelines, so a white
-// arrow would stay white on a warm, dim screen. Every failure is silent and costs one cursor its tint. Window
-// thread only.
+// The system cursors in the filter's colour. Neither pipeline changes hardware cursors, so an untinted arrow
+// would stay white on a warm, dim screen. A failure is silent and leaves that cursor untinted. Window thread
+// only.
 #pragma once
 
-// Replaces the system cursors by copies in the filter's colour. Does nothing while neither warmth nor
-// brightness has moved by 0.002 since the last tint. With the filter off, or at the program's
-// end, it restores them.
+// Replaces the system cursors with copies in the filter's colour. Does nothing if both warmth and brightness
+// have changed by less than 0.002 since the last tint. If the filter is off or the program is terminating,
+// restores the cursors.
 void TintSystemCursors();
 
-// Has Windows load its own cursors again, if they are tinted.
+// Makes Windows reload its own cursors if they are tinted.
 void RestoreSystemCursors();
 
-// The same whatever is known: an earlier run may have ended with tinted cursors.
+// Makes Windows reload its own cursors in any case: an earlier run may have terminated with tinted cursors.
 void ResetSystemCursors();
 
-// Restores the cursors and frees the copies that tints are made from.
+// Restores the cursors and destroys the copies that they are tinted from.
 void ReleaseCursorCopies();

@@ -15,36 +15,37 @@
 
 namespace {
 
-// Graphics stacks that cannot do the matrix answer error 87, "the parameter is incorrect". One is forgiven.
+// Graphics stacks that do not support the matrix return error 87, "the parameter is incorrect". A single one
+// is tolerated.
 constexpr DWORD kUnsupportedError = ERROR_INVALID_PARAMETER;
-constexpr int kErrorsToFallBack = 2;
+constexpr int kFallbackThreshold = 2;
 
 void FallBackToLegacyMode() {
     LogEvent("Auto-fallback to Legacy Mode after %d consecutive error 87s", g_app.consecutiveError87);
-    const bool toldBefore = g_app.legacyModeAutoSet;
+    const bool noticeShownBefore = g_app.legacyModeAutoSet;
     g_app.useLegacyGamma = true;
     g_app.legacyModeAutoSet = true;
     g_app.consecutiveError87 = 0;
     SaveSettings();
-    // Under the ramp it would tint the screen a second time.
+    // A matrix in force would tint the screen a second time.
     RemoveMatrixInForce();
     ApplyLegacyRamp();
     RefreshPopupAndTray();
-    if (!toldBefore && g_app.mainWindow != nullptr)
+    if (!noticeShownBefore && g_app.mainWindow != nullptr)
         PostMessageW(g_app.mainWindow, kMessageLegacyNotice, 0, 0);
 }
 
 void CountUnsupported() {
     g_app.consecutiveError87 += 1;
-    if (g_app.consecutiveError87 < kErrorsToFallBack) {
+    if (g_app.consecutiveError87 < kFallbackThreshold) {
         LogEvent("MagSetFullscreenColorEffect error 87 (%d/%d before fallback)", g_app.consecutiveError87,
-                 kErrorsToFallBack);
+                 kFallbackThreshold);
         return;
     }
     FallBackToLegacyMode();
 }
 
-// Posted, not shown here: the box opens after the apply has returned.
+// Posted instead of shown here: the box opens after ApplyFilter has returned.
 void ReportFailureOnce(DWORD error) {
     g_app.consecutiveError87 = 0;
     if (g_app.failureNoticeShown) return;
@@ -60,7 +61,7 @@ void OnMatrixRefused(DWORD error) {
     }
 }
 
-// The automatic fallback's bookkeeping ends when the user decides for the modern pipeline.
+// Resets the automatic fallback, because the user has chosen the modern pipeline.
 void ReturnToMagnification() {
     g_app.legacyModeAutoSet = false;
     g_app.fallbackSuppressed = true;

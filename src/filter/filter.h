@@ -1,21 +1,21 @@
-// The one door to the screen's colour: every part of the program applies and clears the filter here,
+// The only entry point for changes of the screen's colour. Every module applies and clears the filter here,
 // whichever pipeline is in use. Window thread only.
 #pragma once
 
 #include "filter/model/warmth.h"
 
-// Puts the filter on the screen as AppState says, or takes it off when it is off or the program is ending. A
-// second error 87 in a row from the Magnification API switches to Legacy Mode, unless the user has left that
-// by hand in this run; any other error, and then 87 too, is shown once a run. Never initialises a pipeline:
-// without one it has no effect.
+// Applies the filter in AppState to the screen, or clears it if it is off or the program is terminating. The
+// second consecutive error 87 from the Magnification API switches to Legacy Mode, unless the user has
+// switched Legacy Mode off during this run. Any other error, and in that case error 87 as well, is shown once
+// per run. Never initialises a pipeline; without one it has no effect.
 void ApplyFilter();
 
-// Takes the effect of the pipeline in use off the screen.
+// Removes the effect of the pipeline in use from the screen.
 void ClearFilter();
 
-// Sets the preset's warmth and brightness, turns the filter on, applies and shows it, and has it saved soon.
-// FilterPreset::None does nothing.
+// Sets the preset's warmth and brightness, switches the filter on, applies it, refreshes the popup and the
+// tray icon, and schedules a save. FilterPreset::None does nothing.
 void ApplyPreset(FilterPreset preset);
 
-// The user's switch between the two pipelines. Neither saves nor refreshes.
+// Switches to the other pipeline at the user's request. Neither saves nor refreshes.
 void ToggleLegacyMode();

@@ -9,10 +9,10 @@ Rgb FilterColourOf(double intensity, double brightness) {
 }
 
 Rgb CurrentFilterColour() {
-    FilterColour& kept = g_app.filterColour;
-    if (kept.intensity != g_app.intensity || kept.brightness != g_app.brightness) {
+    FilterColour& cached = g_app.filterColour;
+    if (cached.intensity != g_app.intensity || cached.brightness != g_app.brightness) {
         const Rgb colour = FilterColourOf(g_app.intensity, g_app.brightness);
-        kept = {g_app.intensity, g_app.brightness, colour.red, colour.green, colour.blue};
+        cached = {g_app.intensity, g_app.brightness, colour.red, colour.green, colour.blue};
     }
-    return {kept.red, kept.green, kept.blue};
+    return {cached.red, cached.green, cached.blue};
 }

@@ -1,11 +1,11 @@
-// The colour that the pipelines and the cursors share. Window thread only.
+// The colour that both pipelines and the cursors share. Window thread only.
 #pragma once
 
 #include "filter/model/warmth.h"
 
-// What each channel is multiplied by: IntensityToFilterRgb times the brightness.
+// The factor of each channel, 0..1: IntensityToFilterRgb times the brightness.
 Rgb FilterColourOf(double intensity, double brightness);
 
-// The same for the current warmth and brightness, computed when either has changed
-// since the last call, so that one drag step computes it once.
+// FilterColourOf the current warmth and brightness. Cached until either changes, so that a drag step computes
+// it only once.
 Rgb CurrentFilterColour();

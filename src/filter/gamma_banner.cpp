@@ -19,7 +19,7 @@ Banner CurrentBanner() {
 
 bool WasStartedAfter(std::uint64_t epoch, std::uint64_t now, std::uint64_t tick) {
     if (epoch == 0) return false;
-    // Signed, for a clock set back below the time that the machine has been running.
+    // Signed: negative if the clock is set so close to 1970 that the uptime exceeds it.
     const auto bootTime = static_cast<std::int64_t>(now - tick / 1000);
     return bootTime > 0 && static_cast<std::uint64_t>(bootTime) > epoch;
 }

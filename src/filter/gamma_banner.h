@@ -1,19 +1,19 @@
-// The banner that offers the gamma range fix, and its withdrawal when the fix has not helped. Window thread
-// only.
+// The banner that offers the gamma range fix. It is withdrawn if the fix has not helped. Window thread only.
 #pragma once
 
 #include <cstdint>
 
-// True when the machine was started after `epoch`. Times are seconds since 1970; `tick` is GetTickCount64 in
-// ms, which counts on through sleep, so that a resume is no restart. False for an epoch of 0.
+// Whether the machine was started after `epoch`; false for an epoch of 0. Times are seconds since 1970.
+// `tick` is GetTickCount64 in ms, which includes time asleep, so a resume is not a restart.
 bool WasStartedAfter(std::uint64_t epoch, std::uint64_t now, std::uint64_t tick);
 
-// True when the range was expanded, this program saw it happen, and the machine has restarted since.
+// Whether the range is expanded, this program confirmed the expansion, and the machine has been restarted
+// since.
 bool IsRestartDoneSinceFix();
 
-// True when Legacy Mode's ramps are rejected and the user can do something about it.
+// Whether Legacy Mode's ramps are rejected and the user can do something about it.
 bool IsBannerVisible();
 
-// Logs, once a run, that ramps are still rejected after the restart and the banner is therefore withdrawn.
-// Painting and hit testing both call it before they ask IsBannerVisible.
+// Logs once per run that ramps are still rejected after the restart, which withdraws the banner. Painting and
+// hit testing call this before IsBannerVisible.
 void LogBannerDemotionOnce();

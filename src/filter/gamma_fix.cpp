@@ -15,7 +15,7 @@
 namespace {
 
 constexpr std::uint64_t kConfirmationTimeout = 120000;  // ms
-constexpr INT_PTR kLastShellError = 32;                 // ShellExecuteW answers more than this on success
+constexpr INT_PTR kMaxShellError = 32;                  // ShellExecuteW returns more than this on success
 
 bool UserAgrees() {
     return MessageBoxW(
@@ -25,7 +25,7 @@ bool UserAgrees() {
                kProgramTitle, MB_YESNO | MB_ICONQUESTION) == IDYES;
 }
 
-// ShellExecuteW's result. A path that is too long counts as a file that is not found.
+// Returns the result of ShellExecuteW, or SE_ERR_FNF if the program's path is too long.
 INT_PTR LaunchElevatedHelper() {
     const std::wstring path = OwnProgramPath();
     if (path.empty()) return SE_ERR_FNF;
@@ -45,7 +45,7 @@ void StartGammaRangeFix() {
     }
     if (!UserAgrees()) return;
     const INT_PTR result = LaunchElevatedHelper();
-    if (result <= kLastShellError) {
+    if (result <= kMaxShellError) {
         LogEvent("Gamma-range fix helper failed to launch (rc=%d)", static_cast<int>(result));
         return;
     }

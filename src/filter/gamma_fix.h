@@ -1,16 +1,16 @@
-// The offer to lift Windows' gamma range limit: a question, an elevated run of this program, and the wait
-// until the registry shows it. Window thread only.
+// The fix for Windows' gamma range limit: a question, an elevated run of this program, and polling until the
+// registry shows the result. Window thread only.
 #pragma once
 
 #include <cstdint>
 
-// The click on the banner. Asks, and launches the elevated run; a second click launches another and waits
-// anew.
+// Handles a click on the banner: asks the user and launches the elevated run. A second click launches another
+// run and restarts the time-out.
 void StartGammaRangeFix();
 
-// Timer: confirms the lifted limit, saves the time of it and asks for a restart through the banner; gives up
-// after two minutes.
+// Timer. When the registry shows the expanded range, saves the time and refreshes the banner, which then asks
+// for a restart. Gives up after two minutes.
 void OnGammaFixTimer();
 
-// The same with the present time handed in: seconds since 1970 and GetTickCount64 in ms.
+// OnGammaFixTimer for a given time: seconds since 1970, and GetTickCount64 in ms.
 void PollGammaFix(std::uint64_t now, std::uint64_t tick);

@@ -6,7 +6,7 @@ namespace {
 
 constexpr wchar_t kKey[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM";
 constexpr wchar_t kValue[] = L"GdiIcmGammaRange";
-constexpr DWORD kExpanded = 256;  // this or more
+constexpr DWORD kExpanded = 256;  // or more
 
 }  // namespace
 

@@ -1,9 +1,9 @@
-// The registry value that lifts Windows' limit on strong gamma ramps. It takes effect after a restart.
+// The registry value that removes Windows' limit on strong gamma ramps. It takes effect after a restart.
 #pragma once
 
-// True when the registry holds the lifted limit. A value of another type, or one that cannot be read, is
-// none.
+// Whether the registry contains the expanded range. A value of another type, or one that cannot be read, is
+// treated as missing.
 bool IsGammaRangeExpanded();
 
-// Writes the lifted limit, which requires administrator rights. False when Windows refuses.
+// Writes the expanded range, which requires administrator rights. False if Windows refuses.
 bool ExpandGammaRange();

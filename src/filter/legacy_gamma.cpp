@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int kMismatchesToReject = 3;  // in a row: the first two are forgiven
+constexpr int kMismatchThreshold = 3;  // consecutive; the first two are tolerated
 
 enum class RampResult { Accepted, SetFailed, ReadBackDiffers };
 
@@ -37,8 +37,8 @@ RampResult LoadFilterRamp() {
         case RampLoad::Matches: g_app.readBackMismatchStreak = 0; return RampResult::Accepted;
         case RampLoad::Differs: g_app.readBackMismatchStreak += 1; break;
     }
-    return g_app.readBackMismatchStreak < kMismatchesToReject ? RampResult::Accepted
-                                                              : RampResult::ReadBackDiffers;
+    return g_app.readBackMismatchStreak < kMismatchThreshold ? RampResult::Accepted
+                                                             : RampResult::ReadBackDiffers;
 }
 
 void CountAccepted() {
@@ -74,7 +74,7 @@ void ApplyLegacyRamp() {
     } else {
         CountRejected(result);
     }
-    // Also when the ramp was refused: the cursors keep in step with what the filter is set to.
+    // The cursors follow the filter's settings even if the ramp was rejected.
     TintSystemCursors();
 }
 

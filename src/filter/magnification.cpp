@@ -28,19 +28,19 @@ bool IsIdentity(const MAGCOLOREFFECT& filter) {
     return filter.transform[0][0] == 1.0F && filter.transform[1][1] == 1.0F && filter.transform[2][2] == 1.0F;
 }
 
-// Clamped in double precision and only then narrowed.
+// Clamps in double precision before narrowing.
 float MatrixCell(double factor) {
     return static_cast<float>(std::clamp(factor, 0.0, 1.0));
 }
 
-void ForgetModule() {
+void UnloadModule() {
     FreeLibrary(g_app.magnificationModule);
     g_app.magnificationModule = nullptr;
 }
 
-// The box dispatches messages, and one of them may load the library anew: what is freed after it is this
-// attempt's.
-void GiveUp(NoticeBox box, const wchar_t* text, UINT icon) {
+// The box dispatches messages, and one of them may load the library again. Only the module of this attempt is
+// freed afterwards.
+void FailInitialisation(NoticeBox box, const wchar_t* text, UINT icon) {
     HMODULE failed = std::exchange(g_app.magnificationModule, nullptr);
     ShowNoticeBox(box, nullptr, text, icon);
     FreeLibrary(failed);
@@ -74,15 +74,15 @@ void InitMagnification() {
         return;
     }
     if (!FindEntryPoints()) {
-        GiveUp(NoticeBox::FunctionsMissing,
-               L"Failed to get Magnification API functions.\n\nThis requires Windows 8 or later.",
-               MB_ICONERROR);
+        FailInitialisation(NoticeBox::FunctionsMissing,
+                           L"Failed to get Magnification API functions.\n\nThis requires Windows 8 or later.",
+                           MB_ICONERROR);
         return;
     }
     if (g_app.magInitialize() == FALSE) {
         const DWORD error = GetLastError();
         FormatText(text, "MagInitialize failed.\nError code: %d", static_cast<int>(error));
-        GiveUp(NoticeBox::InitializeFailed, text, MB_ICONWARNING);
+        FailInitialisation(NoticeBox::InitializeFailed, text, MB_ICONWARNING);
         return;
     }
     g_app.magnificationReady = true;
@@ -95,7 +95,7 @@ void ShutdownMagnification() {
         g_app.magnificationReady = false;
         g_app.matrixInForce = false;
     }
-    if (g_app.magnificationModule != nullptr) ForgetModule();
+    if (g_app.magnificationModule != nullptr) UnloadModule();
     g_app.magInitialize = nullptr;
     g_app.magUninitialize = nullptr;
     g_app.magSetFullscreenColorEffect = nullptr;

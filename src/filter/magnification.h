@@ -9,23 +9,23 @@ struct MatrixResult {
     DWORD error;  // GetLastError of a refused matrix
 };
 
-// Loads and initialises the API. Does nothing in Legacy Mode, at the program's end or when that is done
-// already. A failure is shown in one message box and leaves the pipeline inert.
+// Loads and initialises the API. Does nothing in Legacy Mode, while the program is terminating, or if the API
+// is already initialised. A failure is shown in one message box and leaves the pipeline without effect.
 void InitMagnification();
 
-// Sets the identity matrix, uninitialises and unloads the API, each as far as it was done.
+// Sets the identity matrix, uninitialises the API and unloads it; skips what was not done.
 void ShutdownMagnification();
 
-// True when a matrix can be set.
+// Whether a matrix can be set.
 bool IsMagnificationUsable();
 
-// Sets the matrix of the current warmth and brightness. Only when IsMagnificationUsable().
+// Sets the matrix for the current warmth and brightness. Requires IsMagnificationUsable().
 MatrixResult SetFilterMatrix();
 
-// Sets the identity matrix. False when no matrix can be set or Windows refuses this one.
+// Sets the identity matrix. False if no matrix can be set or Windows refuses this one.
 bool SetIdentityMatrix();
 
-// Removes a filter matrix that is still in force, before another pipeline takes over. When Windows refuses
-// the identity matrix as well, the API is uninitialised and initialised again; the library stays loaded. Does
-// nothing when no filter matrix is in force.
+// Removes a filter matrix that is still in force, before the other pipeline takes over. If Windows refuses
+// the identity matrix as well, uninitialises and reinitialises the API; the library stays loaded. Does
+// nothing if no filter matrix is in force.
 void RemoveMatrixInForce();

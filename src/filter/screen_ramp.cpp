@@ -17,7 +17,7 @@ bool SamplesMatch(const GammaRamp& written, const GammaRamp& readBack) {
     return true;
 }
 
-// A display that cannot be read counts as showing what was written.
+// A display whose ramp cannot be read is treated as a match.
 bool ReadsBackAsWritten(HDC dc, const GammaRamp& written) {
     GammaRamp readBack = {};
     if (GetDeviceGammaRamp(dc, &readBack) == FALSE) return true;
@@ -41,8 +41,8 @@ void FillIdentityRamp(GammaRamp* ramp) {
     }
 }
 
-// The first active display at or after *index, which then is the index after it. A mirroring driver's pseudo
-// display shows nothing.
+// Finds the first active display at or after *index and sets *index to the one after it. Skips the pseudo
+// displays of mirroring drivers, which show nothing.
 bool NextActiveDisplay(DWORD* index, DISPLAY_DEVICEW* display) {
     for (;;) {
         *display = {};
@@ -65,8 +65,8 @@ bool HasSeveralActiveDisplays() {
     return found == 2;
 }
 
-// True for a display that takes gamma ramps at all. Loading the ramp that is in force again shows nothing;
-// only when that is refused, as one outside Windows' range may be, is the identity tried.
+// Whether the display accepts gamma ramps at all. Loading the current ramp again has no visible effect. The
+// identity ramp is tried only if that is refused, as a ramp outside Windows' range may be.
 bool AcceptsAnyRamp(HDC dc) {
     GammaRamp probe = {};
     if (GetDeviceGammaRamp(dc, &probe) != FALSE && SetDeviceGammaRamp(dc, &probe) != FALSE) return true;
@@ -80,11 +80,11 @@ RampLoad LoadIntoEachDisplay(GammaRamp* ramp) {
     bool allMatch = true;
     DISPLAY_DEVICEW display;
     for (DWORD index = 0; NextActiveDisplay(&index, &display);) {
-        const DisplayDc own(display.DeviceName);
-        if (own.dc == nullptr) continue;
-        const RampLoad load = LoadInto(own.dc, ramp);
+        const DisplayDc context(display.DeviceName);
+        if (context.dc == nullptr) continue;
+        const RampLoad load = LoadInto(context.dc, ramp);
         if (load == RampLoad::Refused) {
-            anyRefused = anyRefused || AcceptsAnyRamp(own.dc);
+            anyRefused = anyRefused || AcceptsAnyRamp(context.dc);
         } else {
             anyLoaded = true;
             allMatch = allMatch && load == RampLoad::Matches;
@@ -112,7 +112,7 @@ void LoadIdentityRamp() {
     if (!HasSeveralActiveDisplays()) return;
     DISPLAY_DEVICEW display;
     for (DWORD index = 0; NextActiveDisplay(&index, &display);) {
-        const DisplayDc own(display.DeviceName);
-        if (own.dc != nullptr) SetDeviceGammaRamp(own.dc, &identity);
+        const DisplayDc context(display.DeviceName);
+        if (context.dc != nullptr) SetDeviceGammaRamp(context.dc, &identity);
     }
 }

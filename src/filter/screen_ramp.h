@@ -1,24 +1,24 @@
-// Loading a gamma ramp: through the device context of the whole screen or, where Windows refuses that on an
-// extended desktop, through each display's own. Nothing is allocated. Window thread only.
+// Loads gamma ramps: through the device context of the entire screen or, if Windows refuses that on an
+// extended desktop, through the context of each display. Allocates nothing. Window thread only.
 #pragma once
 
 #include <cstdint>
 
-// The layout that SetDeviceGammaRamp takes: red, green, blue; entries are 0..65535.
+// The layout of SetDeviceGammaRamp: red, green, blue; entries are 0..65535.
 struct GammaRamp {
     static constexpr int kEntries = 256;
     std::uint16_t channels[3][kEntries];
 };
 static_assert(sizeof(GammaRamp) == 1536);
 
-// Matches also stands for a ramp that cannot be read back, and for a screen without a device context.
+// Matches includes a ramp that cannot be read back and a screen without a device context.
 enum class RampLoad { Matches, Differs, Refused };
 
-// Loads the ramp and reads it back. The whole screen's context comes first. Only when Windows refuses it
-// there and more than one display is active is the ramp loaded into each display; a display that refuses even
-// the identity ramp, as USB, virtual and HDR displays do, is left out. The ramp is then refused when another
-// display refuses it or none is left, and differs when it reads back differently on any display.
+// Loads the ramp and reads it back. Tries the entire screen's context first. Only if Windows refuses the ramp
+// there and more than one display is active, loads it into each display. Displays that refuse even the
+// identity ramp, as USB, virtual and HDR displays do, are skipped. Refused: another display refuses the ramp,
+// or every display is skipped. Differs: any display reads back a different ramp.
 RampLoad LoadRamp(GammaRamp* ramp);
 
-// The same without reading back, for the identity ramp, whose result does not matter.
+// Loads the identity ramp like LoadRamp, but does not read it back: the result does not matter.
 void LoadIdentityRamp();

@@ -24,7 +24,7 @@ SIZE SizeOfBitmap(HBITMAP bitmap) {
 SIZE SizeOf(const ICONINFO& info) {
     if (info.hbmColor != nullptr) return SizeOfBitmap(info.hbmColor);
     if (info.hbmMask == nullptr) return {GetSystemMetrics(SM_CXCURSOR), GetSystemMetrics(SM_CYCURSOR)};
-    // A monochrome mask holds the AND and the XOR half one above the other.
+    // A monochrome mask contains the AND half above the XOR half.
     const SIZE halves = SizeOfBitmap(info.hbmMask);
     return {halves.cx, halves.cy / 2};
 }
@@ -78,7 +78,7 @@ bool DrawCursorInto(HDC screen, HBITMAP picture, HCURSOR cursor, SIZE size) {
     const MemoryDc memory(screen);
     const SelectedObject selected(memory.dc, picture);
     if (DrawIconEx(memory.dc, 0, 0, cursor, size.cx, size.cy, 0, nullptr, DI_NORMAL) == FALSE) return false;
-    // The pixels are read next; GDI may still hold the drawing back.
+    // The pixels are read next, and GDI may have batched the drawing.
     GdiFlush();
     return selected.previous != nullptr;
 }
@@ -87,7 +87,7 @@ void Tint(CursorPixel* pixels, SIZE size, const TintTables& tables) {
     TintPixels(pixels, static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy), tables);
 }
 
-HCURSOR MakeCursor(const ICONINFO& source, HBITMAP mask, HBITMAP picture) {
+HCURSOR CreateColourCursor(const ICONINFO& source, HBITMAP mask, HBITMAP picture) {
     ICONINFO info = {};
     info.fIcon = FALSE;
     info.xHotspot = source.xHotspot;
@@ -101,7 +101,7 @@ HCURSOR MakeCursor(const ICONINFO& source, HBITMAP mask, HBITMAP picture) {
 
 HCURSOR BuildTintedCursor(HCURSOR cursor, double intensity, double brightness) {
     TintTables tables;
-    FillTintTables(FilterColourOf(intensity, brightness), &tables);
+    BuildTintTables(FilterColourOf(intensity, brightness), &tables);
     return BuildTintedCursor(cursor, tables);
 }
 
@@ -120,7 +120,7 @@ HCURSOR BuildTintedCursor(HCURSOR cursor, const TintTables& tables) {
     if (source.info.hbmColor != nullptr && source.info.hbmMask != nullptr) {
         if (!DrawCursorInto(screen.dc, picture.handle, cursor, size)) return nullptr;
         Tint(pixels, size, tables);
-        return MakeCursor(source.info, source.info.hbmMask, picture.handle);
+        return CreateColourCursor(source.info, source.info.hbmMask, picture.handle);
     }
 
     const Bytes maskBits = ZeroedBytes(MaskRowBytes(size.cx) * static_cast<std::size_t>(size.cy));
@@ -131,5 +131,5 @@ HCURSOR BuildTintedCursor(HCURSOR cursor, const TintTables& tables) {
     }
     Tint(pixels, size, tables);
     const OwnedGdi mask(CreateBitmap(size.cx, size.cy, 1, 1, maskBits.get()));
-    return MakeCursor(source.info, mask.handle, picture.handle);
+    return CreateColourCursor(source.info, mask.handle, picture.handle);
 }

@@ -1,13 +1,13 @@
-// One recoloured copy of a cursor.
+// A recoloured copy of one cursor.
 #pragma once
 
 #include "filter/model/cursor_pixels.h"
 #include "win32/platform.h"
 
-// A copy of the cursor with its colours scaled as the filter scales the screen's, at the same size and hot
-// spot. A monochrome cursor becomes black and white first. The caller owns the copy. Null when the cursor is
-// null, has no size, or cannot be rebuilt; nothing is leaked then.
+// A copy of the cursor with its colours scaled as the filter scales the screen's, with the same size and hot
+// spot. A monochrome cursor is first converted to black and white pixels. The caller owns the copy. Null if
+// the cursor is null, has no size or cannot be rebuilt; nothing leaks in that case.
 HCURSOR BuildTintedCursor(HCURSOR cursor, double intensity, double brightness);
 
-// The same with the filter's tables at hand, for a row of cursors.
+// BuildTintedCursor with precomputed tables, for use on several cursors.
 HCURSOR BuildTintedCursor(HCURSOR cursor, const TintTables& tables);

@@ -12,7 +12,7 @@ constexpr wchar_t kValueName[] = L"Ambrel2";
 
 constexpr DWORD kTextCharacters = 1024;
 constexpr DWORD kReadableBytes =
-    (kTextCharacters - 1) * sizeof(wchar_t);  // room for a zero that the data lacks
+    (kTextCharacters - 1) * sizeof(wchar_t);  // leaves room for a missing terminator
 
 bool OpenRunKey(RegistryKey* run, REGSAM access) {
     return RegOpenKeyExW(HKEY_CURRENT_USER, kRunKey, 0, access, run->Out()) == ERROR_SUCCESS;
@@ -24,7 +24,8 @@ bool ValueExists() {
            RegQueryValueExW(run.key, kValueName, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
 }
 
-// A path that is too long for the Run key counts as a failed write: a cut one would launch nothing.
+// A path that is too long for the Run key is treated as a failed write, because a truncated one would launch
+// nothing.
 void WriteOwnPath(HKEY run) {
     const std::wstring path = OwnProgramPath();
     if (path.empty()) return;

@@ -4,14 +4,14 @@
 
 #include <string>
 
-// The value's text; empty when it is missing, no text, or cannot be read.
+// The value's text; empty if the value is missing, is not text or cannot be read.
 std::wstring ReadAutostartValue();
 
-// Writes the path of this program, as it is, without quotes, or deletes the value. A path of more than 259
-// characters is not written. launchAtStart follows the request even when the registry call fails.
+// Writes the path of this program, unquoted, or deletes the value. A path of more than 259 characters is not
+// written. launchAtStart follows the request even if the registry call fails.
 void SetAutostart(bool on);
 
-// Brings setting and registry together at start-up: a value that exists turns the setting on and is rewritten
-// for the program as it runs now; a missing one is restored when the setting is on. Does not save the
-// setting.
+// Synchronises the setting and the registry at start-up. An existing value switches the setting on and is
+// rewritten with the path of the running program; a missing value is restored if the setting is on. Does not
+// save the setting.
 void RepairAutostartEntry();

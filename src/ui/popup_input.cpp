@@ -17,7 +17,7 @@
 
 namespace {
 
-void BeginDrag(Slider slider, double value, int y) {
+void StartDrag(Slider slider, double value, int y) {
     g_app.dragSlider = slider;
     g_app.dragStartY = y;
     g_app.dragStartValue = value;
@@ -53,7 +53,7 @@ void ClickLaunchAtStart() {
     RefreshPopupAndTray();
 }
 
-// Without extreme dim a darker brightness is lifted to the floor.
+// Switching extreme dim off raises a darker brightness to the minimum.
 void ClickExtremeDim() {
     g_app.allowExtremeDim = !g_app.allowExtremeDim;
     g_app.brightness = ClampBrightness(g_app.brightness, g_app.allowExtremeDim);
@@ -73,8 +73,8 @@ void ClickLegacyMode() {
 void OnMouseDown(int x, int y) {
     const int unitY = UnscaleForDpi(y);
     switch (HitTest(UnscaleForDpi(x), unitY)) {
-        case Region::WarmthTrack: BeginDrag(Slider::Warmth, g_app.intensity, unitY); return;
-        case Region::BrightnessTrack: BeginDrag(Slider::Brightness, g_app.brightness, unitY); return;
+        case Region::WarmthTrack: StartDrag(Slider::Warmth, g_app.intensity, unitY); return;
+        case Region::BrightnessTrack: StartDrag(Slider::Brightness, g_app.brightness, unitY); return;
         case Region::DayPreset: ApplyPreset(FilterPreset::Day); return;
         case Region::EveningPreset: ApplyPreset(FilterPreset::Evening); return;
         case Region::NightPreset: ApplyPreset(FilterPreset::Night); return;
@@ -93,8 +93,8 @@ void OnMouseDown(int x, int y) {
 
 void OnMouseMove(int, int y) {
     if (g_app.dragSlider == Slider::None) return;
-    const int risen = g_app.dragStartY - UnscaleForDpi(y);
-    const double value = static_cast<double>(risen) / kSliderTravel + g_app.dragStartValue;
+    const int distance = g_app.dragStartY - UnscaleForDpi(y);
+    const double value = static_cast<double>(distance) / kSliderTravel + g_app.dragStartValue;
     if (g_app.dragSlider == Slider::Warmth) {
         g_app.intensity = std::clamp(value, 0.0, 1.0);
     } else {

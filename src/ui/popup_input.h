@@ -1,14 +1,15 @@
-// The mouse on the popup: slider drags and clicks. Positions are client pixels, as the messages give them.
+// Mouse input on the popup: slider drags and clicks. Positions are client pixels, as in the messages.
 #pragma once
 
-// A press begins a slider's drag, without moving its value, or performs the action of the region under it.
+// A button press: starts a slider's drag without moving its value, or performs the action of the region under
+// the pointer.
 void OnMouseDown(int x, int y);
 
-// Moves the dragged slider by the way that the pointer has gone since the press. Only y counts.
+// Moves the dragged slider by the vertical distance since the press. Ignores x.
 void OnMouseMove(int x, int y);
 
-// Ends a drag and has its value saved soon.
+// Ends a drag and schedules a save.
 void OnMouseUp();
 
-// The capture went elsewhere: the drag ends, and nothing is saved.
+// The mouse capture was lost: ends the drag without saving.
 void OnCaptureLost();

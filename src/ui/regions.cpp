@@ -18,7 +18,7 @@ constexpr RECT TrackRect(int centreX) {
             kSliderBottom};
 }
 
-// In hit-testing order.
+// In hit-testing order, which is that of the enumeration.
 constexpr RegionRow kRegions[] = {
     {Region::WarmthTrack, Panel::Main, TrackRect(kWarmthCentreX)},
     {Region::BrightnessTrack, Panel::Main, TrackRect(kBrightnessCentreX)},
@@ -36,12 +36,21 @@ constexpr RegionRow kRegions[] = {
     {Region::Support, Panel::Settings, {24, 462, 296, 516}},
 };
 
+constexpr bool RowsAreInEnumerationOrder() {
+    int expected = 0;
+    for (const RegionRow& row : kRegions) {
+        if (static_cast<int>(row.region) != expected++) return false;
+    }
+    return expected == static_cast<int>(Region::None);
+}
+static_assert(RowsAreInEnumerationOrder(), "every region needs a row");
+
 bool Contains(const RECT& rect, int x, int y) {
     return x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom;
 }
 
-// Whether the region reacts now: the banner and the card only while the strip shows them.
-bool Offers(Region region) {
+// Whether the region reacts now. The banner and the card react only while the strip shows them.
+bool IsActive(Region region) {
     if (region == Region::GammaBanner) return CurrentStatusStrip() == StatusStrip::Banner;
     if (region == Region::PwmCard) return CurrentStatusStrip() == StatusStrip::Card;
     return true;
@@ -64,7 +73,7 @@ StatusStrip CurrentStatusStrip() {
 
 Region HitTest(int x, int y) {
     for (const RegionRow& row : kRegions) {
-        if (row.panel == g_app.panel && Contains(row.rect, x, y) && Offers(row.region)) return row.region;
+        if (row.panel == g_app.panel && Contains(row.rect, x, y) && IsActive(row.region)) return row.region;
     }
     return Region::None;
 }

@@ -4,7 +4,6 @@
 #include "win32/platform.h"
 
 enum class Region {
-    None,
     WarmthTrack,
     BrightnessTrack,
     GammaBanner,
@@ -19,6 +18,7 @@ enum class Region {
     ExtremeDimRow,
     LegacyRow,
     Support,
+    None,
 };
 
 // The rectangle of a region: left and top inclusive, right and bottom exclusive. Empty for Region::None.

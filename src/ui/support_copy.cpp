@@ -12,10 +12,10 @@
 
 namespace {
 
-constexpr std::uint64_t kCopiedLook = 5000;  // ms
+constexpr std::uint64_t kCopiedIndicationMs = 5000;
 
-// False when memory ran out or the clipboard refused the text. The clipboard is open.
-bool HandOver(const std::wstring& text) {
+// False if memory runs out or the clipboard refuses the text. Requires an open clipboard.
+bool SetClipboardText(const std::wstring& text) {
     const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
     GlobalBlock copy(bytes);
     if (copy.block == nullptr) return false;
@@ -30,15 +30,15 @@ bool HandOver(const std::wstring& text) {
 
 enum class CopyResult {
     Copied,
-    Failed,         // the clipboard still holds what it held
+    Failed,         // the clipboard keeps its contents
     FailedEmptied,  // the clipboard is empty
 };
 
-CopyResult PutOnClipboard(const std::wstring& text) {
+CopyResult CopyToClipboard(const std::wstring& text) {
     const ClipboardSession clipboard(g_app.mainWindow);
     if (!clipboard.open) return CopyResult::Failed;
     const bool emptied = EmptyClipboard() != FALSE;
-    if (HandOver(text)) return CopyResult::Copied;
+    if (SetClipboardText(text)) return CopyResult::Copied;
     return emptied ? CopyResult::FailedEmptied : CopyResult::Failed;
 }
 
@@ -46,11 +46,11 @@ CopyResult PutOnClipboard(const std::wstring& text) {
 
 void CopySupportBundle() {
     const std::wstring text = BuildSupportBundle();
-    const CopyResult result = PutOnClipboard(text);
+    const CopyResult result = CopyToClipboard(text);
     if (result == CopyResult::Copied) {
         LogEvent("Support bundle copied to clipboard (%zu chars)", text.size());
-        g_app.copiedUntil = GetTickCount64() + kCopiedLook;
-        StartTimer(TimerId::CopiedLookEnd);
+        g_app.copiedUntil = GetTickCount64() + kCopiedIndicationMs;
+        StartTimer(TimerId::CopiedIndicationEnd);
     } else {
         LogEvent("Support bundle copy failed");
         // The report of an earlier copy can no longer be pasted.

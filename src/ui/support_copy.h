@@ -1,6 +1,6 @@
-// The support button's work.
+// The action of the support button.
 #pragma once
 
-// Builds the support report and puts it on the clipboard. The button shows for five seconds that it was
-// copied. A failed copy is logged; it ends that look of an earlier copy only if the clipboard was emptied.
+// Builds the support report and copies it to the clipboard. The button indicates success for five seconds. A
+// failure is logged; it ends the indication of an earlier copy only if the clipboard was emptied.
 void CopySupportBundle();

@@ -8,43 +8,44 @@ bool IsForeground(HWND window) {
     return GetForegroundWindow() == window;
 }
 
-bool AskForForeground(HWND window) {
+bool RequestForeground(HWND window) {
     BringWindowToTop(window);
     SetForegroundWindow(window);
     return IsForeground(window);
 }
 
-// While it is not 0, Windows refuses the foreground to a program that the user is not working in.
-struct [[nodiscard]] LiftedForegroundLock {
+// While the time-out is not 0, Windows refuses the foreground to a program that the user is not working in.
+struct [[nodiscard]] SuspendedForegroundLock {
     DWORD timeout = 0;  // ms
     bool read;
 
-    LiftedForegroundLock()
+    SuspendedForegroundLock()
         : read(SystemParametersInfoW(SPI_GETFOREGROUNDLOCKTIMEOUT, 0, &timeout, 0) != FALSE) {
         Set(0);
     }
-    ~LiftedForegroundLock() {
+    ~SuspendedForegroundLock() {
         if (read) Set(timeout);
     }
-    LiftedForegroundLock(const LiftedForegroundLock&) = delete;
-    LiftedForegroundLock& operator=(const LiftedForegroundLock&) = delete;
+    SuspendedForegroundLock(const SuspendedForegroundLock&) = delete;
+    SuspendedForegroundLock& operator=(const SuspendedForegroundLock&) = delete;
 
-    // The value itself travels in the pointer argument.
+    // SPI_SETFOREGROUNDLOCKTIMEOUT takes the value itself in the pointer argument.
     static void Set(DWORD value) {
         SystemParametersInfoW(SPI_SETFOREGROUNDLOCKTIMEOUT, 0,
                               reinterpret_cast<void*>(static_cast<std::uintptr_t>(value)), 0);
     }
 };
 
-// Shares the input of the foreground window's thread, whose right to set the foreground window comes with it.
+// Attaches to the input of the foreground window's thread, and so shares its right to set the foreground
+// window.
 struct [[nodiscard]] AttachedInput {
     DWORD thread;
     bool attached = false;
 
     AttachedInput(HWND foreground, DWORD foregroundThread) : thread(foregroundThread) {
-        const DWORD own = GetCurrentThreadId();
-        if (thread == 0 || thread == own || IsHungAppWindow(foreground)) return;
-        attached = AttachThreadInput(own, thread, TRUE) != FALSE;
+        const DWORD current = GetCurrentThreadId();
+        if (thread == 0 || thread == current || IsHungAppWindow(foreground)) return;
+        attached = AttachThreadInput(current, thread, TRUE) != FALSE;
     }
     ~AttachedInput() {
         if (attached) AttachThreadInput(GetCurrentThreadId(), thread, FALSE);
@@ -56,14 +57,14 @@ struct [[nodiscard]] AttachedInput {
 }  // namespace
 
 bool BringToForeground(HWND window) {
-    if (AskForForeground(window)) return true;
+    if (RequestForeground(window)) return true;
     {
         HWND foreground = GetForegroundWindow();
         const DWORD thread = foreground != nullptr ? GetWindowThreadProcessId(foreground, nullptr) : 0;
-        const LiftedForegroundLock lifted;
+        const SuspendedForegroundLock suspended;
         AllowSetForegroundWindow(ASFW_ANY);
         const AttachedInput attached(foreground, thread);
-        AskForForeground(window);
+        RequestForeground(window);
     }
     return IsForeground(window);
 }

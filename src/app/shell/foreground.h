@@ -1,8 +1,9 @@
-// Getting the popup in front of other programs' windows, which Windows does not grant to everybody.
+// Brings the popup in front of other programs' windows, which Windows often refuses.
 #pragma once
 
 #include "win32/platform.h"
 
-// Makes the window the foreground window, by insistence if need be. False when Windows still refuses. Other
-// threads' input is as before on return, and so is the system's foreground lock time-out if it could be read.
+// Makes the window the foreground window. If Windows refuses, tries again without the foreground lock and
+// with the foreground thread's input attached. False if Windows still refuses. On return the input is
+// detached, and the system's foreground lock time-out is restored if it could be read.
 bool BringToForeground(HWND window);

@@ -7,7 +7,7 @@ void ShowNoticeBox(NoticeBox box, HWND owner, const wchar_t* text, UINT icon) {
     const std::uint32_t bit = 1U << static_cast<unsigned>(box);
     if ((g_app.openNoticeBoxes & bit) != 0) return;
     g_app.openNoticeBoxes |= bit;
-    // Dispatches messages, and with them timers, until the box is closed.
+    // Dispatches messages, including WM_TIMER, until the box is closed.
     MessageBoxW(owner, text, kProgramTitle, icon);
     g_app.openNoticeBoxes &= ~bit;
 }

@@ -5,6 +5,6 @@
 
 enum class NoticeBox { LegacyMode, MatrixRefused, LibraryMissing, FunctionsMissing, InitializeFailed };
 
-// Shows the text under the program's title and returns when the user has closed it. `icon` is an MB_ICON
-// flag. Returns at once when the same box is open already.
+// Shows the text under the program's title and returns when the user has closed the box. `icon` is an MB_ICON
+// flag. Returns immediately if the same box is already open.
 void ShowNoticeBox(NoticeBox box, HWND owner, const wchar_t* text, UINT icon);

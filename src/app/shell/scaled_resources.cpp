@@ -9,7 +9,7 @@
 
 namespace {
 
-// 0 when Windows does not tell.
+// 0 on failure.
 UINT EffectiveDpiOf(HMONITOR monitor) {
     const SystemLibrary shcore(L"Shcore.dll");
     const auto getDpiForMonitor = shcore.Find<decltype(&GetDpiForMonitor)>("GetDpiForMonitor");
@@ -33,7 +33,7 @@ void RebuildScaledResources() {
     g_app.scaledResourcesBuilt = true;
 }
 
-void AdoptDpi(UINT dpi) {
+void SetDpi(UINT dpi) {
     const UINT effective = dpi != 0 ? dpi : kDesignDpi;
     if (effective == g_app.dpi && g_app.scaledResourcesBuilt) return;
     g_app.dpi = effective;
@@ -47,9 +47,9 @@ UINT DpiOfWindow(HWND window) {
 
 void UpdateDpiForMonitor(HWND window, HMONITOR monitor) {
     if (monitor == nullptr) {
-        AdoptDpi(DpiOfWindow(window));
+        SetDpi(DpiOfWindow(window));
         return;
     }
     const UINT dpi = EffectiveDpiOf(monitor);
-    AdoptDpi(dpi != 0 ? dpi : DpiOfWindow(g_app.mainWindow));
+    SetDpi(dpi != 0 ? dpi : DpiOfWindow(g_app.mainWindow));
 }

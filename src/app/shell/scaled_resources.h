@@ -1,20 +1,21 @@
-// What depends on the DPI of the popup's monitor: the stored DPI itself and the icon drawn in the popup.
+// Resources that depend on the DPI of the popup's monitor: the stored DPI and the icon drawn in the popup.
 #pragma once
 
 #include "win32/platform.h"
 
 constexpr int kHeaderIconUnits = 22;  // its width and height, drawn as loaded
 
-// Loads the popup's icon for the DPI in AppState; the one before is destroyed once the new one is in place,
-// and stays when there is no new one.
+// Loads the popup's icon for the DPI in AppState, then destroys the previous one. If loading fails, the
+// previous icon stays.
 void RebuildScaledResources();
 
-// Stores a DPI (0 counts as 96) and rebuilds the resources when it differs from the stored one, or when they
-// were never built.
-void AdoptDpi(UINT dpi);
+// Stores a DPI (0 is treated as 96). Rebuilds the resources if the DPI has changed or if they were never
+// built.
+void SetDpi(UINT dpi);
 
-// The same with the DPI of the monitor on which the popup will appear; without a monitor, with the window's.
+// Calls SetDpi with the DPI of the monitor on which the popup will appear; without a monitor, with the
+// window's DPI.
 void UpdateDpiForMonitor(HWND window, HMONITOR monitor);
 
-// The window's DPI; 96 without a window or when Windows answers 0.
+// The window's DPI; 96 without a window or if Windows returns 0.
 UINT DpiOfWindow(HWND window);

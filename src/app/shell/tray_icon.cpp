@@ -10,7 +10,8 @@ namespace {
 
 constexpr UINT kTrayIconId = 1;
 
-// The shell knows the icon by window and id; a call before the icon was added needs them too.
+// The shell identifies the icon by window and id, so every call sets them, even one before the icon was
+// added.
 NOTIFYICONDATAW* IdentifiedData(UINT flags) {
     NOTIFYICONDATAW* data = &g_app.trayIconData;
     data->cbSize = sizeof(*data);

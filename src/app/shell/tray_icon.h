@@ -1,12 +1,12 @@
-// The notification-area icon: its picture and tip show whether the filter is on. Used as it was before
-// versions of the interface: mouse messages arrive as they are in lParam.
+// The notification-area icon. Its image and tip show whether the filter is on. Uses the original version of
+// the interface, whose callback passes the mouse message in lParam.
 #pragma once
 
-// Adds the icon. False when the shell refused, for example before the taskbar is up.
+// Adds the icon. False if the shell refuses, for example before the taskbar exists.
 bool AddTrayIcon();
 
-// Brings the icon and its tip up to date. A refusal is ignored: the next update tries again.
+// Updates the icon and its tip. A refusal is ignored: the next update tries again.
 void UpdateTrayIcon();
 
-// Removes the icon, if it is there.
+// Removes the icon, if it exists.
 void RemoveTrayIcon();

@@ -1,5 +1,5 @@
-// The one record of the program's live state. It holds no logic. Only the window thread touches it, or one
-// that it waits for.
+// The record of the program's live state, without logic. Only the window thread accesses it, or a thread that
+// the window thread is waiting for.
 #pragma once
 
 #include <cstdint>
@@ -41,7 +41,7 @@ struct AppState {
     HWND mainWindow = nullptr;
     HANDLE singleInstanceMutex = nullptr;
     std::uint32_t taskbarCreatedMessage = 0;  // 0: not registered
-    std::uint32_t dpi = kDesignDpi;           // of the popup's monitor; 0 reads as 96
+    std::uint32_t dpi = kDesignDpi;           // of the popup's monitor; 0 is treated as 96
     std::uint64_t startTick = 0;              // GetTickCount64 at start-up, ms
     HPOWERNOTIFY resumeRegistration = nullptr;
     HPOWERNOTIFY displayRegistration = nullptr;
@@ -50,17 +50,17 @@ struct AppState {
     bool trayIconAdded = false;
     std::int32_t trayRetryCount = 0;
     bool popupShown = false;
-    std::uint32_t popupShows = 0;  // how often it was shown
-    bool popupArmed = false;       // the popup has been active since it was shown; only then it hides itself
+    std::uint32_t popupShowCount = 0;  // number of times it was shown
+    bool popupArmed = false;  // active at least once since it was shown; only then does it hide itself
     bool menuTracking = false;
-    std::uint32_t menuRequests = 0;   // how often the tray menu was asked for
-    std::uint64_t popupHiddenAt = 0;  // tick, ms
-    bool ending = false;              // window or session is at its end: nothing is taken over any more
+    std::uint32_t menuRequestCount = 0;  // number of times the tray menu was requested
+    std::uint64_t popupHiddenAt = 0;     // tick, ms
+    bool ending = false;                 // terminating: filter and lock are not applied any more
     Panel panel = Panel::Main;
     Slider dragSlider = Slider::None;
     std::int32_t dragStartY = 0;  // design units
     double dragStartValue = 0.0;
-    std::uint64_t copiedUntil = 0;  // tick, ms; 0: no copy to show
+    std::uint64_t copiedUntil = 0;  // tick, ms; 0: no copy to indicate
     std::wstring settingsPath;      // empty: no settings and no log file for the whole run
 
     // Resources of the popup, alive for the whole run.
@@ -75,12 +75,12 @@ struct AppState {
     // Colour filter.
     bool filterOn = false;     // never saved
     double intensity = 0.385;  // 0.0 (6500 K) .. 1.0 (0 K)
-    double brightness = 1.0;   // 0.1, or 0.0 with allowExtremeDim, .. 1.0
+    double brightness = 1.0;   // 0.1 (0.0 with allowExtremeDim) .. 1.0
     bool allowExtremeDim = false;
     FilterColour filterColour;
     bool useLegacyGamma = false;
     bool legacyModeAutoSet = false;
-    bool fallbackSuppressed = false;  // the user left Legacy Mode by hand during this run
+    bool fallbackSuppressed = false;  // the user switched Legacy Mode off during this run
     std::int32_t consecutiveError87 = 0;
     HMODULE magnificationModule = nullptr;
     BOOL(WINAPI* magInitialize)() = nullptr;
@@ -103,7 +103,7 @@ struct AppState {
     bool bannerDemotedLogged = false;
     bool cursorsTinted = false;
     CursorTint lastCursorTint;
-    HCURSOR baseCursors[kSystemCursorCount] = {};  // copies of our own; null where loading failed
+    HCURSOR baseCursors[kSystemCursorCount] = {};  // private copies; null where loading failed
     bool baseCursorsMade = false;
 
     // Hardware brightness.

@@ -3,16 +3,16 @@
 
 #include "win32/platform.h"
 
-// From the shell for the tray icon: lParam is the mouse message; wParam, the icon's id, is not looked at.
+// From the shell for the tray icon: lParam is the mouse message; wParam, the icon's id, is ignored.
 constexpr UINT kMessageTray = WM_USER + 1;
 
 // Posted by the automatic fallback to Legacy Mode; no payload.
 constexpr UINT kMessageLegacyNotice = WM_APP + 104;
 
-// Posted by a second instance of the program before it ends; no payload.
+// Posted by a second instance of the program before it exits; no payload.
 constexpr UINT kMessageShowPopup = WM_APP + 105;
 
-// Posted once a run when the colour matrix is refused; wParam is the error code.
+// Posted once per run when the colour matrix is refused; wParam is the error code.
 constexpr UINT kMessageMagnificationError = WM_APP + 106;
 
 // Posted when an operation on the displays has ended into which a display change or a click on the PWM-safe

@@ -1,10 +1,10 @@
-// The entry points of dxva2.dll, which is loaded at run time: a system without it has no external display to
-// drive. Their types are written out here, since the headers that declare them bring in all of Direct3D.
+// Entry points of dxva2.dll. It is loaded at run time: a system without it has no external display to
+// control. The types are declared here because the headers that declare them include all of Direct3D.
 #pragma once
 
 #include "win32/platform.h"
 
-struct _PHYSICAL_MONITOR;  // NOLINT(bugprone-reserved-identifier): the tag that Windows gave it
+struct _PHYSICAL_MONITOR;  // NOLINT(bugprone-reserved-identifier): the tag in Windows' headers
 
 struct MonitorFunctions {
     HMODULE module = nullptr;

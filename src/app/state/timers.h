@@ -1,4 +1,4 @@
-// Every timer of the main window: ids, periods and kinds. Nothing else calls SetTimer or KillTimer.
+// Every timer of the main window: ids, periods and kinds. No other file calls SetTimer or KillTimer.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 enum class TimerId : UINT_PTR {
     SaveSettings = 1,
     DisplaySettle = 2,
-    CopiedLookEnd = 3,
+    CopiedIndicationEnd = 3,
     PwmSafePoll = 4,
     PwmSafeVerify = 5,
     PopupAutoHide = 6,
@@ -18,18 +18,18 @@ enum class TimerId : UINT_PTR {
 
 enum class TimerPace { Normal, Long };
 
-// True for an id of the table: others in a WM_TIMER are not ours.
+// Whether the id is one of the above. Other WM_TIMER ids are ignored.
 bool IsTimerId(WPARAM id);
 
-// True for a timer whose first WM_TIMER ends it.
+// Whether the first WM_TIMER stops the timer.
 bool IsOneShot(TimerId timer);
 
-// Starts the timer with its period; a running one starts anew. TimerPace::Long selects the longer period of
+// Starts the timer with its period, or restarts a running one. TimerPace::Long selects the longer period of
 // the two timers that have one. Does nothing without a main window.
 void StartTimer(TimerId timer, TimerPace pace = TimerPace::Normal);
 
-// Stops the timer; a stopped one stays stopped.
+// Stops the timer. Does nothing if it is not running.
 void StopTimer(TimerId timer);
 
-// Stops the timer and starts it: what is counted is the time since the last call of a burst.
+// Debounces: the period restarts with each call.
 void RestartTimer(TimerId timer, TimerPace pace = TimerPace::Normal);

@@ -42,7 +42,7 @@ std::size_t DibMaskRowBytes(int width) {
     return (static_cast<std::size_t>(width) + 31) / 32 * 4;
 }
 
-void FillTintTables(const Rgb& factors, TintTables* tables) {
+void BuildTintTables(const Rgb& factors, TintTables* tables) {
     for (int value = 0; value < 256; ++value) {
         tables->red[value] = Scaled(value, factors.red);
         tables->green[value] = Scaled(value, factors.green);

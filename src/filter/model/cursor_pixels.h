@@ -15,30 +15,30 @@ struct CursorPixel {
 };
 static_assert(sizeof(CursorPixel) == 4);
 
-// What a filter makes of each value of the three colour channels.
+// The tinted value of each channel value: one lookup table per channel.
 struct TintTables {
     std::uint8_t red[256];
     std::uint8_t green[256];
     std::uint8_t blue[256];
 };
 
-// Bytes in a row of a bitmap mask, padded to 16 bits as CreateBitmap takes it, and of a 1-bit DIB, padded
-// to 32.
+// Bytes in a row of a bitmap mask (padded to 16 bits, as CreateBitmap expects) and of a 1-bit DIB (padded to
+// 32 bits).
 std::size_t MaskRowBytes(int width);
 std::size_t DibMaskRowBytes(int width);
 
-// Factors are 0..1; products are rounded half up.
-void FillTintTables(const Rgb& factors, TintTables* tables);
+// Computes the tables. Factors are 0..1; products are rounded half up.
+void BuildTintTables(const Rgb& factors, TintTables* tables);
 
-// Recolours the pixels in place. Alpha is left alone, and a pixel of four zero bytes stays as it is.
+// Recolours the pixels in place. Alpha does not change; a pixel of four zero bytes is skipped.
 void TintPixels(CursorPixel* pixels, std::size_t count, const TintTables& tables);
 
-// A monochrome cursor's mask, a top-down 1-bit DIB of width x 2 height, holds its AND half above its XOR
-// half. Makes of it opaque black and white pixels and the mask bits of what is transparent. `mask` has height
-// rows of MaskRowBytes, all zero on entry.
+// Converts a monochrome cursor's mask to opaque black and white pixels and a mask of the transparent pixels.
+// `halves` is a top-down 1-bit DIB of width x 2 height: the AND half above the XOR half. `mask` has `height`
+// rows of MaskRowBytes(width), all zero on entry.
 void ExpandMonochrome(const std::uint8_t* halves, int width, int height, CursorPixel* pixels,
                       std::uint8_t* mask);
 
-// The mask of pixels drawn without one: a pixel of four zero bytes is transparent; one with colour but no
-// alpha becomes opaque. `mask` as above.
+// Computes the mask of pixels that were drawn without one: a pixel of four zero bytes is transparent; one
+// with colour but no alpha becomes opaque. `mask` as in ExpandMonochrome.
 void BuildMaskFromPixels(CursorPixel* pixels, int width, int height, std::uint8_t* mask);

@@ -8,15 +8,15 @@
 namespace {
 
 constexpr double kCoolestKelvin = 25000.0;
-constexpr double kWarmestKelvin = 2000.0;    // the locus is followed no further; a fade to red takes over
-constexpr double kPublishedKelvin = 1667.0;  // the approximation itself would hold down to here
+constexpr double kWarmestKelvin = 2000.0;    // the locus ends here; below it the colour fades to red
+constexpr double kPublishedKelvin = 1667.0;  // lower limit of the published approximation
 
 struct Chromaticity {
     double x;
     double y;
 };
 
-// The second coefficient of the low branch is part of the calibrated curve, digit for digit: 234358.0.
+// The calibrated curve uses 234358.0 as the second coefficient of the low branch, not the published value.
 double PlanckianX(double t) {
     const double t2 = t * t;
     const double t3 = t2 * t;
@@ -37,13 +37,13 @@ Chromaticity PlanckianLocus(double kelvin) {
     return {x, PlanckianY(kelvin, x)};
 }
 
-// The fade's progress without a kink at either end: 3t^2 - 2t^3.
+// Fades without a kink at either end: 3t^2 - 2t^3.
 double SmoothStep(double t) {
     return std::clamp((3.0 - 2.0 * t) * t * t, 0.0, 1.0);
 }
 
-double Mix(double from, double to, double share) {
-    return (to - from) * share + from;
+double Mix(double from, double to, double weight) {
+    return (to - from) * weight + from;
 }
 
 }  // namespace
@@ -57,8 +57,8 @@ int RoundedKelvin(double intensity) {
 }
 
 void KelvinToRgb(double kelvin, double* red, double* green, double* blue) {
-    const double followed = std::clamp(kelvin, kWarmestKelvin, kCoolestKelvin);
-    const Chromaticity c = PlanckianLocus(std::clamp(followed, kPublishedKelvin, kCoolestKelvin));
+    const double clamped = std::clamp(kelvin, kWarmestKelvin, kCoolestKelvin);
+    const Chromaticity c = PlanckianLocus(std::clamp(clamped, kPublishedKelvin, kCoolestKelvin));
     const double x = c.x / c.y;
     const double z = (1.0 - c.x - c.y) / c.y;
     *red = std::clamp(3.2406 * x - 1.5372 - 0.4986 * z, 0.0, 4.0);
@@ -82,10 +82,10 @@ void IntensityToFilterRgb(double intensity, double* red, double* green, double* 
         return;
     }
     KelvinToFilterRgb(kWarmestKelvin, red, green, blue);
-    const double share = SmoothStep(std::clamp(1.0 - kelvin / kWarmestKelvin, 0.0, 1.0));
-    *red = std::clamp(Mix(*red, 1.0, share), 0.0, 1.0);
-    *green = std::clamp(Mix(*green, 0.0, share), 0.0, 1.0);
-    *blue = std::clamp(Mix(*blue, 0.0, share), 0.0, 1.0);
+    const double weight = SmoothStep(std::clamp(1.0 - kelvin / kWarmestKelvin, 0.0, 1.0));
+    *red = std::clamp(Mix(*red, 1.0, weight), 0.0, 1.0);
+    *green = std::clamp(Mix(*green, 0.0, weight), 0.0, 1.0);
+    *blue = std::clamp(Mix(*blue, 0.0, weight), 0.0, 1.0);
 }
 
 double ClampBrightness(double brightness, bool allowExtremeDim) {

@@ -1,11 +1,11 @@
-// The warmth and brightness model: pure arithmetic, no Windows.
+// The warmth and brightness model: pure arithmetic, without Windows.
 #pragma once
 
 #include <cstddef>
 
 enum class FilterPreset { None, Day, Evening, Night };
 
-// A colour, or what each channel of one is multiplied by.
+// A colour, or the factor of each channel.
 struct Rgb {
     double red = 1.0;
     double green = 1.0;
@@ -21,8 +21,8 @@ struct PresetRow {
 
 constexpr double kNeutralKelvin = 6500.0;  // warmth intensity 0
 
-// Colour temperatures are turned into intensities by this expression and no other: 1 - 4000/6500 and
-// 2500/6500 differ in the last bit.
+// Converts a colour temperature to an intensity. Use no other expression: 1 - 4000/6500 and 2500/6500 differ
+// in the last bit.
 constexpr double PresetIntensity(double kelvin) {
     return 1.0 - kelvin / kNeutralKelvin;
 }
@@ -38,27 +38,27 @@ constexpr double kPresetTolerance = 0.02;  // of the intensity, exclusive
 // Colour temperature in kelvin of a warmth intensity, linear from 6500 at 0 to 0 at 1; clamps the intensity.
 double IntensityToKelvin(double intensity);
 
-// The same, rounded half away from zero.
+// IntensityToKelvin, rounded half away from zero.
 int RoundedKelvin(double intensity);
 
 // Raw linear RGB of a black body at `kelvin` (clamped to 2000..25000 K), each channel 0..4.
 // Source: Kim et al., cubic approximation of the Planckian locus in CIE 1931 xy; sRGB matrix of IEC 61966-2-1
-// (D65), rounded to four decimals. One coefficient is our own; the source file says which.
+// (D65), rounded to four decimals. One coefficient differs from the source; see warmth.cpp.
 void KelvinToRgb(double kelvin, double* red, double* green, double* blue);
 
 // KelvinToRgb relative to 6500 K, each channel 0..1; (1, 1, 1) at 6500 K.
 void KelvinToFilterRgb(double kelvin, double* red, double* green, double* blue);
 
-// The filter's colour, each channel 0..1: a black body down to 2000 K, below it a fade to pure red at 0 K.
+// The filter's colour, each channel 0..1: a black body down to 2000 K, then a fade to pure red at 0 K.
 void IntensityToFilterRgb(double intensity, double* red, double* green, double* blue);
 
 // Software brightness between its floor (0.1, or 0.0 with extreme dim) and 1.0.
 double ClampBrightness(double brightness, bool allowExtremeDim);
 
-// The preset whose intensity lies within the tolerance; brightness does not count.
+// The preset whose intensity is within the tolerance, regardless of brightness.
 FilterPreset RecognisePreset(double intensity);
 
-// "4,000K", or "650K" below 1000 K, cut to the capacity.
+// "4,000K", or "650K" below 1000 K, truncated to the capacity.
 void FormatKelvinLabel(double intensity, wchar_t* label, std::size_t capacity);
 
 // Brightness in whole percent, truncated: 0.999 is 99.

@@ -181,7 +181,7 @@ AMBREL_REPLACE(bool, BringToForeground, (HWND)) {
     return true;
 }
 
-AMBREL_REPLACE(void, AdoptDpi, (UINT dpi)) {
+AMBREL_REPLACE(void, SetDpi, (UINT dpi)) {
     g_app.dpi = dpi;
 }
 

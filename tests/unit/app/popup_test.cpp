@@ -32,7 +32,7 @@ AMBREL_REPLACE(bool, BringToForeground, (HWND window)) {
     return g_foregroundGranted;
 }
 
-AMBREL_REPLACE(void, AdoptDpi, (UINT dpi)) {
+AMBREL_REPLACE(void, SetDpi, (UINT dpi)) {
     g_app.dpi = dpi;
 }
 

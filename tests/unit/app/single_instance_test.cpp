@@ -109,18 +109,18 @@ TEST_F(SingleInstance, AnyOtherFailureLetsTheProgramStart) {
 TEST_F(SingleInstance, TheFirstInstanceIsAllowedForwardAndAskedToShowItsPopup) {
     g_foundWindow = kFirstWindow;
     g_process = 4242;
-    WakeFirstInstance();
+    SignalFirstInstance();
     EXPECT_EQ(g_calls, (CallRecord{"find Ambrel2Class Ambrel", "allow 4242", "post 500 32873 0 0"}));
 }
 
 TEST_F(SingleInstance, WithoutAProcessIdAnyProcessIsAllowedForward) {
     g_foundWindow = kFirstWindow;
-    WakeFirstInstance();
+    SignalFirstInstance();
     EXPECT_EQ(g_calls, (CallRecord{"find Ambrel2Class Ambrel", "allow 4294967295", "post 500 32873 0 0"}));
 }
 
 TEST_F(SingleInstance, WithoutAWindowNobodyIsWoken) {
-    WakeFirstInstance();
+    SignalFirstInstance();
     EXPECT_EQ(g_calls, (CallRecord{"find Ambrel2Class Ambrel"}));
 }
 

@@ -50,7 +50,7 @@ AMBREL_SEAM(KillTimer, FakeKillTimer);
 TEST_F(Timers, EachTimerHasItsIdAndPeriod) {
     StartTimer(TimerId::SaveSettings);
     StartTimer(TimerId::DisplaySettle);
-    StartTimer(TimerId::CopiedLookEnd);
+    StartTimer(TimerId::CopiedIndicationEnd);
     StartTimer(TimerId::PwmSafePoll);
     StartTimer(TimerId::PwmSafeVerify);
     StartTimer(TimerId::PopupAutoHide);
@@ -96,7 +96,7 @@ TEST_F(Timers, OnlyTheIdsOfTheTableAreOurs) {
 TEST_F(Timers, OnlyThePollsAndTheAutoHideRepeat) {
     EXPECT_TRUE(IsOneShot(TimerId::SaveSettings));
     EXPECT_TRUE(IsOneShot(TimerId::DisplaySettle));
-    EXPECT_TRUE(IsOneShot(TimerId::CopiedLookEnd));
+    EXPECT_TRUE(IsOneShot(TimerId::CopiedIndicationEnd));
     EXPECT_FALSE(IsOneShot(TimerId::PwmSafePoll));
     EXPECT_TRUE(IsOneShot(TimerId::PwmSafeVerify));
     EXPECT_FALSE(IsOneShot(TimerId::PopupAutoHide));

@@ -19,7 +19,7 @@ int Rounded(int value, double factor) {
 
 TintTables TablesFor(double red, double green, double blue) {
     TintTables tables;
-    FillTintTables({red, green, blue}, &tables);
+    BuildTintTables({red, green, blue}, &tables);
     return tables;
 }
 
