@@ -6,8 +6,8 @@ import time
 from pathlib import Path
 
 TICKS = os.sysconf("SC_CLK_TCK")
-# Seconds that a process may take to replace itself, and looks at one that seems to have no environment.
-EXEC_PATIENCE, EXEC_PAUSE, LOOKS = 1.0, 0.001, 3
+# The limit in seconds for an exec, the pause between checks, and the number of checks that must find no environment.
+EXEC_TIMEOUT, EXEC_PAUSE, CHECKS = 1.0, 0.001, 3
 
 
 def read_bytes(path):
@@ -18,7 +18,7 @@ def read_bytes(path):
 
 
 def has_memory(pid):
-    """False of the kernel's own processes, of one whose first thread has ended and of another user's."""
+    """False for kernel processes, processes whose first thread has ended, and processes of other users."""
     try:
         return bool(os.readlink(f"/proc/{pid}/exe"))
     except OSError:
@@ -26,31 +26,31 @@ def has_memory(pid):
 
 
 def environment_of(pid):
-    """What a process was given as its environment, b"" when it has none.
+    """The environment of a process, b"" if it has none.
 
-    In the middle of an exec a process seems to have neither environment nor command line; that moment is waited out.
-    One whose first thread has ended shows its environment only in its other threads: Wine's service for USB devices
-    loses its first thread when Wine's server ends before it, while a thread of a Linux library goes on.
+    During an exec a process has neither environment nor command line, so this waits until the exec has finished. A
+    process whose first thread has ended shows its environment only in its other threads. An example is Wine's service
+    for USB devices: it loses its first thread when Wine's server exits first, while a thread of a Linux library runs on.
     """
-    deadline, looks = time.monotonic() + EXEC_PATIENCE, 0
+    deadline, checks = time.monotonic() + EXEC_TIMEOUT, 0
     while not (environment := read_bytes(f"/proc/{pid}/environ")):
         if not has_memory(pid):
             return read_in_threads(pid, "environ")
-        looks += bool(read_bytes(f"/proc/{pid}/cmdline"))
-        if looks == LOOKS or time.monotonic() > deadline:
+        checks += bool(read_bytes(f"/proc/{pid}/cmdline"))
+        if checks == CHECKS or time.monotonic() > deadline:
             break
         time.sleep(EXEC_PAUSE)
     return environment
 
 
 def command_line_of(pid):
-    """The words of a process's command line. A killed process loses it when its first thread has ended, while its other
-    threads still hold what it has open in Wine's server."""
+    """The words of a process's command line. A killed process loses it when its first thread has ended, although its
+    other threads still keep objects open in Wine's server."""
     return (read_bytes(f"/proc/{pid}/cmdline") or read_in_threads(pid, "cmdline")).split(b"\0")
 
 
 def read_in_threads(pid, name):
-    """A file of the first thread that still has it, b"" when none has."""
+    """The content of a file of the first thread for which it is not empty, b"" if there is none."""
     try:
         threads = os.listdir(f"/proc/{pid}/task")
     except OSError:

@@ -8,7 +8,7 @@ from contextlib import contextmanager
 import pytest
 
 HOLDER = "C:\\lab\\hold.js"
-# Opens the file without sharing, prints "ready", and then blocks: nobody reads its second, very long line.
+# Opens the file without sharing, prints "ready", and then blocks, because its second, very long line is not read.
 HOLDER_TEXT = ('var file = new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(WScript.Arguments(0), 1);\n'
                'WScript.Echo("ready");\nvar text = "................";\n'
                'while (text.length < 300000) text += text;\nWScript.Echo(text);\n')

@@ -377,7 +377,7 @@ def test_an_uninstaller_that_cannot_be_replaced_stays_and_removes_the_new_versio
 
 
 def test_an_install_in_a_read_only_folder_fails_without_changes(desk):
-    # The kernel lets nobody create anything in this folder.
+    # No file can be created in this folder of the kernel.
     (desk.prefix.folder / "dosdevices" / "r:").symlink_to("/sys/kernel")
     before = desk.files()
     assert desk.setup(folder="R:\\Ambrel") == FAILED

@@ -138,7 +138,7 @@ def test_the_program_and_the_installer_name_the_same_publisher(packages):
 
 
 def yaml_facts(text):
-    """`key: value` lines of a simple YAML text, whatever their depth."""
+    """`key: value` lines of a simple YAML text, regardless of their depth."""
     rows = [re.match(r"^[ -]*([A-Za-z0-9]+): (.+)$", line) for line in text.splitlines()]
     return {row.group(1): row.group(2).strip("'").replace("''", "'") for row in rows if row}
 

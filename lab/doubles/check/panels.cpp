@@ -8,7 +8,7 @@ constexpr wchar_t kBrightnessQuery[] =
     L"SELECT InstanceName, CurrentBrightness FROM WmiMonitorBrightness WHERE Active = TRUE";
 constexpr wchar_t kMethodsQuery[] =
     L"SELECT InstanceName, __PATH FROM WmiMonitorBrightnessMethods WHERE Active = TRUE";
-constexpr LONG kPatience = 1500;
+constexpr LONG kNextTimeout = 1500;  // ms
 
 template <typename Interface>
 struct Owned {
@@ -104,7 +104,7 @@ bool Query(const Connection& connection, const wchar_t* text, Owned<IEnumWbemCla
 
 bool Next(const Owned<IEnumWbemClassObject>& found, Owned<IWbemClassObject>& object) {
     ULONG returned = 0;
-    const HRESULT result = found.it->Next(kPatience, 1, &object.it, &returned);
+    const HRESULT result = found.it->Next(kNextTimeout, 1, &object.it, &returned);
     return Works(L"end", result, object) && returned == 1;
 }
 
