@@ -30,7 +30,7 @@ def environment_of(pid):
 
     During an exec a process has neither environment nor command line, so this waits until the exec has finished. A
     process whose first thread has ended shows its environment only in its other threads. An example is Wine's service
-    for USB devices: it loses its first thread when Wine's server exits first, while a thread of a Linux library runs on.
+    for USB devices: it loses its first thread when Wine's server exits first, but a library thread keeps running.
     """
     deadline, checks = time.monotonic() + EXEC_TIMEOUT, 0
     while not (environment := read_bytes(f"/proc/{pid}/environ")):
