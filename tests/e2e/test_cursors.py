@@ -35,7 +35,7 @@ class Cursors:
     def text(self):
         return self.desk.wine_log()[self.offset:]
 
-    def button_state(self):
+    def clear(self):
         """Discards all calls so far."""
         self.offset = len(self.desk.wine_log())
 
