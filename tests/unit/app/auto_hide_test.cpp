@@ -67,7 +67,7 @@ AMBREL_SEAM(GetWindow, FakeGetWindow);
 AMBREL_SEAM(GetWindowThreadProcessId, FakeGetWindowThreadProcessId);
 AMBREL_SEAM(IsWindowVisible, FakeIsWindowVisible);
 
-// Deactivation, as Windows tells it.
+// Deactivations that Windows reports.
 
 TEST_F(AutoHide, AnotherProgramsWindowHidesThePopup) {
     OnActivate(WA_INACTIVE, kForeign);
@@ -79,12 +79,12 @@ TEST_F(AutoHide, AWindowOwnedByAnotherProgramsWindowHidesThePopup) {
     ExpectHidden();
 }
 
-TEST_F(AutoHide, WhenTheGainingWindowIsNotToldTheForegroundWindowCounts) {
+TEST_F(AutoHide, WithoutAGainingWindowTheForegroundWindowDecides) {
     OnActivate(WA_INACTIVE, nullptr);
     ExpectHidden();
 }
 
-TEST_F(AutoHide, AForegroundWindowOfOursDoesNotHideThePopup) {
+TEST_F(AutoHide, AForegroundWindowOfThisProgramDoesNotHideThePopup) {
     g_foreground = kOwned;
     OnActivate(WA_INACTIVE, nullptr);
     g_foreground = kPopup;
@@ -92,13 +92,13 @@ TEST_F(AutoHide, AForegroundWindowOfOursDoesNotHideThePopup) {
     ExpectUntouched();
 }
 
-TEST_F(AutoHide, WithNobodyToGainTheActivationThePopupIsHidden) {
+TEST_F(AutoHide, WithoutAnyWindowToActivateThePopupIsHidden) {
     g_foreground = nullptr;
     OnActivate(WA_INACTIVE, nullptr);
     ExpectHidden();
 }
 
-TEST_F(AutoHide, TheToldWindowCountsMoreThanTheForegroundWindow) {
+TEST_F(AutoHide, TheGainingWindowTakesPrecedenceOverTheForegroundWindow) {
     g_foreground = kPopup;
     OnActivate(WA_INACTIVE, kForeign);
     ExpectHidden();
@@ -134,7 +134,7 @@ TEST_F(AutoHide, ActivationDoesNothing) {
     EXPECT_FALSE(g_app.popupArmed);
 }
 
-// The look every 150 ms.
+// The poll every 150 ms.
 
 TEST_F(AutoHide, AnArmedPopupHidesWhenAnotherProgramIsInTheForeground) {
     g_app.popupArmed = true;
@@ -170,7 +170,7 @@ TEST_F(AutoHide, AWindowOfThisThreadArmsThePopup) {
     ExpectUntouched();
 }
 
-TEST_F(AutoHide, OnceArmedTheNextLookAtAnotherProgramHidesIt) {
+TEST_F(AutoHide, AnArmedPopupIsHiddenByThePollThatFindsAnotherProgram) {
     OnAutoHideTimer();
     g_foreground = kPopup;
     OnAutoHideTimer();
@@ -180,7 +180,7 @@ TEST_F(AutoHide, OnceArmedTheNextLookAtAnotherProgramHidesIt) {
     ExpectHidden();
 }
 
-TEST_F(AutoHide, WithNoForegroundWindowTheLookChangesNothing) {
+TEST_F(AutoHide, WithoutAForegroundWindowThePollChangesNothing) {
     g_foreground = nullptr;
     g_app.popupArmed = true;
     OnAutoHideTimer();
@@ -188,7 +188,7 @@ TEST_F(AutoHide, WithNoForegroundWindowTheLookChangesNothing) {
     EXPECT_TRUE(g_app.popupArmed);
 }
 
-TEST_F(AutoHide, WhileTheTrayMenuIsOpenTheLookChangesNothing) {
+TEST_F(AutoHide, WhileTheTrayMenuIsOpenThePollChangesNothing) {
     g_app.menuTracking = true;
     g_app.popupArmed = true;
     OnAutoHideTimer();
@@ -200,7 +200,7 @@ TEST_F(AutoHide, WhileTheTrayMenuIsOpenTheLookChangesNothing) {
     ExpectUntouched();
 }
 
-TEST_F(AutoHide, AnInvisiblePopupEndsTheLooking) {
+TEST_F(AutoHide, AnInvisiblePopupStopsThePolling) {
     g_visible = false;
     g_app.popupArmed = true;
     OnAutoHideTimer();
@@ -209,7 +209,7 @@ TEST_F(AutoHide, AnInvisiblePopupEndsTheLooking) {
     EXPECT_FALSE(g_app.popupArmed);
 }
 
-TEST_F(AutoHide, APopupThatIsNotShownEndsTheLooking) {
+TEST_F(AutoHide, APopupThatIsNotShownStopsThePolling) {
     g_app.popupShown = false;
     g_app.popupArmed = true;
     OnAutoHideTimer();

@@ -35,12 +35,12 @@ protected:
 
 }  // namespace
 
-TEST_F(DisplayEvents, ADisplayChangeStartsTheSettling) {
+TEST_F(DisplayEvents, ADisplayChangeStartsTheSettleTimer) {
     OnDisplayChange();
     EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "set timer 2 300"}));
 }
 
-TEST_F(DisplayEvents, ABurstOfDisplayChangesStartsTheSettlingAnewEachTimeAndAppliesNothing) {
+TEST_F(DisplayEvents, ABurstOfDisplayChangesRestartsTheSettleTimerAndAppliesNothing) {
     g_app.filterOn = true;
     OnDisplayChange();
     OnDisplayChange();
@@ -49,7 +49,7 @@ TEST_F(DisplayEvents, ABurstOfDisplayChangesStartsTheSettlingAnewEachTimeAndAppl
                                    "kill timer 2", "set timer 2 300"}));
 }
 
-TEST_F(DisplayEvents, SettledWithTheFilterOffTheBacklightIsLookedAtAndThePopupRefreshed) {
+TEST_F(DisplayEvents, WithTheFilterOffSettlingReassertsTheLockAndRefreshes) {
     OnDisplaysSettled();
     g_app.magnificationReady = true;
     OnDisplaysSettled();
@@ -59,20 +59,20 @@ TEST_F(DisplayEvents, SettledWithTheFilterOffTheBacklightIsLookedAtAndThePopupRe
               (CallRecord{"pwm reassert", "refresh", "pwm reassert", "refresh", "pwm reassert", "refresh"}));
 }
 
-TEST_F(DisplayEvents, SettledTheFilterIsAppliedAgain) {
+TEST_F(DisplayEvents, SettlingReappliesTheFilter) {
     g_app.filterOn = true;
     g_app.magnificationReady = true;
     OnDisplaysSettled();
     EXPECT_EQ(g_calls, (CallRecord{"apply filter", "pwm reassert", "refresh"}));
 }
 
-TEST_F(DisplayEvents, SettledTheMagnificationIsInitialisedIfItIsNotReady) {
+TEST_F(DisplayEvents, SettlingInitialisesTheMagnificationApiIfItIsNotReady) {
     g_app.filterOn = true;
     OnDisplaysSettled();
     EXPECT_EQ(g_calls, (CallRecord{"init magnification", "apply filter", "pwm reassert", "refresh"}));
 }
 
-TEST_F(DisplayEvents, SettledInLegacyModeTheMagnificationIsLeftAlone) {
+TEST_F(DisplayEvents, SettlingInLegacyModeDoesNotInitialiseTheMagnificationApi) {
     g_app.filterOn = true;
     g_app.useLegacyGamma = true;
     OnDisplaysSettled();

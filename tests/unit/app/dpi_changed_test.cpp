@@ -42,7 +42,7 @@ protected:
         g_calls.clear();
     }
 
-    // The suggested rectangle's own size is wrong on purpose: only its corner counts.
+    // The size of the suggested rectangle is wrong on purpose: only its corner is used.
     static LRESULT Change(WPARAM dpi) {
         const RECT suggested = {-1950, 40, -1000, 41};
         return MainWindowProc(kWindow, WM_DPICHANGED, dpi, reinterpret_cast<LPARAM>(&suggested));
@@ -64,7 +64,7 @@ TEST_F(DpiChanged, TheNewDpiIsStoredAndTheWindowMovedAndScaled) {
                                    "move 500 to -1950 40 size 480x810 flags 20", "invalidate 500"}));
 }
 
-TEST_F(DpiChanged, TheLowWordAloneCountsToo) {
+TEST_F(DpiChanged, ADpiInTheLowWordAloneIsUsed) {
     Change(120);
     EXPECT_EQ(g_app.dpi, 120U);
     EXPECT_EQ(g_calls, (CallRecord{"load icon 103 28x28", "destroy icon 70",
@@ -76,7 +76,7 @@ TEST_F(DpiChanged, TheSameDpiRebuildsNothingButMovesTheWindow) {
     EXPECT_EQ(g_calls, (CallRecord{"move 500 to -1950 40 size 320x540 flags 20", "invalidate 500"}));
 }
 
-TEST_F(DpiChanged, ZeroCountsAs96) {
+TEST_F(DpiChanged, ADpiOfZeroIsTreatedAs96) {
     g_app.dpi = 192;
     Change(0);
     EXPECT_EQ(g_app.dpi, 96U);
@@ -84,7 +84,7 @@ TEST_F(DpiChanged, ZeroCountsAs96) {
                                    "move 500 to -1950 40 size 320x540 flags 20", "invalidate 500"}));
 }
 
-TEST_F(DpiChanged, EachChangeDestroysTheIconBefore) {
+TEST_F(DpiChanged, EachChangeDestroysThePreviousIcon) {
     Change(MAKEWPARAM(192, 192));
     Change(MAKEWPARAM(96, 96));
     EXPECT_EQ(g_calls, (CallRecord{"load icon 103 44x44", "destroy icon 70",
@@ -93,7 +93,7 @@ TEST_F(DpiChanged, EachChangeDestroysTheIconBefore) {
                                    "move 500 to -1950 40 size 320x540 flags 20", "invalidate 500"}));
 }
 
-TEST_F(DpiChanged, ASliderThatIsHeldStaysHeld) {
+TEST_F(DpiChanged, ADragContinuesAcrossADpiChange) {
     g_app.dragSlider = Slider::Warmth;
     g_app.dragStartY = 200;
     Change(MAKEWPARAM(144, 144));

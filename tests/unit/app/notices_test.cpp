@@ -18,7 +18,7 @@ struct Box {
 
 Box g_box;
 int g_boxes = 0;
-void (*g_duringBox)() = nullptr;  // what happens while the next box is open
+void (*g_duringBox)() = nullptr;  // runs while the next box is open
 
 int WINAPI FakeMessageBox(HWND owner, const wchar_t* text, const wchar_t* title, UINT type) {
     g_box = {owner, text, title, type};
@@ -47,7 +47,7 @@ protected:
 
 AMBREL_SEAM(MessageBoxW, FakeMessageBox);
 
-TEST_F(Notices, TheSwitchToLegacyModeIsToldOnThePopup) {
+TEST_F(Notices, TheLegacyModeNoticeIsOwnedByThePopup) {
     ShowLegacyNotice();
     EXPECT_EQ(g_boxes, 1);
     EXPECT_EQ(g_box.owner, kWindow);

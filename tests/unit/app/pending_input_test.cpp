@@ -90,18 +90,18 @@ TEST_F(PendingInput, IsDispatchedInOrderUntilNoneIsLeft) {
     EXPECT_EQ(g_calls, (CallRecord{"dispatch 514", "dispatch 512", "dispatch 513", "dispatch 514"}));
 }
 
-TEST_F(PendingInput, NothingHappensWhenNoneWaits) {
+TEST_F(PendingInput, NothingIsDispatchedWhenTheQueueIsEmpty) {
     HandlePendingPopupInput();
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(PendingInput, AMouseThatNeverStopsIsHandledAHundredTimes) {
+TEST_F(PendingInput, AtMostAHundredMessagesAreDispatched) {
     g_mouseNeverStops = true;
     HandlePendingPopupInput();
     EXPECT_EQ(g_calls.size(), 100U);
 }
 
-// With a null window PeekMessage would take the input of message boxes.
+// With a null window PeekMessage would retrieve the input of message boxes.
 TEST_F(PendingInput, StopsWhenAHandlerDestroysTheWindow) {
     g_queue = {WM_LBUTTONDOWN, WM_LBUTTONUP};
     g_whileHandling = [] { g_app.mainWindow = nullptr; };
@@ -115,20 +115,20 @@ TEST_F(PendingInput, StopsWhenASentMessageDestroysTheWindow) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(PendingInput, IsLeftAloneWithoutAWindow) {
+TEST_F(PendingInput, NothingIsDispatchedWithoutAWindow) {
     g_app.mainWindow = nullptr;
     g_whilePeeking = [] { Record("peek"); };
     HandlePendingPopupInput();
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(PendingInput, AQuitIsLeftToTheMessageLoop) {
+TEST_F(PendingInput, AQuitMessageIsPostedAgainForTheMessageLoop) {
     g_queue = {WM_QUIT, WM_LBUTTONUP};
     HandlePendingPopupInput();
     EXPECT_EQ(g_calls, (CallRecord{"post quit 3"}));
 }
 
-TEST(HeldSlider, NoSliderIsHeldWithoutADragWhateverTheButtonDoes) {
+TEST(HeldSlider, WithoutADragNoSliderIsHeldRegardlessOfTheButton) {
     g_app = AppState{};
     g_calls.clear();
     g_buttonDown = VK_LBUTTON;
@@ -150,7 +150,7 @@ TEST(HeldSlider, ADragIsHeldWhileItsButtonIsDown) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST(HeldSlider, ADragWhoseReleaseWentElsewhereEnds) {
+TEST(HeldSlider, ADragWhoseReleaseWentToAnotherWindowEnds) {
     g_app = AppState{};
     g_app.dragSlider = Slider::Brightness;
     g_buttonsSwapped = false;

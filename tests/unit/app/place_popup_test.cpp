@@ -48,17 +48,17 @@ TEST(PlacePopup, FollowsAMonitorRightOfThePrimaryOne) {
     EXPECT_EQ(PlaceAt(96, {1920, 120, 3840, 1160}), (Corner{3510, 610}));
 }
 
-TEST(PlacePopup, OnAWorkAreaSmallerThanThePopupTheTopLeftCornerWins) {
+TEST(PlacePopup, OnAWorkAreaSmallerThanThePopupTheTopLeftCornerStaysVisible) {
     EXPECT_EQ(PlaceAt(96, {100, 50, 400, 550}), (Corner{110, 60}));
     EXPECT_EQ(PlaceAt(96, {-640, -480, -400, -100}), (Corner{-630, -470}));
 }
 
-TEST(PlacePopup, EachDirectionIsHeldInsideForItself) {
+TEST(PlacePopup, EachDirectionIsClampedIndependently) {
     EXPECT_EQ(PlaceAt(96, {0, 0, 1024, 500}), (Corner{694, 10}));
     EXPECT_EQ(PlaceAt(96, {0, 0, 330, 1080}), (Corner{10, 530}));
 }
 
-TEST(PlacePopup, AWorkAreaThatJustHoldsPopupAndMarginsIsFilled) {
+TEST(PlacePopup, AWorkAreaOfThePopupsSizePlusMarginsIsFilled) {
     EXPECT_EQ(PlaceAt(96, {0, 0, 340, 560}), (Corner{10, 10}));
     EXPECT_EQ(PlaceAt(96, {0, 0, 341, 561}), (Corner{11, 11}));
 }
@@ -71,10 +71,10 @@ TEST(PlacePopup, IsScaledWithTheMonitor) {
     EXPECT_EQ(PlaceAt(192, {0, 0, 3840, 2080}), (Corner{3180, 980}));
 }
 
-TEST(PlacePopup, AtDoubleScaleOnAnOrdinaryScreenTheTopWins) {
+TEST(PlacePopup, AtDoubleScaleOnAFullHdScreenTheTopStaysVisible) {
     EXPECT_EQ(PlaceAt(192, {0, 0, 1920, 1040}), (Corner{1260, 20}));
 }
 
-TEST(PlacePopup, AnUnknownDpiCountsAs96) {
+TEST(PlacePopup, AnUnknownDpiIsTreatedAs96) {
     EXPECT_EQ(PlaceAt(0, {0, 0, 1920, 1040}), (Corner{1590, 490}));
 }

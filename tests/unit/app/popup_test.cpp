@@ -139,7 +139,7 @@ AMBREL_SEAM(InvalidateRect, FakeInvalidateRect);
 AMBREL_SEAM(ShowWindow, FakeShowWindow);
 AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
 
-TEST_F(Popup, LooksAtTheDisplaysFirstThenIsPlacedShownBroughtToTheFrontAndWatched) {
+TEST_F(Popup, IsPlacedShownActivatedAndPolledAfterTheDisplaysAreQueried) {
     ShowPopup();
     // The flags are SWP_NOSIZE and SWP_SHOWWINDOW; the monitor is the nearest one.
     EXPECT_EQ(g_calls, (CallRecord{
@@ -156,14 +156,14 @@ TEST_F(Popup, LooksAtTheDisplaysFirstThenIsPlacedShownBroughtToTheFrontAndWatche
     EXPECT_TRUE(g_app.popupArmed);
 }
 
-TEST_F(Popup, IsNotShownWhenTheProgramEndedWhileTheDisplaysAnswered) {
+TEST_F(Popup, IsNotShownIfTheProgramQuitsDuringTheDisplayQuery) {
     g_whileDisplaysAnswer = [] { g_app.ending = true; };
     ShowPopup();
     EXPECT_EQ(g_calls, (CallRecord{"pwm refresh"}));
     EXPECT_FALSE(g_app.popupShown);
 }
 
-TEST_F(Popup, IsShownByTheClickThatCameWhileTheDisplaysAnsweredAndThenOnlyPainted) {
+TEST_F(Popup, IsOnlyRepaintedIfAClickDuringTheDisplayQueryHasShownIt) {
     g_whileDisplaysAnswer = [] {
         ShowPopup();
         g_calls.clear();
@@ -173,7 +173,7 @@ TEST_F(Popup, IsShownByTheClickThatCameWhileTheDisplaysAnsweredAndThenOnlyPainte
     EXPECT_TRUE(g_app.popupShown);
 }
 
-TEST_F(Popup, StaysHiddenWhenItWasShownAndHiddenWhileTheDisplaysAnswered) {
+TEST_F(Popup, StaysHiddenIfItWasShownAndHiddenDuringTheDisplayQuery) {
     g_whileDisplaysAnswer = [] {
         ShowPopup();
         HidePopup();
@@ -223,7 +223,7 @@ TEST_F(Popup, WithoutAMonitorThePrimaryWorkAreaIsUsed) {
                        }));
 }
 
-TEST_F(Popup, WhenTheMonitorDoesNotTellThePrimaryWorkAreaIsUsedWithThatMonitorsDpi) {
+TEST_F(Popup, WithoutMonitorInfoThePrimaryWorkAreaIsUsedWithThatMonitorsDpi) {
     g_monitorTells = false;
     ShowPopup();
     EXPECT_EQ(g_calls, (CallRecord{
@@ -239,7 +239,7 @@ TEST_F(Popup, WhenTheMonitorDoesNotTellThePrimaryWorkAreaIsUsedWithThatMonitorsD
                        }));
 }
 
-TEST_F(Popup, WithoutTheForegroundItIsShownAndWatchedButNotArmed) {
+TEST_F(Popup, WithoutTheForegroundItIsShownAndPolledButNotArmed) {
     g_foregroundGranted = false;
     g_app.popupArmed = true;
     ShowPopup();
@@ -248,7 +248,7 @@ TEST_F(Popup, WithoutTheForegroundItIsShownAndWatchedButNotArmed) {
     EXPECT_EQ(g_calls.back(), "set timer 6 150");
 }
 
-TEST_F(Popup, HidingStopsTheWatchAndForgetsBeforeTheWindowGoes) {
+TEST_F(Popup, HidingStopsThePollAndUpdatesTheStateBeforeTheWindowIsHidden) {
     g_app.popupShown = true;
     g_app.popupArmed = true;
     HidePopup();

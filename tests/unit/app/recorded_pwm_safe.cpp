@@ -24,7 +24,7 @@ AMBREL_REPLACE(void, AssertPwmSafeLock, (bool byUser)) {
 }
 AMBREL_REPLACE(void, RefreshPwmSafeTargets, (bool fromTimer)) {
     Record("pwm refresh", fromTimer ? " from timer" : "");
-    // What is dispatched may look at the displays in its turn.
+    // The dispatched message may query the displays itself.
     if (const auto dispatch = std::exchange(g_whileDisplaysAnswer, nullptr)) dispatch();
 }
 AMBREL_REPLACE(void, VerifyPwmLock, ()) {

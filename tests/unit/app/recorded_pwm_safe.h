@@ -1,9 +1,9 @@
-// Takes the PWM-safe controller's place in a test program: a line "pwm ..." in the record for each call.
+// Replaces the PWM-safe controller in a test program. Records each call as "pwm ...".
 #pragma once
 
 #include "support/seam.h"
 
 AMBREL_USES_SEAMS(recorded_pwm_safe);
 
-// Called once, by the next look at the displays, as a message that is dispatched while they answer.
+// Runs once, during the next display query, like a message that is dispatched while the displays answer.
 extern void (*g_whileDisplaysAnswer)();

@@ -86,7 +86,7 @@ AMBREL_SEAM(PostMessageW, FakePostMessage);
 AMBREL_SEAM(ReleaseMutex, FakeReleaseMutex);
 AMBREL_SEAM(CloseHandle, FakeCloseHandle);
 
-TEST_F(SingleInstance, TheFirstInstanceOwnsAndKeepsTheMutex) {
+TEST_F(SingleInstance, TheFirstInstanceOwnsAndStoresTheMutex) {
     EXPECT_TRUE(ClaimWith(kMutex, ERROR_SUCCESS));
     EXPECT_EQ(g_calls, (CallRecord{"create mutex Global\\Ambrel2SingleInstance"}));
     EXPECT_EQ(g_app.singleInstanceMutex, kMutex);
@@ -96,7 +96,7 @@ TEST_F(SingleInstance, AMutexThatExistsMakesThisTheSecondInstance) {
     EXPECT_FALSE(ClaimWith(kMutex, ERROR_ALREADY_EXISTS));
 }
 
-TEST_F(SingleInstance, AMutexOfAnotherUserCountsAsHeld) {
+TEST_F(SingleInstance, AMutexOfAnotherUserIsTreatedAsHeld) {
     EXPECT_FALSE(ClaimWith(nullptr, ERROR_ACCESS_DENIED));
 }
 
@@ -106,20 +106,20 @@ TEST_F(SingleInstance, AnyOtherFailureLetsTheProgramStart) {
     EXPECT_TRUE(ClaimWith(nullptr, ERROR_PATH_NOT_FOUND));
 }
 
-TEST_F(SingleInstance, TheFirstInstanceIsAllowedForwardAndAskedToShowItsPopup) {
+TEST_F(SingleInstance, TheFirstInstanceMayTakeTheForegroundAndIsSentTheShowMessage) {
     g_foundWindow = kFirstWindow;
     g_process = 4242;
     SignalFirstInstance();
     EXPECT_EQ(g_calls, (CallRecord{"find Ambrel2Class Ambrel", "allow 4242", "post 500 32873 0 0"}));
 }
 
-TEST_F(SingleInstance, WithoutAProcessIdAnyProcessIsAllowedForward) {
+TEST_F(SingleInstance, WithoutAProcessIdAnyProcessMayTakeTheForeground) {
     g_foundWindow = kFirstWindow;
     SignalFirstInstance();
     EXPECT_EQ(g_calls, (CallRecord{"find Ambrel2Class Ambrel", "allow 4294967295", "post 500 32873 0 0"}));
 }
 
-TEST_F(SingleInstance, WithoutAWindowNobodyIsWoken) {
+TEST_F(SingleInstance, WithoutAWindowNoMessageIsPosted) {
     SignalFirstInstance();
     EXPECT_EQ(g_calls, (CallRecord{"find Ambrel2Class Ambrel"}));
 }

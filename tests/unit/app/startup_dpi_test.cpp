@@ -14,7 +14,7 @@ class StartupDpi : public testing::Test {
 protected:
     void SetUp() override { ResetSystem(); }
 
-    // The calls between COM's preparation and the mutex.
+    // The calls between the initialisation of COM and the creation of the mutex.
     static CallRecord AwarenessCalls() {
         auto from = g_calls.begin();
         while (from != g_calls.end() && !from->starts_with("co security"))
@@ -33,40 +33,40 @@ TEST_F(StartupDpi, AwarenessIsPerMonitor) {
     EXPECT_EQ(AwarenessCalls(), (CallRecord{"load Shcore.dll", "set awareness 2", "free Shcore.dll"}));
 }
 
-TEST_F(StartupDpi, AwarenessThatWasSetAlreadyIsLeftAsItIs) {
+TEST_F(StartupDpi, AwarenessThatIsAlreadySetIsKept) {
     g_system.awarenessAnswer = kAwarenessSetAlready;
     Start();
     EXPECT_EQ(AwarenessCalls(), (CallRecord{"load Shcore.dll", "set awareness 2", "free Shcore.dll"}));
 }
 
-TEST_F(StartupDpi, AnyOtherFailureFallsBackToTheOlderCall) {
+TEST_F(StartupDpi, AnyOtherFailureFallsBackToTheOlderFunction) {
     g_system.awarenessAnswer = E_INVALIDARG;
     Start();
     EXPECT_EQ(AwarenessCalls(),
               (CallRecord{"load Shcore.dll", "set awareness 2", "set aware", "free Shcore.dll"}));
 }
 
-TEST_F(StartupDpi, WithoutShcoreTheOlderCallIsMade) {
+TEST_F(StartupDpi, WithoutShcoreTheOlderFunctionIsCalled) {
     RemoveLibraries();
     Start();
     EXPECT_EQ(AwarenessCalls(), (CallRecord{"load Shcore.dll", "set aware"}));
 }
 
-TEST_F(StartupDpi, WithoutTheFunctionTheOlderCallIsMade) {
+TEST_F(StartupDpi, WithoutTheFunctionTheOlderFunctionIsCalled) {
     RemoveLibraries();
     InstallLibrary(L"Shcore.dll", {});
     Start();
     EXPECT_EQ(AwarenessCalls(), (CallRecord{"load Shcore.dll", "set aware", "free Shcore.dll"}));
 }
 
-TEST_F(StartupDpi, TheStoredDpiBeginsAt96) {
+TEST_F(StartupDpi, TheStoredDpiStartsAt96) {
     g_app.dpi = 240;
     Start();
     EXPECT_EQ(CallsStarting("create window"), (CallRecord{"create window 320x540"}));
     EXPECT_EQ(CallsStarting("load icon"), (CallRecord{"load icon 103 22x22"}));
 }
 
-TEST_F(StartupDpi, AWindowOfAnotherDpiIsResizedAndTheIconLoadedAnew) {
+TEST_F(StartupDpi, AWindowOfAnotherDpiIsResizedAndTheIconReloaded) {
     g_system.windowDpi = 144;
     Start();
     EXPECT_EQ(g_app.dpi, 144U);
@@ -84,7 +84,7 @@ TEST_F(StartupDpi, AWindowAt192DpiIsTwiceTheSize) {
     EXPECT_EQ(CallsStarting("resize"), (CallRecord{"resize 500 640x1080"}));
 }
 
-TEST_F(StartupDpi, AWindowThatDoesNotTellItsDpiCountsAs96) {
+TEST_F(StartupDpi, AWindowWhoseDpiCannotBeReadIsTreatedAs96) {
     g_system.windowDpi = 0;
     Start();
     EXPECT_EQ(g_app.dpi, 96U);

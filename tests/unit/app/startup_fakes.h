@@ -1,5 +1,5 @@
-// A whole start of the program without Windows: what Windows answers is in g_system, what it was asked in the
-// record.
+// A complete start of the program without Windows. g_system contains the results of the fakes; the record
+// contains the calls.
 #pragma once
 
 #include <string>
@@ -34,7 +34,7 @@ struct FakeSystem {
     std::vector<MSG> messages;  // before WM_QUIT
     WPARAM quitCode = 0;
 
-    // What Windows was given.
+    // Arguments that Windows received.
     WNDCLASSEXW windowClass = {};
     std::wstring className;
     std::wstring windowClassName;
@@ -55,16 +55,16 @@ inline HINSTANCE const kInstance = MakeHandle<HINSTANCE>(9);
 inline HWND const kWindow = MakeHandle<HWND>(500);
 inline HANDLE const kMutex = MakeHandle<HANDLE>(0x5005);
 
-// A fresh state and a Windows where everything succeeds.
+// Resets the state; every fake succeeds.
 void ResetSystem();
 
-// Runs the program to its end. The command line is the whole one, as Windows keeps it.
+// Runs the program until it exits. The command line includes the program's name.
 int Start(const wchar_t* commandLine = L"\"C:\\Tools\\ambrel.exe\"");
 
-// The record's lines that begin so.
+// The recorded calls that start with the prefix.
 CallRecord CallsStarting(const std::string& prefix);
 
-// True when the first line that begins with `earlier` stands before the first that begins with `later`.
+// Whether the first call that starts with `earlier` precedes the first one that starts with `later`.
 bool IsBefore(const std::string& earlier, const std::string& later);
 
 void InstallShcore();

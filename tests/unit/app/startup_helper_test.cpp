@@ -1,4 +1,4 @@
-// The elevated run that lifts the gamma range limit: it is chosen by the command line, before anything else.
+// The elevated run that expands the gamma range. The command line selects it before anything else happens.
 #include <gtest/gtest.h>
 
 #include "app/startup_fakes.h"
@@ -14,7 +14,7 @@ class StartupHelper : public testing::Test {
 protected:
     void SetUp() override { ResetSystem(); }
 
-    // What a start with this command line did; of an ordinary one only "ordinary start".
+    // The calls of a start with this command line; only "ordinary start" for an ordinary one.
     static CallRecord CallsOfStarting(const wchar_t* commandLine) {
         ResetSystem();
         Start(commandLine);
@@ -43,7 +43,7 @@ TEST_F(StartupHelper, TheHelpersResultIsTheExitCode) {
     EXPECT_EQ(Start(L"ambrel.exe --expand-gamma-range"), 1);
 }
 
-TEST_F(StartupHelper, ARunningFirstInstanceDoesNotKeepTheHelperFromItsWork) {
+TEST_F(StartupHelper, TheHelperRunsWhileAFirstInstanceIsRunning) {
     g_system.mutexError = ERROR_ALREADY_EXISTS;
     g_system.firstInstancesWindow = MakeHandle<HWND>(321);
     g_system.helperExitCode = 1;
@@ -51,7 +51,7 @@ TEST_F(StartupHelper, ARunningFirstInstanceDoesNotKeepTheHelperFromItsWork) {
     EXPECT_EQ(g_calls, kHelperAlone);
 }
 
-TEST_F(StartupHelper, TheSwitchCountsAnywhereInTheCommandLine) {
+TEST_F(StartupHelper, TheSwitchIsRecognisedAnywhereInTheCommandLine) {
     EXPECT_EQ(CallsOfStarting(L"--expand-gamma-range"), kHelperAlone);
     EXPECT_EQ(CallsOfStarting(L"ambrel.exe /a --expand-gamma-range /b"), kHelperAlone);
     EXPECT_EQ(CallsOfStarting(L"ambrel.exe \"x--expand-gamma-range=now\""), kHelperAlone);

@@ -23,7 +23,7 @@ protected:
 
 }  // namespace
 
-TEST_F(StartupInstance, ASecondInstanceWakesTheFirstAndEndsWithZero) {
+TEST_F(StartupInstance, ASecondInstanceSignalsTheFirstAndExitsWith0) {
     g_system.mutexError = ERROR_ALREADY_EXISTS;
     g_system.firstInstancesWindow = MakeHandle<HWND>(321);
     g_system.quitCode = 9;
@@ -33,14 +33,14 @@ TEST_F(StartupInstance, ASecondInstanceWakesTheFirstAndEndsWithZero) {
                           "allow 4242", "post 321 32873 0 0", "co uninitialize"}));
 }
 
-TEST_F(StartupInstance, ASecondInstanceThatFindsNoWindowSimplyEndsWithZero) {
+TEST_F(StartupInstance, ASecondInstanceThatFindsNoWindowExitsWith0) {
     g_system.mutexError = ERROR_ALREADY_EXISTS;
     EXPECT_EQ(Start(), 0);
     EXPECT_EQ(CallsFromTheMutexOn(), (CallRecord{"create mutex Global\\Ambrel2SingleInstance",
                                                  "find window Ambrel2Class Ambrel", "co uninitialize"}));
 }
 
-TEST_F(StartupInstance, AMutexThatAnotherUserHoldsCountsAsHeld) {
+TEST_F(StartupInstance, AMutexOfAnotherUserIsTreatedAsHeld) {
     g_system.mutexMade = false;
     g_system.mutexError = ERROR_ACCESS_DENIED;
     g_system.firstInstancesWindow = MakeHandle<HWND>(321);

@@ -1,4 +1,4 @@
-// A start with the real event log: what is logged before its file is known must not be lost.
+// A start with the real event log: lines that are logged before the file is known must not be lost.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -37,7 +37,7 @@ std::vector<std::string> ReadLines(const std::wstring& path) {
     return lines;
 }
 
-// Behind the stamp "[hh:mm:ss.mmm] ".
+// The text after the stamp "[hh:mm:ss.mmm] ".
 std::string Message(const std::string& line) {
     return line.size() > 15 ? line.substr(15) : line;
 }
@@ -57,7 +57,7 @@ protected:
 
 }  // namespace
 
-// The log knows its file for the rest of the process, so the instance that opens none comes first.
+// The log keeps its file for the rest of the process, so the instance that opens no file runs first.
 TEST_F(StartupLog, ASecondInstanceWritesNoLineAndTheFirstItsThreeLinesAfterTheMarker) {
     g_system.mutexError = ERROR_ALREADY_EXISTS;
     EXPECT_EQ(Start(), 0);
@@ -67,7 +67,7 @@ TEST_F(StartupLog, ASecondInstanceWritesNoLineAndTheFirstItsThreeLinesAfterTheMa
     g_system.trayAccepts = false;
     EXPECT_EQ(Start(), 0);
     const std::vector<std::string> lines = ReadLines(LogPath());
-    // Both starts of this process logged their three lines into the same memory.
+    // Both starts in this process log their three lines into the same ring.
     ASSERT_EQ(lines.size(), 9U);
     EXPECT_EQ(lines[0], "---------- session start ----------");
     for (const std::size_t first : {1U, 4U}) {

@@ -19,7 +19,7 @@ protected:
 
 }  // namespace
 
-TEST_F(StartupOrder, EveryStepHasItsPlace) {
+TEST_F(StartupOrder, TheStepsRunInOrder) {
     EXPECT_EQ(Start(), 0);
     EXPECT_EQ(g_calls, (CallRecord{
                            "log: Ambrel Windows v2.23 starting",
@@ -64,7 +64,7 @@ TEST_F(StartupOrder, EveryStepHasItsPlace) {
                        }));
 }
 
-TEST_F(StartupOrder, TheStateKnowsWhatTheStartLearnt) {
+TEST_F(StartupOrder, TheStateContainsTheResultsOfStartUp) {
     Start();
     EXPECT_EQ(g_app.startTick, 987654U);
     EXPECT_EQ(g_app.instance, kInstance);
@@ -93,7 +93,7 @@ TEST_F(StartupOrder, TheMachineComesBeforeItsProcessor) {
     EXPECT_EQ(g_calls[2], "log: Hardware: unknown / Some CPU");
 }
 
-TEST_F(StartupOrder, TheLogLiesBesideTheSettings) {
+TEST_F(StartupOrder, TheLogIsLocatedNextToTheSettings) {
     g_system.settingsPath = L"D:\\a\\b\\settings.ini";
     Start();
     EXPECT_EQ(CallsStarting("open log"), (CallRecord{"open log D:\\a\\b\\events.log"}));
@@ -121,7 +121,7 @@ TEST_F(StartupOrder, TheMessageLoopTranslatesAndDispatchesUntilQuit) {
                                "quit message", "co uninitialize"}));
 }
 
-TEST_F(StartupOrder, TheGammaRangeIsKeptAndLogged) {
+TEST_F(StartupOrder, TheGammaRangeIsStoredAndLogged) {
     g_app.gammaRangeExpanded = true;
     Start();
     EXPECT_FALSE(g_app.gammaRangeExpanded);
@@ -136,7 +136,7 @@ TEST_F(StartupOrder, TheGammaRangeIsKeptAndLogged) {
     EXPECT_EQ(g_app.gammaFixEpoch, 0U) << "a range that is expanded already is no fix of ours";
 }
 
-TEST_F(StartupOrder, TheOptionsAreSeenToWithoutASettingsPathToo) {
+TEST_F(StartupOrder, WithoutASettingsPathTheOptionsAreStillProcessed) {
     g_system.settingsPath.clear();
     Start();
     const auto from = std::find(g_calls.begin(), g_calls.end(), "load settings");
@@ -146,7 +146,7 @@ TEST_F(StartupOrder, TheOptionsAreSeenToWithoutASettingsPathToo) {
                           "repair autostart entry", "reset cursors", "init magnification"}));
 }
 
-TEST_F(StartupOrder, NothingIsSavedByStarting) {
+TEST_F(StartupOrder, StartUpSavesNothing) {
     Start();
     EXPECT_TRUE(CallsStarting("save settings").empty());
 }

@@ -90,7 +90,7 @@ TEST_F(StartupWindow, TheEightFontsAreMadeAtTheirHeightsUnscaled) {
     }
 }
 
-TEST_F(StartupWindow, AClassThatCannotBeRegisteredIsToldAndEndsWithOne) {
+TEST_F(StartupWindow, AClassThatCannotBeRegisteredIsReportedAndExitsWith1) {
     g_system.classRegistered = false;
     EXPECT_EQ(Start(), 1);
     EXPECT_EQ(CallsStarting("box"), (CallRecord{"box \"Failed to register window class\" \"Ambrel\" 16"}));
@@ -99,7 +99,7 @@ TEST_F(StartupWindow, AClassThatCannotBeRegisteredIsToldAndEndsWithOne) {
     EXPECT_TRUE(CallsStarting("add tray icon").empty());
 }
 
-TEST_F(StartupWindow, AWindowThatCannotBeMadeIsToldAndEndsWithOne) {
+TEST_F(StartupWindow, AWindowThatCannotBeCreatedIsReportedAndExitsWith1) {
     g_system.windowMade = false;
     EXPECT_EQ(Start(), 1);
     EXPECT_EQ(CallsStarting("box"), (CallRecord{"box \"Failed to create window\" \"Ambrel\" 16"}));
@@ -107,7 +107,7 @@ TEST_F(StartupWindow, AWindowThatCannotBeMadeIsToldAndEndsWithOne) {
     EXPECT_TRUE(CallsStarting("quit message").empty());
 }
 
-TEST_F(StartupWindow, ATrayThatIsNotReadyIsTriedAgainAndTheProgramRunsOn) {
+TEST_F(StartupWindow, ARefusedTrayIconStartsTheRetryTimerAndTheProgramContinues) {
     g_system.trayAccepts = false;
     g_app.trayRetryCount = 5;
     EXPECT_EQ(Start(), 0);
@@ -119,7 +119,7 @@ TEST_F(StartupWindow, ATrayThatIsNotReadyIsTriedAgainAndTheProgramRunsOn) {
     EXPECT_EQ(g_app.trayRetryCount, 0);
 }
 
-TEST_F(StartupWindow, AnAddedIconArmsNoTimer) {
+TEST_F(StartupWindow, AnAddedIconStartsNoTimer) {
     Start();
     EXPECT_TRUE(CallsStarting("set timer").empty());
 }

@@ -105,7 +105,7 @@ TEST_F(TrayEvents, AClickOnTheIconHidesTheVisiblePopup) {
     EXPECT_EQ(g_calls, (CallRecord{"hide popup"}));
 }
 
-TEST_F(TrayEvents, AClickHidesTheVisiblePopupAlsoRightAfterAHide) {
+TEST_F(TrayEvents, AClickHidesTheVisiblePopupEvenRightAfterAHide) {
     g_windowVisible = true;
     g_app.popupHiddenAt = g_now;
     OnTrayCallback(WM_LBUTTONUP);
@@ -117,7 +117,7 @@ TEST_F(TrayEvents, AClickOnTheIconShowsTheHiddenPopup) {
     EXPECT_EQ(g_calls, (CallRecord{"show popup"}));
 }
 
-TEST_F(TrayEvents, TheClickThatHidThePopupDoesNotOpenItAgain) {
+TEST_F(TrayEvents, TheClickThatHidThePopupDoesNotShowItAgain) {
     g_app.popupHiddenAt = 1'000'000;
     g_now = 1'000'000;
     OnTrayCallback(WM_LBUTTONUP);
@@ -133,7 +133,7 @@ TEST_F(TrayEvents, AClick250MillisecondsAfterTheHideOpensThePopup) {
     EXPECT_EQ(g_calls, (CallRecord{"show popup"}));
 }
 
-TEST_F(TrayEvents, WhatElseHappensToTheIconIsIgnored) {
+TEST_F(TrayEvents, OtherMessagesOfTheIconAreIgnored) {
     g_windowVisible = true;
     for (const UINT message : {WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, WM_RBUTTONDOWN, WM_MOUSEMOVE, WM_MBUTTONUP,
                                WM_CONTEXTMENU, WM_NULL}) {
@@ -142,8 +142,8 @@ TEST_F(TrayEvents, WhatElseHappensToTheIconIsIgnored) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-// Out of a sent message the built-in panels could not be asked; WM_USER + 1 is 1025, WM_LBUTTONUP 514.
-TEST_F(TrayEvents, WhatTheShellSendsInsteadOfPostingIsPostedFirst) {
+// COM rejects the WMI calls of built-in panels in a sent message. WM_USER + 1 is 1025, WM_LBUTTONUP 514.
+TEST_F(TrayEvents, AClickThatTheShellSendsIsPostedAgain) {
     for (const DWORD sending : {DWORD{ISMEX_SEND}, DWORD{ISMEX_NOTIFY}}) {
         g_calls.clear();
         g_sending = sending;
@@ -166,8 +166,8 @@ TEST_F(TrayEvents, MovesOverTheIconAreNotPostedAgain) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-// The displays may be asked for longer than the guard lasts before a posted click has its turn.
-TEST_F(TrayEvents, ASentClickThatHidThePopupIsToldWhenItArrives) {
+// The display query may take longer than the reopen delay before a posted click is handled.
+TEST_F(TrayEvents, ASentClickThatHidThePopupIsDiscardedWhenItArrives) {
     g_sending = ISMEX_NOTIFY;
     g_app.popupHiddenAt = g_now - 249;
     OnTrayCallback(WM_LBUTTONUP);
@@ -182,9 +182,9 @@ TEST_F(TrayEvents, ASentClickThatHidThePopupIsToldWhenItArrives) {
     EXPECT_EQ(g_calls, (CallRecord{"post 1025 0 514"}));
 }
 
-TEST_F(TrayEvents, ARetryThatANewTaskbarOvertookHasItsIcon) {
+TEST_F(TrayEvents, ARetryDuringWhichTheNewTaskbarAddsTheIconSucceeds) {
     g_shellAcceptsFrom = 2;
-    // The nested add is the second, and accepted; the outer one is refused since the icon is there.
+    // The nested add is the second one and is accepted; the outer one is refused because the icon exists.
     g_whileTheShellAnswers = [] {
         OnTaskbarCreated();
         g_shellAcceptsFrom = 0;
@@ -196,7 +196,7 @@ TEST_F(TrayEvents, ARetryThatANewTaskbarOvertookHasItsIcon) {
     EXPECT_EQ(g_adds, 2);
 }
 
-TEST_F(TrayEvents, ANewTaskbarGetsTheIconAgainAndEndsTheRetries) {
+TEST_F(TrayEvents, ANewTaskbarGetsTheIconAndStopsTheRetries) {
     g_shellAccepts = true;
     OnTaskbarCreated();
     EXPECT_EQ(g_calls, (CallRecord{"log: TaskbarCreated received - (re)adding tray icon", "remove icon",
@@ -204,7 +204,7 @@ TEST_F(TrayEvents, ANewTaskbarGetsTheIconAgainAndEndsTheRetries) {
     EXPECT_TRUE(g_app.trayIconAdded);
 }
 
-TEST_F(TrayEvents, AFailedReAddArmsNoTimerAndKillsNone) {
+TEST_F(TrayEvents, AFailedReAddNeitherStartsNorStopsATimer) {
     g_app.trayIconAdded = true;
     OnTaskbarCreated();
     EXPECT_EQ(g_calls,
@@ -222,7 +222,7 @@ TEST_F(TrayEvents, ASecondNewTaskbarIsHandledLikeTheFirst) {
     EXPECT_TRUE(g_app.trayIconAdded);
 }
 
-TEST_F(TrayEvents, AnIconThatIsThereEndsTheRetriesWithoutAnotherAdd) {
+TEST_F(TrayEvents, AnIconThatExistsStopsTheRetriesWithoutAnotherAdd) {
     g_app.trayIconAdded = true;
     OnTrayRetryTimer();
     EXPECT_EQ(g_calls, (CallRecord{"kill timer 7"}));
@@ -245,7 +245,7 @@ TEST_F(TrayEvents, TwoRetriesAreInThePlural) {
                                    "kill timer 7", "update icon"}));
 }
 
-TEST_F(TrayEvents, NineteenFailuresAreNotTheEnd) {
+TEST_F(TrayEvents, AfterNineteenFailuresTheRetriesContinue) {
     RunRetries(19);
     EXPECT_EQ(g_calls, CallRecord(19, "add icon"));
     EXPECT_EQ(g_app.trayRetryCount, 19);

@@ -126,7 +126,7 @@ protected:
         g_switchedOnMeanwhile = false;
     }
 
-    // The record of a right click, without the items.
+    // The recorded calls of a right click, without the items.
     static CallRecord CallsOfChoosing(BOOL command) {
         g_choice = command;
         OnTrayCallback(WM_RBUTTONUP);
@@ -204,8 +204,8 @@ TEST_F(TrayMenu, LaunchAtStartupIsReversedAndSavedButNeitherPopupNorTipIsRefresh
     EXPECT_FALSE(g_app.launchAtStart);
 }
 
-// A setting that changed while the menu was open, for example by the popup behind it.
-TEST_F(TrayMenu, WhatIsReversedIsTheSettingOfTheMomentOfTheChoice) {
+// The setting may change while the menu is open, for example in the popup behind it.
+TEST_F(TrayMenu, TheSettingIsReversedFromItsValueAtTheTimeOfTheChoice) {
     g_switchedOnMeanwhile = true;
     EXPECT_EQ(CallsOfChoosing(1).at(4), "set autostart off");
 }
@@ -231,8 +231,8 @@ TEST_F(TrayMenu, WithoutAMenuNothingHappens) {
     EXPECT_FALSE(g_app.menuTracking);
 }
 
-// Its loop would take a late release for a choice. The checked rows show what the input has changed.
-TEST_F(TrayMenu, InputThatWaitsForThePopupIsHandledBeforeTheMenuIsMade) {
+// The menu would treat a late release as a choice. The check marks show that the input was handled first.
+TEST_F(TrayMenu, QueuedPopupInputIsHandledBeforeTheMenuIsCreated) {
     g_pendingInput = [] {
         Record("pending input", g_app.menuTracking ? " while tracking" : "");
         g_app.useLegacyGamma = true;
@@ -249,7 +249,7 @@ TEST_F(TrayMenu, NoMenuOpensWhenTheHandledInputEndedTheProgram) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(TrayMenu, AClickInABoxThatTheHandledInputOpenedHasTheOnlyMenu) {
+TEST_F(TrayMenu, ARightClickDuringTheHandledInputOpensTheOnlyMenu) {
     g_pendingInput = [] { OnTrayCallback(WM_RBUTTONUP); };
     EXPECT_EQ(CallsOfChoosing(0),
               (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",

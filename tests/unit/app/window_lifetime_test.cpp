@@ -169,7 +169,7 @@ AMBREL_SEAM(UnregisterSuspendResumeNotification, FakeUnregisterSuspendResume);
 AMBREL_SEAM(UnregisterPowerSettingNotification, FakeUnregisterPowerSetting);
 AMBREL_SEAM(ChangeWindowMessageFilterEx, FakeChangeMessageFilter);
 
-TEST_F(WindowLifetime, CreationKeepsTheWindowShowsTheMainPanelRestoresThePwmSafeModeAndRefreshes) {
+TEST_F(WindowLifetime, CreationStoresTheWindowShowsTheMainPanelRestoresThePwmSafeModeAndRefreshes) {
     g_app.mainWindow = nullptr;
     g_app.panel = Panel::Settings;
     OnCreate(kWindow);
@@ -200,7 +200,7 @@ TEST_F(WindowLifetime, PowerEventsAreRegisteredForTheWindowsLife) {
     EXPECT_EQ(g_app.displayRegistration, nullptr);
 }
 
-TEST_F(WindowLifetime, DestructionGivesEverythingBackInItsOrderAndSavesNothing) {
+TEST_F(WindowLifetime, DestructionRestoresAndReleasesEverythingInOrderAndSavesNothing) {
     OwnEverything();
     OnDestroy();
     EXPECT_EQ(g_calls, (CallRecord{
@@ -229,7 +229,7 @@ TEST_F(WindowLifetime, DestructionGivesEverythingBackInItsOrderAndSavesNothing) 
                        }));
 }
 
-TEST_F(WindowLifetime, WhatWasFreedIsForgotten) {
+TEST_F(WindowLifetime, ReleasedHandlesAreCleared) {
     OwnEverything();
     OnDestroy();
     EXPECT_EQ(g_app.logoBitmap, nullptr);
@@ -251,14 +251,14 @@ TEST_F(WindowLifetime, ASecondDestructionFreesNothingAgain) {
     }
 }
 
-TEST_F(WindowLifetime, WhatWasNeverMadeIsNotFreed) {
+TEST_F(WindowLifetime, ResourcesThatWereNeverCreatedAreNotFreed) {
     OnDestroy();
     EXPECT_EQ(g_calls, (CallRecord{"kill timer 4", "kill timer 5", "kill timer 6", "pwm release at the end",
                                    "release cursor copies", "identity ramp", "shut magnification down",
                                    "tray icon delete of 0", "quit 0"}));
 }
 
-TEST_F(WindowLifetime, TheEndOfTheSessionStopsWhatCouldUndoItAndGivesBacklightCursorsAndRampBack) {
+TEST_F(WindowLifetime, TheEndOfTheSessionStopsTheTimersAndRestoresBacklightCursorsAndRamp) {
     OwnEverything();
     OnEndSession(true, 0x80000000);  // ENDSESSION_LOGOFF
     EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5",
@@ -267,7 +267,7 @@ TEST_F(WindowLifetime, TheEndOfTheSessionStopsWhatCouldUndoItAndGivesBacklightCu
 }
 
 // ENDSESSION_CLOSEAPP: the session goes on, and whoever sent it waits for the program to end.
-TEST_F(WindowLifetime, AnInstallerThatNeedsTheProgramsFileHasTheWindowDestroyed) {
+TEST_F(WindowLifetime, AnInstallerThatNeedsTheProgramsFileMakesTheWindowDestroyed) {
     OwnEverything();
     OnEndSession(true, 1);
     EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5",
@@ -275,7 +275,7 @@ TEST_F(WindowLifetime, AnInstallerThatNeedsTheProgramsFileHasTheWindowDestroyed)
                                    "identity ramp", "destroy window"}));
 }
 
-TEST_F(WindowLifetime, ASessionThatGoesOnChangesNothing) {
+TEST_F(WindowLifetime, ACancelledSessionEndChangesNothing) {
     OwnEverything();
     g_app.dragSlider = Slider::Brightness;
     g_app.filterOn = true;

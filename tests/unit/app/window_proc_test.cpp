@@ -21,7 +21,7 @@
 
 AMBREL_USES_SEAMS(recorded_timers);
 
-// Every handler is replaced: what is tested is who is called, with what, and what is answered.
+// Every handler is replaced. The tests check which handler is called, its arguments and the result.
 AMBREL_REPLACE(void, ShowLegacyNotice, ()) {
     Record("legacy notice");
 }
@@ -123,7 +123,7 @@ protected:
 
 AMBREL_SEAM(DefWindowProcW, FakeDefWindowProc);
 
-TEST_F(WindowProc, TheRegisteredTaskbarMessageBringsTheIconBack) {
+TEST_F(WindowProc, TheRegisteredTaskbarMessageAddsTheIconAgain) {
     g_app.taskbarCreatedMessage = 0xC123;
     EXPECT_EQ(Send(0xC123), 0);
     EXPECT_EQ(g_calls, (CallRecord{"taskbar created"}));
@@ -135,7 +135,7 @@ TEST_F(WindowProc, TheTaskbarMessageIsTestedBeforeEveryOther) {
     EXPECT_EQ(g_calls, (CallRecord{"taskbar created"}));
 }
 
-TEST_F(WindowProc, WithoutARegisteredTaskbarMessageTheEmptyMessageIsNotTakenForIt) {
+TEST_F(WindowProc, WithoutARegisteredTaskbarMessageMessage0IsNotMistakenForIt) {
     EXPECT_EQ(Send(WM_NULL), kDefaultAnswer);
     EXPECT_EQ(g_calls, (CallRecord{"default 500 0 0 0"}));
 }
@@ -156,7 +156,7 @@ TEST_F(WindowProc, TheMagnificationErrorIsMessage806AWithTheCodeAsASignedNumber)
     EXPECT_EQ(g_calls, (CallRecord{"magnification error 87", "magnification error -1"}));
 }
 
-TEST_F(WindowProc, EveryPowerEventIsAnsweredTrue) {
+TEST_F(WindowProc, EveryPowerEventReturnsTrue) {
     EXPECT_EQ(Send(WM_POWERBROADCAST, 18), TRUE);
     EXPECT_EQ(Send(WM_POWERBROADCAST, 7), TRUE);
     EXPECT_EQ(Send(WM_POWERBROADCAST, 4), TRUE);
@@ -203,24 +203,24 @@ TEST_F(WindowProc, AClickIntoThePopupActivatesAndArmsIt) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(WindowProc, ADisplayChangeIsHandedOn) {
+TEST_F(WindowProc, ADisplayChangeIsForwarded) {
     EXPECT_EQ(Send(WM_DISPLAYCHANGE, 32, MAKELPARAM(1920, 1080)), 0);
     EXPECT_EQ(g_calls, (CallRecord{"display change"}));
 }
 
-TEST_F(WindowProc, TheEndOfTheSessionIsToldWithItsAnswer) {
+TEST_F(WindowProc, TheEndOfTheSessionIsForwardedWithItsArguments) {
     EXPECT_EQ(Send(WM_ENDSESSION, TRUE, 1), 0);
     EXPECT_EQ(Send(WM_ENDSESSION, FALSE), 0);
     EXPECT_EQ(g_calls, (CallRecord{"end session 1 for 1", "end session 0 for 0"}));
 }
 
-TEST_F(WindowProc, CreationGetsTheWindowAndGoesOn) {
+TEST_F(WindowProc, CreationPassesTheWindowAndContinues) {
     g_app.mainWindow = nullptr;
     EXPECT_EQ(Send(WM_CREATE), 0);
     EXPECT_EQ(g_calls, (CallRecord{"create 500"}));
 }
 
-TEST_F(WindowProc, DestructionIsHandedOn) {
+TEST_F(WindowProc, DestructionIsForwarded) {
     EXPECT_EQ(Send(WM_DESTROY), 0);
     EXPECT_EQ(g_calls, (CallRecord{"destroy"}));
 }
@@ -232,7 +232,7 @@ TEST_F(WindowProc, ActivationArrivesWithoutTheMinimisedFlag) {
     EXPECT_EQ(g_calls, (CallRecord{"activate 0 77", "activate 1 0", "activate 2 78"}));
 }
 
-TEST_F(WindowProc, PaintingIsThePopupsOwn) {
+TEST_F(WindowProc, PaintingIsForwardedToThePopup) {
     EXPECT_EQ(Send(WM_PAINT), 0);
     EXPECT_EQ(g_calls, (CallRecord{"paint 500"}));
 }
@@ -242,24 +242,24 @@ TEST_F(WindowProc, ClosingOnlyHidesThePopup) {
     EXPECT_EQ(g_calls, (CallRecord{"hide popup"}));
 }
 
-TEST_F(WindowProc, TheBackgroundCountsAsErased) {
+TEST_F(WindowProc, TheBackgroundIsReportedAsErased) {
     EXPECT_EQ(Send(WM_ERASEBKGND, 99), 1);
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(WindowProc, WhatWaitedForTheDisplaysIsDoneAndShown) {
+TEST_F(WindowProc, DeferredDisplayRequestsRunAndRefresh) {
     EXPECT_EQ(Send(0x806B), 0);
     EXPECT_EQ(g_calls, (CallRecord{"pwm waiting work", "refresh"}));
 }
 
-TEST_F(WindowProc, EveryOtherMessageIsWindowsOwn) {
+TEST_F(WindowProc, EveryOtherMessageGoesToDefWindowProc) {
     EXPECT_EQ(Send(WM_SIZE, 1, 2), kDefaultAnswer);
     EXPECT_EQ(Send(WM_QUERYENDSESSION, 0, 5), kDefaultAnswer);
     EXPECT_EQ(Send(0x806C, 3, 4), kDefaultAnswer);
     EXPECT_EQ(g_calls, (CallRecord{"default 500 5 1 2", "default 500 17 0 5", "default 500 32876 3 4"}));
 }
 
-TEST_F(WindowProc, AnotherRegisteredMessageIsNotTakenForTheTaskbars) {
+TEST_F(WindowProc, AnotherRegisteredMessageIsNotMistakenForTheTaskbars) {
     g_app.taskbarCreatedMessage = 0xC123;
     EXPECT_EQ(Send(0xC124), kDefaultAnswer);
     EXPECT_EQ(g_calls, (CallRecord{"default 500 49444 0 0"}));
@@ -274,7 +274,7 @@ TEST_F(WindowProc, OneShotTimersAreKilledBeforeTheirAction) {
                                    "kill timer 3", "refresh", "kill timer 5", "pwm verify", "refresh"}));
 }
 
-TEST_F(WindowProc, PeriodicTimersRunOn) {
+TEST_F(WindowProc, PeriodicTimersKeepRunning) {
     EXPECT_EQ(Send(WM_TIMER, 4), 0);
     EXPECT_EQ(Send(WM_TIMER, 6), 0);
     EXPECT_EQ(Send(WM_TIMER, 7), 0);

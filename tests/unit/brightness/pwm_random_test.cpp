@@ -61,7 +61,7 @@ private:
     void ExpectModel();
     void ExpectInvariants(const SavedBrightness& notedBefore, bool onBefore);
     void ExpectSets(const SavedBrightness& notedBefore, bool modeEnded);
-    void ExpectGivenBack(const SavedBrightness& notedBefore);
+    void ExpectRestored(const SavedBrightness& notedBefore);
     void CountReached();
 
     std::mt19937 random_;
@@ -162,7 +162,7 @@ void PwmRandom::ExpectSets(const SavedBrightness& notedBefore, bool modeEnded) {
     }
 }
 
-void PwmRandom::ExpectGivenBack(const SavedBrightness& notedBefore) {
+void PwmRandom::ExpectRestored(const SavedBrightness& notedBefore) {
     for (const FakeDisplay& display : g_displays) {
         if (!display.present || notedBefore.count(display.name) == 0) continue;
         if (display.ignores || display.refuses) continue;
@@ -175,7 +175,7 @@ void PwmRandom::ExpectInvariants(const SavedBrightness& notedBefore, bool onBefo
     const bool modeEnded = (onBefore && !g_app.pwmSafe) || g_app.ending;
     ExpectSets(notedBefore, modeEnded);
     if (modeEnded) {
-        ExpectGivenBack(notedBefore);
+        ExpectRestored(notedBefore);
         firstRead_.clear();
     }
     if (onBefore && g_app.pwmSafe && !g_app.ending) {
@@ -286,7 +286,7 @@ void PwmRandom::End() {
     StopTimer(TimerId::PwmSafeVerify);
     ReleasePwmSafeLock();
     ExpectSets(noted, true);
-    ExpectGivenBack(noted);
+    ExpectRestored(noted);
     EXPECT_TRUE(g_app.pwmSavedBrightness.empty());
 
     g_sets.clear();

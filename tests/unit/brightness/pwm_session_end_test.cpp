@@ -42,7 +42,7 @@ protected:
         };
     }
 
-    static void ExpectGivenBack() {
+    static void ExpectRestored() {
         EXPECT_EQ(Display(L"P").percent, 40U);
         EXPECT_TRUE(g_app.pwmSavedBrightness.empty());
     }
@@ -56,7 +56,7 @@ AMBREL_SEAM(CreateThread, FakeCreateThread);
 TEST_F(PwmSessionEnd, OutOfAMessageOfThisThreadItIsTheRelease) {
     StartLocked(40);
     ReleasePwmSafeLockAtSessionEnd();
-    ExpectGivenBack();
+    ExpectRestored();
     EXPECT_EQ(g_setOn, GetCurrentThreadId());
     EXPECT_EQ(g_threads, 0);
 }
@@ -65,7 +65,7 @@ TEST_F(PwmSessionEnd, OutOfASentMessageItIsDoneByAThreadThatHasEndedWhenItReturn
     g_sending = ISMEX_SEND;
     StartLocked(40);
     ReleasePwmSafeLockAtSessionEnd();
-    ExpectGivenBack();
+    ExpectRestored();
     EXPECT_NE(g_setOn, 0U);
     EXPECT_NE(g_setOn, GetCurrentThreadId());
     EXPECT_EQ(g_threads, 1);
@@ -79,7 +79,7 @@ TEST_F(PwmSessionEnd, WithoutAThreadItIsTriedOnThisOne) {
     g_threadRefused = true;
     StartLocked(40);
     ReleasePwmSafeLockAtSessionEnd();
-    ExpectGivenBack();
+    ExpectRestored();
 }
 
 TEST_F(PwmSessionEnd, WithNothingToGiveBackNothingIsStarted) {

@@ -1,4 +1,4 @@
-// The autostart entry as the report tells it.
+// The autostart entry in the report.
 #include <gtest/gtest.h>
 
 #include "diag/fake_machine.h"
@@ -42,7 +42,7 @@ TEST_F(AutostartEntry, AnotherCopysExists) {
     EXPECT_FALSE(autostart.isThisProgram);
 }
 
-TEST_F(AutostartEntry, AStaleOneLeadsNowhere) {
+TEST_F(AutostartEntry, AStaleOneNamesAMissingFile) {
     g_program.autostartValue = L"D:\\Gone\\Ambrel.exe";
     g_machine.existingFile = L"C:\\Here\\Ambrel.exe";
     const AutostartFacts autostart = ReadSupportFacts().autostart;
@@ -51,14 +51,14 @@ TEST_F(AutostartEntry, AStaleOneLeadsNowhere) {
     EXPECT_FALSE(autostart.isThisProgram);
 }
 
-TEST_F(AutostartEntry, ThisProgramsMayBeGoneFromTheDisk) {
+TEST_F(AutostartEntry, ThisProgramsMayBeMissingFromTheDisk) {
     g_program.autostartValue = L"C:\\Here\\Ambrel.exe";
     const AutostartFacts autostart = ReadSupportFacts().autostart;
     EXPECT_FALSE(autostart.targetExists);
     EXPECT_TRUE(autostart.isThisProgram);
 }
 
-TEST_F(AutostartEntry, OneOf1000CharactersIsTakenWhole) {
+TEST_F(AutostartEntry, OneOf1000CharactersIsReadCompletely) {
     g_program.autostartValue = L"C:\\" + std::wstring(996, L'p') + L"!";
     g_machine.existingFile = g_program.autostartValue;
     const AutostartFacts autostart = ReadSupportFacts().autostart;

@@ -1,4 +1,4 @@
-// The displays and the adapters that the report names.
+// The displays and adapters in the report.
 #include <gtest/gtest.h>
 
 #include "diag/fake_machine.h"
@@ -37,13 +37,13 @@ TEST_F(DisplayFacts, WithoutDisplayMonitorsThereAreNone) {
     EXPECT_TRUE(ReadSupportFacts().monitors.empty());
 }
 
-TEST_F(DisplayFacts, AnEnumerationThatBreaksOffKeepsWhatItFound) {
+TEST_F(DisplayFacts, AnEnumerationThatFailsKeepsTheDisplaysFoundSoFar) {
     g_machine.displays = 1;
     g_machine.enumerationWorks = false;
     EXPECT_EQ(ReadSupportFacts().monitors.size(), 1u);
 }
 
-TEST_F(DisplayFacts, AdaptersStandInWindowsOrder) {
+TEST_F(DisplayFacts, AdaptersAreInWindowsOrder) {
     g_machine.adapters = {{L"Zeta Graphics"}, {L"Alpha Graphics"}};
     EXPECT_EQ(ReadSupportFacts().adapters, (Names{L"Zeta Graphics", L"Alpha Graphics"}));
 }
@@ -53,7 +53,7 @@ TEST_F(DisplayFacts, AnAdapterWithSeveralOutputsIsNamedOnce) {
     EXPECT_EQ(ReadSupportFacts().adapters, (Names{L"Alpha", L"Beta", L"alpha"}));
 }
 
-TEST_F(DisplayFacts, ADeviceThatIsNotPartOfTheDesktopIsLeftOut) {
+TEST_F(DisplayFacts, ADeviceThatIsNotPartOfTheDesktopIsSkipped) {
     g_machine.adapters = {{L"Alpha"}, {L"Mirror", false}, {L"Beta"}};
     EXPECT_EQ(ReadSupportFacts().adapters, (Names{L"Alpha", L"Beta"}));
 }
@@ -63,7 +63,7 @@ TEST_F(DisplayFacts, ADeviceDetachedFirstAndAttachedLaterIsNamed) {
     EXPECT_EQ(ReadSupportFacts().adapters, Names{L"Alpha"});
 }
 
-TEST_F(DisplayFacts, DevicesAreAskedFromZeroUntilOneFails) {
+TEST_F(DisplayFacts, DevicesAreQueriedFromZeroUntilOneFails) {
     g_machine.adapters = {{L"Alpha", false}, {L"Beta"}};
     ReadSupportFacts();
     CallRecord asked;
@@ -77,7 +77,7 @@ TEST_F(DisplayFacts, WithoutDevicesThereAreNoAdapters) {
     EXPECT_TRUE(ReadSupportFacts().adapters.empty());
 }
 
-TEST_F(DisplayFacts, TheLongestAdapterNameIsWholeAndAShorterOneAfterItIsItsOwn) {
+TEST_F(DisplayFacts, TheLongestAdapterNameIsCompleteAndDoesNotAffectAShorterOneAfterIt) {
     g_machine.adapters = {{std::wstring(127, L'A')}, {L"B"}};
     EXPECT_EQ(ReadSupportFacts().adapters, (Names{std::wstring(127, L'A'), L"B"}));
 }

@@ -1,4 +1,4 @@
-#include "diag/report_bench.h"
+#include "diag/report_fixture.h"
 
 namespace {
 
@@ -50,7 +50,7 @@ TEST_F(DisplaysSection, ARangeThatCouldNotBeReadIsZero) {
     EXPECT_EQ(After(L"    HW brightness: "), L"0 (range 0..0)");
 }
 
-TEST_F(DisplaysSection, AFaultyRangeIsShownAsItIs) {
+TEST_F(DisplaysSection, AnInvalidRangeIsShownUnchanged) {
     monitor.brightnessCapable = true;
     monitor.current = 4294967295;
     monitor.minimum = 100;
@@ -58,7 +58,7 @@ TEST_F(DisplaysSection, AFaultyRangeIsShownAsItIs) {
     EXPECT_EQ(After(L"    HW brightness: "), L"4294967295 (range 100..0)");
 }
 
-TEST_F(DisplaysSection, ADisplayWithoutANameGoesByItsDevice) {
+TEST_F(DisplaysSection, ADisplayWithoutANameIsIdentifiedByItsDevice) {
     monitor.description.clear();
     EXPECT_EQ(After(L"[0] "), L"\\\\.\\DISPLAY1  (PRIMARY)");
 }
@@ -114,7 +114,7 @@ TEST_F(DisplaysSection, ModesOfAnySizeAreShown) {
     EXPECT_EQ(After(L"    Mode:          "), L"15360x8640 @ 1000Hz, 64-bit");
 }
 
-TEST_F(DisplaysSection, NamesOfAnyLengthComeOutWhole) {
+TEST_F(DisplaysSection, NamesOfAnyLengthAreComplete) {
     monitor.description = std::wstring(3000, L'N') + L"n";
     monitor.deviceName = std::wstring(3000, L'D') + L"d";
     facts.adapters = {std::wstring(3000, L'A') + L"a"};

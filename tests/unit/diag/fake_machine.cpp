@@ -30,7 +30,7 @@ void WINAPI FakeGetNativeSystemInfo(SYSTEM_INFO* info) {
 
 BOOL WINAPI FakeGlobalMemoryStatusEx(MEMORYSTATUSEX* memory) {
     EXPECT_EQ(memory->dwLength, 64U);
-    // A failed call may have written all the same.
+    // A failed call may still have written.
     memory->ullTotalPhys = g_machine.memoryBytes;
     memory->ullAvailPhys = 1;
     return g_machine.memoryKnown;
@@ -46,7 +46,7 @@ int WINAPI FakeGetUserDefaultLocaleName(wchar_t* name, int capacity) {
 DWORD WINAPI FakeGetTimeZoneInformation(TIME_ZONE_INFORMATION* zone) {
     std::fill(std::begin(zone->DaylightName), std::end(zone->DaylightName), L'D');
     std::fill(std::begin(zone->StandardName), std::end(zone->StandardName), L'\0');
-    // What follows the name is no zero that would end it.
+    // The name is followed by characters, not by a terminator.
     std::memset(&zone->StandardDate, 0x41, sizeof(zone->StandardDate));
     std::copy(g_machine.timeZoneName.begin(), g_machine.timeZoneName.end(), zone->StandardName);
     return g_machine.timeZoneAnswer;
@@ -98,7 +98,7 @@ AMBREL_SEAM(EnumDisplayMonitors, FakeEnumDisplayMonitors);
 AMBREL_SEAM(EnumDisplayDevicesW, FakeEnumDisplayDevices);
 AMBREL_SEAM(GetFileAttributesW, FakeGetFileAttributes);
 
-// Takes the place of the probe, which asks dxva2.dll.
+// Replaces the probe, which calls dxva2.dll.
 AMBREL_REPLACE(BOOL CALLBACK, ProbeMonitor, (HMONITOR display, HDC, RECT*, LPARAM context)) {
     MonitorProbe probe;
     probe.deviceName = L"DISPLAY" + std::to_wstring(ValueOf(display));

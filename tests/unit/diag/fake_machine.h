@@ -1,5 +1,5 @@
-// The machine under the support report: what each system query answers. In the record stand the queries that
-// the tests follow.
+// The machine under the support report: the result of each system query. Records the queries that the tests
+// check.
 #pragma once
 
 #include <string>
@@ -37,7 +37,7 @@ struct FakeMachine {
 
 extern FakeMachine g_machine;
 
-// A machine of known answers, with dwmapi.dll.
+// A machine with known results, with dwmapi.dll.
 void ResetMachine();
-// Installs dwmapi.dll anew, with or without its call.
+// Reinstalls dwmapi.dll, with or without its function.
 void InstallCompositionLibrary();

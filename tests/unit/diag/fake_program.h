@@ -1,5 +1,5 @@
-// What the program itself knows, as a test wants it: the log, the registry's values, the restart. Displays
-// whose backlight is driven must not be asked again for a report.
+// Configurable state of the program: the log, the registry values, the restart. A report must not query
+// displays again whose backlight is controlled.
 #pragma once
 
 #include <string>

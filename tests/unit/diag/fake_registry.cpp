@@ -42,7 +42,7 @@ LSTATUS WINAPI FakeRegQueryValueEx(HKEY key, const wchar_t* name, DWORD* reserve
         if (g_keys.growsBetweenQueries) value.data.resize(needed + 1024, BYTE{0x41});
         return ERROR_SUCCESS;
     }
-    // As Windows may do, what does not fit is left cut off in the buffer.
+    // Like Windows, leaves truncated data in the buffer if it does not fit.
     if (needed > 0) std::memcpy(data, value.data.data(), std::min(needed, room));
     return needed <= room ? ERROR_SUCCESS : ERROR_MORE_DATA;
 }

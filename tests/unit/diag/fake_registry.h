@@ -1,4 +1,4 @@
-// A registry of several keys. Only what a test put there exists.
+// A registry with several keys. Only the values of the test exist.
 #pragma once
 
 #include <map>

@@ -1,4 +1,4 @@
-#include "diag/report_bench.h"
+#include "diag/report_fixture.h"
 
 namespace {
 
@@ -17,7 +17,7 @@ constexpr wchar_t kCustom[] = L"custom";
 
 }  // namespace
 
-TEST_F(FilterSection, OfAFreshProgram) {
+TEST_F(FilterSection, AFreshProgramHasItsDefaults) {
     EXPECT_EQ(Section(L"FILTER STATE"),
               L"=== FILTER STATE ===\r\n"
               L"Enabled (KIVO):  OFF\r\n"
@@ -87,7 +87,7 @@ TEST_F(FilterSection, HalfAKelvinIsRoundedAwayFromZero) {
     EXPECT_EQ(After(L"-> Kelvin:      "), L"813K");
 }
 
-TEST_F(FilterSection, TheColourIsThatOfTheWarmthAloneWhateverTheBrightness) {
+TEST_F(FilterSection, TheColourIsThatOfTheWarmthRegardlessOfBrightness) {
     state.intensity = 0.3846153846153846;
     state.brightness = 0.1;
     EXPECT_EQ(After(L"-> Target RGB:  "), L"(1.000, 0.939, 0.515)");
@@ -142,7 +142,7 @@ TEST_F(FilterSection, AnyOtherWarmthIsCustom) {
         EXPECT_EQ(Preset(intensity), kCustom) << intensity;
 }
 
-TEST_F(FilterSection, ThePresetIsTheWarmthsWhateverTheBrightness) {
+TEST_F(FilterSection, ThePresetIsThatOfTheWarmthRegardlessOfBrightness) {
     state.brightness = 0.33;
     EXPECT_EQ(Preset(0.5846153846153845), kEvening);
 }

@@ -1,12 +1,12 @@
 // The mail's header, the subject, and the section about the program itself.
-#include "diag/report_bench.h"
+#include "diag/report_fixture.h"
 #include "res/version.h"
 
 namespace {
 
 class HeaderSection : public SupportReport {};
 
-// Uptimes: what passed since the start, and how it is told.
+// Uptimes: the time since the start and its text.
 struct Uptime {
     std::uint64_t elapsed;  // ms
     const wchar_t* told;
@@ -44,7 +44,7 @@ TEST_F(HeaderSection, TheBuildIsPrintedUnsigned) {
     EXPECT_TRUE(SupportSubjectText(facts).ends_with(L" b4294967295)"));
 }
 
-TEST_F(HeaderSection, AnOsNameOf4KilobytesComesOutWhole) {
+TEST_F(HeaderSection, AnOsNameOf4KilobytesIsComplete) {
     facts.os.productName = std::wstring(2046, L'W') + L"!";
     EXPECT_EQ(SupportSubjectText(facts),
               L"Ambrel Windows " AMBREL_VERSION L" - Feedback (0123456789abcdef, " + facts.os.productName +
@@ -59,7 +59,7 @@ TEST_F(HeaderSection, ThePercentSignsOfAnOsNameArePlainText) {
               L"Ambrel Windows " AMBREL_VERSION L" - Feedback (0123456789abcdef, 100% %s %n %d b22631)");
 }
 
-TEST_F(HeaderSection, TheReportBeginsWithAddressSubjectAndTheUsersSpace) {
+TEST_F(HeaderSection, TheReportStartsWithAddressSubjectAndTheUsersSpace) {
     const std::wstring header =
         L"TO: support@ambrel.example\r\n"
         L"SUBJECT: Ambrel Windows " AMBREL_VERSION
@@ -97,7 +97,7 @@ TEST_F(HeaderSection, TheTimeIsPaddedWithZeros) {
     EXPECT_EQ(After(L"Now:            "), L"0987-01-02 03:04:05");
 }
 
-TEST_F(HeaderSection, TheLastSecondOfAYearIsTold) {
+TEST_F(HeaderSection, TheLastSecondOfAYearIsShown) {
     facts.now.wYear = 2029;
     facts.now.wMonth = 12;
     facts.now.wDay = 31;
@@ -118,7 +118,7 @@ TEST_F(HeaderSection, AStartTickOfOneIsEnoughForTheUptimeLine) {
     EXPECT_EQ(After(L"Session uptime: "), L"59s");
 }
 
-TEST_F(HeaderSection, AnUptimeOfNothingIsNoSeconds) {
+TEST_F(HeaderSection, AnUptimeOfZeroIsZeroSeconds) {
     state.startTick = facts.tick;
     EXPECT_EQ(After(L"Session uptime: "), L"0s");
 }
@@ -167,7 +167,7 @@ TEST_F(HeaderSection, AnUptimeOfCenturiesDoesNotOverflow) {
     EXPECT_EQ(After(L"Session uptime: "), L"100000000000d 0h 0m");
 }
 
-TEST_F(HeaderSection, AnUptimePastThe32BitTickIsTold) {
+TEST_F(HeaderSection, AnUptimePastThe32BitTickIsShown) {
     state.startTick = 4294960000;
     facts.tick = 4294967296 + 53704;  // 61 s later
     EXPECT_EQ(After(L"Session uptime: "), L"1m 1s");

@@ -1,5 +1,5 @@
 // The two logs at the report's end.
-#include "diag/report_bench.h"
+#include "diag/report_fixture.h"
 
 namespace {
 
@@ -23,13 +23,13 @@ TEST_F(LogSection, WithoutLinesTheHeadingCountsNoneAndTheEndFollows) {
     EXPECT_EQ(Logs(), std::wstring(L"=== EVENT LOG (most recent 0, oldest first) ===\r\n") + kEnd);
 }
 
-TEST_F(LogSection, TheLinesStandInTheirOrder) {
+TEST_F(LogSection, TheLinesAreInOrder) {
     facts.recentLines = {L"c", L"a", L"b"};
     EXPECT_EQ(Logs(),
               std::wstring(L"=== EVENT LOG (most recent 3, oldest first) ===\r\nc\r\na\r\nb\r\n") + kEnd);
 }
 
-TEST_F(LogSection, AFullRingOf500LinesIsShownWhole) {
+TEST_F(LogSection, AFullRingOf500LinesIsComplete) {
     std::wstring expected = L"=== EVENT LOG (most recent 500, oldest first) ===\r\n";
     for (int i = 1; i <= 500; ++i) {
         facts.recentLines.push_back(L"[21:04:07.031] line " + std::to_wstring(i));
@@ -43,7 +43,7 @@ TEST_F(LogSection, WithoutAPersistedLogItsSectionIsLeftOutAndTheEndStays) {
     EXPECT_EQ(Logs(), std::wstring(L"=== EVENT LOG (most recent 1, oldest first) ===\r\none\r\n") + kEnd);
 }
 
-TEST_F(LogSection, OnePersistedLineMakesTheSection) {
+TEST_F(LogSection, OnePersistedLineIsEnoughForTheSection) {
     facts.persistedLines = {L"yesterday"};
     EXPECT_EQ(Logs(), std::wstring(L"=== EVENT LOG (most recent 0, oldest first) ===\r\n") +
                           kPersistedHeading + L"yesterday\r\n" + kEnd);
@@ -55,7 +55,7 @@ TEST_F(LogSection, AnEmptyPersistedLineIsALine) {
                           kPersistedHeading + L"\r\n" + kEnd);
 }
 
-TEST_F(LogSection, ThePersistedLinesStandInTheFilesOrderAfterTheRecentOnes) {
+TEST_F(LogSection, ThePersistedLinesFollowTheRecentOnesInTheFilesOrder) {
     facts.recentLines = {L"today"};
     std::wstring expected =
         std::wstring(L"=== EVENT LOG (most recent 1, oldest first) ===\r\ntoday\r\n") + kPersistedHeading;
@@ -66,7 +66,7 @@ TEST_F(LogSection, ThePersistedLinesStandInTheFilesOrderAfterTheRecentOnes) {
     EXPECT_EQ(Logs(), expected + kEnd);
 }
 
-TEST_F(LogSection, LinesOfAnyLengthAndLettersComeOutWhole) {
+TEST_F(LogSection, LinesOfAnyLengthAndCharactersAreComplete) {
     const std::wstring line = L"100% %s%n \u65e5\U0001F319 " + std::wstring(16000, L'x') + L"!";
     facts.recentLines = {line};
     facts.persistedLines = {line};

@@ -1,4 +1,4 @@
-// The machine's own identifier as the registry may hold it, and the tag that comes of it.
+// The machine's identifier in all states of the registry, and the tag that is computed from it.
 #include <gtest/gtest.h>
 
 #include "diag/fake_registry.h"
@@ -25,13 +25,13 @@ protected:
 
 }  // namespace
 
-TEST_F(MachineGuid, IsReadAsItIs) {
+TEST_F(MachineGuid, IsReadUnchanged) {
     Store(RegistryText(kGuid));
     EXPECT_EQ(ReadMachineGuid(), kGuid);
     EXPECT_EQ(MachineTag(ReadMachineGuid()), 0x0A1C1F67B4D6D462u);
 }
 
-TEST_F(MachineGuid, IsSoughtInThe64BitView) {
+TEST_F(MachineGuid, IsReadFromThe64BitView) {
     Store(RegistryText(kGuid));
     ReadMachineGuid();
     ASSERT_EQ(g_keys.opened.size(), 1u);
@@ -40,16 +40,16 @@ TEST_F(MachineGuid, IsSoughtInThe64BitView) {
     EXPECT_EQ(g_keys.opened[0].access & 0x0006u, 0u) << "for reading only";
 }
 
-TEST_F(MachineGuid, WithoutTheKeyThereIsNone) {
+TEST_F(MachineGuid, IsEmptyWithoutTheKey) {
     ExpectUnreadable();
 }
 
-TEST_F(MachineGuid, WithoutTheValueThereIsNone) {
+TEST_F(MachineGuid, IsEmptyWithoutTheValue) {
     g_keys.keys[kCryptography] = {};
     ExpectUnreadable();
 }
 
-TEST_F(MachineGuid, OfAnotherTypeIsNone) {
+TEST_F(MachineGuid, IsEmptyIfTheValueHasAnotherType) {
     Store(RegistryNumber(0x6C1A0F3E));
     ExpectUnreadable();
     Store(RegistryText(kGuid, REG_BINARY));
@@ -58,45 +58,45 @@ TEST_F(MachineGuid, OfAnotherTypeIsNone) {
     ExpectUnreadable();
 }
 
-TEST_F(MachineGuid, EmptyIsNone) {
+TEST_F(MachineGuid, IsEmptyIfTheValueIsEmpty) {
     Store(RegistryText(L""));
     ExpectUnreadable();
     Store(UnterminatedText(L""));
     ExpectUnreadable();
 }
 
-TEST_F(MachineGuid, UnterminatedIsReadWhole) {
+TEST_F(MachineGuid, IsReadCompletelyFromAnUnterminatedValue) {
     Store(UnterminatedText(kGuid));
     EXPECT_EQ(ReadMachineGuid(), kGuid);
     EXPECT_EQ(MachineTag(ReadMachineGuid()), 0x0A1C1F67B4D6D462u);
 }
 
-TEST_F(MachineGuid, WithBytesAfterItsEndIsTheSame) {
+TEST_F(MachineGuid, IsTheSameWithBytesAfterItsTerminator) {
     Store(RegistryText(kGuid + std::wstring(1, L'\0') + L"junk"));
     EXPECT_EQ(MachineTag(ReadMachineGuid()), 0x0A1C1F67B4D6D462u);
 }
 
-TEST_F(MachineGuid, WithHalfACharacterAtItsEndIsTheSame) {
+TEST_F(MachineGuid, IsTheSameWithHalfACharacterAtItsEnd) {
     RegistryValue odd = UnterminatedText(kGuid);
     odd.data.push_back(0x41);
     Store(odd);
     EXPECT_EQ(MachineTag(ReadMachineGuid()), 0x0A1C1F67B4D6D462u);
 }
 
-TEST_F(MachineGuid, Of4KilobytesIsReadWhole) {
+TEST_F(MachineGuid, IsReadCompletelyFromAValueOf4Kilobytes) {
     Store(RegistryText(std::wstring(2047, L'A')));
     EXPECT_EQ(MachineTag(ReadMachineGuid()), 0x4837AAD139B33BDCu);
     Store(UnterminatedText(std::wstring(2048, L'A')));
     EXPECT_EQ(MachineTag(ReadMachineGuid()), 0x5F9BE312A2CAC325u);
 }
 
-TEST_F(MachineGuid, ThatWindowsDoesNotHandOutIsNone) {
+TEST_F(MachineGuid, IsEmptyIfWindowsRefusesTheQuery) {
     Store(RegistryText(kGuid));
     g_keys.queryAnswer = ERROR_ACCESS_DENIED;
     ExpectUnreadable();
 }
 
-TEST_F(MachineGuid, ThatGrowsWhileItIsReadIsNone) {
+TEST_F(MachineGuid, IsEmptyIfTheValueGrowsDuringTheRead) {
     Store(RegistryText(kGuid));
     g_keys.growsBetweenQueries = true;
     EXPECT_EQ(ReadMachineGuid(), L"");

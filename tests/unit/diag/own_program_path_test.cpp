@@ -22,19 +22,19 @@ DWORD WINAPI FakeGetModuleFileName(HMODULE module, wchar_t* path, DWORD capacity
 
 AMBREL_SEAM(GetModuleFileNameW, FakeGetModuleFileName);
 
-TEST(OwnProgramPath, IsItselfInAnyCase) {
+TEST(OwnProgramPath, IsEqualInAnyLetterCase) {
     g_module = L"C:\\Tools\\Ambrel.exe";
     EXPECT_TRUE(IsOwnProgramPath(L"C:\\Tools\\Ambrel.exe"));
     EXPECT_TRUE(IsOwnProgramPath(L"c:\\TOOLS\\aMBREL.EXE"));
 }
 
-TEST(OwnProgramPath, IsItselfInAnyCaseOfLettersOutsideAscii) {
+TEST(OwnProgramPath, IsEqualInAnyCaseOfLettersOutsideAscii) {
     g_module = L"C:\\Zo\u00eb\\\u0416\\Ambrel.exe";
     EXPECT_TRUE(IsOwnProgramPath(L"C:\\ZO\u00cb\\\u0436\\AMBREL.EXE"));
     EXPECT_FALSE(IsOwnProgramPath(L"C:\\Zoe\\\u0416\\Ambrel.exe"));
 }
 
-TEST(OwnProgramPath, IsNoOtherPath) {
+TEST(OwnProgramPath, DiffersFromAnyOtherPath) {
     g_module = L"C:\\Tools\\Ambrel.exe";
     EXPECT_FALSE(IsOwnProgramPath(L"C:\\Tools\\Ambrel2.exe"));
     EXPECT_FALSE(IsOwnProgramPath(L"D:\\Tools\\Ambrel.exe"));
@@ -45,7 +45,7 @@ TEST(OwnProgramPath, IsNoOtherPath) {
     EXPECT_FALSE(IsOwnProgramPath(L""));
 }
 
-TEST(OwnProgramPath, IgnoresNoSignAsALanguagesOrderWould) {
+TEST(OwnProgramPath, IgnoresNoCharacterAsALinguisticComparisonWould) {
     g_module = L"C:\\co-op\\Ambrel.exe";
     EXPECT_FALSE(IsOwnProgramPath(L"C:\\coop\\Ambrel.exe"));
 }
@@ -56,7 +56,7 @@ TEST(OwnProgramPath, MayHave259Characters) {
     EXPECT_TRUE(IsOwnProgramPath(g_module));
 }
 
-TEST(OwnProgramPath, IsEmptyInPlaceOfACutPath) {
+TEST(OwnProgramPath, IsEmptyInsteadOfTruncated) {
     for (const std::size_t length : {257U, 400U}) {
         g_module = L"C:\\" + std::wstring(length, L'p');
         EXPECT_EQ(OwnProgramPath(), L"");

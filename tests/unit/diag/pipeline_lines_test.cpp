@@ -1,5 +1,5 @@
-// The lines about the way to the screen, in every combination of what became of Legacy Mode.
-#include "diag/report_bench.h"
+// The lines about the pipeline, in every combination of Legacy Mode's results.
+#include "diag/report_fixture.h"
 
 namespace {
 
@@ -16,7 +16,7 @@ protected:
         state.rampsRejected = 4;
     }
 
-    // From the pipeline's line to the blank line at the section's end.
+    // From the pipeline's line through the blank line after the section.
     std::wstring LinesFor(const Fate& fate) {
         state.lastApplyRejected = fate.rejected;
         state.gammaRangeExpanded = fate.expanded;
@@ -32,12 +32,12 @@ const Fate kFates[] = {{false, false, false}, {false, false, true}, {false, true
 
 }  // namespace
 
-TEST_F(PipelineLines, WithMagnificationThereIsOneLineWhateverBecameOfTheRamps) {
+TEST_F(PipelineLines, WithMagnificationThereIsOneLineRegardlessOfTheRamps) {
     for (const Fate& fate : kFates)
         EXPECT_EQ(LinesFor(fate), L"Pipeline:       Magnification API\r\n\r\n");
 }
 
-TEST_F(PipelineLines, InLegacyModeEveryFateHasItsWords) {
+TEST_F(PipelineLines, InLegacyModeEveryResultHasItsWording) {
     state.useLegacyGamma = true;
     const std::wstring taken = L"Pipeline:       Legacy gamma (SetDeviceGammaRamp)\r\n";
     const std::wstring refused =

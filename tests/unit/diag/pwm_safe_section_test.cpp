@@ -1,4 +1,4 @@
-#include "diag/report_bench.h"
+#include "diag/report_fixture.h"
 
 namespace {
 
@@ -6,7 +6,7 @@ class PwmSafeSection : public SupportReport {};
 
 }  // namespace
 
-TEST_F(PwmSafeSection, OfAMachineWithoutControllableDisplays) {
+TEST_F(PwmSafeSection, AMachineWithoutControllableDisplaysHasItsLines) {
     EXPECT_EQ(Section(L"PWM-SAFE MODE"),
               L"=== PWM-SAFE MODE ===\r\n"
               L"Toggle:           OFF\r\n"
@@ -65,7 +65,7 @@ TEST_F(PwmSafeSection, TheCountsAreThoseOfTheLastEnumeration) {
     EXPECT_EQ(After(L"At 100% / total:  "), L"2 of 5");
 }
 
-TEST_F(PwmSafeSection, WithAnExternalDisplayTheTypeSaysSo) {
+TEST_F(PwmSafeSection, WithAnExternalDisplayTheTypeIsShown) {
     state.pwmTargetsPresent = true;
     EXPECT_EQ(After(L"Target type:      "), L"includes external display(s) (DDC/CI)");
 }
@@ -75,7 +75,7 @@ TEST_F(PwmSafeSection, WithoutADisplayThereIsNoTypeLine) {
     EXPECT_FALSE(HasLine(L"Target type:"));
 }
 
-TEST_F(PwmSafeSection, SlowedRetriesAreTold) {
+TEST_F(PwmSafeSection, SlowedRetriesAreShown) {
     EXPECT_FALSE(HasLine(L"Retry pace:"));
     state.pwmRetrySlowed = true;
     EXPECT_EQ(After(L"Retry pace:       "), L"slowed to 30s (display would not hold 100%)");
@@ -84,7 +84,7 @@ TEST_F(PwmSafeSection, SlowedRetriesAreTold) {
                                L"Retry pace:       slowed to 30s (display would not hold 100%)\r\n\r\n"));
 }
 
-TEST_F(PwmSafeSection, SnapshotsStandWithoutADisplayToo) {
+TEST_F(PwmSafeSection, SnapshotsAreShownEvenWithoutADisplay) {
     state.pwmSavedBrightness = {{L"Unplugged", 0}};
     EXPECT_TRUE(Section(L"PWM-SAFE MODE")
                     .ends_with(L"At 100% / total:  0 of 0\r\n"
@@ -98,7 +98,7 @@ TEST_F(PwmSafeSection, WithoutSnapshotsTheirHeadingIsLeftOut) {
     EXPECT_FALSE(HasLine(L"Brightness snapshots"));
 }
 
-TEST_F(PwmSafeSection, SnapshotsStandInTheOrderOfTheirNamesUtf16Units) {
+TEST_F(PwmSafeSection, SnapshotsAreOrderedByTheUtf16UnitsOfTheirNames) {
     // The moon begins with U+D83C, before the full-width A; by characters it would come after it. Capitals
     // come before small letters, and a name before its own continuation.
     state.pwmSavedBrightness = {{L"\uFF21", 1}, {L"\U0001F319", 2}, {L"\u00e9", 3},
@@ -118,7 +118,7 @@ TEST_F(PwmSafeSection, SnapshotsStandInTheOrderOfTheirNamesUtf16Units) {
                                L"\r\n"));
 }
 
-TEST_F(PwmSafeSection, ASnapshotsNameComesOutWholeAndPlain) {
+TEST_F(PwmSafeSection, ASnapshotsNameIsCompleteAndUnformatted) {
     const std::wstring name = std::wstring(3000, L'N') + L" 100% %s%n";
     state.pwmSavedBrightness = {{name, 4294967295}};
     EXPECT_EQ(After(L"  " + name + L" -> "), L"4294967295");

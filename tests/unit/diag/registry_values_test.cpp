@@ -1,5 +1,5 @@
-// Every other text that the report takes from the registry, through the same troubles one after the other:
-// missing key, missing value, another type, empty, unterminated, 4 KB.
+// Every other text that the report reads from the registry, with the same defects in turn: missing key,
+// missing value, another type, empty, unterminated, 4 KB.
 #include <gtest/gtest.h>
 
 #include "diag/fake_registry.h"
@@ -13,7 +13,7 @@ struct TextSource {
     const wchar_t* key;
     const wchar_t* value;
     std::wstring (*read)();
-    const wchar_t* unreadable;  // what stands for a value that cannot be read
+    const wchar_t* unreadable;  // placeholder for a value that cannot be read
 };
 
 std::wstring ProductName() {
@@ -68,7 +68,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(EachText, RegistryTexts, testing::ValuesIn(kSources),
                          [](const auto& source) { return std::string(source.param.name); });
 
-TEST_P(RegistryTexts, AGoodOneIsReadAsItIs) {
+TEST_P(RegistryTexts, AValidOneIsReadUnchanged) {
     EXPECT_EQ(ReadOf(RegistryText(L"Some Name 100% \u65e5")), L"Some Name 100% \u65e5");
 }
 
@@ -93,18 +93,18 @@ TEST_P(RegistryTexts, AnEmptyOneIsUnreadable) {
     EXPECT_EQ(ReadOf(UnterminatedText(L"")), GetParam().unreadable);
 }
 
-TEST_P(RegistryTexts, AnUnterminatedOneIsReadWhole) {
+TEST_P(RegistryTexts, AnUnterminatedOneIsReadCompletely) {
     EXPECT_EQ(ReadOf(UnterminatedText(L"Some Name")), L"Some Name");
 }
 
-TEST_P(RegistryTexts, OneOf4KilobytesIsReadWhole) {
+TEST_P(RegistryTexts, OneOf4KilobytesIsReadCompletely) {
     const std::wstring terminated = std::wstring(2046, L'N') + L"!";
     EXPECT_EQ(ReadOf(RegistryText(terminated)), terminated);
     const std::wstring unterminated = std::wstring(2047, L'N') + L"!";
     EXPECT_EQ(ReadOf(UnterminatedText(unterminated)), unterminated);
 }
 
-TEST_P(RegistryTexts, OneThatWindowsDoesNotHandOutIsUnreadable) {
+TEST_P(RegistryTexts, OneWhoseQueryWindowsRefusesIsUnreadable) {
     g_keys.queryAnswer = ERROR_ACCESS_DENIED;
     EXPECT_EQ(ReadOf(RegistryText(L"Some Name")), GetParam().unreadable);
 }
@@ -139,14 +139,14 @@ TEST_F(RevisionAndAutostart, AMissingAutostartEntryOrOneOfAnotherTypeIsNone) {
     EXPECT_EQ(AutostartOf(RegistryText(L"C:\\A.exe", REG_BINARY)), L"");
 }
 
-TEST_F(RevisionAndAutostart, AnAutostartEntryFillsItsRoomAndALongerOneIsNone) {
+TEST_F(RevisionAndAutostart, AnAutostartEntryMayFillItsBufferAndALongerOneIsNone) {
     EXPECT_EQ(AutostartOf(RegistryText(std::wstring(1022, L'p'))), std::wstring(1022, L'p'));
     EXPECT_EQ(AutostartOf(UnterminatedText(std::wstring(1023, L'p'))), std::wstring(1023, L'p'));
     EXPECT_EQ(AutostartOf(RegistryText(std::wstring(1023, L'p'))), L"");
     EXPECT_EQ(AutostartOf(UnterminatedText(std::wstring(2048, L'p'))), L"");
 }
 
-TEST_F(RevisionAndAutostart, AnAutostartEntryThatWindowsDoesNotHandOutIsNone) {
+TEST_F(RevisionAndAutostart, AnAutostartEntryWhoseQueryWindowsRefusesIsNone) {
     g_keys.queryAnswer = ERROR_ACCESS_DENIED;
     EXPECT_EQ(AutostartOf(RegistryText(L"C:\\A.exe")), L"");
 }

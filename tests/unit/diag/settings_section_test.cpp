@@ -1,4 +1,4 @@
-#include "diag/report_bench.h"
+#include "diag/report_fixture.h"
 
 namespace {
 
@@ -58,7 +58,7 @@ TEST_F(SettingsSection, EachSwitchHasItsOwnLine) {
     expect(L"OFF", L"OFF", L"OFF", L"ON");
 }
 
-TEST_F(SettingsSection, LegacyModeSaysWhoChoseIt) {
+TEST_F(SettingsSection, LegacyModeShowsWhoChoseIt) {
     state.useLegacyGamma = true;
     state.legacyModeAutoSet = true;
     EXPECT_EQ(After(L"Legacy gamma:     "), L"ON  (auto-fallback on this hardware)");
@@ -69,7 +69,7 @@ TEST_F(SettingsSection, LegacyModeSaysWhoChoseIt) {
     EXPECT_EQ(After(L"Legacy gamma:     "), L"OFF");
 }
 
-TEST_F(SettingsSection, AnAutostartEntryToNowhereIsStale) {
+TEST_F(SettingsSection, AnAutostartEntryThatNamesAMissingFileIsStale) {
     facts.autostart = {L"D:\\Gone\\Ambrel.exe", false, false};
     EXPECT_EQ(After(L"Autostart key:    "), L"D:\\Gone\\Ambrel.exe");
     EXPECT_EQ(After(L"  target exists:  "), L"NO - STALE PATH");
@@ -82,7 +82,7 @@ TEST_F(SettingsSection, AnAutostartEntryToAnotherCopyExists) {
     EXPECT_EQ(After(L"  is this exe:    "), L"NO - DIFFERENT COPY");
 }
 
-TEST_F(SettingsSection, ThisProgramsEntryMayBeGoneFromTheDisk) {
+TEST_F(SettingsSection, ThisProgramsEntryMayNameAMissingFile) {
     facts.autostart = {L"D:\\Deleted\\Ambrel.exe", false, true};
     EXPECT_EQ(After(L"  target exists:  "), L"NO - STALE PATH");
     EXPECT_EQ(After(L"  is this exe:    "), L"yes");
@@ -95,7 +95,7 @@ TEST_F(SettingsSection, WithoutAnAutostartEntryThereIsOneLine) {
     EXPECT_FALSE(HasLine(L"  is this exe:"));
 }
 
-TEST_F(SettingsSection, AnAutostartValueOf3000CharactersComesOutWhole) {
+TEST_F(SettingsSection, AnAutostartValueOf3000CharactersIsComplete) {
     facts.autostart = {L"C:\\" + std::wstring(2990, L'p') + L"END.exe", true, false};
     EXPECT_EQ(After(L"Autostart key:    "), facts.autostart.value);
 }
@@ -105,7 +105,7 @@ TEST_F(SettingsSection, WithoutASettingsPathTheLineIsLeftOut) {
     EXPECT_FALSE(HasLine(L"Settings file:"));
 }
 
-TEST_F(SettingsSection, ASettingsPathOfAnyLengthAndLettersComesOutWhole) {
+TEST_F(SettingsSection, ASettingsPathOfAnyLengthAndCharactersIsComplete) {
     state.settingsPath = L"C:\\100%s\\Zo\u00eb\\" + std::wstring(3000, L'q') + L"\\settings.ini";
     EXPECT_EQ(After(L"Settings file:    "), state.settingsPath);
 }

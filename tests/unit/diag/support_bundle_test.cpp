@@ -1,9 +1,9 @@
-// The report and its subject are made of the program's own state and of what was just read.
+// The report and its subject contain the program's state and facts that were just read.
 #include "diag/support_bundle.h"
 
 #include <gtest/gtest.h>
 
-#include "diag/report_bench.h"
+#include "diag/report_fixture.h"
 #include "diag/support_facts.h"
 #include "support/seam.h"
 
@@ -29,7 +29,7 @@ AMBREL_REPLACE(SupportFacts, ReadSupportFacts, ()) {
     return facts;
 }
 
-TEST_F(SupportBundle, TellsTheProgramsStateAndTheFacts) {
+TEST_F(SupportBundle, ContainsTheProgramsStateAndTheFacts) {
     g_app.intensity = 1.0;
     g_app.brightness = 0.25;
     SupportFacts facts = PlainFacts();
@@ -38,13 +38,13 @@ TEST_F(SupportBundle, TellsTheProgramsStateAndTheFacts) {
     EXPECT_NE(BuildSupportBundle().find(L"\r\nBrightness:     0.250  (25%)\r\n"), std::wstring::npos);
 }
 
-TEST_F(SupportBundle, EachOneIsReadAnewAndOnce) {
+TEST_F(SupportBundle, EachReportReadsTheFactsOnce) {
     EXPECT_NE(BuildSupportBundle().find(L"(x64, 1 cores)"), std::wstring::npos);
     EXPECT_NE(BuildSupportBundle().find(L"(x64, 2 cores)"), std::wstring::npos);
     EXPECT_EQ(g_readings, 2);
 }
 
-TEST_F(SupportBundle, HasTheSubjectThatIsBuiltByItself) {
+TEST_F(SupportBundle, HasTheSameSubjectAsTheSeparateFunction) {
     const std::wstring subject = BuildSupportSubject();
     EXPECT_TRUE(subject.ends_with(L" - Feedback (0123456789abcdef, Windows 11 Pro b22631)"));
     EXPECT_NE(BuildSupportBundle().find(L"\r\nSUBJECT: " + subject + L"\r\n"), std::wstring::npos);

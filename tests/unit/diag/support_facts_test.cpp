@@ -1,4 +1,4 @@
-// Each system query in turn, and what its failure becomes.
+// Each system query in turn, and the effect of its failure.
 #include "diag/support_facts.h"
 
 #include <gtest/gtest.h>
@@ -39,7 +39,7 @@ TEST_F(Facts, TheTickHas64Bits) {
     EXPECT_EQ(ReadSupportFacts().tick, 123456789012u);
 }
 
-TEST_F(Facts, WhatTheProbesReadIsTakenAsItIs) {
+TEST_F(Facts, TheProbesResultsAreUsedUnchanged) {
     g_program.os = {L"Windows 11 Pro", L"23H2", L"4037", 10, 1, 22631};
     g_program.cpuName = L"Imaginary CPU 3000";
     g_program.hardwareName = L"LENOVO 20XW";
@@ -69,7 +69,7 @@ TEST_F(Facts, TheProcessorsAreTheMachinesOwn) {
     EXPECT_EQ(facts.processorCount, 12u);
 }
 
-TEST_F(Facts, TheMemoryIsTheMachinesWhole) {
+TEST_F(Facts, TheMemoryIsThatOfTheMachine) {
     EXPECT_EQ(ReadSupportFacts().memoryBytes, 17179869184u);
 }
 
@@ -82,20 +82,20 @@ TEST_F(Facts, TheLocaleIsTheUsers) {
     EXPECT_EQ(ReadSupportFacts().localeName, L"en-GB");
 }
 
-TEST_F(Facts, TheLongestLocaleNameIsWhole) {
+TEST_F(Facts, TheLongestLocaleNameIsComplete) {
     g_machine.localeName = std::wstring(83, L'l') + L"L";
     g_machine.localeAnswer = 85;
     EXPECT_EQ(ReadSupportFacts().localeName, g_machine.localeName);
 }
 
-TEST_F(Facts, ALocaleAnswerBelowOneIsUnknown) {
+TEST_F(Facts, ALocaleLengthBelowOneIsUnknown) {
     for (const int answer : {0, -1}) {
         g_machine.localeAnswer = answer;
         EXPECT_EQ(ReadSupportFacts().localeName, L"unknown") << answer;
     }
 }
 
-TEST_F(Facts, ALocaleAnswerOfOneIsItsEmptyName) {
+TEST_F(Facts, ALocaleLengthOfOneIsAnEmptyName) {
     g_machine.localeName.clear();
     g_machine.localeAnswer = 1;
     EXPECT_EQ(ReadSupportFacts().localeName, L"");
@@ -113,18 +113,18 @@ TEST_F(Facts, ATimeZoneThatCannotBeReadIsUnknown) {
     EXPECT_EQ(ReadSupportFacts().timeZoneName, L"unknown");
 }
 
-TEST_F(Facts, ATimeZonesNameThatFillsItsRoomEndsThere) {
+TEST_F(Facts, ATimeZoneNameThatFillsItsBufferEndsThere) {
     g_machine.timeZoneName = std::wstring(31, L'T') + L"t";
     EXPECT_EQ(ReadSupportFacts().timeZoneName, g_machine.timeZoneName);
 }
 
-TEST_F(Facts, CompositionIsWhatTheDesktopWindowManagerSays) {
+TEST_F(Facts, CompositionIsThatOfTheDesktopWindowManager) {
     EXPECT_TRUE(ReadSupportFacts().composition);
     g_machine.composition = FALSE;
     EXPECT_FALSE(ReadSupportFacts().composition);
 }
 
-TEST_F(Facts, ARefusedAnswerAboutCompositionIsNone) {
+TEST_F(Facts, AFailedCompositionQueryIsNone) {
     g_machine.compositionStatus = E_FAIL;
     EXPECT_FALSE(ReadSupportFacts().composition);
 }
@@ -137,7 +137,7 @@ TEST_F(Facts, WithoutTheLibraryOrItsCallThereIsNoComposition) {
     EXPECT_FALSE(ReadSupportFacts().composition);
 }
 
-TEST_F(Facts, TheLibraryIsGivenBack) {
+TEST_F(Facts, TheLibraryIsFreed) {
     ReadSupportFacts();
     EXPECT_EQ(std::count(g_calls.begin(), g_calls.end(), "load dwmapi.dll"), 1);
     EXPECT_EQ(std::count(g_calls.begin(), g_calls.end(), "free dwmapi.dll"), 1);
@@ -149,7 +149,7 @@ TEST_F(Facts, TheRestartIsTheGammaFixs) {
     EXPECT_TRUE(ReadSupportFacts().restartDoneSinceFix);
 }
 
-TEST_F(Facts, TheLogsAreTakenAsTheyAre) {
+TEST_F(Facts, TheLogsAreUsedUnchanged) {
     g_program.ring = {L"one", L"two"};
     g_program.tail = {L"yesterday", L"", L"today"};
     const SupportFacts facts = ReadSupportFacts();
@@ -157,14 +157,14 @@ TEST_F(Facts, TheLogsAreTakenAsTheyAre) {
     EXPECT_EQ(facts.persistedLines, (std::vector<std::wstring>{L"yesterday", L"", L"today"}));
 }
 
-TEST_F(Facts, TheRingIsCopiedBeforeTheMachineIsAsked) {
+TEST_F(Facts, TheRingIsCopiedBeforeTheMachineIsQueried) {
     ReadSupportFacts();
     ASSERT_FALSE(g_calls.empty());
     EXPECT_EQ(g_calls[0], "read ring");
     EXPECT_EQ(std::count(g_calls.begin(), g_calls.end(), "read ring"), 1);
 }
 
-TEST_F(Facts, TheDisplaysBacklightIsNotAskedAgain) {
+TEST_F(Facts, TheDisplaysBacklightIsNotQueriedAgain) {
     ReadSupportFacts();
     EXPECT_EQ(std::count(g_calls.begin(), g_calls.end(), "ENUMERATE TARGETS"), 0);
 }

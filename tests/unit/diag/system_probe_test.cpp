@@ -25,7 +25,7 @@ struct OpenedKey {
     REGSAM access;
 };
 
-// The registry of the machine under test: only what a test put there exists.
+// The registry of the machine under test: only the values of the test exist.
 std::map<std::wstring, std::map<std::wstring, Value>> g_registry;
 std::vector<OpenedKey> g_opened;
 std::vector<HKEY> g_open;
@@ -176,7 +176,7 @@ TEST_F(SystemProbe, Build22631IsWindows11) {
     EXPECT_EQ(ReadOsInfo().productName, L"Windows 11 Pro");
 }
 
-TEST_F(SystemProbe, TheWindows11RuleBeginsAtBuild22000OfMajorVersion10) {
+TEST_F(SystemProbe, TheWindows11RuleStartsAtBuild22000OfMajorVersion10) {
     EXPECT_EQ(CorrectProductName(L"Windows 10 Home", 10, 22000), L"Windows 11 Home");
     EXPECT_EQ(CorrectProductName(L"Windows 10 Home", 10, 21999), L"Windows 10 Home");
     EXPECT_EQ(CorrectProductName(L"Windows 10 Home", 11, 22000), L"Windows 10 Home");
@@ -188,7 +188,7 @@ TEST_F(SystemProbe, OnlyTheFirstWindows10IsReplaced) {
     EXPECT_EQ(CorrectProductName(L"Microsoft Windows 10", 10, 26100), L"Microsoft Windows 11");
 }
 
-TEST_F(SystemProbe, AnotherNameStaysAsItIs) {
+TEST_F(SystemProbe, AnotherNameIsUnchanged) {
     EXPECT_EQ(CorrectProductName(L"Windows Server 2025", 10, 26100), L"Windows Server 2025");
     EXPECT_EQ(CorrectProductName(L"Windows 11 Pro", 10, 26100), L"Windows 11 Pro");
     EXPECT_EQ(CorrectProductName(L"", 10, 26100), L"");
@@ -211,7 +211,7 @@ TEST_F(SystemProbe, AMissingOsKeyLeavesTheNamesEmptyAndTheVersionRead) {
     EXPECT_EQ(os.major, 10u);
 }
 
-TEST_F(SystemProbe, OsValuesOfAnotherTypeAreNotTaken) {
+TEST_F(SystemProbe, OsValuesOfAnotherTypeAreIgnored) {
     g_registry[kWindows] = {{L"ProductName", Bytes(REG_BINARY, L"Windows 10 Pro")},
                             {L"DisplayVersion", Number(22)},
                             {L"UBR", Text(L"4529")}};
@@ -226,7 +226,7 @@ TEST_F(SystemProbe, AListOfStringsIsNotAString) {
     EXPECT_EQ(ReadOsInfo().productName, L"");
 }
 
-TEST_F(SystemProbe, A64BitRevisionIsNotTaken) {
+TEST_F(SystemProbe, A64BitRevisionIsIgnored) {
     g_registry[kWindows] = {{L"UBR", Value{REG_QWORD, std::vector<BYTE>(8, 1)}}};
     EXPECT_EQ(ReadOsInfo().updateRevision, L"");
 }
@@ -255,7 +255,7 @@ TEST_F(SystemProbe, WithoutTheLibraryTheVersionIsZero) {
     EXPECT_EQ(os.build, 0u);
 }
 
-TEST_F(SystemProbe, AFailedVersionCallCountsAsNoVersion) {
+TEST_F(SystemProbe, AFailedVersionCallLeavesTheVersionZero) {
     g_versionStatus = static_cast<LONG>(0xC0000001);
     const OsInfo os = ReadOsInfo();
     EXPECT_EQ(os.major, 0u);
@@ -279,7 +279,7 @@ TEST_F(SystemProbe, ACpuWithoutKeyValueTextOrTypeIsUnknown) {
     EXPECT_EQ(ReadCpuName(), L"unknown");
 }
 
-TEST_F(SystemProbe, TextWithoutItsTerminatingZeroIsReadWhole) {
+TEST_F(SystemProbe, TextWithoutATerminatorIsReadCompletely) {
     g_registry[kCpu] = {{L"ProcessorNameString", Bytes(REG_SZ, L"Unterminated CPU")}};
     EXPECT_EQ(ReadCpuName(), L"Unterminated CPU");
 }
@@ -298,7 +298,7 @@ TEST_F(SystemProbe, AnOddNumberOfBytesIsReadWithoutTheHalfCharacter) {
     EXPECT_EQ(ReadCpuName(), L"unknown");
 }
 
-TEST_F(SystemProbe, ATextOf4KilobytesIsReadWhole) {
+TEST_F(SystemProbe, ATextOf4KilobytesIsReadCompletely) {
     const std::wstring terminated(2047, L'C');
     g_registry[kCpu] = {{L"ProcessorNameString", Text(terminated)}};
     EXPECT_EQ(ReadCpuName(), terminated);
@@ -307,7 +307,7 @@ TEST_F(SystemProbe, ATextOf4KilobytesIsReadWhole) {
     EXPECT_EQ(ReadCpuName(), unterminated);
 }
 
-TEST_F(SystemProbe, ATextThatGrowsWhileItIsReadCountsAsUnreadable) {
+TEST_F(SystemProbe, ATextThatGrowsDuringTheReadIsUnreadable) {
     g_registry[kCpu] = {{L"ProcessorNameString", Text(L"CPU")}};
     g_growsAfterItsSizeWasAsked = true;
     EXPECT_EQ(ReadCpuName(), L"unknown");
@@ -318,7 +318,7 @@ TEST_F(SystemProbe, TheHardwareIsManufacturerAndProduct) {
     EXPECT_EQ(ReadHardwareName(), L"LENOVO 20XW");
 }
 
-TEST_F(SystemProbe, OfTheHardwareOnlyWhatIsKnownIsNamed) {
+TEST_F(SystemProbe, OnlyKnownPartsOfTheHardwareAreShown) {
     g_registry[kBios] = {{L"SystemManufacturer", Text(L"LENOVO")}};
     EXPECT_EQ(ReadHardwareName(), L"LENOVO");
     g_registry[kBios] = {{L"SystemManufacturer", Text(L"LENOVO")}, {L"SystemProductName", Text(L"")}};

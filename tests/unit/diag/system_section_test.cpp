@@ -1,4 +1,4 @@
-#include "diag/report_bench.h"
+#include "diag/report_fixture.h"
 
 namespace {
 
@@ -6,7 +6,7 @@ class SystemSection : public SupportReport {};
 
 }  // namespace
 
-TEST_F(SystemSection, HasItsLinesInOrder) {
+TEST_F(SystemSection, TheLinesAreInOrder) {
     state.dpi = 120;
     EXPECT_EQ(Section(L"SYSTEM"),
               L"=== SYSTEM ===\r\n"
@@ -102,12 +102,12 @@ TEST_F(SystemSection, TheMemoryIsRoundedToATenth) {
     }
 }
 
-TEST_F(SystemSection, UnknownMemoryIsNoGigabytes) {
+TEST_F(SystemSection, UnknownMemoryIsZeroGigabytes) {
     facts.memoryBytes = 0;
     EXPECT_EQ(After(L"Memory:         "), L"0.0 GB");
 }
 
-TEST_F(SystemSection, TheDpiIsThatOfTheStateAndZeroCountsAs96) {
+TEST_F(SystemSection, TheDpiIsThatOfTheStateAndZeroIsTreatedAs96) {
     for (const auto& [dpi, told] :
          {std::pair{96u, L"96 dpi"}, {144u, L"144 dpi"}, {192u, L"192 dpi"}, {0u, L"96 dpi"}}) {
         state.dpi = dpi;
@@ -122,12 +122,12 @@ TEST_F(SystemSection, CompositionIsEnabledOrDisabled) {
     EXPECT_EQ(After(L"DWM composition: "), L"disabled");
 }
 
-TEST_F(SystemSection, ACpuNameOf4KilobytesComesOutWhole) {
+TEST_F(SystemSection, ACpuNameOf4KilobytesIsComplete) {
     facts.cpuName = std::wstring(2047, L'C') + L"!";
     EXPECT_EQ(After(L"CPU:            "), facts.cpuName + L" (x64, 8 cores)");
 }
 
-TEST_F(SystemSection, NamesOfAnyLengthComeOutWhole) {
+TEST_F(SystemSection, NamesOfAnyLengthAreComplete) {
     facts.os.displayVersion = std::wstring(2048, L'E') + L"e";
     facts.hardwareName = std::wstring(4097, L'H') + L"h";
     facts.localeName = std::wstring(84, L'l') + L"L";

@@ -1,6 +1,6 @@
-// The whole report, character for character, of a machine on which everything happens at once and of one that
-// tells nothing.
-#include "diag/report_bench.h"
+// The complete report, character for character, of a machine with every optional line and of one that reports
+// nothing.
+#include "diag/report_fixture.h"
 #include "res/version.h"
 
 namespace {
@@ -67,7 +67,7 @@ protected:
 
 }  // namespace
 
-TEST_F(WholeReport, IsTheSameTextToTheLastCharacterWhenEverythingHappensAtOnce) {
+TEST_F(WholeReport, IsExactWhenEveryOptionalLineIsPresent) {
     MakeEverythingHappen();
     EXPECT_EQ(
         Report(),
@@ -171,7 +171,7 @@ TEST_F(WholeReport, IsTheSameTextToTheLastCharacterWhenEverythingHappensAtOnce) 
         L"=== END DIAGNOSTICS ===\r\n");
 }
 
-TEST_F(WholeReport, OfAMachineThatTellsNothingHasFixedWordsAndLeavesLinesOut) {
+TEST_F(WholeReport, AMachineThatReportsNothingGetsPlaceholdersAndFewerLines) {
     facts = SupportFacts{};
     facts.hardwareName = L"unknown";
     facts.cpuName = L"unknown";
@@ -248,7 +248,7 @@ TEST_F(WholeReport, EveryLineEndsWithCrLfAndNothingElse) {
     EXPECT_EQ(Report().find(L'\0'), std::wstring::npos);
 }
 
-TEST_F(WholeReport, AsksNothingOfTheProgramsOwnState) {
+TEST_F(WholeReport, DoesNotReadTheProgramsState) {
     MakeEverythingHappen();
     const std::wstring before = Report();
     g_app.intensity = 1.0;

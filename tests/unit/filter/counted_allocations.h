@@ -1,4 +1,4 @@
-// Linked into a test program, counts everything that it allocates in C++.
+// Counts the C++ allocations of a test program that links it.
 #pragma once
 
 int AllocationsSoFar();

@@ -1,5 +1,5 @@
-// The copies of the system cursors that every tint is made from: how they come about, once, and where they
-// go.
+// The copies of the system cursors that every tint is computed from: their creation, once per run, and their
+// release.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -41,7 +41,7 @@ protected:
         return calls;
     }
 
-    // How the one row comes to its copy.
+    // The calls that create the copy of one row.
     static CallRecord MakingOf(int id) {
         CallRecord calls;
         for (const std::string& call : g_calls) {
@@ -63,7 +63,7 @@ TEST_F(CursorCopies, ThereAreSixteenRows) {
     EXPECT_EQ(std::size(kIds), 16U);
 }
 
-TEST_F(CursorCopies, AreMadeOfAllSixteenInTheTablesOrderBeforeAnythingIsTinted) {
+TEST_F(CursorCopies, AreCreatedForAllSixteenInTheTablesOrderBeforeAnythingIsTinted) {
     TintSystemCursors();
     CallRecord expected;
     for (const int id : kIds) {
@@ -78,7 +78,7 @@ TEST_F(CursorCopies, AreMadeOfAllSixteenInTheTablesOrderBeforeAnythingIsTinted) 
         EXPECT_EQ(CopyOf(row), CursorHandle(kCopied, kIds[row])) << row;
 }
 
-TEST_F(CursorCopies, ACursorThatIsNoImageIsLoadedTheOtherWay) {
+TEST_F(CursorCopies, ACursorThatLoadImageRefusesIsLoadedWithLoadCursor) {
     for (int row = 0; row < 16; ++row) {
         const int id = kIds[row];
         g_cursors.noImage = {id};
@@ -148,12 +148,12 @@ TEST_F(CursorCopies, TheHandleThatWindowsSharesIsNeverDestroyed) {
     EXPECT_THAT(CallsOf("destroy 2"), IsEmpty());
 }
 
-TEST_F(CursorCopies, AreMadeOnceARunAlsoWhenRowsAreMissing) {
+TEST_F(CursorCopies, AreCreatedOncePerRunEvenWhenRowsAreMissing) {
     g_cursors.noImage = g_cursors.noCursor = {32514, 32651};
     g_cursors.noCopyImage = g_cursors.noCopyIcon = {32512};
     TintSystemCursors();
     EXPECT_TRUE(g_app.baseCursorsMade);
-    // They would be there now.
+    // Windows would provide them now.
     for (std::set<int>* failing :
          {&g_cursors.noImage, &g_cursors.noCursor, &g_cursors.noCopyImage, &g_cursors.noCopyIcon})
         failing->clear();
@@ -165,7 +165,7 @@ TEST_F(CursorCopies, AreMadeOnceARunAlsoWhenRowsAreMissing) {
     EXPECT_EQ(CallsOf("set").size(), 13U);
 }
 
-TEST_F(CursorCopies, AreMadeOnceARunAlsoWhenAllRowsAreMissing) {
+TEST_F(CursorCopies, AreCreatedOncePerRunEvenWhenAllRowsAreMissing) {
     for (const int id : kIds) {
         g_cursors.noImage.insert(id);
         g_cursors.noCursor.insert(id);
@@ -179,7 +179,7 @@ TEST_F(CursorCopies, AreMadeOnceARunAlsoWhenAllRowsAreMissing) {
     EXPECT_THAT(g_calls, IsEmpty());
 }
 
-TEST_F(CursorCopies, SurviveARestoring) {
+TEST_F(CursorCopies, ArePreservedWhenTheCursorsAreRestored) {
     TintSystemCursors();
     RestoreSystemCursors();
     EXPECT_TRUE(g_app.baseCursorsMade);
@@ -214,7 +214,7 @@ TEST_F(CursorCopies, AreReleasedAfterTheCursorsAreRestoredEachOnce) {
     EXPECT_THAT(g_calls, IsEmpty());
 }
 
-TEST_F(CursorCopies, AreReleasedAlsoWhenNothingIsTinted) {
+TEST_F(CursorCopies, AreReleasedEvenWhenNothingIsTinted) {
     TintSystemCursors();
     RestoreSystemCursors();
     g_calls.clear();
@@ -223,12 +223,12 @@ TEST_F(CursorCopies, AreReleasedAlsoWhenNothingIsTinted) {
     EXPECT_EQ(CallsOf("destroy").size(), 16U);
 }
 
-TEST_F(CursorCopies, ThatWereNeverMadeAreNotReleased) {
+TEST_F(CursorCopies, AreNotReleasedIfTheyWereNeverCreated) {
     ReleaseCursorCopies();
     EXPECT_THAT(g_calls, IsEmpty());
 }
 
-TEST_F(CursorCopies, AreMadeAnewAfterARelease) {
+TEST_F(CursorCopies, AreCreatedAgainAfterARelease) {
     TintSystemCursors();
     ReleaseCursorCopies();
     g_calls.clear();

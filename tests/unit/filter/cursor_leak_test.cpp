@@ -1,7 +1,6 @@
-// A long drag over the real system cursors: the shipped files with a SetSystemCursor that takes over and
-// destroys what it is given, as Windows does (the lab's takes over nothing). However often the cursors are
-// tinted again, the process owns as many GDI objects and icons as before, and nothing is loaded or copied
-// anew.
+// A long drag over the real system cursors. The shipped files run with a SetSystemCursor that takes ownership
+// of its cursor and destroys it, as Windows does (Wine's does not). However often the cursors are tinted, the
+// process owns as many GDI objects and icons as before, and nothing is loaded or copied again.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,9 +11,9 @@
 #include <vector>
 
 #include "app/state/app_state.h"
+#include "filter/cursor_factory.h"
 #include "filter/cursor_tint.h"
-#include "filter/cursor_workshop.h"
-#include "filter/gdi_census.h"
+#include "filter/gdi_counts.h"
 #include "filter/tinted_cursor.h"
 #include "support/seam.h"
 
@@ -78,9 +77,9 @@ protected:
         g_system = {};
         TintSystemCursors();
         ASSERT_TRUE(g_app.cursorsTinted);
-        // A second time, with everything made that Windows keeps for the whole run.
+        // The second tint, after Windows has created the objects that it keeps for the process.
         TintAt(0.25);
-        before_ = TakeGdiCensus();
+        before_ = CurrentGdiCounts();
         for (int row = 0; row < 16; ++row) {
             if (ReadCursor(g_app.baseCursors[row]).coloured) coloured_.push_back(kIds[row]);
         }
@@ -94,13 +93,13 @@ protected:
         TintSystemCursors();
     }
 
-    // Every step lies outside the dead band of the one before.
+    // Every step is outside the dead band of the previous one.
     static void Drag(int steps) {
         for (int step = 0; step < steps; ++step)
             TintAt(static_cast<double>(step % 250) / 250.0);
     }
 
-    // What each colour cursor was set to, against what Windows draws of our copy of it.
+    // Compares each colour cursor that was set with the pixels that Windows draws for its base copy.
     template <typename Expected>
     void ExpectSeen(Expected expected) {
         ASSERT_FALSE(coloured_.empty());
@@ -124,9 +123,9 @@ protected:
         }
     }
 
-    void ExpectNothingKept() { EXPECT_EQ(TakeGdiCensus(), before_); }
+    void ExpectNothingKept() { EXPECT_EQ(CurrentGdiCounts(), before_); }
 
-    GdiCensus before_ = {};
+    GdiCounts before_ = {};
     std::vector<DWORD> coloured_;
 };
 
@@ -139,8 +138,8 @@ AMBREL_SEAM(LoadCursorW, FakeLoadCursorW);
 AMBREL_SEAM(CopyImage, FakeCopyImage);
 AMBREL_SEAM(CopyIcon, FakeCopyIcon);
 
-// One cursor, so that ten thousand take seconds in the lab.
-TEST_F(CursorLeak, TenThousandRetintsLeaveTheCountsWhereTheyWere) {
+// Only one cursor, so that ten thousand tints take seconds.
+TEST_F(CursorLeak, TenThousandRetintsDoNotChangeTheCounts) {
     HCURSOR others[kSystemCursorCount];
     std::copy(std::begin(g_app.baseCursors), std::end(g_app.baseCursors), others);
     std::fill(std::begin(g_app.baseCursors) + 1, std::end(g_app.baseCursors), nullptr);
@@ -150,7 +149,7 @@ TEST_F(CursorLeak, TenThousandRetintsLeaveTheCountsWhereTheyWere) {
     ExpectNothingKept();
 }
 
-TEST_F(CursorLeak, ManyRetintsOfAllSixteenLeaveTheCountsWhereTheyWereAndLoadAndCopyNothing) {
+TEST_F(CursorLeak, ManyRetintsOfAllSixteenDoNotChangeTheCountsAndLoadAndCopyNothing) {
     Drag(kRetintsOfAll);
     std::map<DWORD, int> expected;
     for (const DWORD id : coloured_)
@@ -172,38 +171,38 @@ TEST_F(CursorLeak, CursorsThatWindowsRefusesAreDestroyedByTheProgram) {
     ExpectNothingKept();
 }
 
-TEST_F(CursorLeak, AThousandCopiesOfAMonochromeCursorLeaveTheCountsWhereTheyWere) {
+TEST_F(CursorLeak, AThousandCopiesOfAMonochromeCursorDoNotChangeTheCounts) {
     CursorPicture picture;
     picture.width = picture.height = 32;
     picture.coloured = false;
     picture.mask.assign(2 * 32 * 32, 1);
     const HCURSOR source = MakeCursor(picture);
-    const GdiCensus withSource = TakeGdiCensus();
+    const GdiCounts withSource = CurrentGdiCounts();
     for (int i = 0; i < 1000; ++i)
         DestroyMadeCursor(BuildTintedCursor(source, i / 1000.0, 0.5));
-    EXPECT_EQ(TakeGdiCensus(), withSource);
+    EXPECT_EQ(CurrentGdiCounts(), withSource);
     DestroyMadeCursor(source);
     ExpectNothingKept();
 }
 
-TEST_F(CursorLeak, RestoringAndReleasingManyTimesLeavesTheCountsWhereTheyWere) {
+TEST_F(CursorLeak, RestoringAndReleasingManyTimesDoesNotChangeTheCounts) {
     ReleaseCursorCopies();
-    const GdiCensus released = TakeGdiCensus();
+    const GdiCounts released = CurrentGdiCounts();
     for (int i = 0; i < 20; ++i) {
         TintAt(0.5);
         RestoreSystemCursors();
         TintAt(0.5);
         ReleaseCursorCopies();
     }
-    EXPECT_EQ(TakeGdiCensus(), released);
+    EXPECT_EQ(CurrentGdiCounts(), released);
     EXPECT_EQ(g_system.calls["LoadImageW"], 20 * 16);
     EXPECT_EQ(g_system.calls["SPI_SETCURSORS"], 41);
 }
 
-TEST_F(CursorLeak, AKeptCursorWouldBeSeen) {
+TEST_F(CursorLeak, ALeakedCursorIsDetected) {
     HCURSOR kept = BuildTintedCursor(g_app.baseCursors[0], 0.5, 0.5);
-    EXPECT_EQ(TakeGdiCensus().icons, before_.icons + 1);
-    EXPECT_GT(TakeGdiCensus().gdiObjects, before_.gdiObjects);
+    EXPECT_EQ(CurrentGdiCounts().icons, before_.icons + 1);
+    EXPECT_GT(CurrentGdiCounts().gdiObjects, before_.gdiObjects);
     DestroyMadeCursor(kept);
     ExpectNothingKept();
 }

@@ -1,4 +1,4 @@
-// When the sixteen system cursors are tinted, skipped, left alone and given back.
+// When the sixteen system cursors are tinted, skipped and restored.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -61,7 +61,7 @@ protected:
 
     static std::set<int> AllIds() { return {std::begin(kIds), std::end(kIds)}; }
 
-    // All rows but the one are handled; `instead` is what happens to that one.
+    // The calls for all rows except one; `instead` are the calls for that row.
     static CallRecord AllBut(int id, const CallRecord& instead) {
         CallRecord calls;
         for (const int each : kIds) {
@@ -84,7 +84,7 @@ TEST_F(CursorTinting, StartsUntintedWithoutCachedValues) {
         EXPECT_EQ(copy, nullptr);
 }
 
-TEST_F(CursorTinting, AsksBuildsAndSetsEachRowInTheTablesOrderAndRemembersTheTint) {
+TEST_F(CursorTinting, QueriesBuildsAndSetsEachRowInTheTablesOrderAndStoresTheTint) {
     EXPECT_EQ(CallsOfOneTint(), AllBut(0, {}));
     EXPECT_TRUE(g_app.cursorsTinted);
     ExpectCache(0.5, 0.75);
@@ -138,13 +138,13 @@ TEST_F(CursorTinting, ACursorWithoutAnyBitmapHasNoColourEither) {
     EXPECT_EQ(CallsOfOneTint(), AllBut(32649, {"ask " + Number(kCopied, 32649)}));
 }
 
-TEST_F(CursorTinting, ACursorThatCannotBeAskedIsBuiltAllTheSame) {
+TEST_F(CursorTinting, ACursorThatCannotBeQueriedIsStillBuilt) {
     g_cursors.noInfo = AllIds();
     EXPECT_EQ(CallsOfOneTint(), AllBut(0, {}));
     EXPECT_TRUE(g_app.cursorsTinted);
 }
 
-TEST_F(CursorTinting, AFailureHalfWayThroughAskingLeavesNothingToDelete) {
+TEST_F(CursorTinting, AFailureHalfWayThroughTheQueryLeavesNothingToDelete) {
     g_cursors.noInfo = {32512};
     g_cursors.staleInfo = true;
     EXPECT_EQ(CallsOfOneTint(), AllBut(0, {}));
@@ -187,7 +187,7 @@ TEST_F(CursorTinting, OneCursorThatWasSetIsEnough) {
     }
 }
 
-TEST_F(CursorTinting, WithoutAnyCursorSetNothingCountsAsTintedAndTheNextApplyTriesAgain) {
+TEST_F(CursorTinting, WithoutAnyCursorSetNothingIsTreatedAsTintedAndTheNextApplyTriesAgain) {
     g_cursors.notSet = AllIds();
     const CallRecord first = CallsOfOneTint();
     EXPECT_EQ(first.size(), 64U);
@@ -199,7 +199,7 @@ TEST_F(CursorTinting, WithoutAnyCursorSetNothingCountsAsTintedAndTheNextApplyTri
     EXPECT_TRUE(g_app.cursorsTinted);
 }
 
-TEST_F(CursorTinting, WithoutAnyCursorBuiltNothingCountsAsTinted) {
+TEST_F(CursorTinting, WithoutAnyCursorBuiltNothingIsTreatedAsTinted) {
     g_cursors.notBuilt = AllIds();
     TintSystemCursors();
     EXPECT_FALSE(g_app.cursorsTinted);
@@ -222,7 +222,7 @@ TEST_F(CursorTinting, TheSameSettingsAgainCallNothing) {
     EXPECT_THAT(CallsOfOneTint(), IsEmpty());
 }
 
-TEST_F(CursorTinting, AThousandthTwiceIsStillAndThenATint) {
+TEST_F(CursorTinting, TwoStepsOfAThousandthOfWarmthTintOnlyAtTheSecond) {
     TintSystemCursors();
     g_app.intensity = 0.501;
     EXPECT_FALSE(IsTintedAnew());
@@ -234,7 +234,7 @@ TEST_F(CursorTinting, AThousandthTwiceIsStillAndThenATint) {
     EXPECT_FALSE(IsTintedAnew());
 }
 
-TEST_F(CursorTinting, AThousandthOfBrightnessTwiceIsStillAndThenATint) {
+TEST_F(CursorTinting, TwoStepsOfAThousandthOfBrightnessTintOnlyAtTheSecond) {
     g_app.brightness = 0.5;
     TintSystemCursors();
     g_app.brightness = 0.501;
@@ -244,7 +244,7 @@ TEST_F(CursorTinting, AThousandthOfBrightnessTwiceIsStillAndThenATint) {
     ExpectCache(0.5, 0.502);
 }
 
-// From 0 the difference is the number itself: nothing is lost in the subtraction.
+// From 0 the difference is the number itself, so the subtraction is exact.
 TEST_F(CursorTinting, TheDeadBandEndsExactlyAtTwoThousandths) {
     g_app.intensity = 0.0;
     TintSystemCursors();
@@ -269,7 +269,7 @@ TEST_F(CursorTinting, TheDeadBandEndsExactlyAtTwoThousandths) {
     EXPECT_TRUE(IsTintedAnew());
 }
 
-TEST_F(CursorTinting, AMoveOfEitherValueAloneLeavesTheDeadBand) {
+TEST_F(CursorTinting, AChangeOfEitherValueAloneLeavesTheDeadBand) {
     TintSystemCursors();
     g_app.intensity = 0.49;
     EXPECT_TRUE(IsTintedAnew());
@@ -280,7 +280,7 @@ TEST_F(CursorTinting, AMoveOfEitherValueAloneLeavesTheDeadBand) {
     EXPECT_FALSE(IsTintedAnew());
 }
 
-TEST_F(CursorTinting, TheDeadBandHoldsOnlyWhileTheCursorsAreTinted) {
+TEST_F(CursorTinting, TheDeadBandAppliesOnlyWhileTheCursorsAreTinted) {
     TintSystemCursors();
     g_app.cursorsTinted = false;
     EXPECT_TRUE(IsTintedAnew());
@@ -316,14 +316,14 @@ TEST_F(CursorTinting, WithTheFilterOffTheCursorsAreOnlyRestored) {
     EXPECT_THAT(CallsOfOneTint(), IsEmpty());
 }
 
-TEST_F(CursorTinting, WithTheFilterOffNoCopiesAreMade) {
+TEST_F(CursorTinting, WithTheFilterOffNoCopiesAreCreated) {
     ReleaseCursorCopies();
     g_app.filterOn = false;
     EXPECT_THAT(CallsOfOneTint(), IsEmpty());
     EXPECT_FALSE(g_app.baseCursorsMade);
 }
 
-TEST_F(CursorTinting, RestoringForgetsTheTintSoThatTheSameSettingsTintAgain) {
+TEST_F(CursorTinting, RestoringClearsTheStoredTintSoThatTheSameSettingsTintAgain) {
     TintSystemCursors();
     g_calls.clear();
     RestoreSystemCursors();
@@ -333,7 +333,7 @@ TEST_F(CursorTinting, RestoringForgetsTheTintSoThatTheSameSettingsTintAgain) {
     EXPECT_EQ(CallsOfOneTint(), AllBut(0, {}));
 }
 
-TEST_F(CursorTinting, RestoringWhatIsNotTintedCallsAndChangesNothing) {
+TEST_F(CursorTinting, RestoringUntintedCursorsCallsAndChangesNothing) {
     g_app.lastCursorTint = {0.25, 0.5};
     RestoreSystemCursors();
     EXPECT_THAT(g_calls, IsEmpty());
@@ -345,7 +345,7 @@ TEST_F(CursorTinting, RestoringWhatIsNotTintedCallsAndChangesNothing) {
     EXPECT_THAT(g_calls, IsEmpty());
 }
 
-TEST_F(CursorTinting, AtStartUpTheSystemCursorsComeBackWhateverIsKnown) {
+TEST_F(CursorTinting, ResettingRestoresTheSystemCursorsRegardlessOfTheState) {
     ResetSystemCursors();
     EXPECT_THAT(g_calls, ElementsAre("system cursors"));
     g_app.cursorsTinted = true;

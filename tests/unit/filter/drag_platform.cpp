@@ -44,7 +44,7 @@ BOOL WINAPI FakeGetDeviceGammaRamp(HDC, LPVOID ramp) {
     return TRUE;
 }
 
-// One display and no more.
+// A single display.
 BOOL WINAPI FakeEnumDisplayDevicesW(LPCWSTR, DWORD index, DISPLAY_DEVICEW* display, DWORD) {
     if (index > 0) return FALSE;
     display->StateFlags = DISPLAY_DEVICE_ATTACHED_TO_DESKTOP;
@@ -63,7 +63,7 @@ BOOL WINAPI FakeInvalidateRect(HWND window, const RECT* area, BOOL erase) {
 }
 
 HICON WINAPI FakeLoadIconW(HINSTANCE, LPCWSTR name) {
-    // 103 is the icon of the filter that is on.
+    // 103 is the icon for the switched-on filter.
     Step(name == MAKEINTRESOURCEW(103) ? "load icon on" : "load icon off");
     return reinterpret_cast<HICON>(0x1C0);
 }
@@ -155,6 +155,6 @@ CallRecord Steps() {
     return {g_steps, g_steps + g_stepCount};
 }
 
-void ForgetSteps() {
+void ClearSteps() {
     g_stepCount = 0;
 }

@@ -1,4 +1,4 @@
-// What one drag step asks of Windows, kept without allocating: the test counts allocations.
+// Records the Windows calls of a drag step without allocating, because the test counts allocations.
 #pragma once
 
 #include <string>
@@ -20,7 +20,7 @@ struct DragPlatform {
 
 extern DragPlatform g_platform;
 
-// The window that is to be refreshed.
+// The window that is refreshed.
 HWND DraggedWindow();
 
 BOOL WINAPI FakeSetEffect(tagMAGCOLOREFFECT* effect);
@@ -28,4 +28,4 @@ BOOL WINAPI FakeSetEffect(tagMAGCOLOREFFECT* effect);
 using CallRecord = std::vector<std::string>;
 
 CallRecord Steps();
-void ForgetSteps();
+void ClearSteps();

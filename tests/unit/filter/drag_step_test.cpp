@@ -1,6 +1,6 @@
-// One step of a slider drag, from the mouse message to the screen, through the program's real files: it calls
-// Windows for what it must and for nothing else, and it allocates nothing. What the cursors cost is measured
-// by their own tests; here it is seen when they are tinted and restored.
+// One step of a slider drag, from the mouse message to the screen, through the shipped files. It makes only
+// the necessary Windows calls and allocates nothing. The cursors have their own tests; here only tinting and
+// restoring are recorded.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ protected:
     void SetUp() override {
         g_app = AppState{};
         g_platform = DragPlatform{};
-        ForgetSteps();
+        ClearSteps();
         g_app.mainWindow = DraggedWindow();
         g_app.settingsPath = L"C:\\settings.ini";
         g_app.filterOn = true;
@@ -40,12 +40,12 @@ protected:
 
     void Press(int x) {
         OnMouseDown(x, kPressY);
-        ForgetSteps();
+        ClearSteps();
     }
 
-    // Moves the pressed mouse and counts what that costs.
+    // Moves the pressed mouse and counts calls and allocations.
     void MoveTo(int y) {
-        ForgetSteps();
+        ClearSteps();
         const int before = AllocationsSoFar();
         counter_.Start();
         OnMouseMove(kWarmthX, y);
@@ -54,8 +54,8 @@ protected:
         ExpectNoOtherCalls();
     }
 
-    // Beyond the recorded calls there is one coordinate to scale. The rest is what the compiler and the
-    // formatter may take from the C runtime, none of which asks the system for anything.
+    // Besides the recorded calls, one coordinate is scaled. The compiler and the formatter may call other
+    // functions of the C runtime; none of them makes a system call.
     void ExpectNoOtherCalls() {
         auto calls = counter_.Calls();
         EXPECT_EQ(calls["MulDiv"], 1);
@@ -92,7 +92,7 @@ protected:
 
 }  // namespace
 
-TEST_F(DragStep, TheCounterSeesAnyCallAndAnyAllocation) {
+TEST_F(DragStep, TheCounterDetectsAnyCallAndAnyAllocation) {
     EXPECT_GT(counter_.Watched(), 50U);
     const int before = AllocationsSoFar();
     counter_.Start();
@@ -128,7 +128,7 @@ TEST_F(DragStep, InLegacyModeSetsAndReadsOneRampOnOneContextTintsTheCursorsAndRe
     }
 }
 
-TEST_F(DragStep, OfTheBrightnessCostsTheSame) {
+TEST_F(DragStep, OfTheBrightnessMakesTheSameCalls) {
     g_app.brightness = 0.6;
     Press(kBrightnessX);
     MoveTo(210);
@@ -140,7 +140,7 @@ TEST_F(DragStep, OfTheBrightnessCostsTheSame) {
     EXPECT_EQ(Steps(), Refreshed(kRampAndTint));
 }
 
-TEST_F(DragStep, AtTheEndOfTheTravelCostsTheSame) {
+TEST_F(DragStep, AtTheEndOfTheTravelMakesTheSameCalls) {
     Press(kWarmthX);
     for (const int y : {-500, -501, 900}) {
         MoveTo(y);
@@ -149,7 +149,7 @@ TEST_F(DragStep, AtTheEndOfTheTravelCostsTheSame) {
     }
 }
 
-TEST_F(DragStep, WithAReadBackThatIsForgivenCostsTheSame) {
+TEST_F(DragStep, WithAToleratedReadBackMismatchMakesTheSameCalls) {
     g_app.useLegacyGamma = true;
     g_platform.readsBackRight = false;
     Press(kWarmthX);
@@ -160,7 +160,7 @@ TEST_F(DragStep, WithAReadBackThatIsForgivenCostsTheSame) {
     EXPECT_EQ(g_app.readBackMismatchStreak, 2);
 }
 
-TEST_F(DragStep, WithRampsThatGoOnBeingRefusedLogsAndAllocatesNothing) {
+TEST_F(DragStep, WithRepeatedlyRefusedRampsLogsAndAllocatesNothing) {
     g_app.useLegacyGamma = true;
     g_app.lastApplyRejected = true;
     g_platform.acceptsRamps = false;
@@ -210,7 +210,7 @@ TEST_F(DragStep, ApplyingAloneCallsNothingButThePipelineAndTheCursors) {
     EXPECT_THAT(calls, IsEmpty());
 }
 
-TEST_F(DragStep, AMouseThatDragsNothingCallsNothing) {
+TEST_F(DragStep, AMoveWithoutADragCallsNothing) {
     counter_.Start();
     OnMouseMove(kWarmthX, 150);
     counter_.Stop();
@@ -219,12 +219,12 @@ TEST_F(DragStep, AMouseThatDragsNothingCallsNothing) {
     EXPECT_EQ(g_app.intensity, 0.5);
 }
 
-TEST_F(DragStep, SavesNothingAndArmsNoTimerUntilTheButtonIsReleased) {
+TEST_F(DragStep, SavesNothingAndStartsNoTimerUntilTheButtonIsReleased) {
     OnMouseDown(kWarmthX, kPressY);
     EXPECT_THAT(Steps(), ElementsAre("capture"));
     for (int y = 195; y > 185; --y)
         MoveTo(y);
-    ForgetSteps();
+    ClearSteps();
     OnMouseUp();
     EXPECT_THAT(Steps(), ElementsAre("release capture", "kill timer 1", "set timer 1 500"));
 }
@@ -252,7 +252,7 @@ TEST_F(DragStep, TheSecondError87OfADragSavesAppliesTheRampRefreshesAndPosts) {
     OnMouseMove(kWarmthX, 190);
     EXPECT_EQ(Steps(), Refreshed({"matrix", "restore cursors"}));
 
-    ForgetSteps();
+    ClearSteps();
     OnMouseMove(kWarmthX, 180);
     EXPECT_EQ(Steps(), FallenBack(kRampAndTint));
     EXPECT_EQ(g_app.dragSlider, Slider::Warmth);

@@ -127,7 +127,7 @@ BOOL WINAPI FakeSystemParametersInfoW(UINT action, UINT number, void* data, UINT
     EXPECT_EQ(flags, 0U);
     Record("system cursors");
     g_cursors.inForce.clear();
-    // As the lab's Windows answers; nobody may care.
+    // Returns what Wine returns; the program must ignore it.
     return FALSE;
 }
 

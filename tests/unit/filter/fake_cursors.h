@@ -1,5 +1,5 @@
-// Windows' cursors as the tests want them to be, for the table of sixteen: loading, copying, asking, setting
-// and destroying, and the building of one tinted copy. Each call leaves a line in the record.
+// Configurable fakes of Windows' cursor functions for the table of sixteen: loading, copying, querying,
+// setting and destroying, and building one tinted copy. Records each call.
 #pragma once
 
 #include <array>
@@ -18,8 +18,8 @@ AMBREL_USES_SEAMS(fake_cursors);
 inline constexpr int kIds[] = {32512, 32513, 32514, 32515, 32516, 32640, 32641, 32642,
                                32643, 32644, 32645, 32646, 32648, 32649, 32650, 32651};
 
-// Handles tell what they are: the shared cursor that LoadImageW gives for 32512 is 1032512, the one of
-// LoadCursorW 2032512, our copy of it 3032512 or, by CopyIcon, 4032512, and the tinted one 5032512.
+// Handles identify their origin: the shared cursor 32512 of LoadImageW is 1032512, that of LoadCursorW
+// 2032512, the private copy 3032512 or, by CopyIcon, 4032512, and the tinted one 5032512.
 enum HandleKind : std::uintptr_t { kFromImage = 1, kFromCursor, kCopied, kIconCopied, kTinted };
 
 struct FakeCursors {
@@ -43,8 +43,8 @@ extern FakeCursors g_cursors;
 
 HCURSOR CursorHandle(HandleKind kind, int id);
 
-// What white becomes, worked out from the published formulas.
+// The colour that white becomes, computed from the published formulas.
 std::array<int, 3> WhiteAt(double intensity, double brightness);
 
-// Everything but the calls of asking, which tell nothing new.
+// Every call except the queries.
 std::vector<std::string> CallsWithoutAsking();

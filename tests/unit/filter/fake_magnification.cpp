@@ -105,7 +105,7 @@ HMODULE FakeModule() {
     return MakeHandle<HMODULE>(0x4D414700);
 }
 
-void PutFakeMagnificationInPlace() {
+void InstallFakeMagnification() {
     g_magnification.modulesHeld = 1;
     g_app.magnificationModule = FakeModule();
     g_app.magInitialize = &FakeInitialize;

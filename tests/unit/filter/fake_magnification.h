@@ -1,6 +1,5 @@
-// The Magnification API and the calls that load it, as the tests want them to be. Each call leaves a line in
-// the record; each but a failing one leaves a last error that is nobody's, so that an error read too late is
-// seen.
+// Configurable fakes of the Magnification API and of the calls that load it. Records each call. Successful
+// calls set an unrelated last error, so that an error that is read too late is detected.
 #pragma once
 
 #include "support/seam.h"
@@ -26,7 +25,7 @@ struct FakeMagnification {
     DWORD laterEffectErrors = 0;       // of every matrix after those
     std::vector<MAGCOLOREFFECT> seen;  // every matrix, refused ones too
     int modulesHeld = 0;               // loaded and not freed
-    void (*duringBox)() = nullptr;     // what happens while a message box is open
+    void (*duringBox)() = nullptr;     // runs while a message box is open
 };
 
 extern FakeMagnification g_magnification;
@@ -34,8 +33,8 @@ extern FakeMagnification g_magnification;
 // The handle of the loaded library.
 HMODULE FakeModule();
 
-// The state after a successful load, reached without the loader.
-void PutFakeMagnificationInPlace();
+// Sets the state after a successful load, without the loader.
+void InstallFakeMagnification();
 
-// "matrix" lines read "identity matrix" for exactly that, and "matrix" for every other.
+// Recorded as "identity matrix" if it is exactly that, and as "matrix" otherwise.
 bool IsIdentity(const MAGCOLOREFFECT& effect);

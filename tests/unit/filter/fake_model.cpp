@@ -9,14 +9,14 @@
 
 AMBREL_SEAM_SET(fake_model);
 
-// Else the linker takes a member that the standard library needs from an object of the program, which brings
-// the real model with it.
+// Without this the linker takes a member that the standard library needs from an object of the program, and
+// with it the real model.
 template class std::basic_string<wchar_t>;
 
 FakeModel g_model;
 
 AMBREL_REPLACE(void, IntensityToFilterRgb, (double intensity, double* red, double* green, double* blue)) {
-    // The caller's own values are neutral: a model that wrote nothing would colour nothing.
+    // The caller's initial values are neutral, so a model that writes nothing would not colour anything.
     EXPECT_EQ(*red, 1.0);
     EXPECT_EQ(*green, 1.0);
     EXPECT_EQ(*blue, 1.0);

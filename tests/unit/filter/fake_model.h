@@ -1,4 +1,4 @@
-// The warmth model with an answer that the test chooses, so that what the pipelines make of it is known
+// A warmth model that returns a colour chosen by the test, so that the results of the pipelines are known
 // exactly.
 #pragma once
 

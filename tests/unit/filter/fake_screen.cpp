@@ -82,7 +82,7 @@ BOOL ReadDisplayRamp(const FakeDisplay& display, LPVOID ramp) {
     return TRUE;
 }
 
-// Windows lists what is not active too, and ends the list by FALSE.
+// Windows also lists inactive devices and ends the list with FALSE.
 BOOL WINAPI FakeEnumDisplayDevicesW(LPCWSTR device, DWORD index, DISPLAY_DEVICEW* found, DWORD flags) {
     EXPECT_EQ(device, nullptr);
     EXPECT_EQ(flags, 0U);

@@ -1,5 +1,5 @@
-// The gamma ramps of the whole screen and of each display, as the tests want them to be. Each call but those
-// that list the displays leaves a line in the record.
+// Configurable fakes of the gamma ramps of the entire screen and of each display. Records each call, except
+// those that list the displays.
 #pragma once
 
 #include <cstddef>
@@ -18,14 +18,14 @@ struct Ramp {
     std::uint16_t channels[3][256];
 };
 
-// What the display does with one entry of a ramp: it is read back this much higher than it was written.
+// The deviation of one entry: it is read back this much higher than it was written.
 struct Deviation {
     std::size_t channel;
     std::size_t entry;
     int by;
 };
 
-// What a display's own context accepts: all ramps, what it shows and the identity, or none at all.
+// The ramps that a display's context accepts: all, its current one and the identity, or none.
 enum class Accepts { Everything, IdentityOnly, Nothing };
 
 struct FakeDisplay {
@@ -55,7 +55,7 @@ struct FakeScreen {
     std::vector<Deviation> deviations;
     bool handedZeroesToRead = true;  // every buffer for a read-back was zero throughout
     std::vector<Ramp> seen;          // every ramp, refused ones too
-    int contextsHeld = 0;            // taken and not given back
+    int contextsHeld = 0;            // acquired and not released
     std::vector<FakeDisplay> displays{NamedDisplay(1)};
 };
 

@@ -1,4 +1,4 @@
-// The automatic fallback and the settings file: what a second run makes of what the first one wrote.
+// The automatic fallback and the settings file: how a second run treats the settings of the first one.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -46,7 +46,7 @@ protected:
         GetTempPathW(MAX_PATH, temporary);
         g_folder = std::wstring(temporary) + L"ambrel-fallback-" + std::to_wstring(GetCurrentProcessId());
         CreateDirectoryW(g_folder.c_str(), nullptr);
-        StartAnew();
+        Restart();
     }
 
     void TearDown() override {
@@ -55,8 +55,8 @@ protected:
         RemoveDirectoryW(g_folder.c_str());
     }
 
-    // What start-up does with the filter.
-    static void StartAnew() {
+    // The start-up steps of the filter.
+    static void Restart() {
         g_app = AppState{};
         g_magnification = FakeMagnification{};
         g_screen = FakeScreen{};
@@ -93,7 +93,7 @@ TEST_F(FallbackSettings, OneError87SavesNothing) {
     EXPECT_EQ(Stored(L"UseLegacyGamma"), 99U);
 }
 
-TEST_F(FallbackSettings, TheFallbackIsSavedAtOnceWithItsMark) {
+TEST_F(FallbackSettings, TheFallbackIsSavedImmediatelyWithItsFlag) {
     RefuseTwice();
     EXPECT_EQ(Stored(L"UseLegacyGamma"), 1U);
     EXPECT_EQ(Stored(L"LegacyModeAutoSet"), 1U);
@@ -102,16 +102,16 @@ TEST_F(FallbackSettings, TheFallbackIsSavedAtOnceWithItsMark) {
 
 TEST_F(FallbackSettings, TheNextRunStartsInLegacyModeWithoutLoadingTheApi) {
     RefuseTwice();
-    StartAnew();
+    Restart();
     EXPECT_TRUE(g_app.useLegacyGamma);
     EXPECT_TRUE(g_app.legacyModeAutoSet);
     EXPECT_THAT(g_calls, Not(Contains("load Magnification.dll")));
 }
 
-TEST_F(FallbackSettings, AMarkWithoutLegacyModeStartsTheModernPipelineAndKeepsTheNoticeAway) {
+TEST_F(FallbackSettings, AFlagWithoutLegacyModeStartsTheModernPipelineAndSuppressesTheNotice) {
     Store(L"LegacyModeAutoSet", L"1");
     Store(L"UseLegacyGamma", L"0");
-    StartAnew();
+    Restart();
     EXPECT_FALSE(g_app.useLegacyGamma);
     EXPECT_TRUE(IsMagnificationUsable());
     RefuseTwice();
@@ -120,24 +120,24 @@ TEST_F(FallbackSettings, AMarkWithoutLegacyModeStartsTheModernPipelineAndKeepsTh
     EXPECT_THAT(g_calls, Not(Contains(kNotice)));
 }
 
-TEST_F(FallbackSettings, AfterLeavingLegacyModeByHandTheNextRunMayFallBackAndSayIt) {
+TEST_F(FallbackSettings, AfterTheUserLeavesLegacyModeTheNextRunMayFallBackAndShowTheNotice) {
     RefuseTwice();
     ToggleLegacyMode();
     SaveSettings();
     EXPECT_EQ(Stored(L"UseLegacyGamma"), 0U);
     EXPECT_EQ(Stored(L"LegacyModeAutoSet"), 0U);
-    // Not in this run any more.
+    // Not during this run.
     RefuseTwice();
     EXPECT_FALSE(g_app.useLegacyGamma);
 
-    StartAnew();
+    Restart();
     EXPECT_FALSE(g_app.fallbackSuppressed);
     RefuseTwice();
     EXPECT_TRUE(g_app.useLegacyGamma);
     EXPECT_THAT(g_calls, Contains(kNotice));
 }
 
-TEST_F(FallbackSettings, TogglingByItselfSavesNothing) {
+TEST_F(FallbackSettings, TogglingAloneSavesNothing) {
     ToggleLegacyMode();
     EXPECT_EQ(Stored(L"UseLegacyGamma"), 99U);
 }

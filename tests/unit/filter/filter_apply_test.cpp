@@ -1,4 +1,5 @@
-// The one door to the colour: which pipeline is used, what a refused matrix leads to, and in which order.
+// The only entry point for the screen's colour: the pipeline in use, the consequences of a refused matrix,
+// and the order of the calls.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -56,7 +57,7 @@ std::string FailurePost(DWORD error) {
 const std::string kFirst87 = "log: MagSetFullscreenColorEffect error 87 (1/2 before fallback)";
 const std::string kFallback = "log: Auto-fallback to Legacy Mode after 2 consecutive error 87s";
 
-// What follows an accepted matrix and a refused one, before anything else.
+// The first call after an accepted and after a refused matrix.
 const std::string kTint = "tint cursors";
 const std::string kRestore = "restore cursors";
 
@@ -68,7 +69,7 @@ protected:
         g_app.filterOn = true;
         g_app.intensity = 0.6;
         g_magnification = FakeMagnification{};
-        PutFakeMagnificationInPlace();
+        InstallFakeMagnification();
         g_calls.clear();
     }
 
@@ -111,14 +112,14 @@ TEST_F(FilterApply, NeutralSettingsSetTheIdentityMatrix) {
     EXPECT_THAT(g_calls, ElementsAre("identity matrix", kTint));
 }
 
-// The ramp's own file tints after it.
+// legacy_gamma.cpp tints the cursors after the ramp.
 TEST_F(FilterApply, InLegacyModeOnlyTheRampIsApplied) {
     g_app.useLegacyGamma = true;
     ApplyFilter();
     EXPECT_THAT(g_calls, ElementsAre("ramp legacy=1"));
 }
 
-TEST_F(FilterApply, WithTheFilterOffTheEffectIsTakenOffThePipelineInUse) {
+TEST_F(FilterApply, WithTheFilterOffThePipelineInUseIsCleared) {
     g_app.filterOn = false;
     ApplyFilter();
     g_app.useLegacyGamma = true;
@@ -126,7 +127,7 @@ TEST_F(FilterApply, WithTheFilterOffTheEffectIsTakenOffThePipelineInUse) {
     EXPECT_THAT(g_calls, ElementsAre(kRestore, "identity matrix", kRestore, "identity ramp legacy=1"));
 }
 
-TEST_F(FilterApply, AtTheProgramsEndTheEffectIsTakenOffAlthoughTheFilterIsOn) {
+TEST_F(FilterApply, DuringShutdownTheEffectIsClearedAlthoughTheFilterIsOn) {
     g_app.ending = true;
     ApplyFilter();
     g_app.useLegacyGamma = true;
@@ -169,21 +170,21 @@ TEST_F(FilterApply, ClearingWithoutAUsableApiStillRestoresTheCursors) {
     EXPECT_THAT(g_calls, ElementsAre(kRestore, kRestore));
 }
 
-TEST_F(FilterApply, OneError87IsLoggedAndForgiven) {
+TEST_F(FilterApply, OneError87IsLoggedAndTolerated) {
     ApplyWith({87});
     EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87));
     EXPECT_EQ(g_app.consecutiveError87, 1);
     EXPECT_FALSE(g_app.useLegacyGamma);
 }
 
-TEST_F(FilterApply, ASuccessAfterAnError87ForgetsIt) {
+TEST_F(FilterApply, ASuccessAfterAnError87ResetsTheCount) {
     ApplyWith({87, 0});
     EXPECT_EQ(g_app.consecutiveError87, 0);
     EXPECT_FALSE(g_app.useLegacyGamma);
     EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87, "matrix", kTint));
 }
 
-TEST_F(FilterApply, ASecondError87InARowSwitchesToLegacyMode) {
+TEST_F(FilterApply, TheSecondConsecutiveError87SwitchesToLegacyMode) {
     ApplyWith({87, 87});
     EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87, "matrix", kRestore, kFallback,
                                      "save legacy=1 auto=1 count=0", "ramp legacy=1", "refresh", kNotice));
@@ -194,7 +195,7 @@ TEST_F(FilterApply, ASecondError87InARowSwitchesToLegacyMode) {
     EXPECT_EQ(g_app.consecutiveError87, 0);
 }
 
-TEST_F(FilterApply, Error87ForEverSwitchesOnceAndThenTheMatrixIsLeftAlone) {
+TEST_F(FilterApply, PersistentError87SwitchesOnceAndThenSetsNoMatrix) {
     g_magnification.laterEffectErrors = 87;
     for (int i = 0; i < 6; ++i)
         ApplyFilter();
@@ -233,7 +234,7 @@ TEST_F(FilterApply, AnotherErrorResetsTheCountEvenWhenItIsNotShownAnyMore) {
     EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87, "matrix", kRestore));
 }
 
-TEST_F(FilterApply, ClearingTheFilterDoesNotForgetAnError87) {
+TEST_F(FilterApply, ClearingTheFilterDoesNotResetTheError87Count) {
     ApplyWith({87});
     g_app.filterOn = false;
     ApplyFilter();
@@ -243,7 +244,7 @@ TEST_F(FilterApply, ClearingTheFilterDoesNotForgetAnError87) {
     EXPECT_TRUE(g_app.useLegacyGamma);
 }
 
-TEST_F(FilterApply, ARefusedIdentityMatrixCountsForNothing) {
+TEST_F(FilterApply, ARefusedIdentityMatrixIsNotCounted) {
     g_app.filterOn = false;
     ApplyWith({87, 87, 5});
     EXPECT_THAT(g_calls, ElementsAre(kRestore, "identity matrix", kRestore, "identity matrix", kRestore,
@@ -252,21 +253,21 @@ TEST_F(FilterApply, ARefusedIdentityMatrixCountsForNothing) {
     EXPECT_FALSE(g_app.failureNoticeShown);
 }
 
-TEST_F(FilterApply, AFallbackThatWasToldInAnEarlierRunShowsNoNotice) {
+TEST_F(FilterApply, AFallbackThatWasShownInAnEarlierRunShowsNoNotice) {
     g_app.legacyModeAutoSet = true;
     ApplyWith({87, 87});
     EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87, "matrix", kRestore, kFallback,
                                      "save legacy=1 auto=1 count=0", "ramp legacy=1", "refresh"));
 }
 
-TEST_F(FilterApply, WithoutAWindowTheFallbackIsMadeAndPostsNothing) {
+TEST_F(FilterApply, WithoutAWindowTheFallbackPostsNothing) {
     g_app.mainWindow = nullptr;
     ApplyWith({87, 87});
     EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFirst87, "matrix", kRestore, kFallback,
                                      "save legacy=1 auto=1 count=0", "ramp legacy=1", "refresh"));
 }
 
-TEST_F(FilterApply, AnotherErrorIsPostedWithItsCodeOnceARun) {
+TEST_F(FilterApply, AnotherErrorIsPostedWithItsCodeOncePerRun) {
     ApplyWith({5, 5, 1400, 31});
     EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, FailurePost(5), "matrix", kRestore, "matrix",
                                      kRestore, "matrix", kRestore));
@@ -274,18 +275,18 @@ TEST_F(FilterApply, AnotherErrorIsPostedWithItsCodeOnceARun) {
     EXPECT_FALSE(g_app.useLegacyGamma);
 }
 
-TEST_F(FilterApply, ASuccessBetweenDoesNotShowTheFailureAgain) {
+TEST_F(FilterApply, AnInterveningSuccessDoesNotShowTheFailureAgain) {
     ApplyWith({1400, 0, 1400});
     EXPECT_THAT(g_calls,
                 ElementsAre("matrix", kRestore, FailurePost(1400), "matrix", kTint, "matrix", kRestore));
 }
 
-TEST_F(FilterApply, ErrorCodesArePostedWholeAndUnsigned) {
+TEST_F(FilterApply, ErrorCodesArePostedUntruncatedAndUnsigned) {
     ApplyWith({0x8007000E});
     EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, FailurePost(2147942414U)));
 }
 
-TEST_F(FilterApply, WithoutAWindowTheFailureCountsAsShownAndIsNotPosted) {
+TEST_F(FilterApply, WithoutAWindowTheFailureIsTreatedAsShownAndIsNotPosted) {
     g_app.mainWindow = nullptr;
     ApplyWith({5});
     EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore));
@@ -317,7 +318,7 @@ TEST_F(FilterApply, ASuppressedError87AfterTheFailureBoxShowsNothing) {
     EXPECT_EQ(g_app.consecutiveError87, 0);
 }
 
-TEST_F(FilterApply, TheFallbackTakesTheLastMatrixOffBeforeTheRamp) {
+TEST_F(FilterApply, TheFallbackRemovesTheLastMatrixBeforeTheRamp) {
     ApplyWith({0, 87});
     g_calls.clear();
     ApplyWith({87});
@@ -327,7 +328,7 @@ TEST_F(FilterApply, TheFallbackTakesTheLastMatrixOffBeforeTheRamp) {
     EXPECT_TRUE(g_app.magnificationReady);
 }
 
-TEST_F(FilterApply, AFallbackWhoseIdentityMatrixIsRefusedTooInitialisesTheApiAnew) {
+TEST_F(FilterApply, AFallbackWhoseIdentityMatrixIsRefusedReinitialisesTheApi) {
     ApplyWith({0, 87});
     g_magnification.laterEffectErrors = 87;
     g_calls.clear();
@@ -340,7 +341,7 @@ TEST_F(FilterApply, AFallbackWhoseIdentityMatrixIsRefusedTooInitialisesTheApiAne
     EXPECT_EQ(g_magnification.modulesHeld, 1) << "the library stays loaded";
 }
 
-TEST_F(FilterApply, WhenTheApiDoesNotInitialiseAgainItIsNotReadyAndLeavingLegacyModeLoadsItAnew) {
+TEST_F(FilterApply, WhenReinitialisationFailsTheApiIsNotReadyAndLeavingLegacyModeReloadsIt) {
     ApplyWith({0, 87});
     g_magnification.laterEffectErrors = 87;
     g_magnification.initializeError = ERROR_NOT_READY;
@@ -359,7 +360,7 @@ TEST_F(FilterApply, WhenTheApiDoesNotInitialiseAgainItIsNotReadyAndLeavingLegacy
     EXPECT_EQ(g_magnification.modulesHeld, 1);
 }
 
-TEST_F(FilterApply, AMatrixThatWasTakenOffBeforeTheFallbackIsNotTakenOffAgain) {
+TEST_F(FilterApply, AMatrixThatWasRemovedBeforeTheFallbackIsNotRemovedAgain) {
     ApplyWith({0});
     g_app.filterOn = false;
     ApplyFilter();
@@ -371,7 +372,7 @@ TEST_F(FilterApply, AMatrixThatWasTakenOffBeforeTheFallbackIsNotTakenOffAgain) {
     EXPECT_TRUE(g_app.useLegacyGamma);
 }
 
-TEST_F(FilterApply, AMatrixWhoseRemovalWasRefusedIsTakenOffAtTheFallback) {
+TEST_F(FilterApply, AMatrixWhoseRemovalWasRefusedIsRemovedAtTheFallback) {
     ApplyWith({0});
     g_app.filterOn = false;
     ApplyWith({5});
@@ -381,7 +382,7 @@ TEST_F(FilterApply, AMatrixWhoseRemovalWasRefusedIsTakenOffAtTheFallback) {
     EXPECT_EQ(CountOf("identity matrix"), 1);
 }
 
-TEST_F(FilterApply, ANeutralFilterLeavesNothingToTakeOff) {
+TEST_F(FilterApply, ANeutralFilterLeavesNothingToRemove) {
     g_app.intensity = 0.0;
     g_app.brightness = 1.0;
     ApplyWith({0});

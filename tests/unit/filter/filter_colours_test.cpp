@@ -1,4 +1,4 @@
-// The real warmth model through both pipelines: what reaches Windows for given settings.
+// The real warmth model through both pipelines: the values that Windows receives for given settings.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -36,7 +36,7 @@ protected:
         g_magnification = FakeMagnification{};
         g_screen = FakeScreen{};
         g_calls.clear();
-        PutFakeMagnificationInPlace();
+        InstallFakeMagnification();
     }
 
     static MAGCOLOREFFECT AppliedMatrix(double intensity, double brightness) {
@@ -59,7 +59,7 @@ protected:
         return g_screen.seen.empty() ? Ramp{} : g_screen.seen.front();
     }
 
-    // To the four decimals that are published for these settings.
+    // Compares with the published values, which have four decimals.
     static void ExpectDiagonal(double intensity, double brightness, double red, double green, double blue) {
         const MAGCOLOREFFECT effect = AppliedMatrix(intensity, brightness);
         EXPECT_NEAR(effect.transform[0][0], red * brightness, 0.00005);
@@ -108,7 +108,7 @@ TEST_F(FilterColours, NightIsPureRedInBothPipelines) {
     }
 }
 
-TEST_F(FilterColours, TheMatrixIsTheColourTimesTheBrightnessEverywhere) {
+TEST_F(FilterColours, TheMatrixIsTheColourTimesTheBrightness) {
     for (const double intensity : kIntensities) {
         const ReferenceColour colour = ReferenceFilterColour(intensity);
         for (const double brightness : kBrightnesses) {
@@ -122,7 +122,7 @@ TEST_F(FilterColours, TheMatrixIsTheColourTimesTheBrightnessEverywhere) {
     }
 }
 
-TEST_F(FilterColours, EveryEntryOfTheRampIsTheCutProductEverywhere) {
+TEST_F(FilterColours, EveryEntryOfTheRampIsTheTruncatedProduct) {
     for (const double intensity : kIntensities) {
         const ReferenceColour colour = ReferenceFilterColour(intensity);
         const std::array slopes = {colour.red, colour.green, colour.blue};
@@ -132,7 +132,7 @@ TEST_F(FilterColours, EveryEntryOfTheRampIsTheCutProductEverywhere) {
                 for (std::size_t i = 0; i < 256; ++i) {
                     const long double exact =
                         slopes[channel] * brightness * 257.0L * static_cast<long double>(i);
-                    // The two ways of computing may fall on either side of a whole number, no further apart.
+                    // The two computations may differ around a whole number, but not by more.
                     const long double entry = ramp.channels[channel][i];
                     EXPECT_LE(entry, exact + 1e-6L) << intensity << " " << brightness << " " << i;
                     EXPECT_GT(entry, exact - 1.0L - 1e-6L) << intensity << " " << brightness << " " << i;

@@ -52,7 +52,7 @@ protected:
         g_magnification = FakeMagnification{};
         g_model = FakeModel{};
         g_calls.clear();
-        PutFakeMagnificationInPlace();
+        InstallFakeMagnification();
     }
 
     static Matrix Applied(double red, double green, double blue, double brightness) {
@@ -60,7 +60,7 @@ protected:
         g_model.green = green;
         g_model.blue = blue;
         g_app.brightness = brightness;
-        g_app.filterColour = {};  // the model's answer may be another one now
+        g_app.filterColour = {};  // the model may return another colour now
         g_magnification.seen.clear();
         ApplyFilter();
         EXPECT_EQ(g_magnification.seen.size(), 1U);
@@ -70,7 +70,7 @@ protected:
 
 }  // namespace
 
-TEST_F(FilterMatrix, HoldsTheProductsOnTheDiagonalAndNothingElse) {
+TEST_F(FilterMatrix, ContainsTheProductsOnTheDiagonalAndNothingElse) {
     // Single-precision neighbours of 0.8185 * 0.85, 0.939 * 0.85 and 0.1865 * 0.85.
     const Matrix expected = {{
         {0x1.643612p-1F, 0, 0, 0, 0},
@@ -82,8 +82,8 @@ TEST_F(FilterMatrix, HoldsTheProductsOnTheDiagonalAndNothingElse) {
     EXPECT_EQ(Applied(0.8185, 0.939, 0.1865, 0.85), expected);
 }
 
-TEST_F(FilterMatrix, ProductsAreTakenInDoublePrecisionAndOnlyThenNarrowed) {
-    // Each of these comes out one unit in the last place off when the factors are narrowed first.
+TEST_F(FilterMatrix, ProductsAreComputedInDoublePrecisionBeforeNarrowing) {
+    // Each of these differs by one unit in the last place if the factors are narrowed first.
     const Matrix cells = Applied(0.6571, 0.939, 0.8185, 0.925);
     EXPECT_EQ(cells[0][0], 0x1.3733dap-1F);
     EXPECT_EQ(cells[1][1], 0x1.bcb5dcp-1F);
@@ -119,14 +119,14 @@ TEST_F(FilterMatrix, TheProductIsClampedNotItsFactors) {
     EXPECT_EQ(cells[1][1], 0.1875F);
 }
 
-TEST_F(FilterMatrix, TheModelIsAskedOnceForTheCurrentIntensity) {
+TEST_F(FilterMatrix, TheModelIsCalledOnceForTheCurrentIntensity) {
     g_app.intensity = 0.731;
     Applied(1.0, 0.5, 0.25, 1.0);
     EXPECT_EQ(g_model.calls, 1);
     EXPECT_EQ(g_model.askedIntensity, 0.731);
 }
 
-TEST_F(FilterMatrix, ClearingSetsTheIdentityWithoutAskingTheModel) {
+TEST_F(FilterMatrix, ClearingSetsTheIdentityWithoutCallingTheModel) {
     g_model.red = 0.5;
     ClearFilter();
     ASSERT_EQ(g_magnification.seen.size(), 1U);

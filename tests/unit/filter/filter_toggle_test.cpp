@@ -1,4 +1,4 @@
-// The user's own decisions: Legacy Mode on and off, and the presets.
+// Actions of the user: Legacy Mode on and off, and the presets.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -67,7 +67,7 @@ class FilterPresets : public FilterToggle {};
 AMBREL_SEAM(PostMessageW, FakePostMessageW);
 
 TEST_F(FilterToggle, SwitchingOnClearsCursorsAndMatrixThenAppliesTheRamp) {
-    PutFakeMagnificationInPlace();
+    InstallFakeMagnification();
     g_app.filterOn = true;
     ToggleLegacyMode();
     EXPECT_THAT(g_calls, ElementsAre("restore cursors", "identity matrix", "ramp legacy=1"));
@@ -75,8 +75,8 @@ TEST_F(FilterToggle, SwitchingOnClearsCursorsAndMatrixThenAppliesTheRamp) {
     EXPECT_TRUE(g_app.magnificationReady);
 }
 
-TEST_F(FilterToggle, SwitchingOnTakesAMatrixOffWhoseRemovalIsRefused) {
-    PutFakeMagnificationInPlace();
+TEST_F(FilterToggle, SwitchingOnRemovesAMatrixWhoseFirstRemovalIsRefused) {
+    InstallFakeMagnification();
     g_app.filterOn = true;
     ApplyFilter();
     g_magnification.laterEffectErrors = 5;
@@ -87,8 +87,8 @@ TEST_F(FilterToggle, SwitchingOnTakesAMatrixOffWhoseRemovalIsRefused) {
     EXPECT_TRUE(g_app.magnificationReady);
 }
 
-TEST_F(FilterToggle, SwitchingOnLeavesTheFallbacksBookkeepingAlone) {
-    PutFakeMagnificationInPlace();
+TEST_F(FilterToggle, SwitchingOnDoesNotChangeTheFallbackState) {
+    InstallFakeMagnification();
     g_app.consecutiveError87 = 1;
     g_app.fallbackSuppressed = true;
     ToggleLegacyMode();
@@ -97,14 +97,14 @@ TEST_F(FilterToggle, SwitchingOnLeavesTheFallbacksBookkeepingAlone) {
     EXPECT_FALSE(g_app.legacyModeAutoSet);
 }
 
-TEST_F(FilterToggle, SwitchingOnByHandIsNotMarkedAsAutomatic) {
+TEST_F(FilterToggle, SwitchingOnByTheUserIsNotMarkedAsAutomatic) {
     ToggleLegacyMode();
     EXPECT_FALSE(g_app.legacyModeAutoSet);
     EXPECT_FALSE(g_app.fallbackSuppressed);
 }
 
 TEST_F(FilterToggle, WithTheFilterOffSwitchingOnTouchesNothing) {
-    PutFakeMagnificationInPlace();
+    InstallFakeMagnification();
     ToggleLegacyMode();
     EXPECT_THAT(g_calls, IsEmpty());
     EXPECT_TRUE(g_app.useLegacyGamma);
@@ -128,24 +128,24 @@ TEST_F(FilterToggle, SwitchingOffWithTheFilterOffOnlyLoadsTheApi) {
                                      "find MagSetFullscreenColorEffect", "MagInitialize"));
 }
 
-TEST_F(FilterToggle, SwitchingOffWithTheApiAtHandLoadsNothing) {
-    PutFakeMagnificationInPlace();
+TEST_F(FilterToggle, SwitchingOffWithTheApiInitialisedLoadsNothing) {
+    InstallFakeMagnification();
     g_app.useLegacyGamma = true;
     g_app.filterOn = true;
     ToggleLegacyMode();
     EXPECT_THAT(g_calls, ElementsAre("restore cursors", "identity ramp legacy=1", "matrix", "tint cursors"));
 }
 
-TEST_F(FilterToggle, SwitchingOffWithTheFilterOffAndTheApiAtHandCallsNothing) {
-    PutFakeMagnificationInPlace();
+TEST_F(FilterToggle, SwitchingOffWithTheFilterOffAndTheApiInitialisedCallsNothing) {
+    InstallFakeMagnification();
     g_app.useLegacyGamma = true;
     ToggleLegacyMode();
     EXPECT_THAT(g_calls, IsEmpty());
     EXPECT_FALSE(g_app.useLegacyGamma);
 }
 
-TEST_F(FilterToggle, SwitchingOffIsTheUsersDecisionAgainstTheFallback) {
-    PutFakeMagnificationInPlace();
+TEST_F(FilterToggle, SwitchingOffSuppressesTheFallback) {
+    InstallFakeMagnification();
     g_app.useLegacyGamma = true;
     g_app.legacyModeAutoSet = true;
     g_app.consecutiveError87 = 1;
@@ -156,7 +156,7 @@ TEST_F(FilterToggle, SwitchingOffIsTheUsersDecisionAgainstTheFallback) {
 }
 
 TEST_F(FilterToggle, TheFallbackStaysSuppressedThroughLaterSwitching) {
-    PutFakeMagnificationInPlace();
+    InstallFakeMagnification();
     g_app.filterOn = true;
     g_app.useLegacyGamma = true;
     ToggleLegacyMode();
@@ -174,7 +174,7 @@ TEST_F(FilterToggle, TheFallbackStaysSuppressedThroughLaterSwitching) {
 }
 
 TEST_F(FilterToggle, LeavingAnAutomaticLegacyModeNeedsNoReload) {
-    PutFakeMagnificationInPlace();
+    InstallFakeMagnification();
     g_app.filterOn = true;
     g_magnification.effectErrors = {87, 87};
     ApplyFilter();
@@ -204,8 +204,8 @@ TEST_F(FilterToggle, WithoutTheApiSwitchingOnStillWorks) {
     EXPECT_THAT(g_calls, ElementsAre("restore cursors", "ramp legacy=1"));
 }
 
-TEST_F(FilterPresets, SetTheirPairTurnTheFilterOnApplyRefreshAndHaveItSavedSoon) {
-    PutFakeMagnificationInPlace();
+TEST_F(FilterPresets, SetTheirPairSwitchTheFilterOnApplyRefreshAndScheduleASave) {
+    InstallFakeMagnification();
     for (const FilterPreset preset : {FilterPreset::Day, FilterPreset::Evening, FilterPreset::Night}) {
         g_app.filterOn = false;
         g_calls.clear();
@@ -235,7 +235,7 @@ TEST_F(FilterPresets, GoThroughTheRampInLegacyMode) {
 }
 
 TEST_F(FilterPresets, NoPresetDoesNothing) {
-    PutFakeMagnificationInPlace();
+    InstallFakeMagnification();
     ApplyPreset(FilterPreset::None);
     EXPECT_THAT(g_calls, IsEmpty());
     EXPECT_FALSE(g_app.filterOn);
@@ -243,7 +243,7 @@ TEST_F(FilterPresets, NoPresetDoesNothing) {
 }
 
 TEST_F(FilterPresets, PickedTwiceOnRefusingHardwareSwitchToLegacyMode) {
-    PutFakeMagnificationInPlace();
+    InstallFakeMagnification();
     g_magnification.laterEffectErrors = 87;
     ApplyPreset(FilterPreset::Day);
     EXPECT_THAT(g_calls, Not(Contains("save")));

@@ -1,4 +1,4 @@
-// The wait for the elevated run, with the time handed in.
+// The poll for the elevated run, at given times.
 #include <gtest/gtest.h>
 
 #include "app/shell/refresh.h"
@@ -17,7 +17,7 @@ namespace {
 
 bool g_expanded = false;
 
-// What a refresh would show and a save would store.
+// The state that a refresh would show and a save would store.
 std::string State() {
     std::ostringstream text;
     text << "expanded=" << g_app.gammaRangeExpanded << " pending=" << g_app.gammaFixPending
@@ -80,32 +80,32 @@ TEST_F(GammaFixPoll, AConfirmedFixStopsSavesLogsAndShowsInThatOrder) {
     EXPECT_EQ(g_app.gammaFixEpoch, kNow);
 }
 
-TEST_F(GammaFixPoll, BeforeTheDeadlineItWaits) {
+TEST_F(GammaFixPoll, BeforeTheDeadlineThePollContinues) {
     EXPECT_EQ(CallsOfPolling(kNow, kDeadline - 118'000), kWaiting);
     EXPECT_EQ(CallsOfPolling(kNow, kDeadline - 1), kWaiting);
     EXPECT_TRUE(g_app.gammaFixPending);
     EXPECT_EQ(g_app.gammaFixDeadline, kDeadline);
 }
 
-TEST_F(GammaFixPoll, AtTheDeadlineItStillWaits) {
+TEST_F(GammaFixPoll, AtTheDeadlineThePollContinues) {
     EXPECT_EQ(CallsOfPolling(kNow, kDeadline), kWaiting);
     EXPECT_TRUE(g_app.gammaFixPending);
 }
 
-TEST_F(GammaFixPoll, PastTheDeadlineItGivesUp) {
+TEST_F(GammaFixPoll, PastTheDeadlineThePollStops) {
     EXPECT_EQ(CallsOfPolling(kNow, kDeadline + 1), kGivenUp);
     EXPECT_FALSE(g_app.gammaFixPending);
     EXPECT_FALSE(g_app.gammaRangeExpanded);
     EXPECT_EQ(g_app.gammaFixEpoch, 0U);
 }
 
-TEST_F(GammaFixPoll, AFixThatIsThereAfterTheDeadlineCounts) {
+TEST_F(GammaFixPoll, AFixThatIsFoundAfterTheDeadlineIsConfirmed) {
     g_expanded = true;
     EXPECT_EQ(CallsOfPolling(kNow, kDeadline + 50'000), kConfirmed);
     EXPECT_TRUE(g_app.gammaRangeExpanded);
 }
 
-TEST_F(GammaFixPoll, AFixThatComesAfterSomeWaitingCounts) {
+TEST_F(GammaFixPoll, AFixThatAppearsAfterSomePollsIsConfirmed) {
     CallsOfPolling(kNow - 4, kDeadline - 4'000);
     CallsOfPolling(kNow - 2, kDeadline - 2'000);
     g_expanded = true;

@@ -1,5 +1,5 @@
-// The fix from the registry into settings.ini and on into the next runs: what the banner makes of it.
-#include "store/settings_bench.h"
+// The fix from the registry through settings.ini to later runs, and its effect on the banner.
+#include "store/settings_fixture.h"
 
 #include "app/shell/refresh.h"
 #include "filter/gamma_banner.h"
@@ -17,14 +17,14 @@ AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
 
 namespace {
 
-using settings_bench::g_log;
+using settings_fixture::g_log;
 
 constexpr std::uint64_t kFixed = 1'800'000'000;
 
 const std::wstring kDemoted =
     L"Gamma fix exhausted: ramps still rejected after restart (driver level limit?) - banner demoted";
 
-class GammaFixSettings : public settings_bench::SettingsTest {
+class GammaFixSettings : public settings_fixture::SettingsTest {
 protected:
     void SetUp() override {
         SettingsTest::SetUp();
@@ -45,7 +45,7 @@ protected:
                            L"GdiIcmGammaRange");
     }
 
-    // A run of the program later: settings and registry are read anew, and ramps are refused.
+    // Simulates a later run: reloads settings and registry, and ramps are refused.
     static void StartAgain() {
         LoadAfresh();
         g_log.clear();
@@ -70,7 +70,7 @@ protected:
 
 }  // namespace
 
-TEST_F(GammaFixSettings, WhatTheRegistryShowsIsSavedWithItsTime) {
+TEST_F(GammaFixSettings, AnExpandedRangeIsSavedWithItsTime) {
     OnGammaFixTimer();
     EXPECT_FALSE(FileExists(path)) << "nothing to confirm yet";
     ConfirmTheFix();
@@ -78,7 +78,7 @@ TEST_F(GammaFixSettings, WhatTheRegistryShowsIsSavedWithItsTime) {
     EXPECT_TRUE(g_app.gammaRangeExpanded);
 }
 
-TEST_F(GammaFixSettings, BeforeTheRestartANextRunStillShowsTheBanner) {
+TEST_F(GammaFixSettings, BeforeTheRestartTheNextRunStillShowsTheBanner) {
     ConfirmTheFix();
     g_clock += 7'200;
     g_tick += 7'200'000;
@@ -90,7 +90,7 @@ TEST_F(GammaFixSettings, BeforeTheRestartANextRunStillShowsTheBanner) {
     EXPECT_TRUE(g_log.empty());
 }
 
-TEST_F(GammaFixSettings, AfterARestartThatDidNotHelpEveryRunWithdrawsTheBannerAndSaysSoOnce) {
+TEST_F(GammaFixSettings, AfterARestartThatDidNotHelpEveryRunWithdrawsTheBannerAndLogsItOnce) {
     ConfirmTheFix();
     g_clock += 7'200;
     g_tick = 30'000;
@@ -106,7 +106,7 @@ TEST_F(GammaFixSettings, AfterARestartThatDidNotHelpEveryRunWithdrawsTheBannerAn
     }
 }
 
-TEST_F(GammaFixSettings, ARangeExpandedByHandAsksForTheRestartForEver) {
+TEST_F(GammaFixSettings, ARangeExpandedOutsideTheProgramKeepsAskingForARestart) {
     EXPECT_TRUE(ExpandGammaRange());
     g_tick = 30'000;
     StartAgain();
@@ -116,7 +116,7 @@ TEST_F(GammaFixSettings, ARangeExpandedByHandAsksForTheRestartForEver) {
     EXPECT_TRUE(g_log.empty());
 }
 
-TEST_F(GammaFixSettings, AFixThatSomebodyTookBackIsOfferedAgain) {
+TEST_F(GammaFixSettings, AFixThatWasRevertedIsOfferedAgain) {
     ConfirmTheFix();
     ForgetTheLimit();
     g_clock += 7'200;

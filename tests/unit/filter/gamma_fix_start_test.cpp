@@ -1,4 +1,4 @@
-// The click on the banner: a question, and the program's own elevated run.
+// The click on the banner: a question, then the program's elevated run.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -43,7 +43,7 @@ int WINAPI FakeMessageBox(HWND owner, const wchar_t* text, const wchar_t* title,
     return g_answer;
 }
 
-// The C runtime asks too, before anything of ours is constructed.
+// The C runtime also calls it, before the objects of the test are constructed.
 DWORD WINAPI FakeGetModuleFileName(HMODULE module, wchar_t* path, DWORD capacity) {
     if (g_ownPath.empty()) return 0;
     EXPECT_EQ(module, nullptr);
@@ -108,7 +108,7 @@ AMBREL_SEAM(MessageBoxW, FakeMessageBox);
 AMBREL_SEAM(GetModuleFileNameW, FakeGetModuleFileName);
 AMBREL_SEAM(ShellExecuteW, FakeShellExecute);
 
-TEST_F(GammaFixStart, YesLaunchesTheProgramItselfElevatedAndBeginsToWait) {
+TEST_F(GammaFixStart, YesLaunchesTheProgramElevatedAndStartsThePoll) {
     StartGammaRangeFix();
     EXPECT_EQ(g_calls, kLaunched);
     EXPECT_TRUE(g_app.gammaFixPending);
@@ -117,7 +117,7 @@ TEST_F(GammaFixStart, YesLaunchesTheProgramItselfElevatedAndBeginsToWait) {
     EXPECT_EQ(g_app.gammaFixEpoch, 0U);
 }
 
-TEST_F(GammaFixStart, TheTwoMinutesBeginWhenTheElevationPromptIsAnswered) {
+TEST_F(GammaFixStart, TheTwoMinutesStartWhenTheElevationPromptCloses) {
     g_timeAtThePrompt = 90'000;
     StartGammaRangeFix();
     EXPECT_EQ(g_app.gammaFixDeadline, 5'210'000U);
@@ -134,7 +134,7 @@ TEST_F(GammaFixStart, AnythingButYesStops) {
     }
 }
 
-TEST_F(GammaFixStart, WithTheFixAppliedOnlyTheRestartIsAskedFor) {
+TEST_F(GammaFixStart, WithTheFixAppliedOnlyARestartIsRequested) {
     g_app.gammaRangeExpanded = true;
     g_app.gammaFixEpoch = 77;
     StartGammaRangeFix();
@@ -159,14 +159,14 @@ TEST_F(GammaFixStart, AResultOf32OrLessIsLoggedAndNothingElse) {
     EXPECT_FALSE(g_app.gammaRangeExpanded);
 }
 
-TEST_F(GammaFixStart, APathWithBlanksAndAccentsIsPassedAsItIs) {
+TEST_F(GammaFixStart, APathWithSpacesAndAccentsIsPassedUnchanged) {
     g_ownPath = L"C:\\Program Files\\Ambr\u00e9l (1)\\ambrel.exe";
     StartGammaRangeFix();
     EXPECT_EQ(g_calls[2],
               "execute runas [C:\\Program Files\\Ambr?l (1)\\ambrel.exe] [--expand-gamma-range] show 1");
 }
 
-TEST_F(GammaFixStart, APathThatDoesNotFitIsNotLaunchedAndCountsAsNotFound) {
+TEST_F(GammaFixStart, APathThatDoesNotFitIsNotLaunchedAndIsLoggedAsNotFound) {
     for (const std::size_t length : {257U, 400U}) {
         g_calls.clear();
         g_ownPath = L"C:\\" + std::wstring(length, L'p');
@@ -177,7 +177,7 @@ TEST_F(GammaFixStart, APathThatDoesNotFitIsNotLaunchedAndCountsAsNotFound) {
     }
 }
 
-TEST_F(GammaFixStart, ASecondClickLaunchesAgainAndWaitsAnew) {
+TEST_F(GammaFixStart, ASecondClickLaunchesAgainAndRestartsTheTimeOut) {
     StartGammaRangeFix();
     g_calls.clear();
     g_tick += 100'000;
@@ -187,7 +187,7 @@ TEST_F(GammaFixStart, ASecondClickLaunchesAgainAndWaitsAnew) {
     EXPECT_EQ(g_app.gammaFixDeadline, 5'220'000U);
 }
 
-TEST_F(GammaFixStart, ASecondClickThatIsRefusedLeavesTheFirstWaiting) {
+TEST_F(GammaFixStart, ASecondLaunchThatFailsDoesNotStopThePollOfTheFirst) {
     StartGammaRangeFix();
     g_tick += 100'000;
     EXPECT_EQ(CallsOfFailing(5), Failed("5"));

@@ -1,4 +1,4 @@
-// What the registry is asked about the gamma range limit, and what its answers count for.
+// The registry calls for the gamma range limit, and how their results are interpreted.
 #include <gtest/gtest.h>
 
 #include "app/state/app_state.h"
@@ -40,7 +40,7 @@ protected:
 
 }  // namespace
 
-TEST_F(GammaRangeCalls, TheKeyOf64BitWindowsIsOpenedAskedAndClosed) {
+TEST_F(GammaRangeCalls, TheKeyOf64BitWindowsIsOpenedQueriedAndClosed) {
     StoreNumber(256);
     EXPECT_TRUE(IsGammaRangeExpanded());
     EXPECT_EQ(g_calls, (CallRecord{kOpen, kQuery, "close"}));
@@ -62,7 +62,7 @@ TEST_F(GammaRangeCalls, TheNumberIsUnsigned) {
 }
 
 // The same four bytes as a number of 65536 and more, under another name.
-TEST_F(GammaRangeCalls, AValueOfAnyOtherTypeCountsForNothing) {
+TEST_F(GammaRangeCalls, AValueOfAnyOtherTypeIsIgnored) {
     for (const DWORD type : {REG_NONE, REG_SZ, REG_EXPAND_SZ, REG_BINARY, REG_DWORD_BIG_ENDIAN, REG_LINK,
                              REG_MULTI_SZ, REG_QWORD}) {
         EXPECT_FALSE(ReadsAsExpanded(type, {0x32, 0x00, 0x01, 0x00})) << "type " << type;
@@ -70,22 +70,22 @@ TEST_F(GammaRangeCalls, AValueOfAnyOtherTypeCountsForNothing) {
     }
 }
 
-TEST_F(GammaRangeCalls, ATextOf256CountsForNothing) {
+TEST_F(GammaRangeCalls, ATextOf256IsIgnored) {
     StoreText(REG_SZ, L"256");
     EXPECT_FALSE(IsGammaRangeExpanded());
 }
 
-TEST_F(GammaRangeCalls, ANumberOfEightBytesCountsForNothing) {
+TEST_F(GammaRangeCalls, ANumberOfEightBytesIsIgnored) {
     EXPECT_FALSE(ReadsAsExpanded(REG_QWORD, {0, 1, 0, 0, 0, 0, 0, 0}));
     EXPECT_FALSE(ReadsAsExpanded(REG_DWORD, {0, 1, 0, 0, 0, 0, 0, 0}));
 }
 
-TEST_F(GammaRangeCalls, AMissingValueCountsForNothingAndTheKeyIsClosed) {
+TEST_F(GammaRangeCalls, AMissingValueIsNotExpandedAndTheKeyIsClosed) {
     EXPECT_FALSE(IsGammaRangeExpanded());
     EXPECT_EQ(g_calls, (CallRecord{kOpen, kQuery, "close"}));
 }
 
-TEST_F(GammaRangeCalls, AKeyThatCannotBeOpenedIsNeitherAskedNorClosed) {
+TEST_F(GammaRangeCalls, AKeyThatCannotBeOpenedIsNeitherQueriedNorClosed) {
     StoreNumber(256);
     for (const LSTATUS error : {ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED}) {
         g_calls.clear();
@@ -95,7 +95,7 @@ TEST_F(GammaRangeCalls, AKeyThatCannotBeOpenedIsNeitherAskedNorClosed) {
     }
 }
 
-TEST_F(GammaRangeCalls, AQueryThatFailsCountsForNothingAndTheKeyIsClosed) {
+TEST_F(GammaRangeCalls, AQueryThatFailsIsIgnoredAndTheKeyIsClosed) {
     StoreNumber(256);
     g_registry.query = ERROR_ACCESS_DENIED;
     EXPECT_FALSE(IsGammaRangeExpanded());
@@ -109,7 +109,7 @@ TEST_F(GammaRangeCalls, ReadingChangesNothing) {
     EXPECT_EQ(g_app.gammaFixEpoch, 0U);
 }
 
-TEST_F(GammaRangeCalls, LiftingTheLimitCreatesTheKeyWrites256AndCloses) {
+TEST_F(GammaRangeCalls, ExpandingTheRangeCreatesTheKeyWrites256AndCloses) {
     EXPECT_TRUE(ExpandGammaRange());
     EXPECT_EQ(g_calls, (CallRecord{kCreate, kSet256, "close"}));
 }

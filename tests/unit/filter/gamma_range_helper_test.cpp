@@ -47,32 +47,32 @@ protected:
 
 AMBREL_SEAM(MessageBoxW, FakeMessageBox);
 
-TEST_F(GammaRangeHelper, ALiftedLimitIsToldAndEndsWithZero) {
+TEST_F(GammaRangeHelper, AnExpandedRangeIsReportedAndExitsWith0) {
     EXPECT_EQ(RunGammaRangeHelper(), 0);
     EXPECT_EQ(g_calls, (CallRecord{kCreate, kSet256, "close", kDone}));
     EXPECT_EQ(g_registry.type, static_cast<DWORD>(REG_DWORD));
     EXPECT_TRUE(IsGammaRangeExpanded());
 }
 
-TEST_F(GammaRangeHelper, AKeyThatIsRefusedIsToldAndEndsWithOne) {
+TEST_F(GammaRangeHelper, ARefusedKeyIsReportedAndExitsWith1) {
     g_registry.create = ERROR_ACCESS_DENIED;
     EXPECT_EQ(RunGammaRangeHelper(), 1);
     EXPECT_EQ(g_calls, (CallRecord{kCreate, kRefused}));
 }
 
-TEST_F(GammaRangeHelper, AValueThatIsRefusedIsToldAndEndsWithOne) {
+TEST_F(GammaRangeHelper, ARefusedValueIsReportedAndExitsWith1) {
     g_registry.set = ERROR_WRITE_PROTECT;
     EXPECT_EQ(RunGammaRangeHelper(), 1);
     EXPECT_EQ(g_calls, (CallRecord{kCreate, kSet256, "close", kRefused}));
 }
 
-TEST_F(GammaRangeHelper, ALimitThatWasLiftedBeforeIsWrittenAgain) {
+TEST_F(GammaRangeHelper, ARangeThatIsAlreadyExpandedIsWrittenAgain) {
     StoreNumber(1024);
     EXPECT_EQ(RunGammaRangeHelper(), 0);
     EXPECT_EQ(g_calls, (CallRecord{kCreate, kSet256, "close", kDone}));
 }
 
-TEST_F(GammaRangeHelper, NothingOfTheProgramsOwnStateIsTouched) {
+TEST_F(GammaRangeHelper, TheProgramsStateDoesNotChange) {
     RunGammaRangeHelper();
     EXPECT_FALSE(g_app.gammaRangeExpanded);
     EXPECT_FALSE(g_app.gammaFixPending);

@@ -1,4 +1,4 @@
-// The gamma range limit in a registry as Windows keeps it.
+// The gamma range limit in the real registry.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -64,7 +64,7 @@ TEST_F(GammaRangeRegistry, WithoutTheKeyTheRangeIsWindowsDefault) {
     EXPECT_FALSE(IsGammaRangeExpanded());
 }
 
-TEST_F(GammaRangeRegistry, NumbersCountFrom256On) {
+TEST_F(GammaRangeRegistry, NumbersFrom256OnAreExpanded) {
     for (const DWORD number : {DWORD{0}, DWORD{255}}) {
         StoreNumber(number);
         EXPECT_FALSE(IsGammaRangeExpanded()) << number;
@@ -75,7 +75,7 @@ TEST_F(GammaRangeRegistry, NumbersCountFrom256On) {
     }
 }
 
-TEST_F(GammaRangeRegistry, ATextCountsForNothing) {
+TEST_F(GammaRangeRegistry, ATextIsIgnored) {
     Store(REG_SZ, L"256", 8);
     EXPECT_FALSE(IsGammaRangeExpanded());
     Store(REG_SZ, L"9", 4);
@@ -84,7 +84,7 @@ TEST_F(GammaRangeRegistry, ATextCountsForNothing) {
     EXPECT_FALSE(IsGammaRangeExpanded()) << "four bytes that would be a number large enough";
 }
 
-TEST_F(GammaRangeRegistry, FourBytesOfNoTypeCountForNothing) {
+TEST_F(GammaRangeRegistry, FourBytesOfNoTypeAreIgnored) {
     const BYTE bytes[] = {0, 1, 0, 0};
     Store(REG_BINARY, bytes, sizeof(bytes));
     EXPECT_FALSE(IsGammaRangeExpanded());
@@ -92,7 +92,7 @@ TEST_F(GammaRangeRegistry, FourBytesOfNoTypeCountForNothing) {
     EXPECT_FALSE(IsGammaRangeExpanded());
 }
 
-TEST_F(GammaRangeRegistry, ANumberOfEightBytesCountsForNothing) {
+TEST_F(GammaRangeRegistry, ANumberOfEightBytesIsIgnored) {
     const unsigned long long number = 256;
     Store(REG_QWORD, &number, sizeof(number));
     EXPECT_FALSE(IsGammaRangeExpanded());
@@ -100,20 +100,20 @@ TEST_F(GammaRangeRegistry, ANumberOfEightBytesCountsForNothing) {
     EXPECT_FALSE(IsGammaRangeExpanded());
 }
 
-TEST_F(GammaRangeRegistry, ALiftedLimitIsTheNumber256AndReadsAsExpanded) {
+TEST_F(GammaRangeRegistry, TheExpandedRangeIsTheNumber256AndReadsAsExpanded) {
     EXPECT_TRUE(ExpandGammaRange());
     ExpectStored256();
     EXPECT_TRUE(IsGammaRangeExpanded());
 }
 
-TEST_F(GammaRangeRegistry, LiftingTheLimitMakesAMissingKey) {
+TEST_F(GammaRangeRegistry, ExpandingTheRangeCreatesAMissingKey) {
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, kKey);
     EXPECT_TRUE(ExpandGammaRange());
     ExpectStored256();
     EXPECT_TRUE(IsGammaRangeExpanded());
 }
 
-TEST_F(GammaRangeRegistry, LiftingTheLimitReplacesWhateverWasThere) {
+TEST_F(GammaRangeRegistry, ExpandingTheRangeReplacesAnyPreviousValue) {
     Store(REG_SZ, L"many", 10);
     EXPECT_TRUE(ExpandGammaRange());
     ExpectStored256();
@@ -126,14 +126,14 @@ TEST_F(GammaRangeRegistry, LiftingTheLimitReplacesWhateverWasThere) {
     ExpectStored256();
 }
 
-TEST_F(GammaRangeRegistry, ReadingMakesNoKeyAndNoValue) {
+TEST_F(GammaRangeRegistry, ReadingCreatesNoKeyAndNoValue) {
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, kKey);
     IsGammaRangeExpanded();
     HKEY icm = nullptr;
     EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, KEY_QUERY_VALUE, &icm), ERROR_FILE_NOT_FOUND);
 }
 
-TEST_F(GammaRangeRegistry, AKeyThatIsReadOnlyRefusesTheLiftAndKeepsItsValue) {
+TEST_F(GammaRangeRegistry, AReadOnlyKeyRefusesTheExpansionAndKeepsItsValue) {
     StoreNumber(255);
     const RestrictedKey readOnly(HKEY_LOCAL_MACHINE, kKey, kReadOnlyAccess);
     ASSERT_EQ(readOnly.status, ERROR_SUCCESS);
@@ -144,7 +144,7 @@ TEST_F(GammaRangeRegistry, AKeyThatIsReadOnlyRefusesTheLiftAndKeepsItsValue) {
     EXPECT_FALSE(IsGammaRangeExpanded());
 }
 
-TEST_F(GammaRangeRegistry, AKeyThatMayNotBeReadCountsForNothing) {
+TEST_F(GammaRangeRegistry, AKeyThatMayNotBeReadIsIgnored) {
     StoreNumber(256);
     EXPECT_TRUE(IsGammaRangeExpanded());
     const RestrictedKey unreadable(HKEY_LOCAL_MACHINE, kKey, L"D:P(A;;WD;;;WD)");

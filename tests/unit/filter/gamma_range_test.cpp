@@ -1,4 +1,4 @@
-// When the banner of refused ramps is shown, and when a restart counts.
+// When the banner of rejected ramps is shown, and what is treated as a restart.
 #include "filter/gamma_banner.h"
 
 #include <gmock/gmock.h>
@@ -59,7 +59,7 @@ TEST_F(GammaRange, AnOldFixCountsThroughLaterRestarts) {
     EXPECT_TRUE(RestartDoneSince(kBoot - 90 * 86'400));
 }
 
-TEST_F(GammaRange, UptimeCountsInWholeSecondsCutShort) {
+TEST_F(GammaRange, TheUptimeIsTruncatedToSeconds) {
     g_clock = kBoot;
     g_tick = 999;
     EXPECT_TRUE(RestartDoneSince(kBoot - 1));
@@ -87,7 +87,7 @@ TEST_F(GammaRange, AfterAFixJustNowTimeAndSleepAloneAreNoRestart) {
     EXPECT_TRUE(RestartDoneSince(fixed));
 }
 
-TEST_F(GammaRange, AnEpochOfNoRealDateIsNotPassed) {
+TEST_F(GammaRange, AnEpochInTheFarFutureIsNotPassed) {
     EXPECT_FALSE(RestartDoneSince(UINT64_MAX));
     EXPECT_FALSE(RestartDoneSince(std::uint64_t{1} << 63));
 }
@@ -109,7 +109,7 @@ TEST_F(GammaBanner, IsNotShownWhileRampsAreAccepted) {
     EXPECT_FALSE(IsBannerVisible());
 }
 
-TEST_F(GammaBanner, IsNeverShownWithTheModernPipelineWhateverTheRegistrySays) {
+TEST_F(GammaBanner, IsNeverShownWithTheModernPipelineRegardlessOfTheRegistry) {
     g_app.lastApplyRejected = true;
     for (const bool expanded : {false, true}) {
         for (const std::uint64_t epoch : {std::uint64_t{0}, kBoot - 1, kBoot + 1}) {
@@ -149,7 +149,7 @@ TEST_F(GammaBanner, IsWithdrawnWhenTheRestartDidNotHelpAndThatIsLoggedOnce) {
     EXPECT_THAT(g_calls, ElementsAre(kDemoted));
     EXPECT_TRUE(g_app.bannerDemotedLogged);
 
-    // An acceptance between does not bring the line a second time.
+    // An intervening acceptance does not log the line a second time.
     g_app.lastApplyRejected = false;
     EXPECT_FALSE(IsBannerVisible());
     g_app.lastApplyRejected = true;

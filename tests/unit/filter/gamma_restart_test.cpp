@@ -1,4 +1,4 @@
-// Whether the machine was started after the limit was lifted, from the clock and the time since the start.
+// Whether the machine was started after the range was expanded, computed from the clock and the uptime.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::uint64_t kFixed = 1'800'000'000;  // when the lifted limit was seen
+constexpr std::uint64_t kFixed = 1'800'000'000;  // when the expanded range was confirmed
 constexpr std::uint64_t kHour = 3'600;
 constexpr std::uint64_t kDay = 86'400;
 
@@ -38,7 +38,7 @@ TEST(GammaRestart, TheMomentOfTheFixIsNeverAfterIt) {
         EXPECT_FALSE(StartedAfterTheFix(kFixed - seconds, seconds)) << seconds;
 }
 
-TEST(GammaRestart, MillisecondsOfTheTimeSinceTheStartAreCutOff) {
+TEST(GammaRestart, MillisecondsOfTheUptimeAreTruncated) {
     EXPECT_FALSE(WasStartedAfter(kFixed, kFixed + 10, 10'000));
     EXPECT_FALSE(WasStartedAfter(kFixed, kFixed + 10, 10'999));
     EXPECT_TRUE(WasStartedAfter(kFixed, kFixed + 10, 9'999));
@@ -46,7 +46,7 @@ TEST(GammaRestart, MillisecondsOfTheTimeSinceTheStartAreCutOff) {
     EXPECT_FALSE(WasStartedAfter(kFixed, kFixed + 1, 1'000));
 }
 
-TEST(GammaRestart, TimeThatPassesAwakeOrAsleepIsNoRestart) {
+TEST(GammaRestart, TimeThatPassesAwakeOrAsleepIsNotARestart) {
     const std::uint64_t boot = kFixed - kHour;
     for (std::uint64_t days = 0; days <= 400; days += 40)
         EXPECT_FALSE(StartedAfterTheFix(boot, kHour + days * kDay)) << days;
@@ -57,7 +57,7 @@ TEST(GammaRestart, EveryLaterRestartCounts) {
     EXPECT_TRUE(StartedAfterTheFix(kFixed + 900 * kDay, 20));
 }
 
-TEST(GammaRestart, AClockSetBackByADayMakesNoRestartOfNone) {
+TEST(GammaRestart, AClockSetBackByADayIsNotARestart) {
     EXPECT_FALSE(WasStartedAfter(kFixed, kFixed + kHour - kDay, 2 * kHour * 1000));
 }
 

@@ -11,7 +11,7 @@ T* At(ULONG_PTR offset) {
     return reinterpret_cast<T*>(reinterpret_cast<ULONG_PTR>(GetModuleHandleW(nullptr)) + offset);
 }
 
-// The table also holds addresses of the C runtime's variables and of a test's fakes.
+// The import table also contains addresses of the C runtime's variables and of a test's fakes.
 bool IsCodeOfADll(ULONG_PTR address) {
     MEMORY_BASIC_INFORMATION page = {};
     if (VirtualQuery(reinterpret_cast<void*>(address), &page, sizeof(page)) == 0) return false;
@@ -66,7 +66,7 @@ void ImportCounter::Collect() {
     }
 }
 
-// r11 belongs to nobody across a call.
+// No caller expects r11 to be preserved.
 void ImportCounter::WriteDetours() {
     for (std::size_t i = 0; i < imports_.size(); ++i) {
         Import& import = imports_[i];

@@ -1,8 +1,6 @@
-// Counts every call that the test program makes into any DLL while it is started, whatever the function. What
-// the program under test calls beyond the calls that a test knows of is seen this way.
-//
-// The import table's pointers are led through small pieces of code that count and go on to the function.
-// Calls that a test has taken over by a seam are not counted.
+// Counts every call that the test program makes into any DLL while the counter runs. This detects calls of
+// the program under test that no seam records. The import table's pointers lead to small pieces of code that
+// count and jump to the function. Calls that a test replaces with a seam are not counted.
 #pragma once
 
 #include <cstdint>
@@ -22,11 +20,11 @@ public:
     void Start();
     void Stop();
 
-    // Calls between Start and Stop by function, "malloc" for example; the functions that were not called are
-    // left out.
+    // Calls between Start and Stop by function name, for example "malloc"; functions that were not called are
+    // omitted.
     std::map<std::string, int> Calls() const;
 
-    // How many functions are watched.
+    // The number of watched functions.
     std::size_t Watched() const { return imports_.size(); }
 
 private:

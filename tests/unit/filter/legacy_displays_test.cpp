@@ -1,5 +1,5 @@
-// Legacy Mode on an extended desktop: the whole screen's context refuses every ramp there, while each
-// display's own accepts it. Some displays refuse ramps altogether.
+// Legacy Mode on an extended desktop. The entire screen's context refuses every ramp there, while the context
+// of each display accepts it. Some displays refuse all ramps.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -101,7 +101,7 @@ protected:
 
 }  // namespace
 
-TEST_F(LegacyDisplays, BothDisplaysGetTheRampThatTheWholeScreenRefuses) {
+TEST_F(LegacyDisplays, BothDisplaysGetTheRampThatTheEntireScreenRefuses) {
     Connect({Display(1), Display(2)});
     ExpectAccepted();
     EXPECT_EQ(g_calls, Joined({kWholeScreen, Loaded(kFirst), Loaded(kSecond), {"tint cursors"}}));
@@ -111,7 +111,7 @@ TEST_F(LegacyDisplays, BothDisplaysGetTheRampThatTheWholeScreenRefuses) {
     EXPECT_EQ(At(1).shown.channels[kGreen][255], 8191);
 }
 
-TEST_F(LegacyDisplays, WhatTheWholeScreenAcceptsIsNotRepeatedOnEachDisplay) {
+TEST_F(LegacyDisplays, ARampThatTheEntireScreenAcceptsIsNotRepeatedOnEachDisplay) {
     g_screen.acceptsRamps = true;
     Connect({Display(1), Display(2)});
     ExpectAccepted();
@@ -124,14 +124,14 @@ TEST_F(LegacyDisplays, ASingleDisplaysRefusalIsARejection) {
     EXPECT_EQ(g_calls, Joined({kWholeScreen, {kRefused, "refresh", "tint cursors"}}));
 }
 
-TEST_F(LegacyDisplays, OnlyWhatShowsTheDesktopCountsAsADisplay) {
+TEST_F(LegacyDisplays, OnlyDevicesThatShowTheDesktopAreDisplays) {
     Connect({DisplayInState(1, 0), Display(2),
              DisplayInState(3, DISPLAY_DEVICE_ATTACHED_TO_DESKTOP | DISPLAY_DEVICE_MIRRORING_DRIVER)});
     ExpectRejected();
     EXPECT_EQ(g_calls, Joined({kWholeScreen, {kRefused, "refresh", "tint cursors"}}));
 }
 
-TEST_F(LegacyDisplays, AnInactiveDisplayBetweenTwoActiveOnesIsPassedOver) {
+TEST_F(LegacyDisplays, AnInactiveDisplayBetweenTwoActiveOnesIsSkipped) {
     Connect({Display(1), DisplayInState(7, 0),
              DisplayInState(8, DISPLAY_DEVICE_ATTACHED_TO_DESKTOP | DISPLAY_DEVICE_MIRRORING_DRIVER),
              Display(2)});
@@ -144,7 +144,7 @@ TEST_F(LegacyDisplays, ADisplayThatRefusesThisRampAloneIsARejection) {
     ExpectRejected();
 }
 
-TEST_F(LegacyDisplays, ADisplayThatRefusesThisRampKeepsTheOneItShows) {
+TEST_F(LegacyDisplays, ADisplayThatRefusesThisRampKeepsItsCurrentOne) {
     Connect({Display(1, Accepts::IdentityOnly), Display(2)});
     At(0).shown.channels[kBlue][128] = 1000;
     const Ramp before = At(0).shown;
@@ -159,7 +159,7 @@ TEST_F(LegacyDisplays, ADisplayThatRefusesItsOwnRampButNotTheIdentityIsARejectio
     ExpectRejected();
 }
 
-TEST_F(LegacyDisplays, ADisplayThatRefusesEvenTheIdentityIsLeftOut) {
+TEST_F(LegacyDisplays, ADisplayThatRefusesEvenTheIdentityIsSkipped) {
     Connect({Display(1), Display(2, Accepts::Nothing), Display(3)});
     ExpectAccepted();
     EXPECT_TRUE(ShowsTheFilter(0));
@@ -167,7 +167,7 @@ TEST_F(LegacyDisplays, ADisplayThatRefusesEvenTheIdentityIsLeftOut) {
     EXPECT_EQ(At(1).loads, 0);
 }
 
-TEST_F(LegacyDisplays, ADisplayThatCannotBeReadAndRefusesEvenTheIdentityIsLeftOut) {
+TEST_F(LegacyDisplays, ADisplayThatCannotBeReadAndRefusesEvenTheIdentityIsSkipped) {
     Connect({Display(1, Accepts::Nothing), Display(2)});
     At(0).canBeRead = false;
     ExpectAccepted();
@@ -184,12 +184,12 @@ TEST_F(LegacyDisplays, WhenAllRefuseEvenTheIdentityTheRampIsRejected) {
     ExpectRejected();
 }
 
-TEST_F(LegacyDisplays, OneLeftOutDoesNotExcuseAnotherThatRefuses) {
+TEST_F(LegacyDisplays, ASkippedDisplayDoesNotHideTheRefusalOfAnother) {
     Connect({Display(1, Accepts::Nothing), Display(2), Display(3, Accepts::IdentityOnly)});
     ExpectRejected();
 }
 
-TEST_F(LegacyDisplays, ADisplayWithoutAContextIsLeftOut) {
+TEST_F(LegacyDisplays, ADisplayWithoutAContextIsSkipped) {
     Connect({Display(1), Display(2)});
     At(0).givesContext = false;
     ExpectAccepted();
@@ -223,7 +223,7 @@ TEST_F(LegacyDisplays, WhenAllMatchTheStreakOfMismatchesEnds) {
     EXPECT_EQ(g_app.readBackMismatchStreak, 0);
 }
 
-TEST_F(LegacyDisplays, ADisplayThatCannotBeReadCountsAsMatching) {
+TEST_F(LegacyDisplays, ADisplayThatCannotBeReadIsTreatedAsMatching) {
     Connect({Display(1), Display(2)});
     At(0).canBeRead = false;
     g_app.readBackMismatchStreak = 2;
@@ -231,7 +231,7 @@ TEST_F(LegacyDisplays, ADisplayThatCannotBeReadCountsAsMatching) {
     EXPECT_EQ(g_app.readBackMismatchStreak, 0);
 }
 
-TEST_F(LegacyDisplays, TheIdentityReachesEachDisplayWhoeverElseRefusesIt) {
+TEST_F(LegacyDisplays, TheIdentityReachesEachDisplayEvenIfOthersRefuseIt) {
     Connect({Display(1), Display(2, Accepts::Nothing), Display(3)});
     ApplyLegacyRamp();
     g_calls.clear();
@@ -252,14 +252,14 @@ TEST_F(LegacyDisplays, TheIdentityOfASingleDisplayIsSetOnceAndItsRefusalIgnored)
     EXPECT_EQ(g_calls, Joined({{"restore cursors"}, kWholeScreen}));
 }
 
-TEST_F(LegacyDisplays, AnIdentityThatTheWholeScreenAcceptsIsNotRepeated) {
+TEST_F(LegacyDisplays, AnIdentityThatTheEntireScreenAcceptsIsNotRepeated) {
     g_screen.acceptsRamps = true;
     Connect({Display(1), Display(2)});
     RestoreIdentityRamp();
     EXPECT_EQ(g_calls, Joined({{"restore cursors"}, kWholeScreen}));
 }
 
-TEST_F(LegacyDisplays, WithoutAWholeScreenTheIdentityIsNotTriedElsewhere) {
+TEST_F(LegacyDisplays, WithoutAScreenContextTheIdentityIsNotTriedElsewhere) {
     g_screen.givesContext = false;
     Connect({Display(1), Display(2)});
     RestoreIdentityRamp();

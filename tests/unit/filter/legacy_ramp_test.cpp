@@ -34,14 +34,14 @@ protected:
         g_model.green = green;
         g_model.blue = blue;
         g_app.brightness = brightness;
-        g_app.filterColour = {};  // the model's answer may be another one now
+        g_app.filterColour = {};  // the model may return another colour now
         g_screen.seen.clear();
         ApplyLegacyRamp();
         EXPECT_EQ(g_screen.seen.size(), 1U);
         return g_screen.seen.empty() ? Ramp{} : g_screen.seen.front();
     }
 
-    // Level by slope by 65535, in this order and in double precision, then cut.
+    // Level times slope times 65535, in this order and in double precision, then truncated.
     static void ExpectLinear(const Ramp& ramp, std::size_t channel, double factor, double brightness) {
         const double slope = factor * brightness;
         for (std::size_t i = 0; i < 256; ++i) {
@@ -71,13 +71,13 @@ TEST_F(LegacyRamp, EveryLevelOfEachChannelIsLinearRedFirst) {
     ExpectLinear(ramp, kRed, 1.0, 0.85);
     ExpectLinear(ramp, kGreen, 0.8185, 0.85);
     ExpectLinear(ramp, kBlue, 0.1865, 0.85);
-    // 0.85, 0.695725 and 0.158525 of 65535, cut and not rounded.
+    // 0.85, 0.695725 and 0.158525 of 65535, truncated.
     EXPECT_EQ(ramp.channels[kRed][255], 55704);
     EXPECT_EQ(ramp.channels[kGreen][255], 45594);
     EXPECT_EQ(ramp.channels[kBlue][255], 10388);
 }
 
-TEST_F(LegacyRamp, EveryLevelHoldsOverTheWholeRangeOfBrightness) {
+TEST_F(LegacyRamp, EveryLevelIsExactOverTheEntireRangeOfBrightness) {
     for (const double brightness : {0.1, 0.123, 0.3333, 0.5, 0.75, 0.999}) {
         const Ramp ramp = Applied(0.9999, 0.6571, 0.0194, brightness);
         ExpectLinear(ramp, kRed, 0.9999, brightness);
@@ -86,7 +86,7 @@ TEST_F(LegacyRamp, EveryLevelHoldsOverTheWholeRangeOfBrightness) {
     }
 }
 
-TEST_F(LegacyRamp, EntriesAreCutNotRounded) {
+TEST_F(LegacyRamp, EntriesAreTruncatedNotRounded) {
     const Ramp ramp = Applied(0.5, 0.1, 0.01, 1.0);
     EXPECT_EQ(ramp.channels[kRed][255], 32767);   // 32767.5
     EXPECT_EQ(ramp.channels[kRed][1], 128);       // 128.5
@@ -112,20 +112,20 @@ TEST_F(LegacyRamp, NoBrightnessIsBlackThroughout) {
     }
 }
 
-TEST_F(LegacyRamp, TheModelIsAskedOnceForTheCurrentIntensity) {
+TEST_F(LegacyRamp, TheModelIsCalledOnceForTheCurrentIntensity) {
     g_app.intensity = 0.731;
     Applied(1.0, 1.0, 1.0, 1.0);
     EXPECT_EQ(g_model.calls, 1);
     EXPECT_EQ(g_model.askedIntensity, 0.731);
 }
 
-TEST_F(LegacyRamp, WithTheFilterOffTheIdentityIsSetWithoutAskingTheModel) {
+TEST_F(LegacyRamp, WithTheFilterOffTheIdentityIsSetWithoutCallingTheModel) {
     g_app.filterOn = false;
     ExpectIdentity(Applied(0.5, 0.5, 0.5, 0.5));
     EXPECT_EQ(g_model.calls, 0);
 }
 
-TEST_F(LegacyRamp, RestoringSetsTheIdentityWhateverTheStateIs) {
+TEST_F(LegacyRamp, RestoringSetsTheIdentityRegardlessOfTheState) {
     g_app.useLegacyGamma = false;
     g_app.brightness = 0.5;
     RestoreIdentityRamp();

@@ -1,4 +1,4 @@
-// Loading and unloading the Magnification API: every way it can go wrong, and what is left behind.
+// Loading and unloading the Magnification API: every failure, and the state afterwards.
 #include "filter/magnification.h"
 
 #include <gmock/gmock.h>
@@ -66,7 +66,7 @@ TEST_F(MagnificationLoad, LoadsFindsTheThreeFunctionsAndInitialisesOnce) {
     EXPECT_NE(g_app.magSetFullscreenColorEffect, nullptr);
 }
 
-TEST_F(MagnificationLoad, DoesNothingWhenItIsDoneAlready) {
+TEST_F(MagnificationLoad, DoesNothingIfAlreadyInitialised) {
     InitMagnification();
     g_calls.clear();
     InitMagnification();
@@ -81,8 +81,8 @@ TEST_F(MagnificationLoad, DoesNothingInLegacyMode) {
     ExpectNothingLoaded();
 }
 
-TEST_F(MagnificationLoad, InLegacyModeALoadedLibraryIsLeftAsItIs) {
-    PutFakeMagnificationInPlace();
+TEST_F(MagnificationLoad, InLegacyModeALoadedLibraryStaysLoaded) {
+    InstallFakeMagnification();
     g_app.magSetFullscreenColorEffect = nullptr;
     g_app.useLegacyGamma = true;
     InitMagnification();
@@ -91,8 +91,8 @@ TEST_F(MagnificationLoad, InLegacyModeALoadedLibraryIsLeftAsItIs) {
     EXPECT_EQ(g_app.magnificationModule, FakeModule());
 }
 
-TEST_F(MagnificationLoad, InitialisedWithoutTheMatrixCallItIsShutDownAndLoadedAnew) {
-    PutFakeMagnificationInPlace();
+TEST_F(MagnificationLoad, InitialisedWithoutTheMatrixFunctionItIsShutDownAndReloaded) {
+    InstallFakeMagnification();
     g_app.magSetFullscreenColorEffect = nullptr;
     InitMagnification();
     EXPECT_THAT(g_calls,
@@ -150,7 +150,7 @@ TEST_F(MagnificationLoad, WithoutMagUninitializeTheModuleIsFreedAgain) {
 TEST_F(MagnificationLoad, WithoutTheMatrixCallTheModuleIsFreedAgain) {
     g_magnification.hasSetEffect = false;
     ExpectMissingFunctionReported();
-    // Each result was stored as it came.
+    // Each result is stored as it was returned.
     EXPECT_NE(g_app.magInitialize, nullptr);
     EXPECT_NE(g_app.magUninitialize, nullptr);
     EXPECT_EQ(g_app.magSetFullscreenColorEffect, nullptr);
@@ -170,7 +170,7 @@ TEST_F(MagnificationLoad, AFailedInitialisationIsAWarningWithItsOwnErrorAndFrees
                             "find MagSetFullscreenColorEffect", "MagInitialize",
                             "box owner=0 flags=48 [Ambrel] MagInitialize failed.\nError code: 5", "free"));
     ExpectNothingLoaded();
-    // The entry points stay; nothing calls them.
+    // The entry points stay set, but nothing calls them.
     EXPECT_NE(g_app.magInitialize, nullptr);
     EXPECT_NE(g_app.magUninitialize, nullptr);
     EXPECT_NE(g_app.magSetFullscreenColorEffect, nullptr);
@@ -191,8 +191,8 @@ TEST_F(MagnificationLoad, AfterAFailureALaterLoadMaySucceed) {
     EXPECT_EQ(g_magnification.modulesHeld, 1);
 }
 
-// A box is modal only for itself: the window procedure goes on, and Legacy Mode can be left once more from
-// the tray menu while it is open.
+// A message box dispatches messages: while it is open, the user can leave Legacy Mode once more from the tray
+// menu.
 TEST_F(MagnificationLoad, ALoadThatSucceedsWhileTheFailureBoxIsOpenIsNotUnloadedAfterwards) {
     g_magnification.initializeError = ERROR_NOT_READY;
     g_magnification.duringBox = [] {
@@ -248,7 +248,7 @@ TEST_F(MagnificationLoad, ALoadThatSucceedsWhileTheMissingFunctionBoxIsOpenIsNot
 }
 
 TEST_F(MagnificationLoad, ShuttingDownSetsTheIdentityMatrixUninitialisesAndFrees) {
-    PutFakeMagnificationInPlace();
+    InstallFakeMagnification();
     ShutdownMagnification();
     EXPECT_THAT(g_calls, ElementsAre("identity matrix", "MagUninitialize", "free"));
     ExpectNothingLoaded();
@@ -256,14 +256,14 @@ TEST_F(MagnificationLoad, ShuttingDownSetsTheIdentityMatrixUninitialisesAndFrees
 }
 
 TEST_F(MagnificationLoad, ShuttingDownInLegacyModeDoesTheSame) {
-    PutFakeMagnificationInPlace();
+    InstallFakeMagnification();
     g_app.useLegacyGamma = true;
     ShutdownMagnification();
     EXPECT_THAT(g_calls, ElementsAre("identity matrix", "MagUninitialize", "free"));
 }
 
 TEST_F(MagnificationLoad, ShuttingDownTwiceDoesNothingTheSecondTime) {
-    PutFakeMagnificationInPlace();
+    InstallFakeMagnification();
     ShutdownMagnification();
     g_calls.clear();
     ShutdownMagnification();
@@ -275,8 +275,8 @@ TEST_F(MagnificationLoad, ShuttingDownWithNothingLoadedCallsNothing) {
     EXPECT_THAT(g_calls, IsEmpty());
 }
 
-TEST_F(MagnificationLoad, ShuttingDownGoesOnWhenTheIdentityMatrixIsRefused) {
-    PutFakeMagnificationInPlace();
+TEST_F(MagnificationLoad, ShuttingDownContinuesWhenTheIdentityMatrixIsRefused) {
+    InstallFakeMagnification();
     g_magnification.laterEffectErrors = ERROR_INVALID_PARAMETER;
     ShutdownMagnification();
     EXPECT_THAT(g_calls, ElementsAre("identity matrix", "MagUninitialize", "free"));
@@ -285,7 +285,7 @@ TEST_F(MagnificationLoad, ShuttingDownGoesOnWhenTheIdentityMatrixIsRefused) {
 }
 
 TEST_F(MagnificationLoad, ShuttingDownWithoutTheMatrixCallOnlyUninitialisesAndFrees) {
-    PutFakeMagnificationInPlace();
+    InstallFakeMagnification();
     g_app.magSetFullscreenColorEffect = nullptr;
     ShutdownMagnification();
     EXPECT_THAT(g_calls, ElementsAre("MagUninitialize", "free"));
@@ -294,7 +294,7 @@ TEST_F(MagnificationLoad, ShuttingDownWithoutTheMatrixCallOnlyUninitialisesAndFr
 }
 
 TEST_F(MagnificationLoad, ShuttingDownWithoutMagUninitializeSetsTheIdentityMatrixAndFrees) {
-    PutFakeMagnificationInPlace();
+    InstallFakeMagnification();
     g_app.magUninitialize = nullptr;
     ShutdownMagnification();
     EXPECT_THAT(g_calls, ElementsAre("identity matrix", "free"));
@@ -302,7 +302,7 @@ TEST_F(MagnificationLoad, ShuttingDownWithoutMagUninitializeSetsTheIdentityMatri
 }
 
 TEST_F(MagnificationLoad, ShuttingDownWithoutAModuleFreesNone) {
-    PutFakeMagnificationInPlace();
+    InstallFakeMagnification();
     g_app.magnificationModule = nullptr;
     ShutdownMagnification();
     EXPECT_THAT(g_calls, ElementsAre("identity matrix", "MagUninitialize"));
@@ -311,7 +311,7 @@ TEST_F(MagnificationLoad, ShuttingDownWithoutAModuleFreesNone) {
 }
 
 TEST_F(MagnificationLoad, ShuttingDownUninitialisedOnlyFreesTheModule) {
-    PutFakeMagnificationInPlace();
+    InstallFakeMagnification();
     g_app.magnificationReady = false;
     ShutdownMagnification();
     EXPECT_THAT(g_calls, ElementsAre("free"));

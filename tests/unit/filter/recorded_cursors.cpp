@@ -1,5 +1,5 @@
-// Takes the cursor tinting's place in a test program: "tint cursors", "restore cursors" and the like in the
-// record. Each leaves a last error that is nobody's, so that an error read too late is seen.
+// Replaces the cursor tinting in a test program. Records each call as "tint cursors", "restore cursors" and
+// so on. Each call sets an unrelated last error, so that an error that is read too late is detected.
 #include "filter/cursor_tint.h"
 #include "support/call_record.h"
 #include "support/seam.h"

@@ -1,5 +1,5 @@
-// The filter's colour computed a second time, in extended precision and with powers, as the published
-// approximation of the Planckian locus has it.
+// A second computation of the filter's colour, in extended precision and with powers, from the published
+// approximation of the Planckian locus.
 #pragma once
 
 #include <cmath>
@@ -30,7 +30,7 @@ inline ReferenceColour RawReferenceColour(long double t) {
 }
 
 inline ReferenceColour ReferenceFilterColour(double intensity) {
-    // In double precision like the rest of the program: 4000 K lies on a seam of the curve.
+    // In double precision like the program, because 4000 K is a boundary of the curve.
     const double kelvin = (1.0 - intensity) * 6500.0;
     const ReferenceColour white = RawReferenceColour(6500.0L);
     const ReferenceColour raw = RawReferenceColour(std::fmax(kelvin, 2000.0));

@@ -1,4 +1,4 @@
-// One step of a drag works the filter's colour out once, for the pipeline and for all sixteen cursors.
+// A drag step computes the filter's colour once, for the pipeline and for all sixteen cursors.
 #include <gtest/gtest.h>
 
 #include "app/shell/refresh.h"
@@ -27,7 +27,7 @@ protected:
         g_app.filterOn = true;
         g_app.useLegacyGamma = GetParam();
         g_magnification = FakeMagnification{};
-        PutFakeMagnificationInPlace();
+        InstallFakeMagnification();
         g_screen = FakeScreen{};
         g_cursors = FakeCursors{};
         g_model = FakeModel{};
@@ -50,7 +50,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(BothPipelines, SharedColour, testing::Bool(),
                          [](const auto& pipeline) { return pipeline.param ? "Ramp" : "Matrix"; });
 
-TEST_P(SharedColour, IsWorkedOutOnceAStep) {
+TEST_P(SharedColour, IsComputedOncePerStep) {
     Step(0.5, 1.0);
     EXPECT_EQ(g_model.calls, 1);
     EXPECT_EQ(g_model.askedIntensity, 0.5);
@@ -60,7 +60,7 @@ TEST_P(SharedColour, IsWorkedOutOnceAStep) {
     EXPECT_EQ(g_cursors.built.back(), white);
 }
 
-TEST_P(SharedColour, IsWorkedOutAnewForAnotherWarmthOrBrightness) {
+TEST_P(SharedColour, IsComputedAgainForAnotherWarmthOrBrightness) {
     Step(0.5, 1.0);
     Step(0.501, 1.0);
     EXPECT_EQ(g_model.calls, 1);
@@ -71,7 +71,7 @@ TEST_P(SharedColour, IsWorkedOutAnewForAnotherWarmthOrBrightness) {
     EXPECT_EQ(g_cursors.built.back(), white);
 }
 
-TEST_P(SharedColour, IsKeptWhileNothingMoves) {
+TEST_P(SharedColour, IsCachedWhileNothingChanges) {
     Step(0.5, 1.0);
     Step(0.5, 1.0);
     EXPECT_EQ(g_model.calls, 0);

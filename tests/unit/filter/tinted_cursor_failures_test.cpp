@@ -1,13 +1,12 @@
-// One tinted copy, call by call: what Windows is asked for, and that every failure on the way ends without a
-// cursor and with everything given back, each object once.
+// The calls of one tinted copy. Every failure returns no cursor and releases each object exactly once.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "filter/cursor_workshop.h"
-#include "filter/gdi_census.h"
-#include "filter/gdi_ledger.h"
+#include "filter/cursor_factory.h"
+#include "filter/cursor_gdi_tracker.h"
+#include "filter/gdi_counts.h"
 #include "filter/tinted_cursor.h"
 #include "support/call_record.h"
 
@@ -81,28 +80,28 @@ protected:
         // The first use of a cursor makes what Windows keeps for the whole run.
         Use(Coloured(2, 2));
         BuildWatched();
-        CloseLedger();
+        StopTracking();
         Forget();
-        before_ = TakeGdiCensus();
+        before_ = CurrentGdiCounts();
     }
 
     void TearDown() override {
-        CloseLedger();
-        EXPECT_THAT(g_ledger.wrongs, IsEmpty());
+        StopTracking();
+        EXPECT_THAT(g_tracker.wrongs, IsEmpty());
         if (tinted_ != nullptr) {
-            EXPECT_EQ(g_ledger.kept[tinted_], "cursor");
-            g_ledger.kept.erase(tinted_);
+            EXPECT_EQ(g_tracker.kept[tinted_], "cursor");
+            g_tracker.kept.erase(tinted_);
         }
-        EXPECT_THAT(g_ledger.kept, IsEmpty());
+        EXPECT_THAT(g_tracker.kept, IsEmpty());
         Forget();
-        EXPECT_EQ(TakeGdiCensus(), before_);
+        EXPECT_EQ(CurrentGdiCounts(), before_);
     }
 
     void Use(const CursorPicture& picture) {
         Forget();
         source_ = MakeCursor(picture);
         ASSERT_NE(source_, nullptr);
-        OpenLedger();
+        StartTracking();
     }
 
     // At the settings of the NIGHT button.
@@ -112,7 +111,7 @@ protected:
     }
 
     void ExpectNothingBuilt(GdiCall failing) {
-        g_ledger.failing = {failing};
+        g_tracker.failing = {failing};
         EXPECT_EQ(BuildWatched(), nullptr);
     }
 
@@ -126,7 +125,7 @@ protected:
     HCURSOR tinted_ = nullptr;
 
 private:
-    GdiCensus before_ = {};
+    GdiCounts before_ = {};
 };
 
 }  // namespace
@@ -141,25 +140,25 @@ TEST_F(TintedCursorCalls, AMonochromeCursorIsReadAndGetsANewMask) {
     Use(Monochrome(20, 12));
     ASSERT_NE(BuildWatched(), nullptr);
     EXPECT_THAT(g_calls, ElementsAre(kAsk, Dib(20, 12), ReadMask(20, 12), NewMask(20, 12), Make("new")));
-    ASSERT_EQ(g_ledger.maskBits.size(), 48U) << "rows are padded to 16 bits";
+    ASSERT_EQ(g_tracker.maskBits.size(), 48U) << "rows are padded to 16 bits";
     for (std::size_t row = 0; row < 12; ++row) {
-        EXPECT_EQ(g_ledger.maskBits[row * 4], 0x22) << "the third and the seventh pixel";
-        EXPECT_EQ(g_ledger.maskBits[row * 4 + 1], 0x22);
-        EXPECT_EQ(g_ledger.maskBits[row * 4 + 2], 0x20);
-        EXPECT_EQ(g_ledger.maskBits[row * 4 + 3], 0x00) << "the padding";
+        EXPECT_EQ(g_tracker.maskBits[row * 4], 0x22) << "the third and the seventh pixel";
+        EXPECT_EQ(g_tracker.maskBits[row * 4 + 1], 0x22);
+        EXPECT_EQ(g_tracker.maskBits[row * 4 + 2], 0x20);
+        EXPECT_EQ(g_tracker.maskBits[row * 4 + 3], 0x00) << "the padding";
     }
 }
 
 TEST_F(TintedCursorCalls, ColoursWithoutAMaskGetOneBuiltFromWhatIsDrawn) {
     Use(Coloured(33, 8));
-    g_ledger.withoutMask = true;
+    g_tracker.withoutMask = true;
     ASSERT_NE(BuildWatched(), nullptr);
     EXPECT_THAT(g_calls, ElementsAre(kAsk, Dib(33, 8), Draw(33, 8), NewMask(33, 8), Make("new")));
-    ASSERT_EQ(g_ledger.maskBits.size(), 48U);
+    ASSERT_EQ(g_tracker.maskBits.size(), 48U);
     for (std::size_t row = 0; row < 8; ++row) {
-        EXPECT_EQ(g_ledger.maskBits[row * 6], 0x80 >> row) << "the transparent pixel of row " << row;
+        EXPECT_EQ(g_tracker.maskBits[row * 6], 0x80 >> row) << "the transparent pixel of row " << row;
         for (std::size_t byte = 1; byte < 6; ++byte)
-            EXPECT_EQ(g_ledger.maskBits[row * 6 + byte], 0x00);
+            EXPECT_EQ(g_tracker.maskBits[row * 6 + byte], 0x00);
     }
     const CursorPicture result = ReadCursor(tinted_);
     EXPECT_EQ(result.PixelAt(0, 0), 0x00000000U);
@@ -172,9 +171,9 @@ TEST_F(TintedCursorCalls, ColoursWithNeitherMaskNorAlphaBecomeOpaque) {
     CursorPicture picture = PlainPicture(16, 1, 0x00FFFFFF);
     picture.pixels[2] = 0;
     Use(picture);
-    g_ledger.withoutMask = true;
+    g_tracker.withoutMask = true;
     ASSERT_NE(BuildWatched(), nullptr);
-    EXPECT_EQ(g_ledger.maskBits, (std::vector<unsigned char>{0x20, 0x00}));
+    EXPECT_EQ(g_tracker.maskBits, (std::vector<unsigned char>{0x20, 0x00}));
     const CursorPicture result = ReadCursor(tinted_);
     EXPECT_EQ(result.PixelAt(1, 0), 0xFFB30000U);
     EXPECT_EQ(result.PixelAt(2, 0), 0x00000000U);
@@ -182,8 +181,8 @@ TEST_F(TintedCursorCalls, ColoursWithNeitherMaskNorAlphaBecomeOpaque) {
 
 TEST_F(TintedCursorCalls, ACursorWithoutAnyBitmapIsDrawnInTheSizeOfTheSystem) {
     Use(Coloured(32, 32));
-    g_ledger.withoutColour = g_ledger.withoutMask = true;
-    g_ledger.cursorMetrics = {20, 12};
+    g_tracker.withoutColour = g_tracker.withoutMask = true;
+    g_tracker.cursorMetrics = {20, 12};
     ASSERT_NE(BuildWatched(), nullptr);
     EXPECT_THAT(g_calls, ElementsAre(kAsk, Dib(20, 12), Draw(20, 12), NewMask(20, 12), Make("new")));
     const CursorPicture result = ReadCursor(tinted_);
@@ -193,47 +192,47 @@ TEST_F(TintedCursorCalls, ACursorWithoutAnyBitmapIsDrawnInTheSizeOfTheSystem) {
 
 TEST_F(TintedCursorCalls, ACursorWithoutSizeIsNotBuilt) {
     Use(Coloured(32, 32));
-    g_ledger.withoutColour = g_ledger.withoutMask = true;
-    g_ledger.cursorMetrics = {20, 0};
+    g_tracker.withoutColour = g_tracker.withoutMask = true;
+    g_tracker.cursorMetrics = {20, 0};
     EXPECT_EQ(BuildWatched(), nullptr);
     EXPECT_THAT(g_calls, ElementsAre(kAsk));
 }
 
 TEST_F(TintedCursorCalls, AMonochromeMaskOfOneRowHasNoTwoHalves) {
     Use(PlainPicture(1, 1, 0xFFFFFFFF));
-    g_ledger.withoutColour = true;
+    g_tracker.withoutColour = true;
     EXPECT_EQ(BuildWatched(), nullptr);
     EXPECT_THAT(g_calls, ElementsAre(kAsk));
-    EXPECT_EQ(g_ledger.made["info bitmap"], 1);
+    EXPECT_EQ(g_tracker.made["info bitmap"], 1);
 }
 
-TEST_F(TintedCursorCalls, NoCursorIsNotEvenAskedAbout) {
-    OpenLedger();
+TEST_F(TintedCursorCalls, ANullCursorIsNotQueried) {
+    StartTracking();
     EXPECT_EQ(BuildTintedCursor(nullptr, 1.0, 0.7), nullptr);
     EXPECT_THAT(g_calls, IsEmpty());
-    EXPECT_THAT(g_ledger.made, IsEmpty());
+    EXPECT_THAT(g_tracker.made, IsEmpty());
 }
 
-TEST_F(TintedCursorCalls, ACursorThatCannotBeAskedIsNotBuilt) {
+TEST_F(TintedCursorCalls, ACursorThatCannotBeQueriedIsNotBuilt) {
     Use(Coloured(32, 32));
     ExpectNothingBuilt(GdiCall::GetIconInfo);
     EXPECT_THAT(g_calls, ElementsAre(kAsk));
-    EXPECT_THAT(g_ledger.made, IsEmpty());
+    EXPECT_THAT(g_tracker.made, IsEmpty());
 }
 
-TEST_F(TintedCursorCalls, AFailureHalfWayThroughAskingLeavesNothingToDelete) {
+TEST_F(TintedCursorCalls, AFailureHalfWayThroughTheQueryLeavesNothingToDelete) {
     Use(Coloured(32, 32));
-    g_ledger.staleOnFailure = true;
+    g_tracker.staleOnFailure = true;
     ExpectNothingBuilt(GdiCall::GetIconInfo);
 }
 
-TEST_F(TintedCursorCalls, BitmapsThatCannotBeMeasuredAreGivenBack) {
+TEST_F(TintedCursorCalls, BitmapsThatCannotBeMeasuredAreReleased) {
     for (const CursorPicture& picture : {Coloured(32, 32), Monochrome(32, 32)}) {
         Use(picture);
         ExpectNothingBuilt(GdiCall::GetObjectW);
         EXPECT_THAT(g_calls, ElementsAre(kAsk));
-        EXPECT_EQ(g_ledger.made["info bitmap"], picture.coloured ? 2 : 1);
-        EXPECT_THAT(g_ledger.kept, IsEmpty());
+        EXPECT_EQ(g_tracker.made["info bitmap"], picture.coloured ? 2 : 1);
+        EXPECT_THAT(g_tracker.kept, IsEmpty());
     }
 }
 
@@ -242,17 +241,17 @@ TEST_F(TintedCursorCalls, WithoutAPictureToDrawIntoNothingIsBuilt) {
         Use(picture);
         ExpectNothingBuilt(GdiCall::CreateDIBSection);
         EXPECT_THAT(g_calls, ElementsAre(kAsk, Dib(32, 32)));
-        EXPECT_THAT(g_ledger.kept, IsEmpty());
+        EXPECT_THAT(g_tracker.kept, IsEmpty());
     }
 }
 
 TEST_F(TintedCursorCalls, AMonochromeCursorThatCannotBeReadIsDrawnInstead) {
     Use(Monochrome(20, 12));
-    g_ledger.failing = {GdiCall::GetDIBits};
+    g_tracker.failing = {GdiCall::GetDIBits};
     ASSERT_NE(BuildWatched(), nullptr);
     EXPECT_THAT(g_calls,
                 ElementsAre(kAsk, Dib(20, 12), ReadMask(20, 12), Draw(20, 12), NewMask(20, 12), Make("new")));
-    // Drawn on nothing, only what is white or inverts leaves a colour; all else counts as transparent.
+    // Drawn on an empty bitmap, only white and inverting pixels leave a colour; all others are transparent.
     const CursorPicture result = ReadCursor(tinted_);
     ASSERT_EQ(result.width, 20);
     ASSERT_EQ(result.height, 12);
@@ -264,23 +263,23 @@ TEST_F(TintedCursorCalls, AMonochromeCursorThatCannotBeReadIsDrawnInstead) {
 
 TEST_F(TintedCursorCalls, AMonochromeCursorThatIsReadOnlyInPartIsDrawnInstead) {
     Use(Monochrome(20, 12));
-    g_ledger.linesKeptBack = 1;
+    g_tracker.linesMissing = 1;
     ASSERT_NE(BuildWatched(), nullptr);
     EXPECT_THAT(g_calls,
                 ElementsAre(kAsk, Dib(20, 12), ReadMask(20, 12), Draw(20, 12), NewMask(20, 12), Make("new")));
     EXPECT_EQ(ReadCursor(tinted_).PixelAt(0, 0), 0U);
 }
 
-TEST_F(TintedCursorCalls, WhatCannotBeDrawnIsNotBuilt) {
+TEST_F(TintedCursorCalls, ACursorThatCannotBeDrawnIsNotBuilt) {
     Use(Coloured(32, 32));
     ExpectNothingBuilt(GdiCall::DrawIconEx);
     EXPECT_THAT(g_calls, ElementsAre(kAsk, Dib(32, 32), Draw(32, 32)));
-    EXPECT_EQ(g_ledger.made["memory context"], 1);
+    EXPECT_EQ(g_tracker.made["memory context"], 1);
 }
 
 TEST_F(TintedCursorCalls, AMonochromeCursorThatCanNeitherBeReadNorDrawnIsNotBuilt) {
     Use(Monochrome(32, 32));
-    g_ledger.failing = {GdiCall::GetDIBits, GdiCall::DrawIconEx};
+    g_tracker.failing = {GdiCall::GetDIBits, GdiCall::DrawIconEx};
     EXPECT_EQ(BuildWatched(), nullptr);
     EXPECT_THAT(g_calls, ElementsAre(kAsk, Dib(32, 32), ReadMask(32, 32), Draw(32, 32)));
 }
@@ -290,9 +289,9 @@ TEST_F(TintedCursorCalls, WithoutAContextToDrawInNothingIsBuilt) {
     ExpectNothingBuilt(GdiCall::CreateCompatibleDC);
 }
 
-TEST_F(TintedCursorCalls, WithoutTheScreensContextACopyIsBuiltAllTheSame) {
+TEST_F(TintedCursorCalls, WithoutTheScreensContextACopyIsStillBuilt) {
     Use(Coloured(32, 32));
-    g_ledger.failing = {GdiCall::GetDC};
+    g_tracker.failing = {GdiCall::GetDC};
     ASSERT_NE(BuildWatched(), nullptr);
     EXPECT_EQ(ReadCursor(tinted_).PixelAt(9, 0), 0xFFB30000U);
 }
@@ -300,53 +299,53 @@ TEST_F(TintedCursorCalls, WithoutTheScreensContextACopyIsBuiltAllTheSame) {
 TEST_F(TintedCursorCalls, WithoutANewMaskNothingIsBuilt) {
     Use(Monochrome(32, 32));
     ExpectNothingBuilt(GdiCall::CreateBitmap);
-    EXPECT_EQ(g_ledger.made["dib"], 1);
-    EXPECT_EQ(g_ledger.made["mask"], 0);
+    EXPECT_EQ(g_tracker.made["dib"], 1);
+    EXPECT_EQ(g_tracker.made["mask"], 0);
 }
 
-TEST_F(TintedCursorCalls, ACursorThatCannotBeMadeLeavesNoneOfItsPartsBehind) {
+TEST_F(TintedCursorCalls, ACursorThatCannotBeCreatedLeaksNoneOfItsParts) {
     for (const CursorPicture& picture : {Coloured(32, 32), Monochrome(32, 32)}) {
         Use(picture);
         ExpectNothingBuilt(GdiCall::CreateIconIndirect);
         EXPECT_EQ(g_calls.back(), Make(picture.coloured ? "its own" : "new"));
-        EXPECT_EQ(g_ledger.made["info bitmap"], picture.coloured ? 2 : 1);
-        EXPECT_EQ(g_ledger.made["dib"], 1);
-        EXPECT_EQ(g_ledger.made["mask"], picture.coloured ? 0 : 1);
-        EXPECT_THAT(g_ledger.kept, IsEmpty());
+        EXPECT_EQ(g_tracker.made["info bitmap"], picture.coloured ? 2 : 1);
+        EXPECT_EQ(g_tracker.made["dib"], 1);
+        EXPECT_EQ(g_tracker.made["mask"], picture.coloured ? 0 : 1);
+        EXPECT_THAT(g_tracker.kept, IsEmpty());
     }
 }
 
-TEST_F(TintedCursorCalls, EveryObjectOfACopyIsGivenBackExactlyOnce) {
+TEST_F(TintedCursorCalls, EveryObjectOfACopyIsReleasedExactlyOnce) {
     for (const int size : {1, 32, 48, 64, 96}) {
         for (const CursorPicture& picture : {Coloured(size, size), Monochrome(size, size)}) {
             Use(picture);
             ASSERT_NE(BuildWatched(), nullptr) << size;
-            EXPECT_EQ(g_ledger.made["info bitmap"], picture.coloured ? 2 : 1);
-            EXPECT_EQ(g_ledger.made["dib"], 1);
-            EXPECT_EQ(g_ledger.made["mask"], picture.coloured ? 0 : 1);
-            EXPECT_EQ(g_ledger.made["memory context"], picture.coloured ? 1 : 0);
-            EXPECT_EQ(g_ledger.made["cursor"], 1);
-            EXPECT_EQ(g_ledger.kept.size(), 1U) << "the new cursor";
-            EXPECT_THAT(g_ledger.wrongs, IsEmpty());
+            EXPECT_EQ(g_tracker.made["info bitmap"], picture.coloured ? 2 : 1);
+            EXPECT_EQ(g_tracker.made["dib"], 1);
+            EXPECT_EQ(g_tracker.made["mask"], picture.coloured ? 0 : 1);
+            EXPECT_EQ(g_tracker.made["memory context"], picture.coloured ? 1 : 0);
+            EXPECT_EQ(g_tracker.made["cursor"], 1);
+            EXPECT_EQ(g_tracker.kept.size(), 1U) << "the new cursor";
+            EXPECT_THAT(g_tracker.wrongs, IsEmpty());
         }
     }
 }
 
-// The ledger itself: what it must be able to see.
-TEST_F(TintedCursorCalls, TheLedgerAndTheCensusSeeWhatIsKept) {
-    OpenLedger();
+// The tracker itself must be able to detect leaks.
+TEST_F(TintedCursorCalls, TheTrackerAndTheCountsDetectLeaks) {
+    StartTracking();
     const HBITMAP kept = CreateBitmap(1, 1, 1, 1, nullptr);
-    EXPECT_EQ(g_ledger.kept.size(), 1U);
-    const GdiCensus one = TakeGdiCensus();
+    EXPECT_EQ(g_tracker.kept.size(), 1U);
+    const GdiCounts one = CurrentGdiCounts();
     DeleteObject(kept);
-    EXPECT_THAT(g_ledger.kept, IsEmpty());
-    EXPECT_EQ(TakeGdiCensus().gdiObjects, one.gdiObjects - 1);
+    EXPECT_THAT(g_tracker.kept, IsEmpty());
+    EXPECT_EQ(CurrentGdiCounts().gdiObjects, one.gdiObjects - 1);
     DeleteObject(kept);
-    EXPECT_EQ(g_ledger.wrongs.size(), 1U);
-    g_ledger.wrongs.clear();
+    EXPECT_EQ(g_tracker.wrongs.size(), 1U);
+    g_tracker.wrongs.clear();
 
     const HCURSOR cursor = MakeCursor(Coloured(8, 8));
-    EXPECT_EQ(TakeGdiCensus().icons, one.icons + 1);
+    EXPECT_EQ(CurrentGdiCounts().icons, one.icons + 1);
     DestroyMadeCursor(cursor);
-    EXPECT_EQ(TakeGdiCensus().icons, one.icons);
+    EXPECT_EQ(CurrentGdiCounts().icons, one.icons);
 }

@@ -4,8 +4,8 @@
 #include <array>
 #include <cmath>
 
-#include "filter/cursor_workshop.h"
-#include "filter/gdi_census.h"
+#include "filter/cursor_factory.h"
+#include "filter/gdi_counts.h"
 #include "filter/model/warmth.h"
 #include "filter/tinted_cursor.h"
 
@@ -25,7 +25,7 @@ Argb FromBytes(int alpha, int red, int green, int blue) {
            static_cast<Argb>(blue);
 }
 
-// What the screen makes of a colour at these settings; the warmth model has tests of its own.
+// The colour that the screen shows for a colour at these settings; the warmth model has its own tests.
 Argb Tinted(Argb pixel, double intensity, double brightness) {
     if (pixel == 0) return 0;
     double red = 1.0, green = 1.0, blue = 1.0;
@@ -38,22 +38,22 @@ Argb Tinted(Argb pixel, double intensity, double brightness) {
 
 class TintedCursor : public testing::Test {
 protected:
-    void SetUp() override { before_ = WarmCensus(); }
+    void SetUp() override { before_ = CountsAfterWarmUp(); }
 
     void TearDown() override {
         DestroyMadeCursor(source_);
         DestroyMadeCursor(tinted_);
-        EXPECT_EQ(TakeGdiCensus(), before_) << "something was kept";
+        EXPECT_EQ(CurrentGdiCounts(), before_) << "something was kept";
     }
 
     // The first use of a cursor makes what Windows keeps for the whole run.
-    static GdiCensus WarmCensus() {
+    static GdiCounts CountsAfterWarmUp() {
         HCURSOR source = MakeCursor(PlainPicture(2, 2, 0xFF123456));
         HCURSOR tinted = BuildTintedCursor(source, 0.5, 0.5);
         ReadCursor(tinted);
         DestroyMadeCursor(source);
         DestroyMadeCursor(tinted);
-        return TakeGdiCensus();
+        return CurrentGdiCounts();
     }
 
     // The copy of a cursor of this picture, read back.
@@ -72,7 +72,7 @@ protected:
     HCURSOR tinted_ = nullptr;
 
 private:
-    GdiCensus before_ = {};
+    GdiCounts before_ = {};
 };
 
 int Noise(int x, int y) {
@@ -96,8 +96,8 @@ CursorPicture WithoutAlpha(int size) {
     return picture;
 }
 
-// White and black at every alpha, and opaque colours. What is drawn of them is exact: each channel of white
-// is its alpha, of black 0.
+// White and black at every alpha, and opaque colours. Their drawing is exact: each channel is the alpha for
+// white and 0 for black.
 CursorPicture WithAlpha(int size) {
     CursorPicture picture = PlainPicture(size, size, 0);
     for (int y = 0; y < size; ++y) {
@@ -137,7 +137,7 @@ void ExpectTinted(const CursorPicture& source, const CursorPicture& result, doub
 
 }  // namespace
 
-TEST_F(TintedCursor, OfAnySizeWithoutAlphaHasEachPixelTintedAndItsOwnMask) {
+TEST_F(TintedCursor, ACopyOfAnySizeWithoutAlphaHasEachPixelTintedAndTheSameMask) {
     for (const int size : kSizes) {
         const CursorPicture picture = WithoutAlpha(size);
         for (const auto& [intensity, brightness] :
@@ -148,7 +148,7 @@ TEST_F(TintedCursor, OfAnySizeWithoutAlphaHasEachPixelTintedAndItsOwnMask) {
     }
 }
 
-TEST_F(TintedCursor, OfAnySizeWithAlphaHasEachPixelTintedAndItsAlphaKept) {
+TEST_F(TintedCursor, ACopyOfAnySizeWithAlphaHasEachPixelTintedAndTheSameAlpha) {
     for (const int size : kSizes) {
         const CursorPicture picture = WithAlpha(size);
         for (const auto& [intensity, brightness] :
@@ -190,7 +190,7 @@ TEST_F(TintedCursor, NeedNotBeSquare) {
     ExpectTinted(picture, TintedCopy(picture, 0.5, 0.5), 0.5, 0.5, true);
 }
 
-TEST_F(TintedCursor, KeepsItsHotSpotAlsoOutsideAndInTheLastPixel) {
+TEST_F(TintedCursor, KeepsItsHotSpotEvenOutsideAndInTheLastPixel) {
     for (const auto& [x, y] :
          {std::pair<DWORD, DWORD>{0, 0}, {3, 5}, {31, 31}, {32, 32}, {40, 7}, {1000, 2000}}) {
         CursorPicture picture = PlainPicture(32, 32, 0xFFFFFFFF);
@@ -203,7 +203,7 @@ TEST_F(TintedCursor, KeepsItsHotSpotAlsoOutsideAndInTheLastPixel) {
     }
 }
 
-TEST_F(TintedCursor, LeavesTheOriginalAsItWas) {
+TEST_F(TintedCursor, DoesNotChangeTheOriginal) {
     const CursorPicture picture = WithoutAlpha(32);
     TintedCopy(picture, kNight, kNightBrightness);
     EXPECT_EQ(ReadCursor(source_).pixels, picture.pixels);
@@ -217,8 +217,8 @@ TEST_F(TintedCursor, OutlivesTheOriginal) {
     EXPECT_EQ(ReadCursor(tinted_).PixelAt(31, 31), 0xFFB30000U);
 }
 
-// Of a tinted copy only what can be told apart: what is transparent, white and black.
-TEST_F(TintedCursor, OfAMonochromeCursorIsWhiteAndBlackOnTransparentInAllFourCombinations) {
+// Classifies the pixels of a tinted copy: transparent, white or black.
+TEST_F(TintedCursor, ACopyOfAMonochromeCursorIsWhiteAndBlackOnTransparentInAllFourCombinations) {
     for (const int width : {1, 7, 16, 20, 32, 33, 48, 64, 96}) {
         const int height = width == 1 ? 1 : width - 1;
         CursorPicture picture;
@@ -254,7 +254,7 @@ TEST_F(TintedCursor, OfAMonochromeCursorIsWhiteAndBlackOnTransparentInAllFourCom
     }
 }
 
-TEST_F(TintedCursor, OfACursorMadeOfTwoPlanesIsTheSame) {
+TEST_F(TintedCursor, ACopyOfACursorCreatedFromTwoPlanesIsTheSame) {
     // 16 pixels wide: one row is opaque white, black, transparent and inverting, four pixels each.
     const std::uint8_t andPlane[] = {0x00, 0xFF}, xorPlane[] = {0xF0, 0x0F};
     source_ = CreateCursor(GetModuleHandleW(nullptr), 2, 0, 16, 1, andPlane, xorPlane);
@@ -271,17 +271,17 @@ TEST_F(TintedCursor, OfACursorMadeOfTwoPlanesIsTheSame) {
     EXPECT_EQ(result.hotX, 2U);
 }
 
-TEST_F(TintedCursor, OfNothingIsNothing) {
+TEST_F(TintedCursor, ACopyOfANullCursorIsNull) {
     EXPECT_EQ(BuildTintedCursor(nullptr, kNight, kNightBrightness), nullptr);
 }
 
-TEST_F(TintedCursor, OfACursorThatIsGoneIsNothing) {
+TEST_F(TintedCursor, ACopyOfADestroyedCursorIsNull) {
     HCURSOR gone = MakeCursor(PlainPicture(32, 32, 0xFFFFFFFF));
     DestroyMadeCursor(gone);
     EXPECT_EQ(BuildTintedCursor(gone, kNight, kNightBrightness), nullptr);
 }
 
-TEST_F(TintedCursor, CanBeTintedAgainAndThenBothTintsShow) {
+TEST_F(TintedCursor, CanBeTintedAgainWhichCombinesBothTints) {
     TintedCopy(PlainPicture(32, 32, 0xFFFFFFFF), 0.0, 0.5);
     DestroyMadeCursor(source_);
     source_ = tinted_;

@@ -1,4 +1,4 @@
-// Launching at start-up: what the registry is asked and told, call by call.
+// Launch at start-up: the registry calls.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -20,12 +20,12 @@ namespace {
 
 std::wstring g_ownPath;
 
-// The C runtime asks too, before anything of ours is constructed.
+// The C runtime also calls it, before the objects of the test are constructed.
 DWORD WINAPI FakeGetModuleFileName(HMODULE module, wchar_t* path, DWORD capacity) {
     if (g_ownPath.empty()) return 0;
     EXPECT_EQ(module, nullptr);
     EXPECT_EQ(capacity, 260U);
-    // As older Windows does, what does not fit is cut without a terminating zero.
+    // Like older Windows, truncates without a terminator.
     return static_cast<DWORD>(g_ownPath.copy(path, capacity));
 }
 
@@ -81,13 +81,13 @@ protected:
 
 AMBREL_SEAM(GetModuleFileNameW, FakeGetModuleFileName);
 
-TEST_F(AutostartCalls, ATextIsReadIntoABufferThatKeepsRoomForAZero) {
+TEST_F(AutostartCalls, ATextIsReadIntoABufferWithRoomForATerminator) {
     StoreText(REG_SZ, L"C:\\a.exe");
     EXPECT_EQ(ReadAutostartValue(), L"C:\\a.exe");
     EXPECT_EQ(g_calls, (CallRecord{kOpenToQuery, kQueryText, "close"}));
 }
 
-TEST_F(AutostartCalls, AnExpandableTextIsTakenAsItIs) {
+TEST_F(AutostartCalls, AnExpandableTextIsReadUnexpanded) {
     StoreText(REG_EXPAND_SZ, L"%windir%\\a.exe");
     EXPECT_EQ(ReadAutostartValue(), L"%windir%\\a.exe");
 }
@@ -124,7 +124,7 @@ TEST_F(AutostartCalls, AnUnterminatedTextEndsWithItsLastCharacter) {
     EXPECT_EQ(ReadAutostartValue(), L"x");
 }
 
-TEST_F(AutostartCalls, ATextThatFillsTheWholeBufferIsReadAndEnded) {
+TEST_F(AutostartCalls, ATextThatFillsTheBufferIsReadAndTerminated) {
     StoreUnterminated(REG_SZ, 1023);
     EXPECT_EQ(ReadAutostartValue(), std::wstring(1023, L'x'));
     StoreText(REG_SZ, std::wstring(1022, L'y'));
@@ -147,7 +147,7 @@ TEST_F(AutostartCalls, AnOddByteAtTheEndOfATextIsDropped) {
     EXPECT_EQ(ReadAutostartValue(), L"");
 }
 
-TEST_F(AutostartCalls, ATextOfNothingReadsAsEmpty) {
+TEST_F(AutostartCalls, AnEmptyTextReadsAsEmpty) {
     StoreText(REG_SZ, L"");
     EXPECT_EQ(ReadAutostartValue(), L"");
     StoreValue(REG_SZ, {});
@@ -165,7 +165,7 @@ TEST_F(AutostartCalls, OnWritesTheProgramsPathWithItsTerminatingZero) {
     EXPECT_TRUE(g_app.launchAtStart);
 }
 
-TEST_F(AutostartCalls, APathWithBlanksAndAccentsIsWrittenWithoutQuotesOrArguments) {
+TEST_F(AutostartCalls, APathWithSpacesAndAccentsIsWrittenWithoutQuotesOrArguments) {
     g_ownPath = L"C:\\Meine \u00fcbrigen Dateien\\ambrel.exe";
     SetAutostart(true);
     EXPECT_EQ(g_registry.type, static_cast<DWORD>(REG_SZ));
@@ -173,7 +173,7 @@ TEST_F(AutostartCalls, APathWithBlanksAndAccentsIsWrittenWithoutQuotesOrArgument
     EXPECT_EQ(ReadAutostartValue(), g_ownPath);
 }
 
-TEST_F(AutostartCalls, APathOf259CharactersIsWrittenWhole) {
+TEST_F(AutostartCalls, APathOf259CharactersIsWrittenCompletely) {
     g_ownPath = L"C:\\" + std::wstring(256, L'p');
     SetAutostart(true);
     EXPECT_EQ(g_registry.data.size(), 2 * 260U);
@@ -202,7 +202,7 @@ TEST_F(AutostartCalls, OffDeletesTheValue) {
     EXPECT_FALSE(g_app.launchAtStart);
 }
 
-TEST_F(AutostartCalls, TheFlagFollowsTheRequestWhateverTheRegistrySays) {
+TEST_F(AutostartCalls, TheFlagFollowsTheRequestRegardlessOfTheRegistry) {
     for (const bool on : {true, false}) {
         g_registry = RecordedRegistry{};
         g_registry.set = ERROR_ACCESS_DENIED;
@@ -255,7 +255,7 @@ TEST_F(AutostartRepair, WithFlagOnAMissingValueIsRestored) {
     EXPECT_EQ(ReadAutostartValue(), L"C:\\a.exe");
 }
 
-TEST_F(AutostartRepair, WithFlagOnAKeyThatCannotBeOpenedCountsAsAMissingValue) {
+TEST_F(AutostartRepair, WithFlagOnAKeyThatCannotBeOpenedIsTreatedAsAMissingValue) {
     g_app.launchAtStart = true;
     g_registry.openToQuery = ERROR_ACCESS_DENIED;
     g_registry.openToSet = ERROR_ACCESS_DENIED;
@@ -263,7 +263,7 @@ TEST_F(AutostartRepair, WithFlagOnAKeyThatCannotBeOpenedCountsAsAMissingValue) {
     EXPECT_TRUE(g_app.launchAtStart);
 }
 
-TEST_F(AutostartRepair, AReadOnlyKeyIsTriedAndTheFlagBecomesOnAllTheSame) {
+TEST_F(AutostartRepair, AReadOnlyKeyIsTriedAndTheFlagIsStillSet) {
     StoreText(REG_SZ, L"C:\\A.EXE");
     g_registry.openToSet = ERROR_ACCESS_DENIED;
     EXPECT_EQ(CallsOfRepairing(), (CallRecord{kOpenToQuery, kQueryExistence, "close", kOpenToQuery,
@@ -277,13 +277,13 @@ TEST_F(AutostartRepair, AReadOnlyKeyIsTriedAndTheFlagBecomesOnAllTheSame) {
     EXPECT_TRUE(g_app.launchAtStart);
 }
 
-TEST_F(AutostartRepair, AValueForThisProgramIsRewrittenWithoutAWord) {
+TEST_F(AutostartRepair, AValueForThisProgramIsRewrittenSilently) {
     StoreText(REG_SZ, L"C:\\a.exe");
     g_app.launchAtStart = true;
     EXPECT_EQ(CallsOfRepairing(), Repaired(""));
 }
 
-TEST_F(AutostartRepair, AValueInOtherLetterCaseIsRewrittenWithoutAWord) {
+TEST_F(AutostartRepair, AValueInOtherLetterCaseIsRewrittenSilently) {
     g_ownPath = L"C:\\Pr\u00dcfung\\Ambrel.exe";
     StoreText(REG_SZ, L"c:\\PR\u00fcFUNG\\aMBREL.EXE");
     RepairAutostartEntry();
@@ -292,7 +292,7 @@ TEST_F(AutostartRepair, AValueInOtherLetterCaseIsRewrittenWithoutAWord) {
     EXPECT_EQ(ReadAutostartValue(), g_ownPath);
 }
 
-TEST_F(AutostartRepair, AValueForAnotherFolderIsNamedAndRewritten) {
+TEST_F(AutostartRepair, AValueForAnotherFolderIsLoggedAndRewritten) {
     StoreText(REG_SZ, L"D:\\old copies\\ambrel.exe");
     EXPECT_EQ(CallsOfRepairing(), Repaired("log: Autostart entry pointed at 'D:\\old copies\\ambrel.exe' - "
                                            "rewriting to current exe"));
@@ -322,7 +322,7 @@ TEST_F(AutostartRepair, WithFlagOffAValueThatExistsTurnsItOn) {
     EXPECT_TRUE(g_app.launchAtStart);
 }
 
-TEST_F(AutostartRepair, AnEmptyValueIsCalledMissingEvenWithTheFlagOff) {
+TEST_F(AutostartRepair, AnEmptyValueIsLoggedAsMissingEvenWithTheFlagOff) {
     StoreText(REG_SZ, L"");
     EXPECT_EQ(CallsOfRepairing(), Repaired(kMissing));
     EXPECT_TRUE(g_app.launchAtStart);
@@ -338,13 +338,13 @@ TEST_F(AutostartRepair, ANumberIsReplacedByAText) {
     EXPECT_EQ(ReadAutostartValue(), L"C:\\a.exe");
 }
 
-TEST_F(AutostartRepair, FourKilobytesOfTextAreCalledMissingAndReplaced) {
+TEST_F(AutostartRepair, FourKilobytesOfTextAreLoggedAsMissingAndReplaced) {
     StoreUnterminated(REG_SZ, 2048);
     EXPECT_EQ(CallsOfRepairing(), Repaired(kMissing));
     EXPECT_EQ(ReadAutostartValue(), L"C:\\a.exe");
 }
 
-TEST_F(AutostartRepair, AnUnterminatedTextIsNamedAsFarAsItGoes) {
+TEST_F(AutostartRepair, AnUnterminatedTextIsLoggedUpToItsEnd) {
     StoreUnterminated(REG_SZ, 3);
     EXPECT_EQ(CallsOfRepairing(),
               Repaired("log: Autostart entry pointed at 'xxx' - rewriting to current exe"));

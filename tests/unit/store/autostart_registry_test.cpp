@@ -1,4 +1,4 @@
-// Launching at start-up in a registry as Windows keeps it.
+// Launch at start-up in the real registry.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -32,7 +32,7 @@ struct Stored {
     std::vector<BYTE> data;
 };
 
-// As it is, also without the terminating zero that RegGetValueW would add.
+// Unchanged, even without the terminator that RegGetValueW would add.
 Stored Read() {
     Stored stored;
     HKEY run = nullptr;
@@ -84,7 +84,7 @@ protected:
         ASSERT_EQ(Read().status, ERROR_FILE_NOT_FOUND);
     }
 
-    // What the repair logs of the value.
+    // The value as the repair logs it.
     static CallRecord LogOfRepairing() {
         g_calls.clear();
         RepairAutostartEntry();
@@ -119,7 +119,7 @@ TEST_F(AutostartRegistry, OtherProgramsEntriesAreLeftAlone) {
     RegDeleteKeyValueW(HKEY_CURRENT_USER, kKey, L"Ambrel");
 }
 
-TEST_F(AutostartRegistry, WithoutTheKeyNothingIsReadOrMadeAndTheFlagFollowsTheRequest) {
+TEST_F(AutostartRegistry, WithoutTheKeyNothingIsReadOrCreatedAndTheFlagFollowsTheRequest) {
     DeleteTheKey();
     EXPECT_EQ(ReadAutostartValue(), L"");
     SetAutostart(true);
@@ -150,7 +150,7 @@ TEST_F(AutostartRegistry, AKeyThatIsReadOnlyKeepsItsValueAndTheFlagFollowsTheReq
     EXPECT_EQ(ReadAutostartValue(), L"C:\\old\\ambrel.exe");
 }
 
-TEST_F(AutostartRegistry, TextsAreReadAsTheyAre) {
+TEST_F(AutostartRegistry, TextsAreReadUnchanged) {
     StoreText(REG_SZ, L"C:\\Pr\u00fcfung 1\\a.exe");
     EXPECT_EQ(ReadAutostartValue(), L"C:\\Pr\u00fcfung 1\\a.exe");
     StoreText(REG_EXPAND_SZ, L"%windir%\\a.exe");
@@ -167,7 +167,7 @@ TEST_F(AutostartRegistry, TextsAreReadAsTheyAre) {
     EXPECT_EQ(ReadAutostartValue(), L"") << "4 KB";
 }
 
-TEST_F(AutostartRegistry, ValuesThatAreNoTextReadAsEmptyAndAreReplaced) {
+TEST_F(AutostartRegistry, ValuesThatAreNotTextReadAsEmptyAndAreReplaced) {
     const unsigned long long number = 1;
     for (const DWORD type : {REG_DWORD, REG_BINARY, REG_QWORD, REG_MULTI_SZ, REG_NONE}) {
         Store(type, &number, type == REG_DWORD ? 4 : 8);
@@ -179,7 +179,7 @@ TEST_F(AutostartRegistry, ValuesThatAreNoTextReadAsEmptyAndAreReplaced) {
     }
 }
 
-TEST_F(AutostartRegistry, ReparationFollowsTheRegistryBeforeTheSetting) {
+TEST_F(AutostartRegistry, TheRegistryTakesPrecedenceOverTheSetting) {
     EXPECT_EQ(LogOfRepairing(), kSilent);
     EXPECT_FALSE(g_app.launchAtStart);
     EXPECT_EQ(Read().status, ERROR_FILE_NOT_FOUND);
@@ -194,7 +194,7 @@ TEST_F(AutostartRegistry, ReparationFollowsTheRegistryBeforeTheSetting) {
     ExpectThisProgramIsStored();
 }
 
-TEST_F(AutostartRegistry, AnEntryForAnotherCopyIsNamedAndFollowsThisProgram) {
+TEST_F(AutostartRegistry, AnEntryForAnotherCopyIsLoggedAndReplacedByThisProgram) {
     StoreText(REG_SZ, L"C:\\old\\ambrel.exe");
     EXPECT_EQ(LogOfRepairing(), (CallRecord{"log: Autostart entry pointed at 'C:\\old\\ambrel.exe' - "
                                             "rewriting to current exe"}));
@@ -211,7 +211,7 @@ TEST_F(AutostartRegistry, AnEntryInOtherLetterCaseIsRewrittenSilently) {
     ExpectThisProgramIsStored();
 }
 
-TEST_F(AutostartRegistry, AnEmptyOrOverlongEntryIsCalledMissing) {
+TEST_F(AutostartRegistry, AnEmptyOrOverlongEntryIsLoggedAsMissing) {
     StoreText(REG_SZ, L"");
     EXPECT_EQ(LogOfRepairing(), kMissing);
     ExpectThisProgramIsStored();

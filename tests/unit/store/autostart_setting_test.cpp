@@ -1,16 +1,16 @@
 // The two places of the setting: settings.ini and the registry.
-#include "store/settings_bench.h"
+#include "store/settings_fixture.h"
 
 #include "store/autostart.h"
 
 namespace {
 
-using settings_bench::g_log;
+using settings_fixture::g_log;
 
 constexpr wchar_t kKey[] = L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run";
 constexpr wchar_t kValue[] = L"Ambrel2";
 
-class AutostartSetting : public settings_bench::SettingsTest {
+class AutostartSetting : public settings_fixture::SettingsTest {
 protected:
     void SetUp() override {
         SettingsTest::SetUp();
@@ -32,7 +32,7 @@ protected:
 
 }  // namespace
 
-TEST_F(AutostartSetting, TheRepairDoesNotSaveButTheNextSaveHoldsItsFlag) {
+TEST_F(AutostartSetting, TheRepairDoesNotSaveButTheNextSaveContainsItsFlag) {
     const std::string off = "[Settings]\r\nLaunchAtStart=0\r\n";
     Stored(off);
     LoadSettings();

@@ -1,16 +1,16 @@
 // No failure of the file is reported, loses a line from the ring or stops the lines after it.
-#include "store/log_bench.h"
+#include "store/log_fixture.h"
 
 namespace {
 
-using log_bench::FillerBytes;
-using log_bench::kMarker;
+using log_fixture::FillerBytes;
+using log_fixture::kMarker;
 
-// A full disk: this many more bytes find room, then nothing does.
+// A full disk: only this many more bytes can be written.
 constexpr std::size_t kEndless = static_cast<std::size_t>(-1);
 std::size_t g_room = kEndless;
 
-class EventLogFailures : public log_bench::EventLogTest {
+class EventLogFailures : public log_fixture::EventLogTest {
 protected:
     void TearDown() override {
         g_room = kEndless;
@@ -53,7 +53,7 @@ TEST_F(EventLogFailures, AMissingFolderIsNotCreated) {
     EXPECT_FALSE(FileExists(missing));
 }
 
-TEST_F(EventLogFailures, APathThatIsNoneKeepsTheLinesInTheRing) {
+TEST_F(EventLogFailures, AnInvalidPathKeepsTheLinesInTheRing) {
     for (const std::wstring& bad :
          {std::wstring(L"?:\\<>|\\events.log"), std::wstring(40000, L'x'), std::wstring(L"\\\\.\\")}) {
         OpenEventLogFile(bad);
@@ -95,7 +95,7 @@ TEST_F(EventLogFailures, AFileLockedAtStartIsNeitherTrimmedNorMarked) {
 TEST_F(EventLogFailures, AFileThatCannotBeReadIsNotTrimmed) {
     const std::string old(262145, 'o');
     WriteBytes(path, old);
-    log_bench::g_refusedMode = "rb";
+    log_fixture::g_refusedMode = "rb";
     OpenEventLogFile(path);
     EXPECT_EQ(ReadBytes(path), old + kMarker + FillerBytes());
 }
@@ -103,12 +103,12 @@ TEST_F(EventLogFailures, AFileThatCannotBeReadIsNotTrimmed) {
 TEST_F(EventLogFailures, ATrimThatCannotWriteLeavesTheFileAndAppendsTheSession) {
     const std::string old(262145, 'o');
     WriteBytes(path, old);
-    log_bench::g_refusedMode = "wb";
+    log_fixture::g_refusedMode = "wb";
     OpenEventLogFile(path);
     EXPECT_EQ(ReadBytes(path), old + kMarker + FillerBytes());
 }
 
-TEST_F(EventLogFailures, AFileThatMayOnlyBeReadIsLeftAsItIs) {
+TEST_F(EventLogFailures, AReadOnlyFileIsNotChanged) {
     const std::string old(262145, 'o');
     WriteBytes(path, old);
     {
@@ -121,7 +121,7 @@ TEST_F(EventLogFailures, AFileThatMayOnlyBeReadIsLeftAsItIs) {
 }
 
 // Whether the write is refused depends on the user: Wine run by root lets it through.
-TEST_F(EventLogFailures, AFileMarkedReadOnlyKeepsWhatItHeldAndTheRingItsLines) {
+TEST_F(EventLogFailures, AFileMarkedReadOnlyKeepsItsContentAndTheRingItsLines) {
     WriteBytes(path, kOld);
     ASSERT_TRUE(SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY));
     OpenEventLogFile(path);
@@ -154,7 +154,7 @@ TEST_F(EventLogFailures, ADiskThatFillsWithinALineDoesNotStopTheNext) {
     EXPECT_EQ(ReadBytes(path), before + "[21:04:07.031] cu[21:04:07.031] whole\r\n");
 }
 
-TEST_F(EventLogFailures, ADiskThatIsFullDuringTheTrimLeavesWhatFits) {
+TEST_F(EventLogFailures, ADiskThatIsFullDuringTheTrimKeepsTheBytesThatFit) {
     WriteBytes(path, std::string(300000, 'o'));
     g_room = 1000;
     OpenEventLogFile(path);

@@ -1,15 +1,15 @@
-#include "store/log_bench.h"
+#include "store/log_fixture.h"
 
 namespace {
 
-using log_bench::FillerBytes;
-using log_bench::g_opened;
-using log_bench::kMarker;
-using log_bench::Repeated;
+using log_fixture::FillerBytes;
+using log_fixture::g_opened;
+using log_fixture::kMarker;
+using log_fixture::Repeated;
 
-class EventLogFile : public log_bench::EventLogTest {
+class EventLogFile : public log_fixture::EventLogTest {
 protected:
-    // What the file holds beyond what opening it over `before` writes.
+    // The content of the file after the part that opening it over `before` writes.
     std::string AfterOpening(const std::string& before = {}) const {
         const std::string opened = before + kMarker + FillerBytes();
         const std::string bytes = ReadBytes(path);
@@ -18,7 +18,7 @@ protected:
     }
 };
 
-// Bytes of which no two stretches of the file are alike.
+// Bytes in which no two stretches are equal.
 std::string Numbered(std::size_t size) {
     std::string bytes;
     for (int line = 0; bytes.size() < size; ++line)
@@ -93,14 +93,14 @@ TEST_F(EventLogFile, HeldLinesAreWrittenAsUtf8Too) {
     EXPECT_TRUE(ReadBytes(path).ends_with("[21:04:07.031] \xC3\xBC\r\n"));
 }
 
-TEST_F(EventLogFile, TheLongestMessageOfThreeByteLettersIsWhole) {
+TEST_F(EventLogFile, TheLongestMessageOfThreeByteCharactersIsComplete) {
     OpenEventLogFile(path);
     const std::wstring message(600, L'\u65e5');
     LogEvent("%ls", message.c_str());
     EXPECT_EQ(AfterOpening(), "[21:04:07.031] " + Repeated("\xE6\x97\xA5", 511) + "\r\n");
 }
 
-TEST_F(EventLogFile, APairOfSurrogatesCutInHalfStillGivesALine) {
+TEST_F(EventLogFile, ATruncatedSurrogatePairStillWritesALine) {
     OpenEventLogFile(path);
     const std::wstring message = std::wstring(510, L'x') + L"\U0001F319";
     LogEvent("%ls", message.c_str());
@@ -119,28 +119,28 @@ TEST_F(EventLogFile, LineFeedsInAMessageAreNotTranslated) {
     EXPECT_EQ(AfterOpening(), "[21:04:07.031] a\nb\x1A\r\n");
 }
 
-TEST_F(EventLogFile, AFileOf262144BytesIsKeptWhole) {
+TEST_F(EventLogFile, AFileOf262144BytesIsNotTrimmed) {
     const std::string old = Numbered(262144);
     WriteBytes(path, old);
     OpenEventLogFile(path);
     EXPECT_EQ(AfterOpening(old), "");
 }
 
-TEST_F(EventLogFile, AFileOf262145BytesIsCutToItsLast65536) {
+TEST_F(EventLogFile, AFileOf262145BytesIsTrimmedToItsLast65536) {
     const std::string old = Numbered(262145);
     WriteBytes(path, old);
     OpenEventLogFile(path);
     EXPECT_EQ(AfterOpening(old.substr(262145 - 65536)), "");
 }
 
-TEST_F(EventLogFile, AFileOf3MegabytesIsCutToItsLast65536) {
+TEST_F(EventLogFile, AFileOf3MegabytesIsTrimmedToItsLast65536) {
     const std::string old = Numbered(3 * 1024 * 1024 + 17);
     WriteBytes(path, old);
     OpenEventLogFile(path);
     EXPECT_EQ(AfterOpening(old.substr(old.size() - 65536)), "");
 }
 
-TEST_F(EventLogFile, TheCutIsAtAByteEvenInsideALetter) {
+TEST_F(EventLogFile, TheTrimIsAtAByteEvenInsideACharacter) {
     // 65536 is not a multiple of three: the cut falls into the middle of one of these letters.
     const std::string old = Repeated("\xE6\x97\xA5", 90000);
     WriteBytes(path, old);
@@ -150,7 +150,7 @@ TEST_F(EventLogFile, TheCutIsAtAByteEvenInsideALetter) {
     EXPECT_EQ(AfterOpening(kept), "");
 }
 
-TEST_F(EventLogFile, TheCutKeepsBytesOfEveryValue) {
+TEST_F(EventLogFile, TheTrimKeepsBytesOfEveryValue) {
     std::string old;
     for (int i = 0; i < 300000; ++i)
         old += static_cast<char>((i * 7 + i / 256) & 0xFF);
@@ -159,7 +159,7 @@ TEST_F(EventLogFile, TheCutKeepsBytesOfEveryValue) {
     EXPECT_EQ(AfterOpening(old.substr(old.size() - 65536)), "");
 }
 
-TEST_F(EventLogFile, TheCutIsMadeOnlyWhenTheFileIsOpened) {
+TEST_F(EventLogFile, TheFileIsTrimmedOnlyWhenItIsOpened) {
     OpenEventLogFile(path);
     WriteBytes(path, Numbered(300000));
     LogEvent("one more");

@@ -1,8 +1,8 @@
-#include "store/log_bench.h"
+#include "store/log_fixture.h"
 
 namespace {
 
-class EventLogRing : public log_bench::EventLogTest {};
+class EventLogRing : public log_fixture::EventLogTest {};
 
 }  // namespace
 
@@ -52,7 +52,7 @@ TEST_F(EventLogRing, LinesAreReadOldestFirst) {
     EXPECT_EQ(ring[499], L"[21:04:07.031] three");
 }
 
-TEST_F(EventLogRing, The501stLinePushesOutTheFirst) {
+TEST_F(EventLogRing, The501stLineReplacesTheFirst) {
     for (int i = 1; i <= 500; ++i)
         LogEvent("line %d", i);
     std::vector<std::wstring> ring = ReadLogRing();
@@ -67,7 +67,7 @@ TEST_F(EventLogRing, The501stLinePushesOutTheFirst) {
     EXPECT_EQ(ring.back(), L"[21:04:07.031] line 501");
 }
 
-TEST_F(EventLogRing, ItNeverHoldsMoreThan500Lines) {
+TEST_F(EventLogRing, ItNeverContainsMoreThan500Lines) {
     for (int i = 1; i <= 1234; ++i) {
         LogEvent("line %d", i);
         ASSERT_EQ(ReadLogRing().size(), 500u);
@@ -75,7 +75,7 @@ TEST_F(EventLogRing, ItNeverHoldsMoreThan500Lines) {
     EXPECT_EQ(ReadLogRing().front(), L"[21:04:07.031] line 735");
 }
 
-TEST_F(EventLogRing, AMessageOf600CharactersIsCutTo511) {
+TEST_F(EventLogRing, AMessageOf600CharactersIsTruncatedTo511) {
     std::wstring message;
     for (int i = 0; i < 600; ++i)
         message += static_cast<wchar_t>(L'a' + i % 26);
@@ -83,7 +83,7 @@ TEST_F(EventLogRing, AMessageOf600CharactersIsCutTo511) {
     EXPECT_EQ(LastLine(), L"[21:04:07.031] " + message.substr(0, 511));
 }
 
-TEST_F(EventLogRing, AMessageOf511CharactersIsWhole) {
+TEST_F(EventLogRing, AMessageOf511CharactersIsComplete) {
     const std::wstring message = std::wstring(510, L'x') + L"y";
     LogEvent("%ls", message.c_str());
     EXPECT_EQ(LastLine(), L"[21:04:07.031] " + message);
@@ -95,7 +95,7 @@ TEST_F(EventLogRing, AMessageOf512CharactersLosesItsLast) {
     EXPECT_EQ(LastLine(), L"[21:04:07.031] " + std::wstring(511, L'x'));
 }
 
-TEST_F(EventLogRing, AMessageOf30000CharactersIsCutTo511) {
+TEST_F(EventLogRing, AMessageOf30000CharactersIsTruncatedTo511) {
     const std::wstring message(30000, L'\u00e9');
     LogEvent("command line %ls", message.c_str());
     EXPECT_EQ(LastLine(), L"[21:04:07.031] command line " + std::wstring(498, L'\u00e9'));
@@ -113,7 +113,7 @@ TEST_F(EventLogRing, LettersOutsideAsciiAreKept) {
 
 TEST_F(EventLogRing, WithoutAFileNoFileIsTouched) {
     LogEvent("nowhere");
-    EXPECT_TRUE(log_bench::g_opened.empty());
+    EXPECT_TRUE(log_fixture::g_opened.empty());
     EXPECT_FALSE(FileExists(path));
 }
 
@@ -123,8 +123,8 @@ TEST_F(EventLogRing, AReadCopyDoesNotChangeWithLaterLines) {
     EXPECT_EQ(before.back(), L"[21:04:07.031] filler");
 }
 
-TEST_F(EventLogRing, TheClockIsReadOnceALine) {
-    log_bench::g_ticksPerReading = 1;
+TEST_F(EventLogRing, TheClockIsReadOncePerLine) {
+    log_fixture::g_ticksPerReading = 1;
     LogEvent("one");
     LogEvent("two");
     const std::vector<std::wstring> ring = ReadLogRing();

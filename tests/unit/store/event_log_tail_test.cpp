@@ -1,13 +1,13 @@
 // The end of events.log as the support report shows it.
 #include <algorithm>
 
-#include "store/log_bench.h"
+#include "store/log_fixture.h"
 
 namespace {
 
 using Lines = std::vector<std::wstring>;
 
-constexpr std::size_t kTail = 16384;  // bytes that are looked at
+constexpr std::size_t kTail = 16384;  // bytes that are read
 
 constexpr std::size_t kEndless = ~std::size_t{0};
 std::size_t g_readable = kEndless;  // bytes that can be read from now on
@@ -15,7 +15,7 @@ int g_lockDepth = 0;
 int g_readsOutsideTheLock = 0;
 bool g_watching = false;
 
-class EventLogTail : public log_bench::EventLogTest {
+class EventLogTail : public log_fixture::EventLogTest {
 protected:
     void SetUp() override {
         g_readable = kEndless;
@@ -33,7 +33,7 @@ protected:
     void Hold(const std::string& bytes) const {
         OpenEventLogFile(path);
         WriteBytes(path, bytes);
-        log_bench::g_opened.clear();
+        log_fixture::g_opened.clear();
     }
 
     Lines TailOf(const std::string& bytes) const {
@@ -83,27 +83,27 @@ AMBREL_SEAM(fread, FakeRead);
 
 TEST_F(EventLogTail, WithoutAKnownFileThereAreNoLines) {
     EXPECT_EQ(ReadLogTail(), Lines{});
-    EXPECT_TRUE(log_bench::g_opened.empty());
+    EXPECT_TRUE(log_fixture::g_opened.empty());
 }
 
-TEST_F(EventLogTail, OfAMissingFileThereAreNoLinesAndItIsNotCreated) {
+TEST_F(EventLogTail, AMissingFileHasNoLinesAndIsNotCreated) {
     Hold("");
     ASSERT_TRUE(DeleteFileW(path.c_str()));
     EXPECT_EQ(ReadLogTail(), Lines{});
     EXPECT_FALSE(FileExists(path));
 }
 
-TEST_F(EventLogTail, OfAnEmptyFileThereAreNoLines) {
+TEST_F(EventLogTail, AnEmptyFileHasNoLines) {
     EXPECT_EQ(TailOf(""), Lines{});
 }
 
-TEST_F(EventLogTail, OfAFileThatCannotBeOpenedThereAreNoLines) {
+TEST_F(EventLogTail, AFileThatCannotBeOpenedHasNoLines) {
     Hold("one\r\n");
-    log_bench::g_refusedMode = "rb";
+    log_fixture::g_refusedMode = "rb";
     EXPECT_EQ(ReadLogTail(), Lines{});
 }
 
-TEST_F(EventLogTail, OfAFileThatIsLockedThereAreNoLinesUntilItIsFreeAgain) {
+TEST_F(EventLogTail, ALockedFileHasNoLinesUntilItIsUnlocked) {
     Hold("one\r\n");
     {
         const LockedFile lock(path);
@@ -112,17 +112,17 @@ TEST_F(EventLogTail, OfAFileThatIsLockedThereAreNoLinesUntilItIsFreeAgain) {
     EXPECT_EQ(ReadLogTail(), Lines{L"one"});
 }
 
-TEST_F(EventLogTail, OfAFolderOfThatNameThereAreNoLines) {
+TEST_F(EventLogTail, AFolderOfThatNameHasNoLines) {
     ASSERT_TRUE(CreateDirectoryW(path.c_str(), nullptr));
     OpenEventLogFile(path);
     EXPECT_EQ(ReadLogTail(), Lines{});
 }
 
-TEST_F(EventLogTail, TheFileIsReadOnceInBinaryAndLeftAsItIs) {
+TEST_F(EventLogTail, TheFileIsReadOnceInBinaryAndNotChanged) {
     const std::string bytes = "one\r\n\x1atwo\r\n";
     Hold(bytes);
     EXPECT_EQ(ReadLogTail(), (Lines{L"one", L"\x1atwo"}));
-    EXPECT_EQ(log_bench::g_opened, std::vector<std::string>{"rb"});
+    EXPECT_EQ(log_fixture::g_opened, std::vector<std::string>{"rb"});
     EXPECT_EQ(ReadBytes(path), bytes);
 }
 
@@ -144,16 +144,16 @@ TEST_F(EventLogTail, ShowsTheLinesOfThisRunAfterTheMarker) {
     EXPECT_EQ(lines[39], L"[21:04:07.031] last");
 }
 
-TEST_F(EventLogTail, ThirtyNineAndFortyLinesAreShownWhole) {
+TEST_F(EventLogTail, ThirtyNineAndFortyLinesAreShownCompletely) {
     EXPECT_EQ(TailOf(Numbered(39, "\r\n")), NumberedLines(1, 39));
     EXPECT_EQ(TailOf(Numbered(40, "\r\n")), NumberedLines(1, 40));
 }
 
-TEST_F(EventLogTail, OfFortyOneLinesTheFirstIsLeftOut) {
+TEST_F(EventLogTail, TheFirstOfFortyOneLinesIsOmitted) {
     EXPECT_EQ(TailOf(Numbered(41, "\r\n")), NumberedLines(2, 41));
 }
 
-TEST_F(EventLogTail, OfAThousandLinesTheLastFortyStandInTheFilesOrder) {
+TEST_F(EventLogTail, TheLastFortyOfAThousandLinesAreShownInTheFilesOrder) {
     EXPECT_EQ(TailOf(Numbered(1000, "\r\n")), NumberedLines(961, 1000));
 }
 
@@ -182,12 +182,12 @@ TEST_F(EventLogTail, ZerosInTheFileBecomeReplacementCharacters) {
     EXPECT_EQ(TailOf(std::string("a\0b\r\n\0\0\0", 8)), (Lines{L"a\uFFFDb", L"\uFFFD\uFFFD\uFFFD"}));
 }
 
-TEST_F(EventLogTail, BytesThatAreNoUtf8BecomeReplacementCharacters) {
+TEST_F(EventLogTail, BytesThatAreNotUtf8BecomeReplacementCharacters) {
     EXPECT_EQ(TailOf("a\xFFz\r\n"), Lines{L"a\uFFFDz"});
     EXPECT_EQ(TailOf("one\r\n\x80\r\ntwo\r\n"), (Lines{L"one", L"\uFFFD", L"two"}));
 }
 
-TEST_F(EventLogTail, ACharacterCutAtTheFilesEndDoesNotHideTheLinesBeforeIt) {
+TEST_F(EventLogTail, ATruncatedCharacterAtTheEndDoesNotHideTheLinesBeforeIt) {
     const Lines lines = TailOf("one\r\ntwo \xE6\x97");
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_EQ(lines[0], L"one");
@@ -201,7 +201,7 @@ TEST_F(EventLogTail, AFileOfJust16384BytesIsReadFromItsFirstLine) {
     EXPECT_EQ(TailOf(bytes), (Lines{std::wstring(kTail - 12, L'f'), L"one", L"two"}));
 }
 
-TEST_F(EventLogTail, OfAFileOneByteLargerTheCutFirstLineIsDropped) {
+TEST_F(EventLogTail, AFileOneByteLargerLosesItsTruncatedFirstLine) {
     const std::string bytes = std::string(kTail - 11, 'f') + "\r\none\r\ntwo\r\n";
     ASSERT_EQ(bytes.size(), kTail + 1);
     EXPECT_EQ(TailOf(bytes), (Lines{L"one", L"two"}));
@@ -232,7 +232,7 @@ TEST_F(EventLogTail, ACutBetweenTwoLinesLosesNoLine) {
     EXPECT_EQ(TailOf("old\r\n" + tail), (Lines{L"whole", std::wstring(kTail - 14, L'x'), L"one"}));
 }
 
-TEST_F(EventLogTail, OfLongLinesOnlyThoseOfTheLast16384BytesAreShown) {
+TEST_F(EventLogTail, OnlyLongLinesInTheLast16384BytesAreShown) {
     // Lines of 1000 bytes each: 16 whole ones fit.
     std::string bytes;
     Lines expected;
@@ -244,13 +244,13 @@ TEST_F(EventLogTail, OfLongLinesOnlyThoseOfTheLast16384BytesAreShown) {
     EXPECT_EQ(TailOf(bytes), expected);
 }
 
-TEST_F(EventLogTail, ALineLongerThanTheTailIsDroppedWhole) {
+TEST_F(EventLogTail, ALineLongerThanTheTailIsDropped) {
     EXPECT_EQ(TailOf(std::string(20000, 'x')), Lines{});
     EXPECT_EQ(TailOf(std::string(20000, 'x') + "\r\n"), Lines{});
     EXPECT_EQ(TailOf(std::string(20000, 'x') + "\r\none\r\n"), Lines{L"one"});
 }
 
-TEST_F(EventLogTail, AFileThatCanBeReadInPartGivesThatPart) {
+TEST_F(EventLogTail, APartiallyReadableFileReturnsThatPart) {
     Hold("one\r\ntwo\r\nthree\r\n");
     g_readable = 7;
     EXPECT_EQ(ReadLogTail(), (Lines{L"one", L"tw"}));
@@ -258,7 +258,7 @@ TEST_F(EventLogTail, AFileThatCanBeReadInPartGivesThatPart) {
     EXPECT_EQ(ReadLogTail(), Lines{});
 }
 
-TEST_F(EventLogTail, OfAFileOf256KilobytesTheLastLinesAreShown) {
-    EXPECT_EQ(TailOf(log_bench::Repeated("[21:04:07.031] old\r\n", 13000) + Numbered(40, "\r\n")),
+TEST_F(EventLogTail, TheLastLinesOfAFileOf256KilobytesAreShown) {
+    EXPECT_EQ(TailOf(log_fixture::Repeated("[21:04:07.031] old\r\n", 13000) + Numbered(40, "\r\n")),
               NumberedLines(1, 40));
 }

@@ -2,14 +2,14 @@
 #include <map>
 #include <thread>
 
-#include "store/log_bench.h"
+#include "store/log_fixture.h"
 
 namespace {
 
-class EventLogThreads : public log_bench::EventLogTest {
+class EventLogThreads : public log_fixture::EventLogTest {
 protected:
     static constexpr int kThreads = 4;
-    static constexpr int kLines = 125;  // together just as many as the ring holds
+    static constexpr int kLines = 125;  // together exactly the capacity of the ring
 
     static void LogFromSeveralThreads() {
         std::vector<std::thread> threads;
@@ -40,7 +40,7 @@ protected:
         return lines;
     }
 
-    // Each thread's lines are there, whole, once and in its own order.
+    // Each thread's lines are complete, present once and in their order.
     static void ExpectEveryLineWhole(const std::vector<std::string>& lines) {
         std::map<std::string, int> next;
         int found = 0;
@@ -59,7 +59,7 @@ protected:
 
 }  // namespace
 
-TEST_F(EventLogThreads, LinesAreWholeAndTheFileHasTheRingsOrder) {
+TEST_F(EventLogThreads, LinesAreCompleteAndTheFileHasTheRingsOrder) {
     OpenEventLogFile(path);
     LogFromSeveralThreads();
 
@@ -75,7 +75,7 @@ TEST_F(EventLogThreads, LinesAreWholeAndTheFileHasTheRingsOrder) {
 
 TEST_F(EventLogThreads, TheStampsRunInTheRingsOrder) {
     SetTime(21, 4, 0, 0);
-    log_bench::g_ticksPerReading = 1;
+    log_fixture::g_ticksPerReading = 1;
     LogFromSeveralThreads();
     const std::vector<std::string> ring = Ring();
     ASSERT_EQ(ring.size(), 500u);
@@ -86,14 +86,14 @@ TEST_F(EventLogThreads, TheStampsRunInTheRingsOrder) {
     }));
 }
 
-TEST_F(EventLogThreads, AFileOpenedMeanwhileHasEveryLineOnceInTheRingsOrder) {
+TEST_F(EventLogThreads, AFileOpenedWhileOthersLogHasEveryLineOnceInTheRingsOrder) {
     std::thread opener([this] { OpenEventLogFile(path); });
     LogFromSeveralThreads();
     opener.join();
 
     std::vector<std::string> file = Lines(ReadBytes(path));
     ASSERT_GE(file.size(), 501u);
-    EXPECT_EQ(file.front() + "\r\n", log_bench::kMarker);
+    EXPECT_EQ(file.front() + "\r\n", log_fixture::kMarker);
     file.erase(file.begin());
     ExpectEveryLineWhole(file);
     EXPECT_EQ(std::vector<std::string>(file.end() - 500, file.end()), Ring());

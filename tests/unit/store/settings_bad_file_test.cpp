@@ -1,16 +1,15 @@
-// Whatever stands in the place of settings.ini: nothing crashes, what can be read counts, the rest is its
-// default.
-#include "store/settings_bench.h"
+// Invalid settings files and paths: nothing crashes, readable keys are used, the others get their defaults.
+#include "store/settings_fixture.h"
 
 namespace {
 
-using settings_bench::g_log;
-using settings_bench::kDefaults;
-using settings_bench::Loaded;
+using settings_fixture::g_log;
+using settings_fixture::kDefaults;
+using settings_fixture::Loaded;
 
 constexpr wchar_t kSaved[] = L"Saved settings";
 
-class SettingsBadFile : public settings_bench::SettingsTest {
+class SettingsBadFile : public settings_fixture::SettingsTest {
 protected:
     static std::string Noise(std::size_t size) {
         std::string bytes(size, '\0');
@@ -28,7 +27,7 @@ protected:
         return bytes;
     }
 
-    // A choice survives from here on, whatever the file was.
+    // A later save and load works, regardless of the file.
     static void ExpectAChoiceSurvives() {
         g_app.intensity = 0.123;
         g_app.pwmSafe = true;
@@ -54,7 +53,7 @@ TEST_F(SettingsBadFile, AFileWithoutSectionsGivesTheDefaults) {
     EXPECT_EQ(Loaded(), kDefaults);
 }
 
-TEST_F(SettingsBadFile, AFileCutInsideANumberGivesWhatIsLeftOfIt) {
+TEST_F(SettingsBadFile, AFileTruncatedInsideANumberYieldsTheRemainingDigits) {
     Stored("[Filter]\r\nIntensity=585\r\nBrightness=85");
     LoadSettings();
     EXPECT_EQ(g_app.intensity, 0.585);
@@ -62,14 +61,14 @@ TEST_F(SettingsBadFile, AFileCutInsideANumberGivesWhatIsLeftOfIt) {
     EXPECT_FALSE(g_app.pwmSafe);
 }
 
-TEST_F(SettingsBadFile, AFileCutInsideAKeyGivesItsDefault) {
+TEST_F(SettingsBadFile, AFileTruncatedInsideAKeyGivesItsDefault) {
     Stored("[Filter]\r\nIntensity=585\r\nBright");
     LoadSettings();
     EXPECT_EQ(g_app.intensity, 0.585);
     EXPECT_EQ(g_app.brightness, 1.0);
 }
 
-TEST_F(SettingsBadFile, AFileCutInsideASectionGivesTheDefaults) {
+TEST_F(SettingsBadFile, AFileTruncatedInsideASectionGivesTheDefaults) {
     Stored("[Filt");
     LoadSettings();
     EXPECT_EQ(Loaded(), kDefaults);
@@ -81,7 +80,7 @@ TEST_F(SettingsBadFile, TenMegabytesOfNoiseGiveTheDefaults) {
     EXPECT_EQ(Loaded(), kDefaults);
 }
 
-TEST_F(SettingsBadFile, BinaryBytesAroundTheKeysDoNoHarm) {
+TEST_F(SettingsBadFile, BinaryBytesAroundTheKeysAreIgnored) {
     Stored(std::string("\x01\x02\x7F\xFE\r\n[Filter]\r\nIntensity=\x80\xFF\x01\r\nBrightness=700\r\n\x03\r\n",
                        54));
     LoadSettings();
@@ -95,7 +94,7 @@ TEST_F(SettingsBadFile, AFileOfZerosGivesTheDefaults) {
     EXPECT_EQ(Loaded(), kDefaults);
 }
 
-TEST_F(SettingsBadFile, ALineOf100000CharactersDoesNoHarm) {
+TEST_F(SettingsBadFile, ALineOf100000CharactersDoesNotAffectTheOtherKeys) {
     Stored("[Filter]\r\nIntensity=585" + std::string(100000, 'x') + "\r\nBrightness=700\r\n");
     LoadSettings();
     EXPECT_EQ(g_app.intensity, 0.585);
@@ -131,7 +130,7 @@ TEST_F(SettingsBadFile, AFileInThePlaceOfTheFolderGivesTheDefaultsAndStays) {
     EXPECT_EQ(ReadBytes(folder), "not a folder");
 }
 
-TEST_F(SettingsBadFile, AFileLockedByAnotherProgramIsNeitherReadNorHarmed) {
+TEST_F(SettingsBadFile, AFileLockedByAnotherProgramIsNeitherReadNorChanged) {
     const std::string stored = "[Filter]\r\nIntensity=585\r\n";
     Stored(stored);
     {
@@ -147,7 +146,7 @@ TEST_F(SettingsBadFile, AFileLockedByAnotherProgramIsNeitherReadNorHarmed) {
     EXPECT_EQ(g_app.intensity, 0.585);
 }
 
-TEST_F(SettingsBadFile, AFileThatMayOnlyBeReadIsReadAndKeepsItsBytes) {
+TEST_F(SettingsBadFile, AFileWithReadOnlyAccessIsReadAndKeepsItsBytes) {
     const std::string stored = "[Filter]\r\nIntensity=585\r\n";
     Stored(stored);
     {

@@ -1,12 +1,12 @@
-// The calls into Windows themselves, with answers that a real file cannot give.
-#include "store/settings_bench.h"
+// The calls into Windows, with results that a real file cannot produce.
+#include "store/settings_fixture.h"
 
 namespace {
 
-using settings_bench::g_folderResult;
-using settings_bench::g_log;
-using settings_bench::kDefaults;
-using settings_bench::Loaded;
+using settings_fixture::g_folderResult;
+using settings_fixture::g_log;
+using settings_fixture::kDefaults;
+using settings_fixture::Loaded;
 
 std::vector<std::wstring> g_calls;
 std::wstring g_expectedPath;
@@ -53,7 +53,7 @@ class SettingsCalls : public testing::Test {
 protected:
     void SetUp() override {
         g_app = AppState{};
-        settings_bench::g_applicationData = L"C:\\Users\\Jos\u00e9\\AppData\\Roaming";
+        settings_fixture::g_applicationData = L"C:\\Users\\Jos\u00e9\\AppData\\Roaming";
         g_expectedPath = L"C:\\Users\\Jos\u00e9\\AppData\\Roaming\\Ambrel2\\settings.ini";
         g_folderResult = S_OK;
         g_writeSucceeds = TRUE;
@@ -105,7 +105,7 @@ TEST_F(SettingsCalls, ASaveWritesEveryKeyInOrderAndNothingElse) {
     EXPECT_EQ(g_log, std::vector<std::wstring>{L"Saved settings"});
 }
 
-TEST_F(SettingsCalls, OnAFullDiskEveryKeyIsStillTriedAndTheLogSaysSaved) {
+TEST_F(SettingsCalls, OnAFullDiskEveryKeyIsStillTriedAndTheSaveIsLogged) {
     g_app.settingsPath = g_expectedPath;
     g_writeSucceeds = FALSE;
     SaveSettings();
@@ -123,8 +123,8 @@ TEST_F(SettingsCalls, WithoutAnApplicationDataFolderALoadDoesNothingAtAll) {
     EXPECT_TRUE(g_log.empty());
 }
 
-// S_FALSE is a success, and tells that there is no such folder.
-TEST_F(SettingsCalls, AFolderThatIsToldToBeMissingIsNone) {
+// S_FALSE is a success code and means that there is no such folder.
+TEST_F(SettingsCalls, AFolderThatIsReportedAsMissingIsNone) {
     g_folderResult = S_FALSE;
     LoadSettings();
     EXPECT_EQ(g_app.settingsPath, L"");
@@ -149,14 +149,14 @@ TEST_F(SettingsCalls, ASaveWithoutALoadDoesNothing) {
 
 TEST_F(SettingsCalls, ASaveUsesThePathThatTheLoadStored) {
     LoadSettings();
-    settings_bench::g_applicationData = L"D:\\Elsewhere";
+    settings_fixture::g_applicationData = L"D:\\Elsewhere";
     g_calls.clear();
     SaveSettings();
     EXPECT_EQ(g_calls.size(), 8u);  // each checks its path
 }
 
-TEST_F(SettingsCalls, TheLongestApplicationDataPathIsNotCut) {
+TEST_F(SettingsCalls, TheLongestApplicationDataPathIsNotTruncated) {
     const std::wstring longest = L"C:\\" + std::wstring(256, L'p');
-    settings_bench::g_applicationData = longest;
+    settings_fixture::g_applicationData = longest;
     EXPECT_EQ(GetSettingsPath(), longest + L"\\Ambrel2\\settings.ini");
 }

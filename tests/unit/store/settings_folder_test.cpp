@@ -1,4 +1,4 @@
-// Where Windows itself says that application data lies.
+// The real application-data folder of Windows.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -8,7 +8,7 @@
 
 #include <shlobj.h>
 
-TEST(SettingsFolder, TheFileLiesInTheRoamingApplicationDataOfTheUser) {
+TEST(SettingsFolder, TheFileIsInTheRoamingApplicationDataOfTheUser) {
     wchar_t roaming[MAX_PATH] = {};
     ASSERT_TRUE(SUCCEEDED(SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, roaming)));
     ASSERT_NE(roaming[0], L'\0');
@@ -16,7 +16,7 @@ TEST(SettingsFolder, TheFileLiesInTheRoamingApplicationDataOfTheUser) {
     EXPECT_TRUE(FileExists(std::wstring(roaming) + L"\\Ambrel2"));
 }
 
-TEST(SettingsFolder, AFolderThatIsThereAlreadyGivesTheSamePath) {
+TEST(SettingsFolder, AnExistingFolderGivesTheSamePath) {
     const std::wstring first = GetSettingsPath();
     EXPECT_EQ(GetSettingsPath(), first);
 }

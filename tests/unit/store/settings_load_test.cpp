@@ -1,12 +1,12 @@
-#include "store/settings_bench.h"
+#include "store/settings_fixture.h"
 
 namespace {
 
-using settings_bench::g_log;
-using settings_bench::kDefaults;
-using settings_bench::Loaded;
+using settings_fixture::g_log;
+using settings_fixture::kDefaults;
+using settings_fixture::Loaded;
 
-class SettingsLoad : public settings_bench::SettingsTest {
+class SettingsLoad : public settings_fixture::SettingsTest {
 protected:
     // Loads a file of one line in the section of its key.
     void LoadWith(const std::string& filter, const std::string& settings = {}) const {
@@ -47,10 +47,10 @@ TEST_F(SettingsLoad, AMissingFolderIsCreatedButNoFile) {
 
 TEST_F(SettingsLoad, ThePathIsComputedOnceByTheLoadAndNotByTheSave) {
     LoadSettings();
-    EXPECT_EQ(settings_bench::g_folderCalls, 1);
+    EXPECT_EQ(settings_fixture::g_folderCalls, 1);
     SaveSettings();
     SaveSettings();
-    EXPECT_EQ(settings_bench::g_folderCalls, 1);
+    EXPECT_EQ(settings_fixture::g_folderCalls, 1);
 }
 
 TEST_F(SettingsLoad, WithoutAFileEveryValueIsItsDefault) {
@@ -93,14 +93,14 @@ TEST_F(SettingsLoad, EachFlagSetsItsOwnFieldOnly) {
     EXPECT_EQ(Loaded(), "0.38500000000000001 1 launch=0 dim=0 legacy=0 auto=0 pwm=1 epoch=0 filter=0");
 }
 
-TEST_F(SettingsLoad, AKeyInTheOtherSectionDoesNotCount) {
+TEST_F(SettingsLoad, AKeyInTheOtherSectionIsIgnored) {
     Stored(
         "[Settings]\r\nIntensity=900\r\nBrightness=200\r\n[Filter]\r\nPWMSafeMode=1\r\nGammaFixEpoch=5\r\n");
     LoadSettings();
     EXPECT_EQ(Loaded(), kDefaults);
 }
 
-TEST_F(SettingsLoad, TheFilterIsOffWhateverItWasAndWhateverTheFileSays) {
+TEST_F(SettingsLoad, TheFilterIsOffRegardlessOfStateAndFile) {
     g_app.filterOn = true;
     Stored("[Filter]\r\nFilterOn=1\r\nOn=1\r\n[Settings]\r\nFilterOn=1\r\n");
     LoadSettings();

@@ -1,13 +1,13 @@
-#include "store/settings_bench.h"
+#include "store/settings_fixture.h"
 
 namespace {
 
-using settings_bench::g_log;
-using settings_bench::Loaded;
+using settings_fixture::g_log;
+using settings_fixture::Loaded;
 
 using Lines = std::vector<std::string>;
 
-class SettingsSave : public settings_bench::SettingsTest {
+class SettingsSave : public settings_fixture::SettingsTest {
 protected:
     void SetUp() override {
         SettingsTest::SetUp();

@@ -1,4 +1,4 @@
-// A real folder of its own in the temporary folder for each test, and whole-file reading and writing.
+// A private folder in the temporary folder for each test, and reading and writing of entire files.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -75,7 +75,7 @@ inline void WriteBytes(const std::wstring& path, std::string_view bytes) {
     CloseHandle(file);
 }
 
-// The file held open by somebody else, who shares it with nobody or lets others read it only.
+// Keeps the file open as another program would, without sharing or sharing only reads.
 struct LockedFile {
     HANDLE file;
 

@@ -1,4 +1,4 @@
-// What the unit under test did, in order, one line a call.
+// The actions of the unit under test in order, one line per call.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,7 @@ void Record(const Parts&... parts) {
     g_calls.push_back(line.str());
 }
 
-// A handle that is never used but compared.
+// A handle that is only compared, never used.
 template <typename Handle>
 Handle MakeHandle(std::uintptr_t value) {
     return reinterpret_cast<Handle>(value);

@@ -1,4 +1,4 @@
-// Takes both clocks' place in a test program: time passes only where the test says so.
+// Replaces both clocks in a test program: time passes only when the test advances it.
 #pragma once
 
 #include <cstdint>

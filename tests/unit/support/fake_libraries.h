@@ -1,5 +1,5 @@
-// The DLLs that the program loads at run time, as a test wants them to be. In the record stand "load NAME"
-// and "free NAME". A DLL that was not installed is missing; Windows' own functions are found as ever.
+// Configurable fakes of the DLLs that the program loads at run time. Records "load NAME" and "free NAME". A
+// DLL that was not installed is missing. Functions of Windows' own modules are found as usual.
 #pragma once
 
 #include <map>

@@ -1,12 +1,12 @@
-// What a registry key allows, as a security descriptor in Windows' own notation: L"D:P(A;;KR;;;WD)" lets
-// everybody read it and nobody write to it.
+// The access to a registry key, as a security descriptor in SDDL: L"D:P(A;;KR;;;WD)" allows everyone to read
+// and no one to write.
 #pragma once
 
 #include "win32/platform.h"
 
 #include <sddl.h>
 
-// The key must allow its access to be changed (WD in the middle), also to be given back.
+// The key must permit changes of its access (WD in the middle), so that the access can be restored.
 inline constexpr wchar_t kAllAccess[] = L"D:P(A;;KA;;;WD)";
 inline constexpr wchar_t kReadOnlyAccess[] = L"D:P(A;;KRWD;;;WD)";
 
@@ -26,7 +26,7 @@ inline LSTATUS GrantAccess(HKEY root, const wchar_t* path, const wchar_t* descri
     return status;
 }
 
-// The key gives only some access while this lives.
+// Restricts the access to the key during its lifetime.
 struct RestrictedKey {
     RestrictedKey(HKEY keyRoot, const wchar_t* keyPath, const wchar_t* descriptor)
         : root(keyRoot), path(keyPath), status(GrantAccess(root, path, descriptor)) {}

@@ -1,4 +1,5 @@
-// The banner that outlived the restart is withdrawn for whoever asks first, and that is logged once a run.
+// A banner that is still needed after the restart is withdrawn by whichever of painting and hit testing comes
+// first; the withdrawal is logged once per run.
 #include <gtest/gtest.h>
 
 #include "app/state/app_state.h"
@@ -63,7 +64,7 @@ TEST_F(BannerDemotion, BeforeTheRestartPaintingAndHitTestShowIt) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(BannerDemotion, AfterItPaintingFirstSaysItOnce) {
+TEST_F(BannerDemotion, AfterTheRestartPaintingFirstLogsItOnce) {
     Restart();
     Paint();
     EXPECT_EQ(g_calls, kSaidOnce);
@@ -74,7 +75,7 @@ TEST_F(BannerDemotion, AfterItPaintingFirstSaysItOnce) {
     EXPECT_EQ(g_calls, kSaidOnce);
 }
 
-TEST_F(BannerDemotion, AfterItAHitTestFirstSaysItOnce) {
+TEST_F(BannerDemotion, AfterTheRestartAHitTestFirstLogsItOnce) {
     Restart();
     EXPECT_EQ(Hit(), Region::None);
     EXPECT_EQ(g_calls, kSaidOnce);
@@ -84,7 +85,7 @@ TEST_F(BannerDemotion, AfterItAHitTestFirstSaysItOnce) {
     EXPECT_EQ(g_calls, kSaidOnce);
 }
 
-TEST_F(BannerDemotion, AnAcceptedRampInBetweenDoesNotBringTheLineBack) {
+TEST_F(BannerDemotion, AnInterveningAcceptedRampDoesNotRepeatTheLine) {
     Restart();
     Paint();
     g_app.lastApplyRejected = false;
@@ -97,7 +98,7 @@ TEST_F(BannerDemotion, AnAcceptedRampInBetweenDoesNotBringTheLineBack) {
     EXPECT_TRUE(g_app.bannerDemotedLogged);
 }
 
-TEST_F(BannerDemotion, WithAcceptedRampsNothingIsSaid) {
+TEST_F(BannerDemotion, WithAcceptedRampsNothingIsLogged) {
     Restart();
     g_app.lastApplyRejected = false;
     Paint();
@@ -105,7 +106,7 @@ TEST_F(BannerDemotion, WithAcceptedRampsNothingIsSaid) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(BannerDemotion, AHitTestBesideTheBannerDoesNotLookForIt) {
+TEST_F(BannerDemotion, AHitTestOutsideTheBannerDoesNotLogIt) {
     Restart();
     HitTest(160, 503);
     EXPECT_TRUE(g_calls.empty());

@@ -111,7 +111,7 @@ TEST_F(DrawingKit, TheClipOfARoundedGradientInNumbers) {
     EXPECT_EQ(clipAt(0), "clip (25,429)-(112,466) ellipse 20x20");
 }
 
-TEST_F(DrawingKit, ARoundedGradientPutsTheOldClipBack) {
+TEST_F(DrawingKit, ARoundedGradientRestoresThePreviousClip) {
     SetClipOf(dc(), "what was there");
     FillRoundedGradient(dc(), {0, 0, 10, 10}, 2, 0, 0);
     EXPECT_EQ(ClipOf(dc()), "what was there");
@@ -119,7 +119,7 @@ TEST_F(DrawingKit, ARoundedGradientPutsTheOldClipBack) {
     SetClipOf(dc(), "none");
 }
 
-TEST_F(DrawingKit, ARoundedGradientWithoutAnOldClipLeavesNone) {
+TEST_F(DrawingKit, ARoundedGradientWithoutAPreviousClipLeavesNone) {
     FillRoundedGradient(dc(), {0, 0, 10, 10}, 2, 0, 0);
     EXPECT_EQ(ClipOf(dc()), "none");
 }

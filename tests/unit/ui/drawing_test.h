@@ -1,4 +1,4 @@
-// What the tests of drawing share: nothing is drawn yet at the start, nothing is left behind at the end.
+// Fixture for the drawing tests: nothing is drawn at the start, nothing is leaked at the end.
 #pragma once
 
 #include <gtest/gtest.h>

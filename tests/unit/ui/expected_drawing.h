@@ -1,5 +1,5 @@
-// The lines of gdi_recorder.h, made from literal design units and 0xRRGGBB colours: what the popup's design
-// says is drawn, worked out without the program's own drawing code.
+// The lines of gdi_recorder.h, built from literal design units and 0xRRGGBB colours: the popup's design,
+// computed without the program's drawing code.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@ struct Rect {
     int left, top, right, bottom;
 };
 
-// Design units to device pixels, rounded half up; a DPI of 0 counts as 96.
+// Design units to device pixels, rounded half up; a DPI of 0 is treated as 96.
 int ScaledTo(std::uint32_t dpi, int units);
 
 std::string Fill(Rect rect, std::uint32_t colour);
@@ -45,6 +45,6 @@ struct ExpectedSlider {
 
 Drawing SliderDrawing(const ExpectedSlider& slider, std::uint32_t dpi);
 
-// The greys of the thumb's 28 rows, worked out outside the program in single precision.
+// The greys of the thumb's 28 rows, computed independently in single precision.
 inline constexpr int kThumbGreys[28] = {89, 85, 81, 77, 73, 69, 65, 61, 57, 55, 54, 53, 52, 51,
                                         51, 50, 49, 48, 47, 46, 46, 49, 51, 53, 55, 57, 59, 61};

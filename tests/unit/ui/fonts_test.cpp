@@ -21,7 +21,7 @@ struct Font {
 
 std::vector<Font> g_made;
 std::vector<HGDIOBJ> g_deleted;
-int g_failFrom = 1000;  // calls from this one on find no font
+int g_failFrom = 1000;  // calls from this one on return no font
 
 HFONT HandleOf(int call) {
     return reinterpret_cast<HFONT>(static_cast<INT_PTR>(0x500 + call));
@@ -57,7 +57,7 @@ protected:
         g_failFrom = 1000;
     }
 
-    // The arguments with which the font of a role was made.
+    // The arguments that created the font of a role.
     static Font MadeFor(FontRole role) {
         for (int call = 0; call < static_cast<int>(g_made.size()); ++call) {
             if (FontFor(role) == HandleOf(call)) return g_made[static_cast<std::size_t>(call)];
@@ -96,7 +96,7 @@ TEST_F(Fonts, HeightsAreDesignUnitsAtEveryDpi) {
     EXPECT_EQ(MadeFor(FontRole::Toggle).height, 18);
 }
 
-TEST_F(Fonts, ARoleWhoseFontIsThereUsesItsOwn) {
+TEST_F(Fonts, ARoleWhoseFontExistsUsesIt) {
     CreateFonts();
     std::vector<HFONT> fonts;
     for (FontRole role : kRoles)
@@ -140,7 +140,7 @@ TEST_F(Fonts, WithoutAnyFontEveryRoleIsNull) {
         EXPECT_EQ(FontFor(role), nullptr) << static_cast<int>(role);
 }
 
-TEST_F(Fonts, DeletingGivesBackEachFontOnce) {
+TEST_F(Fonts, DeletingReleasesEachFontOnce) {
     CreateFonts();
     DeleteFonts();
     std::vector<HGDIOBJ> expected;
@@ -154,7 +154,7 @@ TEST_F(Fonts, DeletingGivesBackEachFontOnce) {
     EXPECT_EQ(g_deleted.size(), 8U);
 }
 
-TEST_F(Fonts, FontsThatWereNotMadeAreNotDeleted) {
+TEST_F(Fonts, FontsThatWereNotCreatedAreNotDeleted) {
     g_failFrom = 3;
     CreateFonts();
     DeleteFonts();

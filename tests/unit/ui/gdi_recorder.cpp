@@ -1,7 +1,7 @@
 #include "ui/gdi_recorder.h"
 
 #include "support/seam.h"
-#include "ui/gdi_books.h"
+#include "ui/gdi_tracker.h"
 #include "ui/print.h"
 
 AMBREL_SEAM_SET(gdi_recorder);

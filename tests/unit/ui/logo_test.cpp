@@ -33,7 +33,7 @@ int g_contexts = 0;
 int g_blocks = 0;
 std::vector<HGDIOBJ> g_deleted;
 
-// What Windows refuses.
+// The calls that Windows refuses.
 bool g_noResource = false;
 bool g_noStream = false;
 bool g_noDib = false;
@@ -93,7 +93,7 @@ HBITMAP WINAPI FakeCreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, 
     EXPECT_LT(info->bmiHeader.biHeight, 0) << "top-down";
     const auto real = Real(&CreateDIBSection);
     HBITMAP made = real(dc, info, usage, bits, section, offset);
-    if (g_noPixels) *bits = nullptr;  // nowhere to copy the pixels to
+    if (g_noPixels) *bits = nullptr;  // no buffer for the pixels
     return made;
 }
 
@@ -168,7 +168,7 @@ Decoded Decode(const std::uint8_t* bytes, std::size_t size) {
     return decoded;
 }
 
-// The pixels as they lie in memory, each 0xAARRGGBB.
+// The pixels in memory order, each 0xAARRGGBB.
 std::vector<std::uint32_t> PixelsOf(const Decoded& decoded) {
     DIBSECTION section = {};
     GetObjectW(decoded.bitmap, sizeof(section), &section);
@@ -223,7 +223,7 @@ AMBREL_SEAM(DeleteDC, FakeDeleteDC);
 AMBREL_SEAM(SetStretchBltMode, FakeSetStretchBltMode);
 AMBREL_SEAM(GdiAlphaBlend, FakeGdiAlphaBlend);
 
-TEST_F(Logo, TheShippedLogoIsBlendedWholeAroundItsCentre) {
+TEST_F(Logo, TheShippedLogoIsBlendedCompletelyAroundItsCentre) {
     DrawLogo(screen, 160, 100, 64);
     const std::vector<Blend> expected = {
         {128, 68, 64, 64, 0, 0, 256, 256, AC_SRC_OVER, 0, 255, AC_SRC_ALPHA, true, HALFTONE}};
@@ -232,7 +232,7 @@ TEST_F(Logo, TheShippedLogoIsBlendedWholeAroundItsCentre) {
     EXPECT_EQ(g_app.logoHeight, 256U);
 }
 
-TEST_F(Logo, AnOddSizeIsHalvedTowardsZero) {
+TEST_F(Logo, HalfOfAnOddSizeIsTruncated) {
     DrawLogo(screen, 50, 60, 33);
     ASSERT_EQ(g_blends.size(), 1U);
     EXPECT_EQ(g_blends[0].x, 34);
@@ -294,7 +294,7 @@ TEST_F(Logo, WithoutABitmapNothingIsDrawn) {
     ExpectNothingDrawn();
 }
 
-TEST_F(Logo, ABitmapWhosePixelsDoNotArriveIsDeleted) {
+TEST_F(Logo, ABitmapWhosePixelsCannotBeCopiedIsDeleted) {
     g_noPixels = true;
     ExpectNothingDrawn();
     EXPECT_EQ(g_dibs, 0);
@@ -307,7 +307,7 @@ TEST_F(Logo, WithoutComNothingIsDrawn) {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
 }
 
-TEST_F(Logo, FreeingDeletesTheBitmapOnceAndForgetsIt) {
+TEST_F(Logo, FreeingDeletesTheBitmapOnceAndClearsIt) {
     DrawLogo(screen, 100, 100, 64);
     HBITMAP bitmap = g_app.logoBitmap;
     g_deleted.clear();
@@ -338,7 +338,7 @@ TEST_F(Logo, APngWithoutAlphaBecomesOpaque) {
     DeleteObject(decoded.bitmap);
 }
 
-TEST_F(Logo, WhatIsNoPngDecodesToNothing) {
+TEST_F(Logo, DataThatIsNotAPngDecodesToNull) {
     constexpr std::uint8_t text[] = "this is no picture at all, only some text";
     EXPECT_EQ(Decode(text, sizeof(text)).bitmap, nullptr);
     EXPECT_EQ(Decode(text, 0).bitmap, nullptr);
@@ -346,7 +346,7 @@ TEST_F(Logo, WhatIsNoPngDecodesToNothing) {
     EXPECT_EQ(Decode(kSmallPng, 33).bitmap, nullptr) << "signature and header, no pixels";
 }
 
-TEST_F(Logo, APngThatBreaksOffNeverLeavesABitmapBehind) {
+TEST_F(Logo, ATruncatedPngLeaksNoBitmap) {
     for (std::size_t size = 0; size < sizeof(kSmallPng); ++size) {
         const Decoded decoded = Decode(kSmallPng, size);
         if (decoded.bitmap != nullptr) DeleteObject(decoded.bitmap);

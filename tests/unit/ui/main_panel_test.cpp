@@ -44,7 +44,7 @@ std::string Word(int left, int width) {
     return Text("KIVO", "Toggle", 0xFFFFFF, {left, 479, left + width + 6, 527}, kLeft);
 }
 
-// The whole panel with the hint in its strip and no icon; a text is measured as 50 wide.
+// The complete panel with the hint in its strip and no icon; every text is measured as 50 units wide.
 Drawing PanelDrawing(const Look& look, std::uint32_t dpi = 96) {
     const bool on = g_app.filterOn;
     Drawing panel = {Fill({0, 0, 320, 56}, 0x191919),
@@ -198,7 +198,7 @@ TEST_F(MainPanelDrawing, BrightnessDoesNotDecideWhichPresetIsSelected) {
     EXPECT_EQ(Selected(1.0), "N");
 }
 
-TEST_F(MainPanelDrawing, TheStripStandsBetweenTheLowerAreaAndThePresets) {
+TEST_F(MainPanelDrawing, TheStripIsBetweenTheLowerAreaAndThePresets) {
     g_app.pwmTargetsPresent = true;
     const Drawing drawing = Drawn();
     const auto at = [&](const std::string& line) {
@@ -236,7 +236,7 @@ TEST_F(MainPanelDrawing, HalvesOfThePowerButtonsGroupAreTruncated) {
     EXPECT_EQ(g_gdi.drawn[g_gdi.drawn.size() - 2], "icon 103 (121,492) 22x22");
 }
 
-TEST_F(MainPanelDrawing, WithoutThePresetFontTheLabelFontServes) {
+TEST_F(MainPanelDrawing, WithoutThePresetFontTheLabelFontIsUsed) {
     g_app.fonts[5] = nullptr;
     EXPECT_TRUE(Has(Drawn(), Text("NIGHT", "Label", 0x666666, {210, 429, 290, 465}, kCentre)));
 }

@@ -1,4 +1,4 @@
-// What the design fixes, as numbers: edges and colours in the drawn picture.
+// Numbers that the design specifies: edges and colours in the picture.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -53,7 +53,7 @@ TEST_P(PanelColours, TheBackgroundReachesTheLowerAreaWhichReachesTheEdge) {
     EXPECT_EQ(panel.picture.At(panel.picture.width - 1, panel.picture.height - 1), 0x1A1A1AU);
 }
 
-TEST_P(PanelColours, ABlackLineLiesOnTheLowerAreasEdge) {
+TEST_P(PanelColours, ABlackLineIsOnTheLowerAreasEdge) {
     const Panel1x panel = Render("off", GetParam());
     const int edge = ScaledTo(GetParam(), 374);
     int black = 0;
@@ -106,8 +106,8 @@ TEST_P(PanelColours, TheTicksAreDrawnOnBothSidesOfTheGroove) {
     }
 }
 
-// Value 0 in "on_dim": the thumb of WARMTH stands at the lower end.
-TEST_P(PanelColours, TheThumbIsMouldedRowByRow) {
+// Value 0 in "on_dim": the thumb of WARMTH is at the lower end.
+TEST_P(PanelColours, TheThumbIsShadedRowByRow) {
     const Panel1x panel = Render("on_dim", GetParam());
     for (int row = 2; row <= 25; ++row) {
         const auto grey = static_cast<std::uint32_t>(kThumbGreys[row]) * 0x010101U;
@@ -182,7 +182,7 @@ TEST_P(PanelColours, TheCardShowsItsAccentAndSurface) {
     }
 }
 
-TEST_P(PanelColours, TheHintLeavesTheStripsSurfaceAlone) {
+TEST_P(PanelColours, TheHintDoesNotDrawTheStripsSurface) {
     const Panel1x panel = Render("off", GetParam());
     for (int x : {24, 160, 295}) {
         for (int y : {384, 400, 417})
@@ -190,7 +190,7 @@ TEST_P(PanelColours, TheHintLeavesTheStripsSurfaceAlone) {
     }
 }
 
-TEST_P(PanelColours, StatesThatDifferOnlyInTextsSayTheirTexts) {
+TEST_P(PanelColours, StatesThatDifferOnlyInTextsDrawTheirTexts) {
     const auto says = [&](const char* state, const std::string& text) {
         const auto texts = RenderPanel(StateNamed(state), GetParam()).texts;
         return std::count(texts.begin(), texts.end(), text) == 1;
@@ -231,7 +231,7 @@ TEST(PanelRows, At96DpiTheRowsOfTheButtonsAreExact) {
     EXPECT_EQ(off.At(160, 479), 0x2D2D2DU);
 }
 
-TEST(PanelRows, At96DpiTheCardsBevelLiesInsideItsOutline) {
+TEST(PanelRows, At96DpiTheCardsBevelIsInsideItsOutline) {
     const Picture on = RenderPanel(StateNamed("card_on_locked"), 96).picture;
     EXPECT_EQ(on.At(160, 384), 0x00D67CU);
     EXPECT_EQ(on.At(160, 385), 0x787878U);
@@ -265,7 +265,7 @@ TEST(PanelRows, At96DpiTheSlidersRowsAreExact) {
     EXPECT_EQ(panel.At(80, 290), 0x1E1E1EU) << "value 0: no fill above the thumb";
 }
 
-TEST(PanelRows, AClientAreaOfNoSizeIsSurvived) {
+TEST(PanelRows, AnEmptyClientAreaDoesNotCrash) {
     PaintWithoutSize();
     EXPECT_EQ(RenderPanel(StateNamed("off"), 96).picture.At(5, 5), 0x191919U)
         << "and the next frame is whole";

@@ -1,4 +1,4 @@
-// A picture of the panel that is asked in design units.
+// A picture of the panel, read in design units.
 #pragma once
 
 #include "ui/expected_drawing.h"

@@ -1,5 +1,5 @@
-// The popup drawn by real GDI into a picture, at any DPI. Text is not drawn but noted: fonts differ from
-// machine to machine, so pictures are compared without letters, and every text is measured as 50 units wide.
+// The popup drawn by real GDI into a picture, at any DPI. Text is recorded, not drawn, because fonts differ
+// between machines. Pictures are compared without text, and every text is measured as 50 units wide.
 #pragma once
 
 #include <cstdint>
@@ -31,5 +31,5 @@ struct Rendering {
 // Paints the state into a picture of the popup's size at the DPI.
 Rendering RenderPanel(const PanelState& state, std::uint32_t dpi);
 
-// Paints with real GDI for a client area of no size; returns when that is survived.
+// Paints an empty client area with real GDI; must return without a crash.
 void PaintWithoutSize();

@@ -1,4 +1,4 @@
-// Pictures in memory and in PNG files. PNG keeps every pixel as it is.
+// Pictures in memory and in PNG files. PNG preserves every pixel.
 #pragma once
 
 #include <cstdint>
@@ -13,8 +13,7 @@ struct Picture {
     std::uint32_t At(int x, int y) const;  // 0xFF000000 outside the picture
 };
 
-// The way from `actual` to `expected`, in words with the place and number of the differences; empty when
-// equal.
+// Describes the differences between `actual` and `expected` with their positions and number; empty if equal.
 std::string Difference(const Picture& actual, const Picture& expected);
 
 // Paths are as the build knows them, Linux or Windows. COM must be initialised. False on any failure; a file

@@ -1,5 +1,5 @@
-// A press on the card through the real controller, with displays that take every value: what is asked of
-// them, of the timers and of the settings, in order.
+// A press on the card through the real controller, with displays that accept every value: the calls to
+// displays, timers and settings in order.
 #include <gtest/gtest.h>
 
 #include "app/shell/refresh.h"
@@ -80,7 +80,7 @@ TEST_F(PopupCard, APressLocksEveryDisplaySavesOnceAndRefreshes) {
     EXPECT_FALSE(g_app.pwmRetrySlowed);
 }
 
-TEST_F(PopupCard, ASecondPressGivesTheOldValuesBackSavesOnceAndRefreshes) {
+TEST_F(PopupCard, ASecondPressRestoresTheOldValuesSavesOnceAndRefreshes) {
     Press();
     g_calls.clear();
     Press();
@@ -94,7 +94,7 @@ TEST_F(PopupCard, ASecondPressGivesTheOldValuesBackSavesOnceAndRefreshes) {
     EXPECT_EQ(Shown(1), 60U);
 }
 
-TEST_F(PopupCard, APressWhenTheLastDisplayHasGoneTurnsTheModeStraightBackOff) {
+TEST_F(PopupCard, APressAfterTheLastDisplayDisconnectedSwitchesTheModeBackOff) {
     g_displays.clear();
     g_app.pwmSavedBrightness[L"long gone"] = 30;
     Press();
@@ -104,7 +104,7 @@ TEST_F(PopupCard, APressWhenTheLastDisplayHasGoneTurnsTheModeStraightBackOff) {
     EXPECT_TRUE(g_app.pwmSavedBrightness.empty());
 }
 
-TEST_F(PopupCard, EveryPixelOfTheCardTogglesAndNoneBesideIt) {
+TEST_F(PopupCard, EveryPixelOfTheCardTogglesAndNoneOutsideIt) {
     for (const POINT inside : {POINT{24, 384}, POINT{295, 384}, POINT{24, 417}, POINT{295, 417}}) {
         g_calls.clear();
         OnMouseDown(inside.x, inside.y);
@@ -116,7 +116,7 @@ TEST_F(PopupCard, EveryPixelOfTheCardTogglesAndNoneBesideIt) {
     EXPECT_EQ(g_calls, CallRecord{});
 }
 
-TEST_F(PopupCard, WithoutADisplayItIsThereOnlyWhileTheModeIsOn) {
+TEST_F(PopupCard, WithoutADisplayItExistsOnlyWhileTheModeIsOn) {
     g_displays.clear();
     g_app.pwmTargetsPresent = false;
     Press();

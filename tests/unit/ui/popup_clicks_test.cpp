@@ -1,8 +1,8 @@
-// What a press on each region of the main panel does.
+// The action of a press on each region of the main panel.
 #include <bit>
 #include <cstdint>
 
-#include "ui/click_bench.h"
+#include "ui/click_fixture.h"
 
 namespace {
 
@@ -16,7 +16,7 @@ TEST_F(PopupClicks, PowerTurnsTheFilterOnAppliesRefreshesAndSchedulesTheSave) {
     Press(kPower);
     EXPECT_TRUE(g_app.filterOn);
     EXPECT_EQ(g_calls, kMatrixThenDebouncedSave);
-    EXPECT_EQ(g_bench.atApply, (Snapshot{0.385, 1.0, true, false, false, false}));
+    EXPECT_EQ(g_fixture.atApply, (Snapshot{0.385, 1.0, true, false, false, false}));
 }
 
 TEST_F(PopupClicks, PowerTurnsTheFilterOff) {
@@ -35,7 +35,7 @@ TEST_F(PopupClicks, PowerInLegacyModeUsesTheRamp) {
     EXPECT_EQ(g_calls, (CallRecord{"restore cursors", "identity ramp", "refresh", "kill 1", "set 1 500"}));
 }
 
-TEST_F(PopupClicks, PowerLeavesWarmthAndBrightnessAlone) {
+TEST_F(PopupClicks, PowerDoesNotChangeWarmthAndBrightness) {
     g_app.intensity = 0.7;
     g_app.brightness = 0.3;
     Press(kPower);
@@ -49,23 +49,23 @@ TEST_F(PopupClicks, DaySetsItsPairAndTurnsTheFilterOn) {
     g_app.brightness = 0.4;
     Press(kDay);
     EXPECT_EQ(g_calls, kMatrixThenDebouncedSave);
-    EXPECT_EQ(g_bench.atApply, (Snapshot{0.3846153846153846, 1.0, true, false, false, false}));
-    EXPECT_EQ(Now(), g_bench.atApply);
+    EXPECT_EQ(g_fixture.atApply, (Snapshot{0.3846153846153846, 1.0, true, false, false, false}));
+    EXPECT_EQ(Now(), g_fixture.atApply);
 }
 
 TEST_F(PopupClicks, EveningSetsItsPairToTheBit) {
     Press(kEvening);
     EXPECT_EQ(g_calls, kMatrixThenDebouncedSave);
-    EXPECT_EQ(std::bit_cast<std::uint64_t>(g_bench.atApply.intensity), 0x3FE2B52B52B52B52U);
-    EXPECT_EQ(g_bench.atApply.brightness, 0.85);
-    EXPECT_TRUE(g_bench.atApply.filterOn);
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(g_fixture.atApply.intensity), 0x3FE2B52B52B52B52U);
+    EXPECT_EQ(g_fixture.atApply.brightness, 0.85);
+    EXPECT_TRUE(g_fixture.atApply.filterOn);
 }
 
 TEST_F(PopupClicks, NightSetsItsPair) {
     g_app.useLegacyGamma = true;
     Press(kNight);
     EXPECT_EQ(g_calls, (CallRecord{"ramp", "refresh", "kill 1", "set 1 500"}));
-    EXPECT_EQ(g_bench.atApply, (Snapshot{1.0, 0.7, true, true, false, false}));
+    EXPECT_EQ(g_fixture.atApply, (Snapshot{1.0, 0.7, true, true, false, false}));
 }
 
 TEST_F(PopupClicks, APresetWithTheFilterOnKeepsItOn) {
@@ -97,7 +97,7 @@ TEST_F(PopupClicks, APressOutsideEveryRegionDoesNothing) {
     EXPECT_EQ(g_app.panel, Panel::Settings);
 }
 
-TEST_F(PopupClicks, APressBeginsNoDragOnAButton) {
+TEST_F(PopupClicks, APressOnAButtonStartsNoDrag) {
     Press(kPower);
     Press(kDay);
     EXPECT_EQ(g_app.dragSlider, Slider::None);
@@ -117,7 +117,7 @@ TEST_F(PopupClicks, ThePositionIsConvertedAtTheMonitorsDpi) {
     EXPECT_FALSE(g_app.filterOn);
 }
 
-TEST_F(PopupClicks, WhatTheBannerCoversCannotToggleTheCard) {
+TEST_F(PopupClicks, APressOnTheCardUnderTheBannerDoesNotToggleIt) {
     g_app.useLegacyGamma = true;
     g_app.lastApplyRejected = true;
     g_app.pwmTargetsPresent = true;
@@ -130,7 +130,7 @@ TEST_F(PopupClicks, WhatTheBannerCoversCannotToggleTheCard) {
 TEST_F(PopupClicks, TheGearShowsTheSettingsPanelAndRefreshes) {
     Press(kGear);
     EXPECT_EQ(g_app.panel, Panel::Settings);
-    EXPECT_EQ(g_bench.panelAtRefresh, Panel::Settings);
+    EXPECT_EQ(g_fixture.panelAtRefresh, Panel::Settings);
     EXPECT_EQ(g_calls, (CallRecord{"refresh"}));
 }
 
@@ -162,7 +162,7 @@ TEST_F(PopupClicks, ABannerThatIsNotShownStartsNothing) {
     g_app.lastApplyRejected = false;
     Press(kBanner);
     EXPECT_TRUE(g_calls.empty());
-    // Withdrawn, since the restart after 1970 did not help.
+    // Withdrawn, because the restart after 1970 did not help.
     g_app.lastApplyRejected = true;
     g_app.gammaRangeExpanded = true;
     g_app.gammaFixEpoch = 1;

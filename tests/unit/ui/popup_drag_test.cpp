@@ -28,7 +28,7 @@ HWND WINAPI FakeSetCapture(HWND window) {
     return nullptr;
 }
 
-// As Windows does, the capture message comes before the call returns.
+// Like Windows, sends the capture message before the call returns.
 BOOL WINAPI FakeReleaseCapture() {
     g_calls.push_back("release");
     OnCaptureLost();
@@ -121,7 +121,7 @@ TEST_F(PopupDrag, APressOnBrightnessRecordsTheStartAndCapturesWithoutMovingTheVa
     EXPECT_EQ(g_calls, Calls{"capture"});
 }
 
-TEST_F(PopupDrag, APressBesideTheTrackStartsNoDrag) {
+TEST_F(PopupDrag, APressOutsideTheTrackStartsNoDrag) {
     for (const POINT point :
          {POINT{53, 200}, POINT{106, 200}, POINT{80, 106}, POINT{80, 305}, POINT{160, 200}}) {
         OnMouseDown(point.x, point.y);
@@ -130,7 +130,7 @@ TEST_F(PopupDrag, APressBesideTheTrackStartsNoDrag) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(PopupDrag, MovingUpRaisesTheValueByTheShareOfTheTravel) {
+TEST_F(PopupDrag, MovingUpRaisesTheValueInProportionToTheTravel) {
     PressWarmth(200);
     OnMouseMove(80, 160);
     EXPECT_EQ(g_app.intensity, 40.0 / 198.0 + 0.5);
@@ -146,7 +146,7 @@ TEST_F(PopupDrag, MovingDownLowersTheValue) {
     EXPECT_EQ(g_calls, kMoved);
 }
 
-TEST_F(PopupDrag, TheWholeTravelIs198Units) {
+TEST_F(PopupDrag, TheTravelIs198Units) {
     g_app.intensity = 0.0;
     PressWarmth(304);
     OnMouseMove(80, 107);
@@ -175,7 +175,7 @@ TEST_F(PopupDrag, TheValueIsContinuous) {
     EXPECT_EQ(g_app.intensity, 0.123456789);
 }
 
-TEST_F(PopupDrag, TheHorizontalPositionDoesNotCount) {
+TEST_F(PopupDrag, TheHorizontalPositionIsIgnored) {
     PressWarmth(200);
     OnMouseMove(-32768, 190);
     EXPECT_EQ(g_app.intensity, 10.0 / 198.0 + 0.5);
@@ -184,7 +184,7 @@ TEST_F(PopupDrag, TheHorizontalPositionDoesNotCount) {
     EXPECT_EQ(g_app.brightness, 0.5);
 }
 
-TEST_F(PopupDrag, FarBeyondTheTrackTheValueStopsAndComesBackWhereItLeftTheLimit) {
+TEST_F(PopupDrag, BeyondTheTrackTheValueIsClampedAndReturnsWhereItLeftTheLimit) {
     PressWarmth(200);
     OnMouseMove(80, -5000);
     EXPECT_EQ(g_app.intensity, 1.0);
@@ -242,7 +242,7 @@ TEST_F(PopupDrag, AMoveWithoutADragIsIgnored) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(PopupDrag, AMoveWithTheFilterOffAppliesAllTheSame) {
+TEST_F(PopupDrag, AMoveWithTheFilterOffStillApplies) {
     g_app.filterOn = false;
     PressWarmth(200);
     OnMouseMove(80, 199);
@@ -318,7 +318,7 @@ TEST_F(PopupDrag, HalfAUnitAboveTheWindowRoundsAwayFromZero) {
     EXPECT_EQ(g_app.intensity, 2.0 / 198.0 + 0.25);
 }
 
-TEST_F(PopupDrag, ADpiOfZeroCountsAs96) {
+TEST_F(PopupDrag, ADpiOfZeroIsTreatedAs96) {
     g_app.dpi = 0;
     OnMouseDown(80, 200);
     EXPECT_EQ(g_app.dragStartY, 200);
@@ -386,7 +386,7 @@ TEST_F(PopupDrag, ThePressedSliderIsTheOneUnderThePointer) {
     EXPECT_EQ(g_app.dragStartY, 210);
 }
 
-TEST_F(PopupDrag, OnTheSettingsPanelTheTracksAreNotThere) {
+TEST_F(PopupDrag, OnTheSettingsPanelTheTracksDoNotReact) {
     g_app.panel = Panel::Settings;
     OnMouseDown(80, 120);
     OnMouseDown(240, 300);

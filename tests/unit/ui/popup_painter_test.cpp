@@ -1,4 +1,4 @@
-// The frame: one off-screen picture, copied in one block.
+// The frame: one off-screen bitmap, copied in one call.
 #include "ui/popup_painter.h"
 
 #include <gtest/gtest.h>
@@ -71,20 +71,20 @@ TEST_F(PopupPainter, APaintDrawsOffScreenAndCopiesInPlainPixels) {
                             Drawing{"delete bitmap 400x675", "delete context", "end paint 77"}));
 }
 
-TEST_F(PopupPainter, AClientAreaOfNoSizeIsPaintedAllTheSame) {
+TEST_F(PopupPainter, AnEmptyClientAreaIsStillPainted) {
     g_gdi.client = {0, 0};
     PaintPopup(kWindow);
     EXPECT_EQ(g_gdi.drawn, (FrameOf("0x0", "bitmap 0x0") +
                             Drawing{"delete bitmap 0x0", "delete context", "end paint 77"}));
 }
 
-TEST_F(PopupPainter, WithoutABitmapThePaintStillEnds) {
+TEST_F(PopupPainter, WithoutABitmapThePaintStillCompletes) {
     g_gdi.bitmapsFail = true;
     PaintPopup(kWindow);
     EXPECT_EQ(g_gdi.drawn, (FrameOf("320x540", "default") + Drawing{"delete context", "end paint 77"}));
 }
 
-TEST_F(PopupPainter, EveryPaintIsAWholeFrame) {
+TEST_F(PopupPainter, EveryPaintIsACompleteFrame) {
     PaintPopup(kWindow);
     const Drawing first = g_gdi.drawn;
     g_gdi.drawn.clear();

@@ -50,7 +50,7 @@ void ShowCard() {
     g_app.pwmTargetsPresent = true;
 }
 
-// The first row in order that holds the point, of those that are not left out.
+// The first row in order that contains the point and is not excluded.
 Region FirstIn(const std::vector<Row>& rows, int x, int y) {
     for (const Row& row : rows) {
         if (row.left <= x && x <= row.right - 1 && row.top <= y && y <= row.bottom - 1) return row.region;
@@ -154,7 +154,7 @@ TEST_F(Regions, TheCardReactsWhereItIsDrawn) {
     ExpectRegionsEverywhere(MainRowsWithout({Region::GammaBanner}));
 }
 
-TEST_F(Regions, TheBannerTakesTheWholeStripAndTheCardIsGone) {
+TEST_F(Regions, TheBannerCoversTheStripAndTheCardDoesNotReact) {
     ShowBanner();
     ShowCard();
     g_app.pwmSafe = true;
@@ -172,7 +172,7 @@ TEST_F(Regions, AfterADemotedBannerWithoutDisplaysNothingOfTheStripReacts) {
     ExpectRegionsEverywhere(MainRowsWithout({Region::GammaBanner, Region::PwmCard}));
 }
 
-TEST_F(Regions, TheSettingsPanelHasItsOwnRegionsWhateverTheStripWouldShow) {
+TEST_F(Regions, TheSettingsPanelHasItsOwnRegionsRegardlessOfTheStrip) {
     ShowBanner();
     ShowCard();
     g_app.panel = Panel::Settings;

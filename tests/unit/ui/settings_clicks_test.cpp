@@ -1,5 +1,5 @@
-// What a press on each region of the settings panel does.
-#include "ui/click_bench.h"
+// The action of a press on each region of the settings panel.
+#include "ui/click_fixture.h"
 
 namespace {
 
@@ -7,25 +7,25 @@ using SettingsClicks = ClickTest;
 
 }  // namespace
 
-TEST_F(SettingsClicks, CloseShowsTheMainPanelLooksAtTheDisplaysAnewAndRefreshes) {
+TEST_F(SettingsClicks, CloseShowsTheMainPanelQueriesTheDisplaysAndRefreshes) {
     OpenSettings();
     Press(kClose);
     EXPECT_EQ(g_app.panel, Panel::Main);
-    EXPECT_EQ(g_bench.panelAtRefresh, Panel::Main);
+    EXPECT_EQ(g_fixture.panelAtRefresh, Panel::Main);
     EXPECT_EQ(g_calls, (CallRecord{"look at displays", "refresh"}));
 }
 
-TEST_F(SettingsClicks, LaunchAtStartupIsReversedSavedNowAndShown) {
+TEST_F(SettingsClicks, LaunchAtStartupIsReversedSavedImmediatelyAndShown) {
     OpenSettings();
     Press(kLaunchRow);
     EXPECT_TRUE(g_app.launchAtStart);
     EXPECT_EQ(g_calls, (CallRecord{"autostart on", "save", "refresh"}));
-    EXPECT_TRUE(g_bench.atSave.launch);
+    EXPECT_TRUE(g_fixture.atSave.launch);
     g_calls.clear();
     Press(kLaunchRow);
     EXPECT_FALSE(g_app.launchAtStart);
     EXPECT_EQ(g_calls, (CallRecord{"autostart off", "save", "refresh"}));
-    EXPECT_FALSE(g_bench.atSave.launch);
+    EXPECT_FALSE(g_fixture.atSave.launch);
 }
 
 TEST_F(SettingsClicks, LaunchAtStartupAppliesNoFilter) {
@@ -35,7 +35,7 @@ TEST_F(SettingsClicks, LaunchAtStartupAppliesNoFilter) {
     EXPECT_EQ(g_calls, (CallRecord{"autostart on", "save", "refresh"}));
 }
 
-TEST_F(SettingsClicks, ExtremeDimWithTheFilterOnAppliesSavesNowAndRefreshes) {
+TEST_F(SettingsClicks, ExtremeDimWithTheFilterOnAppliesSavesImmediatelyAndRefreshes) {
     OpenSettings();
     g_app.filterOn = true;
     g_app.brightness = 0.1;
@@ -43,17 +43,17 @@ TEST_F(SettingsClicks, ExtremeDimWithTheFilterOnAppliesSavesNowAndRefreshes) {
     EXPECT_TRUE(g_app.allowExtremeDim);
     EXPECT_EQ(g_app.brightness, 0.1);
     EXPECT_EQ(g_calls, (CallRecord{"matrix", "tint cursors", "save", "refresh"}));
-    EXPECT_TRUE(g_bench.atSave.extremeDim);
+    EXPECT_TRUE(g_fixture.atSave.extremeDim);
 }
 
-TEST_F(SettingsClicks, LeavingExtremeDimLiftsADarkerBrightnessToTheFloorBeforeItIsApplied) {
+TEST_F(SettingsClicks, LeavingExtremeDimRaisesADarkerBrightnessToTheMinimumBeforeItIsApplied) {
     OpenSettings();
     g_app.filterOn = true;
     g_app.allowExtremeDim = true;
     g_app.brightness = 0.03;
     Press(kExtremeDimRow);
-    EXPECT_EQ(g_bench.atApply, (Snapshot{0.385, 0.1, true, false, false, false}));
-    EXPECT_EQ(g_bench.atSave, g_bench.atApply);
+    EXPECT_EQ(g_fixture.atApply, (Snapshot{0.385, 0.1, true, false, false, false}));
+    EXPECT_EQ(g_fixture.atSave, g_fixture.atApply);
     EXPECT_EQ(g_app.brightness, 0.1);
     EXPECT_EQ(g_calls, (CallRecord{"matrix", "tint cursors", "save", "refresh"}));
 }
@@ -66,7 +66,7 @@ TEST_F(SettingsClicks, ExtremeDimWithTheFilterOffIsOnlySavedAndShown) {
     EXPECT_FALSE(g_app.allowExtremeDim);
     EXPECT_EQ(g_app.brightness, 0.1);
     EXPECT_EQ(g_calls, (CallRecord{"save", "refresh"}));
-    EXPECT_EQ(g_bench.atSave.brightness, 0.1);
+    EXPECT_EQ(g_fixture.atSave.brightness, 0.1);
 }
 
 TEST_F(SettingsClicks, LegacyModeOnClearsTheMatrixBeforeItFlips) {
@@ -75,13 +75,13 @@ TEST_F(SettingsClicks, LegacyModeOnClearsTheMatrixBeforeItFlips) {
     Press(kLegacyRow);
     EXPECT_TRUE(g_app.useLegacyGamma);
     EXPECT_EQ(g_calls, (CallRecord{"restore cursors", "identity matrix", "ramp", "save", "refresh"}));
-    EXPECT_FALSE(g_bench.atClear.legacy);
-    EXPECT_TRUE(g_bench.atApply.legacy);
-    EXPECT_TRUE(g_bench.atSave.legacy);
+    EXPECT_FALSE(g_fixture.atClear.legacy);
+    EXPECT_TRUE(g_fixture.atApply.legacy);
+    EXPECT_TRUE(g_fixture.atSave.legacy);
     EXPECT_FALSE(g_app.fallbackSuppressed);
 }
 
-TEST_F(SettingsClicks, LegacyModeOffEndsTheFallbacksBookkeepingAndInitialisesTheMagnificationApi) {
+TEST_F(SettingsClicks, LegacyModeOffResetsTheFallbackAndInitialisesTheMagnificationApi) {
     OpenSettings();
     g_app.filterOn = true;
     g_app.useLegacyGamma = true;
@@ -95,9 +95,9 @@ TEST_F(SettingsClicks, LegacyModeOffEndsTheFallbacksBookkeepingAndInitialisesThe
     EXPECT_EQ(g_app.consecutiveError87, 0);
     EXPECT_EQ(g_calls, (CallRecord{"restore cursors", "identity ramp", "initialise", "matrix", "tint cursors",
                                    "save", "refresh"}));
-    EXPECT_TRUE(g_bench.atClear.legacy);
-    EXPECT_FALSE(g_bench.atApply.legacy);
-    EXPECT_FALSE(g_bench.atSave.legacy);
+    EXPECT_TRUE(g_fixture.atClear.legacy);
+    EXPECT_FALSE(g_fixture.atApply.legacy);
+    EXPECT_FALSE(g_fixture.atSave.legacy);
 }
 
 TEST_F(SettingsClicks, LegacyModeOffDoesNotInitialiseTwice) {
@@ -109,12 +109,12 @@ TEST_F(SettingsClicks, LegacyModeOffDoesNotInitialiseTwice) {
               (CallRecord{"restore cursors", "identity ramp", "matrix", "tint cursors", "save", "refresh"}));
 }
 
-TEST_F(SettingsClicks, LegacyModeOffIsSavedEvenWhenTheMagnificationApiDoesNotCome) {
+TEST_F(SettingsClicks, LegacyModeOffIsSavedEvenWhenTheMagnificationApiFails) {
     OpenSettings();
     g_app.filterOn = true;
     g_app.useLegacyGamma = true;
     g_app.magnificationReady = false;
-    g_bench.initialisationSucceeds = false;
+    g_fixture.initialisationSucceeds = false;
     Press(kLegacyRow);
     EXPECT_FALSE(g_app.useLegacyGamma);
     EXPECT_EQ(g_calls, (CallRecord{"restore cursors", "identity ramp", "initialise", "save", "refresh"}));
@@ -156,7 +156,7 @@ TEST_F(SettingsClicks, SettingsRegionsDoNotReactOnTheMainPanel) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(SettingsClicks, TheGearIsNotThereOnTheSettingsPanel) {
+TEST_F(SettingsClicks, TheGearDoesNotReactOnTheSettingsPanel) {
     OpenSettings();
     Press({302, 29});
     Press({290, 17});

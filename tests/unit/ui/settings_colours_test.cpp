@@ -1,4 +1,4 @@
-// What the design fixes of the settings panel, as numbers: edges and colours in the drawn picture.
+// Numbers that the design specifies for the settings panel: edges and colours in the picture.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -98,7 +98,7 @@ TEST_P(SettingsColours, TheValuesAreWhiteTextsAndNothingElseChangesWithThem) {
     EXPECT_EQ(count(on, "OFF #FFFFFF"), 0);
 }
 
-TEST_P(SettingsColours, TheTextsComeInTheOrderOfTheDesign) {
+TEST_P(SettingsColours, TheTextsAreDrawnInTheOrderOfTheDesign) {
     const std::vector<std::string> rows = {
         "SETTINGS #FFFFFF",          "CLOSE #FF0000", "LAUNCH AT STARTUP #FFFFFF", "OFF #FFFFFF",
         "ALLOW EXTREME DIM #FFFFFF", "OFF #FFFFFF",   "LEGACY MODE #FFFFFF",       "OFF #FFFFFF"};

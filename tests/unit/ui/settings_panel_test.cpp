@@ -85,13 +85,13 @@ protected:
 
 }  // namespace
 
-TEST_F(SettingsPanelDrawing, WithEveryFlagOffTheRowsSayOff) {
+TEST_F(SettingsPanelDrawing, WithEveryFlagOffTheRowsShowOff) {
     const Drawn drawn = DrawPanel();
     EXPECT_EQ(drawn.surfaces, Surfaces(kButtonSurface));
     EXPECT_EQ(drawn.texts, Texts("OFF", "OFF", "OFF", kButtonTexts));
 }
 
-TEST_F(SettingsPanelDrawing, WithEveryFlagOnTheRowsSayOnAsWhiteAsOff) {
+TEST_F(SettingsPanelDrawing, WithEveryFlagOnTheRowsShowOnInTheSameWhite) {
     g_app.launchAtStart = true;
     g_app.allowExtremeDim = true;
     g_app.useLegacyGamma = true;
@@ -111,7 +111,7 @@ TEST_F(SettingsPanelDrawing, EachRowShowsItsOwnFlagAsItIsWhenPainted) {
     EXPECT_EQ(DrawPanel().texts, Texts("OFF", "OFF", "ON", kButtonTexts));
 }
 
-TEST_F(SettingsPanelDrawing, EachTextLiesOverItsSurface) {
+TEST_F(SettingsPanelDrawing, EachTextIsDrawnOverItsSurface) {
     const Drawing drawing = DrawPanel().all;
     const auto at = [&](const std::string& line) {
         const auto found = std::find(drawing.begin(), drawing.end(), line);
@@ -146,7 +146,7 @@ TEST_F(SettingsPanelDrawing, NothingElseOfTheStateIsShown) {
     EXPECT_EQ(DrawPanel().all, plain);
 }
 
-TEST_F(SettingsPanelDrawing, TheCopiedLookLastsWhileTheTimeIsStrictlyBelowItsEnd) {
+TEST_F(SettingsPanelDrawing, TheCopiedIndicationLastsWhileTheTimeIsStrictlyBelowItsEnd) {
     g_app.copiedUntil = 75'000;
     ExpectCopied();
     g_tick = 74'999;
@@ -164,7 +164,7 @@ TEST_F(SettingsPanelDrawing, BeforeTheFirstCopyTheButtonIsPlain) {
     ExpectPlainButton();
 }
 
-TEST_F(SettingsPanelDrawing, ASecondCopyExtendsTheCopiedLook) {
+TEST_F(SettingsPanelDrawing, ASecondCopyExtendsTheCopiedIndication) {
     g_app.copiedUntil = 75'000;
     g_tick = 74'000;
     ExpectCopied();
@@ -175,7 +175,7 @@ TEST_F(SettingsPanelDrawing, ASecondCopyExtendsTheCopiedLook) {
     ExpectPlainButton();
 }
 
-TEST_F(SettingsPanelDrawing, TheCopiedLookLeavesTheRowsAlone) {
+TEST_F(SettingsPanelDrawing, TheCopiedIndicationDoesNotChangeTheRows) {
     g_app.copiedUntil = 75'000;
     g_app.allowExtremeDim = true;
     const Drawn drawn = DrawPanel();

@@ -30,7 +30,7 @@ protected:
 
 }  // namespace
 
-TEST_F(SliderControl, TheGreysOfTheThumbAreMouldedInSinglePrecision) {
+TEST_F(SliderControl, TheGreysOfTheThumbAreComputedInSinglePrecision) {
     for (int row = 0; row < 28; ++row)
         EXPECT_EQ(ThumbGrey(row), kThumbGreys[row]) << "row " << row;
 }

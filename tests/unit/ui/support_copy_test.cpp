@@ -1,4 +1,4 @@
-// The support button's copying: every call in its order, and every way to fail.
+// Copying by the support button: every call in order, and every failure.
 #include "ui/support_copy.h"
 
 #include <gtest/gtest.h>
@@ -47,7 +47,7 @@ BOOL WINAPI FakeCloseClipboard() {
 HGLOBAL WINAPI FakeGlobalAlloc(UINT flags, SIZE_T bytes) {
     Record("allocate ", bytes, flags == 2 ? " movable" : " OF ANOTHER KIND");
     if (!g_allocates) return nullptr;
-    // What a block holds at first is anything.
+    // A block initially contains arbitrary data.
     g_memory.assign(bytes / sizeof(wchar_t), L'#');
     return kBlock;
 }
@@ -102,7 +102,7 @@ protected:
     }
 };
 
-// A failed copy ends so, whatever failed.
+// The result of every failed copy.
 const std::string kFailed = "log: Support bundle copy failed";
 
 }  // namespace
@@ -127,7 +127,7 @@ AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
 }
 
-TEST_F(SupportCopy, PutsTheReportOnTheClipboardAndKeepsNothing) {
+TEST_F(SupportCopy, CopiesTheReportToTheClipboardAndLeaksNothing) {
     CopySupportBundle();
     EXPECT_EQ(g_calls, (CallRecord{"build report", "open clipboard 500", "empty clipboard",
                                    "allocate 14 movable", "lock", "unlock", "hand over as format 13",
@@ -136,12 +136,12 @@ TEST_F(SupportCopy, PutsTheReportOnTheClipboardAndKeepsNothing) {
     EXPECT_EQ(HandedOver(), std::wstring(L"report\0", 7));
 }
 
-TEST_F(SupportCopy, ShowsTheCopiedLookForFiveSeconds) {
+TEST_F(SupportCopy, ShowsTheCopiedIndicationForFiveSeconds) {
     CopySupportBundle();
     EXPECT_EQ(g_app.copiedUntil, 1005000u);
 }
 
-TEST_F(SupportCopy, ASecondCopyWithinFiveSecondsExtendsTheLook) {
+TEST_F(SupportCopy, ASecondCopyWithinFiveSecondsExtendsTheIndication) {
     CopySupportBundle();
     g_tick = 1004999;
     g_calls.clear();
@@ -151,8 +151,8 @@ TEST_F(SupportCopy, ASecondCopyWithinFiveSecondsExtendsTheLook) {
     EXPECT_TRUE(Did("refresh"));
 }
 
-// Slow displays are asked for the report; the look lasts from the copy on.
-TEST_F(SupportCopy, TheTimeThatTheReportTakesDoesNotShortenTheLook) {
+// Slow displays delay the report; the indication lasts five seconds from the copy.
+TEST_F(SupportCopy, TheTimeThatTheReportTakesDoesNotShortenTheIndication) {
     g_buildingTakes = 3500;
     CopySupportBundle();
     EXPECT_EQ(g_app.copiedUntil, 1008500u);
@@ -172,7 +172,7 @@ TEST_F(SupportCopy, TheLengthIsCountedInUtf16Units) {
     EXPECT_EQ(HandedOver(), g_text + L'\0');
 }
 
-TEST_F(SupportCopy, ALongReportIsCopiedWhole) {
+TEST_F(SupportCopy, ALongReportIsCopiedCompletely) {
     g_text = std::wstring(250000, L'x') + L"END\r\n";
     CopySupportBundle();
     EXPECT_TRUE(Did("allocate 500012 movable"));
@@ -221,7 +221,7 @@ TEST_F(SupportCopy, AClipboardThatCannotBeEmptiedMayStillTakeTheReport) {
     EXPECT_EQ(g_app.copiedUntil, 1005000u);
 }
 
-TEST_F(SupportCopy, AFailureSoonAfterACopyLeavesTheNormalLook) {
+TEST_F(SupportCopy, AFailureSoonAfterACopyEndsTheIndication) {
     CopySupportBundle();
     g_tick += 1000;
     g_accepts = false;

@@ -35,19 +35,19 @@ TEST_F(ComGuards, ATextIsACopyThatIsFreedAtTheEndOfItsScope) {
     EXPECT_EQ(TextsHeld(), 0);
 }
 
-TEST_F(ComGuards, AnEmptyTextIsATextOfItsOwn) {
+TEST_F(ComGuards, AnEmptyTextIsNotNull) {
     const Bstr empty(L"");
     ASSERT_NE(empty.text, nullptr);
     EXPECT_EQ(SysStringLen(empty.text), 0U);
 }
 
-TEST_F(ComGuards, ATextIsNullWhenMemoryRunsOutAndThatIsFreedWithoutHarm) {
+TEST_F(ComGuards, ATextIsNullWhenMemoryRunsOutAndCanBeFreed) {
     LetAllocationFail(1);
     const Bstr copy(L"WQL");
     EXPECT_EQ(copy.text, nullptr);
 }
 
-TEST_F(ComGuards, AVariantBeginsEmpty) {
+TEST_F(ComGuards, AVariantStartsEmpty) {
     const Variant variant;
     EXPECT_EQ(variant.value.vt, VT_EMPTY);
     EXPECT_EQ(VariantsHeld(), 1);
@@ -83,7 +83,7 @@ TEST_F(ComGuards, AnInterfaceIsReleasedOnceAtTheEndOfItsScope) {
     EXPECT_EQ(object.references, 0U);
 }
 
-TEST_F(ComGuards, APointerThatNobodyFilledReleasesNothing) {
+TEST_F(ComGuards, ANullPointerReleasesNothing) {
     ComPointer<IUnknown> pointer;
     EXPECT_EQ(*pointer.Out(), nullptr);
 }

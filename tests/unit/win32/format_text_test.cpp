@@ -29,7 +29,7 @@ struct Guarded {
 
 }  // namespace
 
-TEST(FormatText, ATextOneShorterThanTheBufferIsWhole) {
+TEST(FormatText, ATextOneShorterThanTheBufferIsComplete) {
     Guarded buffer;
     FormatText(buffer.text, "%ls", L"1234567");
     EXPECT_STREQ(buffer.text, L"1234567");
@@ -41,50 +41,50 @@ TEST(FormatText, ATextAsLongAsTheBufferLosesItsLastCharacter) {
     EXPECT_STREQ(buffer.text, L"1234567");
 }
 
-TEST(FormatText, ATextOneLongerThanTheBufferIsCutAtTheLastPlace) {
+TEST(FormatText, ATextOneLongerThanTheBufferIsTruncatedAtTheLastPosition) {
     Guarded buffer;
     FormatText(buffer.text, "%ls", L"123456789");
     EXPECT_STREQ(buffer.text, L"1234567");
 }
 
-TEST(FormatText, AMuchLongerTextIsCutAndTerminated) {
+TEST(FormatText, AMuchLongerTextIsTruncatedAndTerminated) {
     Guarded buffer;
     const std::wstring endless(5000, L'x');
     FormatText(buffer.text, "ab%ls%d", endless.c_str(), 7);
     EXPECT_STREQ(buffer.text, L"abxxxxx");
 }
 
-TEST(FormatText, LiteralTextIsCutToo) {
+TEST(FormatText, LiteralTextIsTruncated) {
     Guarded buffer;
     FormatText(buffer.text, "12345678");
     EXPECT_STREQ(buffer.text, L"1234567");
 }
 
-TEST(FormatText, ANumberIsCutInTheMiddle) {
+TEST(FormatText, ANumberIsTruncatedInTheMiddle) {
     Guarded buffer;
     FormatText(buffer.text, "abcd%d", 123456);
     EXPECT_STREQ(buffer.text, L"abcd123");
 }
 
-TEST(FormatText, AFractionIsCutInTheMiddle) {
+TEST(FormatText, AFractionIsTruncatedInTheMiddle) {
     Guarded buffer;
     FormatText(buffer.text, "abc%.3f", 12.345);
     EXPECT_STREQ(buffer.text, L"abc12.3");
 }
 
-TEST(FormatText, NothingAfterTheCutIsWrittenAnywhere) {
+TEST(FormatText, NothingIsWrittenAfterTheTruncation) {
     Guarded buffer;
     FormatText(buffer.text, "%ls%ls%ls", L"1234567", L"8", L"9");
     EXPECT_STREQ(buffer.text, L"1234567");
 }
 
-TEST(FormatText, AnEmptyTextIsOnlyTheTerminatingZero) {
+TEST(FormatText, AnEmptyTextIsOnlyTheTerminator) {
     Guarded buffer;
     FormatText(buffer.text, "%ls", L"");
     EXPECT_STREQ(buffer.text, L"");
 }
 
-TEST(FormatText, ACapacityOfOneHoldsOnlyTheTerminatingZero) {
+TEST(FormatText, ACapacityOfOneContainsOnlyTheTerminator) {
     Guarded buffer;
     FormatWide(buffer.text, 1, L"%ls", L"1234567");
     EXPECT_EQ(buffer.text[0], L'\0');
@@ -97,7 +97,7 @@ TEST(FormatText, ACapacityOfZeroWritesNothing) {
     EXPECT_EQ(buffer.text[0], kUntouched);
 }
 
-TEST(FormatText, EveryCapacityCutsAtItsOwnLastPlace) {
+TEST(FormatText, EveryCapacityTruncatesAtItsLastPosition) {
     const std::wstring whole = L"[21:04:07.031] 4,000K 0.385";
     for (std::size_t capacity = 1; capacity <= whole.size() + 2; ++capacity) {
         wchar_t text[64];
@@ -140,7 +140,7 @@ TEST(FormatText, FractionsHaveThreeRoundedDecimals) {
     EXPECT_STREQ(text, L"(0.939, 0.515, -0.063)");
 }
 
-TEST(FormatText, WideStringsArePrintedAsTheyAre) {
+TEST(FormatText, WideStringsArePrintedUnchanged) {
     wchar_t text[64];
     FormatText(text, "<%ls>", L"C:\\Jos\u00e9 \u65e5\u672c\\\U0001F319");
     EXPECT_STREQ(text, L"<C:\\Jos\u00e9 \u65e5\u672c\\\U0001F319>");

@@ -58,7 +58,7 @@ TEST(SystemLibrary, ADllOfTheSystemFolderIsLoadedFromThere) {
     FreeLibrary(module);
 }
 
-TEST(SystemLibrary, AMissingDllIsNullAndTellsWhy) {
+TEST(SystemLibrary, AMissingDllIsNullAndSetsTheLastError) {
     SetLastError(ERROR_SUCCESS);
     const HMODULE module = LoadSystemLibrary(L"ambrel_no_such.dll");
     const DWORD error = GetLastError();
@@ -66,7 +66,7 @@ TEST(SystemLibrary, AMissingDllIsNullAndTellsWhy) {
     EXPECT_EQ(error, static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
 }
 
-TEST(SystemLibrary, ADllBesideTheProgramIsNotLoaded) {
+TEST(SystemLibrary, ADllNextToTheProgramIsNotLoaded) {
     const StrangerInCurrentFolder stranger;
 
     // Windows' ordinary search finds it: without the restriction it would have been loaded.

@@ -11,7 +11,7 @@ HWND const kPopup = MakeHandle<HWND>(500);
 HWND const kOther = MakeHandle<HWND>(600);
 constexpr DWORD kOtherThread = 0xFFFF0001;
 
-// What this Windows does.
+// The behaviour of the fake Windows.
 struct System {
     HWND foreground = kOther;
     DWORD foregroundThread = kOtherThread;
@@ -38,11 +38,11 @@ BOOL WINAPI FakeSetForegroundWindow(HWND window) {
     Record("ask ", ValueOf(window));
     g_system.requests += 1;
     if (g_system.requests == g_system.grantedRequest) g_system.foreground = window;
-    // Windows answers TRUE also when it only flashes the taskbar button: the answer is not to be trusted.
+    // Windows returns TRUE even if it only flashes the taskbar button, so the result proves nothing.
     return TRUE;
 }
 
-// The new time-out is the pointer itself, not what it points to.
+// The pointer itself is the new time-out.
 BOOL WINAPI FakeSystemParametersInfo(UINT action, UINT parameter, void* value, UINT notify) {
     EXPECT_EQ(parameter, 0U);
     EXPECT_EQ(notify, 0U);
@@ -85,7 +85,7 @@ const CallRecord kInsisted = {
     "to top 500",       "ask 500",    "read time-out", "set time-out 0",   "allow 4294967295",
     "attach own other", "to top 500", "ask 500",       "detach own other", "set time-out 200000",
 };
-// The same without sharing the input.
+// The calls without attached input.
 const CallRecord kInsistedAlone = {
     "to top 500",       "ask 500",    "read time-out", "set time-out 0",
     "allow 4294967295", "to top 500", "ask 500",       "set time-out 200000",
@@ -110,38 +110,38 @@ AMBREL_SEAM(GetWindowThreadProcessId, FakeGetWindowThreadProcessId);
 AMBREL_SEAM(IsHungAppWindow, FakeIsHungAppWindow);
 AMBREL_SEAM(AttachThreadInput, FakeAttachThreadInput);
 
-TEST_F(Foreground, GrantedAtOnceNothingElseIsTouched) {
+TEST_F(Foreground, AnImmediateGrantChangesNothingElse) {
     EXPECT_TRUE(BringToForeground(kPopup));
     EXPECT_EQ(g_calls, (CallRecord{"to top 500", "ask 500"}));
 }
 
-TEST_F(Foreground, IsInsistedOnWithTheLockLiftedAndTheInputShared) {
+TEST_F(Foreground, ARefusalIsRetriedWithoutTheLockAndWithTheInputAttached) {
     g_system.grantedRequest = 2;
     EXPECT_TRUE(BringToForeground(kPopup));
     EXPECT_EQ(g_calls, kInsisted);
 }
 
-TEST_F(Foreground, WhenStillRefusedInputAndTimeOutAreAsBefore) {
+TEST_F(Foreground, AfterASecondRefusalInputAndTimeOutAreRestored) {
     g_system.grantedRequest = 0;
     EXPECT_FALSE(BringToForeground(kPopup));
     EXPECT_EQ(g_calls, kInsisted);
 }
 
-TEST_F(Foreground, TheInputOfAHungWindowsThreadIsNotShared) {
+TEST_F(Foreground, TheInputOfAHungWindowsThreadIsNotAttached) {
     g_system.hung = true;
     g_system.grantedRequest = 2;
     EXPECT_TRUE(BringToForeground(kPopup));
     EXPECT_EQ(g_calls, kInsistedAlone);
 }
 
-TEST_F(Foreground, TheOwnThreadIsNotAttachedToItself) {
+TEST_F(Foreground, TheCurrentThreadIsNotAttachedToItself) {
     g_system.foregroundThread = GetCurrentThreadId();
     g_system.grantedRequest = 2;
     EXPECT_TRUE(BringToForeground(kPopup));
     EXPECT_EQ(g_calls, kInsistedAlone);
 }
 
-TEST_F(Foreground, WithoutAForegroundWindowNoInputIsShared) {
+TEST_F(Foreground, WithoutAForegroundWindowNoInputIsAttached) {
     g_system.foreground = nullptr;
     g_system.grantedRequest = 2;
     EXPECT_TRUE(BringToForeground(kPopup));

@@ -22,7 +22,7 @@ BOOL WINAPI FakeInvalidateRect(HWND window, const RECT* area, BOOL erase) {
 
 AMBREL_SEAM(InvalidateRect, FakeInvalidateRect);
 
-TEST(Refresh, RepaintsTheWholePopupWithoutErasingAndUpdatesTheTrayIcon) {
+TEST(Refresh, InvalidatesTheEntirePopupWithoutErasingAndUpdatesTheTrayIcon) {
     g_calls.clear();
     g_app = AppState{};
     g_app.mainWindow = MakeHandle<HWND>(500);

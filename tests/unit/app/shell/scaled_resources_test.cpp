@@ -158,7 +158,7 @@ TEST_F(ScaledResources, WithoutTheFunctionTheMainWindowsDpiIsTaken) {
                                    "load icon 103 28x28", "destroy icon 70 with 71 in place"}));
 }
 
-TEST_F(ScaledResources, AMonitorThatFailsToTellIsNotBelieved) {
+TEST_F(ScaledResources, WhenTheMonitorsDpiCannotBeReadTheMainWindowsDpiIsUsed) {
     g_monitorAnswer = E_INVALIDARG;
     g_monitorDpi = 144;
     g_mainWindowDpi = 192;
@@ -167,14 +167,14 @@ TEST_F(ScaledResources, AMonitorThatFailsToTellIsNotBelieved) {
     EXPECT_EQ(g_calls.back(), "destroy icon 70 with 71 in place");
 }
 
-TEST_F(ScaledResources, AMonitorOfZeroDpiIsNotBelieved) {
+TEST_F(ScaledResources, AMonitorDpiOfZeroIsIgnored) {
     g_monitorDpi = 0;
     g_mainWindowDpi = 144;
     UpdateDpiForMonitor(kOtherWindow, kMonitor);
     EXPECT_EQ(g_app.dpi, 144U);
 }
 
-TEST_F(ScaledResources, AMonitorThatDoesNotTellAndNoMainWindowCountAs96) {
+TEST_F(ScaledResources, WithoutAMonitorDpiAndAMainWindowTheDpiIs96) {
     g_app.mainWindow = nullptr;
     g_app.dpi = 144;
     g_otherWindowDpi = 192;
@@ -182,7 +182,7 @@ TEST_F(ScaledResources, AMonitorThatDoesNotTellAndNoMainWindowCountAs96) {
     EXPECT_EQ(g_app.dpi, 96U);
 }
 
-TEST_F(ScaledResources, AMonitorThatDoesNotTellAndAMainWindowOfZeroDpiCountAs96) {
+TEST_F(ScaledResources, WithoutAMonitorDpiAndWithAWindowDpiOfZeroTheDpiIs96) {
     g_app.dpi = 144;
     UpdateDpiForMonitor(kOtherWindow, kMonitor);
     EXPECT_EQ(g_app.dpi, 96U);
@@ -197,14 +197,14 @@ TEST_F(ScaledResources, WithoutAMonitorTheGivenWindowsDpiIsTaken) {
     EXPECT_EQ(g_app.dpi, 144U);
 }
 
-TEST_F(ScaledResources, WithoutAMonitorAWindowOfZeroDpiCountsAs96) {
+TEST_F(ScaledResources, WithoutAMonitorAWindowDpiOfZeroIsTreatedAs96) {
     g_app.dpi = 192;
     UpdateDpiForMonitor(kOtherWindow, nullptr);
     EXPECT_EQ(g_app.dpi, 96U);
     EXPECT_EQ(g_calls[1], "load icon 103 22x22");
 }
 
-TEST_F(ScaledResources, WithoutMonitorAndWindow96IsTakenWhateverTheMainWindowSays) {
+TEST_F(ScaledResources, WithoutMonitorAndWindowTheDpiIs96RegardlessOfTheMainWindow) {
     g_app.dpi = 192;
     g_mainWindowDpi = 144;
     UpdateDpiForMonitor(nullptr, nullptr);

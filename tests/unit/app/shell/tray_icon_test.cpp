@@ -88,7 +88,7 @@ TEST_F(TrayIcon, AddingWhileTheFilterIsOnShowsTheOnIconAndStillThePlainName) {
     EXPECT_STREQ(g_shellCalls[0].data.szTip, L"Ambrel");
 }
 
-TEST_F(TrayIcon, ARefusedAddIsTold) {
+TEST_F(TrayIcon, ARefusedAddIsReported) {
     g_shellAccepts = false;
     EXPECT_FALSE(AddTrayIcon());
 }
@@ -117,16 +117,16 @@ TEST_F(TrayIcon, TheOnIconIsShownWhileTheFilterIsOn) {
     EXPECT_STREQ(g_shellCalls[1].data.szTip, L"Ambrel - OFF");
 }
 
-TEST_F(TrayIcon, TheTipTellsTheDayPreset) {
+TEST_F(TrayIcon, TheTipShowsTheDayPreset) {
     EXPECT_EQ(TipFor(0.3846153846153846, 1.0), L"Ambrel - ON (4000K, 100%)");
 }
 
-TEST_F(TrayIcon, TheTipTellsTheEveningAndTheNightPreset) {
+TEST_F(TrayIcon, TheTipShowsTheEveningAndTheNightPreset) {
     EXPECT_EQ(TipFor(1.0 - 2700.0 / 6500.0, 0.85), L"Ambrel - ON (2700K, 85%)");
     EXPECT_EQ(TipFor(1.0, 0.7), L"Ambrel - ON (0K, 70%)");
 }
 
-TEST_F(TrayIcon, IntensityZeroIs6500KelvinAndWhatLiesOutsideIsClamped) {
+TEST_F(TrayIcon, IntensityZeroIs6500KelvinAndOutOfRangeValuesAreClamped) {
     EXPECT_EQ(TipFor(0.0, 1.0), L"Ambrel - ON (6500K, 100%)");
     EXPECT_EQ(TipFor(-0.5, 1.0), L"Ambrel - ON (6500K, 100%)");
     EXPECT_EQ(TipFor(1.5, 1.0), L"Ambrel - ON (0K, 100%)");
@@ -146,7 +146,7 @@ TEST_F(TrayIcon, TheKelvinAreRoundedHalvesUp) {
     EXPECT_EQ(TipFor(0.9999, 1.0), L"Ambrel - ON (1K, 100%)");
 }
 
-TEST_F(TrayIcon, ATipNeverExceeds127CharactersWhateverTheState) {
+TEST_F(TrayIcon, ATipNeverExceeds127CharactersRegardlessOfTheState) {
     for (const double intensity : {-1.0e9, 0.0, 1.0e7}) {
         for (const double brightness : {-1.0e7, 0.0, 1.0e7}) {
             const std::wstring tip = TipFor(intensity, brightness);
@@ -158,7 +158,7 @@ TEST_F(TrayIcon, ATipNeverExceeds127CharactersWhateverTheState) {
     EXPECT_EQ(sizeof(g_app.trayIconData.szTip), 128 * sizeof(wchar_t));
 }
 
-TEST_F(TrayIcon, ALongerTipBeforeLeavesNothingBehindTheShorterOne) {
+TEST_F(TrayIcon, AShorterTipContainsNothingOfALongerPreviousOne) {
     TipFor(0.3846153846153846, 1.0);
     g_app.filterOn = false;
     UpdateTrayIcon();
@@ -177,7 +177,7 @@ TEST_F(TrayIcon, ARefusedUpdateIsIgnoredAndTheNextOneTriesAgain) {
 }
 
 TEST_F(TrayIcon, TheUpdateBeforeTheFirstAddIsHarmless) {
-    // The window is created, and with it refreshed, before the icon is added: the shell refuses the change.
+    // The window is created and refreshed before the icon is added. The shell refuses that update.
     g_app.mainWindow = nullptr;
     g_shellAccepts = false;
     OnCreate(kWindow);
@@ -194,7 +194,7 @@ TEST_F(TrayIcon, TheUpdateBeforeTheFirstAddIsHarmless) {
     EXPECT_STREQ(g_shellCalls[1].data.szTip, L"Ambrel");
 }
 
-TEST_F(TrayIcon, RemovalNamesTheSameIcon) {
+TEST_F(TrayIcon, RemovalIdentifiesTheSameIcon) {
     AddTrayIcon();
     RemoveTrayIcon();
     ASSERT_EQ(g_shellCalls.size(), 2U);
@@ -204,7 +204,7 @@ TEST_F(TrayIcon, RemovalNamesTheSameIcon) {
     EXPECT_EQ(g_shellCalls[1].data.uID, 1U);
 }
 
-TEST_F(TrayIcon, IsUsedAsItWasBeforeVersions) {
+TEST_F(TrayIcon, UsesTheOriginalInterfaceVersion) {
     AddTrayIcon();
     UpdateTrayIcon();
     RemoveTrayIcon();

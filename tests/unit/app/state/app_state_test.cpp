@@ -94,7 +94,7 @@ TEST(AppStateDefaults, TheSavedBrightnessIsOrderedByCodeUnitsWithThePrefixFirst)
     EXPECT_EQ(order, L"B|a|ab|a\u00e9|b|");
 }
 
-TEST(AppStateDefaults, TheOneRecordIsThereBeforeStartUpWithItsDefaults) {
+TEST(AppStateDefaults, TheRecordExistsBeforeStartUpWithItsDefaults) {
     EXPECT_EQ(g_app.dpi, 96u);
     EXPECT_EQ(g_app.intensity, 0.385);
     EXPECT_EQ(g_app.brightness, 1.0);
@@ -147,7 +147,7 @@ TEST_F(Scaling, QuartersAreRoundedToTheNearest) {
     EXPECT_EQ(ScaleByDpi(2), 3);  // 2.5
 }
 
-TEST_F(Scaling, ADpiOfZeroIsReadAsNinetySix) {
+TEST_F(Scaling, ADpiOfZeroIsTreatedAs96) {
     g_app.dpi = 0;
     EXPECT_EQ(ScaleByDpi(37), 37);
     EXPECT_EQ(UnscaleForDpi(37), 37);

@@ -64,7 +64,7 @@ TEST_F(Timers, EachTimerHasItsIdAndPeriod) {
     EXPECT_EQ(g_calls, expected);
 }
 
-TEST_F(Timers, TheLongPaceAppliesAfterResumeAndToASlowedPoll) {
+TEST_F(Timers, TheLongPeriodAppliesAfterResumeAndToASlowedPoll) {
     StartTimer(TimerId::DisplaySettle, TimerPace::Long);
     StartTimer(TimerId::PwmSafePoll, TimerPace::Long);
     const std::vector<TimerCall> expected = {{"set", kWindow, 2, 1200}, {"set", kWindow, 4, 30000}};
@@ -85,7 +85,7 @@ TEST_F(Timers, WithoutAMainWindowNothingIsSetOrKilled) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(Timers, OnlyTheIdsOfTheTableAreOurs) {
+TEST_F(Timers, OnlyTheIdsOfTheTableAreRecognised) {
     EXPECT_FALSE(IsTimerId(0));
     EXPECT_TRUE(IsTimerId(1));
     EXPECT_TRUE(IsTimerId(8));

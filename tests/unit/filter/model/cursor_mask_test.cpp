@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::uint8_t kUntouched = 0x5A;
 
-// The widths lie on and beside every border of 8, 16 and 32 bits.
+// The widths are at and next to every multiple of 8, 16 and 32 bits.
 constexpr int kWidths[] = {1, 2, 7, 8, 9, 15, 16, 17, 20, 31, 32, 33, 47, 48, 49, 63, 64, 65, 96, 100};
 
 // Rows of bits, the first pixel in the highest bit of the first byte, each row padded to `padding` bits.
@@ -134,7 +134,7 @@ TEST(MonochromeCursor, EveryPixelOfEveryWidthFollowsItsTwoBits) {
     }
 }
 
-TEST(MonochromeCursor, TheMasksPaddingStaysZeroAndNothingBehindItIsWritten) {
+TEST(MonochromeCursor, TheMasksPaddingStaysZeroAndNothingBeyondItIsWritten) {
     for (const int width : kWidths) {
         constexpr int kHeight = 3;
         const Expanded result = Expand(
@@ -182,7 +182,7 @@ TEST(CursorMask, ItsRowsArePaddedToSixteenBits) {
     }
 }
 
-TEST(CursorMask, RowsThatWindowsHandsOutArePaddedToThirtyTwoBits) {
+TEST(CursorMask, RowsThatWindowsReturnsArePaddedToThirtyTwoBits) {
     for (const auto& [width, bytes] : {std::pair{1, 4U},
                                        {16, 4U},
                                        {31, 4U},
@@ -213,7 +213,7 @@ TEST(BuiltMask, ZeroPixelsAreTransparentAndColourWithoutAlphaBecomesOpaque) {
     EXPECT_EQ(TextOf(pixels[6]), "B0 G0 R0 A255");
 }
 
-TEST(BuiltMask, TheFirstPixelIsTheHighestBitAndEveryRowBeginsAnew) {
+TEST(BuiltMask, TheFirstPixelIsTheHighestBitAndEveryRowStartsAtAByte) {
     constexpr int kWidth = 18, kHeight = 2;
     std::vector<CursorPixel> pixels(kWidth * kHeight, CursorPixel{5, 5, 5, 255});
     for (const int index : {0, 9, 17, kWidth + 1, kWidth + 16})

@@ -1,4 +1,4 @@
-// What a filter makes of a cursor's colours: the tables of the three channels and the recoloured pixels.
+// Tinting of a cursor's colours: the tables of the three channels and the recoloured pixels.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -23,7 +23,7 @@ TintTables TablesFor(double red, double green, double blue) {
     return tables;
 }
 
-// Distinguishable in every channel: a mix-up of two of them is seen.
+// Different in every channel, so that swapped channels are detected.
 TintTables DistinctTables() {
     return TablesFor(0.7, 0.4, 0.1);
 }
@@ -73,7 +73,7 @@ TEST(CursorTables, AHalfIsRoundedUp) {
     }
 }
 
-TEST(CursorTables, TheProductIsTheOneOfDoublePrecision) {
+TEST(CursorTables, TheProductIsComputedInDoublePrecision) {
     const TintTables tables = TablesFor(0.7, 0.7, 0.7);
     EXPECT_EQ(tables.red[255], 179);  // 178.5
     EXPECT_EQ(tables.red[35], 25);    // 24.5
@@ -92,7 +92,7 @@ TEST(CursorTables, AFactorOfOneChangesNothingAndOfZeroLeavesBlack) {
     }
 }
 
-TEST(CursorTables, ProductsOutsideTheRangeAreBounded) {
+TEST(CursorTables, ProductsOutsideTheRangeAreClamped) {
     const TintTables tables = TablesFor(2.0, -0.5, 1.002);
     for (int value = 0; value < 256; ++value) {
         EXPECT_EQ(tables.red[value], value < 128 ? 2 * value : 255) << value;
@@ -141,8 +141,8 @@ TEST(CursorPixels, AlphaIsNeverChanged) {
     }
 }
 
-// Tables that would show it: no factor can make anything of 0.
-TEST(CursorPixels, APixelOfFourZeroBytesIsNotEvenLookedUp) {
+// Tables that would show a lookup: no factor changes 0.
+TEST(CursorPixels, APixelOfFourZeroBytesIsSkipped) {
     TintTables tables = DistinctTables();
     tables.red[0] = tables.green[0] = tables.blue[0] = 99;
     EXPECT_EQ(Tinted({0, 0, 0, 0}, tables), (Bytes{0, 0, 0, 0}));
@@ -167,7 +167,7 @@ TEST(CursorPixels, OnlyTheGivenNumberOfPixelsIsTouched) {
     EXPECT_EQ(BytesOf(pixels[0]), (Bytes{255, 255, 255, 255}));
 }
 
-TEST(CursorPixels, NeutralFactorsLeaveEveryPixelAsItWas) {
+TEST(CursorPixels, NeutralFactorsChangeNoPixel) {
     const TintTables neutral = TablesFor(1.0, 1.0, 1.0);
     for (int value = 0; value < 256; ++value) {
         const auto byte = static_cast<std::uint8_t>(value);

@@ -99,13 +99,13 @@ TEST(KelvinToRgb, TheLowBranchUses234358AndNotTheTextbookCoefficient) {
     EXPECT_NEAR(Raw(2000.0).red, 2.5223004689735808, 1e-9);
 }
 
-TEST(KelvinToRgb, At2222TheLowestBranchStillHolds) {
+TEST(KelvinToRgb, At2222TheLowestBranchStillApplies) {
     // The branch above would give 2.2916816, 0.7098832, 0.0710894.
     ExpectClose({2222, 2.2917224673806023, 0.70986936614464091, 0.071105720513691156}, Raw(2222.0), kClose);
     ExpectClose({2222.5, 2.2912142156118245, 0.71000992411038066, 0.071209936480477534}, Raw(2222.5), kClose);
 }
 
-TEST(KelvinToRgb, At4000TheLowBranchesStillHold) {
+TEST(KelvinToRgb, At4000TheLowBranchesStillApply) {
     // The high branches would give 1.4143832 (of x) and 1.4148194 (of y) for red.
     ExpectClose({4000, 1.4147825699714895, 0.92387984012003532, 0.53331044726866905}, Raw(4000.0), kClose);
     ExpectClose({4000.5, 1.414284771269211, 0.92397364592461562, 0.53384698129245645}, Raw(4000.5), kClose);
@@ -165,7 +165,7 @@ TEST(IntensityToFilterRgb, TheWarmestEndIsExactlyPureRed) {
     ExpectSame(Warmth(1.0), {1.0, 0.0, 0.0});
 }
 
-TEST(IntensityToFilterRgb, GivesThePublishedSamples) {
+TEST(IntensityToFilterRgb, ReturnsThePublishedSamples) {
     constexpr double kPublished = 0.00005;  // four decimals
     ExpectClose({0, 1, 1, 1}, Warmth(0.0), kPublished);
     ExpectClose({0.3846, 1.0000, 0.9390, 0.5153}, Warmth(1.0 - 4000.0 / 6500.0), kPublished);
@@ -175,7 +175,7 @@ TEST(IntensityToFilterRgb, GivesThePublishedSamples) {
     ExpectClose({1, 1, 0, 0}, Warmth(1.0), kPublished);
 }
 
-TEST(IntensityToFilterRgb, GivesTheExactCurveBetweenTheSamples) {
+TEST(IntensityToFilterRgb, ReturnsTheExactCurveBetweenTheSamples) {
     constexpr Sample samples[] = {
         {0.1, 1, 0.99279265597943089, 0.89558375827383763},
         {0.25, 1, 0.97332663831752653, 0.71155485747797309},

@@ -46,7 +46,7 @@ TEST(Presets, TheirIntensitiesHaveTheExactBits) {
     EXPECT_EQ(std::bit_cast<std::uint64_t>(Row(FilterPreset::Night).intensity), 0x3FF0000000000000u);
 }
 
-TEST(Presets, TheirBrightnessGoesWithTheKelvin) {
+TEST(Presets, EachHasItsBrightness) {
     EXPECT_EQ(Row(FilterPreset::Day).brightness, 1.0);
     EXPECT_EQ(Row(FilterPreset::Evening).brightness, 0.85);
     EXPECT_EQ(Row(FilterPreset::Night).brightness, 0.7);
@@ -123,7 +123,7 @@ TEST(ClampBrightness, TheCeilingIsOneEitherWay) {
     EXPECT_EQ(ClampBrightness(1.0, false), 1.0);
 }
 
-TEST(ClampBrightness, WhatLiesBetweenIsKept) {
+TEST(ClampBrightness, ValuesInRangeAreUnchanged) {
     EXPECT_EQ(ClampBrightness(0.85, false), 0.85);
     EXPECT_EQ(ClampBrightness(0.7, true), 0.7);
 }
@@ -136,7 +136,7 @@ TEST(KelvinLabel, HasAThousandsSeparatorFrom1000Up) {
     EXPECT_EQ(Label(1.0 - 1000.0 / 6500.0), L"1,000K");
 }
 
-TEST(KelvinLabel, PadsWhatFollowsTheSeparatorToThreeDigits) {
+TEST(KelvinLabel, PadsTheDigitsAfterTheSeparatorToThree) {
     EXPECT_EQ(Label(1.0 - 1005.0 / 6500.0), L"1,005K");
     EXPECT_EQ(Label(1.0 - 3050.0 / 6500.0), L"3,050K");
 }
@@ -164,7 +164,7 @@ TEST(KelvinLabel, OutsideItsRangeTheIntensityIsItsNearestEnd) {
     EXPECT_EQ(Label(2.0), L"0K");
 }
 
-TEST(KelvinLabel, IsCutToTheCapacity) {
+TEST(KelvinLabel, IsTruncatedToTheCapacity) {
     wchar_t label[5] = {L'?', L'?', L'?', L'?', L'?'};
     FormatKelvinLabel(0.0, label, 4);
     EXPECT_STREQ(label, L"6,5");

@@ -1,4 +1,4 @@
-#include "ui/gdi_books.h"
+#include "ui/gdi_tracker.h"
 
 #include <iterator>
 

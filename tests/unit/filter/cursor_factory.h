@@ -1,4 +1,4 @@
-// Makes real cursors of given pixels and reads real cursors back. Takes part in no seam.
+// Creates real cursors from given pixels and reads real cursors back. Uses no seam.
 #pragma once
 
 #include <cstdint>
@@ -26,13 +26,13 @@ struct CursorPicture {
 // A picture of one colour, opaque throughout.
 CursorPicture PlainPicture(int width, int height, Argb colour);
 
-// Null when Windows refuses.
+// Null on failure.
 HCURSOR MakeCursor(const CursorPicture& picture);
 
-// Width 0 when the cursor cannot be read.
+// Width 0 if the cursor cannot be read.
 CursorPicture ReadCursor(HCURSOR cursor);
 
-// What Windows draws of the cursor on nothing.
+// The pixels that Windows draws for the cursor on an empty bitmap.
 std::vector<Argb> DrawnPixels(HCURSOR cursor, int width, int height);
 
 void DestroyMadeCursor(HCURSOR cursor);

@@ -1,4 +1,4 @@
-#include "filter/cursor_workshop.h"
+#include "filter/cursor_factory.h"
 
 #include "support/seam.h"
 
@@ -23,7 +23,7 @@ std::size_t Place(int x, int y, int width) {
     return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
 }
 
-// CreateBitmap wants rows of 16 bits, the first pixel in the highest bit.
+// CreateBitmap expects rows of 16 bits with the first pixel in the highest bit.
 HBITMAP MakeMask(int width, int height, const std::vector<std::uint8_t>& mask) {
     const int rowBytes = (width + 15) / 16 * 2;
     std::vector<std::uint8_t> bits(Place(0, height, rowBytes));

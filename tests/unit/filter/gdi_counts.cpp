@@ -1,4 +1,4 @@
-#include "filter/gdi_census.h"
+#include "filter/gdi_counts.h"
 
 #include <cstdint>
 
@@ -8,8 +8,8 @@
 
 namespace {
 
-// Windows counts what belongs to a process. Wine's answer is always 0; there the handle table that the
-// process environment block points to holds this process's objects and no others.
+// Windows counts the objects of a process. Wine always returns 0; there the handle table in the process
+// environment block contains only the objects of this process.
 int CountGdiObjects() {
     const DWORD told = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
     if (told != 0) return static_cast<int>(told);
@@ -35,8 +35,8 @@ int CountGdiObjects() {
     return count;
 }
 
-// Wine takes a user handle without its upper half for the object of that index, and knows the icons of this
-// process only: asking for every index finds them all.
+// Wine accepts a user handle without its upper half as the object of that index, and knows only the icons of
+// this process. Querying every index finds them all.
 int CountIcons() {
     const DWORD told = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS);
     if (told != 0) return static_cast<int>(told);
@@ -57,10 +57,10 @@ int CountIcons() {
 
 }  // namespace
 
-GdiCensus TakeGdiCensus() {
+GdiCounts CurrentGdiCounts() {
     return {CountGdiObjects(), CountIcons()};
 }
 
-void PrintTo(const GdiCensus& census, std::ostream* out) {
-    *out << census.gdiObjects << " GDI objects and " << census.icons << " icons";
+void PrintTo(const GdiCounts& counts, std::ostream* out) {
+    *out << counts.gdiObjects << " GDI objects and " << counts.icons << " icons";
 }

@@ -1,5 +1,5 @@
-// What the tests of the event log share: a clock that stands, a record of the files that are opened, and a
-// ring of known lines. What includes it has its seams.
+// Fixture for the tests of the event log: a stopped clock, a record of the opened files, and a ring of known
+// lines. Including it installs its seams.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@
 #include "store/temp_folder.h"
 #include "support/seam.h"
 
-namespace log_bench {
+namespace log_fixture {
 
 inline SYSTEMTIME g_now = {};
 inline std::atomic<int> g_ticksPerReading = 0;  // milliseconds that pass at each reading
@@ -51,7 +51,7 @@ inline std::string Repeated(const std::string& text, int times) {
     return all;
 }
 
-// The 500 lines that every test begins with, as they stand in the file.
+// The initial 500 lines of every test, as they appear in the file.
 inline std::string FillerBytes() {
     return Repeated("[21:04:07.031] filler\r\n", 500);
 }
@@ -69,14 +69,14 @@ protected:
         g_opened.clear();
     }
 
-    // No file is known again; the ring cannot be emptied, but it can be filled with known lines.
+    // Forgets the file. The ring cannot be emptied, so it is filled with known lines.
     void TearDown() override {
         g_refusedMode.clear();
         OpenEventLogFile(L"");
     }
 
     static void SetTime(WORD hour, WORD minute, WORD second, WORD milliseconds) {
-        // A date far from any other number, which no line may show.
+        // A date unlike any other number; no line may show it.
         g_now = {.wYear = 2026,
                  .wMonth = 8,
                  .wDayOfWeek = 6,
@@ -95,7 +95,7 @@ protected:
     static std::wstring LastLine() { return ReadLogRing().back(); }
 };
 
-}  // namespace log_bench
+}  // namespace log_fixture
 
-AMBREL_SEAM(GetLocalTime, log_bench::FakeGetLocalTime);
-AMBREL_SEAM(_wfopen_s, log_bench::FakeOpen);
+AMBREL_SEAM(GetLocalTime, log_fixture::FakeGetLocalTime);
+AMBREL_SEAM(_wfopen_s, log_fixture::FakeOpen);

@@ -1,5 +1,5 @@
-// A press on the popup down to the two pipelines: who was called, in order, and what AppState held when it
-// was. Regions, clicks and the filter's one door are the program's own.
+// Fixture for presses on the popup, down to the two pipelines: records the calls in order and the AppState at
+// each call. Regions, clicks and the filter's entry point are the shipped ones.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 #include "support/seam.h"
 #include "ui/popup_input.h"
 
-AMBREL_USES_SEAMS(click_bench);
+AMBREL_USES_SEAMS(click_fixture);
 
 struct Snapshot {
     double intensity;
@@ -24,7 +24,7 @@ struct Snapshot {
 
 Snapshot Now();
 
-struct ClickBench {
+struct ClickFixture {
     bool initialisationSucceeds = true;
     Snapshot atApply = {};
     Snapshot atSave = {};
@@ -32,7 +32,7 @@ struct ClickBench {
     Panel panelAtRefresh = Panel::Main;
 };
 
-extern ClickBench g_bench;
+extern ClickFixture g_fixture;
 
 class ClickTest : public testing::Test {
 protected:

@@ -1,5 +1,5 @@
-// What the tests of the support report's wording share: a plain machine whose every fact is known, and ways
-// to the parts of a report.
+// Fixture for the tests of the support report's wording: a plain machine with known facts, and access to the
+// parts of a report.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -61,7 +61,7 @@ protected:
 
     std::wstring Report() const { return SupportBundleText(state, facts); }
 
-    // From the heading to the blank line after its last line, that line included.
+    // From the heading through the blank line after the section.
     std::wstring Section(const std::wstring& heading) const {
         const std::wstring report = Report();
         const std::size_t start = report.find(L"=== " + heading + L" ===\r\n");
@@ -70,7 +70,7 @@ protected:
         return report.substr(start, end == std::wstring::npos ? end : end + 4 - start);
     }
 
-    // What follows the label on its line. The label stands at the beginning of just one line.
+    // The text after the label on its line. Exactly one line starts with the label.
     std::wstring After(const std::wstring& label) const {
         std::wstring value = L"(no such line)";
         int found = 0;

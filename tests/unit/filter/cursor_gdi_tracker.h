@@ -1,6 +1,6 @@
-// The GDI calls of one tinted copy, led through seams to the real functions: kept in a ledger of what was
-// made and not yet given back, in the record of calls, and failing where a test wants them to. Only between
-// Open and Close.
+// Tracks the GDI calls of one tinted copy. Seams forward them to the real functions, track objects that are
+// created and not yet released, record the calls, and fail where a test requests it. Active only between
+// StartTracking and StopTracking.
 #pragma once
 
 #include <map>
@@ -11,7 +11,7 @@
 #include "support/seam.h"
 #include "win32/platform.h"
 
-AMBREL_USES_SEAMS(gdi_ledger);
+AMBREL_USES_SEAMS(cursor_gdi_tracker);
 
 enum class GdiCall {
     GetIconInfo,
@@ -25,16 +25,16 @@ enum class GdiCall {
     CreateIconIndirect,
 };
 
-struct GdiLedger {
+struct CursorGdiTracker {
     std::set<GdiCall> failing;
-    bool withoutColour = false;  // GetIconInfo keeps back one of the two bitmaps, or both
+    bool withoutColour = false;  // GetIconInfo omits one of the two bitmaps, or both
     bool withoutMask = false;
     bool staleOnFailure = false;  // a failing GetIconInfo leaves handles of what it deleted itself
-    UINT linesKeptBack = 0;       // GetDIBits reads so many fewer than it was asked for
+    UINT linesMissing = 0;        // GetDIBits reads this many fewer than requested
     SIZE cursorMetrics = {};      // 0: the real ones
 
-    std::map<HANDLE, std::string> kept;  // made and not given back, by kind
-    std::vector<std::string> wrongs;     // given back twice, or never made
+    std::map<HANDLE, std::string> kept;  // created and not released, by kind
+    std::vector<std::string> wrongs;     // released twice, or never created
     std::map<std::string, int> made;     // by kind
     ICONINFO source = {};                // of the last GetIconInfo
     ICONINFO result = {};                // of the last CreateIconIndirect
@@ -43,9 +43,9 @@ struct GdiLedger {
     std::vector<unsigned char> maskBits;  // that CreateBitmap was given
 };
 
-extern GdiLedger g_ledger;
+extern CursorGdiTracker g_tracker;
 
-void OpenLedger();
+void StartTracking();
 
-// Afterwards the calls go to the real functions only.
-void CloseLedger();
+// From here on the calls only go to the real functions.
+void StopTracking();

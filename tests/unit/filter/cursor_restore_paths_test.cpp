@@ -1,5 +1,5 @@
-// The cursors follow the screen: tinted after each apply of either pipeline, given back at every one of the
-// ways out, and tinted again at the same settings after that.
+// The cursors follow the screen: they are tinted after each apply of either pipeline, restored on every path
+// that clears it, and tinted again at the same settings after that.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -32,7 +32,7 @@ BOOL WINAPI FakePostMessageW(HWND, UINT, WPARAM, LPARAM) {
     return TRUE;
 }
 
-class CursorWaysOut : public testing::Test {
+class CursorRestorePaths : public testing::Test {
 protected:
     void SetUp() override {
         g_app = AppState{};
@@ -40,7 +40,7 @@ protected:
         g_app.intensity = 0.5;
         g_app.brightness = 0.75;
         g_magnification = FakeMagnification{};
-        PutFakeMagnificationInPlace();
+        InstallFakeMagnification();
         g_screen = FakeScreen{};
         g_cursors = FakeCursors{};
         g_calls.clear();
@@ -62,16 +62,16 @@ protected:
         EXPECT_EQ(g_cursors.inForce.size(), 16U);
     }
 
-    static void ExpectGivenBack() {
+    static void ExpectRestored() {
         EXPECT_FALSE(g_app.cursorsTinted);
         EXPECT_EQ(g_app.lastCursorTint.intensity, -1.0);
         EXPECT_EQ(g_app.lastCursorTint.brightness, -1.0);
         EXPECT_THAT(g_cursors.inForce, IsEmpty());
     }
 
-    // Given back, and the same settings tint them again.
-    static void ExpectGivenBackAndTintedAgain() {
-        ExpectGivenBack();
+    // Restored, and the same settings tint them again.
+    static void ExpectRestoredAndTintedAgain() {
+        ExpectRestored();
         g_app.filterOn = true;
         ApplyFilter();
         ExpectTinted();
@@ -82,7 +82,7 @@ protected:
 
 AMBREL_SEAM(PostMessageW, FakePostMessageW);
 
-TEST_F(CursorWaysOut, AMatrixAndARampAreEachFollowedByATintInTheirColour) {
+TEST_F(CursorRestorePaths, AMatrixAndARampAreEachFollowedByATintInTheirColour) {
     BeTinted(false);
     g_app.intensity = 0.6;
     BeTinted(true);
@@ -90,75 +90,75 @@ TEST_F(CursorWaysOut, AMatrixAndARampAreEachFollowedByATintInTheirColour) {
     EXPECT_EQ(g_cursors.built.back(), WhiteAt(0.6, 0.75));
 }
 
-TEST_F(CursorWaysOut, ARefusedRampTintsAllTheSame) {
+TEST_F(CursorRestorePaths, ARefusedRampStillTints) {
     g_screen.acceptsRamps = false;
     BeTinted(true);
     EXPECT_TRUE(g_app.lastApplyRejected);
 }
 
-TEST_F(CursorWaysOut, ARampThatReadsBackWrongTintsAllTheSame) {
+TEST_F(CursorRestorePaths, ARampThatReadsBackDifferentlyStillTints) {
     g_screen.deviations = {{kRed, 0, 5000}};
     g_app.readBackMismatchStreak = 2;
     BeTinted(true);
     EXPECT_TRUE(g_app.lastApplyRejected);
 }
 
-TEST_F(CursorWaysOut, WithoutAScreenTheCursorsAreTintedAllTheSame) {
+TEST_F(CursorRestorePaths, WithoutAScreenTheCursorsAreStillTinted) {
     g_screen.givesContext = false;
     BeTinted(true);
 }
 
-TEST_F(CursorWaysOut, TheFilterGoingOffGivesThemBackBeforeTheScreen) {
+TEST_F(CursorRestorePaths, SwitchingTheFilterOffRestoresThemBeforeTheScreen) {
     BeTinted(false);
     g_app.filterOn = false;
     ApplyFilter();
     EXPECT_THAT(g_calls, ElementsAre("system cursors", "identity matrix"));
-    ExpectGivenBackAndTintedAgain();
+    ExpectRestoredAndTintedAgain();
 
     BeTinted(true);
     g_app.filterOn = false;
     ApplyFilter();
     EXPECT_THAT(g_calls, ElementsAre("system cursors", "get dc", "set ramp", "release dc"));
-    ExpectGivenBackAndTintedAgain();
+    ExpectRestoredAndTintedAgain();
 }
 
-TEST_F(CursorWaysOut, ClearingTheFilterGivesThemBackBeforeTheScreen) {
+TEST_F(CursorRestorePaths, ClearingTheFilterRestoresThemBeforeTheScreen) {
     BeTinted(false);
     ClearFilter();
     EXPECT_THAT(g_calls, ElementsAre("system cursors", "identity matrix"));
-    ExpectGivenBackAndTintedAgain();
+    ExpectRestoredAndTintedAgain();
 
     BeTinted(true);
     ClearFilter();
     EXPECT_THAT(g_calls, ElementsAre("system cursors", "get dc", "set ramp", "release dc"));
-    ExpectGivenBackAndTintedAgain();
+    ExpectRestoredAndTintedAgain();
 }
 
-TEST_F(CursorWaysOut, ClearingWithoutAPipelineGivesThemBack) {
+TEST_F(CursorRestorePaths, ClearingWithoutAPipelineRestoresThem) {
     BeTinted(false);
     g_app.magnificationReady = false;
     ClearFilter();
     EXPECT_THAT(g_calls, ElementsAre("system cursors"));
-    ExpectGivenBack();
+    ExpectRestored();
 }
 
-TEST_F(CursorWaysOut, RestoringTheIdentityRampGivesThemBackInBothPipelines) {
+TEST_F(CursorRestorePaths, RestoringTheIdentityRampRestoresThemInBothPipelines) {
     for (const bool legacy : {false, true}) {
         BeTinted(legacy);
         RestoreIdentityRamp();
         EXPECT_THAT(g_calls, ElementsAre("system cursors", "get dc", "set ramp", "release dc"));
-        ExpectGivenBackAndTintedAgain();
+        ExpectRestoredAndTintedAgain();
     }
 }
 
-TEST_F(CursorWaysOut, RestoringTheIdentityRampWithoutAScreenGivesThemBack) {
+TEST_F(CursorRestorePaths, RestoringTheIdentityRampWithoutAScreenRestoresThem) {
     BeTinted(true);
     g_screen.givesContext = false;
     RestoreIdentityRamp();
-    ExpectGivenBack();
+    ExpectRestored();
 }
 
-TEST_F(CursorWaysOut, ARefusedMatrixGivesThemBackAndTheNextAcceptedOneTintsAgain) {
+TEST_F(CursorRestorePaths, ARefusedMatrixRestoresThemAndTheNextAcceptedOneTintsAgain) {
     for (const DWORD error : {DWORD{5}, DWORD{87}}) {
         BeTinted(false);
         g_magnification.effectErrors = {error};
@@ -166,30 +166,30 @@ TEST_F(CursorWaysOut, ARefusedMatrixGivesThemBackAndTheNextAcceptedOneTintsAgain
         ASSERT_GE(g_calls.size(), 2U);
         EXPECT_EQ(g_calls[0], "matrix");
         EXPECT_EQ(g_calls[1], "system cursors");
-        ExpectGivenBackAndTintedAgain();
+        ExpectRestoredAndTintedAgain();
     }
 }
 
-TEST_F(CursorWaysOut, AMatrixThatGoesOnBeingRefusedGivesThemBackOnce) {
+TEST_F(CursorRestorePaths, RepeatedlyRefusedMatricesRestoreThemOnce) {
     BeTinted(false);
     g_magnification.laterEffectErrors = 5;
     for (int i = 0; i < 3; ++i)
         ApplyFilter();
     EXPECT_EQ(std::count(g_calls.begin(), g_calls.end(), "system cursors"), 1);
-    ExpectGivenBack();
+    ExpectRestored();
 }
 
-TEST_F(CursorWaysOut, TheFallbackToLegacyModeTintsThemAgainWithItsRamp) {
+TEST_F(CursorRestorePaths, TheFallbackToLegacyModeTintsThemAgainWithItsRamp) {
     BeTinted(false);
     g_magnification.laterEffectErrors = 87;
     ApplyFilter();
-    ExpectGivenBack();
+    ExpectRestored();
     ApplyFilter();
     EXPECT_TRUE(g_app.useLegacyGamma);
     ExpectTinted();
 }
 
-TEST_F(CursorWaysOut, SwitchingThePipelineGivesThemBackAndTintsThemAgain) {
+TEST_F(CursorRestorePaths, SwitchingThePipelineRestoresThemAndTintsThemAgain) {
     BeTinted(false);
     ToggleLegacyMode();
     EXPECT_EQ(std::count(g_calls.begin(), g_calls.end(), "system cursors"), 1);
@@ -200,7 +200,7 @@ TEST_F(CursorWaysOut, SwitchingThePipelineGivesThemBackAndTintsThemAgain) {
     ExpectTinted();
 }
 
-TEST_F(CursorWaysOut, WithTheFilterOffSwitchingThePipelineLeavesThemAlone) {
+TEST_F(CursorRestorePaths, WithTheFilterOffSwitchingThePipelineLeavesThemAlone) {
     g_app.filterOn = false;
     ToggleLegacyMode();
     ToggleLegacyMode();
@@ -208,14 +208,14 @@ TEST_F(CursorWaysOut, WithTheFilterOffSwitchingThePipelineLeavesThemAlone) {
     EXPECT_THAT(g_cursors.inForce, IsEmpty());
 }
 
-TEST_F(CursorWaysOut, AtTheProgramsEndAnApplyGivesThemBack) {
+TEST_F(CursorRestorePaths, DuringShutdownAnApplyRestoresThem) {
     BeTinted(false);
     g_app.ending = true;
     ApplyFilter();
-    ExpectGivenBack();
+    ExpectRestored();
 }
 
-TEST_F(CursorWaysOut, ATintUnderWayWhenTheEndComesMakesNoNewCopies) {
+TEST_F(CursorRestorePaths, ATintDuringShutdownCreatesNoNewCopies) {
     BeTinted(false);
     g_app.ending = true;
     ReleaseCursorCopies();
@@ -225,7 +225,7 @@ TEST_F(CursorWaysOut, ATintUnderWayWhenTheEndComesMakesNoNewCopies) {
     EXPECT_FALSE(g_app.baseCursorsMade);
 }
 
-TEST_F(CursorWaysOut, AMoveInsideTheDeadBandSetsTheScreenAndNoCursor) {
+TEST_F(CursorRestorePaths, AMoveInsideTheDeadBandSetsTheScreenAndNoCursor) {
     BeTinted(false);
     g_app.intensity = 0.501;
     ApplyFilter();
@@ -237,7 +237,7 @@ TEST_F(CursorWaysOut, AMoveInsideTheDeadBandSetsTheScreenAndNoCursor) {
     EXPECT_THAT(g_calls, ElementsAre("get dc", "set ramp", "read ramp", "release dc"));
 }
 
-TEST_F(CursorWaysOut, CursorsThatCannotBeTintedChangeNothingOfTheScreensFate) {
+TEST_F(CursorRestorePaths, CursorsThatCannotBeTintedDoNotAffectTheScreen) {
     for (const int id : kIds)
         g_cursors.notSet.insert(id);
     ApplyFilter();

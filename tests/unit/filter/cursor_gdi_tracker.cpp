@@ -1,31 +1,31 @@
-#include "filter/gdi_ledger.h"
+#include "filter/cursor_gdi_tracker.h"
 
 #include "support/call_record.h"
 #include "support/seam.h"
 
-AMBREL_SEAM_SET(gdi_ledger);
+AMBREL_SEAM_SET(cursor_gdi_tracker);
 
-GdiLedger g_ledger;
+CursorGdiTracker g_tracker;
 
 namespace {
 
 bool g_open = false;
 
 bool Fails(GdiCall call) {
-    return g_open && g_ledger.failing.count(call) != 0;
+    return g_open && g_tracker.failing.count(call) != 0;
 }
 
 void Enter(HANDLE handle, const char* kind) {
     if (!g_open || handle == nullptr) return;
-    if (g_ledger.kept.count(handle) != 0) g_ledger.wrongs.push_back(std::string("made again: ") + kind);
-    g_ledger.kept[handle] = kind;
-    g_ledger.made[kind] += 1;
+    if (g_tracker.kept.count(handle) != 0) g_tracker.wrongs.push_back(std::string("made again: ") + kind);
+    g_tracker.kept[handle] = kind;
+    g_tracker.made[kind] += 1;
 }
 
 void Strike(HANDLE handle, const char* how) {
     if (!g_open) return;
-    if (g_ledger.kept.erase(handle) == 0)
-        g_ledger.wrongs.push_back(std::string(how) + " of what is not ours");
+    if (g_tracker.kept.erase(handle) == 0)
+        g_tracker.wrongs.push_back(std::string(how) + " of what is not ours");
 }
 
 template <typename... Parts>
@@ -41,16 +41,16 @@ void KeepBack(HBITMAP* bitmap) {
 BOOL WINAPI FakeGetIconInfo(HICON icon, ICONINFO* info) {
     Note("ask");
     if (Fails(GdiCall::GetIconInfo)) {
-        if (g_ledger.staleOnFailure) info->hbmMask = info->hbmColor = MakeHandle<HBITMAP>(0xBAD0);
+        if (g_tracker.staleOnFailure) info->hbmMask = info->hbmColor = MakeHandle<HBITMAP>(0xBAD0);
         return FALSE;
     }
     const BOOL known = Real(&GetIconInfo)(icon, info);
     if (!g_open || known == FALSE) return known;
-    if (g_ledger.withoutColour) KeepBack(&info->hbmColor);
-    if (g_ledger.withoutMask) KeepBack(&info->hbmMask);
+    if (g_tracker.withoutColour) KeepBack(&info->hbmColor);
+    if (g_tracker.withoutMask) KeepBack(&info->hbmMask);
     Enter(info->hbmColor, "info bitmap");
     Enter(info->hbmMask, "info bitmap");
-    g_ledger.source = *info;
+    g_tracker.source = *info;
     return TRUE;
 }
 
@@ -60,9 +60,9 @@ int WINAPI FakeGetObjectW(HANDLE object, int bytes, LPVOID out) {
 }
 
 int WINAPI FakeGetSystemMetrics(int index) {
-    if (g_open && g_ledger.cursorMetrics.cx != 0) {
-        if (index == SM_CXCURSOR) return g_ledger.cursorMetrics.cx;
-        if (index == SM_CYCURSOR) return g_ledger.cursorMetrics.cy;
+    if (g_open && g_tracker.cursorMetrics.cx != 0) {
+        if (index == SM_CXCURSOR) return g_tracker.cursorMetrics.cx;
+        if (index == SM_CYCURSOR) return g_tracker.cursorMetrics.cy;
     }
     return Real(&GetSystemMetrics)(index);
 }
@@ -100,17 +100,17 @@ HBITMAP WINAPI FakeCreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, 
     if (Fails(GdiCall::CreateDIBSection)) return nullptr;
     HBITMAP dib = Real(&CreateDIBSection)(dc, info, usage, bits, section, offset);
     Enter(dib, "dib");
-    g_ledger.lastDib = dib;
+    g_tracker.lastDib = dib;
     return dib;
 }
 
 int WINAPI FakeGetDIBits(HDC dc, HBITMAP bitmap, UINT first, UINT lines, LPVOID bits, LPBITMAPINFO info,
                          UINT usage) {
     const BITMAPINFOHEADER& header = info->bmiHeader;
-    Note("read ", bitmap == g_ledger.source.hbmMask ? "mask " : "something else ", header.biWidth, "x",
+    Note("read ", bitmap == g_tracker.source.hbmMask ? "mask " : "something else ", header.biWidth, "x",
          header.biHeight, " bits=", header.biBitCount, " lines ", first, "+", lines);
     if (Fails(GdiCall::GetDIBits)) return 0;
-    const UINT wanted = g_open ? lines - g_ledger.linesKeptBack : lines;
+    const UINT wanted = g_open ? lines - g_tracker.linesMissing : lines;
     return Real(&GetDIBits)(dc, bitmap, first, wanted, bits, info, usage);
 }
 
@@ -126,23 +126,23 @@ HBITMAP WINAPI FakeCreateBitmap(int width, int height, UINT planes, UINT bitCoun
     Note("mask ", width, "x", height, " planes=", planes, " bits=", bitCount);
     if (g_open && bits != nullptr) {
         const auto* bytes = static_cast<const unsigned char*>(bits);
-        g_ledger.maskBits.assign(bytes, bytes + (width + 15) / 16 * 2 * height);
+        g_tracker.maskBits.assign(bytes, bytes + (width + 15) / 16 * 2 * height);
     }
     if (Fails(GdiCall::CreateBitmap)) return nullptr;
     HBITMAP bitmap = Real(&CreateBitmap)(width, height, planes, bitCount, bits);
     Enter(bitmap, "mask");
-    g_ledger.lastMask = bitmap;
+    g_tracker.lastMask = bitmap;
     return bitmap;
 }
 
 HICON WINAPI FakeCreateIconIndirect(PICONINFO info) {
-    const char* mask = info->hbmMask == nullptr                   ? "none"
-                       : info->hbmMask == g_ledger.source.hbmMask ? "its own"
-                       : info->hbmMask == g_ledger.lastMask       ? "new"
-                                                                  : "unknown";
+    const char* mask = info->hbmMask == nullptr                    ? "none"
+                       : info->hbmMask == g_tracker.source.hbmMask ? "its own"
+                       : info->hbmMask == g_tracker.lastMask       ? "new"
+                                                                   : "unknown";
     Note("make icon=", info->fIcon, " hot=", info->xHotspot, ",", info->yHotspot, " mask=", mask,
-         " colour=", info->hbmColor == g_ledger.lastDib ? "dib" : "unknown");
-    g_ledger.result = *info;
+         " colour=", info->hbmColor == g_tracker.lastDib ? "dib" : "unknown");
+    g_tracker.result = *info;
     if (Fails(GdiCall::CreateIconIndirect)) return nullptr;
     HICON icon = Real(&CreateIconIndirect)(info);
     Enter(icon, "cursor");
@@ -176,12 +176,12 @@ AMBREL_SEAM(CreateIconIndirect, FakeCreateIconIndirect);
 AMBREL_SEAM(DeleteObject, FakeDeleteObject);
 AMBREL_SEAM(DestroyCursor, FakeDestroyCursor);
 
-void OpenLedger() {
-    g_ledger = GdiLedger{};
+void StartTracking() {
+    g_tracker = CursorGdiTracker{};
     g_calls.clear();
     g_open = true;
 }
 
-void CloseLedger() {
+void StopTracking() {
     g_open = false;
 }

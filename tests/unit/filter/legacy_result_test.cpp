@@ -1,4 +1,4 @@
-// What becomes of a ramp: accepted, refused or read back wrong, and what is counted, logged and shown.
+// The result of a ramp: accepted, refused or read back differently; and what is counted, logged and shown.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -49,12 +49,12 @@ CallRecord Followed(CallRecord first, const CallRecord& then) {
     return first;
 }
 
-// The cursors are tinted after everything else of an apply, whatever became of the ramp.
+// The cursors are tinted last, regardless of the ramp's result.
 CallRecord AnApply(const CallRecord& ramp, const CallRecord& shown = {}) {
     return Followed(Followed(ramp, shown), {"tint cursors"});
 }
 
-class LegacyFate : public testing::Test {
+class LegacyResult : public testing::Test {
 protected:
     void SetUp() override {
         g_app = AppState{};
@@ -69,7 +69,7 @@ protected:
     }
 
     void TearDown() override {
-        // Whatever happened, the screen's device context was given back and no pipeline was left.
+        // In every case the screen's device context is released and the pipeline is unchanged.
         EXPECT_EQ(g_screen.contextsHeld, 0);
         EXPECT_TRUE(g_app.useLegacyGamma);
     }
@@ -104,27 +104,27 @@ protected:
 AMBREL_SEAM(MessageBoxW, FakeMessageBoxW);
 AMBREL_SEAM(PostMessageW, FakePostMessageW);
 
-TEST_F(LegacyFate, AnAcceptedRampTakesOneContextTintsTheCursorsAndLogsAndShowsNothing) {
+TEST_F(LegacyResult, AnAcceptedRampUsesOneContextTintsTheCursorsAndLogsAndShowsNothing) {
     EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
     ExpectCounts(1, 0, 0);
     EXPECT_FALSE(g_app.lastApplyRejected);
     EXPECT_TRUE(g_screen.handedZeroesToRead);
 }
 
-TEST_F(LegacyFate, ARefusedRampIsNotReadBackAndIsLoggedAndShownAndTheCursorsAreTinted) {
+TEST_F(LegacyResult, ARefusedRampIsNotReadBackAndIsLoggedAndShownAndTheCursorsAreTinted) {
     g_screen.acceptsRamps = false;
     EXPECT_EQ(CallsOfOneApply(), AnApply(kNotReadBack, {kRefused, "refresh"}));
     ExpectCounts(0, 1, 0);
     EXPECT_TRUE(g_app.lastApplyRejected);
 }
 
-TEST_F(LegacyFate, ARefusalAfterTheRangeWasExpandedSaysThatARestartMayBePending) {
+TEST_F(LegacyResult, ARefusalAfterTheRangeWasExpandedLogsThatARestartMayBePending) {
     g_app.gammaRangeExpanded = true;
     g_screen.acceptsRamps = false;
     EXPECT_EQ(CallsOfOneApply(), AnApply(kNotReadBack, {kRefused + kPending, "refresh"}));
 }
 
-TEST_F(LegacyFate, TwoWrongReadBacksAreForgivenAndTheThirdIsARejection) {
+TEST_F(LegacyResult, TwoReadBackMismatchesAreToleratedAndTheThirdIsARejection) {
     g_screen.deviations = {{kBlue, 240, -2049}};
     EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
     ExpectCounts(1, 0, 1);
@@ -138,14 +138,14 @@ TEST_F(LegacyFate, TwoWrongReadBacksAreForgivenAndTheThirdIsARejection) {
     ExpectCounts(2, 2, 4);
 }
 
-TEST_F(LegacyFate, WrongReadBacksAfterTheRangeWasExpandedSayThatARestartMayBePending) {
+TEST_F(LegacyResult, MismatchesAfterTheRangeWasExpandedLogThatARestartMayBePending) {
     g_app.gammaRangeExpanded = true;
     g_app.readBackMismatchStreak = 2;
     g_screen.deviations = {{kRed, 16, 2049}};
     EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack, {kReadWrong + kPending, "refresh"}));
 }
 
-TEST_F(LegacyFate, ADifferenceOf2048StillMatchesAndOf2049DoesNotEitherWay) {
+TEST_F(LegacyResult, ADifferenceOf2048StillMatchesAndOf2049DoesNotEitherWay) {
     g_app.brightness = 1.0;
     for (const std::size_t channel : {kRed, kGreen, kBlue}) {
         for (const int by : {2048, -2048, 2049, -2049}) {
@@ -157,7 +157,7 @@ TEST_F(LegacyFate, ADifferenceOf2048StillMatchesAndOf2049DoesNotEitherWay) {
     }
 }
 
-TEST_F(LegacyFate, ADifferenceOfMoreThanHalfTheRangeIsNoMatch) {
+TEST_F(LegacyResult, ADifferenceOfMoreThanHalfTheRangeIsNoMatch) {
     g_app.brightness = 1.0;
     g_screen.deviations = {{kRed, 0, 65535}};
     ApplyLegacyRamp();
@@ -167,7 +167,7 @@ TEST_F(LegacyFate, ADifferenceOfMoreThanHalfTheRangeIsNoMatch) {
     EXPECT_EQ(g_app.readBackMismatchStreak, 2);
 }
 
-TEST_F(LegacyFate, OnlyEverySixteenthEntryOfEachChannelIsCompared) {
+TEST_F(LegacyResult, OnlyEverySixteenthEntryOfEachChannelIsCompared) {
     for (std::size_t channel = 0; channel < 3; ++channel) {
         for (std::size_t entry = 0; entry < 256; ++entry) {
             g_app.readBackMismatchStreak = 0;
@@ -178,7 +178,7 @@ TEST_F(LegacyFate, OnlyEverySixteenthEntryOfEachChannelIsCompared) {
     }
 }
 
-TEST_F(LegacyFate, ManyWrongSamplesInOneRampCountOnce) {
+TEST_F(LegacyResult, ManyDifferentSamplesInOneRampCountOnce) {
     for (std::size_t channel = 0; channel < 3; ++channel) {
         for (std::size_t entry = 0; entry < 256; ++entry)
             g_screen.deviations.push_back({channel, entry, 9000});
@@ -187,13 +187,13 @@ TEST_F(LegacyFate, ManyWrongSamplesInOneRampCountOnce) {
     ExpectCounts(1, 0, 1);
 }
 
-TEST_F(LegacyFate, ADifferenceInBothDirectionsDoesNotCancelOut) {
+TEST_F(LegacyResult, ADifferenceInBothDirectionsDoesNotCancelOut) {
     g_screen.deviations = {{kRed, 128, 2049}, {kGreen, 128, -2049}};
     ApplyLegacyRamp();
     EXPECT_EQ(g_app.readBackMismatchStreak, 1);
 }
 
-TEST_F(LegacyFate, AMatchBetweenEndsTheStreak) {
+TEST_F(LegacyResult, AnInterveningMatchEndsTheStreak) {
     ReadWrong();
     ReadWrong();
     ApplyLegacyRamp();
@@ -206,7 +206,7 @@ TEST_F(LegacyFate, AMatchBetweenEndsTheStreak) {
     ExpectCounts(5, 1, 3);
 }
 
-TEST_F(LegacyFate, AFailedReadBackCountsAsAMatchAndEndsTheStreak) {
+TEST_F(LegacyResult, AFailedReadBackIsTreatedAsAMatchAndEndsTheStreak) {
     ReadWrong();
     ReadWrong();
     g_screen.canBeRead = false;
@@ -217,7 +217,7 @@ TEST_F(LegacyFate, AFailedReadBackCountsAsAMatchAndEndsTheStreak) {
     ExpectCounts(4, 0, 1);
 }
 
-TEST_F(LegacyFate, WithoutAContextTheApplyCountsAsAcceptedAndEndsTheStreak) {
+TEST_F(LegacyResult, WithoutAContextTheApplyIsTreatedAsAcceptedAndEndsTheStreak) {
     ReadWrong();
     ReadWrong();
     g_screen.givesContext = false;
@@ -225,14 +225,14 @@ TEST_F(LegacyFate, WithoutAContextTheApplyCountsAsAcceptedAndEndsTheStreak) {
     ExpectCounts(3, 0, 0);
 }
 
-TEST_F(LegacyFate, WithoutAContextARejectionIsTakenBack) {
+TEST_F(LegacyResult, WithoutAContextARejectionIsCleared) {
     Refuse();
     g_screen.givesContext = false;
     EXPECT_EQ(CallsOfOneApply(), AnApply(kWithoutContext, {kAcceptedAgain, "refresh"}));
     EXPECT_FALSE(g_app.lastApplyRejected);
 }
 
-TEST_F(LegacyFate, ARefusalLeavesTheStreakAsItIs) {
+TEST_F(LegacyResult, ARefusalDoesNotChangeTheStreak) {
     ReadWrong();
     ReadWrong();
     Refuse();
@@ -241,7 +241,7 @@ TEST_F(LegacyFate, ARefusalLeavesTheStreakAsItIs) {
     ExpectCounts(2, 2, 3);
 }
 
-TEST_F(LegacyFate, AfterARefusalAFirstWrongReadBackCountsAsAcceptedAgain) {
+TEST_F(LegacyResult, AfterARefusalAFirstMismatchIsTreatedAsAcceptedAgain) {
     Refuse();
     g_screen.deviations = {{kRed, 32, 5000}};
     EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack, {kAcceptedAgain, "refresh"}));
@@ -249,7 +249,7 @@ TEST_F(LegacyFate, AfterARefusalAFirstWrongReadBackCountsAsAcceptedAgain) {
     EXPECT_FALSE(g_app.lastApplyRejected);
 }
 
-TEST_F(LegacyFate, AfterAStreakAMatchIsAcceptedAgainAndTheNextStreakNeedsThree) {
+TEST_F(LegacyResult, AfterAStreakAMatchIsAcceptedAgainAndTheNextStreakNeedsThree) {
     for (int i = 0; i < 4; ++i)
         ReadWrong();
     EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack, {kAcceptedAgain, "refresh"}));
@@ -262,7 +262,7 @@ TEST_F(LegacyFate, AfterAStreakAMatchIsAcceptedAgainAndTheNextStreakNeedsThree) 
     ExpectCounts(5, 3, 3);
 }
 
-TEST_F(LegacyFate, TenRejectionsInARowGiveOneLineAndTenCountsAndTheNextAcceptanceOneLine) {
+TEST_F(LegacyResult, TenConsecutiveRejectionsLogOneLineAndCountTenAndTheNextAcceptanceLogsOneLine) {
     CallRecord expected;
     g_screen.acceptsRamps = false;
     for (int i = 0; i < 10; ++i) {
@@ -279,7 +279,7 @@ TEST_F(LegacyFate, TenRejectionsInARowGiveOneLineAndTenCountsAndTheNextAcceptanc
     ExpectCounts(2, 10, 0);
 }
 
-TEST_F(LegacyFate, ARejectionOfAnotherKindAfterTheFirstIsNotLogged) {
+TEST_F(LegacyResult, ARejectionOfAnotherKindAfterTheFirstIsNotLogged) {
     g_app.readBackMismatchStreak = 2;
     Refuse();
     g_screen.deviations = {{kRed, 32, 5000}};
@@ -287,7 +287,7 @@ TEST_F(LegacyFate, ARejectionOfAnotherKindAfterTheFirstIsNotLogged) {
     ExpectCounts(0, 2, 3);
 }
 
-TEST_F(LegacyFate, TheValuesInTheLinesAreThoseOfTheApply) {
+TEST_F(LegacyResult, TheLoggedValuesAreThoseOfTheApply) {
     g_app.intensity = 1.0 / 3.0;
     g_app.brightness = 0.9996;
     g_screen.acceptsRamps = false;
@@ -296,7 +296,7 @@ TEST_F(LegacyFate, TheValuesInTheLinesAreThoseOfTheApply) {
               "log: Legacy ramp REJECTED (intensity=0.333 brightness=1.000) - Windows range limit");
 }
 
-TEST_F(LegacyFate, CountersAndStreakOutliveTheFilterAndTheRestoringOfTheIdentity) {
+TEST_F(LegacyResult, CountersAndStreakPersistWhenTheFilterIsOffAndTheIdentityIsRestored) {
     Refuse();
     ReadWrong();
     ReadWrong();
@@ -309,13 +309,13 @@ TEST_F(LegacyFate, CountersAndStreakOutliveTheFilterAndTheRestoringOfTheIdentity
     ExpectCounts(2, 2, 3);
 }
 
-TEST_F(LegacyFate, RestoringTheIdentityRestoresTheCursorsFirstAndIsNeitherReadBackNorCounted) {
+TEST_F(LegacyResult, RestoringTheIdentityRestoresTheCursorsFirstAndIsNeitherReadBackNorCounted) {
     RestoreIdentityRamp();
     EXPECT_THAT(g_calls, ElementsAre(kRestore, "get dc", "set ramp", "release dc"));
     ExpectCounts(0, 0, 0);
 }
 
-TEST_F(LegacyFate, ARefusedIdentityIsIgnored) {
+TEST_F(LegacyResult, ARefusedIdentityIsIgnored) {
     g_screen.acceptsRamps = false;
     RestoreIdentityRamp();
     g_app.filterOn = false;
@@ -326,12 +326,12 @@ TEST_F(LegacyFate, ARefusedIdentityIsIgnored) {
     EXPECT_FALSE(g_app.lastApplyRejected);
 }
 
-TEST_F(LegacyFate, WithTheFilterOffNothingIsTinted) {
+TEST_F(LegacyResult, WithTheFilterOffNothingIsTinted) {
     g_app.filterOn = false;
     EXPECT_EQ(CallsOfOneApply(), Followed({kRestore}, kNotReadBack));
 }
 
-TEST_F(LegacyFate, TheIdentityDoesNotTakeARejectionBack) {
+TEST_F(LegacyResult, TheIdentityDoesNotClearARejection) {
     Refuse();
     g_calls.clear();
     g_app.filterOn = false;
@@ -340,7 +340,7 @@ TEST_F(LegacyFate, TheIdentityDoesNotTakeARejectionBack) {
     EXPECT_EQ(g_calls, Followed({kRestore}, kNotReadBack));
 }
 
-TEST_F(LegacyFate, WithoutAContextTheCursorsAreRestoredAndTheIdentityIsNotSet) {
+TEST_F(LegacyResult, WithoutAContextTheCursorsAreRestoredAndTheIdentityIsNotSet) {
     g_screen.givesContext = false;
     RestoreIdentityRamp();
     EXPECT_THAT(g_calls, ElementsAre(kRestore, "get dc"));

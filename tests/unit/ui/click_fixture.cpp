@@ -1,4 +1,4 @@
-#include "ui/click_bench.h"
+#include "ui/click_fixture.h"
 
 #include "app/shell/refresh.h"
 #include "brightness/pwm_safe.h"
@@ -12,9 +12,9 @@
 #include "support/seam.h"
 #include "ui/support_copy.h"
 
-AMBREL_SEAM_SET(click_bench);
+AMBREL_SEAM_SET(click_fixture);
 
-ClickBench g_bench;
+ClickFixture g_fixture;
 
 namespace {
 
@@ -44,7 +44,7 @@ AMBREL_SEAM(SetCapture, FakeSetCapture);
 
 AMBREL_REPLACE(void, InitMagnification, ()) {
     Record("initialise");
-    g_app.magnificationReady = g_bench.initialisationSucceeds;
+    g_app.magnificationReady = g_fixture.initialisationSucceeds;
 }
 AMBREL_REPLACE(void, ShutdownMagnification, ()) {
     Record("shut down");
@@ -54,21 +54,21 @@ AMBREL_REPLACE(bool, IsMagnificationUsable, ()) {
 }
 AMBREL_REPLACE(MatrixResult, SetFilterMatrix, ()) {
     Record("matrix");
-    g_bench.atApply = Now();
+    g_fixture.atApply = Now();
     return {true, 0};
 }
 AMBREL_REPLACE(bool, SetIdentityMatrix, ()) {
     Record("identity matrix");
-    g_bench.atClear = Now();
+    g_fixture.atClear = Now();
     return true;
 }
 AMBREL_REPLACE(void, ApplyLegacyRamp, ()) {
     Record("ramp");
-    g_bench.atApply = Now();
+    g_fixture.atApply = Now();
 }
 AMBREL_REPLACE(void, RestoreIdentityRamp, ()) {
     Record("identity ramp");
-    g_bench.atClear = Now();
+    g_fixture.atClear = Now();
 }
 AMBREL_REPLACE(void, TintSystemCursors, ()) {
     Record("tint cursors");
@@ -94,11 +94,11 @@ AMBREL_REPLACE(void, SetAutostart, (bool on)) {
 }
 AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
-    g_bench.panelAtRefresh = g_app.panel;
+    g_fixture.panelAtRefresh = g_app.panel;
 }
 AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save");
-    g_bench.atSave = Now();
+    g_fixture.atSave = Now();
 }
 AMBREL_REPLACE(void, LogFormatted, (const wchar_t*, ...)) {
     Record("log");
@@ -113,6 +113,6 @@ void ClickTest::SetUp() {
     g_app = AppState{};
     g_app.mainWindow = kWindow;
     g_app.magnificationReady = true;
-    g_bench = ClickBench{};
+    g_fixture = ClickFixture{};
     g_calls.clear();
 }

@@ -1,4 +1,4 @@
-// The books behind the GDI recorder: which objects and device contexts there are and what is selected.
+// Tracks the objects of the GDI recorder: existing objects and device contexts, and the selections.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ enum class Kind { Pen, Brush, Font, Bitmap, Region, Icon };
 struct Object {
     Kind kind;
     std::string name;
-    bool lasting;  // stock objects, defaults of a context, fonts and icons of the whole run
+    bool lasting;  // stock objects, defaults of a context, fonts and icons that live for the whole run
 };
 
 struct Context {
@@ -37,7 +37,7 @@ std::uintptr_t Make(Kind kind, const std::string& name, bool lasting = false);
 std::uintptr_t MakeContext();
 Context& ContextOf(HDC dc);
 
-// The name of what is selected.
+// The name of the selected object.
 std::string NameOf(HDC dc, Kind kind);
 
 void Problem(const std::string& text);

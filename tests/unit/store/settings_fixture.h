@@ -1,5 +1,5 @@
-// What the tests of the settings share: an application-data folder of their own and a record of the log
-// lines. What includes it has its seams.
+// Fixture for the tests of the settings: a private application-data folder and a record of the log lines.
+// Including it installs its seams.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@
 
 #include <shlobj.h>
 
-namespace settings_bench {
+namespace settings_fixture {
 
 inline std::wstring g_applicationData;
 inline HRESULT g_folderResult = S_OK;
@@ -62,7 +62,7 @@ protected:
     }
     void TearDown() override { g_app = AppState{}; }
 
-    // The file as a run before this one left it.
+    // The file as an earlier run left it.
     void Stored(std::string_view bytes) const {
         CreateDirectoryW(folder.c_str(), nullptr);
         WriteBytes(path, bytes);
@@ -90,16 +90,16 @@ protected:
     }
 };
 
-}  // namespace settings_bench
+}  // namespace settings_fixture
 
-// In place of the event log.
+// Replaces the event log.
 AMBREL_REPLACE(void, LogFormatted, (const wchar_t* format, ...)) {
     wchar_t message[512];
     va_list arguments;
     va_start(arguments, format);
     FormatWideArguments(message, std::size(message), format, arguments);
     va_end(arguments);
-    settings_bench::g_log.push_back(message);
+    settings_fixture::g_log.push_back(message);
 }
 
-AMBREL_SEAM(SHGetFolderPathW, settings_bench::FakeSHGetFolderPathW);
+AMBREL_SEAM(SHGetFolderPathW, settings_fixture::FakeSHGetFolderPathW);
