@@ -4,7 +4,8 @@
 #include "app/state/app_state.h"
 
 bool EnsureTrayIcon() {
-    // The taskbar may announce itself while the shell is asked: the icon is there then, and refused here.
+    // TaskbarCreated may arrive during the call to the shell. Its handler then adds the icon, and the shell
+    // refuses this one.
     if (!g_app.trayIconAdded && AddTrayIcon()) g_app.trayIconAdded = true;
     return g_app.trayIconAdded;
 }

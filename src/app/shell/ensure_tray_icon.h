@@ -1,5 +1,5 @@
-// The one place that adds the icon and keeps track of it.
+// The only function that adds the tray icon and records it in AppState.
 #pragma once
 
-// Adds the tray icon unless it is there. False when the shell refuses it.
+// Adds the tray icon unless it exists. False if the shell refuses it.
 bool EnsureTrayIcon();
