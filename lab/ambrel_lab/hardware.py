@@ -22,6 +22,7 @@ FIRST_KNOB, KNOB_SIZE, KNOBS = 16, 4, 500
 VALUE, DRIFT_TIME, DRIFT_VALUE = range(3)
 
 BEHAVIOURS = ("ok", "ignores", "sticks", "drifts")
+MONITOR_DELAYS = ("capabilities_delay", "read_delay", "set_delay")
 
 
 
@@ -41,13 +42,12 @@ def unescape(field):
 @dataclass
 class Display:
     """One display monitor of Windows. `count` is what the counting call claims instead of the truth; the errors are
-    those of counting and of fetching. `delay` (ms) is that of both calls; `pump` dispatches messages meanwhile."""
+    those of counting and of fetching. `delay` (ms) is that of both calls."""
 
     count: int | None = None
     count_error: int = 0
     fetch_error: int = 0
     delay: int = 0
-    pump: bool = False
 
 
 @dataclass
@@ -56,8 +56,8 @@ class Monitor:
 
     `behaviour`: ok, ignores (every set is answered well and does nothing), sticks (every set leads to `at`), drifts
     (`after` ms after a set it shows `at`). `fails` holds any of "capabilities", "read" and "set", which then fail with
-    `error`. `delay` (ms) is that of each call to it, `pump` whether messages are dispatched meanwhile. With
-    `zero_handle` its handle is 0, unless that one is in use.
+    `error`. `capabilities_delay`, `read_delay` and `set_delay` (ms) are how long those calls take, `delay` sets all
+    three in change(); nothing is dispatched meanwhile. With `zero_handle` its handle is 0, unless that one is in use.
     """
 
     name: str
@@ -71,8 +71,9 @@ class Monitor:
     after: int = 0
     fails: tuple = ()
     error: int = 0xC0262582
-    delay: int = 0
-    pump: bool = False
+    capabilities_delay: int = 0
+    read_delay: int = 0
+    set_delay: int = 0
     zero_handle: bool = False
     present: bool = True
 
@@ -83,7 +84,9 @@ class Panel:
 
     `instance_type` and `path_type`: bstr, nullbstr, null, i4, missing. `brightness_type`: i1, i2, i4, i8, ui1, ui2,
     ui4, ui8, r8, bool, bstr, null, empty, unknown, missing. `without` is the query ("brightness" or "methods") that
-    does not find it. `fails` may be "set"; `error` is an HRESULT. The rest is as with a Monitor.
+    does not find it. `fails` may be "set"; `error` is an HRESULT. With a `status` other than 0 its method sets nothing,
+    though the call succeeds. `delay` (ms) is how long the method takes; in a single-threaded apartment the wait
+    dispatches what COM dispatches. The rest is as with a Monitor.
     """
 
     name: str
@@ -99,8 +102,8 @@ class Panel:
     after: int = 0
     fails: tuple = ()
     error: int = 0x80041001
+    status: int = 0
     delay: int = 0
-    pump: bool = False
     present: bool = True
 
     def __post_init__(self):
@@ -225,7 +228,7 @@ class Hardware:
 
         locator, connect, blanket, query, query_methods, get_object, get_method, spawn, put_timeout, put_brightness,
         exec: an HRESULT, or "null" for success that hands nothing out. next, next_methods: a list of them for the
-        calls of one enumeration, in which 0 works and "timedout" is a time-out. delay_STEP (ms); pump.
+        calls of one enumeration, in which 0 works and "timedout" is a time-out. delay_STEP (ms).
         """
         if "panels" not in self.installed:
             self.install_panels()
@@ -237,6 +240,9 @@ class Hardware:
         kind, place, device = self._device(name)
         if options.get("name", name) != name or "current" in options:
             raise LabError("a name stays, and the value is changed by turn()")
+        if kind == "monitor" and "delay" in options:
+            options = {**dict.fromkeys(MONITOR_DELAYS, options["delay"]), **options}
+            del options["delay"]
         self.devices[name] = (kind, place, self._checked(replace(device, **options)))
         self._write()
 

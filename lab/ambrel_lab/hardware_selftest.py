@@ -133,12 +133,15 @@ def check_behaviours(hardware, client):
 
 
 def check_waiting(hardware, client):
-    hardware.monitors([Monitor("slow", delay=300), Monitor("other")])
+    hardware.monitors(["slow", "other"])
+    hardware.change("slow", delay=300)
     started = time.monotonic()
     _, messages = client.ask("monitors")
     assert 0.6 <= time.monotonic() - started < 3 and messages == 0
-    hardware.change("slow", pump=True)
-    assert client.ask("monitors")[1] >= 5
+    hardware.change("slow", delay=0, capabilities_delay=400)
+    started = time.monotonic()
+    client.ask("monitors")
+    assert 0.4 <= time.monotonic() - started < 2
     # Unplugged while it is being asked: that call and the later ones fail, and its handle is taken back.
     hardware.change("slow", delay=1000)
     hardware.forget()
@@ -184,7 +187,7 @@ def check_panel_values(hardware, client):
 
 def check_panel_set(hardware, client):
     hardware.panels([Panel("panel \u00e9", 30), Panel("twin1", instance="twin"), Panel("twin2", instance="twin"),
-                     Panel("stubborn", behaviour="ignores"), Panel("broken", fails="set")])
+                     Panel("stubborn", behaviour="ignores"), Panel("broken", fails="set"), Panel("failing", status=1)])
     hardware.forget()
     assert client.set_panel("panel \u00e9", 100) == ["set"] and hardware.value("panel \u00e9") == 100
     [call] = hardware.calls("ExecMethod")
@@ -202,9 +205,10 @@ def check_panel_set(hardware, client):
     assert (hardware.value("twin1"), hardware.value("twin2")) == (70, 50)
     assert client.set_panel("stubborn", 70) == ["set"] and hardware.value("stubborn") == 50
     assert client.set_panel("broken", 70) == ["not set"] and hardware.value("broken") == 50
+    assert client.set_panel("failing", 70) == ["set"] and hardware.value("failing") == 50
     hardware.unplug("panel \u00e9")
     assert client.set_panel("panel \u00e9", 10) == ["end", "0x00000001"]
-    assert len(client.panels()[0]) == 4 and hardware.outstanding() == 0 and not hardware.mistakes()
+    assert len(client.panels()[0]) == 5 and hardware.outstanding() == 0 and not hardware.mistakes()
 
 
 def check_panel_steps(hardware, client):
@@ -227,7 +231,7 @@ def check_panel_steps(hardware, client):
     hardware.wmi(next=[0, FAILED], next_methods=["null"])
     panels, end = client.panels()
     assert len(panels) == 1 and end == ["end", f"0x{FAILED:08x}"] and ask("set") == ["end", "0x00000000"]
-    hardware.wmi(delay_next=200, pump=True)
+    hardware.wmi(delay_next=200)
     assert client.ask("panels")[1] >= 5
     hardware.wmi()
     assert len(client.panels()[0]) == 2 and hardware.outstanding() == 0 and not hardware.mistakes()

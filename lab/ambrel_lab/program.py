@@ -77,6 +77,12 @@ class ProgramActions:
                                   timeout=timeout + LIMIT)
         return answer["result"]
 
+    def call_window(self, message, wparam=0, lparam=0, target=WINDOW_CLASS, timeout=LIMIT):
+        """Like send_message, but the program may make COM calls meanwhile, as it may in a timer or a posted message."""
+        answer = self.desktop.request("message", target, "call", message, wparam, lparam, int(timeout * 1000),
+                                  timeout=timeout + LIMIT)
+        return answer["result"]
+
     def send_data(self, message, wparam, data, target=WINDOW_CLASS):
         """Sends a message whose lParam points to a copy of `data` in the program's memory. Returns the result."""
         return self.desktop.request("message-data", target, message, wparam, data.hex())["result"]

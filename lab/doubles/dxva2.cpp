@@ -129,8 +129,8 @@ bool TakeBack(HANDLE handle, std::wstring& names) {
 }
 
 // The beginning that all functions of one monitor have in common: finds it, lets the call take its time and
-// returns the error that it then fails with, `step` being its name in the script.
-DWORD BeginMonitorCall(HANDLE handle, const wchar_t* step, CallRecord& record, Row& monitor) {
+// returns the error that it then fails with. `step` is its name in the script: capabilities, read or set.
+DWORD BeginMonitorCall(HANDLE handle, const char* step, CallRecord& record, Row& monitor) {
     AcquireSRWLockShared(&g_lock);
     const auto live = FindLive(handle);
     const bool known = live != g_live.end();
@@ -143,14 +143,15 @@ DWORD BeginMonitorCall(HANDLE handle, const wchar_t* step, CallRecord& record, R
         return kNoSuchHandle;
     }
     if (FindMonitor(name, monitor)) {
-        WaitAsScripted(monitor);
+        Wait(monitor.Number((std::string(step) + "_delay").c_str()));
     }
     // Asked again: what happened while the call waited counts.
     if (!FindMonitor(name, monitor)) {
         return kUnplugged;
     }
     const bool fails =
-        (L"," + monitor.Text("fails") + L",").find(L"," + std::wstring(step) + L",") != std::wstring::npos;
+        (L"," + monitor.Text("fails") + L",")
+            .find(L"," + std::wstring(step, step + std::strlen(step)) + L",") != std::wstring::npos;
     return fails ? static_cast<DWORD>(monitor.Number("error", kNoAnswer)) : ERROR_SUCCESS;
 }
 
@@ -168,7 +169,7 @@ __declspec(dllexport) BOOL WINAPI GetNumberOfPhysicalMonitorsFromHMONITOR(HMONIT
     // Counted before the wait: a list may change between this call and the next.
     const Row display = DisplayRow(index);
     const DWORD present = static_cast<DWORD>(MonitorRows(index).size());
-    WaitAsScripted(display);
+    Wait(display.Number("delay"));
     const DWORD error = static_cast<DWORD>(display.Number("count_error"));
     if (error == ERROR_SUCCESS) {
         *count = static_cast<DWORD>(display.Number("count", present));
@@ -187,7 +188,7 @@ __declspec(dllexport) BOOL WINAPI
         return record.EndWithError(ERROR_INVALID_PARAMETER);
     }
     const Row display = DisplayRow(index);
-    WaitAsScripted(display);
+    Wait(display.Number("delay"));
     const DWORD error = static_cast<DWORD>(display.Number("fetch_error"));
     if (error != ERROR_SUCCESS) {
         return record.EndWithError(error);
@@ -212,7 +213,7 @@ __declspec(dllexport) BOOL WINAPI
     GetMonitorCapabilities(HANDLE handle, DWORD* capabilities, DWORD* temperatures) {
     CallRecord record(L"GetMonitorCapabilities", L"");
     Row monitor;
-    const DWORD error = BeginMonitorCall(handle, L"capabilities", record, monitor);
+    const DWORD error = BeginMonitorCall(handle, "capabilities", record, monitor);
     if (!capabilities || !temperatures) {
         record.Mistake(L"nowhere to put the answer");
         return record.EndWithError(ERROR_INVALID_PARAMETER);
@@ -229,7 +230,7 @@ __declspec(dllexport) BOOL WINAPI
     GetMonitorBrightness(HANDLE handle, DWORD* minimum, DWORD* current, DWORD* maximum) {
     CallRecord record(L"GetMonitorBrightness", L"");
     Row monitor;
-    const DWORD error = BeginMonitorCall(handle, L"read", record, monitor);
+    const DWORD error = BeginMonitorCall(handle, "read", record, monitor);
     if (!minimum || !current || !maximum) {
         record.Mistake(L"nowhere to put the answer");
         return record.EndWithError(ERROR_INVALID_PARAMETER);
@@ -249,7 +250,7 @@ __declspec(dllexport) BOOL WINAPI SetMonitorBrightness(HANDLE handle, DWORD valu
     CallRecord record(L"SetMonitorBrightness", L"");
     record.Argument(L"value", value);
     Row monitor;
-    const DWORD error = BeginMonitorCall(handle, L"set", record, monitor);
+    const DWORD error = BeginMonitorCall(handle, "set", record, monitor);
     if (error == ERROR_SUCCESS) {
         TurnKnob(monitor, value);
     }

@@ -1,5 +1,8 @@
 #include "tool.h"
 
+#include <memory>
+#include <optional>
+
 namespace {
 
 std::wstring ClassOf(HWND window) {
@@ -85,8 +88,38 @@ int ShowWindowFacts(const Arguments& arguments, Json& answer) {
     return kToolOk;
 }
 
-// message TARGET post|send MESSAGE WPARAM LPARAM [MILLISECONDS]: the result, which for a post is only its
-// acceptance.
+// Ends the wait in CallWindow.
+void CALLBACK NoteAnswer(HWND, UINT, ULONG_PTR context, LRESULT result) {
+    *reinterpret_cast<std::optional<LRESULT>*>(context) = result;
+}
+
+// Sends with a callback: the receiver handles the message as it does a timer's, free to make COM calls, and
+// the sender learns of the end.
+std::optional<LRESULT> CallWindow(HWND window, UINT message, WPARAM wParam, LPARAM lParam, DWORD patience) {
+    auto answer = std::make_unique<std::optional<LRESULT>>();
+    const ULONGLONG end = GetTickCount64() + patience;
+    if (!SendMessageCallbackW(window, message, wParam, lParam, NoteAnswer,
+                              reinterpret_cast<ULONG_PTR>(answer.get()))) {
+        return {};
+    }
+    while (!*answer) {
+        const ULONGLONG now = GetTickCount64();
+        if (now >= end) {
+            // The callback may still come, and needs the place for its answer.
+            static_cast<void>(answer.release());
+            return {};
+        }
+        MsgWaitForMultipleObjectsEx(0, nullptr, static_cast<DWORD>(end - now), QS_ALLINPUT, 0);
+        MSG queued = {};
+        while (PeekMessageW(&queued, nullptr, 0, 0, PM_REMOVE)) {
+            DispatchMessageW(&queued);
+        }
+    }
+    return *answer;
+}
+
+// message TARGET post|send|call MESSAGE WPARAM LPARAM [MILLISECONDS]: the result, which for a post is only
+// its acceptance.
 int SendToWindow(const Arguments& arguments, Json& answer) {
     const HWND window = FindTarget(arguments[0]);
     if (!window) {
@@ -100,6 +133,15 @@ int SendToWindow(const Arguments& arguments, Json& answer) {
         return kToolOk;
     }
     const UINT patience = arguments.size() > 5 ? static_cast<UINT>(Number(arguments[5])) : 10000;
+    if (arguments[1] == L"call") {
+        const std::optional<LRESULT> result = CallWindow(window, message, wParam, lParam, patience);
+        if (!result) {
+            answer = JsonObject({{"error", ERROR_TIMEOUT}});
+            return kToolFailed;
+        }
+        answer = JsonObject({{"result", static_cast<long long>(*result)}});
+        return kToolOk;
+    }
     DWORD_PTR result = 0;
     if (!SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, patience, &result)) {
         answer = JsonObject({{"error", GetLastError()}});

@@ -60,16 +60,10 @@ POINT PlacePopup(const RECT& workArea) {
 }
 
 void ShowPopup() {
-    const std::uint32_t showCount = g_app.popupShowCount;
     RefreshPwmSafeTargets(false);
-    // The query can take long and dispatches messages. In the meantime the user may have quit the program, or
-    // a second click may have shown the popup and a third one hidden it.
+    // The query dispatches messages. The session may be ending by now, and an installer's end of the program
+    // destroys the window.
     if (g_app.ending) return;
-    if (g_app.popupShowCount != showCount) {
-        InvalidateRect(g_app.mainWindow, nullptr, FALSE);
-        return;
-    }
-    g_app.popupShowCount += 1;
     POINT cursor = {};
     GetCursorPos(&cursor);
     HMONITOR monitor = MonitorFromPoint(cursor, MONITOR_DEFAULTTONEAREST);

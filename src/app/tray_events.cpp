@@ -2,6 +2,7 @@
 
 #include "app/pending_input.h"
 #include "app/popup.h"
+#include "app/session_end.h"
 #include "app/shell/ensure_tray_icon.h"
 #include "app/shell/tray_icon.h"
 #include "app/state/app_state.h"
@@ -51,6 +52,7 @@ MenuCommand TrackMenu(HMENU menu, POINT at) {
 }
 
 void PerformMenuCommand(MenuCommand command) {
+    if (command != kMenuNone) ContinueSession();
     switch (command) {
         case kMenuQuit: DestroyWindow(g_app.mainWindow); return;
         case kMenuLegacyMode:
@@ -92,6 +94,7 @@ void ShowTrayMenu() {
 
 void OnTrayCallback(LPARAM mouseMessage) {
     if (mouseMessage != WM_LBUTTONUP && mouseMessage != WM_RBUTTONUP) return;
+    ContinueSession();
     // If the shell sends the message, COM rejects the WMI calls that built-in panels need; post it again. The
     // reopen delay counts from this arrival, so check it first.
     if (InSendMessageEx(nullptr) != ISMEX_NOSEND) {

@@ -1,6 +1,9 @@
 #include "app/window_lifetime.h"
 
+#include <utility>
+
 #include "app/power_events.h"
+#include "app/session_end.h"
 #include "app/shell/refresh.h"
 #include "app/shell/tray_icon.h"
 #include "app/single_instance.h"
@@ -8,8 +11,6 @@
 #include "app/state/messages.h"
 #include "app/state/timers.h"
 #include "brightness/pwm_safe.h"
-#include "filter/cursor_tint.h"
-#include "filter/legacy_gamma.h"
 #include "filter/magnification.h"
 #include "ui/fonts.h"
 #include "ui/logo.h"
@@ -47,13 +48,13 @@ void OnCreate(HWND window) {
 void OnDestroy() {
     // A handler that is still waiting in a message box below us may go on to apply the filter; from now on
     // that clears.
-    g_app.ending = true;
-    StopTimer(TimerId::PwmSafePoll);
-    StopTimer(TimerId::PwmSafeVerify);
+    const bool sessionEnded = std::exchange(g_app.ending, true);
+    g_app.windowDestroyed = true;
+    SuspendPwmSafe();
     StopTimer(TimerId::PopupAutoHide);
     ReleasePwmSafeLock();
-    ReleaseCursorCopies();
-    RestoreIdentityRamp();
+    // The session's end has waited already for the release that it started.
+    RestoreScreen(sessionEnded ? 0 : kWindowEndLimit);
     ShutdownMagnification();
     UnregisterPowerEvents();
     RemoveTrayIcon();
@@ -61,19 +62,4 @@ void OnDestroy() {
     ReleaseSingleInstance();
     g_app.mainWindow = nullptr;
     PostQuitMessage(0);
-}
-
-void OnEndSession(bool ending, LPARAM reason) {
-    if (!ending) return;
-    // The process lives on for a moment, and nothing that happens in it may undo what is given back now: no
-    // poll, no display change, no slider still held.
-    g_app.ending = true;
-    StopTimer(TimerId::DisplaySettle);
-    StopTimer(TimerId::PwmSafePoll);
-    StopTimer(TimerId::PwmSafeVerify);
-    ReleasePwmSafeLockAtSessionEnd();
-    ReleaseCursorCopies();
-    RestoreIdentityRamp();
-    // An installer that needs the program's file lets the session go on and waits for the program to end.
-    if ((reason & ENDSESSION_CLOSEAPP) != 0) DestroyWindow(g_app.mainWindow);
 }

@@ -7,6 +7,7 @@
 #include "app/notices.h"
 #include "app/popup.h"
 #include "app/power_events.h"
+#include "app/session_end.h"
 #include "app/shell/refresh.h"
 #include "app/state/app_state.h"
 #include "app/state/messages.h"
@@ -46,9 +47,19 @@ void OnTimerId(WPARAM id) {
     if (IsTimerId(id)) OnTimer(static_cast<TimerId>(id));
 }
 
-void OnPwmSafeWaiting() {
-    PerformWaitingPwmSafeWork();
+void OnPwmSafeDeferred() {
+    PerformDeferredPwmRequest();
     RefreshPopupAndTray();
+}
+
+void OnSecondStart() {
+    ContinueSession();
+    ShowPopup();
+}
+
+void OnPopupPressed(LPARAM position) {
+    ContinueSession();
+    OnMouseDown(GET_X_LPARAM(position), GET_Y_LPARAM(position));
 }
 
 LRESULT OnMouseActivate() {
@@ -76,11 +87,11 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
     if (IsTaskbarCreated(message)) { OnTaskbarCreated(); return 0; }
     switch (message) {
         case kMessageLegacyNotice:       ShowLegacyNotice();                                          return 0;
-        case kMessageShowPopup:          ShowPopup();                                                 return 0;
+        case kMessageShowPopup:          OnSecondStart();                                             return 0;
         case kMessageMagnificationError: ShowMagnificationError(static_cast<int>(wParam));            return 0;
-        case kMessagePwmSafeWaiting:     OnPwmSafeWaiting();                                          return 0;
+        case kMessagePwmSafeDeferred:    OnPwmSafeDeferred();                                         return 0;
         case WM_POWERBROADCAST:          OnPowerBroadcast(wParam, lParam);                            return TRUE;
-        case WM_LBUTTONDOWN:             OnMouseDown(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));     return 0;
+        case WM_LBUTTONDOWN:             OnPopupPressed(lParam);                                      return 0;
         case WM_LBUTTONUP:               OnMouseUp();                                                 return 0;
         case WM_CAPTURECHANGED:          OnCaptureLost();                                             return 0;
         case WM_MOUSEMOVE:               OnMouseMove(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));     return 0;

@@ -10,11 +10,11 @@
 
 namespace {
 
-// Some displays never quite read back what they were set to.
-constexpr std::uint32_t kCountsAsFull = 99;
+// Some displays read back slightly less than what they were set to.
+constexpr std::uint32_t kFullThreshold = 99;  // percent
 
 bool IsAtFull(const DisplayTarget& target) {
-    return target.percent >= kCountsAsFull;
+    return target.percent >= kFullThreshold;
 }
 
 bool IsBuiltIn(const DisplayTarget& target) {

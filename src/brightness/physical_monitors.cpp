@@ -2,49 +2,16 @@
 
 #include <new>
 
-#include "app/state/app_state.h"
-#include "win32/system_library.h"
-
 namespace {
 
-// No desktop has more; a driver that says so is not believed.
-constexpr DWORD kMostMonitors = 4096;
-
-template <typename Function>
-bool Find(HMODULE module, const char* name, Function* function) {
-    *function = reinterpret_cast<Function>(GetProcAddress(module, name));
-    return *function != nullptr;
-}
-
-bool FindAll(MonitorFunctions* f) {
-    return Find(f->module, "GetNumberOfPhysicalMonitorsFromHMONITOR", &f->count) &&
-           Find(f->module, "GetPhysicalMonitorsFromHMONITOR", &f->fetch) &&
-           Find(f->module, "DestroyPhysicalMonitors", &f->destroy) &&
-           Find(f->module, "GetMonitorCapabilities", &f->capabilities) &&
-           Find(f->module, "GetMonitorBrightness", &f->brightness) &&
-           Find(f->module, "SetMonitorBrightness", &f->setBrightness);
-}
+// Sanity limit: no desktop has more.
+constexpr DWORD kMaxMonitors = 4096;
 
 }  // namespace
 
-const MonitorFunctions* LoadedMonitorFunctions() {
-    MonitorFunctions* functions = &g_app.monitorFunctions;
-    if (functions->module == nullptr) {
-        MonitorFunctions found;
-        found.module = LoadSystemLibrary(L"dxva2.dll");
-        if (found.module == nullptr) return nullptr;
-        if (!FindAll(&found)) {
-            FreeLibrary(found.module);
-            return nullptr;
-        }
-        *functions = found;
-    }
-    return functions;
-}
-
 PhysicalMonitors::PhysicalMonitors(const MonitorFunctions* loaded, HMONITOR display) : functions(loaded) {
     DWORD found = 0;
-    if (!functions->count(display, &found) || found == 0 || found > kMostMonitors) return;
+    if (!functions->count(display, &found) || found == 0 || found > kMaxMonitors) return;
     monitors.reset(new (std::nothrow) PHYSICAL_MONITOR[found]());
     if (monitors != nullptr && functions->fetch(display, found, monitors.get())) count = found;
 }

@@ -4,13 +4,10 @@
 #include <memory>
 #include <string>
 
-#include "app/state/monitor_functions.h"
+#include "brightness/monitor_functions.h"
 
 #include <highlevelmonitorconfigurationapi.h>
 #include <physicalmonitorenumerationapi.h>
-
-// The functions of dxva2.dll, loaded at the first call. Null when the DLL or one of them is missing.
-const MonitorFunctions* LoadedMonitorFunctions();
 
 // The handles of a display monitor's physical monitors, destroyed at the end of the scope. A handle may be 0
 // and valid. count is 0 when they cannot be counted or fetched, or when memory runs out.

@@ -3,40 +3,24 @@
 #include <utility>
 
 #include "app/state/app_state.h"
-#include "app/state/messages.h"
 #include "app/state/timers.h"
 #include "brightness/display_targets.h"
+#include "brightness/display_turn.h"
+#include "brightness/pwm_release.h"
 #include "store/event_log.h"
 #include "store/settings.h"
-
-#include <objbase.h>
 
 namespace {
 
 constexpr int kFailuresToSlowDown = 10;  // reached, not exceeded
 
-// A message that is handled while displays answer may come back here. It must not work on what is being
-// changed, and a slow display must not be asked anew by every poll: until the operation is done, others wait
-// for their next turn. Only the end, which gives everything back, does not wait.
-struct [[nodiscard]] BusyWithDisplays {
-    BusyWithDisplays() {
-        g_app.pwmBusy = true;
-        g_app.pwmModeBefore = g_app.pwmSafe;
-    }
-    ~BusyWithDisplays() {
-        g_app.pwmBusy = false;
-        if (g_app.ending || (!g_app.pwmReassertWaiting && !g_app.pwmClickWaiting)) return;
-        PostMessageW(g_app.mainWindow, kMessagePwmSafeWaiting, 0, 0);
-    }
-    BusyWithDisplays(const BusyWithDisplays&) = delete;
-    BusyWithDisplays& operator=(const BusyWithDisplays&) = delete;
-};
-
-DisplayTargetList LookAtDisplays() {
-    DisplayTargetList list;
-    EnumerateTargets(&list);
-    CountTargets(list);
-    return list;
+// The displays there are now, counted. False when the window's or the session's end has begun by then:
+// nothing may be locked any more.
+bool LookAtDisplays(DisplayTargetList* list) {
+    if (!g_app.ending) EnumerateTargets(list);
+    if (g_app.ending) return false;
+    CountTargets(*list);
+    return true;
 }
 
 bool AllAtFull() {
@@ -47,22 +31,30 @@ TimerPace PollPace() {
     return g_app.pwmRetrySlowed ? TimerPace::Long : TimerPace::Normal;
 }
 
-void SwitchOff() {
-    g_app.pwmSafe = false;
+// The lock is neither confirmed nor waiting for its verification.
+void ForgetVerification() {
     g_app.pwmLockConfirmed = false;
     g_app.pwmVerifyPending = false;
     g_app.pwmVerifyIsUserToggle = false;
 }
 
-// A value noted before is never replaced: it is the user's own, later ones are the lock's. False when the end
-// came while displays answered; the display that was being set then has its value back.
+void SwitchOff() {
+    g_app.pwmSafe = false;
+    ForgetVerification();
+}
+
+// A saved value is never replaced: it is the user's own, later ones are the lock's. False when the end came
+// while a display was being set: its release may have preceded the 100 that was pending, so its value is set
+// again. Windows may end the process before that, but then the release, which starts by enumerating the
+// displays, was the later of the two in all likelihood.
 bool LockTargets(const DisplayTargetList& list) {
     for (const DisplayTarget& target : list) {
         const std::uint32_t before =
             g_app.pwmSavedBrightness.try_emplace(target.name, target.percent).first->second;
         SetTargetBrightness(target, kFullPercent);
         if (g_app.ending) {
-            SetTargetBrightness(target, before);
+            if (!SetTargetBrightness(target, before))
+                g_app.pwmSavedBrightness.try_emplace(target.name, before);
             return false;
         }
     }
@@ -70,9 +62,8 @@ bool LockTargets(const DisplayTargetList& list) {
 }
 
 void AssertLock(bool byUser) {
-    if (g_app.ending) return;
-    const DisplayTargetList list = LookAtDisplays();
-    if (g_app.ending) return;
+    DisplayTargetList list;
+    if (!LookAtDisplays(&list)) return;
     if (list.empty()) {
         if (byUser) {
             SwitchOff();
@@ -90,12 +81,14 @@ void AssertLock(bool byUser) {
     RestartTimer(TimerId::PwmSafeVerify);
 }
 
-void RefreshTargets(bool fromTimer) {
-    if (g_app.ending) return;
-    LookAtDisplays();
-    if (g_app.ending || g_app.pwmVerifyPending) return;
+// False as with LookAtDisplays.
+bool RefreshTargets(bool fromTimer) {
+    DisplayTargetList list;
+    if (!LookAtDisplays(&list)) return false;
+    if (g_app.pwmVerifyPending) return true;
     g_app.pwmLockConfirmed = g_app.pwmSafe && AllAtFull();
     if (g_app.pwmSafe && fromTimer && !AllAtFull()) AssertLock(false);
+    return true;
 }
 
 void ConfirmLock() {
@@ -124,7 +117,7 @@ void RevertUserSwitch() {
     RefreshTargets(false);
 }
 
-void SlowDownWhenHopeless() {
+void SlowDownRetries() {
     if (!g_app.pwmTargetsPresent) return;
     g_app.pwmRetryCount += 1;
     if (g_app.pwmRetrySlowed || g_app.pwmRetryCount < kFailuresToSlowDown) return;
@@ -140,12 +133,12 @@ void CountFailure() {
         LogEvent("PWM-safe: lock pending (%d of %d at 100%%) - poll will re-assert", g_app.pwmTargetsAt100,
                  g_app.pwmTargetCount);
     }
-    SlowDownWhenHopeless();
+    SlowDownRetries();
 }
 
 void TurnOffByUser() {
     StopTimer(TimerId::PwmSafeVerify);
-    // Its message may be under way already, and must not arm it again.
+    // A WM_TIMER that is dispatched meanwhile must not start it again.
     g_app.pwmVerifyPending = false;
     ReleasePwmSafeLock();
     SwitchOff();
@@ -153,17 +146,14 @@ void TurnOffByUser() {
     RefreshTargets(false);
 }
 
-void JudgeLock() {
+void EvaluateLock() {
     const bool followsUserSwitch = g_app.pwmVerifyIsUserToggle;
-    RefreshTargets(false);
-    if (g_app.ending) return;
+    if (!RefreshTargets(false)) return;
     if (AllAtFull()) {
         ConfirmLock();
         return;
     }
-    g_app.pwmVerifyPending = false;
-    g_app.pwmVerifyIsUserToggle = false;
-    g_app.pwmLockConfirmed = false;
+    ForgetVerification();
     if (followsUserSwitch) {
         RevertUserSwitch();
     } else {
@@ -171,65 +161,50 @@ void JudgeLock() {
     }
 }
 
-DWORD WINAPI ReleaseOnOwnThread(void*) {
-    const HRESULT joined = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    ReleasePwmSafeLock();
-    if (SUCCEEDED(joined)) CoUninitialize();
-    return 0;
-}
-
 }  // namespace
 
 void AssertPwmSafeLock(bool byUser) {
-    if (g_app.pwmBusy) return;
-    const BusyWithDisplays busy;
-    AssertLock(byUser);
+    const DisplayTurn turn;
+    if (turn.granted) AssertLock(byUser);
 }
 
 void RefreshPwmSafeTargets(bool fromTimer) {
-    if (g_app.pwmBusy) return;
-    const BusyWithDisplays busy;
-    RefreshTargets(fromTimer);
+    const DisplayTurn turn;
+    if (turn.granted) RefreshTargets(fromTimer);
 }
 
 void VerifyPwmLock() {
     StopTimer(TimerId::PwmSafeVerify);
-    if (g_app.pwmBusy) {
-        if (g_app.pwmVerifyPending && !g_app.ending) StartTimer(TimerId::PwmSafeVerify);
-        return;
+    const DisplayTurn turn;
+    if (turn.granted) {
+        EvaluateLock();
+    } else if (g_app.pwmVerifyPending) {
+        StartTimer(TimerId::PwmSafeVerify);
     }
-    const BusyWithDisplays busy;
-    JudgeLock();
 }
 
 void ReleasePwmSafeLock() {
     if (g_app.pwmSavedBrightness.empty()) return;
-    DisplayTargetList list;
-    EnumerateTargets(&list);
-    for (const DisplayTarget& target : list) {
-        const auto saved = g_app.pwmSavedBrightness.find(target.name);
-        if (saved == g_app.pwmSavedBrightness.end()) continue;
-        const std::uint32_t percent = saved->second;
-        SetTargetBrightness(target, percent);
-    }
+    RestoreBrightness(&g_app.pwmSavedBrightness);
     g_app.pwmSavedBrightness.clear();
+}
+
+void SuspendPwmSafe() {
+    StopTimer(TimerId::PwmSafePoll);
+    StopTimer(TimerId::PwmSafeVerify);
+    ForgetVerification();
+    g_app.pwmDeferred = PwmRequest::None;
 }
 
 void SchedulePwmSafePoll() {
     StopTimer(TimerId::PwmSafePoll);
-    if (g_app.pwmSafe && !g_app.ending) StartTimer(TimerId::PwmSafePoll, PollPace());
+    if (g_app.pwmSafe) StartTimer(TimerId::PwmSafePoll, PollPace());
 }
 
 void TogglePwmSafeByUser() {
-    if (g_app.ending) return;
-    if (g_app.pwmBusy) {
-        // What is wanted, not that it changes: the operation under way may switch the mode itself.
-        g_app.pwmWanted = !g_app.pwmModeBefore;
-        g_app.pwmClickWaiting = true;
-        return;
-    }
-    const BusyWithDisplays busy;
     const bool wanted = !g_app.pwmSafe;
+    const DisplayTurn turn(wanted ? PwmRequest::SwitchOn : PwmRequest::SwitchOff);
+    if (!turn.granted) return;
     LogEvent("PWM-safe toggled %ls by user", wanted ? L"ON" : L"OFF");
     g_app.pwmRetryCount = 0;
     g_app.pwmRetrySlowed = false;
@@ -238,13 +213,14 @@ void TogglePwmSafeByUser() {
     } else {
         AssertLock(true);
     }
-    // The end gives up the lock under way, and the wish is for the next start.
+    // The end abandons the lock under way, but the user's choice is kept for the next start.
     if (g_app.ending) g_app.pwmSafe = wanted;
     SaveSettings();
 }
 
 void RestorePwmSafeFromSettings() {
-    const BusyWithDisplays busy;
+    const DisplayTurn turn;
+    if (!turn.granted) return;
     RefreshTargets(false);
     if (!g_app.pwmSafe) {
         SchedulePwmSafePoll();
@@ -256,14 +232,8 @@ void RestorePwmSafeFromSettings() {
 }
 
 void ReassertPwmSafeAfterChange() {
-    if (g_app.ending) return;
-    if (g_app.pwmBusy) {
-        g_app.pwmReassertWaiting = true;
-        return;
-    }
-    const BusyWithDisplays busy;
-    RefreshTargets(false);
-    if (!g_app.pwmSafe || g_app.ending) return;
+    const DisplayTurn turn(PwmRequest::Reassert);
+    if (!turn.granted || !RefreshTargets(false) || !g_app.pwmSafe) return;
     g_app.pwmRetryCount = 0;
     if (g_app.pwmRetrySlowed) {
         g_app.pwmRetrySlowed = false;
@@ -272,23 +242,16 @@ void ReassertPwmSafeAfterChange() {
     AssertLock(false);
 }
 
-void PerformWaitingPwmSafeWork() {
-    if (g_app.ending || g_app.pwmBusy) return;
-    const bool reassert = std::exchange(g_app.pwmReassertWaiting, false);
-    const bool clicked = std::exchange(g_app.pwmClickWaiting, false);
-    if (reassert) ReassertPwmSafeAfterChange();
-    if (clicked && g_app.pwmSafe != g_app.pwmWanted) TogglePwmSafeByUser();
-}
-
-void ReleasePwmSafeLockAtSessionEnd() {
-    if (g_app.pwmSavedBrightness.empty()) return;
-    HANDLE thread = nullptr;
-    if (InSendMessageEx(nullptr) != ISMEX_NOSEND)
-        thread = CreateThread(nullptr, 0, ReleaseOnOwnThread, nullptr, 0, nullptr);
-    if (thread == nullptr) {
-        ReleasePwmSafeLock();
-        return;
+void PerformDeferredPwmRequest() {
+    const PwmRequest request = std::exchange(g_app.pwmDeferred, PwmRequest::None);
+    switch (request) {
+        case PwmRequest::None: return;
+        case PwmRequest::Reassert: ReassertPwmSafeAfterChange(); return;
+        case PwmRequest::SwitchOn:
+            if (!g_app.pwmSafe) TogglePwmSafeByUser();
+            return;
+        case PwmRequest::SwitchOff:
+            if (g_app.pwmSafe) TogglePwmSafeByUser();
+            return;
     }
-    WaitForSingleObject(thread, INFINITE);
-    CloseHandle(thread);
 }

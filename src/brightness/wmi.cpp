@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr long kPatience = 1500;  // ms, for one object of a query
+constexpr long kNextTimeout = 1500;  // ms, for one object of a query
 
 constexpr wchar_t kPanelsQuery[] =
     L"SELECT InstanceName, CurrentBrightness FROM WmiMonitorBrightness WHERE Active = TRUE";
@@ -48,7 +48,7 @@ bool Query(IWbemServices* services, const wchar_t* text, ComPointer<IEnumWbemCla
 // A time-out is a success code without an object, and ends the walk like a failure.
 bool NextResult(IEnumWbemClassObject* results, ComPointer<IWbemClassObject>* object) {
     ULONG returned = 0;
-    return SUCCEEDED(results->Next(kPatience, 1, object->Out(), &returned)) && object->pointer != nullptr;
+    return SUCCEEDED(results->Next(kNextTimeout, 1, object->Out(), &returned)) && object->pointer != nullptr;
 }
 
 // Empty unless the property is a text.

@@ -1,9 +1,23 @@
-// RAII guards for COM interface pointers, BSTRs and VARIANTs that live within one operation.
+// RAII guards for COM: apartments, interface pointers, BSTRs and VARIANTs that live within one operation.
 #pragma once
 
 #include "win32/platform.h"
 
+#include <objbase.h>
 #include <oleauto.h>
+
+// COM's multithreaded apartment, joined by the calling thread for the scope. COM calls from it do not depend
+// on the message that the window's thread handles.
+struct [[nodiscard]] MultithreadedApartment {
+    HRESULT joined = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+
+    MultithreadedApartment() = default;
+    ~MultithreadedApartment() {
+        if (SUCCEEDED(joined)) CoUninitialize();
+    }
+    MultithreadedApartment(const MultithreadedApartment&) = delete;
+    MultithreadedApartment& operator=(const MultithreadedApartment&) = delete;
+};
 
 // A COM interface pointer, released at the end of the scope. Pass Out() to a call that returns one; the guard
 // must be empty then.

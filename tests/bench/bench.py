@@ -3,6 +3,7 @@
 run; the ratio is the result."""
 
 import sys
+import time
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
@@ -10,11 +11,17 @@ sys.path.insert(0, str(ROOT / "lab"))
 sys.dont_write_bytecode = True
 
 from ambrel_lab import Lab  # noqa: E402
-from ambrel_lab.layout import POWER  # noqa: E402
+from ambrel_lab.hardware import Monitor, Panel  # noqa: E402
+from ambrel_lab.layout import CLOSE, GEAR, POWER  # noqa: E402
+from ambrel_lab.waiting import wait_until  # noqa: E402
 
 QUIET_SECONDS = 5
 MAX_PROGRAM_SIZE = 320 * 1024
 DRAG_STEPS = 200
+WM_TIMER, POLL = 0x113, 4
+# Milliseconds, as real monitors take them, and one that is nearly dead.
+MONITORS = {"a real monitor": {"capabilities_delay": 300, "read_delay": 40, "set_delay": 50},
+            "a monitor of 3 s": {"capabilities_delay": 300, "read_delay": 3000, "set_delay": 50}}
 
 
 def memory_kib(pid):
@@ -64,6 +71,32 @@ def idle_program_and_drag(build):
         line("memory after a drag (Wine) / empty program", memory_kib(lab.program_pids()[0]), floor, "KiB")
 
 
+def seconds_until_gear_opens(lab):
+    """From a click on the gear to the settings panel on the screen."""
+    before = lab.popup_picture().pixel(200, 500)
+    started = time.monotonic()
+    lab.click_unit(*GEAR)
+    wait_until(lambda: lab.popup_picture().pixel(200, 500) != before, "the settings panel", pause=0.005)
+    return time.monotonic() - started
+
+
+def click_during_a_poll(build):
+    """How long the popup takes to answer a click while a poll queries the displays, beside a click without a poll."""
+    for name, delays in MONITORS.items():
+        with Lab(build) as lab:
+            lab.hardware.monitors([Monitor("monitor", 40, **delays)])
+            lab.hardware.panels([Panel("panel", 60)])
+            lab.install_program()
+            lab.start_program()
+            lab.wait_for_tray_icon()
+            lab.open_popup()
+            floor = seconds_until_gear_opens(lab)
+            lab.click_unit(*CLOSE)
+            lab.post_message(WM_TIMER, POLL)
+            wait_until(lab.hardware.waiting, "the poll")
+            line(f"click during a poll of {name} / without", 1000 * seconds_until_gear_opens(lab), 1000 * floor, "ms")
+
+
 def steps_and_frames(build):
     with Lab(build) as lab:
         for name in ("bench_drag_step", "bench_frame"):
@@ -74,6 +107,7 @@ def steps_and_frames(build):
 def main(build):
     size(build)
     idle_program_and_drag(build)
+    click_during_a_poll(build)
     steps_and_frames(build)
 
 

@@ -6,7 +6,8 @@ from pathlib import Path
 
 import pytest
 
-from ambrel_lab.hardware import Monitor, Panel  # noqa: F401
+from ambrel_lab import hardware as simulated
+from ambrel_lab.hardware import Panel  # noqa: F401
 from ambrel_lab.layout import CARD, CLOSE, GEAR  # noqa: F401
 from ambrel_lab.paths import DEFAULT_BUILD
 from desk import MENU_QUIT, LabError, wait_for_value, wait_until
@@ -25,6 +26,20 @@ CALLS = {"GetNumberOfPhysicalMonitorsFromHMONITOR": ("count", None),
          "ExecMethod": ("exec", "brightness"), "Released": ("end", None)}
 CONNECT = ["CreateInstance locator", "ConnectServer locator", "SetBlanket services", "ExecQuery services"]
 DISCONNECT = ["end services", "end locator"]
+
+
+# Milliseconds, as real monitors take them.
+MONITOR_DELAYS = {"capabilities_delay": 300, "read_delay": 40, "set_delay": 50}
+
+
+def Monitor(name, current=50, *values, **options):  # pylint: disable=invalid-name
+    """A monitor that takes as long as real ones do, unless a test says otherwise."""
+    return simulated.Monitor(name, current, *values, **{**MONITOR_DELAYS, **options})
+
+
+def quick(monitor):
+    """The same monitor, answering at once: for tests with so many that time would be all they show."""
+    return simulated.replace(monitor, **dict.fromkeys(MONITOR_DELAYS, 0))
 
 
 def told(call):
@@ -125,7 +140,7 @@ class Bench:
     def tick(self, *timers):
         """Lets the program's timers fire now, as if their time had come. Returns when that has been dealt with."""
         for timer in timers:
-            self.desk.send_message(WM_TIMER, timer, 0)
+            self.desk.call_window(WM_TIMER, timer, 0)
 
     def relock(self):
         """A lock asserted anew and verified, with an empty record: the next poll is two seconds away."""

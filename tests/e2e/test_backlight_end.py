@@ -1,11 +1,14 @@
 """Every way out gives the displays their old values back and keeps the setting; a crash cannot."""
 
+import time
+
 import pytest
 
 from backlight import (BUILD, CONFIRMED, POLL, SETTLED, VERIFY, WM_ENDSESSION, WM_TIMER, Bench, Monitor,
                        Panel, listed, monitor_set, panel_set, wait_until)
 from backlight import backlight_desk_fixture, bench_fixture  # noqa: F401
 
+SHOW_POPUP = 0x8069
 ONE = listed(1, ["left"])
 RESTORE = panel_set(60) + monitor_set("left", 40)
 
@@ -95,3 +98,47 @@ def test_a_crash_leaves_the_displays_locked_and_the_mode_on(locked):
     assert locked.values("panel", "left") == [100, 100] and locked.setting() == "1"
     locked.desk.start()
     locked.wait_for_log(CONFIRMED % 2)
+
+
+# A session that is called off, and displays that answer later than Windows waits.
+
+SECONDS = 1000
+CLICKS = {"tray": lambda bench: bench.desk.click(*bench.desk.tray_icon_position()),
+          "second start": lambda bench: bench.desk.post_message(SHOW_POPUP, 0, 0)}
+
+
+@pytest.mark.parametrize("way", CLICKS)
+def test_an_input_of_the_user_after_the_end_was_called_off_locks_again(locked, way):
+    locked.desk.send_message(WM_ENDSESSION, 1, 0)
+    assert locked.values("panel", "left") == [60, 40]
+    CLICKS[way](locked)
+    locked.wait_for_value("left", 100)
+    locked.wait_for_value("panel", 100)
+    locked.tick(VERIFY)
+    locked.unlock()
+    assert locked.values("panel", "left") == [60, 40]
+
+
+def test_the_end_of_the_session_is_answered_within_five_seconds(locked):
+    """A monitor that is slow to read costs as much as one that is slow to set."""
+    locked.hardware.change("left", delay=10 * SECONDS)
+    began = time.monotonic()
+    locked.desk.send_message(WM_ENDSESSION, 1, 0)
+    assert time.monotonic() - began < 5
+    locked.hardware.change("left", delay=0)
+    locked.wait_for_value("left", 40)
+
+
+def test_a_release_that_outlasts_the_end_leaves_the_users_values_alone(locked):
+    """The session goes on while the monitor still answers: it is locked once it is released, and what is saved again is
+    what the user had."""
+    locked.hardware.change("left", delay=0, read_delay=6 * SECONDS)
+    locked.desk.send_message(WM_ENDSESSION, 1, 0)
+    assert locked.hardware.value("left") == 100
+    locked.desk.post_message(SHOW_POPUP, 0, 0)
+    locked.hardware.change("left", delay=0)
+    locked.wait_for_value("left", 40)
+    locked.wait_for_value("left", 100)
+    locked.tick(VERIFY)
+    locked.unlock()
+    assert locked.values("panel", "left") == [60, 40]

@@ -87,10 +87,10 @@ def test_verifying(bench, pictures):
     bench.begin([Monitor("left", 40)]).show()
     bench.click_card()
     bench.wait_for_value("left", 100)
-    # The verification has to wait for the monitor, and what was to be painted is painted meanwhile.
-    bench.hardware.change("left", delay=400, pump=True)
+    # The verification has to wait for WMI, and what was to be painted is painted meanwhile.
+    bench.hardware.wmi(delay_query=3000)
     check(bench, pictures, "VERIFYING 100% LOCK", AMBER, on=True)
-    bench.hardware.change("left", delay=0)
+    bench.hardware.wmi()
 
 
 def test_locked(bench, pictures):
@@ -128,7 +128,7 @@ def test_a_display_that_was_turned_down_is_seen_when_the_popup_opens(bench, pict
     bench.tick(SETTLED, VERIFY)  # Locked anew: the next poll is two seconds away.
     bench.desk.send_message(WM_CLOSE)
     bench.hardware.turn("left", 40)
-    bench.desk.send_message(SHOW_POPUP)
+    bench.desk.call_window(SHOW_POPUP)
     check(bench, pictures, "REASSERTING 100% LOCK", AMBER, on=True)
     check(bench, pictures, "DISPLAY LOCKED AT 100%", GREEN, on=True)
 

@@ -1,6 +1,6 @@
 """Faulty, strange and many displays, and a Windows without the means to drive them."""
 
-from backlight import BUILD, SETTLED, Bench, Monitor, Panel, listed, monitor_set, monitors_fetched
+from backlight import BUILD, SETTLED, Bench, Monitor, Panel, listed, monitor_set, monitors_fetched, quick
 from backlight import backlight_desk_fixture, bench_fixture  # noqa: F401
 
 TARGETS = "PWM-safe targets: %d controllable (was 0)"
@@ -75,7 +75,7 @@ def test_monitors_that_cannot_be_counted_or_fetched_are_none(bench):
 
 def test_64_monitors_are_each_asked_set_and_given_back(bench):
     names = [f"m{number}" for number in range(64)]
-    bench.begin([Monitor(name, number) for number, name in enumerate(names)])
+    bench.begin([quick(Monitor(name, number)) for number, name in enumerate(names)])
     assert bench.record() == listed(monitors=names)
     bench.lock(*names)
     assert bench.sets() == [f"set {name} 100" for name in names]

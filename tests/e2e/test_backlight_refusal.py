@@ -158,3 +158,11 @@ def test_ten_failures_one_after_the_other_slow_the_poll(bench):
     bench.tick(POLL)
     assert bench.pwm_log()[-1] == SLOWING
     check_that_no_poll_comes(bench)
+
+
+def test_a_panel_whose_method_returns_a_failure_reverts_the_switch(bench):
+    """The call to WMI succeeds all the same; only the verification can tell."""
+    bench.begin(panels=[Panel("panel", 60, status=1)])
+    bench.refuse()
+    assert bench.hardware.calls("ExecMethod")[0].result == 0
+    assert bench.hardware.value("panel") == 60

@@ -8,7 +8,8 @@ import model
 from ambrel_lab.popup import centre
 from desk import ATTEMPTS, MENU_QUIT, SLIDER_X, SLIDER_Y, wait_for_value
 
-WM_QUERYENDSESSION, WM_ENDSESSION, WM_DISPLAYCHANGE = 0x11, 0x16, 0x7E
+WM_CLOSE, WM_QUERYENDSESSION, WM_ENDSESSION, WM_DISPLAYCHANGE, SHOW_POPUP = 0x10, 0x11, 0x16, 0x7E, 0x8069
+EMPTY_PLACE = (160, 60)  # in design units
 ENDSESSION_CLOSEAPP = 1
 EVENING = model.PRESETS["EVENING"][:2]
 MODES = {"magnification": {}, "legacy": {"UseLegacyGamma": 1}}
@@ -162,6 +163,30 @@ def test_a_cancelled_session_end_changes_nothing(filtered):
     assert filtered.visible_levels() == applied
     filtered.choose("DAY")
     filtered.wait_for_tip("Ambrel - ON (4000K, 100%)")
+
+
+def wait_for_preset(desk, mode, name):
+    (desk.wait_for_legacy_colour if mode == "legacy" else desk.wait_for_colour)(*model.PRESETS[name][:2])
+
+
+@pytest.mark.parametrize("mode", MODES)
+@pytest.mark.parametrize("way", ["popup", "tray", "second start"])
+def test_an_input_of_the_user_after_the_end_was_called_off_brings_the_filter_back(file_desk, mode, way):
+    desk = file_desk.start_fresh(MODES[mode])
+    desk.choose("EVENING")
+    wait_for_evening(desk, mode)
+    if way == "tray":
+        desk.send_message(WM_CLOSE)
+    desk.send_message(WM_ENDSESSION, 1, 0)
+    if way == "popup":
+        desk.click_unit(*EMPTY_PLACE)
+    elif way == "tray":
+        desk.click_tray()
+    else:
+        desk.post_message(SHOW_POPUP)
+    wait_for_evening(desk, mode)
+    desk.choose("DAY")
+    wait_for_preset(desk, mode, "DAY")
 
 
 def test_nothing_colours_the_screen_again_after_the_session_end(filtered):

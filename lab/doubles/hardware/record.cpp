@@ -13,22 +13,6 @@ std::wstring Decimal(LONG64 number) {
     return std::to_wstring(number);
 }
 
-void PumpUntil(LONG64 end) {
-    for (LONG64 left = end - Now(); left > 0; left = end - Now()) {
-        MsgWaitForMultipleObjectsEx(0, nullptr, static_cast<DWORD>(left), QS_ALLINPUT, MWMO_INPUTAVAILABLE);
-        MSG message = {};
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            if (message.message == WM_QUIT) {
-                // It is for the program's own loop. Seen again and again it would keep this one busy.
-                PostQuitMessage(static_cast<int>(message.wParam));
-                return;
-            }
-            TranslateMessage(&message);
-            DispatchMessageW(&message);
-        }
-    }
-}
-
 }  // namespace
 
 CallRecord::CallRecord(const wchar_t* function, const std::wstring& target)
@@ -73,19 +57,11 @@ void CallRecord::Write(const wchar_t* result, DWORD error) const {
     CloseHandle(file);
 }
 
-void Wait(LONG64 delay, bool pump) {
+void Wait(LONG64 delay) {
     if (delay <= 0) {
         return;
     }
     Count(Counter::kWaiting, 1);
-    if (pump) {
-        PumpUntil(Now() + delay);
-    } else {
-        Sleep(static_cast<DWORD>(delay));
-    }
+    Sleep(static_cast<DWORD>(delay));
     Count(Counter::kWaiting, -1);
-}
-
-void WaitAsScripted(const Row& row) {
-    Wait(row.Number("delay"), row.Number("pump") != 0);
 }

@@ -32,7 +32,5 @@ private:
     std::wstring arguments_;
 };
 
-// Lets a call take `delay` milliseconds, dispatching the thread's messages meanwhile when `pump` says so.
-void Wait(LONG64 delay, bool pump);
-// The same, as the line of a display says.
-void WaitAsScripted(const Row& row);
+// Lets a call take `delay` milliseconds, during which the thread dispatches nothing.
+void Wait(LONG64 delay);

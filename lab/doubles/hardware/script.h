@@ -10,14 +10,13 @@
 // One line of C:\lab\hardware.script: its kind, and fields as name=value, all separated by tabs. A value is
 // UTF-8 with \t \n \r \\ for the characters that would end it.
 //
-//     display   index, count (what the counting call claims), count_error, fetch_error, delay, pump
-//     monitor   display, name, slot, present, description, minimum, maximum, capable, zero_handle, error, and
-//               the behaviour (see knob.h)
+//     display   index, count (what the counting call claims), count_error, fetch_error, delay
+//     monitor   display, name, slot, present, description, minimum, maximum, capable, zero_handle, error,
+//               capabilities_delay, read_delay, set_delay, and the behaviour (see knob.h)
 //     panel     see wmi/panel.h
 //     wmi       see wmi/steps.h
 //
-// In every line `delay` is how long a call takes, in milliseconds, and `pump` whether messages are dispatched
-// meanwhile, as a COM call in a single-threaded apartment may do.
+// In every line a delay is how long a call takes, in milliseconds.
 struct Row {
     std::string kind;
     std::vector<std::pair<std::string, std::wstring>> fields;

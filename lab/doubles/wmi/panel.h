@@ -17,7 +17,8 @@
 //                       missing
 //     without           the query, brightness or methods, that does not find it
 //     fails, error      set: its method fails with that HRESULT
-//     delay, pump       how long its method takes
+//     status            what its method returns: with another than 0 the call succeeds and sets nothing
+//     delay             how long its method takes
 
 // The active panels that the given query, brightness or methods, finds; all of them for "".
 Rows ActivePanels(const wchar_t* query);

@@ -5,6 +5,7 @@
 #include <objidl.h>
 
 #include "../hardware/knob.h"
+#include "apartment.h"
 #include "instance.h"
 #include "panel.h"
 #include "steps.h"
@@ -192,15 +193,24 @@ public:
         record.Argument(L"timeout", values.timeout);
         record.Argument(L"brightness", values.brightness);
         const Answer answer = AnswerOf("exec");
-        return record.EndWith(FAILED(answer.result) ? answer.result
-                                                    : SetBrightness(path, values.brightness, record));
+        if (FAILED(answer.result)) {
+            return record.EndWith(answer.result);
+        }
+        // What the method itself answers is an out-parameter that the caller may or may not have asked for.
+        if (out) {
+            *out = nullptr;
+        }
+        return record.EndWith(SetBrightness(path, values.brightness, record));
     }
 
 private:
     static HRESULT SetBrightness(BSTR path, LONG64 brightness, CallRecord& record) {
         Row panel;
         if (FindPanelByPath(TextOf(path), panel)) {
-            WaitAsScripted(panel);
+            const HRESULT refused = BeginComCall(panel.Number("delay"));
+            if (FAILED(refused)) {
+                return refused;
+            }
         }
         // Asked again: what happened while the call waited counts.
         if (!FindPanelByPath(TextOf(path), panel)) {
@@ -210,7 +220,11 @@ private:
         if (panel.Text("fails") == L"set") {
             return static_cast<HRESULT>(panel.Number("error", LONG64{WBEM_E_FAILED}));
         }
-        TurnKnob(panel, brightness);
+        const LONG64 status = panel.Number("status");
+        record.Argument(L"status", status);
+        if (status == 0) {
+            TurnKnob(panel, brightness);
+        }
         return WBEM_S_NO_ERROR;
     }
 

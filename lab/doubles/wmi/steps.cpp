@@ -4,6 +4,8 @@
 
 #include <wbemcli.h>
 
+#include "apartment.h"
+
 namespace {
 
 Row WmiRow() {
@@ -14,6 +16,27 @@ Row WmiRow() {
         }
     }
     return {};
+}
+
+// The steps that leave the process: connecting and what the services and the enumerator are asked. The others
+// work on objects of this process.
+bool CallsOut(const std::string& step) {
+    for (const char* const other :
+         {"locator", "blanket", "get_method", "spawn", "put_timeout", "put_brightness"}) {
+        if (step == other) {
+            return false;
+        }
+    }
+    return true;
+}
+
+HRESULT Begin(const std::string& step) {
+    const LONG64 delay = WmiRow().Number(("delay_" + step).c_str());
+    if (CallsOut(step)) {
+        return BeginComCall(delay);
+    }
+    Wait(delay);
+    return S_OK;
 }
 
 // The word at `index` of a comma-separated list; "" after its end.
@@ -32,8 +55,10 @@ std::wstring Word(const std::wstring& list, size_t index) {
 }  // namespace
 
 Answer AnswerOf(const char* step, size_t call) {
-    const Row before = WmiRow();
-    Wait(before.Number((std::string("delay_") + step).c_str()), before.Number("pump") != 0);
+    const HRESULT refused = Begin(step);
+    if (FAILED(refused)) {
+        return {refused, true};
+    }
     const std::wstring word = Word(WmiRow().Text(step), call);
     if (word == L"null") {
         return {WBEM_S_NO_ERROR, true};

@@ -1,12 +1,10 @@
-// The record of the program's live state, without logic. Only the window thread accesses it, or a thread that
-// the window thread is waiting for.
+// The record of the program's live state, without logic. Only the window thread accesses it.
 #pragma once
 
 #include <cstdint>
 #include <map>
 #include <string>
 
-#include "app/state/monitor_functions.h"
 #include "win32/platform.h"
 
 struct tagMAGCOLOREFFECT;
@@ -35,6 +33,13 @@ enum class Slider { None, Warmth, Brightness };
 
 constexpr int kFontCount = 8;
 
+// A request of the PWM-safe controller that waits for its turn on the displays.
+enum class PwmRequest { None, Reassert, SwitchOn, SwitchOff };
+
+using SavedBrightness = std::map<std::wstring, std::uint32_t>;  // percent before the lock, by target name
+
+struct PwmReleaseJob;
+
 struct AppState {
     // Shell.
     HINSTANCE instance = nullptr;
@@ -50,12 +55,12 @@ struct AppState {
     bool trayIconAdded = false;
     std::int32_t trayRetryCount = 0;
     bool popupShown = false;
-    std::uint32_t popupShowCount = 0;  // number of times it was shown
     bool popupArmed = false;  // active at least once since it was shown; only then does it hide itself
     bool menuTracking = false;
     std::uint32_t menuRequestCount = 0;  // number of times the tray menu was requested
     std::uint64_t popupHiddenAt = 0;     // tick, ms
-    bool ending = false;                 // terminating: filter and lock are not applied any more
+    bool ending = false;           // the window or the session: filter and lock are not applied any more
+    bool windowDestroyed = false;  // the end cannot be called off
     Panel panel = Panel::Main;
     Slider dragSlider = Slider::None;
     std::int32_t dragStartY = 0;  // design units
@@ -115,16 +120,13 @@ struct AppState {
     bool pwmVerifyIsUserToggle = false;
     std::int32_t pwmTargetCount = 0;
     std::int32_t pwmTargetsAt100 = 0;
-    bool pwmBusy = false;             // an operation waits for displays to answer
-    bool pwmModeBefore = false;       // pwmSafe when it began, as the card still shows it
-    bool pwmReassertWaiting = false;  // displays have changed meanwhile
-    bool pwmClickWaiting = false;     // the card was clicked meanwhile
-    bool pwmWanted = false;           // the mode that this click asks for
+    bool pwmBusy = false;  // an operation on the displays is under way
+    PwmRequest pwmDeferred = PwmRequest::None;
     bool pwmPendingLogged = false;
     std::int32_t pwmRetryCount = 0;
     bool pwmRetrySlowed = false;
-    MonitorFunctions monitorFunctions;
-    std::map<std::wstring, std::uint32_t> pwmSavedBrightness;  // percent before the lock, by target name
+    SavedBrightness pwmSavedBrightness;
+    PwmReleaseJob* pwmRelease = nullptr;  // of a session's end, until its result is collected
 
     bool launchAtStart = false;
 };

@@ -15,6 +15,6 @@ constexpr UINT kMessageShowPopup = WM_APP + 105;
 // Posted once per run when the colour matrix is refused; wParam is the error code.
 constexpr UINT kMessageMagnificationError = WM_APP + 106;
 
-// Posted when an operation on the displays has ended into which a display change or a click on the PWM-safe
-// card came; no payload.
-constexpr UINT kMessagePwmSafeWaiting = WM_APP + 107;
+// Posted when the displays are free again for a deferred request of the PWM-safe controller, also by the
+// thread that releases the lock at a session's end; no payload.
+constexpr UINT kMessagePwmSafeDeferred = WM_APP + 107;

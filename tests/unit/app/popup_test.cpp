@@ -163,27 +163,6 @@ TEST_F(Popup, IsNotShownIfTheProgramQuitsDuringTheDisplayQuery) {
     EXPECT_FALSE(g_app.popupShown);
 }
 
-TEST_F(Popup, IsOnlyRepaintedIfAClickDuringTheDisplayQueryHasShownIt) {
-    g_whileDisplaysAnswer = [] {
-        ShowPopup();
-        g_calls.clear();
-    };
-    ShowPopup();
-    EXPECT_EQ(g_calls, (CallRecord{"invalidate 500 armed"}));
-    EXPECT_TRUE(g_app.popupShown);
-}
-
-TEST_F(Popup, StaysHiddenIfItWasShownAndHiddenDuringTheDisplayQuery) {
-    g_whileDisplaysAnswer = [] {
-        ShowPopup();
-        HidePopup();
-        g_calls.clear();
-    };
-    ShowPopup();
-    EXPECT_EQ(g_calls, (CallRecord{"invalidate 500"}));
-    EXPECT_FALSE(g_app.popupShown);
-}
-
 TEST_F(Popup, IsPlacedWithTheScalingOfTheMonitorUnderTheMouse) {
     g_monitorDpi = 144;
     PutWindow(480, 810);

@@ -1,8 +1,11 @@
 #include "app/recorded_pwm_safe.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "app/state/app_state.h"
+#include "app/state/timers.h"
+#include "brightness/pwm_release.h"
 #include "brightness/pwm_safe.h"
 #include "support/call_record.h"
 #include "support/seam.h"
@@ -10,6 +13,9 @@
 AMBREL_SEAM_SET(recorded_pwm_safe);
 
 void (*g_whileDisplaysAnswer)() = nullptr;
+bool g_noThreadForRelease = false;
+std::uint64_t g_releaseTakes = 0;
+std::uint64_t* g_clockOfWaits = nullptr;
 
 namespace {
 
@@ -33,8 +39,22 @@ AMBREL_REPLACE(void, VerifyPwmLock, ()) {
 AMBREL_REPLACE(void, ReleasePwmSafeLock, ()) {
     Record("pwm release", Moment());
 }
-AMBREL_REPLACE(void, ReleasePwmSafeLockAtSessionEnd, ()) {
-    Record("pwm release for the session", Moment());
+AMBREL_REPLACE(void, SuspendPwmSafe, ()) {
+    StopTimer(TimerId::PwmSafePoll);
+    StopTimer(TimerId::PwmSafeVerify);
+}
+AMBREL_REPLACE(bool, StartPwmSafeRelease, ()) {
+    Record("pwm start release", Moment());
+    return !g_noThreadForRelease;
+}
+AMBREL_REPLACE(void, WaitForPwmSafeRelease, (DWORD limit)) {
+    Record("pwm wait for release ", limit);
+    const std::uint64_t waited = std::min<std::uint64_t>(limit, g_releaseTakes);
+    g_releaseTakes -= waited;
+    if (g_clockOfWaits != nullptr) *g_clockOfWaits += waited;
+}
+AMBREL_REPLACE(bool, FinishPwmSafeRelease, ()) {
+    return true;
 }
 AMBREL_REPLACE(void, SchedulePwmSafePoll, ()) {
     Record("pwm schedule");
@@ -48,6 +68,6 @@ AMBREL_REPLACE(void, RestorePwmSafeFromSettings, ()) {
 AMBREL_REPLACE(void, ReassertPwmSafeAfterChange, ()) {
     Record("pwm reassert");
 }
-AMBREL_REPLACE(void, PerformWaitingPwmSafeWork, ()) {
-    Record("pwm waiting work");
+AMBREL_REPLACE(void, PerformDeferredPwmRequest, ()) {
+    Record("pwm deferred request");
 }

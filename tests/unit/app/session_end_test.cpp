@@ -2,11 +2,15 @@
 // cursors and the backlight that were given back must not be taken over again, whatever still arrives.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
 
 #include "app/state/app_state.h"
+#include "app/state/messages.h"
 #include "app/window_proc.h"
 #include "brightness/display_targets.h"
+#include "brightness/pwm_release.h"
+#include "brightness/pwm_safe.h"
 #include "filter/filter.h"
 #include "filter/tinted_cursor.h"
 #include "store/settings.h"
@@ -65,8 +69,10 @@ BOOL WINAPI FakeSystemParametersInfoW(UINT action, UINT, void*, UINT) {
 }
 
 DisplayTargetList g_displays;
-// What is dispatched while a display answers, once: in the middle of the next list, or of the next set.
+// What is dispatched while a display answers, once: in the middle of the next list, or of the next set before
+// or after the display has its value.
 std::function<void()> g_whileListing;
+std::function<void()> g_whileSetPending;
 std::function<void()> g_whileSetting;
 
 void Dispatch(std::function<void()>* arrived) {
@@ -116,6 +122,25 @@ BOOL WINAPI FakeReleaseCapture() {
 
 void WINAPI FakePostQuitMessage(int) {}
 
+BOOL WINAPI FakePostMessage(HWND, UINT, WPARAM, LPARAM) {
+    return TRUE;
+}
+
+constexpr DWORD kLongest = 20000;  // ms
+
+// While a test holds the release, waits for it end immediately, as if their limits had passed; otherwise they
+// last until the release has ended.
+std::atomic<HANDLE> g_releaseHeld = nullptr;  // an event
+DWORD g_windowThread = 0;
+
+DWORD WINAPI FakeWaitForSingleObject(HANDLE object, DWORD) {
+    return g_releaseHeld != nullptr ? DWORD{WAIT_TIMEOUT} : Real(&WaitForSingleObject)(object, kLongest);
+}
+
+void HoldOwnThread() {
+    if (HANDLE held = g_releaseHeld) Real (&WaitForSingleObject)(held, kLongest);
+}
+
 LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
     return MainWindowProc(kWindow, message, wParam, lParam);
 }
@@ -159,7 +184,20 @@ protected:
         g_calls.clear();
         g_displays.clear();
         g_whileListing = nullptr;
+        g_whileSetPending = nullptr;
         g_whileSetting = nullptr;
+        g_windowThread = GetCurrentThreadId();
+    }
+    void TearDown() override {
+        LetTheReleaseEnd();
+        EXPECT_TRUE(FinishPwmSafeRelease());
+    }
+
+    // From now on the release at the session's end waits in front of the first display.
+    static void HoldTheRelease() { g_releaseHeld = CreateEventW(nullptr, TRUE, FALSE, nullptr); }
+    static void LetTheReleaseEnd() {
+        if (HANDLE held = g_releaseHeld.exchange(nullptr)) SetEvent(held);
+        WaitForPwmSafeRelease(kLongest);
     }
 
     static void HaveDisplays() {
@@ -196,6 +234,7 @@ AMBREL_SEAM(SetSystemCursor, FakeSetSystemCursor);
 AMBREL_SEAM(DestroyCursor, FakeDestroyCursor);
 AMBREL_SEAM(SystemParametersInfoW, FakeSystemParametersInfoW);
 AMBREL_REPLACE(void, EnumerateTargets, (DisplayTargetList * list)) {
+    if (GetCurrentThreadId() != g_windowThread) HoldOwnThread();
     for (const DisplayTarget& display : g_displays) {
         list->push_back(display);
         Dispatch(&g_whileListing);
@@ -212,6 +251,7 @@ AMBREL_REPLACE(void, CountTargets, (const DisplayTargetList& list)) {
 
 AMBREL_REPLACE(bool, SetTargetBrightness, (const DisplayTarget& target, std::uint32_t percent)) {
     Record("set ", Narrow(target.name), " ", percent);
+    Dispatch(&g_whileSetPending);
     Show(target.name, percent);
     Dispatch(&g_whileSetting);
     return true;
@@ -230,6 +270,8 @@ AMBREL_SEAM(Shell_NotifyIconW, FakeShellNotifyIcon);
 AMBREL_SEAM(SetCapture, FakeSetCapture);
 AMBREL_SEAM(ReleaseCapture, FakeReleaseCapture);
 AMBREL_SEAM(PostQuitMessage, FakePostQuitMessage);
+AMBREL_SEAM(PostMessageW, FakePostMessage);
+AMBREL_SEAM(WaitForSingleObject, FakeWaitForSingleObject);
 
 TEST_F(SessionEnd, ASliderThatIsStillHeldDoesNotColourTheScreenAgain) {
     HoldTheWarmthSlider();
@@ -354,6 +396,25 @@ TEST_F(SessionEnd, ThatArrivesWhileAPanelIsBeingLockedLeavesEveryDisplayWithItsO
     EXPECT_EQ(g_displays[1].percent, 60U);
 }
 
+// The release restores the panel before the pending 100 reaches it.
+TEST_F(SessionEnd, ThatArrivesBeforeAPendingLockReachesThePanelLeavesItWithItsOldValue) {
+    HaveDisplays();
+    g_app.pwmSafe = true;
+    g_whileSetPending = [] { Send(WM_ENDSESSION, TRUE); };
+    Send(WM_TIMER, 4);
+    EXPECT_EQ(Sets(), (CallRecord{"set panel 100", "set panel 40", "set panel 40"}));
+    EXPECT_EQ(g_displays[0].percent, 40U);
+    EXPECT_EQ(g_displays[1].percent, 60U);
+}
+
+TEST_F(SessionEnd, ThatArrivesWhileTheUserSwitchesOffReleasesOnlyTheRest) {
+    LockTheDisplays();
+    g_whileSetPending = [] { Send(WM_ENDSESSION, TRUE); };
+    TogglePwmSafeByUser();
+    EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60"}));
+    EXPECT_EQ(g_calls.back(), "save settings with the mode off");
+}
+
 TEST_F(SessionEnd, ThatArrivesWhileAUsersLockIsVerifiedDoesNotSaveTheModeAsOff) {
     LockTheDisplays();
     g_app.pwmVerifyPending = true;
@@ -364,4 +425,102 @@ TEST_F(SessionEnd, ThatArrivesWhileAUsersLockIsVerifiedDoesNotSaveTheModeAsOff) 
     EXPECT_EQ(g_displays[1].percent, 60U);
     for (const std::string& call : g_calls)
         EXPECT_EQ(call.find("save"), std::string::npos) << call;
+}
+
+// A session that is called off.
+
+TEST_F(SessionEnd, TheScreenIsRestoredThoughTheDisplaysHaveNotAnswered) {
+    LockTheDisplays();
+    HoldTheRelease();
+    Send(WM_ENDSESSION, TRUE);
+    EXPECT_TRUE(WasCalled("system cursors"));
+    EXPECT_TRUE(WasCalled("identity ramp"));
+    EXPECT_EQ(Sets(), CallRecord{});
+    LetTheReleaseEnd();
+    EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60"}));
+}
+
+TEST_F(SessionEnd, AWindowThatIsDestroyedWhileTheDisplaysAreReleasedReleasesNothingAgain) {
+    LockTheDisplays();
+    HoldTheRelease();
+    Send(WM_ENDSESSION, TRUE);
+    Send(WM_DESTROY);
+    LetTheReleaseEnd();
+    EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60"}));
+}
+
+TEST_F(SessionEnd, EachInputOfTheUserBringsFilterAndLockBack) {
+    const std::pair<UINT, LPARAM> inputs[] = {
+        {WM_LBUTTONDOWN, MAKELPARAM(5, 60)}, {kMessageTray, WM_LBUTTONUP}, {kMessageShowPopup, 0}};
+    for (const auto& [message, position] : inputs) {
+        SetUp();
+        LockTheDisplays();
+        Send(WM_ENDSESSION, TRUE);
+        Send(message, 0, position);
+        EXPECT_FALSE(g_app.ending) << message;
+        g_calls.clear();
+        Send(WM_TIMER, 2);
+        EXPECT_TRUE(WasColoured()) << message;
+        EXPECT_EQ(Sets(), (CallRecord{"set panel 100", "set monitor 100"})) << message;
+        Send(WM_TIMER, 5);
+        EXPECT_TRUE(g_app.pwmLockConfirmed) << message;
+        EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"monitor", 60}, {L"panel", 40}})) << message;
+    }
+}
+
+TEST_F(SessionEnd, NothingButTheUsersInputContinuesTheSession) {
+    LockTheDisplays();
+    Send(WM_ENDSESSION, TRUE);
+    g_calls.clear();
+    Send(WM_DISPLAYCHANGE);
+    Send(WM_POWERBROADCAST, PBT_APMRESUMEAUTOMATIC);
+    for (const WPARAM timer : {1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U})
+        Send(WM_TIMER, timer);
+    Send(kMessagePwmSafeDeferred);
+    Send(WM_ENDSESSION, FALSE);
+    Send(WM_MOUSEMOVE, 0, MAKELPARAM(80, 190));
+    Send(WM_LBUTTONUP, 0, MAKELPARAM(80, 190));
+    EXPECT_TRUE(g_app.ending);
+    EXPECT_FALSE(WasColoured());
+    EXPECT_EQ(Sets(), CallRecord{});
+}
+
+TEST_F(SessionEnd, ARequestThatWasDeferredBeforeTheEndIsDropped) {
+    LockTheDisplays();
+    g_app.pwmDeferred = PwmRequest::SwitchOff;
+    Send(WM_ENDSESSION, TRUE);
+    Send(kMessagePwmSafeDeferred);
+    EXPECT_TRUE(g_app.ending);
+    EXPECT_TRUE(g_app.pwmSafe);
+    EXPECT_EQ(g_app.pwmDeferred, PwmRequest::None);
+}
+
+// The user's own values are 40 and 60; what a display reads during the release may be the lock's 100.
+TEST_F(SessionEnd, AReleaseThatOutlastsTheEndNeitherWipesSavedValuesNorHasThemSavedAs100) {
+    LockTheDisplays();
+    HoldTheRelease();
+    Send(WM_ENDSESSION, TRUE);
+    Send(kMessageShowPopup);
+    Send(WM_TIMER, 2);
+    Send(WM_TIMER, 4);
+    EXPECT_EQ(Sets(), CallRecord{});
+    LetTheReleaseEnd();
+    Send(kMessagePwmSafeDeferred);
+    EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60", "set panel 100", "set monitor 100"}));
+    EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"monitor", 60}, {L"panel", 40}}));
+    g_calls.clear();
+    Send(WM_DESTROY);
+    EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60"}));
+}
+
+TEST_F(SessionEnd, ASecondEndDuringTheReleaseOfTheFirstReleasesNothingAgain) {
+    LockTheDisplays();
+    HoldTheRelease();
+    Send(WM_ENDSESSION, TRUE);
+    Send(kMessageShowPopup);
+    Send(WM_TIMER, 2);
+    Send(WM_ENDSESSION, TRUE);
+    LetTheReleaseEnd();
+    Send(kMessagePwmSafeDeferred);
+    EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60"}));
 }

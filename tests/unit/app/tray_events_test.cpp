@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "app/popup.h"
+#include "app/session_end.h"
 #include "app/shell/tray_icon.h"
 #include "app/state/app_state.h"
 #include "support/call_record.h"
@@ -68,6 +69,10 @@ AMBREL_REPLACE(void, UpdateTrayIcon, ()) {
 }
 AMBREL_REPLACE(void, RemoveTrayIcon, ()) {
     Record("remove icon");
+}
+AMBREL_REPLACE(void, ContinueSession, ()) {
+    if (g_app.ending) Record("continue session");
+    g_app.ending = false;
 }
 
 namespace {
@@ -275,4 +280,31 @@ TEST_F(TrayEvents, AFailedReAddLeavesARunningRetryRunning) {
     OnTrayRetryTimer();
     EXPECT_EQ(g_calls, (CallRecord{"add icon", "log: Tray icon added after 4 retries", "kill timer 7",
                                    "update icon"}));
+}
+
+TEST_F(TrayEvents, AClickOnTheIconContinuesASessionThatWasEnding) {
+    for (const LPARAM message : {WM_LBUTTONUP, WM_RBUTTONUP}) {
+        g_app.ending = true;
+        g_app.menuTracking = true;  // No second menu.
+        g_calls.clear();
+        OnTrayCallback(message);
+        EXPECT_EQ(g_calls.front(), "continue session");
+    }
+}
+
+TEST_F(TrayEvents, AClickThatOnlyHidThePopupContinuesTheSessionToo) {
+    g_app.ending = true;
+    g_app.popupHiddenAt = g_now;
+    g_sending = ISMEX_SEND | ISMEX_NOTIFY;
+    OnTrayCallback(WM_LBUTTONUP);
+    EXPECT_EQ(g_calls, (CallRecord{"continue session"}));
+}
+
+TEST_F(TrayEvents, NothingElseFromTheTrayContinuesASession) {
+    g_app.ending = true;
+    for (const LPARAM message : {WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_RBUTTONDOWN})
+        OnTrayCallback(message);
+    OnTaskbarCreated();
+    OnTrayRetryTimer();
+    EXPECT_TRUE(g_app.ending);
 }

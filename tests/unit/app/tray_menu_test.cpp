@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "app/pending_input.h"
+#include "app/session_end.h"
 #include "app/shell/refresh.h"
 #include "app/shell/tray_icon.h"
 #include "app/state/app_state.h"
@@ -36,6 +37,10 @@ AMBREL_REPLACE(void, UpdateTrayIcon, ()) {
 AMBREL_REPLACE(void, RemoveTrayIcon, ()) {
     Record("remove icon");
 }
+AMBREL_REPLACE(void, ContinueSession, ()) {
+    if (g_app.ending) Record("continue session");
+    g_app.ending = false;
+}
 
 namespace {
 
@@ -57,6 +62,7 @@ BOOL g_choice = 0;
 bool g_menuCanBeMade = true;
 bool g_clickedAgainMeanwhile = false;
 bool g_switchedOnMeanwhile = false;
+bool g_sessionEndsMeanwhile = false;
 
 HWND const kWindow = MakeHandle<HWND>(500);
 HMENU const kMenu = MakeHandle<HMENU>(60);
@@ -88,6 +94,7 @@ BOOL WINAPI FakeTrackPopupMenu(HMENU menu, UINT flags, int x, int y, int, HWND w
     if (g_clickedAgainMeanwhile) OnTrayCallback(WM_RBUTTONUP);
     if (g_clickedAgainMeanwhile && !g_app.menuTracking) Record("no longer tracking");
     if (g_switchedOnMeanwhile) g_app.launchAtStart = true;
+    if (g_sessionEndsMeanwhile) g_app.ending = true;
     return g_choice;
 }
 
@@ -124,6 +131,7 @@ protected:
         g_menuCanBeMade = true;
         g_clickedAgainMeanwhile = false;
         g_switchedOnMeanwhile = false;
+        g_sessionEndsMeanwhile = false;
     }
 
     // The recorded calls of a right click, without the items.
@@ -263,4 +271,14 @@ TEST_F(TrayMenu, NoMenuOpensWhileASliderIsHeld) {
     g_sliderHeld = false;
     OnTrayCallback(WM_RBUTTONUP);
     EXPECT_EQ(g_calls[0], "create menu");
+}
+
+// The menu was open when the session's end came.
+TEST_F(TrayMenu, AChoiceContinuesASessionThatWasEndingAndDismissingTheMenuDoesNot) {
+    for (const BOOL choice : {1, 2, 3, 0}) {
+        g_calls.clear();
+        g_sessionEndsMeanwhile = true;
+        CallsOfChoosing(choice);
+        EXPECT_EQ(g_app.ending, choice == 0) << "command " << choice;
+    }
 }

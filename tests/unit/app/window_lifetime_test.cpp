@@ -5,12 +5,15 @@
 
 #include <algorithm>
 
+#include "app/recorded_pwm_safe.h"
+#include "app/session_end.h"
 #include "app/state/app_state.h"
 #include "filter/cursor_tint.h"
 #include "filter/legacy_gamma.h"
 #include "filter/magnification.h"
 #include "store/settings.h"
 #include "support/call_record.h"
+#include "support/fake_clock.h"
 #include "support/seam.h"
 
 AMBREL_USES_SEAMS(recorded_timers);
@@ -134,6 +137,9 @@ protected:
         g_app.mainWindow = kWindow;
         g_calls.clear();
         g_registrations.clear();
+        g_noThreadForRelease = false;
+        g_releaseTakes = 0;
+        g_clockOfWaits = &g_tick;
     }
 
     // Fonts are 801 to 808.
@@ -146,6 +152,14 @@ protected:
             g_app.fonts[i] = MakeHandle<HFONT>(801 + i);
         g_app.headerIcon = MakeHandle<HICON>(900);
         g_app.singleInstanceMutex = kMutex;
+    }
+
+    // The record from the first call on that begins with the text.
+    static CallRecord CallsFrom(const char* beginning) {
+        const auto first = std::find_if(g_calls.begin(), g_calls.end(), [beginning](const std::string& call) {
+            return call.starts_with(beginning);
+        });
+        return {first, g_calls.end()};
     }
 
     static std::ptrdiff_t TimesCalled(const char* call) {
@@ -208,8 +222,10 @@ TEST_F(WindowLifetime, DestructionRestoresAndReleasesEverythingInOrderAndSavesNo
                            "kill timer 5",
                            "kill timer 6",
                            "pwm release at the end",
+                           "pwm wait for release 1000",
                            "release cursor copies",
                            "identity ramp",
+                           "pwm wait for release 25000",
                            "shut magnification down",
                            "tray icon delete of 500",
                            "delete object 600",
@@ -254,25 +270,102 @@ TEST_F(WindowLifetime, ASecondDestructionFreesNothingAgain) {
 TEST_F(WindowLifetime, ResourcesThatWereNeverCreatedAreNotFreed) {
     OnDestroy();
     EXPECT_EQ(g_calls, (CallRecord{"kill timer 4", "kill timer 5", "kill timer 6", "pwm release at the end",
-                                   "release cursor copies", "identity ramp", "shut magnification down",
+                                   "pwm wait for release 1000", "release cursor copies", "identity ramp",
+                                   "pwm wait for release 25000", "shut magnification down",
                                    "tray icon delete of 0", "quit 0"}));
+}
+
+TEST_F(WindowLifetime, AReleaseThatIsUnderWayEndsBeforeTheScreenIsRestored) {
+    g_releaseTakes = 900;
+    OnDestroy();
+    EXPECT_EQ(CallsFrom("pwm wait"),
+              (CallRecord{"pwm wait for release 1000", "release cursor copies", "identity ramp",
+                          "pwm wait for release 24100", "shut magnification down", "tray icon delete of 0",
+                          "quit 0"}));
 }
 
 TEST_F(WindowLifetime, TheEndOfTheSessionStopsTheTimersAndRestoresBacklightCursorsAndRamp) {
     OwnEverything();
+    g_releaseTakes = 300;
     OnEndSession(true, 0x80000000);  // ENDSESSION_LOGOFF
     EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5",
-                                   "pwm release for the session at the end", "release cursor copies",
-                                   "identity ramp"}));
+                                   "pwm start release at the end", "pwm wait for release 1000",
+                                   "release cursor copies", "identity ramp", "pwm wait for release 3700"}));
 }
 
-// ENDSESSION_CLOSEAPP: the session goes on, and whoever sent it waits for the program to end.
-TEST_F(WindowLifetime, AnInstallerThatNeedsTheProgramsFileMakesTheWindowDestroyed) {
+TEST_F(WindowLifetime, AtTheSessionsEndTheScreenWaitsOneSecondForTheDisplaysAndWindowsFour) {
+    g_releaseTakes = 60000;
+    const std::uint64_t start = g_tick;
+    OnEndSession(true, 0x80000000);
+    EXPECT_EQ(CallsFrom("pwm wait"), (CallRecord{"pwm wait for release 1000", "release cursor copies",
+                                                 "identity ramp", "pwm wait for release 3000"}));
+    EXPECT_EQ(g_tick - start, 4000U);
+}
+
+TEST_F(WindowLifetime, WithoutAThreadTheLockIsReleasedBehindTheScreen) {
+    g_noThreadForRelease = true;
+    OnEndSession(true, 0);
+    EXPECT_EQ(CallsFrom("identity ramp"),
+              (CallRecord{"identity ramp", "pwm wait for release 4000", "pwm release at the end"}));
+}
+
+// ENDSESSION_CLOSEAPP: the session goes on, and the installer waits up to 30 s for the program to end.
+TEST_F(WindowLifetime, AnInstallerThatNeedsTheProgramsFileWaitsLongerAndMakesTheWindowDestroyed) {
     OwnEverything();
+    g_releaseTakes = 60000;
+    const std::uint64_t start = g_tick;
     OnEndSession(true, 1);
-    EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5",
-                                   "pwm release for the session at the end", "release cursor copies",
-                                   "identity ramp", "destroy window"}));
+    EXPECT_EQ(g_calls,
+              (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5", "pwm start release at the end",
+                          "pwm wait for release 1000", "release cursor copies", "identity ramp",
+                          "pwm wait for release 24000", "destroy window"}));
+    EXPECT_EQ(g_tick - start, 25000U);
+}
+
+TEST_F(WindowLifetime, TheWindowThatAnInstallerHasDestroyedWaitsNoLonger) {
+    g_releaseTakes = 60000;
+    OnEndSession(true, 1);
+    g_calls.clear();
+    const std::uint64_t start = g_tick;
+    OnDestroy();
+    EXPECT_EQ(g_tick, start);
+}
+
+// The end of the session arrives while a panel is waited for in the window's destruction.
+TEST_F(WindowLifetime, AWindowThatIsBeingDestroyedIsNotDestroyedAgain) {
+    OnDestroy();
+    g_calls.clear();
+    OnEndSession(true, 1);
+    EXPECT_EQ(TimesCalled("destroy window"), 0);
+}
+
+TEST_F(WindowLifetime, ASessionThatGoesOnHasTheDisplaysSettle) {
+    OnEndSession(true, 0);
+    g_calls.clear();
+    ContinueSession();
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "set timer 2 300"}));
+    EXPECT_FALSE(g_app.ending);
+    ContinueSession();
+    EXPECT_EQ(g_calls.size(), 2U) << "only once";
+}
+
+TEST_F(WindowLifetime, TheWindowsEndCannotBeCalledOff) {
+    OnDestroy();
+    g_calls.clear();
+    ContinueSession();
+    EXPECT_TRUE(g_app.ending);
+    EXPECT_TRUE(g_calls.empty());
+}
+
+// It must stop at the end, which it learns of once the displays have answered.
+TEST_F(WindowLifetime, ASessionDoesNotGoOnInTheMiddleOfAnOperationOnTheDisplays) {
+    g_app.pwmBusy = true;
+    OnEndSession(true, 0);
+    ContinueSession();
+    EXPECT_TRUE(g_app.ending);
+    g_app.pwmBusy = false;
+    ContinueSession();
+    EXPECT_FALSE(g_app.ending);
 }
 
 TEST_F(WindowLifetime, ACancelledSessionEndChangesNothing) {

@@ -8,6 +8,7 @@
 #include "app/notices.h"
 #include "app/popup.h"
 #include "app/power_events.h"
+#include "app/session_end.h"
 #include "app/shell/refresh.h"
 #include "app/state/app_state.h"
 #include "app/tray_events.h"
@@ -75,6 +76,9 @@ AMBREL_REPLACE(void, OnCreate, (HWND window)) {
 }
 AMBREL_REPLACE(void, OnDestroy, ()) {
     Record("destroy");
+}
+AMBREL_REPLACE(void, ContinueSession, ()) {
+    Record("continue session");
 }
 AMBREL_REPLACE(void, OnEndSession, (bool ending, LPARAM reason)) {
     Record("end session ", ending, " for ", reason);
@@ -147,7 +151,7 @@ TEST_F(WindowProc, TheLegacyNoticeIsMessage8068) {
 
 TEST_F(WindowProc, ASecondInstanceShowsThePopupWithMessage8069) {
     EXPECT_EQ(Send(0x8069), 0);
-    EXPECT_EQ(g_calls, (CallRecord{"show popup"}));
+    EXPECT_EQ(g_calls, (CallRecord{"continue session", "show popup"}));
 }
 
 TEST_F(WindowProc, TheMagnificationErrorIsMessage806AWithTheCodeAsASignedNumber) {
@@ -171,13 +175,14 @@ TEST_F(WindowProc, MouseMessagesArriveWithTheirPosition) {
     EXPECT_EQ(Send(WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(13, 346)), 0);
     EXPECT_EQ(Send(WM_LBUTTONUP, 0, MAKELPARAM(13, 346)), 0);
     EXPECT_EQ(Send(WM_CAPTURECHANGED), 0);
-    EXPECT_EQ(g_calls, (CallRecord{"mouse down 12 345", "mouse move 13 346", "mouse up", "capture lost"}));
+    EXPECT_EQ(g_calls, (CallRecord{"continue session", "mouse down 12 345", "mouse move 13 346", "mouse up",
+                                   "capture lost"}));
 }
 
 TEST_F(WindowProc, PositionsOutsideTheWindowAreNegative) {
     Send(WM_LBUTTONDOWN, 0, MAKELPARAM(0xFFFF, 0xFFFE));
     Send(WM_MOUSEMOVE, 0, MAKELPARAM(0x8000, 0xFED4));
-    EXPECT_EQ(g_calls, (CallRecord{"mouse down -1 -2", "mouse move -32768 -300"}));
+    EXPECT_EQ(g_calls, (CallRecord{"continue session", "mouse down -1 -2", "mouse move -32768 -300"}));
 }
 
 TEST_F(WindowProc, ANewDpiIsTheHighWordWhenThereIsOneElseTheLowWord) {
@@ -249,7 +254,7 @@ TEST_F(WindowProc, TheBackgroundIsReportedAsErased) {
 
 TEST_F(WindowProc, DeferredDisplayRequestsRunAndRefresh) {
     EXPECT_EQ(Send(0x806B), 0);
-    EXPECT_EQ(g_calls, (CallRecord{"pwm waiting work", "refresh"}));
+    EXPECT_EQ(g_calls, (CallRecord{"pwm deferred request", "refresh"}));
 }
 
 TEST_F(WindowProc, EveryOtherMessageGoesToDefWindowProc) {

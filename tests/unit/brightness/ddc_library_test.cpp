@@ -38,7 +38,7 @@ class MonitorLibrary : public testing::Test {
 protected:
     void SetUp() override {
         StartWithoutMonitors();
-        g_app.monitorFunctions = {};
+        g_monitorFunctions = {};
         RemoveLibraries();
         g_monitors = {{.device = L"A", .physical = {{.handle = 11}}}};
     }
@@ -112,6 +112,6 @@ TEST_F(MonitorLibrary, WithoutAnyOneOfItsFunctionsThereAreNoExternalTargetsAndIt
         ExpectNoExternalTargets();
         EXPECT_EQ(std::count(g_calls.begin(), g_calls.end(), "load dxva2.dll"),
                   std::count(g_calls.begin(), g_calls.end(), "free dxva2.dll"));
-        EXPECT_EQ(g_app.monitorFunctions.module, nullptr);
+        EXPECT_EQ(g_monitorFunctions.module, nullptr);
     }
 }

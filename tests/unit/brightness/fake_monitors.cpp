@@ -185,7 +185,7 @@ MonitorFunctions FakeMonitorFunctions() {
 
 void StartWithoutMonitors() {
     g_app = AppState{};
-    g_app.monitorFunctions = FakeMonitorFunctions();
+    g_monitorFunctions = FakeMonitorFunctions();
     g_monitors.clear();
     g_holdings.clear();
     g_calls.clear();

@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-#include "app/state/monitor_functions.h"
+#include "brightness/monitor_functions.h"
 #include "brightness/physical_monitors.h"
 #include "support/seam.h"
 #include "win32/platform.h"

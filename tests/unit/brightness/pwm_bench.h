@@ -14,8 +14,6 @@
 #include "brightness/pwm_safe.h"
 #include "support/call_record.h"
 
-using SavedBrightness = std::map<std::wstring, std::uint32_t>;
-
 class PwmBench : public testing::Test {
 protected:
     void SetUp() override { StartWithoutDisplays(); }

@@ -9,7 +9,9 @@
 //   with the mode off, and after the program's end, it is what it reads;
 // - the mode is the one that was saved last.
 //
-// A click or a display change that comes while displays answer is posted again behind the operation.
+// A switch of the mode or a display change that comes while displays answer waits until the operation is
+// over. No click arrives then, since COM leaves mouse messages in the queue; assistive technology may call at
+// any moment.
 #include <algorithm>
 #include <iterator>
 #include <random>
@@ -25,10 +27,11 @@ AMBREL_USES_SEAMS(recorded_log);
 namespace {
 
 int g_posted = 0;
+bool g_modeAtCall = false;
 
 BOOL WINAPI FakePostMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     EXPECT_EQ(window, g_app.mainWindow);
-    EXPECT_EQ(message, kMessagePwmSafeWaiting);
+    EXPECT_EQ(message, kMessagePwmSafeDeferred);
     EXPECT_EQ(wParam, 0U);
     EXPECT_EQ(lParam, 0);
     g_posted += 1;
@@ -37,14 +40,13 @@ BOOL WINAPI FakePostMessage(HWND window, UINT message, WPARAM wParam, LPARAM lPa
 
 void DeliverPosted() {
     for (; g_posted > 0; --g_posted)
-        PerformWaitingPwmSafeWork();
+        PerformDeferredPwmRequest();
 }
 
 void EndTheSession() {
     g_app.ending = true;
     StopTimer(TimerId::DisplaySettle);
-    StopTimer(TimerId::PwmSafePoll);
-    StopTimer(TimerId::PwmSafeVerify);
+    SuspendPwmSafe();
     ReleasePwmSafeLock();
 }
 
@@ -304,23 +306,25 @@ TEST_F(PwmReentry, ThePopupShownAtAnyMoment) {
     InterruptEverything([] { RefreshPwmSafeTargets(false); });
 }
 
-TEST_F(PwmReentry, AClickAtAnyMoment) {
+TEST_F(PwmReentry, ASwitchOfTheModeAtAnyMoment) {
     InterruptEverything(TogglePwmSafeByUser);
 }
 
-TEST_F(PwmReentry, AClickIsTheLastWordWhateverItComesInto) {
+TEST_F(PwmReentry, ACallThatSwitchesTheModeIsTheLastWordWhateverItComesInto) {
     for (const Operation& operation : kOperations) {
         int moments = 1;
         for (int at = 0; at < moments; ++at) {
-            moments = Interrupt(operation, at, TogglePwmSafeByUser);
-            // The card showed the mode as it was when the operation began.
-            EXPECT_TRUE(g_app.ending || g_app.pwmSafe == !modeAtStart_)
+            moments = Interrupt(operation, at, [] {
+                g_modeAtCall = g_app.pwmSafe;
+                TogglePwmSafeByUser();
+            });
+            EXPECT_TRUE(g_app.ending || g_app.pwmSafe == !g_modeAtCall)
                 << operation.name << ", moment " << at;
         }
     }
 }
 
-TEST_F(PwmReentry, ImpatientClicksAskForTheSameAsTheFirst) {
+TEST_F(PwmReentry, RepeatedSwitchesAskForTheSameAsTheFirst) {
     Prepare(kOperations[3]);
     ASSERT_TRUE(g_app.pwmSafe);
     bool clicked = false;
@@ -376,6 +380,18 @@ TEST_F(PwmReentry, ASwitchOnIntoWhichTheEndComesIsKeptForTheNextStart) {
     EXPECT_EQ(g_calls.back(), "save on");
     EXPECT_EQ(Display(L"P").percent, 30U);
     EXPECT_EQ(Display(L"A").percent, 60U);
+}
+
+TEST_F(PwmReentry, AValueThatCannotBeSetAgainAfterTheEndStaysSaved) {
+    Prepare(kOperations[0]);
+    g_whileWaiting = [](Moment moment) {
+        if (moment != Moment::BeforeSet || g_app.ending) return;
+        EndTheSession();
+        Display(L"P").refuses = true;
+    };
+    TogglePwmSafeByUser();
+    g_whileWaiting = nullptr;
+    EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"P", 30}}));
 }
 
 TEST_F(PwmReentry, ADisplayChangeAtAnyMoment) {

@@ -17,3 +17,10 @@ struct MonitorFunctions {
     BOOL(WINAPI* brightness)(HANDLE monitor, DWORD* minimum, DWORD* current, DWORD* maximum) = nullptr;
     BOOL(WINAPI* setBrightness)(HANDLE monitor, DWORD brightness) = nullptr;
 };
+
+// Loaded once and never unloaded: a thread may still be inside the library when the process ends. The module
+// is null until the first successful load.
+extern MonitorFunctions g_monitorFunctions;
+
+// The functions, loaded at the first call. Null when the DLL or one of them is missing. Any thread.
+const MonitorFunctions* LoadedMonitorFunctions();
