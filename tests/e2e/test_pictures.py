@@ -8,6 +8,7 @@ import pytest
 import model
 from desk import PRESET_PLACES, wait_until
 
+WM_PAINT = 0xF
 SCALINGS = [96, 120, 144, 192]
 TRAVEL_BOTTOM, TRAVEL = 305, 198
 BACKGROUND, HEADER, LOWER, BLACK = (13, 13, 13), (25, 25, 25), (26, 26, 26), (0, 0, 0)
@@ -62,8 +63,14 @@ def panel_of_fixture(request, make_file_desk, pictures):
 
 
 def settled(desk):
-    """A picture of the popup once it is drawn: two consecutive pictures are equal and contain the header."""
+    """A picture of the popup once it is drawn: two consecutive pictures are equal and contain the header.
+
+    Windows paints when no other message waits, which may be long after the state has changed. The message that is sent
+    here waits for the handler that is under way and paints what is out of date.
+    """
+    desk.send_message(WM_PAINT)
     last = [None]
+
     def same():
         picture = desk.popup_picture()
         found = picture == last[0] and picture.pixel(3, 3) == HEADER
