@@ -20,7 +20,8 @@ TrayIcon = namedtuple("TrayIcon", "rect tip")
 # `rows` is {text: Rect on the screen} from the top.
 Menu = namedtuple("Menu", "window rows")
 
-
+# How often a menu is opened that another window covers, and the seconds after which the icon's tip has gone.
+MENU_ATTEMPTS, TIP_TIMEOUT = 3, 10.0
 # Distance in pixels from the menu's edge that is certainly inside its first or last row.
 MENU_MARGIN = 8
 # Rows found so far, by (dpi, width, height) of the menu. Menus of one size have the same rows.
@@ -175,9 +176,27 @@ class PopupActions:
                      if window.window_class == MENU_CLASS and window.right > window.left), None)
 
     def open_menu(self):
-        """Opens the tray menu with the right button and returns the Menu once it has stopped moving."""
+        """Opens the tray menu with the right button and returns the Menu once it has stopped moving.
+
+        Wine sometimes raises the popup above a menu that has just opened. Such a menu is closed and opened again.
+        """
+        for _ in range(MENU_ATTEMPTS - 1):
+            self.click_tray(3)
+            menu = self.wait_for_menu()
+            if all(self.topmost_at(*centre(row), menu.window.handle) for row in menu.rows.values()):
+                return menu
+            self.close_menu()
         self.click_tray(3)
         return self.wait_for_menu()
+
+    def topmost_at(self, x, y, handle):
+        """Whether a window is the topmost at a position, or becomes it soon. The icon's tip goes away by itself."""
+        deadline = time.monotonic() + TIP_TIMEOUT
+        while not ((window := self.window_at(x, y)) and window.handle == handle):
+            if time.monotonic() > deadline:
+                return False
+            time.sleep(0.05)
+        return True
 
     def wait_for_menu(self):
         """Waits until the menu has stopped moving and is drawn, and returns the Menu."""
