@@ -5,7 +5,7 @@ import time
 import pytest
 
 from backlight import (BUILD, CONFIRMED, POLL, SETTLED, VERIFY, WM_ENDSESSION, WM_TIMER, Bench, Monitor,
-                       Panel, listed, monitor_set, panel_set, wait_until)
+                       Panel, listed, monitor_set, panel_set, wait_for_value, wait_until)
 from backlight import backlight_desk_fixture, bench_fixture  # noqa: F401
 
 SHOW_POPUP = 0x8069
@@ -137,8 +137,8 @@ def test_a_release_that_outlasts_the_end_leaves_the_users_values_alone(locked):
     assert locked.hardware.value("left") == 100
     locked.desk.post_message(SHOW_POPUP, 0, 0)
     locked.hardware.change("left", delay=0)
-    locked.wait_for_value("left", 40)
-    locked.wait_for_value("left", 100)
+    wait_for_value(lambda: [call for call in locked.sets() if "left" in call][-2:], ["set left 40", "set left 100"],
+                   "the last values that were set")
     locked.tick(VERIFY)
     locked.unlock()
     assert locked.values("panel", "left") == [60, 40]

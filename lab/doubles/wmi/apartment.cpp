@@ -52,16 +52,25 @@ bool TakeMessage(HWND apartment, MSG* message) {
            PeekMessageW(message, nullptr, 0, 0, PM_REMOVE | PM_QS_SENDMESSAGE);
 }
 
+// A WM_QUIT, which no filter keeps from being taken, is posted again afterwards, as COM does.
 void DispatchUntil(LONG64 end) {
     HWND const apartment = ApartmentWindow();
+    MSG quit = {};
     for (LONG64 left = end - Now(); left > 0; left = end - Now()) {
         MSG message = {};
         while (TakeMessage(apartment, &message)) {
-            DispatchMessageW(&message);
+            if (message.message == WM_QUIT) {
+                quit = message;
+            } else {
+                DispatchMessageW(&message);
+            }
         }
         // Woken by what is new; what stays in the queue does not wake it again.
         const DWORD wait = static_cast<DWORD>(left < 10 ? left : 10);
         MsgWaitForMultipleObjectsEx(0, nullptr, wait, QS_SENDMESSAGE | QS_PAINT | QS_TIMER, 0);
+    }
+    if (quit.message == WM_QUIT) {
+        PostQuitMessage(static_cast<int>(quit.wParam));
     }
 }
 
