@@ -39,7 +39,7 @@ def test_a_start_without_a_display_waits_for_one_and_locks_it_at_the_next_poll(b
     assert bench.hardware.value("left") == 40
 
 
-def test_a_start_with_the_mode_off_asks_once_and_then_rests(bench):
+def test_a_start_with_the_mode_off_queries_the_displays_once(bench):
     bench.begin([Monitor("left", 40)])
     assert bench.record() == listed(monitors=["left"])
     time.sleep(2.3)  # For a poll that is not wanted.
@@ -47,7 +47,7 @@ def test_a_start_with_the_mode_off_asks_once_and_then_rests(bench):
     assert bench.pwm_log() == [TARGETS % (1, 0)]
 
 
-def test_unplugged_and_plugged_again_it_is_locked_and_keeps_its_old_value(bench):
+def test_a_reconnected_monitor_is_locked_and_keeps_its_old_value(bench):
     bench.begin([Monitor("left", 40)])
     bench.lock("left")
     bench.hardware.unplug("left")
@@ -62,7 +62,7 @@ def test_unplugged_and_plugged_again_it_is_locked_and_keeps_its_old_value(bench)
     assert bench.hardware.value("left") == 40
 
 
-def test_what_is_unplugged_when_the_mode_ends_is_not_given_back_later(bench):
+def test_a_monitor_disconnected_when_the_mode_ends_is_not_restored_later(bench):
     bench.begin([Monitor("left", 40), Monitor("right", 30)])
     bench.lock("left", "right")
     bench.hardware.unplug("right")
@@ -80,7 +80,7 @@ def test_what_is_unplugged_when_the_mode_ends_is_not_given_back_later(bench):
     assert bench.values("left", "right") == [40, 70]
 
 
-def test_a_monitor_that_moves_to_another_place_is_another_display(bench):
+def test_a_monitor_at_another_position_is_a_different_display(bench):
     """Its name is its place: what was noted of the place is given to whatever stands there at the end."""
     bench.begin([Monitor("left", 40), Monitor("right", 30)])
     bench.lock("left", "right")
@@ -97,7 +97,7 @@ def test_without_a_display_there_is_no_card_to_click(bench):
     assert "PWM-safe toggled ON by user" not in bench.log() and bench.desk.saves() == 0
 
 
-def test_a_click_on_the_card_of_a_display_that_has_just_gone_turns_the_mode_back_off(bench):
+def test_a_click_on_the_card_after_the_display_disconnected_turns_the_mode_off(bench):
     bench.begin([Monitor("left", 40)]).show()
     bench.hardware.unplug("left")
     bench.click_card()
@@ -108,7 +108,7 @@ def test_a_click_on_the_card_of_a_display_that_has_just_gone_turns_the_mode_back
     assert bench.record() == listed() and bench.desk.saves() == 1
 
 
-def test_the_mode_can_be_left_without_a_display(bench):
+def test_the_mode_can_be_turned_off_without_a_display(bench):
     bench.begin([Monitor("left", 40)])
     bench.lock("left")
     bench.hardware.unplug("left")
@@ -132,7 +132,7 @@ def test_a_burst_of_display_changes_asserts_the_lock_once(bench):
 
 
 @pytest.mark.parametrize("event", [RESUME_AUTOMATIC, RESUME_SUSPEND])
-def test_a_display_that_a_sleep_has_reset_is_locked_again_after_it(bench, event):
+def test_a_display_that_sleep_has_reset_is_locked_again(bench, event):
     bench.begin([Monitor("left", 40)])
     bench.lock("left")
     bench.slow_down("left")  # What locks it now is not the poll: that is half a minute away.
@@ -147,7 +147,7 @@ def test_a_display_that_a_sleep_has_reset_is_locked_again_after_it(bench, event)
     assert bench.hardware.value("left") == 40
 
 
-def test_a_display_change_with_the_mode_off_only_looks(bench):
+def test_a_display_change_with_the_mode_off_only_reads_the_displays(bench):
     bench.begin([Monitor("left", 40)])
     bench.hardware.forget()
     bench.desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
@@ -156,7 +156,7 @@ def test_a_display_change_with_the_mode_off_only_looks(bench):
     assert bench.record() == listed(monitors=["left"])
 
 
-def test_a_second_display_that_joins_a_lock_is_locked_and_given_back_too(bench):
+def test_a_display_connected_during_a_lock_is_locked_and_restored_too(bench):
     bench.begin([Monitor("left", 40), Monitor("right", 30, present=False)])
     bench.lock("left")
     bench.hardware.plug("right")

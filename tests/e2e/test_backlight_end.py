@@ -21,7 +21,7 @@ def locked_fixture(bench):
     return bench
 
 
-def test_quit_gives_the_old_values_back_and_keeps_the_mode_for_the_next_start(locked):
+def test_quit_restores_the_old_values_and_keeps_the_mode_for_the_next_start(locked):
     locked.click_quit(locked.open_menu_at_rest())
     assert locked.desk.wait_for_exit() == 0
     assert locked.record() == ONE + RESTORE
@@ -34,7 +34,7 @@ def test_quit_gives_the_old_values_back_and_keeps_the_mode_for_the_next_start(lo
     assert locked.values("panel", "left") == [60, 40]
 
 
-def test_quit_while_the_lock_is_verified_gives_the_old_value_back(bench):
+def test_quit_during_the_verification_restores_the_old_value(bench):
     """The lock is asserted anew while the click on Quit is waiting already: no verification comes between."""
     bench.begin([Monitor("left", 40)], on=True)
     menu = bench.open_menu_at_rest()
@@ -51,20 +51,20 @@ def test_quit_while_the_lock_is_verified_gives_the_old_value_back(bench):
     assert bench.hardware.value("left") == 40 and bench.setting() == "1"
 
 
-def test_quit_with_the_mode_off_asks_no_display(bench):
+def test_quit_with_the_mode_off_queries_no_display(bench):
     bench.begin([Monitor("left", 40)], [Panel("panel", 60)])
     bench.hardware.forget()
     assert bench.desk.quit() == 0
     assert bench.record() == [] and bench.values("panel", "left") == [60, 40]
 
 
-def test_quit_with_a_display_gone_gives_the_others_back(locked):
+def test_quit_with_a_disconnected_display_restores_the_others(locked):
     locked.hardware.unplug("panel")
     assert locked.desk.quit() == 0
     assert locked.values("panel", "left") == [100, 40]
 
 
-def test_the_end_of_the_windows_session_gives_the_old_values_back(make_desk):
+def test_the_end_of_the_windows_session_restores_the_old_values(make_desk):
     bench = Bench(make_desk(build_dir=BUILD))
     bench.begin([Monitor("left", 40)], [Panel("panel", 60)])
     bench.lock("panel", "left")
@@ -74,7 +74,7 @@ def test_the_end_of_the_windows_session_gives_the_old_values_back(make_desk):
     bench.check_books()
 
 
-def test_between_the_end_of_the_session_and_the_last_moment_nothing_is_locked_again(locked):
+def test_nothing_is_locked_after_the_session_end(locked):
     locked.relock()
     locked.desk.send_message(WM_ENDSESSION, 1, 0)
     assert locked.record() == ONE + RESTORE
@@ -84,7 +84,7 @@ def test_between_the_end_of_the_session_and_the_last_moment_nothing_is_locked_ag
     assert locked.setting() == "1"
 
 
-def test_a_session_end_that_was_called_off_keeps_the_lock(locked):
+def test_a_cancelled_session_end_keeps_the_lock(locked):
     locked.desk.send_message(WM_ENDSESSION, 0, 0)
     assert locked.sets() == []
     locked.hardware.turn("left", 40)
@@ -108,7 +108,7 @@ CLICKS = {"tray": lambda bench: bench.desk.click(*bench.desk.tray_icon_position(
 
 
 @pytest.mark.parametrize("way", CLICKS)
-def test_an_input_of_the_user_after_the_end_was_called_off_locks_again(locked, way):
+def test_user_input_after_a_cancelled_session_end_locks_again(locked, way):
     locked.desk.send_message(WM_ENDSESSION, 1, 0)
     assert locked.values("panel", "left") == [60, 40]
     CLICKS[way](locked)
@@ -119,7 +119,7 @@ def test_an_input_of_the_user_after_the_end_was_called_off_locks_again(locked, w
     assert locked.values("panel", "left") == [60, 40]
 
 
-def test_the_end_of_the_session_is_answered_within_five_seconds(locked):
+def test_the_session_end_is_handled_within_five_seconds(locked):
     """A monitor that is slow to read costs as much as one that is slow to set."""
     locked.hardware.change("left", delay=10 * SECONDS)
     began = time.monotonic()
@@ -129,7 +129,7 @@ def test_the_end_of_the_session_is_answered_within_five_seconds(locked):
     locked.wait_for_value("left", 40)
 
 
-def test_a_release_that_outlasts_the_end_leaves_the_users_values_alone(locked):
+def test_a_release_that_outlasts_the_session_end_keeps_the_users_values(locked):
     """The session goes on while the monitor still answers: it is locked once it is released, and what is saved again is
     what the user had."""
     locked.hardware.change("left", delay=0, read_delay=6 * SECONDS)

@@ -68,22 +68,22 @@ def check(bench, pictures, text, accent, on):
     bench.desk.popup_picture().save(pictures / f"popup-{name}.png")
 
 
-def test_off_with_a_display_below_100(bench, pictures):
+def test_the_card_when_off_with_a_display_below_100(bench, pictures):
     bench.begin([Monitor("left", 98)], [Panel("panel", 100)])
     check(bench, pictures, "LOCK DISPLAY AT 100%", AMBER, on=False)
 
 
-def test_off_with_only_a_panel_below_100(bench, pictures):
+def test_the_card_when_off_with_only_a_panel_below_100(bench, pictures):
     bench.begin(panels=[Panel("panel", 60)])
     check(bench, pictures, "LOCK BUILT-IN PANEL AT 100%", AMBER, on=False)
 
 
-def test_off_with_every_display_full(bench, pictures):
+def test_the_card_when_off_with_every_display_at_100(bench, pictures):
     bench.begin([Monitor("left", 99)], [Panel("panel", 100)])
     check(bench, pictures, "DISPLAY ALREADY AT 100%", GREY, on=False)
 
 
-def test_verifying(bench, pictures):
+def test_the_card_during_the_verification(bench, pictures):
     bench.begin([Monitor("left", 40)]).show()
     bench.click_card()
     bench.wait_for_value("left", 100)
@@ -93,36 +93,36 @@ def test_verifying(bench, pictures):
     bench.hardware.wmi()
 
 
-def test_locked(bench, pictures):
+def test_the_card_of_a_lock(bench, pictures):
     bench.begin([Monitor("left", 40)], [Panel("panel", 60)])
     bench.lock("left", "panel")
     check(bench, pictures, "DISPLAY LOCKED AT 100%", GREEN, on=True)
 
 
-def test_locked_with_only_a_panel(bench, pictures):
+def test_the_card_of_a_lock_with_only_a_panel(bench, pictures):
     bench.begin(panels=[Panel("panel", 60)])
     bench.lock("panel")
     check(bench, pictures, "BUILT-IN PANEL LOCKED AT 100%", GREEN, on=True)
 
 
-def test_waiting_for_a_display(bench, pictures):
+def test_the_card_while_waiting_for_a_display(bench, pictures):
     bench.begin(on=True)
     check(bench, pictures, "WAITING FOR DISPLAY", AMBER, on=True)
 
 
-def test_reasserting(bench, pictures):
+def test_the_card_while_the_lock_is_reasserted(bench, pictures):
     bench.begin([Monitor("left", 40, behaviour="ignores")], on=True)
     bench.tick(SETTLED, VERIFY)  # Locked anew: the next poll is two seconds away.
     check(bench, pictures, "REASSERTING 100% LOCK", AMBER, on=True)
 
 
-def test_not_holding(bench, pictures):
+def test_the_card_of_a_display_that_does_not_hold_100(bench, pictures):
     bench.begin([Monitor("left", 40, behaviour="ignores")], on=True)
     bench.tick(*[POLL, VERIFY] * 10)
     check(bench, pictures, "DISPLAY WON'T HOLD 100%", AMBER, on=True)
 
 
-def test_a_display_that_was_turned_down_is_seen_when_the_popup_opens(bench, pictures):
+def test_opening_the_popup_detects_a_display_that_was_turned_down(bench, pictures):
     bench.begin([Monitor("left", 40)])
     bench.lock("left")
     bench.tick(SETTLED, VERIFY)  # Locked anew: the next poll is two seconds away.
@@ -133,7 +133,7 @@ def test_a_display_that_was_turned_down_is_seen_when_the_popup_opens(bench, pict
     check(bench, pictures, "DISPLAY LOCKED AT 100%", GREEN, on=True)
 
 
-def test_the_card_comes_and_goes_with_the_displays(bench):
+def test_the_card_appears_and_disappears_with_the_displays(bench):
     bench.begin().show()
     assert not {AMBER, GREY} & Card(bench).colours(TOP_EDGE)
     bench.hardware.monitors([Monitor("left", 100)])

@@ -10,7 +10,7 @@ WM_CLOSE, SHOW_POPUP = 0x10, 0x8069
 
 
 
-def test_one_monitor_is_locked_and_given_back(bench):
+def test_one_monitor_is_locked_and_restored(bench):
     bench.begin([Monitor("left", 40)]).show()
     bench.click_card()
     bench.wait_for_calls(listed(monitors=["left"]), monitor_set("left", 100), listed(monitors=["left"]))
@@ -54,7 +54,7 @@ def test_a_laptops_panel_is_locked_before_its_monitor(bench):
     assert bench.values("panel", "left") == [60, 40]
 
 
-def test_the_second_panel_is_found_behind_the_first(bench):
+def test_a_second_panel_is_found(bench):
     bench.begin(panels=[Panel("inner", 60), Panel("outer", 30)])
     bench.lock("inner", "outer")
     bench.wait_for_calls(listed(2), panel_set(100), panel_set(100, place=1), listed(2))
@@ -70,7 +70,7 @@ def asks(bench, act, *expected):
     assert bench.record() == [call for operation in expected for call in operation]
 
 
-def test_each_operation_asks_the_displays_no_more_often_than_it_must(bench):
+def test_each_operation_makes_the_minimum_of_display_calls(bench):
     one = listed(1, ["left"])
     lock, restore = panel_set(100) + monitor_set("left", 100), panel_set(60) + monitor_set("left", 40)
     bench.begin([Monitor("left", 40)], [Panel("panel", 60)])
@@ -93,7 +93,7 @@ def test_each_operation_asks_the_displays_no_more_often_than_it_must(bench):
     asks(bench, lambda: desk.send_message(WM_ENDSESSION, 1, 0), one, restore)
 
 
-def test_a_monitor_turned_down_by_hand_is_back_at_the_next_poll(bench):
+def test_a_monitor_that_the_user_turns_down_is_reset_at_the_next_poll(bench):
     bench.begin([Monitor("left", 40)])
     bench.lock("left")
     bench.hardware.forget()
@@ -107,7 +107,7 @@ def test_a_monitor_turned_down_by_hand_is_back_at_the_next_poll(bench):
     assert bench.hardware.value("left") == 40
 
 
-def test_one_of_two_that_slips_has_both_asserted_again(bench):
+def test_both_displays_are_reasserted_if_one_does_not_hold(bench):
     bench.begin([Monitor("left", 40)], [Panel("panel", 60)])
     bench.lock("left", "panel")
     bench.hardware.turn("panel", 98)
@@ -129,7 +129,7 @@ def test_99_percent_counts_as_locked(bench):
     assert bench.sets() == ["set left 100"]
 
 
-def test_a_display_that_is_at_100_already_is_set_all_the_same_and_keeps_its_value(bench):
+def test_a_display_already_at_100_is_set_and_keeps_its_value(bench):
     bench.begin([Monitor("left", 100)])
     bench.lock("left")
     assert bench.sets() == ["set left 100"]
@@ -137,7 +137,7 @@ def test_a_display_that_is_at_100_already_is_set_all_the_same_and_keeps_its_valu
     assert bench.sets() == ["set left 100", "set left 100"] and bench.hardware.value("left") == 100
 
 
-def test_a_second_lock_takes_the_values_anew(bench):
+def test_a_second_lock_stores_new_values(bench):
     bench.begin([Monitor("left", 40)])
     bench.lock("left")
     bench.unlock()
@@ -147,7 +147,7 @@ def test_a_second_lock_takes_the_values_anew(bench):
     assert bench.hardware.value("left") == 70
 
 
-def test_a_click_while_the_lock_is_verified_gives_the_value_back_and_verifies_no_more(bench):
+def test_a_click_during_the_verification_restores_the_value_and_cancels_the_verification(bench):
     bench.begin([Monitor("left", 40)]).show()
     bench.click_card()
     bench.click_card()

@@ -32,7 +32,7 @@ STRANGE = [
 ]
 
 
-def test_every_strange_range_is_locked_at_its_maximum_and_given_back(bench):
+def test_every_unusual_range_is_locked_at_its_maximum_and_restored(bench):
     names = [monitor.name for monitor, _, _ in STRANGE]
     bench.begin([monitor for monitor, _, _ in STRANGE])
     bench.lock(*names)
@@ -42,7 +42,7 @@ def test_every_strange_range_is_locked_at_its_maximum_and_given_back(bench):
     assert bench.sets() == [f"set {monitor.name} {given_back}" for monitor, _, given_back in STRANGE]
 
 
-def test_monitors_that_do_not_tell_their_brightness_are_left_alone(bench):
+def test_monitors_whose_brightness_cannot_be_read_are_skipped(bench):
     silent = {"incapable": {"capable": False}, "mute": {"fails": "capabilities"}, "unread": {"fails": "read"}}
     bench.begin([Monitor("left", 40), *(Monitor(name, 20, **options) for name, options in silent.items())])
     assert counted(bench) == 1
@@ -52,12 +52,12 @@ def test_monitors_that_do_not_tell_their_brightness_are_left_alone(bench):
     assert bench.values(*silent) == [20] * 3
 
 
-def test_the_first_failing_question_is_a_monitors_last(bench):
+def test_a_monitor_is_not_queried_further_after_a_failure(bench):
     bench.begin([Monitor("deaf", fails="capabilities"), Monitor("dumb", capable=False), Monitor("left")])
     assert bench.record() == listed(monitors=["deaf", "dumb", "left"], deaf=["deaf", "dumb"])
 
 
-def test_monitors_that_cannot_be_counted_or_fetched_are_none(bench):
+def test_monitors_that_cannot_be_counted_or_opened_are_skipped(bench):
     bench.begin(["one", "two"])
     for trouble, calls in (({"count_error": 5}, ["count display0"]), ({"count": 0}, ["count display0"]),
                            ({"fetch_error": 31}, ["count display0", "fetch display0"]),
@@ -73,7 +73,7 @@ def test_monitors_that_cannot_be_counted_or_fetched_are_none(bench):
         assert bench.pwm_log()[-1] == "PWM-safe targets: 2 controllable (was 0)"
 
 
-def test_64_monitors_are_each_asked_set_and_given_back(bench):
+def test_64_monitors_are_read_locked_and_restored(bench):
     names = [f"m{number}" for number in range(64)]
     bench.begin([quick(Monitor(name, number)) for number, name in enumerate(names)])
     assert bench.record() == listed(monitors=names)
@@ -93,7 +93,7 @@ def test_a_panels_brightness_is_read_in_every_integer_type(bench):
     assert bench.values(*READABLE) == [60] * len(READABLE)
 
 
-def test_panels_of_other_types_read_as_nothing(bench):
+def test_panels_with_other_value_types_are_skipped(bench):
     bench.begin(panels=[Panel(kind, 100, brightness_type=kind) for kind in OTHERS])
     assert counted(bench) == len(OTHERS)
     bench.refuse()
@@ -101,14 +101,14 @@ def test_panels_of_other_types_read_as_nothing(bench):
     assert bench.values(*OTHERS) == [0] * len(OTHERS)
 
 
-def test_a_percentage_outside_its_range_is_given_back_inside_it(bench):
+def test_a_percentage_out_of_range_is_restored_clamped(bench):
     bench.begin(panels=[Panel("below", -5, brightness_type="i4"), Panel("above", 120)])
     bench.lock("below", "above")
     bench.unlock()
     assert bench.values("below", "above") == [0, 100]
 
 
-def test_only_panels_with_a_name_count(bench):
+def test_panels_without_a_name_are_skipped(bench):
     bench.begin(panels=[Panel("empty", instance=""), Panel("number", instance_type="i4"),
                         Panel("null", instance_type="null"), Panel("nothing", instance_type="nullbstr"),
                         Panel("missing", instance_type="missing"), Panel("long", 30, instance=LONG_NAME),
@@ -134,7 +134,7 @@ SETTING_FAILS = [("query_methods", FAILED), ("next_methods", ["timedout"]), ("ge
                  ("exec", ACCESS_DENIED)]
 
 
-def test_when_wmi_fails_the_monitors_are_all_there_is(bench):
+def test_when_wmi_fails_only_the_monitors_are_used(bench):
     bench.begin([Monitor("left", 40)], [Panel("panel", 60)])
     for step, answer in LISTING_FAILS:
         bench.hardware.wmi(**{step: answer})
@@ -146,7 +146,7 @@ def test_when_wmi_fails_the_monitors_are_all_there_is(bench):
         assert bench.pwm_log()[-1] == "PWM-safe targets: 2 controllable (was 1)", (step, answer)
 
 
-def test_a_step_that_fails_when_a_panel_is_set_costs_only_that_panel(bench):
+def test_a_failed_step_while_setting_a_panel_affects_only_that_panel(bench):
     bench.begin([Monitor("left", 40)], [Panel("panel", 60)])
     bench.lock("panel", "left")
     for step, answer in SETTING_FAILS:
@@ -161,7 +161,7 @@ def test_a_step_that_fails_when_a_panel_is_set_costs_only_that_panel(bench):
         assert bench.values("panel", "left") == [100, 100], (step, answer)
 
 
-def test_without_monitor_functions_the_panel_is_all_there_is(make_desk):
+def test_without_monitor_functions_only_the_panel_is_used(make_desk):
     desk = make_desk(build_dir=BUILD)
     bench = Bench(desk)
     bench.hardware.install_monitors(without=("SetMonitorBrightness",))

@@ -39,7 +39,7 @@ def test_a_monitor_that_ignores_the_lock_undoes_the_users_switch(bench):
 
 @pytest.mark.parametrize("stubborn", [{"behaviour": "ignores"}, {"behaviour": "sticks", "at": 98},
                                       {"behaviour": "drifts", "at": 70, "after": 0}, {"fails": "set"}], ids=str)
-def test_one_refusing_monitor_gives_the_other_ones_value_back_too(bench, stubborn):
+def test_a_refusing_monitor_makes_the_other_one_restored_too(bench, stubborn):
     bench.begin([Monitor("left", 40), Monitor("right", 30, **stubborn)])
     bench.refuse()
     monitors = ["left", "right"]
@@ -69,7 +69,7 @@ def test_two_panels_of_one_name_cannot_both_be_locked(bench):
     assert bench.pwm_log()[-1] == REVERTING % (1, 2)
 
 
-def test_a_monitor_that_cannot_be_read_any_more_undoes_the_switch(bench):
+def test_a_monitor_that_becomes_unreadable_undoes_the_switch(bench):
     bench.begin([Monitor("left", 40)]).show()
     bench.click_card()
     bench.wait_for_value("left", 100)
@@ -79,7 +79,7 @@ def test_a_monitor_that_cannot_be_read_any_more_undoes_the_switch(bench):
     assert bench.setting() == "0"
 
 
-def test_a_failure_that_does_not_follow_the_users_switch_keeps_the_mode_on(bench):
+def test_a_later_failure_keeps_the_mode_on(bench):
     bench.begin([Monitor("left", 40, behaviour="ignores")], on=True)
     bench.wait_for_log(PENDING % (0, 1))
     bench.tick(POLL, VERIFY, POLL, VERIFY)
@@ -113,7 +113,7 @@ def test_the_ninth_failure_does_not_slow_the_poll_yet(bench):
     assert bench.log().count(SLOWING) == 1
 
 
-def test_a_success_brings_the_normal_pace_back(bench):
+def test_a_success_restores_the_normal_poll_period(bench):
     slowed(bench)
     bench.hardware.change("left", behaviour="ok")
     bench.tick(POLL, VERIFY)
@@ -123,7 +123,7 @@ def test_a_success_brings_the_normal_pace_back(bench):
     assert bench.log().count(SLOWING) == 1
 
 
-def test_a_display_change_brings_the_normal_pace_back(bench):
+def test_a_display_change_restores_the_normal_poll_period(bench):
     slowed(bench)
     bench.tick(SETTLED)
     assert bench.pwm_log()[-1] == PACE_RESET
@@ -133,7 +133,7 @@ def test_a_display_change_brings_the_normal_pace_back(bench):
     assert bench.log().count(PACE_RESET) == 1
 
 
-def test_the_users_toggle_brings_the_normal_pace_back(bench):
+def test_the_users_toggle_restores_the_normal_poll_period(bench):
     slowed(bench)
     bench.unlock()
     assert bench.hardware.value("left") == 40
@@ -143,7 +143,7 @@ def test_the_users_toggle_brings_the_normal_pace_back(bench):
     assert RECOVERED not in bench.log()
 
 
-def test_ten_failures_one_after_the_other_slow_the_poll(bench):
+def test_ten_consecutive_failures_slow_the_poll(bench):
     """Nothing is hurried here: the timers are Windows' own."""
     bench.begin([Monitor("left", 40, behaviour="ignores")], on=True)
     bench.desk.wait_for_log(PENDING % (0, 1))

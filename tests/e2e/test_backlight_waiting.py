@@ -18,7 +18,7 @@ THREE_SECONDS = 3000
 CLOSEAPP = 1
 
 
-def test_real_monitors_are_asked_as_often_as_quick_ones(bench):
+def test_slow_monitors_are_queried_as_often_as_fast_ones(bench):
     bench.begin([Monitor("left", 40), Monitor("right", 30)], delay=40)
     one = listed(monitors=MONITORS)
     assert bench.record() == one
@@ -28,7 +28,7 @@ def test_real_monitors_are_asked_as_often_as_quick_ones(bench):
     assert bench.values(*MONITORS) == [40, 30]
 
 
-def test_a_dead_channel_is_waited_for_once_and_costs_only_its_own_call(bench):
+def test_a_dead_channel_delays_only_its_own_call(bench):
     bench.begin([Monitor("left", 40), Monitor("dead", 30), Monitor("right", 20)]).show()
     monitors = ["left", "dead", "right"]
     bench.hardware.change("dead", delay=3500, fails=("capabilities", "read", "set"))
@@ -44,7 +44,7 @@ def test_a_dead_channel_is_waited_for_once_and_costs_only_its_own_call(bench):
     assert bench.values(*monitors) == [40, 30, 20]
 
 
-def test_a_dead_channel_that_is_locked_is_waited_for_once_when_its_value_is_given_back(bench):
+def test_a_locked_display_with_a_dead_channel_delays_the_restore_once(bench):
     """It answered when it was locked. Then it is gone; the others get their values, and none waits twice."""
     bench.begin([Monitor("dead", 30), Monitor("left", 40)])
     bench.lock("dead", "left")
@@ -70,7 +70,7 @@ def post_tick(bench, timer):
     return lambda: bench.desk.post_message(WM_TIMER, timer, 0)
 
 
-def test_a_monitor_unplugged_while_it_is_asked_contributes_nothing(bench):
+def test_a_monitor_disconnected_during_a_query_is_skipped(bench):
     bench.begin([Monitor("left", 40), Monitor("right", 30)])
     bench.hardware.change("right", delay=LONG)
     bench.hardware.forget()
@@ -119,7 +119,7 @@ def filtering(bench):
     bench.hardware.forget()
 
 
-def test_polls_do_not_pile_up_while_the_displays_still_answer(bench):
+def test_polls_do_not_accumulate_during_a_display_operation(bench):
     bench.begin([Monitor("left", 40)], [Panel("panel", 60)])
     bench.lock("left", "panel")
     bench.relock()  # The next poll of its own is two seconds away.
@@ -130,7 +130,7 @@ def test_polls_do_not_pile_up_while_the_displays_still_answer(bench):
     assert bench.record().count("count display0") == 1
 
 
-def test_a_change_that_settles_while_the_displays_answer_applies_the_filter_once(bench):
+def test_a_display_change_during_a_display_operation_applies_the_filter_once(bench):
     """And its own look at the displays comes once they have answered."""
     filtering(bench)
     one = listed(1, MONITORS)
@@ -141,7 +141,7 @@ def test_a_change_that_settles_while_the_displays_answer_applies_the_filter_once
     assert bench.record() == one * 2 and len(bench.desk.effects()) == 2
 
 
-def test_a_second_start_while_the_displays_are_listed_waits_in_the_queue(bench):
+def test_a_second_start_during_an_enumeration_stays_in_the_queue(bench):
     """COM leaves posted messages there."""
     bench.begin([Monitor("left", 40)], [Panel("panel", 60)])
     bench.hardware.forget()
@@ -158,7 +158,7 @@ def test_a_second_start_while_the_displays_are_listed_waits_in_the_queue(bench):
     assert bench.record() == listed(1, ["left"]) * 2
 
 
-def test_a_click_while_the_displays_are_listed_locks_them_afterwards(bench):
+def test_a_click_during_an_enumeration_locks_the_displays_afterwards(bench):
     bench.begin([Monitor("left", 40)], [Panel("panel", 60)]).show()
     place = bench.desk.unit_to_screen(*CARD)
     listed_in_the_middle(bench, post_tick(bench, SETTLED), lambda: bench.desk.click(*place))
@@ -194,7 +194,7 @@ def calm(bench):
     bench.desk.send_message(0)  # Answered after the operation's end.
 
 
-def test_a_poll_while_the_click_restores_the_values_does_not_lock_again(bench):
+def test_a_poll_during_a_restore_does_not_lock_again(bench):
     bench.begin([Monitor("left", 40)], [Panel("panel", 60), Panel("second", 30)])
     bench.lock("panel", "second", "left")
     bench.relock()
@@ -205,7 +205,7 @@ def test_a_poll_while_the_click_restores_the_values_does_not_lock_again(bench):
     assert bench.setting() == "0" and bench.values("panel", "second", "left") == [60, 30, 40]
 
 
-def test_an_installer_that_ends_the_program_while_the_displays_are_listed_restores_them(bench):
+def test_an_installers_request_during_an_enumeration_restores_the_displays(bench):
     bench.begin([Monitor("left", 40), Monitor("right", 30)], [Panel("panel", 60)])
     bench.lock("panel", "left", "right")
     ending = threading.Thread(target=lambda: bench.desk.send_message(WM_ENDSESSION, 1, CLOSEAPP))
@@ -215,7 +215,7 @@ def test_an_installer_that_ends_the_program_while_the_displays_are_listed_restor
 
 
 @pytest.mark.parametrize("operation", [POLL, SETTLED])
-def test_the_end_of_the_session_while_a_panel_is_locked_restores_every_display(bench, operation):
+def test_a_session_end_while_a_panel_is_locked_restores_every_display(bench, operation):
     lock_slips(bench)
     ending = threading.Thread(target=lambda: bench.desk.send_message(WM_ENDSESSION, 1, 0))
     in_the_middle(bench, post_tick(bench, operation), lambda: (ending.start(), ending.join(10)))

@@ -171,7 +171,7 @@ def wait_for_preset(desk, mode, name):
 
 @pytest.mark.parametrize("mode", MODES)
 @pytest.mark.parametrize("way", ["popup", "tray", "second start"])
-def test_an_input_of_the_user_after_the_end_was_called_off_brings_the_filter_back(file_desk, mode, way):
+def test_user_input_after_a_cancelled_session_end_applies_the_filter_again(file_desk, mode, way):
     desk = file_desk.start_fresh(MODES[mode])
     desk.choose("EVENING")
     wait_for_evening(desk, mode)
