@@ -24,6 +24,7 @@ void OnDpiChanged(UINT dpi, const RECT* suggested) {
 }
 
 void OnDisplaysSettled() {
+    g_app.displaysWithoutRamps = 0;
     if (g_app.filterOn) {
         if (!g_app.useLegacyGamma && !g_app.magnificationReady) InitMagnification();
         ApplyFilter();

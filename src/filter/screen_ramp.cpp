@@ -1,5 +1,6 @@
 #include "filter/screen_ramp.h"
 
+#include "app/state/app_state.h"
 #include "win32/guards.h"
 
 namespace {
@@ -74,24 +75,48 @@ bool AcceptsAnyRamp(HDC dc) {
     return SetDeviceGammaRamp(dc, &probe) != FALSE;
 }
 
+// Whether a refused ramp makes the display one to skip. The answer holds until the displays change, since
+// the probes are too slow for every step of a drag.
+bool IsWithoutRamps(DWORD index, HDC dc) {
+    const std::uint64_t bit = index < 64 ? std::uint64_t{1} << index : 0;
+    if ((g_app.displaysWithoutRamps & bit) != 0) return true;
+    if (AcceptsAnyRamp(dc)) return false;
+    g_app.displaysWithoutRamps |= bit;
+    return true;
+}
+
 RampLoad LoadIntoEachDisplay(GammaRamp* ramp) {
     bool anyLoaded = false;
     bool anyRefused = false;
     bool allMatch = true;
     DISPLAY_DEVICEW display;
-    for (DWORD index = 0; NextActiveDisplay(&index, &display);) {
+    for (DWORD next = 0; NextActiveDisplay(&next, &display);) {
         const DisplayDc context(display.DeviceName);
         if (context.dc == nullptr) continue;
         const RampLoad load = LoadInto(context.dc, ramp);
         if (load == RampLoad::Refused) {
-            anyRefused = anyRefused || AcceptsAnyRamp(context.dc);
+            anyRefused = !IsWithoutRamps(next - 1, context.dc) || anyRefused;
         } else {
             anyLoaded = true;
             allMatch = allMatch && load == RampLoad::Matches;
         }
     }
+    if (anyLoaded) g_app.rampsPerDisplay = true;
     if (anyRefused || !anyLoaded) return RampLoad::Refused;
     return allMatch ? RampLoad::Matches : RampLoad::Differs;
+}
+
+bool LoadIdentityIntoWholeScreen(GammaRamp* identity) {
+    const ScreenDc screen;
+    return screen.dc == nullptr || SetDeviceGammaRamp(screen.dc, identity) != FALSE;
+}
+
+void LoadIdentityIntoEachDisplay(GammaRamp* identity) {
+    DISPLAY_DEVICEW display;
+    for (DWORD next = 0; NextActiveDisplay(&next, &display);) {
+        const DisplayDc context(display.DeviceName);
+        if (context.dc != nullptr) SetDeviceGammaRamp(context.dc, identity);
+    }
 }
 
 }  // namespace
@@ -105,14 +130,10 @@ RampLoad LoadRamp(GammaRamp* ramp) {
 void LoadIdentityRamp() {
     GammaRamp identity;
     FillIdentityRamp(&identity);
-    {
-        const ScreenDc screen;
-        if (screen.dc == nullptr || SetDeviceGammaRamp(screen.dc, &identity) != FALSE) return;
+    const bool accepted = LoadIdentityIntoWholeScreen(&identity);
+    // The entire screen's context may stand for the primary display alone.
+    if (g_app.rampsPerDisplay || (!accepted && HasSeveralActiveDisplays())) {
+        LoadIdentityIntoEachDisplay(&identity);
     }
-    if (!HasSeveralActiveDisplays()) return;
-    DISPLAY_DEVICEW display;
-    for (DWORD index = 0; NextActiveDisplay(&index, &display);) {
-        const DisplayDc context(display.DeviceName);
-        if (context.dc != nullptr) SetDeviceGammaRamp(context.dc, &identity);
-    }
+    g_app.rampsPerDisplay = false;
 }

@@ -99,6 +99,8 @@ struct AppState {
     std::int32_t rampsRejected = 0;
     std::int32_t readBackMismatchStreak = 0;
     bool lastApplyRejected = false;
+    bool rampsPerDisplay = false;  // the filter's ramp was loaded into each display and not reset since
+    std::uint64_t displaysWithoutRamps = 0;  // bit i: display i of the enumeration refuses even the identity
     bool gammaRangeExpanded = false;
     // From the launch of the elevated run to its confirmation or the deadline. Part of the state's record;
     // no decision depends on it, since only the poll timer waits.

@@ -59,6 +59,12 @@ TEST_F(DisplayEvents, WithTheFilterOffSettlingReassertsTheLockAndRefreshes) {
               (CallRecord{"pwm reassert", "refresh", "pwm reassert", "refresh", "pwm reassert", "refresh"}));
 }
 
+TEST_F(DisplayEvents, SettlingForgetsWhichDisplaysRefuseRamps) {
+    g_app.displaysWithoutRamps = 6;
+    OnDisplaysSettled();
+    EXPECT_EQ(g_app.displaysWithoutRamps, 0U);
+}
+
 TEST_F(DisplayEvents, SettlingReappliesTheFilter) {
     g_app.filterOn = true;
     g_app.magnificationReady = true;

@@ -167,6 +167,34 @@ TEST_F(LegacyDisplays, ADisplayThatRefusesEvenTheIdentityIsSkipped) {
     EXPECT_EQ(At(1).loads, 0);
 }
 
+TEST_F(LegacyDisplays, ADisplayWithoutRampsIsProbedOnceAndThenOnlyTried) {
+    Connect({Display(1), Display(2, Accepts::Nothing)});
+    ApplyLegacyRamp();
+    const auto attempts = testing::Contains("set ramp of " + kSecond);
+    EXPECT_THAT(g_calls, attempts.Times(3)) << "the filter's ramp, the current one and the identity";
+    g_calls.clear();
+    ApplyLegacyRamp();
+    EXPECT_THAT(g_calls, attempts.Times(1));
+    EXPECT_EQ(g_app.rampsAccepted, 2);
+}
+
+TEST_F(LegacyDisplays, ADisplayWithoutRampsIsProbedAgainAfterADisplayChange) {
+    Connect({Display(1), Display(2, Accepts::Nothing)});
+    ApplyLegacyRamp();
+    At(1).accepts = Accepts::IdentityOnly;
+    g_app.displaysWithoutRamps = 0;
+    ApplyLegacyRamp();
+    EXPECT_EQ(g_app.rampsRejected, 1);
+}
+
+TEST_F(LegacyDisplays, ADisplayThatAcceptsRampsAfterAllIsLoaded) {
+    Connect({Display(1), Display(2, Accepts::Nothing)});
+    ApplyLegacyRamp();
+    At(1).accepts = Accepts::Everything;
+    ApplyLegacyRamp();
+    EXPECT_TRUE(ShowsTheFilter(1));
+}
+
 TEST_F(LegacyDisplays, ADisplayThatCannotBeReadAndRefusesEvenTheIdentityIsSkipped) {
     Connect({Display(1, Accepts::Nothing), Display(2)});
     At(0).canBeRead = false;
@@ -257,6 +285,18 @@ TEST_F(LegacyDisplays, AnIdentityThatTheEntireScreenAcceptsIsNotRepeated) {
     Connect({Display(1), Display(2)});
     RestoreIdentityRamp();
     EXPECT_EQ(g_calls, Joined({{"restore cursors"}, kWholeScreen}));
+}
+
+TEST_F(LegacyDisplays, TheIdentityReachesEachDisplayThatHasTheFiltersRampEvenIfTheEntireScreenAcceptsIt) {
+    Connect({Display(1), Display(2)});
+    ApplyLegacyRamp();
+    g_screen.acceptsRamps = true;
+    RestoreIdentityRamp();
+    EXPECT_TRUE(At(0).shown == IdentityRamp());
+    EXPECT_TRUE(At(1).shown == IdentityRamp());
+    g_calls.clear();
+    RestoreIdentityRamp();
+    EXPECT_EQ(g_calls, Joined({{"restore cursors"}, kWholeScreen})) << "once is enough";
 }
 
 TEST_F(LegacyDisplays, WithoutAScreenContextTheIdentityIsNotTriedElsewhere) {
