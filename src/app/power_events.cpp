@@ -20,7 +20,7 @@ bool IsDisplayState(const POWERBROADCAST_SETTING& setting) {
 }
 
 void StartSettlingAfterResume() {
-    StartTimer(TimerId::DisplaySettle, TimerPace::Long);
+    StartTimer(TimerId::DisplaySettle, TimerPeriod::Long);
 }
 
 void OnDisplayState(DWORD state) {

@@ -12,11 +12,11 @@
 namespace {
 
 // All in ms.
-constexpr DWORD kScreenDelay = 1000;  // displays that answer in it are restored before the screen
-constexpr DWORD kSessionLimit = 4000;
-constexpr DWORD kInstallerLimit = 25000;  // an installer forces the program's end after 30 s
+constexpr DWORD kScreenDelay = 1000;      // displays that answer within it are restored before the screen
+constexpr DWORD kSessionLimit = 4000;     // Windows terminates the process after 5 s
+constexpr DWORD kInstallerLimit = 25000;  // an installer terminates the process after 30 s
 
-bool IsInstallersRequest(LPARAM reason) {
+bool IsInstallerRequest(LPARAM reason) {
     return (reason & ENDSESSION_CLOSEAPP) != 0;
 }
 
@@ -24,21 +24,21 @@ bool IsInstallersRequest(LPARAM reason) {
 
 void OnEndSession(bool ending, LPARAM reason) {
     if (!ending) return;
-    // The process lives on for a moment, and nothing that happens in it may undo what is restored now: no
-    // poll, no display change, no slider still held.
+    // The process keeps running for a moment. No poll, display change or slider drag may undo the restoration
+    // in that time.
     g_app.ending = true;
     StopTimer(TimerId::DisplaySettle);
     SuspendPwmSafe();
     const bool started = StartPwmSafeRelease();
-    RestoreScreen(IsInstallersRequest(reason) ? kInstallerLimit : kSessionLimit);
+    RestoreScreen(IsInstallerRequest(reason) ? kInstallerLimit : kSessionLimit);
     if (!started) ReleasePwmSafeLock();
-    // An installer that needs the program's file lets the session go on and waits for the program to end.
-    if (IsInstallersRequest(reason) && !g_app.windowDestroyed) DestroyWindow(g_app.mainWindow);
+    // The session continues: the installer replaces the program's file and waits for the program to exit.
+    if (IsInstallerRequest(reason) && !g_app.windowDestroyed) DestroyWindow(g_app.mainWindow);
 }
 
 void ContinueSession() {
-    // An operation on the displays that is still under way has yet to see the end.
-    if (!g_app.ending || g_app.windowDestroyed || g_app.pwmBusy) return;
+    // A running operation on the displays must still find `ending` set and abort.
+    if (!g_app.ending || g_app.windowDestroyed || g_app.pwmOperationRunning) return;
     g_app.ending = false;
     RestartTimer(TimerId::DisplaySettle);
 }

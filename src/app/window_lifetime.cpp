@@ -17,9 +17,9 @@
 
 namespace {
 
-// Windows keeps messages of programs with fewer rights from a program that runs as administrator: the
-// taskbar's announcement and the message of a second start among them.
-void AllowMessagesFromFewerRights(HWND window) {
+// If this program runs as administrator, Windows blocks messages from processes of lower integrity: the
+// taskbar's broadcast and the message of a second instance.
+void AllowMessagesFromLowerIntegrity(HWND window) {
     if (g_app.taskbarCreatedMessage != 0)
         ChangeWindowMessageFilterEx(window, g_app.taskbarCreatedMessage, MSGFLT_ALLOW, nullptr);
     ChangeWindowMessageFilterEx(window, kMessageShowPopup, MSGFLT_ALLOW, nullptr);
@@ -39,21 +39,21 @@ void FreeDrawingResources() {
 void OnCreate(HWND window) {
     g_app.mainWindow = window;
     g_app.panel = Panel::Main;
-    AllowMessagesFromFewerRights(window);
+    AllowMessagesFromLowerIntegrity(window);
     RegisterPowerEvents(window);
     RestorePwmSafeFromSettings();
     RefreshPopupAndTray();
 }
 
 void OnDestroy() {
-    // A handler that is still waiting in a message box below us may go on to apply the filter; from now on
-    // that clears.
+    // A handler further up the call stack may be waiting in a message box and apply the filter when the box
+    // closes. From now on ApplyFilter clears instead.
     const bool sessionEnded = std::exchange(g_app.ending, true);
     g_app.windowDestroyed = true;
     SuspendPwmSafe();
     StopTimer(TimerId::PopupAutoHide);
     ReleasePwmSafeLock();
-    // The session's end has waited already for the release that it started.
+    // OnEndSession has already waited for the release that it started.
     RestoreScreen(sessionEnded ? 0 : kWindowEndLimit);
     ShutdownMagnification();
     UnregisterPowerEvents();

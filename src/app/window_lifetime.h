@@ -1,12 +1,12 @@
-// The main window's creation and destruction.
+// Creation and destruction of the main window.
 #pragma once
 
 #include "win32/platform.h"
 
-// WM_CREATE: asserts the lock on the backlight that the settings ask for. Displays are queried, so messages
-// may be dispatched.
+// WM_CREATE: registers for power events and asserts the lock on the backlight if the settings have PWM-safe
+// mode on. The queries of the displays dispatch messages.
 void OnCreate(HWND window);
 
-// WM_DESTROY: restores the backlight and the screen, removes the tray icon, releases the single-instance
-// mutex, frees what lives for the whole run and ends the message loop. Settings are not saved here.
+// WM_DESTROY: restores the backlight and the screen, removes the tray icon, frees the drawing resources,
+// releases the single-instance mutex and ends the message loop. Does not save the settings.
 void OnDestroy();

@@ -12,11 +12,12 @@ struct SetRequest {
     bool done;
 };
 
-// The capability is not asked for again: a monitor that tells its brightness is set.
+// The capability is not checked again: a monitor whose brightness can be read is set.
 bool SetMonitor(const MonitorFunctions& functions, HANDLE monitor, std::uint32_t percent) {
-    MonitorRange range;
-    if (!ReadRange(functions, monitor, &range)) return false;
-    return functions.setBrightness(monitor, RawBrightness(range.minimum, range.maximum, percent)) != FALSE;
+    MonitorBrightness read;
+    if (!ReadBrightness(functions, monitor, &read)) return false;
+    return functions.setMonitorBrightness(monitor, RawBrightness(read.minimum, read.maximum, percent)) !=
+           FALSE;
 }
 
 BOOL CALLBACK SetMatchingMonitor(HMONITOR display, HDC, RECT*, LPARAM context) {
@@ -25,7 +26,7 @@ BOOL CALLBACK SetMatchingMonitor(HMONITOR display, HDC, RECT*, LPARAM context) {
     if (functions == nullptr) return TRUE;
     const PhysicalMonitors physical(functions, display);
     if (physical.count == 0) return TRUE;
-    const MONITORINFOEXW info = InfoOf(display);
+    const MONITORINFOEXW info = ReadMonitorInfo(display);
     for (DWORD i = 0; i < physical.count && !request->done; ++i) {
         if (DdcTargetName(info.szDevice, i) != *request->name) continue;
         request->done = SetMonitor(*functions, physical.HandleOf(i), request->percent);
@@ -41,25 +42,26 @@ BOOL CALLBACK EnumerateDdcTargets(HMONITOR display, HDC, RECT*, LPARAM context) 
     if (list == nullptr || functions == nullptr) return TRUE;
     const PhysicalMonitors physical(functions, display);
     if (physical.count == 0) return TRUE;
-    const MONITORINFOEXW info = InfoOf(display);
+    const MONITORINFOEXW info = ReadMonitorInfo(display);
     for (DWORD i = 0; i < physical.count; ++i) {
         HANDLE monitor = physical.HandleOf(i);
-        MonitorRange range;
-        if (!HasBrightness(*functions, monitor) || !ReadRange(*functions, monitor, &range)) continue;
-        list->push_back({TargetKind::DdcMonitor, DdcTargetName(info.szDevice, i), range.minimum,
-                         range.maximum, PercentOfRange(range.minimum, range.current, range.maximum)});
+        MonitorBrightness read;
+        if (!IsBrightnessSupported(*functions, monitor) || !ReadBrightness(*functions, monitor, &read))
+            continue;
+        list->push_back({TargetKind::DdcMonitor, DdcTargetName(info.szDevice, i), read.minimum, read.maximum,
+                         PercentOfRange(read.minimum, read.current, read.maximum)});
     }
     return TRUE;
 }
 
 bool SetDdcBrightness(const std::wstring& name, std::uint32_t percent) {
-    SetRequest request = {&name, std::min(percent, kFullPercent), false};
+    SetRequest request = {&name, std::min(percent, kMaxPercent), false};
     EnumDisplayMonitors(nullptr, nullptr, SetMatchingMonitor, reinterpret_cast<LPARAM>(&request));
     return request.done;
 }
 
 std::uint32_t PercentOfRange(std::uint32_t minimum, std::uint32_t current, std::uint32_t maximum) {
-    if (maximum <= minimum || current >= maximum) return kFullPercent;
+    if (maximum <= minimum || current >= maximum) return kMaxPercent;
     if (current <= minimum) return 0;
     const std::uint64_t range = maximum - minimum;
     return static_cast<std::uint32_t>((std::uint64_t{current - minimum} * 100 + range / 2) / range);

@@ -1,6 +1,6 @@
-// External monitors over DDC/CI. Every operation visits the monitors anew, and each call waits until the
-// monitor answers. A call that fails makes that monitor contribute nothing. For the window's
-// thread, or the one that it waits for at the session's end.
+// External monitors over DDC/CI. Every operation enumerates the monitors again, and each call blocks until
+// the monitor answers. A monitor whose call fails is skipped. Window thread, or the release thread at the end
+// of the session.
 #pragma once
 
 #include <string>
@@ -8,15 +8,15 @@
 #include "brightness/display_target.h"
 #include "win32/platform.h"
 
-// For EnumDisplayMonitors: appends the drivable monitors behind one display monitor to the DisplayTargetList
-// that `context` points to. Always TRUE.
+// Callback of EnumDisplayMonitors: appends each physical monitor of one display monitor whose brightness can
+// be controlled to the DisplayTargetList that `context` points to. Returns TRUE, to go on with the next.
 BOOL CALLBACK EnumerateDdcTargets(HMONITOR display, HDC dc, RECT* rect, LPARAM context);
 
-// Sets a monitor of that name, the first that accepts it, to a percentage of its range; above 100 counts as
-// 100. True when the monitor accepted it.
+// Sets the monitor with the target name to a percentage of its range; above 100 is treated as 100. If several
+// monitors have the name, the first that accepts the brightness is set. False if none accepts it.
 bool SetDdcBrightness(const std::wstring& name, std::uint32_t percent);
 
-// A raw brightness as a percentage of the range, rounded to nearest, and back. A range that is empty or
-// upside down reads as 100 percent and is written with its maximum.
+// Converts a raw brightness to a percentage of the range, and back, rounded to nearest. If the maximum does
+// not exceed the minimum, the brightness reads as 100 percent and the maximum is written.
 std::uint32_t PercentOfRange(std::uint32_t minimum, std::uint32_t current, std::uint32_t maximum);
 std::uint32_t RawBrightness(std::uint32_t minimum, std::uint32_t maximum, std::uint32_t percent);

@@ -1,4 +1,4 @@
-// A display whose own backlight can be read and set.
+// A display whose backlight can be read and set.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +10,8 @@ enum class TargetKind : std::int32_t {
     WmiPanel = 1,    // built in, through WMI
 };
 
-// Lists are rebuilt on every use; from one to the next a target is known by its name alone, compared by
-// UTF-16 code units.
+// Lists are rebuilt on every use. A target is identified across lists by its name alone, compared by UTF-16
+// code units.
 struct DisplayTarget {
     TargetKind kind;
     std::wstring name;
@@ -22,4 +22,4 @@ struct DisplayTarget {
 
 using DisplayTargetList = std::vector<DisplayTarget>;
 
-constexpr std::uint32_t kFullPercent = 100;
+constexpr std::uint32_t kMaxPercent = 100;

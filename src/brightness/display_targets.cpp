@@ -11,10 +11,10 @@
 namespace {
 
 // Some displays read back slightly less than what they were set to.
-constexpr std::uint32_t kFullThreshold = 99;  // percent
+constexpr std::uint32_t kAt100Threshold = 99;  // percent
 
-bool IsAtFull(const DisplayTarget& target) {
-    return target.percent >= kFullThreshold;
+bool IsAt100(const DisplayTarget& target) {
+    return target.percent >= kAt100Threshold;
 }
 
 bool IsBuiltIn(const DisplayTarget& target) {
@@ -36,7 +36,7 @@ void CountTargets(const DisplayTargetList& list) {
     const bool previouslyPresent = g_app.pwmTargetsPresent;
     g_app.pwmTargetsPresent = !list.empty();
     g_app.pwmTargetCount = static_cast<std::int32_t>(list.size());
-    g_app.pwmTargetsAt100 = static_cast<std::int32_t>(std::count_if(list.begin(), list.end(), IsAtFull));
+    g_app.pwmTargetsAt100 = static_cast<std::int32_t>(std::count_if(list.begin(), list.end(), IsAt100));
     g_app.pwmBuiltInOnly = !list.empty() && std::all_of(list.begin(), list.end(), IsBuiltIn);
     if (g_app.pwmTargetsPresent != previouslyPresent || g_app.pwmTargetCount != previousCount) {
         LogEvent("PWM-safe targets: %d controllable (was %d)", g_app.pwmTargetCount, previousCount);
@@ -45,5 +45,5 @@ void CountTargets(const DisplayTargetList& list) {
 
 bool SetTargetBrightness(const DisplayTarget& target, std::uint32_t percent) {
     if (IsBuiltIn(target)) return SetWmiBrightness(target.name, percent);
-    return SetDdcBrightness(target.name, std::min(percent, kFullPercent));
+    return SetDdcBrightness(target.name, std::min(percent, kMaxPercent));
 }

@@ -1,15 +1,16 @@
-// The displays whose backlight can be driven, of both kinds.
+// The displays whose backlight can be controlled: built-in panels and external monitors.
 #pragma once
 
 #include "brightness/display_target.h"
 
-// Fills an empty list: built-in panels first, then external monitors, each in Windows' order. Takes as long
-// as the displays take to answer.
+// Fills an empty list: built-in panels first, then external monitors, each in the order of Windows. Blocks
+// until the displays have answered.
 void EnumerateTargets(DisplayTargetList* list);
 
-// Stores the counts of a list in AppState and logs a change of their number.
+// Stores in AppState how many targets there are and how many are at 100 percent, and logs a change of the
+// former.
 void CountTargets(const DisplayTargetList& list);
 
-// Sets a target, found again by its name, to a percentage; above 100 counts as 100. True when it was
-// accepted.
+// Finds the target by its name and sets it to a percentage; above 100 is treated as 100. False if the display
+// is missing or refuses.
 bool SetTargetBrightness(const DisplayTarget& target, std::uint32_t percent);

@@ -7,8 +7,8 @@ MonitorFunctions g_monitorFunctions;
 
 namespace {
 
-// The release at a session's end may be the first to load the library, on a thread of its own.
-SRWLOCK g_loading = SRWLOCK_INIT;
+// The release thread at the end of a session may be the first to load the library.
+SRWLOCK g_loadLock = SRWLOCK_INIT;
 
 template <typename Function>
 bool Find(HMODULE module, const char* name, Function* function) {
@@ -17,18 +17,19 @@ bool Find(HMODULE module, const char* name, Function* function) {
 }
 
 bool FindAll(MonitorFunctions* f) {
-    return Find(f->module, "GetNumberOfPhysicalMonitorsFromHMONITOR", &f->count) &&
-           Find(f->module, "GetPhysicalMonitorsFromHMONITOR", &f->fetch) &&
-           Find(f->module, "DestroyPhysicalMonitors", &f->destroy) &&
-           Find(f->module, "GetMonitorCapabilities", &f->capabilities) &&
-           Find(f->module, "GetMonitorBrightness", &f->brightness) &&
-           Find(f->module, "SetMonitorBrightness", &f->setBrightness);
+    return Find(f->module, "GetNumberOfPhysicalMonitorsFromHMONITOR",
+                &f->getNumberOfPhysicalMonitorsFromHMONITOR) &&
+           Find(f->module, "GetPhysicalMonitorsFromHMONITOR", &f->getPhysicalMonitorsFromHMONITOR) &&
+           Find(f->module, "DestroyPhysicalMonitors", &f->destroyPhysicalMonitors) &&
+           Find(f->module, "GetMonitorCapabilities", &f->getMonitorCapabilities) &&
+           Find(f->module, "GetMonitorBrightness", &f->getMonitorBrightness) &&
+           Find(f->module, "SetMonitorBrightness", &f->setMonitorBrightness);
 }
 
 }  // namespace
 
 const MonitorFunctions* LoadedMonitorFunctions() {
-    const ExclusiveLock lock(&g_loading);
+    const ExclusiveLock lock(&g_loadLock);
     if (g_monitorFunctions.module == nullptr) {
         MonitorFunctions found;
         found.module = LoadSystemLibrary(L"dxva2.dll");

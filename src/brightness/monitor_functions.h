@@ -1,5 +1,5 @@
-// Entry points of dxva2.dll. It is loaded at run time: a system without it has no external display to
-// control. The types are declared here because the headers that declare them include all of Direct3D.
+// Entry points of dxva2.dll, loaded at run time: on a system without it, external displays cannot be
+// controlled. Windows' headers for these functions include all of Direct3D, so the types are declared here.
 #pragma once
 
 #include "win32/platform.h"
@@ -8,19 +8,21 @@ struct _PHYSICAL_MONITOR;  // NOLINT(bugprone-reserved-identifier): the tag in W
 
 struct MonitorFunctions {
     HMODULE module = nullptr;
-    // GetNumberOfPhysicalMonitorsFromHMONITOR, GetPhysicalMonitorsFromHMONITOR and DestroyPhysicalMonitors
-    BOOL(WINAPI* count)(HMONITOR display, DWORD* found) = nullptr;
-    BOOL(WINAPI* fetch)(HMONITOR display, DWORD count, _PHYSICAL_MONITOR* monitors) = nullptr;
-    BOOL(WINAPI* destroy)(DWORD count, _PHYSICAL_MONITOR* monitors) = nullptr;
-    // GetMonitorCapabilities, GetMonitorBrightness and SetMonitorBrightness
-    BOOL(WINAPI* capabilities)(HANDLE monitor, DWORD* capabilities, DWORD* colourTemperatures) = nullptr;
-    BOOL(WINAPI* brightness)(HANDLE monitor, DWORD* minimum, DWORD* current, DWORD* maximum) = nullptr;
-    BOOL(WINAPI* setBrightness)(HANDLE monitor, DWORD brightness) = nullptr;
+    BOOL(WINAPI* getNumberOfPhysicalMonitorsFromHMONITOR)(HMONITOR display, DWORD* found) = nullptr;
+    BOOL(WINAPI* getPhysicalMonitorsFromHMONITOR)
+    (HMONITOR display, DWORD count, _PHYSICAL_MONITOR* monitors) = nullptr;
+    BOOL(WINAPI* destroyPhysicalMonitors)(DWORD count, _PHYSICAL_MONITOR* monitors) = nullptr;
+    BOOL(WINAPI* getMonitorCapabilities)
+    (HANDLE monitor, DWORD* capabilities, DWORD* colourTemperatures) = nullptr;
+    BOOL(WINAPI* getMonitorBrightness)
+    (HANDLE monitor, DWORD* minimum, DWORD* current, DWORD* maximum) = nullptr;
+    BOOL(WINAPI* setMonitorBrightness)(HANDLE monitor, DWORD brightness) = nullptr;
 };
 
 // Loaded once and never unloaded: a thread may still be inside the library when the process ends. The module
 // is null until the first successful load.
 extern MonitorFunctions g_monitorFunctions;
 
-// The functions, loaded at the first call. Null when the DLL or one of them is missing. Any thread.
+// Returns the functions, loaded by the first call. Null if the DLL or one of the functions is missing. Any
+// thread.
 const MonitorFunctions* LoadedMonitorFunctions();

@@ -15,12 +15,12 @@ void ProbeMode(MonitorProbe* probe) {
 }
 
 void ProbeBrightness(const MonitorFunctions& functions, HANDLE monitor, MonitorProbe* probe) {
-    probe->brightnessCapable = HasBrightness(functions, monitor);
-    MonitorRange range;
-    if (!probe->brightnessCapable || !ReadRange(functions, monitor, &range)) return;
-    probe->minimum = range.minimum;
-    probe->current = range.current;
-    probe->maximum = range.maximum;
+    probe->brightnessCapable = IsBrightnessSupported(functions, monitor);
+    MonitorBrightness read;
+    if (!probe->brightnessCapable || !ReadBrightness(functions, monitor, &read)) return;
+    probe->minimum = read.minimum;
+    probe->current = read.current;
+    probe->maximum = read.maximum;
 }
 
 void ProbeFirstPhysicalMonitor(HMONITOR display, MonitorProbe* probe) {
@@ -28,7 +28,7 @@ void ProbeFirstPhysicalMonitor(HMONITOR display, MonitorProbe* probe) {
     if (functions == nullptr) return;
     const PhysicalMonitors physical(functions, display);
     if (physical.count == 0) return;
-    // The structure is packed: its text is copied out before it is used.
+    // The structure is packed, so its text may be misaligned, and it is not terminated at full length.
     wchar_t description[PHYSICAL_MONITOR_DESCRIPTION_SIZE + 1] = {};
     for (int i = 0; i < PHYSICAL_MONITOR_DESCRIPTION_SIZE; ++i) {
         description[i] = physical.monitors[0].szPhysicalMonitorDescription[i];
@@ -42,7 +42,7 @@ void ProbeFirstPhysicalMonitor(HMONITOR display, MonitorProbe* probe) {
 BOOL CALLBACK ProbeMonitor(HMONITOR display, HDC, RECT*, LPARAM context) {
     auto* list = reinterpret_cast<MonitorProbeList*>(context);
     if (list == nullptr) return TRUE;
-    const MONITORINFOEXW info = InfoOf(display);
+    const MONITORINFOEXW info = ReadMonitorInfo(display);
     MonitorProbe probe;
     probe.deviceName = info.szDevice;
     probe.primary = (info.dwFlags & MONITORINFOF_PRIMARY) != 0;

@@ -4,34 +4,36 @@
 
 namespace {
 
-// Sanity limit: no desktop has more.
+// Sanity limit for the number that a driver reports.
 constexpr DWORD kMaxMonitors = 4096;
 
 }  // namespace
 
 PhysicalMonitors::PhysicalMonitors(const MonitorFunctions* loaded, HMONITOR display) : functions(loaded) {
     DWORD found = 0;
-    if (!functions->count(display, &found) || found == 0 || found > kMaxMonitors) return;
+    if (!functions->getNumberOfPhysicalMonitorsFromHMONITOR(display, &found)) return;
+    if (found == 0 || found > kMaxMonitors) return;
     monitors.reset(new (std::nothrow) PHYSICAL_MONITOR[found]());
-    if (monitors != nullptr && functions->fetch(display, found, monitors.get())) count = found;
+    if (monitors == nullptr) return;
+    if (functions->getPhysicalMonitorsFromHMONITOR(display, found, monitors.get())) count = found;
 }
 
 PhysicalMonitors::~PhysicalMonitors() {
-    if (count != 0) functions->destroy(count, monitors.get());
+    if (count != 0) functions->destroyPhysicalMonitors(count, monitors.get());
 }
 
-bool HasBrightness(const MonitorFunctions& functions, HANDLE monitor) {
+bool IsBrightnessSupported(const MonitorFunctions& functions, HANDLE monitor) {
     DWORD capabilities = 0;
     DWORD colourTemperatures = 0;
-    return functions.capabilities(monitor, &capabilities, &colourTemperatures) &&
+    return functions.getMonitorCapabilities(monitor, &capabilities, &colourTemperatures) &&
            (capabilities & MC_CAPS_BRIGHTNESS) != 0;
 }
 
-bool ReadRange(const MonitorFunctions& functions, HANDLE monitor, MonitorRange* range) {
-    return functions.brightness(monitor, &range->minimum, &range->current, &range->maximum) != FALSE;
+bool ReadBrightness(const MonitorFunctions& functions, HANDLE monitor, MonitorBrightness* read) {
+    return functions.getMonitorBrightness(monitor, &read->minimum, &read->current, &read->maximum) != FALSE;
 }
 
-MONITORINFOEXW InfoOf(HMONITOR display) {
+MONITORINFOEXW ReadMonitorInfo(HMONITOR display) {
     MONITORINFOEXW info = {};
     info.cbSize = sizeof(info);
     if (!GetMonitorInfoW(display, &info)) info.szDevice[0] = L'\0';

@@ -1,4 +1,4 @@
-// The physical monitors behind one display monitor, for the length of one visit.
+// The physical monitors of one display monitor.
 #pragma once
 
 #include <memory>
@@ -9,8 +9,8 @@
 #include <highlevelmonitorconfigurationapi.h>
 #include <physicalmonitorenumerationapi.h>
 
-// The handles of a display monitor's physical monitors, destroyed at the end of the scope. A handle may be 0
-// and valid. count is 0 when they cannot be counted or fetched, or when memory runs out.
+// The handles of a display monitor's physical monitors, destroyed at the end of the scope. A handle of 0 may
+// be valid. `count` is 0 if Windows does not return the handles or memory runs out.
 struct [[nodiscard]] PhysicalMonitors {
     const MonitorFunctions* functions;
     std::unique_ptr<PHYSICAL_MONITOR[]> monitors;
@@ -24,18 +24,22 @@ struct [[nodiscard]] PhysicalMonitors {
     HANDLE HandleOf(DWORD index) const { return monitors[index].hPhysicalMonitor; }
 };
 
-struct MonitorRange {
-    DWORD minimum = 0;  // raw, as the monitor reports them
+// Raw values, as the monitor reports them.
+struct MonitorBrightness {
+    DWORD minimum = 0;
     DWORD current = 0;
     DWORD maximum = 0;
 };
 
-// Whether the monitor says that its brightness can be driven, and what it is. False when it does not answer.
-bool HasBrightness(const MonitorFunctions& functions, HANDLE monitor);
-bool ReadRange(const MonitorFunctions& functions, HANDLE monitor, MonitorRange* range);
+// Whether the monitor reports that its brightness can be controlled. False if it does not answer.
+bool IsBrightnessSupported(const MonitorFunctions& functions, HANDLE monitor);
 
-// The display monitor's name and flags; empty when Windows does not tell.
-MONITORINFOEXW InfoOf(HMONITOR display);
+// False if the monitor does not answer.
+bool ReadBrightness(const MonitorFunctions& functions, HANDLE monitor, MonitorBrightness* read);
 
-// "DXVA2:\\.\DISPLAY1#0": the name of a physical monitor, the same at every enumeration.
+// Returns the display monitor's device name and flags. The name is empty if Windows does not return it.
+MONITORINFOEXW ReadMonitorInfo(HMONITOR display);
+
+// Returns the target name of a display monitor's physical monitor, such as "DXVA2:\\.\DISPLAY1#0"; "UNKNOWN"
+// stands for an empty device name.
 std::wstring DdcTargetName(const wchar_t* device, DWORD index);

@@ -1,5 +1,6 @@
+#include "brightness/pwm_card_label.h"
+
 #include "app/state/app_state.h"
-#include "brightness/pwm_safe.h"
 
 namespace {
 
@@ -13,7 +14,7 @@ const wchar_t* LabelWhileOn() {
 }
 
 const wchar_t* LabelWhileOff() {
-    // Also with no display at all, 0 of 0.
+    // Includes 0 of 0: no display at all.
     if (g_app.pwmTargetsAt100 >= g_app.pwmTargetCount) return L"DISPLAY ALREADY AT 100%";
     return g_app.pwmBuiltInOnly ? L"LOCK BUILT-IN PANEL AT 100%" : L"LOCK DISPLAY AT 100%";
 }

@@ -10,10 +10,10 @@
 #include "brightness/display_targets.h"
 #include "win32/com_guards.h"
 
-// Belongs to the thread until `ended` is set, then to the window's thread. It is not freed when the process
-// ends first.
+// Owned by the release thread until `ended` is set, then by the window thread. Not freed if the process ends
+// first.
 struct PwmReleaseJob {
-    SavedBrightness values;  // to restore; in the end those that no display accepted
+    SavedBrightness values;  // to restore; at the end, those that no display has accepted
     HWND window = nullptr;
     HANDLE thread = nullptr;
     std::atomic<bool> ended = false;
@@ -21,7 +21,7 @@ struct PwmReleaseJob {
 
 namespace {
 
-DWORD WINAPI RunRelease(void* context) {
+DWORD WINAPI ReleaseThread(void* context) {
     auto* release = static_cast<PwmReleaseJob*>(context);
     HWND window = release->window;
     {
@@ -29,7 +29,8 @@ DWORD WINAPI RunRelease(void* context) {
         RestoreBrightness(&release->values);
     }
     release->ended = true;
-    // From here on the window's thread may free the release. A request may be waiting for its end.
+    // From now on the window thread may free the job. A request may have been deferred until the release
+    // ends.
     PostMessageW(window, kMessagePwmSafeDeferred, 0, 0);
     return 0;
 }
@@ -37,14 +38,14 @@ DWORD WINAPI RunRelease(void* context) {
 }  // namespace
 
 void RestoreBrightness(SavedBrightness* saved) {
-    SavedBrightness taken;
+    SavedBrightness attempted;
     SavedBrightness refused;
     DisplayTargetList list;
     EnumerateTargets(&list);
     for (const DisplayTarget& target : list) {
-        taken.insert(saved->extract(target.name));
-        const auto entry = taken.find(target.name);  // two targets may have one name
-        if (entry != taken.end() && !SetTargetBrightness(target, entry->second)) refused.insert(*entry);
+        attempted.insert(saved->extract(target.name));
+        const auto entry = attempted.find(target.name);  // two targets may have the same name
+        if (entry != attempted.end() && !SetTargetBrightness(target, entry->second)) refused.insert(*entry);
     }
     saved->merge(refused);
 }
@@ -55,7 +56,7 @@ bool StartPwmSafeRelease() {
     if (release == nullptr) return false;
     release->values = std::exchange(g_app.pwmSavedBrightness, {});
     release->window = g_app.mainWindow;
-    release->thread = CreateThread(nullptr, 0, RunRelease, release.get(), 0, nullptr);
+    release->thread = CreateThread(nullptr, 0, ReleaseThread, release.get(), 0, nullptr);
     if (release->thread == nullptr) {
         g_app.pwmSavedBrightness = std::move(release->values);
         return false;

@@ -1,24 +1,24 @@
-// The release of the lock at a session's end, on a thread of its own. COM rejects outgoing calls while the
-// window's thread handles another process's WM_ENDSESSION (RPC_E_CANTCALLOUT_ININPUTSYNCCALL), and a display
-// may answer later than Windows waits. The thread works on values that it has taken over; it neither reads
-// nor writes AppState and logs nothing, so it may still run when the process ends.
+// The release of the lock at the end of a session, on a separate thread. COM rejects outgoing calls while the
+// window thread handles a WM_ENDSESSION that another process sends (RPC_E_CANTCALLOUT_ININPUTSYNCCALL), and a
+// display may take longer to answer than Windows waits. The thread owns the values that it restores, does not
+// access AppState and logs nothing, so it may still be running when the process ends.
 #pragma once
 
 #include "app/state/app_state.h"
 
 // Enumerates the displays and sets each to its saved value, which is removed from `saved` before the call.
-// Values that no display accepted are in `saved` at the end. The session's end may empty `saved` in the
-// meantime, and then restores the rest itself. Any thread that has joined COM.
+// Afterwards `saved` contains the values that no display has accepted. OnEndSession may empty `saved` during
+// the call and then restores the remaining values itself. Any thread that has initialised COM.
 void RestoreBrightness(SavedBrightness* saved);
 
-// Takes the saved values out of AppState and starts to restore them. Does nothing when there are none or when
-// a release is still under way. False when no thread can be started; the values then stay in AppState. Window
-// thread, as are the two below.
+// Moves the saved values out of AppState and starts the thread that restores them. Does nothing if there are
+// no values or a release is running. False if the thread cannot be created; the values are then still in
+// AppState. Window thread.
 bool StartPwmSafeRelease();
 
-// Waits until the release has ended, but no longer than `limit` ms. Returns at once when none is under way.
+// Waits for a running release, for at most `limit` ms. Window thread.
 void WaitForPwmSafeRelease(DWORD limit);
 
-// Collects the result of a release for a session that goes on: values that no display accepted are saved
-// again. False while the release is under way.
+// Frees an ended release and moves the values that no display has accepted back to AppState, for a session
+// that continues after all. False while a release is running. Window thread.
 bool FinishPwmSafeRelease();

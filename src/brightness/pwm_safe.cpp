@@ -4,35 +4,34 @@
 
 #include "app/state/app_state.h"
 #include "app/state/timers.h"
+#include "brightness/display_operation.h"
 #include "brightness/display_targets.h"
-#include "brightness/display_turn.h"
 #include "brightness/pwm_release.h"
 #include "store/event_log.h"
 #include "store/settings.h"
 
 namespace {
 
-constexpr int kFailuresToSlowDown = 10;  // reached, not exceeded
+constexpr int kSlowdownThreshold = 10;  // failed verifications in a row
 
-// The displays there are now, counted. False when the window's or the session's end has begun by then:
-// nothing may be locked any more.
-bool LookAtDisplays(DisplayTargetList* list) {
+// Enumerates the displays and stores their counts in AppState. False if the window or the session is ending
+// by then: no display may be locked any more.
+bool EnumerateAndCountTargets(DisplayTargetList* list) {
     if (!g_app.ending) EnumerateTargets(list);
     if (g_app.ending) return false;
     CountTargets(*list);
     return true;
 }
 
-bool AllAtFull() {
+bool AllAt100() {
     return g_app.pwmTargetsPresent && g_app.pwmTargetsAt100 == g_app.pwmTargetCount;
 }
 
-TimerPace PollPace() {
-    return g_app.pwmRetrySlowed ? TimerPace::Long : TimerPace::Normal;
+TimerPeriod PollPeriod() {
+    return g_app.pwmRetrySlowed ? TimerPeriod::Long : TimerPeriod::Normal;
 }
 
-// The lock is neither confirmed nor waiting for its verification.
-void ForgetVerification() {
+void ClearVerification() {
     g_app.pwmLockConfirmed = false;
     g_app.pwmVerifyPending = false;
     g_app.pwmVerifyIsUserToggle = false;
@@ -40,18 +39,18 @@ void ForgetVerification() {
 
 void SwitchOff() {
     g_app.pwmSafe = false;
-    ForgetVerification();
+    ClearVerification();
 }
 
-// A saved value is never replaced: it is the user's own, later ones are the lock's. False when the end came
-// while a display was being set: its release may have preceded the 100 that was pending, so its value is set
-// again. Windows may end the process before that, but then the release, which starts by enumerating the
-// displays, was the later of the two in all likelihood.
+// A saved value is never replaced: the first is the user's, later ones are the lock's. False if the session
+// ends while a display is being set. The release may then have restored that display before it accepted the
+// 100 percent, so its value is restored again. If Windows ends the process before that, the release has most
+// likely come second, since it starts by enumerating the displays.
 bool LockTargets(const DisplayTargetList& list) {
     for (const DisplayTarget& target : list) {
         const std::uint32_t before =
             g_app.pwmSavedBrightness.try_emplace(target.name, target.percent).first->second;
-        SetTargetBrightness(target, kFullPercent);
+        SetTargetBrightness(target, kMaxPercent);
         if (g_app.ending) {
             if (!SetTargetBrightness(target, before))
                 g_app.pwmSavedBrightness.try_emplace(target.name, before);
@@ -63,7 +62,7 @@ bool LockTargets(const DisplayTargetList& list) {
 
 void AssertLock(bool byUser) {
     DisplayTargetList list;
-    if (!LookAtDisplays(&list)) return;
+    if (!EnumerateAndCountTargets(&list)) return;
     if (list.empty()) {
         if (byUser) {
             SwitchOff();
@@ -77,17 +76,17 @@ void AssertLock(bool byUser) {
     g_app.pwmLockConfirmed = false;
     g_app.pwmVerifyPending = true;
     if (byUser) g_app.pwmVerifyIsUserToggle = true;
-    RestartTimer(TimerId::PwmSafePoll, PollPace());
+    RestartTimer(TimerId::PwmSafePoll, PollPeriod());
     RestartTimer(TimerId::PwmSafeVerify);
 }
 
-// False as with LookAtDisplays.
+// RefreshPwmSafeTargets within an operation. False if the window or the session is ending.
 bool RefreshTargets(bool fromTimer) {
     DisplayTargetList list;
-    if (!LookAtDisplays(&list)) return false;
+    if (!EnumerateAndCountTargets(&list)) return false;
     if (g_app.pwmVerifyPending) return true;
-    g_app.pwmLockConfirmed = g_app.pwmSafe && AllAtFull();
-    if (g_app.pwmSafe && fromTimer && !AllAtFull()) AssertLock(false);
+    g_app.pwmLockConfirmed = g_app.pwmSafe && AllAt100();
+    if (g_app.pwmSafe && fromTimer && !AllAt100()) AssertLock(false);
     return true;
 }
 
@@ -106,7 +105,7 @@ void ConfirmLock() {
     LogEvent("PWM-safe: %d display(s) confirmed locked at 100%%", g_app.pwmTargetCount);
 }
 
-void RevertUserSwitch() {
+void RevertUserToggle() {
     LogEvent("PWM-safe: 100%% lock not confirmed (%d of %d) - reverting toggle", g_app.pwmTargetsAt100,
              g_app.pwmTargetCount);
     g_app.pwmPendingLogged = false;
@@ -120,7 +119,7 @@ void RevertUserSwitch() {
 void SlowDownRetries() {
     if (!g_app.pwmTargetsPresent) return;
     g_app.pwmRetryCount += 1;
-    if (g_app.pwmRetrySlowed || g_app.pwmRetryCount < kFailuresToSlowDown) return;
+    if (g_app.pwmRetrySlowed || g_app.pwmRetryCount < kSlowdownThreshold) return;
     g_app.pwmRetrySlowed = true;
     LogEvent("PWM-safe: display will not hold 100%% after %d attempts - slowing retries to 30s",
              g_app.pwmRetryCount);
@@ -138,7 +137,7 @@ void CountFailure() {
 
 void TurnOffByUser() {
     StopTimer(TimerId::PwmSafeVerify);
-    // A WM_TIMER that is dispatched meanwhile must not start it again.
+    // A WM_TIMER that COM dispatches during the release must not restart the timer.
     g_app.pwmVerifyPending = false;
     ReleasePwmSafeLock();
     SwitchOff();
@@ -149,13 +148,13 @@ void TurnOffByUser() {
 void EvaluateLock() {
     const bool followsUserSwitch = g_app.pwmVerifyIsUserToggle;
     if (!RefreshTargets(false)) return;
-    if (AllAtFull()) {
+    if (AllAt100()) {
         ConfirmLock();
         return;
     }
-    ForgetVerification();
+    ClearVerification();
     if (followsUserSwitch) {
-        RevertUserSwitch();
+        RevertUserToggle();
     } else {
         CountFailure();
     }
@@ -164,19 +163,19 @@ void EvaluateLock() {
 }  // namespace
 
 void AssertPwmSafeLock(bool byUser) {
-    const DisplayTurn turn;
-    if (turn.granted) AssertLock(byUser);
+    const DisplayOperation operation;
+    if (operation.started) AssertLock(byUser);
 }
 
 void RefreshPwmSafeTargets(bool fromTimer) {
-    const DisplayTurn turn;
-    if (turn.granted) RefreshTargets(fromTimer);
+    const DisplayOperation operation;
+    if (operation.started) RefreshTargets(fromTimer);
 }
 
 void VerifyPwmLock() {
     StopTimer(TimerId::PwmSafeVerify);
-    const DisplayTurn turn;
-    if (turn.granted) {
+    const DisplayOperation operation;
+    if (operation.started) {
         EvaluateLock();
     } else if (g_app.pwmVerifyPending) {
         StartTimer(TimerId::PwmSafeVerify);
@@ -192,20 +191,20 @@ void ReleasePwmSafeLock() {
 void SuspendPwmSafe() {
     StopTimer(TimerId::PwmSafePoll);
     StopTimer(TimerId::PwmSafeVerify);
-    ForgetVerification();
+    ClearVerification();
     g_app.pwmDeferred = PwmRequest::None;
 }
 
 void SchedulePwmSafePoll() {
     StopTimer(TimerId::PwmSafePoll);
-    if (g_app.pwmSafe) StartTimer(TimerId::PwmSafePoll, PollPace());
+    if (g_app.pwmSafe) StartTimer(TimerId::PwmSafePoll, PollPeriod());
 }
 
 void TogglePwmSafeByUser() {
-    const bool wanted = !g_app.pwmSafe;
-    const DisplayTurn turn(wanted ? PwmRequest::SwitchOn : PwmRequest::SwitchOff);
-    if (!turn.granted) return;
-    LogEvent("PWM-safe toggled %ls by user", wanted ? L"ON" : L"OFF");
+    const bool newMode = !g_app.pwmSafe;
+    const DisplayOperation operation(newMode ? PwmRequest::SwitchOn : PwmRequest::SwitchOff);
+    if (!operation.started) return;
+    LogEvent("PWM-safe toggled %ls by user", newMode ? L"ON" : L"OFF");
     g_app.pwmRetryCount = 0;
     g_app.pwmRetrySlowed = false;
     if (g_app.pwmSafe) {
@@ -213,14 +212,14 @@ void TogglePwmSafeByUser() {
     } else {
         AssertLock(true);
     }
-    // The end abandons the lock under way, but the user's choice is kept for the next start.
-    if (g_app.ending) g_app.pwmSafe = wanted;
+    // The end of the session aborts the operation, but the user's choice is saved for the next start.
+    if (g_app.ending) g_app.pwmSafe = newMode;
     SaveSettings();
 }
 
 void RestorePwmSafeFromSettings() {
-    const DisplayTurn turn;
-    if (!turn.granted) return;
+    const DisplayOperation operation;
+    if (!operation.started) return;
     RefreshTargets(false);
     if (!g_app.pwmSafe) {
         SchedulePwmSafePoll();
@@ -232,8 +231,8 @@ void RestorePwmSafeFromSettings() {
 }
 
 void ReassertPwmSafeAfterChange() {
-    const DisplayTurn turn(PwmRequest::Reassert);
-    if (!turn.granted || !RefreshTargets(false) || !g_app.pwmSafe) return;
+    const DisplayOperation operation(PwmRequest::Reassert);
+    if (!operation.started || !RefreshTargets(false) || !g_app.pwmSafe) return;
     g_app.pwmRetryCount = 0;
     if (g_app.pwmRetrySlowed) {
         g_app.pwmRetrySlowed = false;

@@ -1,44 +1,43 @@
-// PWM-safe mode: the displays' own backlight is held at 100% so that it never flickers. The lock is asserted
-// on every display, verified 750 ms later and polled from then on; each display's brightness before the lock
-// is saved and restored when the mode or the program ends. Window thread only. Operations that query displays
-// take a turn (display_turn.h); without one they do nothing or are deferred.
+// PWM-safe mode keeps the backlight of every display at 100%, where it does not flicker. The lock is asserted
+// on every display, verified 750 ms later and polled from then on. Each display's brightness before the lock
+// is saved, and restored when the mode is switched off or the program ends. Window thread. Functions that
+// query displays run as a DisplayOperation; if it cannot start, they do nothing unless stated otherwise.
 #pragma once
 
-// Sets every display to 100%, saves its brightness first, and starts the verification. With no display a
-// switch by the user is undone at once; otherwise the mode stays on and the poll keeps looking for one.
+// Saves the brightness of every display, sets it to 100% and starts the verification. If there is no display,
+// the user's switch is reverted immediately; if not `byUser`, the mode stays on and the poll keeps looking
+// for a display.
 void AssertPwmSafeLock(bool byUser);
 
-// Looks at the displays anew and, unless a verification is pending, at whether the lock holds. From the poll
-// it also asserts a lock that has slipped.
+// Enumerates the displays again and, unless a verification is pending, updates whether the lock is confirmed.
+// `fromTimer` also asserts a lock that no longer holds.
 void RefreshPwmSafeTargets(bool fromTimer);
 
-// Timer: evaluates the lock asserted last. A failure after the user's own switch undoes the switch; other
-// failures are counted, and the tenth slows the poll. Without a turn the timer starts again.
+// Timer PwmSafeVerify: evaluates the latest assertion of the lock. A failure after the user's switch reverts
+// the switch; other failures are counted, and the tenth in a row slows the poll. If the displays are busy,
+// the timer is started again.
 void VerifyPwmLock();
 
-// Restores the saved brightness of the displays present now and forgets all of it. Takes no turn: the
-// program's end does not wait for another operation.
+// Restores the saved brightness of the connected displays and discards all saved values. Not a
+// DisplayOperation: at the end of the program it runs even while another operation waits.
 void ReleasePwmSafeLock();
 
-// The window's or the session's end has begun: stops poll and verification and drops a deferred request.
+// Stops poll and verification and drops a deferred request, when the window or the session ends.
 void SuspendPwmSafe();
 
-// Starts the poll at its pace when the mode is on, else stops it.
+// Starts the poll, with the longer period while retries are slowed, if the mode is on; otherwise stops it.
 void SchedulePwmSafePoll();
 
-// The user's switch: logs, turns the mode on or off, and saves. Without a turn, the switch away from
-// the present mode is deferred.
+// The user's click: logs it, switches the mode on or off, and saves the settings. If the displays are busy,
+// the switch is deferred.
 void TogglePwmSafeByUser();
 
-// At the window's creation: the lock of the last run, when the settings say so.
+// Creation of the window: enumerates the displays, and asserts the lock if the settings have the mode on.
 void RestorePwmSafeFromSettings();
 
-// After displays or power have changed: the lock is asserted anew at the normal pace. Deferred without a
-// turn.
+// After a change of the displays or of power: asserts the lock again and resets the period of the poll. If
+// the displays are busy, the re-assertion is deferred.
 void ReassertPwmSafeAfterChange();
 
-// Performs the deferred request, if there is one. A switch to a mode that is on by now does nothing.
+// Performs the deferred request, if there is one. A switch to the mode that is already set does nothing.
 void PerformDeferredPwmRequest();
-
-// The status text of the PWM-safe card, from AppState alone.
-const wchar_t* PwmCardLabel();

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr long kNextTimeout = 1500;  // ms, for one object of a query
+constexpr long kNextTimeout = 1500;  // ms per object
 
 constexpr wchar_t kPanelsQuery[] =
     L"SELECT InstanceName, CurrentBrightness FROM WmiMonitorBrightness WHERE Active = TRUE";
@@ -45,13 +45,13 @@ bool Query(IWbemServices* services, const wchar_t* text, ComPointer<IEnumWbemCla
            results->pointer != nullptr;
 }
 
-// A time-out is a success code without an object, and ends the walk like a failure.
+// False at the end of the results, on failure and on a time-out, which is a success code without an object.
 bool NextResult(IEnumWbemClassObject* results, ComPointer<IWbemClassObject>* object) {
     ULONG returned = 0;
     return SUCCEEDED(results->Next(kNextTimeout, 1, object->Out(), &returned)) && object->pointer != nullptr;
 }
 
-// Empty unless the property is a text.
+// Empty unless the property is a string.
 std::wstring TextOf(IWbemClassObject* object, const wchar_t* property) {
     Variant read;
     if (FAILED(object->Get(property, 0, &read.value, nullptr, nullptr))) return {};
@@ -65,7 +65,7 @@ std::uint32_t PercentOf(IWbemClassObject* object) {
     return PercentFromVariant(read.value);
 }
 
-// The path of the panel's methods object. False when no active panel has the name.
+// Finds the object path of the panel's brightness methods. False if no active panel has the name.
 bool FindMethodsPath(IWbemServices* services, const std::wstring& name, std::wstring* path) {
     ComPointer<IEnumWbemClassObject> results;
     if (!Query(services, kMethodsQuery, &results)) return false;
@@ -95,7 +95,7 @@ bool PutParameters(IWbemClassObject* parameters, std::uint32_t percent) {
     timeout.value.lVal = 0;
     Variant brightness;
     brightness.value.vt = VT_UI1;
-    brightness.value.bVal = static_cast<BYTE>(std::min(percent, kFullPercent));
+    brightness.value.bVal = static_cast<BYTE>(std::min(percent, kMaxPercent));
     return SUCCEEDED(parameters->Put(L"Timeout", 0, &timeout.value, 0)) &&
            SUCCEEDED(parameters->Put(L"Brightness", 0, &brightness.value, 0));
 }
@@ -116,7 +116,7 @@ std::uint32_t PercentFromVariant(const VARIANT& value) {
         case VT_UI4: percent = value.ulVal; break;
         default: break;
     }
-    return std::min(percent, kFullPercent);
+    return std::min(percent, kMaxPercent);
 }
 
 void EnumerateWmiTargets(DisplayTargetList* list) {
@@ -129,7 +129,7 @@ void EnumerateWmiTargets(DisplayTargetList* list) {
         if (!NextResult(results.pointer, &object)) return;
         std::wstring name = TextOf(object.pointer, L"InstanceName");
         const std::uint32_t percent = PercentOf(object.pointer);
-        if (!name.empty()) list->push_back({TargetKind::WmiPanel, std::move(name), 0, kFullPercent, percent});
+        if (!name.empty()) list->push_back({TargetKind::WmiPanel, std::move(name), 0, kMaxPercent, percent});
     }
 }
 

@@ -1,7 +1,6 @@
-// Built-in panels through WMI. Each operation opens its own connection and releases it; each call waits for
-// WMI, and messages may be dispatched meanwhile. COM must be initialised with the process-wide security that
-// start-up sets. Failures contribute nothing. For the window's thread, or the one that it waits for at the
-// session's end.
+// Built-in panels through WMI. Each operation opens a connection and releases it. Each call blocks until WMI
+// answers; on the window thread COM dispatches messages during the wait. COM must be initialised with the
+// process-wide security that start-up sets. Window thread, or the release thread at the end of the session.
 #pragma once
 
 #include <cstdint>
@@ -12,12 +11,13 @@
 
 #include <oleauto.h>
 
-// Appends one target for each active panel, in the order in which the query returns them.
+// Appends one target for each active panel, in the order of the query's results. Stops at the first failure.
 void EnumerateWmiTargets(DisplayTargetList* list);
 
-// Sets the panel of that instance name to a percentage; above 100 counts as 100. True when the method call
-// succeeded.
+// Sets the active panel with the instance name to a percentage; above 100 is treated as 100. False if there
+// is no such panel or WMI fails.
 bool SetWmiBrightness(const std::wstring& name, std::uint32_t percent);
 
-// A panel's CurrentBrightness, 0..100, whatever integer type the driver gave it; other types read as 0.
+// Converts a panel's CurrentBrightness to 0..100. Drivers use different integer types; any other type reads
+// as 0.
 std::uint32_t PercentFromVariant(const VARIANT& value);

@@ -1,7 +1,7 @@
 #include "ui/status_strip.h"
 
 #include "app/state/app_state.h"
-#include "brightness/pwm_safe.h"
+#include "brightness/pwm_card_label.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"
 #include "ui/regions.h"

@@ -56,12 +56,14 @@ public:
         record.Argument(L"type", V_VT(value));
         return record.EndWith(result);
     }
-    HRESULT STDMETHODCALLTYPE Put(LPCWSTR, LONG, VARIANT*, CIMTYPE) override { return NotHere(L"Put"); }
+    HRESULT STDMETHODCALLTYPE Put(LPCWSTR, LONG, VARIANT*, CIMTYPE) override {
+        return NotImplemented(L"Put");
+    }
     HRESULT STDMETHODCALLTYPE GetMethod(LPCWSTR, LONG, IWbemClassObject**, IWbemClassObject**) override {
-        return NotHere(L"GetMethod");
+        return NotImplemented(L"GetMethod");
     }
     HRESULT STDMETHODCALLTYPE SpawnInstance(LONG, IWbemClassObject**) override {
-        return NotHere(L"SpawnInstance");
+        return NotImplemented(L"SpawnInstance");
     }
 
 protected:

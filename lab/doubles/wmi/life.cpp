@@ -20,7 +20,7 @@ ULONG Life::Drop() {
     return static_cast<ULONG>(left);
 }
 
-HRESULT NotHere(const wchar_t* method) {
+HRESULT NotImplemented(const wchar_t* method) {
     CallRecord record(method, L"");
     record.Mistake(L"the double does not have this method");
     return record.EndWith(E_NOTIMPL);

@@ -22,4 +22,4 @@ private:
 };
 
 // What a method answers that the double does not have: E_NOTIMPL, recorded as a mistake.
-HRESULT NotHere(const wchar_t* method);
+HRESULT NotImplemented(const wchar_t* method);

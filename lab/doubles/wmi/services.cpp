@@ -125,9 +125,11 @@ public:
     }
     HRESULT STDMETHODCALLTYPE QueryBlanket(IUnknown*, DWORD*, DWORD*, OLECHAR**, DWORD*, DWORD*, void**,
                                            DWORD*) override {
-        return NotHere(L"QueryBlanket");
+        return NotImplemented(L"QueryBlanket");
     }
-    HRESULT STDMETHODCALLTYPE CopyProxy(IUnknown*, IUnknown**) override { return NotHere(L"CopyProxy"); }
+    HRESULT STDMETHODCALLTYPE CopyProxy(IUnknown*, IUnknown**) override {
+        return NotImplemented(L"CopyProxy");
+    }
 
     HRESULT STDMETHODCALLTYPE ExecQuery(const BSTR language, const BSTR query, LONG flags,
                                         IWbemContext* context, IEnumWbemClassObject** found) override {

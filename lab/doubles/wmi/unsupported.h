@@ -12,127 +12,135 @@ class ServicesWithout : public IWbemServices {
 public:
     HRESULT STDMETHODCALLTYPE OpenNamespace(const BSTR, LONG, IWbemContext*, IWbemServices**,
                                             IWbemCallResult**) override {
-        return NotHere(L"OpenNamespace");
+        return NotImplemented(L"OpenNamespace");
     }
     HRESULT STDMETHODCALLTYPE CancelAsyncCall(IWbemObjectSink*) override {
-        return NotHere(L"CancelAsyncCall");
+        return NotImplemented(L"CancelAsyncCall");
     }
     HRESULT STDMETHODCALLTYPE QueryObjectSink(LONG, IWbemObjectSink**) override {
-        return NotHere(L"QueryObjectSink");
+        return NotImplemented(L"QueryObjectSink");
     }
     HRESULT STDMETHODCALLTYPE GetObjectAsync(const BSTR, LONG, IWbemContext*, IWbemObjectSink*) override {
-        return NotHere(L"GetObjectAsync");
+        return NotImplemented(L"GetObjectAsync");
     }
     HRESULT STDMETHODCALLTYPE PutClass(IWbemClassObject*, LONG, IWbemContext*, IWbemCallResult**) override {
-        return NotHere(L"PutClass");
+        return NotImplemented(L"PutClass");
     }
     HRESULT STDMETHODCALLTYPE PutClassAsync(IWbemClassObject*, LONG, IWbemContext*,
                                             IWbemObjectSink*) override {
-        return NotHere(L"PutClassAsync");
+        return NotImplemented(L"PutClassAsync");
     }
     HRESULT STDMETHODCALLTYPE DeleteClass(const BSTR, LONG, IWbemContext*, IWbemCallResult**) override {
-        return NotHere(L"DeleteClass");
+        return NotImplemented(L"DeleteClass");
     }
     HRESULT STDMETHODCALLTYPE DeleteClassAsync(const BSTR, LONG, IWbemContext*, IWbemObjectSink*) override {
-        return NotHere(L"DeleteClassAsync");
+        return NotImplemented(L"DeleteClassAsync");
     }
     HRESULT STDMETHODCALLTYPE CreateClassEnum(const BSTR, LONG, IWbemContext*,
                                               IEnumWbemClassObject**) override {
-        return NotHere(L"CreateClassEnum");
+        return NotImplemented(L"CreateClassEnum");
     }
     HRESULT STDMETHODCALLTYPE CreateClassEnumAsync(const BSTR, LONG, IWbemContext*,
                                                    IWbemObjectSink*) override {
-        return NotHere(L"CreateClassEnumAsync");
+        return NotImplemented(L"CreateClassEnumAsync");
     }
     HRESULT STDMETHODCALLTYPE PutInstance(IWbemClassObject*, LONG, IWbemContext*,
                                           IWbemCallResult**) override {
-        return NotHere(L"PutInstance");
+        return NotImplemented(L"PutInstance");
     }
     HRESULT STDMETHODCALLTYPE PutInstanceAsync(IWbemClassObject*, LONG, IWbemContext*,
                                                IWbemObjectSink*) override {
-        return NotHere(L"PutInstanceAsync");
+        return NotImplemented(L"PutInstanceAsync");
     }
     HRESULT STDMETHODCALLTYPE DeleteInstance(const BSTR, LONG, IWbemContext*, IWbemCallResult**) override {
-        return NotHere(L"DeleteInstance");
+        return NotImplemented(L"DeleteInstance");
     }
     HRESULT STDMETHODCALLTYPE DeleteInstanceAsync(const BSTR, LONG, IWbemContext*,
                                                   IWbemObjectSink*) override {
-        return NotHere(L"DeleteInstanceAsync");
+        return NotImplemented(L"DeleteInstanceAsync");
     }
     HRESULT STDMETHODCALLTYPE CreateInstanceEnum(const BSTR, LONG, IWbemContext*,
                                                  IEnumWbemClassObject**) override {
-        return NotHere(L"CreateInstanceEnum");
+        return NotImplemented(L"CreateInstanceEnum");
     }
     HRESULT STDMETHODCALLTYPE CreateInstanceEnumAsync(const BSTR, LONG, IWbemContext*,
                                                       IWbemObjectSink*) override {
-        return NotHere(L"CreateInstanceEnumAsync");
+        return NotImplemented(L"CreateInstanceEnumAsync");
     }
     HRESULT STDMETHODCALLTYPE ExecQueryAsync(const BSTR, const BSTR, LONG, IWbemContext*,
                                              IWbemObjectSink*) override {
-        return NotHere(L"ExecQueryAsync");
+        return NotImplemented(L"ExecQueryAsync");
     }
     HRESULT STDMETHODCALLTYPE ExecNotificationQuery(const BSTR, const BSTR, LONG, IWbemContext*,
                                                     IEnumWbemClassObject**) override {
-        return NotHere(L"ExecNotificationQuery");
+        return NotImplemented(L"ExecNotificationQuery");
     }
     HRESULT STDMETHODCALLTYPE ExecNotificationQueryAsync(const BSTR, const BSTR, LONG, IWbemContext*,
                                                          IWbemObjectSink*) override {
-        return NotHere(L"ExecNotificationQueryAsync");
+        return NotImplemented(L"ExecNotificationQueryAsync");
     }
     HRESULT STDMETHODCALLTYPE ExecMethodAsync(const BSTR, const BSTR, LONG, IWbemContext*, IWbemClassObject*,
                                               IWbemObjectSink*) override {
-        return NotHere(L"ExecMethodAsync");
+        return NotImplemented(L"ExecMethodAsync");
     }
 };
 
 class ObjectWithout : public IWbemClassObject {
 public:
     HRESULT STDMETHODCALLTYPE GetQualifierSet(IWbemQualifierSet**) override {
-        return NotHere(L"GetQualifierSet");
+        return NotImplemented(L"GetQualifierSet");
     }
-    HRESULT STDMETHODCALLTYPE Delete(LPCWSTR) override { return NotHere(L"Delete"); }
+    HRESULT STDMETHODCALLTYPE Delete(LPCWSTR) override { return NotImplemented(L"Delete"); }
     HRESULT STDMETHODCALLTYPE GetNames(LPCWSTR, LONG, VARIANT*, SAFEARRAY**) override {
-        return NotHere(L"GetNames");
+        return NotImplemented(L"GetNames");
     }
-    HRESULT STDMETHODCALLTYPE BeginEnumeration(LONG) override { return NotHere(L"BeginEnumeration"); }
+    HRESULT STDMETHODCALLTYPE BeginEnumeration(LONG) override { return NotImplemented(L"BeginEnumeration"); }
     HRESULT STDMETHODCALLTYPE Next(LONG, BSTR*, VARIANT*, CIMTYPE*, LONG*) override {
-        return NotHere(L"Next");
+        return NotImplemented(L"Next");
     }
-    HRESULT STDMETHODCALLTYPE EndEnumeration() override { return NotHere(L"EndEnumeration"); }
+    HRESULT STDMETHODCALLTYPE EndEnumeration() override { return NotImplemented(L"EndEnumeration"); }
     HRESULT STDMETHODCALLTYPE GetPropertyQualifierSet(LPCWSTR, IWbemQualifierSet**) override {
-        return NotHere(L"GetPropertyQualifierSet");
+        return NotImplemented(L"GetPropertyQualifierSet");
     }
-    HRESULT STDMETHODCALLTYPE Clone(IWbemClassObject**) override { return NotHere(L"Clone"); }
-    HRESULT STDMETHODCALLTYPE GetObjectText(LONG, BSTR*) override { return NotHere(L"GetObjectText"); }
+    HRESULT STDMETHODCALLTYPE Clone(IWbemClassObject**) override { return NotImplemented(L"Clone"); }
+    HRESULT STDMETHODCALLTYPE GetObjectText(LONG, BSTR*) override { return NotImplemented(L"GetObjectText"); }
     HRESULT STDMETHODCALLTYPE SpawnDerivedClass(LONG, IWbemClassObject**) override {
-        return NotHere(L"SpawnDerivedClass");
+        return NotImplemented(L"SpawnDerivedClass");
     }
-    HRESULT STDMETHODCALLTYPE CompareTo(LONG, IWbemClassObject*) override { return NotHere(L"CompareTo"); }
+    HRESULT STDMETHODCALLTYPE CompareTo(LONG, IWbemClassObject*) override {
+        return NotImplemented(L"CompareTo");
+    }
     HRESULT STDMETHODCALLTYPE GetPropertyOrigin(LPCWSTR, BSTR*) override {
-        return NotHere(L"GetPropertyOrigin");
+        return NotImplemented(L"GetPropertyOrigin");
     }
-    HRESULT STDMETHODCALLTYPE InheritsFrom(LPCWSTR) override { return NotHere(L"InheritsFrom"); }
+    HRESULT STDMETHODCALLTYPE InheritsFrom(LPCWSTR) override { return NotImplemented(L"InheritsFrom"); }
     HRESULT STDMETHODCALLTYPE PutMethod(LPCWSTR, LONG, IWbemClassObject*, IWbemClassObject*) override {
-        return NotHere(L"PutMethod");
+        return NotImplemented(L"PutMethod");
     }
-    HRESULT STDMETHODCALLTYPE DeleteMethod(LPCWSTR) override { return NotHere(L"DeleteMethod"); }
+    HRESULT STDMETHODCALLTYPE DeleteMethod(LPCWSTR) override { return NotImplemented(L"DeleteMethod"); }
     HRESULT STDMETHODCALLTYPE BeginMethodEnumeration(LONG) override {
-        return NotHere(L"BeginMethodEnumeration");
+        return NotImplemented(L"BeginMethodEnumeration");
     }
     HRESULT STDMETHODCALLTYPE NextMethod(LONG, BSTR*, IWbemClassObject**, IWbemClassObject**) override {
-        return NotHere(L"NextMethod");
+        return NotImplemented(L"NextMethod");
     }
-    HRESULT STDMETHODCALLTYPE EndMethodEnumeration() override { return NotHere(L"EndMethodEnumeration"); }
+    HRESULT STDMETHODCALLTYPE EndMethodEnumeration() override {
+        return NotImplemented(L"EndMethodEnumeration");
+    }
     HRESULT STDMETHODCALLTYPE GetMethodQualifierSet(LPCWSTR, IWbemQualifierSet**) override {
-        return NotHere(L"GetMethodQualifierSet");
+        return NotImplemented(L"GetMethodQualifierSet");
     }
-    HRESULT STDMETHODCALLTYPE GetMethodOrigin(LPCWSTR, BSTR*) override { return NotHere(L"GetMethodOrigin"); }
+    HRESULT STDMETHODCALLTYPE GetMethodOrigin(LPCWSTR, BSTR*) override {
+        return NotImplemented(L"GetMethodOrigin");
+    }
 };
 
 class EnumeratorWithout : public IEnumWbemClassObject {
 public:
-    HRESULT STDMETHODCALLTYPE Reset() override { return NotHere(L"Reset"); }
-    HRESULT STDMETHODCALLTYPE NextAsync(ULONG, IWbemObjectSink*) override { return NotHere(L"NextAsync"); }
-    HRESULT STDMETHODCALLTYPE Clone(IEnumWbemClassObject**) override { return NotHere(L"Clone"); }
-    HRESULT STDMETHODCALLTYPE Skip(LONG, ULONG) override { return NotHere(L"Skip"); }
+    HRESULT STDMETHODCALLTYPE Reset() override { return NotImplemented(L"Reset"); }
+    HRESULT STDMETHODCALLTYPE NextAsync(ULONG, IWbemObjectSink*) override {
+        return NotImplemented(L"NextAsync");
+    }
+    HRESULT STDMETHODCALLTYPE Clone(IEnumWbemClassObject**) override { return NotImplemented(L"Clone"); }
+    HRESULT STDMETHODCALLTYPE Skip(LONG, ULONG) override { return NotImplemented(L"Skip"); }
 };

@@ -33,7 +33,7 @@ enum class Slider { None, Warmth, Brightness };
 
 constexpr int kFontCount = 8;
 
-// A request of the PWM-safe controller that waits for its turn on the displays.
+// A request to the PWM-safe controller that is deferred while another operation on the displays runs.
 enum class PwmRequest { None, Reassert, SwitchOn, SwitchOff };
 
 using SavedBrightness = std::map<std::wstring, std::uint32_t>;  // percent before the lock, by target name
@@ -122,13 +122,14 @@ struct AppState {
     bool pwmVerifyIsUserToggle = false;
     std::int32_t pwmTargetCount = 0;
     std::int32_t pwmTargetsAt100 = 0;
-    bool pwmBusy = false;  // an operation on the displays is under way
+    bool pwmOperationRunning = false;  // see DisplayOperation
     PwmRequest pwmDeferred = PwmRequest::None;
     bool pwmPendingLogged = false;
     std::int32_t pwmRetryCount = 0;
     bool pwmRetrySlowed = false;
     SavedBrightness pwmSavedBrightness;
-    PwmReleaseJob* pwmRelease = nullptr;  // of a session's end, until its result is collected
+    PwmReleaseJob* pwmRelease =
+        nullptr;  // started at the end of a session; null once its result is collected
 
     bool launchAtStart = false;
 };

@@ -44,10 +44,11 @@ bool IsOneShot(TimerId timer) {
     return RowOf(timer).kind == TimerKind::OneShot;
 }
 
-void StartTimer(TimerId timer, TimerPace pace) {
+void StartTimer(TimerId timer, TimerPeriod period) {
     if (g_app.mainWindow == nullptr) return;
     const TimerRow row = RowOf(timer);
-    SetTimer(g_app.mainWindow, IdOf(timer), pace == TimerPace::Long ? row.longPeriod : row.period, nullptr);
+    SetTimer(g_app.mainWindow, IdOf(timer), period == TimerPeriod::Long ? row.longPeriod : row.period,
+             nullptr);
 }
 
 void StopTimer(TimerId timer) {
@@ -55,7 +56,7 @@ void StopTimer(TimerId timer) {
     KillTimer(g_app.mainWindow, IdOf(timer));
 }
 
-void RestartTimer(TimerId timer, TimerPace pace) {
+void RestartTimer(TimerId timer, TimerPeriod period) {
     StopTimer(timer);
-    StartTimer(timer, pace);
+    StartTimer(timer, period);
 }

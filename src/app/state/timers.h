@@ -16,7 +16,7 @@ enum class TimerId : UINT_PTR {
     GammaFixPoll = 8,
 };
 
-enum class TimerPace { Normal, Long };
+enum class TimerPeriod { Normal, Long };
 
 // Whether the id is one of the above. Other WM_TIMER ids are ignored.
 bool IsTimerId(WPARAM id);
@@ -24,12 +24,12 @@ bool IsTimerId(WPARAM id);
 // Whether the first WM_TIMER stops the timer.
 bool IsOneShot(TimerId timer);
 
-// Starts the timer with its period, or restarts a running one. TimerPace::Long selects the longer period of
+// Starts the timer with its period, or restarts a running one. TimerPeriod::Long selects the longer period of
 // the two timers that have one. Does nothing without a main window.
-void StartTimer(TimerId timer, TimerPace pace = TimerPace::Normal);
+void StartTimer(TimerId timer, TimerPeriod period = TimerPeriod::Normal);
 
 // Stops the timer. Does nothing if it is not running.
 void StopTimer(TimerId timer);
 
 // Debounces: the period restarts with each call.
-void RestartTimer(TimerId timer, TimerPace pace = TimerPace::Normal);
+void RestartTimer(TimerId timer, TimerPeriod period = TimerPeriod::Normal);

@@ -359,11 +359,11 @@ TEST_F(WindowLifetime, TheWindowsEndCannotBeCalledOff) {
 
 // It must stop at the end, which it learns of once the displays have answered.
 TEST_F(WindowLifetime, ASessionDoesNotGoOnInTheMiddleOfAnOperationOnTheDisplays) {
-    g_app.pwmBusy = true;
+    g_app.pwmOperationRunning = true;
     OnEndSession(true, 0);
     ContinueSession();
     EXPECT_TRUE(g_app.ending);
-    g_app.pwmBusy = false;
+    g_app.pwmOperationRunning = false;
     ContinueSession();
     EXPECT_FALSE(g_app.ending);
 }

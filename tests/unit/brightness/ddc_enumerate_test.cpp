@@ -1,4 +1,4 @@
-// The visit that lists external monitors: which calls each monitor gets, and what it contributes.
+// The enumeration of external monitors: the calls for each monitor and the targets that they yield.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -53,7 +53,7 @@ TEST_F(DdcEnumeration, OneMonitorGetsEachCallOnceInOrder) {
                                      "read 11", "destroy 1 of M1"));
 }
 
-TEST_F(DdcEnumeration, ATargetTellsKindNameRangeAndPercent) {
+TEST_F(DdcEnumeration, ATargetHasKindNameRangeAndPercent) {
     g_monitors = {
         MonitorOf(L"\\\\.\\DISPLAY1", {{.handle = 11, .minimum = 10, .current = 55, .maximum = 100}})};
     const DisplayTargetList list = Targets();
@@ -66,7 +66,7 @@ TEST_F(DdcEnumeration, ATargetTellsKindNameRangeAndPercent) {
     EXPECT_EQ(list[0].percent, 50U);
 }
 
-TEST_F(DdcEnumeration, TwoMonitorsAreVisitedOneAfterTheOther) {
+TEST_F(DdcEnumeration, TwoMonitorsAreEnumeratedOneAfterTheOther) {
     g_monitors = {MonitorOf(L"\\\\.\\DISPLAY1", {{.handle = 11}}),
                   MonitorOf(L"\\\\.\\DISPLAY2", {{.handle = 21}})};
     EXPECT_THAT(Names(), ElementsAre(kFirst, kSecond));
@@ -75,7 +75,7 @@ TEST_F(DdcEnumeration, TwoMonitorsAreVisitedOneAfterTheOther) {
                                      "capabilities 21", "read 21", "destroy 1 of M2"));
 }
 
-TEST_F(DdcEnumeration, PhysicalMonitorsBehindOneDisplayMonitorAreNumbered) {
+TEST_F(DdcEnumeration, PhysicalMonitorsOfOneDisplayMonitorAreNumbered) {
     g_monitors = {MonitorOf(L"\\\\.\\DISPLAY2", {{.handle = 21}, {.handle = 22}})};
     EXPECT_THAT(Names(), ElementsAre(kSecond, L"DXVA2:\\\\.\\DISPLAY2#1"));
     EXPECT_THAT(g_calls, ElementsAre("visit all", "count M1", "fetch 2 of M1", "info M1", "capabilities 21",
@@ -95,18 +95,18 @@ TEST_F(DdcEnumeration, IndexesOfTwoDigitsHaveNoLeadingZero) {
     EXPECT_EQ(names[11], L"DXVA2:D#11");
 }
 
-TEST_F(DdcEnumeration, AMonitorWithoutADeviceNameIsUnknown) {
+TEST_F(DdcEnumeration, AMonitorWithoutADeviceNameIsNamedUnknown) {
     g_monitors = {MonitorOf(L"", {{.handle = 11}, {.handle = 12}})};
     EXPECT_THAT(Names(), ElementsAre(L"DXVA2:UNKNOWN#0", L"DXVA2:UNKNOWN#1"));
 }
 
-TEST_F(DdcEnumeration, AMonitorWhoseInformationFailsIsUnknown) {
+TEST_F(DdcEnumeration, AMonitorWhoseInformationCannotBeReadIsNamedUnknown) {
     g_monitors = {MonitorOf(L"\\\\.\\DISPLAY1", {{.handle = 11}})};
-    g_monitors[0].tellsInfo = false;
+    g_monitors[0].infoReadable = false;
     EXPECT_THAT(Names(), ElementsAre(L"DXVA2:UNKNOWN#0"));
 }
 
-TEST_F(DdcEnumeration, TheLongestDeviceNameIsKeptWhole) {
+TEST_F(DdcEnumeration, TheLongestDeviceNameIsNotTruncated) {
     const std::wstring longest(CCHDEVICENAME - 1, L'D');
     g_monitors = {MonitorOf(longest.c_str(), {{.handle = 11}})};
     EXPECT_THAT(Names(), ElementsAre(L"DXVA2:" + longest + L"#0"));
@@ -117,7 +117,7 @@ TEST_F(DdcEnumeration, CharactersOutsideTheBasicPlaneAreKept) {
     EXPECT_THAT(Names(), ElementsAre(L"DXVA2:\xD83D\xDE00\x00E9#0"));
 }
 
-TEST_F(DdcEnumeration, ADisplayMonitorThatCannotBeCountedCostsOneCall) {
+TEST_F(DdcEnumeration, NoFurtherCallFollowsWhenThePhysicalMonitorsCannotBeCounted) {
     g_monitors = {MonitorOf(L"A", {{.handle = 11}}), MonitorOf(L"B", {{.handle = 21}})};
     g_monitors[0].countable = false;
     EXPECT_THAT(Names(), ElementsAre(L"DXVA2:B#0"));
@@ -125,25 +125,25 @@ TEST_F(DdcEnumeration, ADisplayMonitorThatCannotBeCountedCostsOneCall) {
                                      "capabilities 21", "read 21", "destroy 1 of M2"));
 }
 
-TEST_F(DdcEnumeration, ADisplayMonitorWithNothingBehindItCostsOneCall) {
+TEST_F(DdcEnumeration, NoFurtherCallFollowsForADisplayMonitorWithoutPhysicalMonitors) {
     g_monitors = {MonitorOf(L"A", {}), MonitorOf(L"B", {{.handle = 21}})};
     EXPECT_THAT(Names(), ElementsAre(L"DXVA2:B#0"));
     EXPECT_THAT(g_calls, ElementsAre("visit all", "count M1", "count M2", "fetch 1 of M2", "info M2",
                                      "capabilities 21", "read 21", "destroy 1 of M2"));
 }
 
-TEST_F(DdcEnumeration, AnAbsurdCountIsNotBelieved) {
+TEST_F(DdcEnumeration, AnImplausibleCountIsIgnored) {
     g_monitors = {MonitorOf(L"A", {{.handle = 11}}), MonitorOf(L"B", {{.handle = 21}})};
-    for (const DWORD told : {0xFFFFFFFFU, 0x7FFFFFFFU, 0x01000000U}) {
-        g_monitors[0].countTold = told;
+    for (const DWORD count : {0xFFFFFFFFU, 0x7FFFFFFFU, 0x01000000U}) {
+        g_monitors[0].reportedCount = count;
         g_calls.clear();
-        EXPECT_THAT(Names(), ElementsAre(L"DXVA2:B#0")) << told;
+        EXPECT_THAT(Names(), ElementsAre(L"DXVA2:B#0")) << count;
         EXPECT_THAT(g_calls, ElementsAre("visit all", "count M1", "count M2", "fetch 1 of M2", "info M2",
                                          "capabilities 21", "read 21", "destroy 1 of M2"));
     }
 }
 
-TEST_F(DdcEnumeration, ADisplayMonitorThatCannotBeFetchedHasNothingToDestroy) {
+TEST_F(DdcEnumeration, NothingIsDestroyedIfThePhysicalMonitorsCannotBeFetched) {
     g_monitors = {MonitorOf(L"A", {{.handle = 11}}), MonitorOf(L"B", {{.handle = 21}})};
     g_monitors[0].fetchable = false;
     EXPECT_THAT(Names(), ElementsAre(L"DXVA2:B#0"));
@@ -159,27 +159,27 @@ TEST_F(DdcEnumeration, AMonitorWithoutTheCapabilityIsNotRead) {
                                      "capabilities 12", "read 12", "destroy 2 of M1"));
 }
 
-TEST_F(DdcEnumeration, TheCapabilityIsTheBitOfTwoAmongOthers) {
+TEST_F(DdcEnumeration, TheCapabilityIsTheBit0x2) {
     g_monitors = {
         MonitorOf(L"A", {{.handle = 11, .capabilities = 0x2}, {.handle = 12, .capabilities = 0xFF}})};
     EXPECT_THAT(Names(), ElementsAre(L"DXVA2:A#0", L"DXVA2:A#1"));
 }
 
-TEST_F(DdcEnumeration, AMonitorThatDoesNotTellItsCapabilitiesIsNotRead) {
-    g_monitors = {MonitorOf(L"A", {{.handle = 11, .tellsCapabilities = false}, {.handle = 12}})};
+TEST_F(DdcEnumeration, AMonitorWhoseCapabilitiesCannotBeReadIsNotRead) {
+    g_monitors = {MonitorOf(L"A", {{.handle = 11, .capabilitiesReadable = false}, {.handle = 12}})};
     EXPECT_THAT(Names(), ElementsAre(L"DXVA2:A#1"));
     EXPECT_THAT(g_calls, ElementsAre("visit all", "count M1", "fetch 2 of M1", "info M1", "capabilities 11",
                                      "capabilities 12", "read 12", "destroy 2 of M1"));
 }
 
-TEST_F(DdcEnumeration, AMonitorThatCannotBeReadContributesNothingAndIsNotAskedAgain) {
+TEST_F(DdcEnumeration, AMonitorWhoseBrightnessCannotBeReadIsSkippedAndNotRetried) {
     g_monitors = {MonitorOf(L"A", {{.handle = 11, .readable = false}, {.handle = 12}})};
     EXPECT_THAT(Names(), ElementsAre(L"DXVA2:A#1"));
     EXPECT_THAT(g_calls, ElementsAre("visit all", "count M1", "fetch 2 of M1", "info M1", "capabilities 11",
                                      "read 11", "capabilities 12", "read 12", "destroy 2 of M1"));
 }
 
-TEST_F(DdcEnumeration, AHandleOfZeroIsAHandle) {
+TEST_F(DdcEnumeration, AHandleOfZeroIsValid) {
     g_monitors = {MonitorOf(L"A", {{.handle = 0, .current = 30}})};
     const DisplayTargetList list = Targets();
     ASSERT_EQ(list.size(), 1U);
@@ -188,7 +188,7 @@ TEST_F(DdcEnumeration, AHandleOfZeroIsAHandle) {
                                      "read 0", "destroy 1 of M1"));
 }
 
-TEST_F(DdcEnumeration, FaultyRangesAreReadAsTheyAre) {
+TEST_F(DdcEnumeration, TargetsWithFaultyRangesAreListed) {
     g_monitors = {MonitorOf(L"A", {{.handle = 11, .minimum = 20, .current = 5, .maximum = 100},
                                    {.handle = 12, .minimum = 50, .current = 50, .maximum = 50},
                                    {.handle = 13, .minimum = 90, .current = 20, .maximum = 10},
@@ -203,7 +203,7 @@ TEST_F(DdcEnumeration, FaultyRangesAreReadAsTheyAre) {
     EXPECT_EQ(list[3].percent, 100U);
 }
 
-TEST_F(DdcEnumeration, TwoMonitorsOfOneNameAreBothListed) {
+TEST_F(DdcEnumeration, TwoMonitorsWithTheSameNameAreBothListed) {
     g_monitors = {MonitorOf(L"A", {{.handle = 11, .current = 10}}), MonitorOf(L"A", {{.handle = 21}})};
     EXPECT_THAT(Names(), ElementsAre(L"DXVA2:A#0", L"DXVA2:A#0"));
 }
@@ -218,13 +218,13 @@ TEST_F(DdcEnumeration, SixtyFourMonitorsAreListedInOrder) {
     EXPECT_EQ(g_calls.size(), 1U + 64U * 6U);
 }
 
-TEST_F(DdcEnumeration, WithoutAListNothingIsAsked) {
+TEST_F(DdcEnumeration, NoMonitorIsQueriedWithoutAList) {
     g_monitors = {MonitorOf(L"A", {{.handle = 11}})};
     EXPECT_TRUE(EnumerateDdcTargets(MakeHandle<HMONITOR>(0x100), nullptr, nullptr, 0));
     EXPECT_THAT(g_calls, IsEmpty());
 }
 
-TEST_F(DdcEnumeration, WhatIsInTheListStays) {
+TEST_F(DdcEnumeration, TargetsAreAppendedToTheList) {
     g_monitors = {MonitorOf(L"A", {{.handle = 11}})};
     DisplayTargetList list = {{TargetKind::WmiPanel, L"panel", 0, 100, 5}};
     EnumDisplayMonitors(nullptr, nullptr, EnumerateDdcTargets, reinterpret_cast<LPARAM>(&list));

@@ -1,4 +1,4 @@
-// dxva2.dll is found at run time; a system without it, or with an incomplete one, has no external targets.
+// dxva2.dll is loaded at run time. A system where it is missing or incomplete has no external targets.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -29,9 +29,12 @@ const std::vector<std::string> kNames = {
 
 LibraryFunctions AllFunctions() {
     const MonitorFunctions fakes = FakeMonitorFunctions();
-    return {{kNames[0], EntryPoint(fakes.count)},      {kNames[1], EntryPoint(fakes.fetch)},
-            {kNames[2], EntryPoint(fakes.destroy)},    {kNames[3], EntryPoint(fakes.capabilities)},
-            {kNames[4], EntryPoint(fakes.brightness)}, {kNames[5], EntryPoint(fakes.setBrightness)}};
+    return {{kNames[0], EntryPoint(fakes.getNumberOfPhysicalMonitorsFromHMONITOR)},
+            {kNames[1], EntryPoint(fakes.getPhysicalMonitorsFromHMONITOR)},
+            {kNames[2], EntryPoint(fakes.destroyPhysicalMonitors)},
+            {kNames[3], EntryPoint(fakes.getMonitorCapabilities)},
+            {kNames[4], EntryPoint(fakes.getMonitorBrightness)},
+            {kNames[5], EntryPoint(fakes.setMonitorBrightness)}};
 }
 
 class MonitorLibrary : public testing::Test {
@@ -74,7 +77,7 @@ protected:
 
 }  // namespace
 
-TEST_F(MonitorLibrary, IsLoadedAtTheFirstUseAndKept) {
+TEST_F(MonitorLibrary, IsLoadedOnFirstUseAndNeverFreed) {
     InstallLibrary(L"dxva2.dll", AllFunctions());
     EXPECT_EQ(Targets().size(), 1U);
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:A#0", 100));
@@ -83,26 +86,26 @@ TEST_F(MonitorLibrary, IsLoadedAtTheFirstUseAndKept) {
     EXPECT_THAT(g_calls, Not(Contains(StartsWith("free"))));
 }
 
-TEST_F(MonitorLibrary, ASettingMayBeTheFirstUse) {
+TEST_F(MonitorLibrary, SettingABrightnessLoadsItToo) {
     InstallLibrary(L"dxva2.dll", AllFunctions());
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:A#0", 100));
     EXPECT_THAT(g_calls, ElementsAre("visit all", "load dxva2.dll", "count M1", "fetch 1 of M1", "info M1",
                                      "read 11", "write 11 100", "destroy 1 of M1"));
 }
 
-TEST_F(MonitorLibrary, IsNotLoadedBeforeADisplayMonitorIsVisited) {
+TEST_F(MonitorLibrary, IsNotLoadedWithoutADisplayMonitor) {
     InstallLibrary(L"dxva2.dll", AllFunctions());
     g_monitors.clear();
     Targets();
     EXPECT_THAT(g_calls, ElementsAre("visit all"));
 }
 
-TEST_F(MonitorLibrary, WithoutItThereAreNoExternalTargets) {
+TEST_F(MonitorLibrary, ThereAreNoExternalTargetsIfItIsMissing) {
     ExpectNoExternalTargets();
     EXPECT_THAT(g_calls, Not(Contains(StartsWith("free"))));
 }
 
-TEST_F(MonitorLibrary, WithoutAnyOneOfItsFunctionsThereAreNoExternalTargetsAndItIsFreed) {
+TEST_F(MonitorLibrary, IfAnyFunctionIsMissingItIsFreedAndThereAreNoExternalTargets) {
     for (const std::string& missing : kNames) {
         SCOPED_TRACE(missing);
         SetUp();

@@ -1,4 +1,4 @@
-// Memory that runs out for the array of physical monitors, and arrays that are given back.
+// Failed allocations of the array of physical monitors, and the release of these arrays.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,14 +15,14 @@ namespace {
 
 using testing::ElementsAre;
 
-// Arrays that were asked for without throwing: in this program only those of physical monitors.
+// Arrays allocated with std::nothrow: in this program only those of physical monitors.
 int g_arraysHeld = 0;
 int g_arraysRefused = 0;
 int g_arraysToRefuse = 0;
-constexpr int kMostArrays = 16;
-void* g_arrays[kMostArrays];
+constexpr int kMaxArrays = 16;
+void* g_arrays[kMaxArrays];
 
-void Forget(void* block) {
+void Untrack(void* block) {
     for (void*& held : g_arrays) {
         if (block == nullptr || held != block) continue;
         held = nullptr;
@@ -73,16 +73,16 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
 }
 
 void operator delete[](void* block) noexcept {
-    Forget(block);
+    Untrack(block);
     std::free(block);
 }
 
 void operator delete[](void* block, std::size_t) noexcept {
-    Forget(block);
+    Untrack(block);
     std::free(block);
 }
 
-TEST_F(DdcMemory, ADisplayMonitorWithoutMemoryForItContributesNothingAndTheNextIsListed) {
+TEST_F(DdcMemory, OutOfMemory_SkipsTheDisplayMonitorAndListsTheNext) {
     g_arraysToRefuse = 1;
     const DisplayTargetList list = Targets();
     EXPECT_EQ(g_arraysRefused, 1);
@@ -93,14 +93,14 @@ TEST_F(DdcMemory, ADisplayMonitorWithoutMemoryForItContributesNothingAndTheNextI
                             "capabilities 21", "read 21", "capabilities 22", "read 22", "destroy 2 of M2"));
 }
 
-TEST_F(DdcMemory, ADisplayMonitorWithoutMemoryForItIsNotSet) {
+TEST_F(DdcMemory, OutOfMemory_TheMonitorIsNotSet) {
     g_arraysToRefuse = 1;
     EXPECT_FALSE(SetDdcBrightness(L"DXVA2:A#0", 100));
     EXPECT_THAT(g_calls, ElementsAre("visit all", "count M1", "count M2", "fetch 2 of M2", "info M2",
                                      "destroy 2 of M2"));
 }
 
-TEST_F(DdcMemory, ADisplayMonitorWithoutMemoryForItIsProbedWithoutItsBrightness) {
+TEST_F(DdcMemory, OutOfMemory_TheMonitorIsProbedWithoutItsBrightness) {
     g_arraysToRefuse = 1;
     MonitorProbeList list;
     EnumDisplayMonitors(nullptr, nullptr, ProbeMonitor, reinterpret_cast<LPARAM>(&list));
@@ -111,7 +111,7 @@ TEST_F(DdcMemory, ADisplayMonitorWithoutMemoryForItIsProbedWithoutItsBrightness)
     EXPECT_TRUE(list[1].brightnessCapable);
 }
 
-TEST_F(DdcMemory, ArraysAreGivenBackAfterListingSettingAndProbing) {
+TEST_F(DdcMemory, ArraysAreFreedAfterListingSettingAndProbing) {
     Targets();
     EXPECT_EQ(g_arraysHeld, 0);
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:B#1", 100));
@@ -121,7 +121,7 @@ TEST_F(DdcMemory, ArraysAreGivenBackAfterListingSettingAndProbing) {
     EXPECT_EQ(g_arraysHeld, 0);
 }
 
-TEST_F(DdcMemory, AnArrayThatCouldNotBeFilledIsGivenBack) {
+TEST_F(DdcMemory, AnArrayThatCannotBeFilledIsFreed) {
     g_monitors[0].fetchable = false;
     Targets();
     EXPECT_EQ(g_arraysHeld, 0);

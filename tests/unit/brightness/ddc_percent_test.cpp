@@ -1,4 +1,4 @@
-// Raw brightness to percent and back, against whole-number searches and figures worked out by hand.
+// Conversion between raw brightness and percent, against integer searches and figures calculated by hand.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -7,9 +7,9 @@
 
 namespace {
 
-constexpr std::uint32_t kMost = 0xFFFFFFFF;
+constexpr std::uint32_t kMaxRaw = 0xFFFFFFFF;
 
-// The smallest percent that lies less than half a step below the true value: to nearest, halves up.
+// The smallest percent less than half a step below the true value: rounded to nearest, halves up.
 std::uint32_t SearchPercent(std::uint32_t above, std::uint32_t range) {
     std::uint32_t percent = 0;
     while (2 * percent * range + range <= 200 * above)
@@ -26,7 +26,7 @@ std::uint32_t SearchRaw(std::uint32_t range, std::uint32_t percent) {
 
 }  // namespace
 
-TEST(PercentOfRange, PlainReadings) {
+TEST(PercentOfRange, ReadsARangeFrom0To100Unchanged) {
     EXPECT_EQ(PercentOfRange(0, 37, 100), 37U);
     EXPECT_EQ(PercentOfRange(0, 0, 100), 0U);
     EXPECT_EQ(PercentOfRange(0, 1, 100), 1U);
@@ -34,7 +34,7 @@ TEST(PercentOfRange, PlainReadings) {
     EXPECT_EQ(PercentOfRange(0, 100, 100), 100U);
 }
 
-TEST(PercentOfRange, TheMinimumIsTakenOff) {
+TEST(PercentOfRange, SubtractsTheMinimum) {
     EXPECT_EQ(PercentOfRange(10, 55, 100), 50U);
     EXPECT_EQ(PercentOfRange(20, 40, 100), 25U);
 }
@@ -50,32 +50,32 @@ TEST(PercentOfRange, RoundsToNearestAndHalvesUp) {
     EXPECT_EQ(PercentOfRange(0, 253, 255), 99U);   // 99.2
 }
 
-TEST(PercentOfRange, ACurrentOutsideTheRangeReadsAsItsEnd) {
+TEST(PercentOfRange, ClampsToTheRange) {
     EXPECT_EQ(PercentOfRange(10, 9, 100), 0U);
     EXPECT_EQ(PercentOfRange(10, 10, 100), 0U);
     EXPECT_EQ(PercentOfRange(10, 0, 100), 0U);
     EXPECT_EQ(PercentOfRange(0, 101, 100), 100U);
-    EXPECT_EQ(PercentOfRange(0, kMost, 100), 100U);
+    EXPECT_EQ(PercentOfRange(0, kMaxRaw, 100), 100U);
 }
 
-TEST(PercentOfRange, AnEmptyOrUpsideDownRangeReadsAsFull) {
+TEST(PercentOfRange, ReadsAnEmptyOrReversedRangeAs100) {
     EXPECT_EQ(PercentOfRange(50, 50, 50), 100U);
     EXPECT_EQ(PercentOfRange(50, 10, 50), 100U);
     EXPECT_EQ(PercentOfRange(0, 0, 0), 100U);
     EXPECT_EQ(PercentOfRange(100, 20, 10), 100U);
-    EXPECT_EQ(PercentOfRange(kMost, 0, 0), 100U);
+    EXPECT_EQ(PercentOfRange(kMaxRaw, 0, 0), 100U);
 }
 
 TEST(PercentOfRange, TheWidestRangesDoNotOverflow) {
-    EXPECT_EQ(PercentOfRange(0, 0x7FFFFFFF, kMost), 50U);
-    EXPECT_EQ(PercentOfRange(0, 0x40000000, kMost), 25U);
-    EXPECT_EQ(PercentOfRange(0, kMost - 1, kMost), 100U);
-    EXPECT_EQ(PercentOfRange(0, kMost, kMost), 100U);
-    EXPECT_EQ(PercentOfRange(kMost - 4, kMost - 3, kMost), 25U);
-    EXPECT_EQ(PercentOfRange(1, 1, kMost), 0U);
+    EXPECT_EQ(PercentOfRange(0, 0x7FFFFFFF, kMaxRaw), 50U);
+    EXPECT_EQ(PercentOfRange(0, 0x40000000, kMaxRaw), 25U);
+    EXPECT_EQ(PercentOfRange(0, kMaxRaw - 1, kMaxRaw), 100U);
+    EXPECT_EQ(PercentOfRange(0, kMaxRaw, kMaxRaw), 100U);
+    EXPECT_EQ(PercentOfRange(kMaxRaw - 4, kMaxRaw - 3, kMaxRaw), 25U);
+    EXPECT_EQ(PercentOfRange(1, 1, kMaxRaw), 0U);
 }
 
-TEST(PercentOfRange, EveryReadingOfEveryRangeUpTo300AgreesWithASearch) {
+TEST(PercentOfRange, AgreesWithASearchForEveryReadingOfEveryRangeUpTo300) {
     for (std::uint32_t range = 1; range <= 300; ++range) {
         for (std::uint32_t above = 0; above <= range; ++above)
             ASSERT_EQ(PercentOfRange(7, 7 + above, 7 + range), SearchPercent(above, range))
@@ -83,7 +83,7 @@ TEST(PercentOfRange, EveryReadingOfEveryRangeUpTo300AgreesWithASearch) {
     }
 }
 
-TEST(RawBrightness, PlainSettings) {
+TEST(RawBrightness, ScalesToTheRange) {
     EXPECT_EQ(RawBrightness(0, 100, 37), 37U);
     EXPECT_EQ(RawBrightness(0, 80, 100), 80U);
     EXPECT_EQ(RawBrightness(0, 80, 50), 40U);
@@ -106,7 +106,7 @@ TEST(RawBrightness, RoundsToNearestAndHalvesUp) {
     EXPECT_EQ(RawBrightness(0, 1, 50), 1U);
 }
 
-TEST(RawBrightness, AnEmptyOrUpsideDownRangeGivesItsMaximum) {
+TEST(RawBrightness, ReturnsTheMaximumOfAnEmptyOrReversedRange) {
     EXPECT_EQ(RawBrightness(50, 50, 100), 50U);
     EXPECT_EQ(RawBrightness(50, 50, 0), 50U);
     EXPECT_EQ(RawBrightness(100, 10, 100), 10U);
@@ -115,14 +115,14 @@ TEST(RawBrightness, AnEmptyOrUpsideDownRangeGivesItsMaximum) {
 }
 
 TEST(RawBrightness, TheWidestRangesDoNotOverflow) {
-    EXPECT_EQ(RawBrightness(0, kMost, 100), kMost);
-    EXPECT_EQ(RawBrightness(0, kMost, 50), 0x80000000U);  // 2147483647.5
-    EXPECT_EQ(RawBrightness(0, kMost, 1), 42949673U);     // 42949672.95
-    EXPECT_EQ(RawBrightness(kMost - 4, kMost, 100), kMost);
-    EXPECT_EQ(RawBrightness(kMost - 4, kMost, 50), kMost - 2);
+    EXPECT_EQ(RawBrightness(0, kMaxRaw, 100), kMaxRaw);
+    EXPECT_EQ(RawBrightness(0, kMaxRaw, 50), 0x80000000U);  // 2147483647.5
+    EXPECT_EQ(RawBrightness(0, kMaxRaw, 1), 42949673U);     // 42949672.95
+    EXPECT_EQ(RawBrightness(kMaxRaw - 4, kMaxRaw, 100), kMaxRaw);
+    EXPECT_EQ(RawBrightness(kMaxRaw - 4, kMaxRaw, 50), kMaxRaw - 2);
 }
 
-TEST(RawBrightness, EveryPercentOfEveryRangeUpTo300AgreesWithASearch) {
+TEST(RawBrightness, AgreesWithASearchForEveryPercentOfEveryRangeUpTo300) {
     for (std::uint32_t range = 1; range <= 300; ++range) {
         for (std::uint32_t percent = 0; percent <= 100; ++percent)
             ASSERT_EQ(RawBrightness(7, 7 + range, percent), 7 + SearchRaw(range, percent))
@@ -130,14 +130,14 @@ TEST(RawBrightness, EveryPercentOfEveryRangeUpTo300AgreesWithASearch) {
     }
 }
 
-TEST(RawBrightness, WhatIsSetToFullReadsAsFullWhateverTheRange) {
+TEST(RawBrightness, AMonitorSetTo100ReadsAs100RegardlessOfTheRange) {
     for (std::uint32_t minimum = 0; minimum <= 60; ++minimum) {
         for (std::uint32_t maximum = 0; maximum <= 120; ++maximum)
             ASSERT_EQ(PercentOfRange(minimum, RawBrightness(minimum, maximum, 100), maximum), 100U);
     }
 }
 
-TEST(RawBrightness, OnARangeOfAtLeastAHundredStepsEveryPercentIsReadBack) {
+TEST(RawBrightness, EveryPercentIsReadBackIfTheRangeHasAtLeast100Steps) {
     for (std::uint32_t range = 100; range <= 300; ++range) {
         for (std::uint32_t percent = 0; percent <= 100; ++percent)
             ASSERT_EQ(PercentOfRange(3, RawBrightness(3, 3 + range, percent), 3 + range), percent);

@@ -1,4 +1,4 @@
-// The visit that sets one external monitor, found again by its name.
+// Setting one external monitor, which is found by its name.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ protected:
 
 }  // namespace
 
-TEST_F(DdcSet, TheNamedMonitorIsReadAndWrittenAndTheOthersAreOnlyNamed) {
+TEST_F(DdcSet, OnlyTheNamedMonitorIsReadAndWritten) {
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:B#1", 100));
     EXPECT_THAT(g_calls, ElementsAre("visit all", "count M1", "fetch 1 of M1", "info M1", "destroy 1 of M1",
                                      "count M2", "fetch 2 of M2", "info M2", "read 22", "write 22 100",
@@ -37,14 +37,14 @@ TEST_F(DdcSet, TheNamedMonitorIsReadAndWrittenAndTheOthersAreOnlyNamed) {
     EXPECT_EQ(g_monitors[1].physical[1].current, 100U);
 }
 
-TEST_F(DdcSet, OnceDoneTheOthersAreOnlyReleased) {
+TEST_F(DdcSet, NoFurtherMonitorIsReadOnceOneIsSet) {
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:A#0", 30));
     EXPECT_THAT(g_calls,
                 ElementsAre("visit all", "count M1", "fetch 1 of M1", "info M1", "read 11", "write 11 30",
                             "destroy 1 of M1", "count M2", "fetch 2 of M2", "info M2", "destroy 2 of M2"));
 }
 
-TEST_F(DdcSet, TheRangeOfTheMomentIsUsed) {
+TEST_F(DdcSet, TheCurrentRangeIsUsed) {
     g_monitors[0].physical[0].maximum = 80;
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:A#0", 100));
     EXPECT_EQ(g_monitors[0].physical[0].current, 80U);
@@ -55,7 +55,7 @@ TEST_F(DdcSet, TheRangeOfTheMomentIsUsed) {
     EXPECT_EQ(g_monitors[0].physical[0].current, 60U);
 }
 
-TEST_F(DdcSet, MoreThanAHundredPercentIsAHundred) {
+TEST_F(DdcSet, MoreThan100PercentIsTreatedAs100) {
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:A#0", 101));
     EXPECT_EQ(g_monitors[0].physical[0].current, 100U);
     g_monitors[0].physical[0].current = 1;
@@ -63,21 +63,21 @@ TEST_F(DdcSet, MoreThanAHundredPercentIsAHundred) {
     EXPECT_EQ(g_monitors[0].physical[0].current, 100U);
 }
 
-TEST_F(DdcSet, TheCapabilityIsNotAskedForAgain) {
+TEST_F(DdcSet, TheCapabilityIsNotCheckedAgain) {
     g_monitors[0].physical[0].capabilities = 0;
-    g_monitors[0].physical[0].tellsCapabilities = false;
+    g_monitors[0].physical[0].capabilitiesReadable = false;
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:A#0", 100));
     EXPECT_EQ(g_monitors[0].physical[0].current, 100U);
     EXPECT_THAT(g_calls, Not(Contains(StartsWith("capabilities"))));
 }
 
-TEST_F(DdcSet, AnEmptyRangeIsWrittenWithItsMaximum) {
+TEST_F(DdcSet, TheMaximumOfAnEmptyRangeIsWritten) {
     g_monitors[0].physical[0] = {.handle = 11, .minimum = 60, .current = 60, .maximum = 60};
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:A#0", 20));
     EXPECT_THAT(g_calls, Contains("write 11 60"));
 }
 
-TEST_F(DdcSet, AnUpsideDownRangeIsWrittenWithItsMaximum) {
+TEST_F(DdcSet, TheMaximumOfAReversedRangeIsWritten) {
     g_monitors[0].physical[0] = {.handle = 11, .minimum = 90, .current = 40, .maximum = 10};
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:A#0", 100));
     EXPECT_THAT(g_calls, Contains("write 11 10"));
@@ -101,7 +101,7 @@ TEST_F(DdcSet, AHandleOfZeroIsSet) {
     EXPECT_THAT(g_calls, Contains("write 0 100"));
 }
 
-TEST_F(DdcSet, ARefusedWriteIsAFailureAndIsNotTriedAgain) {
+TEST_F(DdcSet, ARefusedWriteIsAFailureAndIsNotRetried) {
     g_monitors[0].physical[0].settable = false;
     EXPECT_FALSE(SetDdcBrightness(L"DXVA2:A#0", 100));
     EXPECT_THAT(g_calls,
@@ -117,7 +117,7 @@ TEST_F(DdcSet, AMonitorThatCannotBeReadIsNotWritten) {
                             "count M2", "fetch 2 of M2", "info M2", "destroy 2 of M2"));
 }
 
-TEST_F(DdcSet, TheFirstOfTwoMonitorsOfOneNameIsSet) {
+TEST_F(DdcSet, TheFirstOfTwoMonitorsWithTheSameNameIsSet) {
     g_monitors[1].device = L"A";
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:A#0", 100));
     EXPECT_EQ(g_monitors[0].physical[0].current, 100U);
@@ -125,7 +125,7 @@ TEST_F(DdcSet, TheFirstOfTwoMonitorsOfOneNameIsSet) {
     EXPECT_THAT(g_calls, Not(Contains("read 21")));
 }
 
-TEST_F(DdcSet, WhenTheFirstOfTwoMonitorsOfOneNameRefusesTheSecondIsSet) {
+TEST_F(DdcSet, IfTheFirstOfTwoMonitorsWithTheSameNameRefusesTheSecondIsSet) {
     g_monitors[1].device = L"A";
     g_monitors[0].physical[0].settable = false;
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:A#0", 100));
@@ -134,14 +134,14 @@ TEST_F(DdcSet, WhenTheFirstOfTwoMonitorsOfOneNameRefusesTheSecondIsSet) {
                                      "info M2", "read 21", "write 21 100", "destroy 2 of M2"));
 }
 
-TEST_F(DdcSet, WhenTheFirstOfTwoMonitorsOfOneNameCannotBeReadTheSecondIsSet) {
+TEST_F(DdcSet, IfTheFirstOfTwoMonitorsWithTheSameNameCannotBeReadTheSecondIsSet) {
     g_monitors[1].device = L"A";
     g_monitors[0].physical[0].readable = false;
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:A#0", 100));
     EXPECT_EQ(g_monitors[1].physical[0].current, 100U);
 }
 
-TEST_F(DdcSet, ANameThatIsNotThereSetsNothing) {
+TEST_F(DdcSet, AnUnknownNameSetsNothing) {
     for (const wchar_t* name : {L"DXVA2:C#0", L"DXVA2:A#1", L"DXVA2:a#0", L"dxva2:A#0", L"DXVA2:A#", L"A",
                                 L"DXVA2:A#00", L"DXVA2:A#0 ", L""}) {
         g_calls.clear();
@@ -152,7 +152,7 @@ TEST_F(DdcSet, ANameThatIsNotThereSetsNothing) {
     }
 }
 
-TEST_F(DdcSet, NamesAreComparedToTheirLastCharacter) {
+TEST_F(DdcSet, NamesAreComparedToTheLastCharacter) {
     EXPECT_FALSE(SetDdcBrightness(std::wstring(L"DXVA2:A#0\0x", 11), 100));
     EXPECT_FALSE(SetDdcBrightness(std::wstring(L"DXVA2:A#0\0", 10), 100));
 }
@@ -162,13 +162,13 @@ TEST_F(DdcSet, AnUnpluggedMonitorIsNotFound) {
     EXPECT_FALSE(SetDdcBrightness(L"DXVA2:B#1", 100));
 }
 
-TEST_F(DdcSet, AMonitorThatMovedToAnotherIndexIsAnotherTarget) {
+TEST_F(DdcSet, AMonitorThatMovedToAnotherIndexIsNotFound) {
     g_monitors[1].physical.pop_back();
     EXPECT_FALSE(SetDdcBrightness(L"DXVA2:B#1", 100));
     EXPECT_EQ(g_monitors[1].physical[0].current, 50U);
 }
 
-TEST_F(DdcSet, WithoutMonitorsNothingIsSet) {
+TEST_F(DdcSet, NothingIsSetWithoutMonitors) {
     g_monitors.clear();
     EXPECT_FALSE(SetDdcBrightness(L"DXVA2:A#0", 100));
     EXPECT_THAT(g_calls, ElementsAre("visit all"));
@@ -180,18 +180,18 @@ TEST_F(DdcSet, AMonitorWithoutADeviceNameIsFoundAsUnknown) {
     EXPECT_EQ(g_monitors[0].physical[0].current, 100U);
 }
 
-TEST_F(DdcSet, AMonitorWhoseInformationFailsIsFoundAsUnknown) {
-    g_monitors[0].tellsInfo = false;
+TEST_F(DdcSet, AMonitorWhoseInformationCannotBeReadIsFoundAsUnknown) {
+    g_monitors[0].infoReadable = false;
     EXPECT_FALSE(SetDdcBrightness(L"DXVA2:A#0", 100));
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:UNKNOWN#0", 100));
 }
 
-TEST_F(DdcSet, DisplayMonitorsThatCannotBeCountedOrFetchedArePassedOver) {
+TEST_F(DdcSet, DisplayMonitorsWhosePhysicalMonitorsCannotBeCountedOrFetchedAreSkipped) {
     g_monitors.insert(g_monitors.begin(), 4, {.device = L"A", .physical = {{.handle = 1}}});
     g_monitors[0].countable = false;
     g_monitors[1].fetchable = false;
-    g_monitors[2].countTold = 0;
-    g_monitors[3].countTold = 0xFFFFFFFF;
+    g_monitors[2].reportedCount = 0;
+    g_monitors[3].reportedCount = 0xFFFFFFFF;
     EXPECT_TRUE(SetDdcBrightness(L"DXVA2:A#0", 100));
     EXPECT_THAT(g_calls,
                 ElementsAre("visit all", "count M1", "count M2", "fetch 1 of M2", "count M3", "count M4",

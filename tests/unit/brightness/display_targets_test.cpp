@@ -1,4 +1,4 @@
-// Panels and external monitors as one list: its order, its counts, and who is asked to set a target.
+// Panels and external monitors in one list: its order, its counts, and the function that sets each kind.
 #include "brightness/display_targets.h"
 
 #include <gmock/gmock.h>
@@ -47,7 +47,7 @@ protected:
         return names;
     }
 
-    // "present 1, 2 targets, 1 at full, built in only 0"
+    // "present 1, 2 targets, 1 at full, built in only 0"; "at full" means at 100 percent.
     static std::string CountsOf(const DisplayTargetList& list) {
         CountTargets(list);
         std::ostringstream text;
@@ -69,14 +69,14 @@ AMBREL_REPLACE(bool, SetWmiBrightness, (const std::wstring& name, std::uint32_t 
     return g_panelsSettable;
 }
 
-TEST_F(DisplayTargets, PanelsComeFirstThenExternalMonitorsEachInTheirOrder) {
+TEST_F(DisplayTargets, PanelsAreListedBeforeExternalMonitors) {
     g_panels = {BuiltIn(L"panel 2", 10), BuiltIn(L"panel 1", 20)};
     g_monitors = {{.device = L"B", .physical = {{.handle = 11}, {.handle = 12}}},
                   {.device = L"A", .physical = {{.handle = 21}}}};
     EXPECT_THAT(Names(), ElementsAre(L"panel 2", L"panel 1", L"DXVA2:B#0", L"DXVA2:B#1", L"DXVA2:A#0"));
 }
 
-TEST_F(DisplayTargets, EachIsAskedOnce) {
+TEST_F(DisplayTargets, EachIsQueriedOnce) {
     g_panels = {BuiltIn(L"panel", 10)};
     g_monitors = {{.device = L"A", .physical = {{.handle = 11}}}};
     Names();
@@ -99,21 +99,21 @@ TEST_F(DisplayTargets, ALaptopWithAMonitorYieldsThePanelAndTheMonitor) {
     EXPECT_EQ(list[1].percent, 70U);
 }
 
-TEST_F(DisplayTargets, WithoutPanelsTheExternalMonitorsAreListed) {
+TEST_F(DisplayTargets, ExternalMonitorsAreListedWithoutPanels) {
     g_monitors = {{.device = L"A", .physical = {{.handle = 11}}}};
     EXPECT_THAT(Names(), ElementsAre(L"DXVA2:A#0"));
 }
 
-TEST_F(DisplayTargets, WithoutExternalMonitorsThePanelsAreListed) {
+TEST_F(DisplayTargets, PanelsAreListedWithoutExternalMonitors) {
     g_panels = {BuiltIn(L"panel", 10)};
     EXPECT_THAT(Names(), ElementsAre(L"panel"));
 }
 
-TEST_F(DisplayTargets, WithNeitherTheListIsEmpty) {
+TEST_F(DisplayTargets, TheListIsEmptyWithoutDisplays) {
     EXPECT_THAT(Names(), IsEmpty());
 }
 
-TEST_F(DisplayTargets, TheListIsMadeAnewEachTime) {
+TEST_F(DisplayTargets, TheListIsRebuiltEachTime) {
     g_monitors = {{.device = L"A", .physical = {{.handle = 11}}}};
     EXPECT_THAT(Names(), ElementsAre(L"DXVA2:A#0"));
     g_monitors[0].device = L"B";
@@ -121,7 +121,7 @@ TEST_F(DisplayTargets, TheListIsMadeAnewEachTime) {
     EXPECT_THAT(Names(), ElementsAre(L"panel", L"DXVA2:B#0"));
 }
 
-TEST_F(DisplayTargets, CountsOfEveryKindOfList) {
+TEST_F(DisplayTargets, EveryKindOfListIsCounted) {
     EXPECT_EQ(CountsOf({}), "present 0, 0 targets, 0 at full, built in only 0");
     EXPECT_EQ(CountsOf({External(L"A", 50)}), "present 1, 1 targets, 0 at full, built in only 0");
     EXPECT_EQ(CountsOf({BuiltIn(L"P", 50)}), "present 1, 1 targets, 0 at full, built in only 1");
@@ -133,7 +133,7 @@ TEST_F(DisplayTargets, CountsOfEveryKindOfList) {
               "present 1, 2 targets, 1 at full, built in only 0");
 }
 
-TEST_F(DisplayTargets, NinetyNineCountsAsFullAndNinetyEightDoesNot) {
+TEST_F(DisplayTargets, NinetyNinePercentIsTreatedAs100AndNinetyEightIsNot) {
     EXPECT_EQ(CountsOf({External(L"A", 99), External(L"B", 100)}),
               "present 1, 2 targets, 2 at full, built in only 0");
     EXPECT_EQ(CountsOf({External(L"A", 98), BuiltIn(L"P", 99)}),
@@ -145,12 +145,12 @@ TEST_F(DisplayTargets, AnEmptyListResetsTheCounts) {
     EXPECT_EQ(CountsOf({}), "present 0, 0 targets, 0 at full, built in only 0");
 }
 
-TEST_F(DisplayTargets, TwoTargetsOfOneNameCountTwice) {
+TEST_F(DisplayTargets, TwoTargetsWithTheSameNameAreCountedTwice) {
     EXPECT_EQ(CountsOf({External(L"A", 100), External(L"A", 100)}),
               "present 1, 2 targets, 2 at full, built in only 0");
 }
 
-TEST_F(DisplayTargets, AChangeOfTheirNumberIsLoggedWithTheNumberBefore) {
+TEST_F(DisplayTargets, AChangeOfTheCountIsLoggedWithThePreviousCount) {
     CountTargets({External(L"A", 50)});
     CountTargets({External(L"A", 50), External(L"B", 50)});
     CountTargets({});
@@ -159,7 +159,7 @@ TEST_F(DisplayTargets, AChangeOfTheirNumberIsLoggedWithTheNumberBefore) {
                                      "log: PWM-safe targets: 0 controllable (was 2)"));
 }
 
-TEST_F(DisplayTargets, TheSameNumberIsNotLoggedWhateverElseChanged) {
+TEST_F(DisplayTargets, AnUnchangedCountIsNotLoggedRegardlessOfOtherChanges) {
     CountTargets({External(L"A", 50)});
     g_calls.clear();
     CountTargets({BuiltIn(L"P", 100)});
@@ -167,7 +167,7 @@ TEST_F(DisplayTargets, TheSameNumberIsNotLoggedWhateverElseChanged) {
     EXPECT_THAT(g_calls, IsEmpty());
 }
 
-TEST_F(DisplayTargets, NoneAtTheStartIsNotLogged) {
+TEST_F(DisplayTargets, NoTargetAtStartUpIsNotLogged) {
     CountTargets({});
     EXPECT_THAT(g_calls, IsEmpty());
 }
@@ -185,19 +185,19 @@ TEST_F(DisplayTargets, AChangeOfTheCountAloneIsLogged) {
     EXPECT_THAT(g_calls, ElementsAre("log: PWM-safe targets: 1 controllable (was 3)"));
 }
 
-TEST_F(DisplayTargets, CountingNeitherAsksNorSets) {
+TEST_F(DisplayTargets, CountingNeitherQueriesNorSetsADisplay) {
     CountTargets({External(L"A", 50), BuiltIn(L"P", 50)});
     EXPECT_THAT(g_calls, ElementsAre("log: PWM-safe targets: 2 controllable (was 0)"));
 }
 
-TEST_F(DisplayTargets, APanelIsSetByItsNameThroughWmi) {
+TEST_F(DisplayTargets, APanelIsSetThroughWmi) {
     EXPECT_TRUE(SetTargetBrightness(BuiltIn(L"P", 50), 73));
     EXPECT_THAT(g_calls, ElementsAre("panel P := 73"));
     g_panelsSettable = false;
     EXPECT_FALSE(SetTargetBrightness(BuiltIn(L"P", 50), 73));
 }
 
-TEST_F(DisplayTargets, AnExternalMonitorIsSetByItsName) {
+TEST_F(DisplayTargets, AnExternalMonitorIsSetThroughDdc) {
     g_monitors = {{.device = L"A", .physical = {{.handle = 11}}}};
     EXPECT_TRUE(SetTargetBrightness(External(L"DXVA2:A#0", 50), 73));
     EXPECT_THAT(g_calls, ElementsAre("visit all", "count M1", "fetch 1 of M1", "info M1", "read 11",
@@ -206,25 +206,25 @@ TEST_F(DisplayTargets, AnExternalMonitorIsSetByItsName) {
     EXPECT_FALSE(SetTargetBrightness(External(L"DXVA2:A#0", 50), 73));
 }
 
-TEST_F(DisplayTargets, AnyOtherKindIsSetAsAnExternalMonitor) {
+TEST_F(DisplayTargets, AnyOtherKindIsSetThroughDdc) {
     g_monitors = {{.device = L"A", .physical = {{.handle = 11}}}};
     EXPECT_TRUE(SetTargetBrightness({static_cast<TargetKind>(7), L"DXVA2:A#0", 0, 100, 50}, 20));
     EXPECT_THAT(g_calls, Contains("write 11 20"));
 }
 
-TEST_F(DisplayTargets, AnExternalMonitorIsSetToAHundredAtMost) {
+TEST_F(DisplayTargets, AnExternalMonitorIsSetToAtMost100) {
     g_monitors = {{.device = L"A", .physical = {{.handle = 11}}}};
     EXPECT_TRUE(SetTargetBrightness(External(L"DXVA2:A#0", 50), 500));
     EXPECT_THAT(g_calls, Contains("write 11 100"));
 }
 
-TEST_F(DisplayTargets, OnlyKindAndNameOfTheRecordCount) {
+TEST_F(DisplayTargets, OnlyKindAndNameOfTheTargetAreUsed) {
     g_monitors = {{.device = L"A", .physical = {{.handle = 11, .maximum = 80}}}};
     EXPECT_TRUE(SetTargetBrightness({TargetKind::DdcMonitor, L"DXVA2:A#0", 1000, 2000, 3000}, 100));
     EXPECT_THAT(g_calls, Contains("write 11 80"));
 }
 
-TEST_F(DisplayTargets, ASetForAnUnpluggedMonitorFails) {
+TEST_F(DisplayTargets, SettingAnUnpluggedMonitorFails) {
     g_monitors = {{.device = L"A", .physical = {{.handle = 11}}}};
     DisplayTargetList list;
     EnumerateTargets(&list);

@@ -22,7 +22,7 @@ namespace {
 std::vector<const DisplayTargetList*> g_beingFilled;
 
 void Wait(Moment moment) {
-    // What is dispatched may replace or end the dispatching.
+    // The call may replace or clear g_whileWaiting.
     const std::function<void(Moment)> dispatch = g_whileWaiting;
     if (dispatch) dispatch(moment);
 }
@@ -48,11 +48,11 @@ AMBREL_REPLACE(void, EnumerateTargets, (DisplayTargetList * list)) {
     EXPECT_TRUE(list->empty());
     g_beingFilled.push_back(list);
     Wait(Moment::BeforeListing);
-    // By index: displays may come and go meanwhile.
+    // By index: displays may connect and disconnect meanwhile.
     for (std::size_t i = 0; i < g_displays.size(); ++i) {
         const FakeDisplay display = g_displays[i];
         if (display.present) list->push_back({display.kind, display.name, 0, 100, display.percent});
-        if (i == 0) Wait(Moment::AmidListing);
+        if (i == 0) Wait(Moment::DuringListing);
     }
     Wait(Moment::AfterListing);
     g_beingFilled.pop_back();
@@ -75,7 +75,7 @@ AMBREL_REPLACE(void, CountTargets, (const DisplayTargetList& list)) {
 }
 
 AMBREL_REPLACE(bool, SetTargetBrightness, (const DisplayTarget& target, std::uint32_t percent)) {
-    // The record that is passed may be gone when a dispatched message has come back.
+    // A dispatched message may free the target.
     const std::wstring name = target.name;
     Record(Narrow(name), " := ", percent);
     g_sets.push_back({name, percent});
@@ -106,6 +106,6 @@ FakeDisplay& Display(const std::wstring& name) {
         if (display.name == name) return display;
     }
     ADD_FAILURE() << "there is no display " << Narrow(name);
-    static FakeDisplay nobody;
-    return nobody;
+    static FakeDisplay none;
+    return none;
 }

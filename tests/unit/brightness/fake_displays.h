@@ -1,13 +1,12 @@
-// Displays of no particular kind in the place of the real targets, the settings file in the place of the real
-// one. In the record stand
+// Replaces the display targets and the settings file with fakes that record their calls:
 //
 //     enumerate          EnumerateTargets
 //     count              CountTargets
 //     A := 100           SetTargetBrightness of the display named A
 //     save on            SaveSettings while the mode is on (or "save off")
 //
-// A list that is being filled must never be given to anybody else, as it would be by a message that is
-// dispatched while displays answer: the test fails when that happens.
+// The test fails if a message that is dispatched during a query uses the list that the query is still
+// filling.
 #pragma once
 
 #include <cstdint>
@@ -25,26 +24,27 @@ struct FakeDisplay {
     std::uint32_t percent = 50;
     TargetKind kind = TargetKind::DdcMonitor;
     bool present = true;
-    bool ignores = false;               // says yes to a set and stays as it is
-    bool refuses = false;               // says no to a set and stays as it is
-    std::uint32_t reachesAtMost = 100;  // sticks there when set to more
+    bool ignores = false;               // reports success and does not change
+    bool refuses = false;               // reports failure and does not change
+    std::uint32_t reachesAtMost = 100;  // percent
 };
 
-// One set that arrived at a display.
+// One call of SetTargetBrightness.
 struct DisplaySet {
     std::wstring name;
     std::uint32_t percent;
 };
 
-// When a message is dispatched within a call that waits for displays.
-enum class Moment { BeforeListing, AmidListing, AfterListing, BeforeSet, AfterSet };
+// The points at which a call that waits for displays may dispatch a message.
+enum class Moment { BeforeListing, DuringListing, AfterListing, BeforeSet, AfterSet };
 
 extern std::vector<FakeDisplay> g_displays;
 extern std::vector<DisplaySet> g_sets;              // since the start of the test
-extern std::vector<DisplayTargetList> g_lists;      // every list that was made, likewise
-extern std::function<void(Moment)> g_whileWaiting;  // called at each of those moments, when there is one
+extern std::vector<DisplayTargetList> g_lists;      // every completed list, since the start of the test
+extern std::function<void(Moment)> g_whileWaiting;  // called at each moment, unless empty
 
-// No displays, no sets, no lists, an empty record, a new AppState with a main window.
+// Resets the fakes and the record: no displays, and a new AppState with a main window.
 void StartWithoutDisplays();
 
+// The display with the name; fails the test if there is none.
 FakeDisplay& Display(const std::wstring& name);

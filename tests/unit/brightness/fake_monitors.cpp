@@ -16,15 +16,15 @@ std::vector<FakeMonitor> g_monitors;
 namespace {
 
 constexpr std::uintptr_t kFirstMonitor = 0x100;
-constexpr DWORD kRubbish = 0xDEADBEEF;
+constexpr DWORD kGarbage = 0xDEADBEEF;
 
-// What one fetch handed out.
-struct Holding {
+// The handles that one call of GetPhysicalMonitorsFromHMONITOR returned.
+struct FetchedMonitors {
     std::size_t monitor;
     std::vector<HANDLE> handles;
 };
 
-std::vector<Holding> g_holdings;
+std::vector<FetchedMonitors> g_fetched;
 
 std::size_t IndexOf(HMONITOR monitor) {
     return ValueOf(monitor) - kFirstMonitor;
@@ -41,21 +41,21 @@ std::string NameOf(std::size_t index) {
 }
 
 FakePhysical& Physical(HANDLE handle) {
-    for (const Holding& holding : g_holdings) {
-        const auto held = std::find(holding.handles.begin(), holding.handles.end(), handle);
-        if (held == holding.handles.end()) continue;
-        return g_monitors[holding.monitor].physical[static_cast<std::size_t>(held - holding.handles.begin())];
+    for (const FetchedMonitors& fetched : g_fetched) {
+        const auto held = std::find(fetched.handles.begin(), fetched.handles.end(), handle);
+        if (held == fetched.handles.end()) continue;
+        return g_monitors[fetched.monitor].physical[static_cast<std::size_t>(held - fetched.handles.begin())];
     }
-    ADD_FAILURE() << "handle " << ValueOf(handle) << " is used without being held";
-    static FakePhysical nobody;
-    return nobody;
+    ADD_FAILURE() << "handle " << ValueOf(handle) << " is used and not open";
+    static FakePhysical none;
+    return none;
 }
 
 BOOL WINAPI FakeCount(HMONITOR monitor, DWORD* count) {
-    const FakeMonitor& asked = Monitor(monitor);
+    const FakeMonitor& fake = Monitor(monitor);
     Record("count ", NameOf(IndexOf(monitor)));
-    *count = asked.countable ? asked.countTold.value_or(static_cast<DWORD>(asked.physical.size())) : 2;
-    return asked.countable;
+    *count = fake.countable ? fake.reportedCount.value_or(static_cast<DWORD>(fake.physical.size())) : 2;
+    return fake.countable;
 }
 
 void ExpectZeroFilled(const PHYSICAL_MONITOR* array, DWORD count) {
@@ -65,24 +65,24 @@ void ExpectZeroFilled(const PHYSICAL_MONITOR* array, DWORD count) {
 }
 
 BOOL WINAPI FakeFetch(HMONITOR monitor, DWORD count, PHYSICAL_MONITOR* array) {
-    const FakeMonitor& asked = Monitor(monitor);
+    const FakeMonitor& fake = Monitor(monitor);
     Record("fetch ", count, " of ", NameOf(IndexOf(monitor)));
     ExpectZeroFilled(array, count);
-    if (!asked.fetchable) {
+    if (!fake.fetchable) {
         for (DWORD i = 0; i < count; ++i)
-            array[i].hPhysicalMonitor = MakeHandle<HANDLE>(kRubbish);
+            array[i].hPhysicalMonitor = MakeHandle<HANDLE>(kGarbage);
         return FALSE;
     }
-    Holding holding = {IndexOf(monitor), {}};
-    for (DWORD i = 0; i < count && i < asked.physical.size(); ++i) {
-        holding.handles.push_back(MakeHandle<HANDLE>(asked.physical[i].handle));
-        array[i].hPhysicalMonitor = holding.handles.back();
+    FetchedMonitors fetched = {IndexOf(monitor), {}};
+    for (DWORD i = 0; i < count && i < fake.physical.size(); ++i) {
+        fetched.handles.push_back(MakeHandle<HANDLE>(fake.physical[i].handle));
+        array[i].hPhysicalMonitor = fetched.handles.back();
         // A description of full length has no terminating zero.
         WCHAR description[PHYSICAL_MONITOR_DESCRIPTION_SIZE] = {};
-        asked.physical[i].description.copy(description, PHYSICAL_MONITOR_DESCRIPTION_SIZE);
+        fake.physical[i].description.copy(description, PHYSICAL_MONITOR_DESCRIPTION_SIZE);
         std::copy(std::begin(description), std::end(description), array[i].szPhysicalMonitorDescription);
     }
-    g_holdings.push_back(holding);
+    g_fetched.push_back(fetched);
     return TRUE;
 }
 
@@ -90,42 +90,44 @@ BOOL WINAPI FakeDestroy(DWORD count, PHYSICAL_MONITOR* array) {
     std::vector<HANDLE> handles;
     for (DWORD i = 0; i < count; ++i)
         handles.push_back(array[i].hPhysicalMonitor);
-    const auto held = std::find_if(g_holdings.begin(), g_holdings.end(),
-                                   [&](const Holding& holding) { return holding.handles == handles; });
-    if (held == g_holdings.end()) {
-        ADD_FAILURE() << "handles are destroyed that are not held, or not all of one display monitor";
+    const auto held = std::find_if(g_fetched.begin(), g_fetched.end(), [&](const FetchedMonitors& fetched) {
+        return fetched.handles == handles;
+    });
+    if (held == g_fetched.end()) {
+        ADD_FAILURE() << "the destroyed handles are not all the open handles of one display monitor";
         return FALSE;
     }
     Record("destroy ", count, " of ", NameOf(held->monitor));
-    g_holdings.erase(held);
+    g_fetched.erase(held);
     return TRUE;
 }
 
 BOOL WINAPI FakeCapabilities(HANDLE handle, DWORD* capabilities, DWORD* temperatures) {
-    const FakePhysical& asked = Physical(handle);
-    Record("capabilities ", asked.handle);
-    *temperatures = kRubbish;
-    *capabilities = asked.tellsCapabilities ? asked.capabilities : DWORD{MC_CAPS_BRIGHTNESS};
-    return asked.tellsCapabilities;
+    const FakePhysical& fake = Physical(handle);
+    Record("capabilities ", fake.handle);
+    *temperatures = kGarbage;
+    *capabilities = fake.capabilitiesReadable ? fake.capabilities : DWORD{MC_CAPS_BRIGHTNESS};
+    return fake.capabilitiesReadable;
 }
 
 BOOL WINAPI FakeRead(HANDLE handle, DWORD* minimum, DWORD* current, DWORD* maximum) {
-    const FakePhysical& asked = Physical(handle);
-    Record("read ", asked.handle);
-    *minimum = asked.readable ? asked.minimum : 1;
-    *current = asked.readable ? asked.current : 2;
-    *maximum = asked.readable ? asked.maximum : 3;
-    return asked.readable;
+    const FakePhysical& fake = Physical(handle);
+    Record("read ", fake.handle);
+    *minimum = fake.readable ? fake.minimum : 1;
+    *current = fake.readable ? fake.current : 2;
+    *maximum = fake.readable ? fake.maximum : 3;
+    return fake.readable;
 }
 
 BOOL WINAPI FakeWrite(HANDLE handle, DWORD brightness) {
-    FakePhysical& asked = Physical(handle);
-    Record("write ", asked.handle, " ", brightness);
-    if (asked.settable) asked.current = brightness;
-    return asked.settable;
+    FakePhysical& fake = Physical(handle);
+    Record("write ", fake.handle, " ", brightness);
+    if (fake.settable) fake.current = brightness;
+    return fake.settable;
 }
 
-// Monitors may come and go during a visit, but no handle outlives the visit of its display monitor.
+// Monitors may connect and disconnect during the enumeration. No handle may outlive the callback for its
+// display monitor.
 BOOL WINAPI FakeEnumDisplayMonitors(HDC dc, LPCRECT clip, MONITORENUMPROC visit, LPARAM context) {
     EXPECT_EQ(dc, nullptr);
     EXPECT_EQ(clip, nullptr);
@@ -139,15 +141,15 @@ BOOL WINAPI FakeEnumDisplayMonitors(HDC dc, LPCRECT clip, MONITORENUMPROC visit,
 }
 
 BOOL WINAPI FakeGetMonitorInfo(HMONITOR monitor, MONITORINFO* plain) {
-    const FakeMonitor& asked = Monitor(monitor);
+    const FakeMonitor& fake = Monitor(monitor);
     Record("info ", NameOf(IndexOf(monitor)));
     EXPECT_EQ(plain->cbSize, sizeof(MONITORINFOEXW));
     auto* info = reinterpret_cast<MONITORINFOEXW*>(plain);
-    const std::wstring told = asked.tellsInfo ? asked.device : L"RUBBISH";
-    told.copy(info->szDevice, CCHDEVICENAME - 1);
-    info->szDevice[told.size()] = L'\0';
-    if (asked.tellsInfo && asked.primary) info->dwFlags |= MONITORINFOF_PRIMARY;
-    return asked.tellsInfo;
+    const std::wstring device = fake.infoReadable ? fake.device : L"GARBAGE";
+    device.copy(info->szDevice, CCHDEVICENAME - 1);
+    info->szDevice[device.size()] = L'\0';
+    if (fake.infoReadable && fake.primary) info->dwFlags |= MONITORINFOF_PRIMARY;
+    return fake.infoReadable;
 }
 
 BOOL WINAPI FakeEnumDisplaySettings(LPCWSTR device, DWORD which, DEVMODEW* mode) {
@@ -155,14 +157,14 @@ BOOL WINAPI FakeEnumDisplaySettings(LPCWSTR device, DWORD which, DEVMODEW* mode)
     EXPECT_EQ(mode->dmSize, sizeof(DEVMODEW));
     EXPECT_EQ(mode->dmDriverExtra, 0);
     Record("mode ", Narrow(device));
-    const auto asked = std::find_if(g_monitors.begin(), g_monitors.end(),
-                                    [&](const FakeMonitor& monitor) { return monitor.device == device; });
-    if (asked == g_monitors.end()) return FALSE;
-    mode->dmPelsWidth = asked->tellsMode ? asked->mode.dmPelsWidth : kRubbish;
-    mode->dmPelsHeight = asked->tellsMode ? asked->mode.dmPelsHeight : kRubbish;
-    mode->dmDisplayFrequency = asked->tellsMode ? asked->mode.dmDisplayFrequency : kRubbish;
-    mode->dmBitsPerPel = asked->tellsMode ? asked->mode.dmBitsPerPel : kRubbish;
-    return asked->tellsMode;
+    const auto fake = std::find_if(g_monitors.begin(), g_monitors.end(),
+                                   [&](const FakeMonitor& monitor) { return monitor.device == device; });
+    if (fake == g_monitors.end()) return FALSE;
+    mode->dmPelsWidth = fake->modeReadable ? fake->mode.dmPelsWidth : kGarbage;
+    mode->dmPelsHeight = fake->modeReadable ? fake->mode.dmPelsHeight : kGarbage;
+    mode->dmDisplayFrequency = fake->modeReadable ? fake->mode.dmDisplayFrequency : kGarbage;
+    mode->dmBitsPerPel = fake->modeReadable ? fake->mode.dmBitsPerPel : kGarbage;
+    return fake->modeReadable;
 }
 
 }  // namespace
@@ -173,8 +175,8 @@ AMBREL_SEAM(EnumDisplaySettingsW, FakeEnumDisplaySettings);
 
 int HandlesHeld() {
     std::size_t held = 0;
-    for (const Holding& holding : g_holdings)
-        held += holding.handles.size();
+    for (const FetchedMonitors& fetched : g_fetched)
+        held += fetched.handles.size();
     return static_cast<int>(held);
 }
 
@@ -187,6 +189,6 @@ void StartWithoutMonitors() {
     g_app = AppState{};
     g_monitorFunctions = FakeMonitorFunctions();
     g_monitors.clear();
-    g_holdings.clear();
+    g_fetched.clear();
     g_calls.clear();
 }

@@ -1,6 +1,5 @@
-// Display monitors with physical monitors behind them, as dxva2.dll and the window manager would tell them.
-// Each call leaves a line in the record; a display monitor is M1, M2, ... and a physical monitor is told by
-// its handle:
+// Replaces display monitors and their physical monitors, as dxva2.dll and the window manager return them. The
+// record names each call. Display monitors are M1, M2, ...; a physical monitor is identified by its handle:
 //
 //     visit all                     EnumDisplayMonitors
 //     count M1                      GetNumberOfPhysicalMonitorsFromHMONITOR
@@ -9,8 +8,9 @@
 //     mode \\.\DISPLAY1             EnumDisplaySettingsW
 //     capabilities 11, read 11, write 11 80, destroy 2 of M1
 //
-// A call that fails has filled what it was given with rubbish first. Handles that are used without being
-// held, destroyed twice or otherwise than they were obtained, or held at the end of a visit fail the test.
+// A call that fails fills its output with arbitrary data first. The test fails if a handle is used while it
+// is not open, is destroyed twice or without the others of its display monitor, or is open at the end of the
+// callback.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +31,7 @@ struct FakePhysical {
     DWORD current = 50;
     DWORD maximum = 100;
     DWORD capabilities = MC_CAPS_BRIGHTNESS;
-    bool tellsCapabilities = true;
+    bool capabilitiesReadable = true;
     bool readable = true;
     bool settable = true;
     std::wstring description = L"Generic PnP Monitor";
@@ -40,12 +40,12 @@ struct FakePhysical {
 struct FakeMonitor {
     std::wstring device = {};
     std::vector<FakePhysical> physical = {};
-    std::optional<DWORD> countTold = {};  // instead of the true number
+    std::optional<DWORD> reportedCount = {};  // instead of the actual number
     bool countable = true;
     bool fetchable = true;
-    bool tellsInfo = true;
+    bool infoReadable = true;
     bool primary = false;
-    bool tellsMode = true;
+    bool modeReadable = true;
     DEVMODEW mode = {};
 };
 
@@ -54,7 +54,8 @@ extern std::vector<FakeMonitor> g_monitors;
 // Handles obtained and not destroyed.
 int HandlesHeld();
 
+// The fakes of the functions of dxva2.dll.
 MonitorFunctions FakeMonitorFunctions();
 
-// No monitors, and dxva2 in place in AppState as if it had been loaded.
+// Resets the fakes, the record and AppState: no monitors, and dxva2.dll is already loaded.
 void StartWithoutMonitors();

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "brightness/fake_wmi_objects.h"
-#include "support/com_books.h"
+#include "support/com_tracker.h"
 #include "support/seam.h"
 
 AMBREL_SEAM_SET(fake_wmi);
@@ -23,7 +23,7 @@ HRESULT WINAPI FakeCoCreateInstance(REFCLSID classId, LPUNKNOWN outer, DWORD con
     EXPECT_TRUE(IsEqualGUID(iid, kLocatorInterface));
     EXPECT_EQ(outer, nullptr);
     EXPECT_EQ(context, 1U) << "in this process only";
-    *out = g_wmi.locator.handsOut ? MakeLocator() : nullptr;
+    *out = g_wmi.locator.returnsObject ? CreateLocator() : nullptr;
     return g_wmi.locator.result;
 }
 
@@ -57,7 +57,7 @@ Property Number(VARTYPE type, long number) {
     return {S_OK, type, L"", number, true};
 }
 
-Found Panel(const std::wstring& name, long percent) {
+QueryResult Panel(const std::wstring& name, long percent) {
     return {{{L"InstanceName", Text(name)},
              {L"CurrentBrightness", Number(VT_UI1, percent)},
              {L"__PATH", Text(L"path of " + name)}},
@@ -68,13 +68,13 @@ Found Panel(const std::wstring& name, long percent) {
 void ResetWmi() {
     g_wmi = FakeWmi{};
     g_calls.clear();
-    ForgetObjects();
-    OpenComBooks();
+    ResetObjects();
+    StartComTracking();
 }
 
-void CheckNothingIsLeft() {
+void ExpectNoLeaks() {
     EXPECT_EQ(ObjectsAlive(), 0);
-    CloseComBooks();
+    ExpectNoComLeaks();
 }
 
 CallRecord operator+(const CallRecord& first, const CallRecord& second) {

@@ -1,5 +1,5 @@
-// WMI without Windows: CoCreateInstance hands out a locator of our own, and everything behind it answers as
-// g_wmi says. Each call is a line of the record; each object that ends is a line "release NAME".
+// Replaces WMI: CoCreateInstance returns a fake locator, and g_wmi configures the results of all calls on it.
+// The record names each call, and each final release of an object as "release NAME".
 #pragma once
 
 #include <map>
@@ -14,18 +14,18 @@
 
 AMBREL_USES_SEAMS(fake_wmi);
 
-// The answer of a call that hands an object out.
-struct Step {
+// The result of a call that returns an object.
+struct CallResult {
     HRESULT result = S_OK;
-    bool handsOut = true;
+    bool returnsObject = true;
 };
 
 constexpr HRESULT kFailed = static_cast<HRESULT>(WBEM_E_FAILED);
 
-constexpr Step kRefused = {kFailed, false};
-constexpr Step kNullHandedOut = {S_OK, false};
+constexpr CallResult kRefused = {kFailed, false};
+constexpr CallResult kNullReturned = {S_OK, false};
 
-// A property as Get answers it. A text is handed out for VT_BSTR; without `hasText` the BSTR is null.
+// A property as Get returns it. `text` is returned for VT_BSTR; without `hasText` the BSTR is null.
 struct Property {
     HRESULT result = S_OK;
     VARTYPE type = VT_EMPTY;
@@ -39,32 +39,32 @@ Property Number(VARTYPE type, long number);
 
 using Properties = std::map<std::wstring, Property>;
 
-// One answer of Next. After the last the enumeration is at its end.
-struct Found {
+// The result of one call of Next. After the last the enumeration ends.
+struct QueryResult {
     Properties properties;
     HRESULT result = WBEM_S_NO_ERROR;
-    bool handsOut = true;
+    bool returnsObject = true;
 };
 
-// What both queries find of a panel; the path is "path of NAME".
-Found Panel(const std::wstring& name, long percent = 50);
+// A result for both queries: a panel whose object path is "path of NAME".
+QueryResult Panel(const std::wstring& name, long percent = 50);
 
 struct FakeWmi {
-    Step locator, connect, query, getObject, getMethod, spawn;
+    CallResult locator, connect, query, getObject, getMethod, spawn;
     HRESULT blanket = S_OK, putTimeout = S_OK, putBrightness = S_OK, exec = S_OK;
-    std::vector<Found> found;
+    std::vector<QueryResult> results;
 };
 
 extern FakeWmi g_wmi;
 
-// Everything works and there is no panel; the record and the books are empty.
+// Resets the record and the trackers: every call succeeds and there is no panel.
 void ResetWmi();
 
-// Fails the test when an object, a text or a variant is left, or when one was given back too often.
-void CheckNothingIsLeft();
+// Fails the test if an object, a string or a variant has not been released, or has been released twice.
+void ExpectNoLeaks();
 
-// The record of an operation as far as the connection, which all have in common.
+// The calls that open the connection, with which every operation starts.
 inline const CallRecord kConnected = {"create locator", "connect ROOT\\WMI", "blanket"};
 
-// Lists one after the other.
+// Concatenates two records.
 CallRecord operator+(const CallRecord& first, const CallRecord& second);

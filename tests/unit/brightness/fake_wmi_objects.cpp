@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "support/com_books.h"
+#include "support/com_tracker.h"
 #include "unsupported.h"
 
-// What the lab's double calls for a method that nobody needs.
-HRESULT NotHere(const wchar_t* method) {
-    ADD_FAILURE() << "a method that is not to be called: " << Narrow(method);
+// unsupported.h calls this in every method that the program does not call.
+HRESULT NotImplemented(const wchar_t* method) {
+    ADD_FAILURE() << "unexpected call of " << Narrow(method);
     return E_NOTIMPL;
 }
 
@@ -17,15 +17,15 @@ int g_alive = 0;
 IUnknown* g_services = nullptr;
 IUnknown* g_parameters = nullptr;
 
-// Interface is one of WMI's, or one of them with the methods that are not needed.
+// Interface is an interface of WMI, or a class of unsupported.h that implements part of one.
 template <typename Interface>
-class Counted : public Interface {
+class ReferenceCounted : public Interface {
 public:
-    explicit Counted(const std::string& name) : name_(name) { ++g_alive; }
+    explicit ReferenceCounted(const std::string& name) : name_(name) { ++g_alive; }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** out) override {
         *out = nullptr;
-        return NotHere(L"QueryInterface");
+        return NotImplemented(L"QueryInterface");
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++references_); }
     ULONG STDMETHODCALLTYPE Release() override {
@@ -39,49 +39,52 @@ public:
     }
 
 protected:
-    void ExpectAlive() const { EXPECT_GT(references_, 0) << name_ << " is used after its end"; }
+    void ExpectAlive() const { EXPECT_GT(references_, 0) << name_ << " is used after its release"; }
 
 private:
     std::string name_;
     long references_ = 1;
 };
 
-// The answer of a call that hands an object out.
 template <typename Made, typename Interface, typename... Arguments>
-HRESULT Answer(const Step& step, Interface** out, const Arguments&... arguments) {
-    EXPECT_EQ(*out, nullptr) << "what is there would be lost";
-    *out = step.handsOut ? new Made(arguments...) : nullptr;
-    return step.result;
+HRESULT ReturnObject(const CallResult& call, Interface** out, const Arguments&... arguments) {
+    EXPECT_EQ(*out, nullptr) << "the pointer is overwritten without a release";
+    *out = call.returnsObject ? new Made(arguments...) : nullptr;
+    return call.result;
 }
 
 std::string Shown(BSTR text) {
     return text != nullptr ? Narrow(text) : "NULL";
 }
 
-// WMI refuses a call that lacks a text.
-bool Lacks(BSTR text) {
+// WMI refuses a call with a missing string.
+bool IsMissing(BSTR text) {
     return text == nullptr;
 }
 
-class Object : public Counted<ObjectWithout> {
+class Object : public ReferenceCounted<ObjectWithout> {
 public:
-    using Counted::Counted;
+    using ReferenceCounted::ReferenceCounted;
 
     HRESULT STDMETHODCALLTYPE Get(LPCWSTR, LONG, VARIANT*, CIMTYPE*, LONG*) override {
-        return NotHere(L"Get");
+        return NotImplemented(L"Get");
     }
-    HRESULT STDMETHODCALLTYPE Put(LPCWSTR, LONG, VARIANT*, CIMTYPE) override { return NotHere(L"Put"); }
+    HRESULT STDMETHODCALLTYPE Put(LPCWSTR, LONG, VARIANT*, CIMTYPE) override {
+        return NotImplemented(L"Put");
+    }
     HRESULT STDMETHODCALLTYPE GetMethod(LPCWSTR, LONG, IWbemClassObject**, IWbemClassObject**) override {
-        return NotHere(L"GetMethod");
+        return NotImplemented(L"GetMethod");
     }
     HRESULT STDMETHODCALLTYPE SpawnInstance(LONG, IWbemClassObject**) override {
-        return NotHere(L"SpawnInstance");
+        return NotImplemented(L"SpawnInstance");
     }
 };
 
 void Fill(VARIANT* value, const Property& property) {
     switch (property.type) {
-        case VT_BSTR: value->bstrVal = property.hasText ? HandOutText(property.text) : nullptr; break;
+        case VT_BSTR:
+            value->bstrVal = property.hasText ? AllocateReturnedText(property.text) : nullptr;
+            break;
         case VT_UNKNOWN: value->punkVal = new Object("object in a property"); break;
         case VT_I2: value->iVal = static_cast<SHORT>(property.number); break;
         case VT_UI1: value->bVal = static_cast<BYTE>(property.number); break;
@@ -101,7 +104,7 @@ public:
         ExpectAlive();
         Record("get ", Narrow(name));
         EXPECT_EQ(flags, 0);
-        EXPECT_EQ(value->vt, VT_EMPTY) << "the variant is not fresh";
+        EXPECT_EQ(value->vt, VT_EMPTY) << "the variant is not empty";
         const auto found = properties_.find(name);
         if (found == properties_.end()) return static_cast<HRESULT>(WBEM_E_NOT_FOUND);
         if (SUCCEEDED(found->second.result)) Fill(value, found->second);
@@ -134,7 +137,7 @@ public:
         ExpectAlive();
         Record("spawn");
         EXPECT_EQ(flags, 0);
-        return Answer<Parameters>(g_wmi.spawn, instance);
+        return ReturnObject<Parameters>(g_wmi.spawn, instance);
     }
 };
 
@@ -148,13 +151,13 @@ public:
         Record("get method ", Narrow(name));
         EXPECT_EQ(flags, 0);
         EXPECT_EQ(out, nullptr);
-        return Answer<Signature>(g_wmi.getMethod, in);
+        return ReturnObject<Signature>(g_wmi.getMethod, in);
     }
 };
 
-class Enumerator final : public Counted<EnumeratorWithout> {
+class Enumerator final : public ReferenceCounted<EnumeratorWithout> {
 public:
-    Enumerator() : Counted("enumerator") {}
+    Enumerator() : ReferenceCounted("enumerator") {}
 
     HRESULT STDMETHODCALLTYPE Next(LONG timeout, ULONG count, IWbemClassObject** objects,
                                    ULONG* returned) override {
@@ -162,10 +165,10 @@ public:
         Record("next ", timeout, " ", count);
         EXPECT_EQ(*objects, nullptr);
         *returned = 0;
-        if (next_ == g_wmi.found.size()) return WBEM_S_FALSE;
-        const Found& found = g_wmi.found[next_++];
-        *objects = found.handsOut ? new Result(found.properties, next_) : nullptr;
-        *returned = found.handsOut ? 1 : 0;
+        if (next_ == g_wmi.results.size()) return WBEM_S_FALSE;
+        const QueryResult& found = g_wmi.results[next_++];
+        *objects = found.returnsObject ? new Result(found.properties, next_) : nullptr;
+        *returned = found.returnsObject ? 1 : 0;
         return found.result;
     }
 
@@ -173,17 +176,17 @@ private:
     std::size_t next_ = 0;
 };
 
-class Services final : public Counted<ServicesWithout> {
+class Services final : public ReferenceCounted<ServicesWithout> {
 public:
-    Services() : Counted("services") { g_services = this; }
+    Services() : ReferenceCounted("services") { g_services = this; }
 
     HRESULT STDMETHODCALLTYPE ExecQuery(const BSTR language, const BSTR query, LONG flags,
                                         IWbemContext* context, IEnumWbemClassObject** found) override {
         ExpectAlive();
         Record("query ", Shown(language), " ", Shown(query), " flags ", flags);
         EXPECT_EQ(context, nullptr);
-        if (Lacks(language) || Lacks(query)) return static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER);
-        return Answer<Enumerator>(g_wmi.query, found);
+        if (IsMissing(language) || IsMissing(query)) return static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER);
+        return ReturnObject<Enumerator>(g_wmi.query, found);
     }
     HRESULT STDMETHODCALLTYPE GetObject(const BSTR path, LONG flags, IWbemContext* context,
                                         IWbemClassObject** object, IWbemCallResult** result) override {
@@ -192,8 +195,8 @@ public:
         EXPECT_EQ(flags, 0);
         EXPECT_EQ(context, nullptr);
         EXPECT_EQ(result, nullptr);
-        if (Lacks(path)) return static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER);
-        return Answer<MethodsClass>(g_wmi.getObject, object);
+        if (IsMissing(path)) return static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER);
+        return ReturnObject<MethodsClass>(g_wmi.getObject, object);
     }
     HRESULT STDMETHODCALLTYPE ExecMethod(const BSTR path, const BSTR method, LONG flags,
                                          IWbemContext* context, IWbemClassObject* in, IWbemClassObject** out,
@@ -204,14 +207,14 @@ public:
         EXPECT_EQ(in, g_parameters);
         EXPECT_EQ(out, nullptr);
         EXPECT_EQ(result, nullptr);
-        if (Lacks(path) || Lacks(method)) return static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER);
+        if (IsMissing(path) || IsMissing(method)) return static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER);
         return g_wmi.exec;
     }
 };
 
-class Locator final : public Counted<IWbemLocator> {
+class Locator final : public ReferenceCounted<IWbemLocator> {
 public:
-    Locator() : Counted("locator") {}
+    Locator() : ReferenceCounted("locator") {}
 
     HRESULT STDMETHODCALLTYPE ConnectServer(const BSTR resource, const BSTR user, const BSTR password,
                                             const BSTR locale, LONG flags, const BSTR authority,
@@ -222,14 +225,14 @@ public:
             EXPECT_EQ(absent, nullptr);
         EXPECT_EQ(flags, 0);
         EXPECT_EQ(context, nullptr);
-        if (Lacks(resource)) return static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER);
-        return Answer<Services>(g_wmi.connect, services);
+        if (IsMissing(resource)) return static_cast<HRESULT>(WBEM_E_INVALID_PARAMETER);
+        return ReturnObject<Services>(g_wmi.connect, services);
     }
 };
 
 }  // namespace
 
-IWbemLocator* MakeLocator() {
+IWbemLocator* CreateLocator() {
     return new Locator;
 }
 
@@ -241,7 +244,7 @@ int ObjectsAlive() {
     return g_alive;
 }
 
-void ForgetObjects() {
+void ResetObjects() {
     g_alive = 0;
     g_services = nullptr;
     g_parameters = nullptr;

@@ -1,12 +1,15 @@
-// The objects of the fake WMI. None is ever deleted, so that a release too many is seen.
+// The objects of the fake WMI. None is ever deleted, so that a surplus release is detected.
 #pragma once
 
 #include "brightness/fake_wmi.h"
 
-IWbemLocator* MakeLocator();
+IWbemLocator* CreateLocator();
 
-// The connection that was handed out last.
+// The services object of the latest connection.
 IUnknown* LatestServices();
 
+// The number of objects that have not been released.
 int ObjectsAlive();
-void ForgetObjects();
+
+// Sets that number to 0.
+void ResetObjects();

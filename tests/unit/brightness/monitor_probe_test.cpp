@@ -1,4 +1,4 @@
-// What the report is told of each display monitor.
+// The properties of each display monitor for the support report.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -50,7 +50,7 @@ protected:
 
 }  // namespace
 
-TEST_F(Probe, TellsEverythingOfAMonitorThatAnswers) {
+TEST_F(Probe, ReadsEveryPropertyOfAMonitor) {
     g_monitors[0].physical[0] = {.handle = 11,
                                  .minimum = 10,
                                  .current = 55,
@@ -78,14 +78,14 @@ TEST_F(Probe, MakesEachCallOnce) {
                                      "fetch 1 of M1", "capabilities 11", "read 11", "destroy 1 of M1"));
 }
 
-TEST_F(Probe, AsksOnlyTheFirstPhysicalMonitor) {
+TEST_F(Probe, QueriesOnlyTheFirstPhysicalMonitor) {
     g_monitors[0].physical = {{.handle = 11, .description = L"one"}, {.handle = 12, .description = L"two"}};
     EXPECT_EQ(First().description, L"one");
     EXPECT_THAT(g_calls, ElementsAre("visit all", "info M1", "mode \\\\.\\DISPLAY1", "count M1",
                                      "fetch 2 of M1", "capabilities 11", "read 11", "destroy 2 of M1"));
 }
 
-TEST_F(Probe, TellsOfEachDisplayMonitorInOrder) {
+TEST_F(Probe, ListsTheDisplayMonitorsInOrder) {
     g_monitors.push_back({.device = L"\\\\.\\DISPLAY2", .physical = {{.handle = 21}}});
     g_monitors[1].primary = true;
     const MonitorProbeList list = Probes();
@@ -107,13 +107,13 @@ TEST_F(Probe, AMonitorWithoutTheCapabilityIsListedAndNotRead) {
     EXPECT_THAT(g_calls, Not(Contains("read 11")));
 }
 
-TEST_F(Probe, AMonitorThatDoesNotTellItsCapabilitiesIsListedAndNotRead) {
-    g_monitors[0].physical[0].tellsCapabilities = false;
+TEST_F(Probe, AMonitorWhoseCapabilitiesCannotBeReadIsListedAndNotRead) {
+    g_monitors[0].physical[0].capabilitiesReadable = false;
     EXPECT_FALSE(First().brightnessCapable);
     EXPECT_THAT(g_calls, Not(Contains("read 11")));
 }
 
-TEST_F(Probe, ACapableMonitorThatCannotBeReadHasABrightnessOfZeros) {
+TEST_F(Probe, ACapableMonitorThatCannotBeReadHasBrightnessZero) {
     g_monitors[0].physical[0].readable = false;
     const MonitorProbe probe = First();
     EXPECT_TRUE(probe.brightnessCapable);
@@ -122,8 +122,8 @@ TEST_F(Probe, ACapableMonitorThatCannotBeReadHasABrightnessOfZeros) {
     EXPECT_EQ(probe.maximum, 0U);
 }
 
-TEST_F(Probe, AModeThatIsNotToldIsZeros) {
-    g_monitors[0].tellsMode = false;
+TEST_F(Probe, AModeThatCannotBeReadIsZero) {
+    g_monitors[0].modeReadable = false;
     const MonitorProbe probe = First();
     EXPECT_EQ(probe.width, 0U);
     EXPECT_EQ(probe.height, 0U);
@@ -132,7 +132,7 @@ TEST_F(Probe, AModeThatIsNotToldIsZeros) {
     EXPECT_TRUE(probe.brightnessCapable);
 }
 
-TEST_F(Probe, ADisplayMonitorWithoutPhysicalMonitorsIsListedByItsName) {
+TEST_F(Probe, ADisplayMonitorWithoutPhysicalMonitorsIsListed) {
     g_monitors[0].physical.clear();
     const MonitorProbe probe = First();
     EXPECT_EQ(probe.deviceName, L"\\\\.\\DISPLAY1");
@@ -142,27 +142,27 @@ TEST_F(Probe, ADisplayMonitorWithoutPhysicalMonitorsIsListedByItsName) {
     EXPECT_THAT(g_calls, ElementsAre("visit all", "info M1", "mode \\\\.\\DISPLAY1", "count M1"));
 }
 
-TEST_F(Probe, ADisplayMonitorThatCannotBeCountedIsListed) {
+TEST_F(Probe, ADisplayMonitorWhosePhysicalMonitorsCannotBeCountedIsListed) {
     g_monitors[0].countable = false;
     EXPECT_EQ(First().description, L"");
     EXPECT_THAT(g_calls, ElementsAre("visit all", "info M1", "mode \\\\.\\DISPLAY1", "count M1"));
 }
 
-TEST_F(Probe, ADisplayMonitorWithAnAbsurdCountIsListed) {
-    g_monitors[0].countTold = 0xFFFFFFFF;
+TEST_F(Probe, ADisplayMonitorWithAnImplausibleCountIsListed) {
+    g_monitors[0].reportedCount = 0xFFFFFFFF;
     EXPECT_EQ(First().description, L"");
     EXPECT_THAT(g_calls, ElementsAre("visit all", "info M1", "mode \\\\.\\DISPLAY1", "count M1"));
 }
 
-TEST_F(Probe, ADisplayMonitorThatCannotBeFetchedIsListedAndHasNothingToDestroy) {
+TEST_F(Probe, ADisplayMonitorWhosePhysicalMonitorsCannotBeFetchedIsListed) {
     g_monitors[0].fetchable = false;
     EXPECT_EQ(First().description, L"");
     EXPECT_THAT(g_calls,
                 ElementsAre("visit all", "info M1", "mode \\\\.\\DISPLAY1", "count M1", "fetch 1 of M1"));
 }
 
-TEST_F(Probe, ADisplayMonitorWhoseInformationFailsHasNoName) {
-    g_monitors[0].tellsInfo = false;
+TEST_F(Probe, ADisplayMonitorWhoseInformationCannotBeReadHasNoName) {
+    g_monitors[0].infoReadable = false;
     g_monitors[0].primary = true;
     const MonitorProbe probe = First();
     EXPECT_EQ(probe.deviceName, L"");
@@ -170,17 +170,17 @@ TEST_F(Probe, ADisplayMonitorWhoseInformationFailsHasNoName) {
     EXPECT_TRUE(probe.brightnessCapable);
 }
 
-TEST_F(Probe, AHandleOfZeroIsAsked) {
+TEST_F(Probe, AHandleOfZeroIsQueried) {
     g_monitors[0].physical[0] = {.handle = 0, .current = 42};
     EXPECT_EQ(First().current, 42U);
 }
 
-TEST_F(Probe, ADescriptionOfFullLengthIsCutAtItsEnd) {
+TEST_F(Probe, ADescriptionOfFullLengthIsTerminated) {
     g_monitors[0].physical[0].description = std::wstring(PHYSICAL_MONITOR_DESCRIPTION_SIZE, L'd');
     EXPECT_EQ(First().description, std::wstring(PHYSICAL_MONITOR_DESCRIPTION_SIZE, L'd'));
 }
 
-TEST_F(Probe, AnInternalPanelSaysSoInExactlyThatSpelling) {
+TEST_F(Probe, InternalIsRecognisedInThatSpellingOnly) {
     EXPECT_TRUE(IsInternal(L"Internal"));
     EXPECT_TRUE(IsInternal(L"Internal Display"));
     EXPECT_TRUE(IsInternal(L"Generic (Internal)"));
@@ -192,7 +192,7 @@ TEST_F(Probe, AnInternalPanelSaysSoInExactlyThatSpelling) {
     EXPECT_FALSE(IsInternal(L""));
 }
 
-TEST_F(Probe, WithoutAListNothingIsAsked) {
+TEST_F(Probe, NoMonitorIsQueriedWithoutAList) {
     EXPECT_TRUE(ProbeMonitor(MakeHandle<HMONITOR>(0x100), nullptr, nullptr, 0));
     EXPECT_THAT(g_calls, IsEmpty());
 }

@@ -1,5 +1,5 @@
-// Asserting the lock: what is set, noted and armed, with and without displays.
-#include "brightness/pwm_bench.h"
+// Asserting the lock: the displays set, values saved and timers started, with and without displays.
+#include "brightness/pwm_fixture.h"
 #include "support/seam.h"
 
 AMBREL_USES_SEAMS(recorded_log);
@@ -10,11 +10,11 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class PwmAssert : public PwmBench {};
+class PwmAssert : public PwmFixture {};
 
 }  // namespace
 
-TEST_F(PwmAssert, EveryDisplayIsSetInListOrderThenThePollAndTheVerificationAreArmed) {
+TEST_F(PwmAssert, SetsEveryDisplayInListOrderThenStartsPollAndVerification) {
     g_displays = {{.name = L"P", .percent = 30, .kind = TargetKind::WmiPanel}, {.name = L"A", .percent = 60}};
     EXPECT_THAT(During([] { AssertPwmSafeLock(true); }),
                 ElementsAre("enumerate", "count", "P := 100", "A := 100", "kill timer 4", "set timer 4 2000",
@@ -23,7 +23,7 @@ TEST_F(PwmAssert, EveryDisplayIsSetInListOrderThenThePollAndTheVerificationAreAr
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 60}, {L"P", 30}}));
 }
 
-TEST_F(PwmAssert, AutomaticallyItMakesTheSameCalls) {
+TEST_F(PwmAssert, AnAutomaticAssertionMakesTheSameCalls) {
     g_displays = {{.name = L"A", .percent = 60}};
     g_app.pwmSafe = true;
     EXPECT_THAT(During([] { AssertPwmSafeLock(false); }),
@@ -32,7 +32,7 @@ TEST_F(PwmAssert, AutomaticallyItMakesTheSameCalls) {
     EXPECT_EQ(Flags(), "on verifying");
 }
 
-TEST_F(PwmAssert, AtTheSlowPaceThePollIsArmedWithThirtySeconds) {
+TEST_F(PwmAssert, WhileSlowedThePollIsStartedWith30Seconds) {
     g_displays = {{.name = L"A", .percent = 60}};
     g_app.pwmSafe = true;
     g_app.pwmRetrySlowed = true;
@@ -42,35 +42,35 @@ TEST_F(PwmAssert, AtTheSlowPaceThePollIsArmedWithThirtySeconds) {
     EXPECT_EQ(Flags(), "on verifying slowed");
 }
 
-TEST_F(PwmAssert, ItEndsTheConfirmation) {
+TEST_F(PwmAssert, ClearsTheConfirmation) {
     g_displays = {{.name = L"A"}};
     StartLocked();
     AssertPwmSafeLock(false);
     EXPECT_EQ(Flags(), "on verifying");
 }
 
-TEST_F(PwmAssert, AutomaticallyItLeavesAVerificationOfTheUsersSwitchAsItIs) {
+TEST_F(PwmAssert, AnAutomaticAssertionKeepsTheVerificationOfAUserSwitch) {
     g_displays = {{.name = L"A"}};
     StartVerifying(true);
     AssertPwmSafeLock(false);
     EXPECT_EQ(Flags(), "on verifying by-user");
 }
 
-TEST_F(PwmAssert, AutomaticallyItDoesNotMakeAVerificationTheUsers) {
+TEST_F(PwmAssert, AnAutomaticAssertionDoesNotTurnAVerificationIntoTheUsers) {
     g_displays = {{.name = L"A"}};
     StartVerifying(false);
     AssertPwmSafeLock(false);
     EXPECT_EQ(Flags(), "on verifying");
 }
 
-TEST_F(PwmAssert, ByTheUserItMakesAnOutstandingVerificationTheUsers) {
+TEST_F(PwmAssert, AUserAssertionTurnsAPendingVerificationIntoTheUsers) {
     g_displays = {{.name = L"A"}};
     StartVerifying(false);
     AssertPwmSafeLock(true);
     EXPECT_EQ(Flags(), "on verifying by-user");
 }
 
-TEST_F(PwmAssert, ANotedValueIsNeverReplaced) {
+TEST_F(PwmAssert, ASavedValueIsNeverReplaced) {
     g_displays = {{.name = L"A", .percent = 100}, {.name = L"B", .percent = 70}};
     g_app.pwmSafe = true;
     g_app.pwmSavedBrightness = {{L"A", 25}};
@@ -82,7 +82,7 @@ TEST_F(PwmAssert, ANotedValueIsNeverReplaced) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 25}, {L"B", 70}}));
 }
 
-TEST_F(PwmAssert, ANotedZeroIsAValueToo) {
+TEST_F(PwmAssert, ASavedZeroIsAValueToo) {
     g_displays = {{.name = L"A", .percent = 80}};
     g_app.pwmSafe = true;
     g_app.pwmSavedBrightness = {{L"A", 0}};
@@ -90,7 +90,7 @@ TEST_F(PwmAssert, ANotedZeroIsAValueToo) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 0}}));
 }
 
-TEST_F(PwmAssert, OfTwoDisplaysOfOneNameTheFirstValueIsNotedAndBothAreSet) {
+TEST_F(PwmAssert, TheFirstValueOfTwoDisplaysWithTheSameNameIsSavedAndBothAreSet) {
     g_displays = {{.name = L"A", .percent = 30}, {.name = L"A", .percent = 60}};
     EXPECT_THAT(During([] { AssertPwmSafeLock(true); }),
                 ElementsAre("enumerate", "count", "A := 100", "A := 100", "kill timer 4", "set timer 4 2000",
@@ -98,7 +98,7 @@ TEST_F(PwmAssert, OfTwoDisplaysOfOneNameTheFirstValueIsNotedAndBothAreSet) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 30}}));
 }
 
-TEST_F(PwmAssert, NotedNamesAreInOrderOfTheirCodeUnits) {
+TEST_F(PwmAssert, SavedNamesAreInTheOrderOfTheirCodeUnits) {
     g_displays = {{.name = L"b"}, {.name = L"A1"}, {.name = L"\x00E9"}, {.name = L"A"}, {.name = L"B"}};
     AssertPwmSafeLock(true);
     std::vector<std::wstring> names;
@@ -107,7 +107,7 @@ TEST_F(PwmAssert, NotedNamesAreInOrderOfTheirCodeUnits) {
     EXPECT_THAT(names, ElementsAre(L"A", L"A1", L"B", L"b", L"\x00E9"));
 }
 
-TEST_F(PwmAssert, DisplaysThatAreFullAreSetAllTheSame) {
+TEST_F(PwmAssert, DisplaysAt100AreSetToo) {
     g_displays = {{.name = L"A", .percent = 100}, {.name = L"B", .percent = 99}};
     EXPECT_THAT(During([] { AssertPwmSafeLock(true); }),
                 ElementsAre("enumerate", "count", "A := 100", "B := 100", "kill timer 4", "set timer 4 2000",
@@ -123,7 +123,7 @@ TEST_F(PwmAssert, ARefusalIsLeftToTheVerification) {
     EXPECT_EQ(Flags(), "on verifying by-user");
 }
 
-TEST_F(PwmAssert, ByTheUserWithNoDisplayTheModeIsOffAndWhatWasNotedIsForgotten) {
+TEST_F(PwmAssert, AUserAssertionWithoutADisplaySwitchesTheModeOffAndDiscardsTheSavedValues) {
     StartVerifying(true);
     g_app.pwmLockConfirmed = true;
     g_app.pwmSavedBrightness = {{L"A", 25}};
@@ -133,7 +133,7 @@ TEST_F(PwmAssert, ByTheUserWithNoDisplayTheModeIsOffAndWhatWasNotedIsForgotten) 
     EXPECT_THAT(g_sets, IsEmpty());
 }
 
-TEST_F(PwmAssert, AutomaticallyWithNoDisplayTheModeStaysOnAndThePollKeepsLooking) {
+TEST_F(PwmAssert, AnAutomaticAssertionWithoutADisplayKeepsTheModeOnAndPolls) {
     g_app.pwmSafe = true;
     g_app.pwmSavedBrightness = {{L"A", 25}};
     EXPECT_THAT(During([] { AssertPwmSafeLock(false); }),
@@ -143,20 +143,20 @@ TEST_F(PwmAssert, AutomaticallyWithNoDisplayTheModeStaysOnAndThePollKeepsLooking
     EXPECT_EQ(Label(), L"WAITING FOR DISPLAY");
 }
 
-TEST_F(PwmAssert, AutomaticallyWithNoDisplayTheSlowPaceStays) {
+TEST_F(PwmAssert, AnAutomaticAssertionWithoutADisplayKeepsTheLongPeriod) {
     g_app.pwmSafe = true;
     g_app.pwmRetrySlowed = true;
     EXPECT_THAT(During([] { AssertPwmSafeLock(false); }),
                 ElementsAre("enumerate", "count", "kill timer 4", "set timer 4 30000"));
 }
 
-TEST_F(PwmAssert, AutomaticallyWithNoDisplayAnOutstandingVerificationStays) {
+TEST_F(PwmAssert, AnAutomaticAssertionWithoutADisplayKeepsAPendingVerification) {
     StartVerifying(true);
     AssertPwmSafeLock(false);
     EXPECT_EQ(Flags(), "on verifying by-user");
 }
 
-TEST_F(PwmAssert, WithoutAWindowTheDisplaysAreSetAndNoTimerIsTouched) {
+TEST_F(PwmAssert, SetsTheDisplaysAndNoTimerWithoutAWindow) {
     g_app.mainWindow = nullptr;
     g_displays = {{.name = L"A"}};
     EXPECT_THAT(During([] { AssertPwmSafeLock(true); }), ElementsAre("enumerate", "count", "A := 100"));
@@ -165,7 +165,7 @@ TEST_F(PwmAssert, WithoutAWindowTheDisplaysAreSetAndNoTimerIsTouched) {
     EXPECT_THAT(During([] { AssertPwmSafeLock(false); }), ElementsAre("enumerate", "count"));
 }
 
-TEST_F(PwmAssert, AtTheProgramsEndNothingIsAskedSetNotedOrArmed) {
+TEST_F(PwmAssert, DoesNothingAtTheEndOfTheProgram) {
     g_displays = {{.name = L"A"}};
     g_app.ending = true;
     for (const bool byUser : {false, true}) {
@@ -178,7 +178,7 @@ TEST_F(PwmAssert, AtTheProgramsEndNothingIsAskedSetNotedOrArmed) {
     }
 }
 
-TEST_F(PwmAssert, SchedulingThePollKillsAndSetsItByModeAndPace) {
+TEST_F(PwmAssert, SchedulingThePollKillsAndSetsItByModeAndPeriod) {
     EXPECT_THAT(During([] { SchedulePwmSafePoll(); }), ElementsAre("kill timer 4"));
     g_app.pwmRetrySlowed = true;
     EXPECT_THAT(During([] { SchedulePwmSafePoll(); }), ElementsAre("kill timer 4"));

@@ -1,5 +1,5 @@
-// The controller over real targets: every call that reaches monitors and panels in each operation. A slow
-// monitor takes seconds for each, so none is made twice and none is made that is not needed.
+// The controller with real targets: all calls to monitors and panels in each operation. A slow monitor takes
+// seconds per call, so every needless or repeated call is a failure.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -19,13 +19,13 @@ namespace {
 using testing::ElementsAreArray;
 
 std::uint32_t g_panelPercent;
-bool g_panelThere;
+bool g_panelPresent;
 
-// Two display monitors, each read from its capability on.
-const CallRecord kLook = {"list panels", "visit all",       "count M1", "fetch 1 of M1",
-                          "info M1",     "capabilities 11", "read 11",  "destroy 1 of M1",
-                          "count M2",    "fetch 1 of M2",   "info M2",  "capabilities 21",
-                          "read 21",     "destroy 1 of M2"};
+// An enumeration of two display monitors.
+const CallRecord kEnumeration = {"list panels", "visit all",       "count M1", "fetch 1 of M1",
+                                 "info M1",     "capabilities 11", "read 11",  "destroy 1 of M1",
+                                 "count M2",    "fetch 1 of M2",   "info M2",  "capabilities 21",
+                                 "read 21",     "destroy 1 of M2"};
 
 CallRecord SetFirst(const std::string& raw) {
     return {"visit all",       "count M1", "fetch 1 of M1", "info M1", "read 11",        "write 11 " + raw,
@@ -44,13 +44,13 @@ CallRecord InOrder(const std::vector<CallRecord>& parts) {
     return all;
 }
 
-const CallRecord kArm = {"kill timer 4", "set timer 4 2000", "kill timer 5", "set timer 5 750"};
+const CallRecord kTimersStarted = {"kill timer 4", "set timer 4 2000", "kill timer 5", "set timer 5 750"};
 
 class PwmCalls : public testing::Test {
 protected:
     void SetUp() override {
         StartWithoutMonitors();
-        g_panelThere = false;
+        g_panelPresent = false;
         g_panelPercent = 45;
         g_app.mainWindow = MakeHandle<HWND>(0x1234);
         g_monitors = {{.device = L"D1", .physical = {{.handle = 11, .current = 40, .maximum = 80}}},
@@ -79,7 +79,7 @@ protected:
 
 AMBREL_REPLACE(void, EnumerateWmiTargets, (DisplayTargetList * list)) {
     Record("list panels");
-    if (g_panelThere) list->push_back({TargetKind::WmiPanel, L"panel", 0, 100, g_panelPercent});
+    if (g_panelPresent) list->push_back({TargetKind::WmiPanel, L"panel", 0, 100, g_panelPercent});
 }
 
 AMBREL_REPLACE(bool, SetWmiBrightness, (const std::wstring& name, std::uint32_t percent)) {
@@ -92,73 +92,75 @@ AMBREL_REPLACE(void, SaveSettings, ()) {
     Record(g_app.pwmSafe ? "save on" : "save off");
 }
 
-TEST_F(PwmCalls, SwitchingOnListsOnceAndSetsEachMonitorOnce) {
+TEST_F(PwmCalls, SwitchingOnEnumeratesOnceAndSetsEachMonitorOnce) {
     EXPECT_THAT(During([] { TogglePwmSafeByUser(); }),
                 ElementsAreArray(InOrder({{"log: PWM-safe toggled ON by user"},
-                                          kLook,
+                                          kEnumeration,
                                           {"log: PWM-safe targets: 2 controllable (was 0)"},
                                           SetFirst("80"),
                                           SetSecond("100"),
-                                          kArm,
+                                          kTimersStarted,
                                           {"save on"}})));
 }
 
-TEST_F(PwmCalls, AVerificationListsOnce) {
+TEST_F(PwmCalls, AVerificationEnumeratesOnce) {
     TogglePwmSafeByUser();
-    EXPECT_THAT(During([] { VerifyPwmLock(); }),
-                ElementsAreArray(InOrder(
-                    {{"kill timer 5"}, kLook, {"log: PWM-safe: 2 display(s) confirmed locked at 100%"}})));
+    EXPECT_THAT(
+        During([] { VerifyPwmLock(); }),
+        ElementsAreArray(InOrder(
+            {{"kill timer 5"}, kEnumeration, {"log: PWM-safe: 2 display(s) confirmed locked at 100%"}})));
 }
 
-TEST_F(PwmCalls, APollThatFindsTheLockListsOnce) {
+TEST_F(PwmCalls, APollThatFindsTheLockEnumeratesOnce) {
     Lock();
-    EXPECT_THAT(During([] { RefreshPwmSafeTargets(true); }), ElementsAreArray(kLook));
+    EXPECT_THAT(During([] { RefreshPwmSafeTargets(true); }), ElementsAreArray(kEnumeration));
 }
 
-TEST_F(PwmCalls, APollThatFindsItSlippedListsTwiceAndSetsEachMonitorOnce) {
+TEST_F(PwmCalls, APollThatFindsALostLockEnumeratesTwiceAndSetsEachMonitorOnce) {
     Lock();
     g_monitors[1].physical[0].current = 30;
     EXPECT_THAT(During([] { RefreshPwmSafeTargets(true); }),
-                ElementsAreArray(InOrder({kLook, kLook, SetFirst("80"), SetSecond("100"), kArm})));
+                ElementsAreArray(
+                    InOrder({kEnumeration, kEnumeration, SetFirst("80"), SetSecond("100"), kTimersStarted})));
 }
 
-TEST_F(PwmCalls, SwitchingOffListsTwiceAndSetsEachMonitorBackOnce) {
+TEST_F(PwmCalls, SwitchingOffEnumeratesTwiceAndRestoresEachMonitorOnce) {
     Lock();
     EXPECT_THAT(During([] { TogglePwmSafeByUser(); }),
                 ElementsAreArray(InOrder({{"log: PWM-safe toggled OFF by user", "kill timer 5"},
-                                          kLook,
+                                          kEnumeration,
                                           SetFirst("40"),
                                           SetSecond("70"),
                                           {"kill timer 4"},
-                                          kLook,
+                                          kEnumeration,
                                           {"save off"}})));
     EXPECT_EQ(g_monitors[0].physical[0].current, 40U);
     EXPECT_EQ(g_monitors[1].physical[0].current, 70U);
 }
 
-TEST_F(PwmCalls, APanelIsListedAndSetBeforeTheMonitors) {
-    g_panelThere = true;
+TEST_F(PwmCalls, APanelIsEnumeratedAndSetBeforeTheMonitors) {
+    g_panelPresent = true;
     EXPECT_THAT(During([] { TogglePwmSafeByUser(); }),
                 ElementsAreArray(InOrder({{"log: PWM-safe toggled ON by user"},
-                                          kLook,
+                                          kEnumeration,
                                           {"log: PWM-safe targets: 3 controllable (was 0)", "panel := 100"},
                                           SetFirst("80"),
                                           SetSecond("100"),
-                                          kArm,
+                                          kTimersStarted,
                                           {"save on"}})));
     VerifyPwmLock();
     TogglePwmSafeByUser();
     EXPECT_EQ(g_panelPercent, 45U);
 }
 
-TEST_F(PwmCalls, AMonitorThatCannotBeReadCostsItsOwnReadAndIsNeverSet) {
+TEST_F(PwmCalls, AMonitorThatCannotBeReadIsReadOncePerEnumerationAndNeverSet) {
     g_monitors[0].physical[0].readable = false;
     EXPECT_THAT(During([] { TogglePwmSafeByUser(); }),
                 ElementsAreArray(InOrder({{"log: PWM-safe toggled ON by user"},
-                                          kLook,
+                                          kEnumeration,
                                           {"log: PWM-safe targets: 1 controllable (was 0)"},
                                           SetSecond("100"),
-                                          kArm,
+                                          kTimersStarted,
                                           {"save on"}})));
 }
 
@@ -166,26 +168,26 @@ TEST_F(PwmCalls, AMonitorThatRefusesIsReadAndWrittenOnceInEachAssertion) {
     g_monitors[0].physical[0].settable = false;
     EXPECT_THAT(During([] { TogglePwmSafeByUser(); }),
                 ElementsAreArray(InOrder({{"log: PWM-safe toggled ON by user"},
-                                          kLook,
+                                          kEnumeration,
                                           {"log: PWM-safe targets: 2 controllable (was 0)"},
                                           SetFirst("80"),
                                           SetSecond("100"),
-                                          kArm,
+                                          kTimersStarted,
                                           {"save on"}})));
     EXPECT_THAT(
         During([] { VerifyPwmLock(); }),
         ElementsAreArray(InOrder({{"kill timer 5"},
-                                  kLook,
+                                  kEnumeration,
                                   {"log: PWM-safe: 100% lock not confirmed (1 of 2) - reverting toggle"},
-                                  kLook,
+                                  kEnumeration,
                                   SetFirst("40"),
                                   SetSecond("70"),
                                   {"save off", "kill timer 4"},
-                                  kLook})));
+                                  kEnumeration})));
     EXPECT_EQ(g_monitors[1].physical[0].current, 70U);
 }
 
-TEST_F(PwmCalls, AMonitorWithAnEmptyRangeCountsAsFullAndIsWrittenWithItsMaximumBothWays) {
+TEST_F(PwmCalls, AMonitorWithAnEmptyRangeIsTreatedAsAt100AndSetToItsMaximumBothWays) {
     g_monitors[0].physical[0] = {.handle = 11, .minimum = 60, .current = 60, .maximum = 60};
     Lock();
     EXPECT_THAT(g_calls, testing::Contains("write 11 60").Times(1));
@@ -193,7 +195,7 @@ TEST_F(PwmCalls, AMonitorWithAnEmptyRangeCountsAsFullAndIsWrittenWithItsMaximumB
     EXPECT_THAT(g_calls, testing::Contains("write 11 60").Times(2));
 }
 
-TEST_F(PwmCalls, AMonitorUnpluggedSinceItWasLockedIsPassedOverByTheRelease) {
+TEST_F(PwmCalls, TheReleaseSkipsAMonitorThatWasUnpluggedWhileLocked) {
     TogglePwmSafeByUser();
     g_monitors[0].device = L"D9";
     VerifyPwmLock();

@@ -1,4 +1,4 @@
-#include "brightness/pwm_safe.h"
+#include "brightness/pwm_card_label.h"
 
 #include <gtest/gtest.h>
 
@@ -31,12 +31,12 @@ protected:
 
 }  // namespace
 
-TEST_F(PwmCardOn, WithoutADisplayItWaitsForOne) {
+TEST_F(PwmCardOn, WaitsForADisplay) {
     g_app.pwmTargetsPresent = false;
     EXPECT_EQ(Label(), L"WAITING FOR DISPLAY");
 }
 
-TEST_F(PwmCardOn, AMissingDisplayComesBeforeEverythingElse) {
+TEST_F(PwmCardOn, AMissingDisplayTakesPrecedence) {
     g_app.pwmTargetsPresent = false;
     g_app.pwmVerifyPending = true;
     g_app.pwmLockConfirmed = true;
@@ -45,12 +45,12 @@ TEST_F(PwmCardOn, AMissingDisplayComesBeforeEverythingElse) {
     EXPECT_EQ(Label(), L"WAITING FOR DISPLAY");
 }
 
-TEST_F(PwmCardOn, APendingVerificationIsSaid) {
+TEST_F(PwmCardOn, ShowsAPendingVerification) {
     g_app.pwmVerifyPending = true;
     EXPECT_EQ(Label(), L"VERIFYING 100% LOCK");
 }
 
-TEST_F(PwmCardOn, APendingVerificationComesBeforeConfirmationAndPace) {
+TEST_F(PwmCardOn, APendingVerificationTakesPrecedenceOverConfirmationAndSlowdown) {
     g_app.pwmVerifyPending = true;
     g_app.pwmLockConfirmed = true;
     g_app.pwmRetrySlowed = true;
@@ -58,71 +58,71 @@ TEST_F(PwmCardOn, APendingVerificationComesBeforeConfirmationAndPace) {
     EXPECT_EQ(Label(), L"VERIFYING 100% LOCK");
 }
 
-TEST_F(PwmCardOn, ADisplayThatRefusesForLongIsNamed) {
+TEST_F(PwmCardOn, ShowsThatADisplayDoesNotHoldTheLock) {
     g_app.pwmRetrySlowed = true;
     EXPECT_EQ(Label(), L"DISPLAY WON'T HOLD 100%");
 }
 
-TEST_F(PwmCardOn, ADisplayThatRefusesForLongIsNamedAlikeWhenItIsBuiltIn) {
+TEST_F(PwmCardOn, ShowsTheSameForABuiltInPanelThatDoesNotHoldTheLock) {
     g_app.pwmRetrySlowed = true;
     g_app.pwmBuiltInOnly = true;
     EXPECT_EQ(Label(), L"DISPLAY WON'T HOLD 100%");
 }
 
-TEST_F(PwmCardOn, AnUnconfirmedLockIsReasserted) {
+TEST_F(PwmCardOn, ShowsThatAnUnconfirmedLockIsReasserted) {
     EXPECT_EQ(Label(), L"REASSERTING 100% LOCK");
 }
 
-TEST_F(PwmCardOn, AnUnconfirmedLockIsReassertedAlikeOnABuiltInPanel) {
+TEST_F(PwmCardOn, ShowsTheSameForAnUnconfirmedLockOfABuiltInPanel) {
     g_app.pwmBuiltInOnly = true;
     EXPECT_EQ(Label(), L"REASSERTING 100% LOCK");
 }
 
-TEST_F(PwmCardOn, AConfirmedLockOfBuiltInPanelsOnlyIsSaid) {
+TEST_F(PwmCardOn, ShowsAConfirmedLockOfBuiltInPanels) {
     g_app.pwmLockConfirmed = true;
     g_app.pwmBuiltInOnly = true;
     EXPECT_EQ(Label(), L"BUILT-IN PANEL LOCKED AT 100%");
 }
 
-TEST_F(PwmCardOn, AConfirmedLockIsSaid) {
+TEST_F(PwmCardOn, ShowsAConfirmedLock) {
     g_app.pwmLockConfirmed = true;
     EXPECT_EQ(Label(), L"DISPLAY LOCKED AT 100%");
 }
 
-TEST_F(PwmCardOn, TheSlowPaceDoesNotCountOnceTheLockIsConfirmed) {
+TEST_F(PwmCardOn, AConfirmedLockTakesPrecedenceOverTheSlowdown) {
     g_app.pwmLockConfirmed = true;
     g_app.pwmRetrySlowed = true;
     EXPECT_EQ(Label(), L"DISPLAY LOCKED AT 100%");
 }
 
-TEST_F(PwmCardOn, TheCountsDoNotMatter) {
+TEST_F(PwmCardOn, TheCountsAreNotUsed) {
     g_app.pwmLockConfirmed = true;
     g_app.pwmTargetsAt100 = 0;
     EXPECT_EQ(Label(), L"DISPLAY LOCKED AT 100%");
 }
 
-TEST_F(PwmCard, OffWithEveryDisplayAtFullSaysSo) {
+TEST_F(PwmCard, ShowsThatEveryDisplayIsAt100) {
     EXPECT_EQ(Label(), L"DISPLAY ALREADY AT 100%");
 }
 
-TEST_F(PwmCard, OffWithMoreAtFullThanThereAreSaysSoToo) {
+TEST_F(PwmCard, ShowsTheSameIfMoreTargetsAreAt100ThanThereAre) {
     g_app.pwmTargetsAt100 = 3;
     EXPECT_EQ(Label(), L"DISPLAY ALREADY AT 100%");
 }
 
-TEST_F(PwmCard, OffWithNoDisplayAtAllReadsAlreadyAtFull) {
+TEST_F(PwmCard, ShowsTheSameWithoutAnyDisplay) {
     g_app.pwmTargetsPresent = false;
     g_app.pwmTargetCount = 0;
     g_app.pwmTargetsAt100 = 0;
     EXPECT_EQ(Label(), L"DISPLAY ALREADY AT 100%");
 }
 
-TEST_F(PwmCard, OffWithBuiltInPanelsAtFullSaysDisplay) {
+TEST_F(PwmCard, ShowsTheSameForBuiltInPanels) {
     g_app.pwmBuiltInOnly = true;
     EXPECT_EQ(Label(), L"DISPLAY ALREADY AT 100%");
 }
 
-TEST_F(PwmCard, OffTheCountsAreComparedAsSignedNumbers) {
+TEST_F(PwmCard, TheCountsAreComparedAsSignedNumbers) {
     g_app.pwmTargetCount = 0;
     g_app.pwmTargetsAt100 = -1;
     EXPECT_EQ(Label(), L"LOCK DISPLAY AT 100%");
@@ -131,18 +131,18 @@ TEST_F(PwmCard, OffTheCountsAreComparedAsSignedNumbers) {
     EXPECT_EQ(Label(), L"DISPLAY ALREADY AT 100%");
 }
 
-TEST_F(PwmCard, OffWithADimmedBuiltInPanelOffersItsLock) {
+TEST_F(PwmCard, OffersTheLockOfADimmedBuiltInPanel) {
     g_app.pwmTargetsAt100 = 1;
     g_app.pwmBuiltInOnly = true;
     EXPECT_EQ(Label(), L"LOCK BUILT-IN PANEL AT 100%");
 }
 
-TEST_F(PwmCard, OffWithADimmedDisplayOffersTheLock) {
+TEST_F(PwmCard, OffersTheLockOfADimmedDisplay) {
     g_app.pwmTargetsAt100 = 1;
     EXPECT_EQ(Label(), L"LOCK DISPLAY AT 100%");
 }
 
-TEST_F(PwmCard, OffTheFieldsOfTheLockDoNotMatter) {
+TEST_F(PwmCard, TheStateOfTheLockIsNotUsedWhileOff) {
     g_app.pwmTargetsAt100 = 1;
     g_app.pwmTargetsPresent = false;
     g_app.pwmVerifyPending = true;
@@ -151,12 +151,12 @@ TEST_F(PwmCard, OffTheFieldsOfTheLockDoNotMatter) {
     EXPECT_EQ(Label(), L"LOCK DISPLAY AT 100%");
 }
 
-TEST_F(PwmCard, AFreshRecordReadsAlreadyAtFull) {
+TEST_F(PwmCard, ANewAppStateShowsThatEveryDisplayIsAt100) {
     g_app = AppState{};
     EXPECT_EQ(Label(), L"DISPLAY ALREADY AT 100%");
 }
 
-TEST_F(PwmCard, AskingChangesNothing) {
+TEST_F(PwmCard, ReturningTheLabelChangesNothing) {
     g_app.pwmSafe = true;
     g_app.pwmTargetsAt100 = 1;
     Label();

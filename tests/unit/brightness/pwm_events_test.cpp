@@ -1,7 +1,7 @@
-// The lock at the window's creation, after display changes, and through long runs of refusals.
+// The lock when the window is created, after display changes, and through long runs of failures.
 #include <algorithm>
 
-#include "brightness/pwm_bench.h"
+#include "brightness/pwm_fixture.h"
 #include "support/seam.h"
 
 AMBREL_USES_SEAMS(recorded_log);
@@ -12,24 +12,24 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class PwmRestore : public PwmBench {
+class PwmRestore : public PwmFixture {
 protected:
     static CallRecord Restore() {
         return During([] { RestorePwmSafeFromSettings(); });
     }
 };
 
-class PwmDisplayChange : public PwmBench {
+class PwmDisplayChange : public PwmFixture {
 protected:
     static CallRecord Change() {
         return During([] { ReassertPwmSafeAfterChange(); });
     }
 };
 
-class PwmSlowing : public PwmBench {
+class PwmSlowing : public PwmFixture {
 protected:
     void SetUp() override {
-        PwmBench::SetUp();
+        PwmFixture::SetUp();
         g_displays = {{.name = L"A"}};
         StartLocked();
         Display(L"A").percent = 40;
@@ -60,14 +60,14 @@ const std::string kSlowing =
 
 }  // namespace
 
-TEST_F(PwmRestore, OffTheProgramLooksOnceAndDoesNotPoll) {
+TEST_F(PwmRestore, WhileOffTheDisplaysAreEnumeratedOnceAndNotPolled) {
     g_displays = {{.name = L"A", .percent = 40}};
     EXPECT_THAT(Restore(), ElementsAre("enumerate", "count", "kill timer 4"));
     EXPECT_EQ(Flags(), "off");
     EXPECT_EQ(Label(), L"LOCK DISPLAY AT 100%");
 }
 
-TEST_F(PwmRestore, OnWithDisplaysTheLockIsAssertedAndTheirNumberLogged) {
+TEST_F(PwmRestore, AssertsTheLockAndLogsTheNumberOfDisplays) {
     g_displays = {{.name = L"A", .percent = 40}, {.name = L"B", .percent = 60}};
     g_app.pwmSafe = true;
     EXPECT_THAT(Restore(),
@@ -78,7 +78,7 @@ TEST_F(PwmRestore, OnWithDisplaysTheLockIsAssertedAndTheirNumberLogged) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 40}, {L"B", 60}}));
 }
 
-TEST_F(PwmRestore, OnWithNoDisplayItIsWaitedForAndSaidSo) {
+TEST_F(PwmRestore, WaitsForADisplayAndLogsIt) {
     g_app.pwmSafe = true;
     EXPECT_THAT(Restore(),
                 ElementsAre("enumerate", "count", "enumerate", "count", "kill timer 4", "set timer 4 2000",
@@ -88,7 +88,7 @@ TEST_F(PwmRestore, OnWithNoDisplayItIsWaitedForAndSaidSo) {
     EXPECT_EQ(Label(), L"WAITING FOR DISPLAY");
 }
 
-TEST_F(PwmRestore, OnWithNoDisplayTheOneThatAppearsIsLockedByTheNextPoll) {
+TEST_F(PwmRestore, ADisplayThatAppearsIsLockedByTheNextPoll) {
     g_app.pwmSafe = true;
     Restore();
     g_displays = {{.name = L"A", .percent = 40}};
@@ -107,14 +107,14 @@ TEST_F(PwmRestore, ARestoredLockThatFailsStaysOn) {
     EXPECT_EQ(Flags(), "on pending-logged");
 }
 
-TEST_F(PwmDisplayChange, WithTheModeOffItOnlyLooks) {
+TEST_F(PwmDisplayChange, WhileOffTheDisplaysAreOnlyCounted) {
     g_displays = {{.name = L"A", .percent = 40}};
     g_app.pwmRetryCount = 3;
     EXPECT_THAT(Change(), ElementsAre("enumerate", "count"));
     EXPECT_EQ(g_app.pwmRetryCount, 3);
 }
 
-TEST_F(PwmDisplayChange, WithTheModeOnTheLockIsAssertedEvenWhereItHolds) {
+TEST_F(PwmDisplayChange, AssertsTheLockEvenIfItHolds) {
     g_displays = {{.name = L"A"}};
     StartLocked();
     EXPECT_THAT(Change(), ElementsAre("enumerate", "count", "enumerate", "count", "A := 100", "kill timer 4",
@@ -122,7 +122,7 @@ TEST_F(PwmDisplayChange, WithTheModeOnTheLockIsAssertedEvenWhereItHolds) {
     EXPECT_EQ(Flags(), "on verifying");
 }
 
-TEST_F(PwmDisplayChange, FailuresAreForgotten) {
+TEST_F(PwmDisplayChange, ResetsTheCountOfFailures) {
     g_displays = {{.name = L"A"}};
     StartLocked();
     g_app.pwmRetryCount = 9;
@@ -131,7 +131,7 @@ TEST_F(PwmDisplayChange, FailuresAreForgotten) {
     EXPECT_EQ(g_app.pwmRetryCount, 0);
 }
 
-TEST_F(PwmDisplayChange, TheSlowPaceEndsAndIsSaid) {
+TEST_F(PwmDisplayChange, ResetsTheLongPeriodAndLogsIt) {
     g_displays = {{.name = L"A", .percent = 40}};
     g_app.pwmSafe = true;
     g_app.pwmRetrySlowed = true;
@@ -144,13 +144,13 @@ TEST_F(PwmDisplayChange, TheSlowPaceEndsAndIsSaid) {
     EXPECT_EQ(g_app.pwmRetryCount, 0);
 }
 
-TEST_F(PwmDisplayChange, WithTheModeOffTheSlowPaceIsLeftAlone) {
+TEST_F(PwmDisplayChange, WhileOffTheLongPeriodIsKept) {
     g_app.pwmRetrySlowed = true;
     EXPECT_THAT(Change(), ElementsAre("enumerate", "count"));
     EXPECT_EQ(Flags(), "off slowed");
 }
 
-TEST_F(PwmDisplayChange, WithTheLastDisplayGoneThePollKeepsLooking) {
+TEST_F(PwmDisplayChange, PollsAfterTheLastDisplayDisconnects) {
     g_displays = {{.name = L"A"}};
     StartLocked();
     g_displays.clear();
@@ -160,7 +160,7 @@ TEST_F(PwmDisplayChange, WithTheLastDisplayGoneThePollKeepsLooking) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 40}}));
 }
 
-TEST_F(PwmDisplayChange, ADisplayThatComesBackKeepsTheValueFirstNoted) {
+TEST_F(PwmDisplayChange, AReconnectedDisplayKeepsTheValueSavedFirst) {
     g_displays = {{.name = L"A"}};
     StartLocked();
     Display(L"A").present = false;
@@ -173,7 +173,7 @@ TEST_F(PwmDisplayChange, ADisplayThatComesBackKeepsTheValueFirstNoted) {
     EXPECT_EQ(Display(L"A").percent, 40U);
 }
 
-TEST_F(PwmDisplayChange, DuringTheUsersVerificationItStaysTheUsers) {
+TEST_F(PwmDisplayChange, AVerificationOfAUserSwitchRemainsTheUsers) {
     g_displays = {{.name = L"A", .percent = 40, .ignores = true}};
     TogglePwmSafeByUser();
     Change();
@@ -182,7 +182,7 @@ TEST_F(PwmDisplayChange, DuringTheUsersVerificationItStaysTheUsers) {
     EXPECT_EQ(Flags(), "off");
 }
 
-TEST_F(PwmDisplayChange, AtTheProgramsEndNothingIsSet) {
+TEST_F(PwmDisplayChange, NothingIsSetAtTheEndOfTheProgram) {
     g_displays = {{.name = L"A"}};
     StartLocked();
     g_app.ending = true;
@@ -190,7 +190,7 @@ TEST_F(PwmDisplayChange, AtTheProgramsEndNothingIsSet) {
     EXPECT_THAT(g_sets, IsEmpty());
 }
 
-TEST_F(PwmSlowing, NineFailuresKeepThePaceAndTheTenthSlowsIt) {
+TEST_F(PwmSlowing, TheTenthFailureSlowsThePoll) {
     FailTimes(9);
     EXPECT_EQ(Flags(), "on pending-logged");
     EXPECT_EQ(Label(), L"REASSERTING 100% LOCK");
@@ -202,7 +202,7 @@ TEST_F(PwmSlowing, NineFailuresKeepThePaceAndTheTenthSlowsIt) {
     EXPECT_EQ(Label(), L"DISPLAY WON'T HOLD 100%");
 }
 
-TEST_F(PwmSlowing, ThePendingLineComesOnceInThirtyFailuresAndTheSlowingLineToo) {
+TEST_F(PwmSlowing, ThirtyFailuresLogThePendingLineAndTheSlowdownLineOnce) {
     g_calls.clear();
     for (int i = 0; i < 30; ++i) {
         RefreshPwmSafeTargets(true);
@@ -213,7 +213,7 @@ TEST_F(PwmSlowing, ThePendingLineComesOnceInThirtyFailuresAndTheSlowingLineToo) 
     EXPECT_EQ(g_app.pwmRetryCount, 30);
 }
 
-TEST_F(PwmSlowing, AfterASuccessTheNextFailureIsANewEpisode) {
+TEST_F(PwmSlowing, AFailureAfterASuccessStartsANewEpisode) {
     FailTimes(3);
     Display(L"A").ignores = false;
     RefreshPwmSafeTargets(true);
@@ -225,7 +225,7 @@ TEST_F(PwmSlowing, AfterASuccessTheNextFailureIsANewEpisode) {
     EXPECT_EQ(g_app.pwmRetryCount, 1);
 }
 
-TEST_F(PwmSlowing, FailuresWithoutADisplayDoNotCount) {
+TEST_F(PwmSlowing, FailuresWithoutADisplayAreNotCounted) {
     FailTimes(9);
     g_displays.clear();
     g_app.pwmVerifyPending = true;
@@ -238,7 +238,7 @@ TEST_F(PwmSlowing, FailuresWithoutADisplayDoNotCount) {
     EXPECT_TRUE(g_app.pwmRetrySlowed);
 }
 
-TEST_F(PwmSlowing, ASuccessfulVerificationRestoresThePaceAndTheNextTenFailuresSlowItAgain) {
+TEST_F(PwmSlowing, ASuccessRestoresThePeriodAndTenMoreFailuresSlowItAgain) {
     FailTimes(10);
     Display(L"A").ignores = false;
     RefreshPwmSafeTargets(true);
@@ -251,7 +251,7 @@ TEST_F(PwmSlowing, ASuccessfulVerificationRestoresThePaceAndTheNextTenFailuresSl
     EXPECT_THAT(FailOnce(), testing::Contains("log: " + kSlowing));
 }
 
-TEST_F(PwmSlowing, ADisplayTurnedUpByHandIsConfirmedByThePollAtTheSlowPace) {
+TEST_F(PwmSlowing, ADisplayTurnedUpByTheUserIsConfirmedByThePollWhileSlowed) {
     FailTimes(10);
     Display(L"A").percent = 100;
     EXPECT_THAT(During([] { RefreshPwmSafeTargets(true); }), ElementsAre("enumerate", "count"));
@@ -259,7 +259,7 @@ TEST_F(PwmSlowing, ADisplayTurnedUpByHandIsConfirmedByThePollAtTheSlowPace) {
     EXPECT_EQ(Label(), L"DISPLAY LOCKED AT 100%");
 }
 
-TEST_F(PwmSlowing, ADisplayChangeRestoresThePace) {
+TEST_F(PwmSlowing, ADisplayChangeRestoresThePeriod) {
     FailTimes(10);
     EXPECT_THAT(During([] { ReassertPwmSafeAfterChange(); }),
                 ElementsAre("enumerate", "count", "log: PWM-safe: display change - retry pace reset",
@@ -269,7 +269,7 @@ TEST_F(PwmSlowing, ADisplayChangeRestoresThePace) {
     EXPECT_EQ(g_app.pwmRetryCount, 1);
 }
 
-TEST_F(PwmSlowing, AToggleRestoresThePace) {
+TEST_F(PwmSlowing, AToggleRestoresThePeriod) {
     FailTimes(10);
     TogglePwmSafeByUser();
     Display(L"A").ignores = false;

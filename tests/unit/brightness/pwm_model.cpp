@@ -6,21 +6,21 @@
 
 namespace {
 
-bool AllFull(const DisplayTargetList& seen) {
-    for (const DisplayTarget& target : seen) {
+bool AllAt100(const DisplayTargetList& list) {
+    for (const DisplayTarget& target : list) {
         if (target.percent < 99) return false;
     }
-    return !seen.empty();
+    return !list.empty();
 }
 
-std::string FullOf(const DisplayTargetList& seen, const std::string& between) {
-    int full = 0;
-    for (const DisplayTarget& target : seen)
-        full += target.percent >= 99 ? 1 : 0;
-    return std::to_string(full) + between + std::to_string(seen.size());
+std::string CountAt100(const DisplayTargetList& list, const std::string& between) {
+    int at100 = 0;
+    for (const DisplayTarget& target : list)
+        at100 += target.percent >= 99 ? 1 : 0;
+    return std::to_string(at100) + between + std::to_string(list.size());
 }
 
-std::string Say(const std::string& line) {
+std::string LogLine(const std::string& line) {
     return "log: PWM-safe" + line;
 }
 
@@ -30,21 +30,21 @@ std::string SetTo(const std::wstring& name, std::uint32_t percent) {
 
 }  // namespace
 
-DisplayTargetList PwmModel::Look() {
-    if (looks.empty()) {
-        ADD_FAILURE() << "the displays were looked at too few times";
+DisplayTargetList PwmModel::NextList() {
+    if (lists.empty()) {
+        ADD_FAILURE() << "the displays were enumerated too few times";
         return {};
     }
-    const DisplayTargetList seen = looks.front();
-    looks.erase(looks.begin());
-    return seen;
+    const DisplayTargetList list = lists.front();
+    lists.erase(lists.begin());
+    return list;
 }
 
-void PwmModel::Judge(const DisplayTargetList& seen) {
-    if (!verifying) confirmed = on && AllFull(seen);
+void PwmModel::UpdateConfirmation(const DisplayTargetList& list) {
+    if (!verifying) confirmed = on && AllAt100(list);
 }
 
-void PwmModel::RunPoll() {
+void PwmModel::StartPoll() {
     const std::uint32_t period = slow ? 30000 : 2000;
     timers[4] = {g_clock + period, period};
 }
@@ -55,109 +55,111 @@ void PwmModel::TurnOff() {
     before.clear();
 }
 
-void PwmModel::GiveBack() {
+void PwmModel::Restore() {
     if (before.empty()) return;
-    for (const DisplayTarget& target : Look()) {
-        if (before.count(target.name) != 0) acts.push_back(SetTo(target.name, before[target.name]));
+    for (const DisplayTarget& target : NextList()) {
+        if (before.count(target.name) != 0) actions.push_back(SetTo(target.name, before[target.name]));
     }
     before.clear();
 }
 
 void PwmModel::Lock(bool byUser) {
-    const DisplayTargetList seen = Look();
-    if (seen.empty() && byUser) {
+    const DisplayTargetList list = NextList();
+    if (list.empty() && byUser) {
         TurnOff();
         return;
     }
-    if (!seen.empty()) {
+    if (!list.empty()) {
         on = verifying = true;
         confirmed = false;
         verifyingUserSwitch = verifyingUserSwitch || byUser;
         timers[5] = {g_clock + 750, 750};
     }
-    for (const DisplayTarget& target : seen) {
+    for (const DisplayTarget& target : list) {
         before.insert({target.name, target.percent});
-        acts.push_back(SetTo(target.name, 100));
+        actions.push_back(SetTo(target.name, 100));
     }
-    RunPoll();
+    StartPoll();
 }
 
 void PwmModel::Start() {
-    Judge(Look());
+    UpdateConfirmation(NextList());
     if (!on) return;
-    const std::size_t visible = looks.empty() ? 0 : looks.front().size();
+    const std::size_t visible = lists.empty() ? 0 : lists.front().size();
     Lock(false);
-    acts.push_back(Say(" restored from settings: " + std::to_string(visible) +
-                       " target(s) visible at startup" +
-                       (visible == 0 ? " (none yet - will re-probe via poll)" : "")));
+    actions.push_back(LogLine(" restored from settings: " + std::to_string(visible) +
+                              " target(s) visible at startup" +
+                              (visible == 0 ? " (none yet - will re-probe via poll)" : "")));
 }
 
 void PwmModel::Click() {
-    acts.push_back(Say(on ? " toggled OFF by user" : " toggled ON by user"));
+    actions.push_back(LogLine(on ? " toggled OFF by user" : " toggled ON by user"));
     failures = 0;
     slow = false;
     if (on) {
-        GiveBack();
+        Restore();
         TurnOff();
-        Look();
+        NextList();
     } else {
         Lock(true);
     }
-    acts.push_back(on ? "save on" : "save off");
+    actions.push_back(on ? "save on" : "save off");
 }
 
 void PwmModel::Poll() {
-    const DisplayTargetList seen = Look();
-    Judge(seen);
-    if (on && !verifying && !AllFull(seen)) Lock(false);
+    const DisplayTargetList list = NextList();
+    UpdateConfirmation(list);
+    if (on && !verifying && !AllAt100(list)) Lock(false);
 }
 
 void PwmModel::Verification() {
     timers.erase(5);
-    const DisplayTargetList seen = Look();
+    const DisplayTargetList list = NextList();
     const bool userSwitch = verifyingUserSwitch;
     verifying = verifyingUserSwitch = false;
-    confirmed = AllFull(seen);
+    confirmed = AllAt100(list);
     if (confirmed) {
         failures = 0;
-        pendingSaid = false;
+        pendingLogged = false;
         if (slow) {
             slow = false;
-            acts.push_back(Say(": lock recovered - normal polling resumed"));
-            RunPoll();
+            actions.push_back(LogLine(": lock recovered - normal polling resumed"));
+            StartPoll();
         }
-        acts.push_back(Say(": " + std::to_string(seen.size()) + " display(s) confirmed locked at 100%"));
+        actions.push_back(
+            LogLine(": " + std::to_string(list.size()) + " display(s) confirmed locked at 100%"));
     } else if (userSwitch) {
-        acts.push_back(Say(": 100% lock not confirmed (" + FullOf(seen, " of ") + ") - reverting toggle"));
-        pendingSaid = false;
-        GiveBack();
+        actions.push_back(
+            LogLine(": 100% lock not confirmed (" + CountAt100(list, " of ") + ") - reverting toggle"));
+        pendingLogged = false;
+        Restore();
         TurnOff();
-        acts.push_back("save off");
-        Look();
+        actions.push_back("save off");
+        NextList();
     } else {
-        if (!pendingSaid)
-            acts.push_back(
-                Say(": lock pending (" + FullOf(seen, " of ") + " at 100%) - poll will re-assert"));
-        pendingSaid = true;
-        if (seen.empty()) return;
+        if (!pendingLogged)
+            actions.push_back(
+                LogLine(": lock pending (" + CountAt100(list, " of ") + " at 100%) - poll will re-assert"));
+        pendingLogged = true;
+        if (list.empty()) return;
         failures += 1;
         if (slow || failures < 10) return;
         slow = true;
-        acts.push_back(Say(": display will not hold 100% after " + std::to_string(failures) +
-                           " attempts - slowing retries to 30s"));
-        RunPoll();
+        actions.push_back(LogLine(": display will not hold 100% after " + std::to_string(failures) +
+                                  " attempts - slowing retries to 30s"));
+        StartPoll();
     }
 }
 
 void PwmModel::DisplayChange() {
-    Judge(Look());
+    UpdateConfirmation(NextList());
     if (!on) return;
     failures = 0;
-    if (slow) acts.push_back(Say(": display change - retry pace reset"));
+    if (slow) actions.push_back(LogLine(": display change - retry pace reset"));
     slow = false;
     Lock(false);
 }
 
 void PwmModel::PopupShown() {
-    Judge(Look());
+    UpdateConfirmation(NextList());
 }

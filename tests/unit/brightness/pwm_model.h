@@ -1,6 +1,6 @@
-// What each event must do to the mode, its timers, its displays, the log and the settings, told by what the
-// displays read at each look of that event. Written from the rules of the mode, in other words than the
-// controller's.
+// Reference model of the mode: computes what each event must do to the mode, its timers, the displays, the
+// log and the settings, given the results of the event's enumerations. Written from the rules of the mode,
+// independently of the controller.
 #pragma once
 
 #include <cstdint>
@@ -16,15 +16,15 @@ struct PwmModel {
     bool verifying = false;
     bool verifyingUserSwitch = false;
     bool confirmed = false;
-    bool pendingSaid = false;
+    bool pendingLogged = false;
     bool slow = false;
     int failures = 0;
-    std::map<std::wstring, std::uint32_t> before;  // what each display read when it was first locked
+    std::map<std::wstring, std::uint32_t> before;  // percent of each display when it was first locked
     SimulatedTimers timers;
 
-    // Of the event under way.
-    std::vector<DisplayTargetList> looks;  // not yet used
-    std::vector<std::string> acts;         // "A := 100", "log: ...", "save on"
+    // Of the current event.
+    std::vector<DisplayTargetList> lists;  // results of its enumerations that are not used yet
+    std::vector<std::string> actions;      // "A := 100", "log: ...", "save on"
 
     void Start();  // the window is created
     void Click();
@@ -34,10 +34,10 @@ struct PwmModel {
     void PopupShown();
 
 private:
-    DisplayTargetList Look();
-    void Judge(const DisplayTargetList& seen);
+    DisplayTargetList NextList();
+    void UpdateConfirmation(const DisplayTargetList& list);
     void Lock(bool byUser);
-    void GiveBack();
+    void Restore();
     void TurnOff();
-    void RunPoll();
+    void StartPoll();
 };

@@ -1,24 +1,26 @@
-// Messages that are dispatched while displays answer. Each operation of the controller is interrupted once,
-// at every moment at which it waits, by each message that could arrive; whatever comes of it, this must hold:
+// Messages that are dispatched while an operation waits for the displays. Each operation of the controller is
+// interrupted once at every moment at which it waits, by each message that can arrive then. Afterwards these
+// invariants must hold:
 //
-// - no list is given to anybody else while it is being filled (the fake displays see to that);
-// - a display is set to 100 or to what it read before its lock, and that is what is noted;
-// - once the operation is over, timer 4 runs exactly while the mode is on, timer 5 exactly while a
-//   verification is outstanding; there is no verification, confirmation or note without the mode;
-// - what is locked can be given back: with the mode on a display's old value is noted or is what it reads;
-//   with the mode off, and after the program's end, it is what it reads;
-// - the mode is the one that was saved last.
+// - No list is used while it is being filled (the fake displays check this).
+// - A display is set to 100 or to its brightness before the lock, and the latter is the saved value.
+// - After the operation, timer 4 runs exactly while the mode is on and timer 5 exactly while a verification
+// is
+//   pending. While the mode is off there is no verification, confirmation or saved value.
+// - Every display can be restored: while the mode is on, its previous brightness is saved or is its current
+//   brightness; while the mode is off, and after the end of the program, it is its current brightness.
+// - The mode is the one that was saved last.
 //
-// A switch of the mode or a display change that comes while displays answer waits until the operation is
-// over. No click arrives then, since COM leaves mouse messages in the queue; assistive technology may call at
-// any moment.
+// A toggle or a display change during an operation is deferred until the operation ends. COM leaves mouse
+// messages in the queue, so no click is dispatched during an operation, but assistive technology may toggle
+// the mode at any moment.
 #include <algorithm>
 #include <iterator>
 #include <random>
 
 #include "app/state/messages.h"
 #include "app/state/timers.h"
-#include "brightness/pwm_bench.h"
+#include "brightness/pwm_fixture.h"
 #include "brightness/simulated_timers.h"
 #include "support/seam.h"
 
@@ -88,14 +90,14 @@ const Operation kOperations[] = {
     {"switching off", StartLockedByClick, TogglePwmSafeByUser},
     {"switching off while verifying", TogglePwmSafeByUser, TogglePwmSafeByUser},
     {"a poll that finds the lock", StartLockedByClick, FirePoll},
-    {"a poll that finds it slipped",
+    {"a poll that finds a lost lock",
      [] {
          StartLockedByClick();
          Display(L"A").percent = 20;
      },
      FirePoll},
     {"a verification that succeeds", TogglePwmSafeByUser, FireVerification},
-    {"a verification that undoes the user's switch",
+    {"a verification that reverts the user's switch",
      [] {
          Display(L"A").reachesAtMost = 90;
          TogglePwmSafeByUser();
@@ -116,7 +118,7 @@ const Operation kOperations[] = {
     {"the end of the session", StartLockedByClick, EndTheSession},
 };
 
-// Twice as many polls as ends: few runs are to end early.
+// Two polls for one end of the session, so that few runs end early.
 void (*const kMessages[])() = {FirePoll,
                                FirePoll,
                                FireVerification,
@@ -125,15 +127,15 @@ void (*const kMessages[])() = {FirePoll,
                                FireDisplayChange,
                                EndTheSession};
 
-class PwmReentry : public PwmBench {
+class PwmReentry : public PwmFixture {
 protected:
     using Message = void (*)();
 
     // Interrupts every operation at each of its moments in turn.
     void InterruptEverything(Message message);
-    // Likewise, by a call that no message makes at that moment: little can be asked then.
-    void InterruptEverythingOutOfTurn(Message message);
-    // Interrupts one operation at random moments by random messages, which are interrupted likewise.
+    // The same by a call that no message makes at that moment. Only the values are checked.
+    void InterruptEverythingUnexpectedly(Message message);
+    // Interrupts one operation at random moments by random messages, which are interrupted in the same way.
     void InterruptAtRandom(std::uint32_t seed);
     void Prepare(const Operation& operation);
     int Interrupt(const Operation& operation, int at, Message message);
@@ -142,8 +144,8 @@ protected:
 
 private:
     void ExpectKnownValues();
-    void ExpectSettled();
-    void ExpectSettledThenAndLater();
+    void ExpectConsistent();
+    void ExpectConsistentNowAndLater();
     static bool LastSaved();
 
     static constexpr std::uint32_t kPanelBefore = 30;
@@ -166,7 +168,7 @@ void PwmReentry::Prepare(const Operation& operation) {
     g_sets.clear();
 }
 
-// The mode that the settings file holds.
+// The mode in the settings file.
 bool PwmReentry::LastSaved() {
     for (auto call = g_calls.rbegin(); call != g_calls.rend(); ++call) {
         if (*call == "save on") return true;
@@ -200,42 +202,42 @@ void PwmReentry::ExpectKnownValues() {
         EXPECT_TRUE(set.percent == 100 || set.percent == Before(set.name))
             << Narrow(set.name) << " := " << set.percent;
     for (const auto& [name, percent] : g_app.pwmSavedBrightness)
-        EXPECT_EQ(percent, Before(name)) << "is noted for " << Narrow(name);
+        EXPECT_EQ(percent, Before(name)) << "is saved for " << Narrow(name);
 }
 
-void PwmReentry::ExpectSettled() {
+void PwmReentry::ExpectConsistent() {
     ExpectKnownValues();
     const bool locking = g_app.pwmSafe && !g_app.ending;
     EXPECT_EQ(g_timers.count(4), locking ? 1U : 0U);
     EXPECT_EQ(g_timers.count(5), locking && g_app.pwmVerifyPending ? 1U : 0U);
     EXPECT_TRUE(!g_app.pwmVerifyPending || g_app.pwmSafe) << "a verification without the mode";
     EXPECT_TRUE(!g_app.pwmVerifyIsUserToggle || g_app.pwmVerifyPending)
-        << "a user's verification without one";
+        << "a verification of the user's switch without a verification";
     EXPECT_TRUE(!g_app.pwmLockConfirmed || g_app.pwmSafe) << "a confirmation without the mode";
-    EXPECT_TRUE(locking || g_app.pwmSavedBrightness.empty()) << "a note without the mode";
+    EXPECT_TRUE(locking || g_app.pwmSavedBrightness.empty()) << "a saved value without the mode";
     EXPECT_EQ(g_app.pwmSafe, LastSaved()) << "the mode is not the saved one";
     for (const FakeDisplay& display : g_displays) {
-        const bool noted = locking && g_app.pwmSavedBrightness.count(display.name) != 0;
-        if (noted) continue;
-        EXPECT_EQ(display.percent, Before(display.name)) << "reads " << Narrow(display.name) << ", not noted";
+        const bool saved = locking && g_app.pwmSavedBrightness.count(display.name) != 0;
+        if (saved) continue;
+        EXPECT_EQ(display.percent, Before(display.name)) << Narrow(display.name) << ", not saved";
     }
 }
 
-void PwmReentry::ExpectSettledThenAndLater() {
-    ExpectSettled();
+void PwmReentry::ExpectConsistentNowAndLater() {
+    ExpectConsistent();
     if (g_app.ending) return;
-    // From here on everything goes its usual way.
+    // From here on nothing interrupts.
     PassTime(5000);
-    ExpectSettled();
+    ExpectConsistent();
     if (g_app.pwmSafe) TogglePwmSafeByUser();
-    ExpectSettled();
+    ExpectConsistent();
 }
 
-std::string Story() {
-    std::string story;
+std::string CallsSoFar() {
+    std::string calls;
     for (const std::string& call : g_calls)
-        story += "\n  " + call;
-    return story;
+        calls += "\n  " + call;
+    return calls;
 }
 
 void PwmReentry::InterruptAtRandom(std::uint32_t seed) {
@@ -256,12 +258,12 @@ void PwmReentry::InterruptAtRandom(std::uint32_t seed) {
     operation.run();
     g_whileWaiting = nullptr;
     DeliverPosted();
-    const std::string story = Story();
-    ExpectSettledThenAndLater();
-    ASSERT_FALSE(HasFailure()) << "seed " << seed << ", " << operation.name << ":" << story;
+    const std::string calls = CallsSoFar();
+    ExpectConsistentNowAndLater();
+    ASSERT_FALSE(HasFailure()) << "seed " << seed << ", " << operation.name << ":" << calls;
 }
 
-void PwmReentry::InterruptEverythingOutOfTurn(Message message) {
+void PwmReentry::InterruptEverythingUnexpectedly(Message message) {
     for (const Operation& operation : kOperations) {
         int moments = 1;
         for (int at = 0; at < moments; ++at) {
@@ -269,23 +271,22 @@ void PwmReentry::InterruptEverythingOutOfTurn(Message message) {
             ExpectKnownValues();
             PassTime(5000);
             ExpectKnownValues();
-            ASSERT_FALSE(HasFailure()) << operation.name << ", interrupted at its moment " << at;
+            ASSERT_FALSE(HasFailure()) << operation.name << ", interrupted at moment " << at;
         }
     }
 }
 
 void PwmReentry::InterruptEverything(Message message) {
     for (const Operation& operation : kOperations) {
-        // Number -1 never comes: the first run is undisturbed.
+        // There is no moment -1: the first run is not interrupted.
         int moments = Interrupt(operation, -1, message);
-        ExpectSettledThenAndLater();
+        ExpectConsistentNowAndLater();
         EXPECT_GE(moments, 3) << operation.name;
         for (int at = 0; at < moments; ++at) {
             moments = std::max(moments, Interrupt(operation, at, message));
-            const std::string story = Story();
-            ExpectSettledThenAndLater();
-            ASSERT_FALSE(HasFailure())
-                << operation.name << ", interrupted at its moment " << at << ":" << story;
+            const std::string calls = CallsSoFar();
+            ExpectConsistentNowAndLater();
+            ASSERT_FALSE(HasFailure()) << operation.name << ", interrupted at moment " << at << ":" << calls;
         }
     }
 }
@@ -294,23 +295,23 @@ void PwmReentry::InterruptEverything(Message message) {
 
 AMBREL_SEAM(PostMessageW, FakePostMessage);
 
-TEST_F(PwmReentry, APollAtAnyMoment) {
+TEST_F(PwmReentry, PollAtAnyMoment) {
     InterruptEverything(FirePoll);
 }
 
-TEST_F(PwmReentry, AVerificationAtAnyMoment) {
+TEST_F(PwmReentry, VerificationAtAnyMoment) {
     InterruptEverything(FireVerification);
 }
 
-TEST_F(PwmReentry, ThePopupShownAtAnyMoment) {
+TEST_F(PwmReentry, ShowingThePopupAtAnyMoment) {
     InterruptEverything([] { RefreshPwmSafeTargets(false); });
 }
 
-TEST_F(PwmReentry, ASwitchOfTheModeAtAnyMoment) {
+TEST_F(PwmReentry, ToggleAtAnyMoment) {
     InterruptEverything(TogglePwmSafeByUser);
 }
 
-TEST_F(PwmReentry, ACallThatSwitchesTheModeIsTheLastWordWhateverItComesInto) {
+TEST_F(PwmReentry, AToggleDuringAnyOperationDeterminesTheMode) {
     for (const Operation& operation : kOperations) {
         int moments = 1;
         for (int at = 0; at < moments; ++at) {
@@ -324,7 +325,7 @@ TEST_F(PwmReentry, ACallThatSwitchesTheModeIsTheLastWordWhateverItComesInto) {
     }
 }
 
-TEST_F(PwmReentry, RepeatedSwitchesAskForTheSameAsTheFirst) {
+TEST_F(PwmReentry, RepeatedTogglesRequestTheSameModeAsTheFirst) {
     Prepare(kOperations[3]);
     ASSERT_TRUE(g_app.pwmSafe);
     bool clicked = false;
@@ -342,11 +343,11 @@ TEST_F(PwmReentry, RepeatedSwitchesAskForTheSameAsTheFirst) {
     EXPECT_EQ(g_posted, 0);
 }
 
-TEST_F(PwmReentry, ADisplayChangeWhileDisplaysAnswerIsTakenUpBehindTheOperation) {
+TEST_F(PwmReentry, ADisplayChangeIsDeferredUntilTheOperationEnds) {
     Prepare(kOperations[3]);
     g_app.pwmRetrySlowed = true;
     g_whileWaiting = [](Moment moment) {
-        if (moment != Moment::AmidListing) return;
+        if (moment != Moment::DuringListing) return;
         g_whileWaiting = nullptr;
         FireDisplayChange();
     };
@@ -359,8 +360,8 @@ TEST_F(PwmReentry, ADisplayChangeWhileDisplaysAnswerIsTakenUpBehindTheOperation)
     EXPECT_EQ(g_posted, 0);
 }
 
-// Its timer may have fired before the click that kills it was handled.
-TEST_F(PwmReentry, AVerificationInTheMiddleOfSwitchingOffDoesNotComeAgain) {
+// Timer 5 may have fired before the click that kills it is handled.
+TEST_F(PwmReentry, AVerificationDuringSwitchingOffIsNotRestarted) {
     Prepare(kOperations[2]);
     ASSERT_TRUE(g_app.pwmVerifyPending);
     g_whileWaiting = [](Moment) { VerifyPwmLock(); };
@@ -369,7 +370,7 @@ TEST_F(PwmReentry, AVerificationInTheMiddleOfSwitchingOffDoesNotComeAgain) {
     EXPECT_EQ(g_timers.count(5), 0U);
 }
 
-TEST_F(PwmReentry, ASwitchOnIntoWhichTheEndComesIsKeptForTheNextStart) {
+TEST_F(PwmReentry, SwitchingOnIsSavedForTheNextStartIfTheSessionEndsMeanwhile) {
     Prepare(kOperations[0]);
     g_whileWaiting = [](Moment moment) {
         if (moment != Moment::BeforeSet || g_app.ending) return;
@@ -382,7 +383,7 @@ TEST_F(PwmReentry, ASwitchOnIntoWhichTheEndComesIsKeptForTheNextStart) {
     EXPECT_EQ(Display(L"A").percent, 60U);
 }
 
-TEST_F(PwmReentry, AValueThatCannotBeSetAgainAfterTheEndStaysSaved) {
+TEST_F(PwmReentry, AValueThatCannotBeRestoredAfterTheEndStaysSaved) {
     Prepare(kOperations[0]);
     g_whileWaiting = [](Moment moment) {
         if (moment != Moment::BeforeSet || g_app.ending) return;
@@ -394,20 +395,20 @@ TEST_F(PwmReentry, AValueThatCannotBeSetAgainAfterTheEndStaysSaved) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"P", 30}}));
 }
 
-TEST_F(PwmReentry, ADisplayChangeAtAnyMoment) {
+TEST_F(PwmReentry, DisplayChangeAtAnyMoment) {
     InterruptEverything(FireDisplayChange);
 }
 
-TEST_F(PwmReentry, TheEndOfTheSessionAtAnyMoment) {
+TEST_F(PwmReentry, EndOfTheSessionAtAnyMoment) {
     InterruptEverything(EndTheSession);
 }
 
-TEST_F(PwmReentry, CallsOutOfTurnAtAnyMomentSetAndNoteNothingElse) {
-    InterruptEverythingOutOfTurn([] { RefreshPwmSafeTargets(true); });
-    InterruptEverythingOutOfTurn(VerifyPwmLock);
+TEST_F(PwmReentry, UnexpectedCallsAtAnyMomentSetAndSaveNoOtherValues) {
+    InterruptEverythingUnexpectedly([] { RefreshPwmSafeTargets(true); });
+    InterruptEverythingUnexpectedly(VerifyPwmLock);
 }
 
-TEST_F(PwmReentry, AnyMessagesAtAnyMomentsWithinEachOther) {
+TEST_F(PwmReentry, RandomNestedMessages) {
     for (std::uint32_t seed = 1; seed <= 20'000; ++seed)
         ASSERT_NO_FATAL_FAILURE(InterruptAtRandom(seed));
 }

@@ -1,5 +1,5 @@
-// Looking at the displays anew, from the poll and otherwise, and giving back what they were set to.
-#include "brightness/pwm_bench.h"
+// Enumerating the displays again, from the poll and otherwise, and restoring their brightness.
+#include "brightness/pwm_fixture.h"
 #include "support/seam.h"
 
 AMBREL_USES_SEAMS(recorded_log);
@@ -10,17 +10,17 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class PwmRefresh : public PwmBench {
+class PwmRefresh : public PwmFixture {
 protected:
     static CallRecord Poll() {
         return During([] { RefreshPwmSafeTargets(true); });
     }
-    static CallRecord Look() {
+    static CallRecord Refresh() {
         return During([] { RefreshPwmSafeTargets(false); });
     }
 };
 
-class PwmRelease : public PwmBench {
+class PwmRelease : public PwmFixture {
 protected:
     static CallRecord Release() {
         return During([] { ReleasePwmSafeLock(); });
@@ -29,9 +29,9 @@ protected:
 
 }  // namespace
 
-TEST_F(PwmRefresh, WithTheModeOffItOnlyLooks) {
+TEST_F(PwmRefresh, WhileOffTheDisplaysAreOnlyCounted) {
     g_displays = {{.name = L"A", .percent = 40}};
-    EXPECT_THAT(Look(), ElementsAre("enumerate", "count"));
+    EXPECT_THAT(Refresh(), ElementsAre("enumerate", "count"));
     EXPECT_EQ(Flags(), "off");
     EXPECT_EQ(Label(), L"LOCK DISPLAY AT 100%");
     EXPECT_THAT(Poll(), ElementsAre("enumerate", "count"));
@@ -42,48 +42,48 @@ TEST_F(PwmRefresh, WithTheModeOffItOnlyLooks) {
     EXPECT_EQ(Label(), L"DISPLAY ALREADY AT 100%");
 }
 
-TEST_F(PwmRefresh, WithTheModeOffAndNoDisplayTheCardSaysAlreadyFull) {
-    EXPECT_THAT(Look(), ElementsAre("enumerate", "count"));
+TEST_F(PwmRefresh, WhileOffWithoutADisplayTheCardShows100) {
+    EXPECT_THAT(Refresh(), ElementsAre("enumerate", "count"));
     EXPECT_EQ(Label(), L"DISPLAY ALREADY AT 100%");
 }
 
-TEST_F(PwmRefresh, AConfirmationFollowsWhatTheDisplaysRead) {
+TEST_F(PwmRefresh, TheConfirmationFollowsTheBrightnessOfTheDisplays) {
     g_displays = {{.name = L"A"}, {.name = L"B"}};
     StartLocked();
-    Look();
+    Refresh();
     EXPECT_EQ(Flags(), "on confirmed");
     Display(L"B").percent = 98;
-    EXPECT_THAT(Look(), ElementsAre("enumerate", "count"));
+    EXPECT_THAT(Refresh(), ElementsAre("enumerate", "count"));
     EXPECT_EQ(Flags(), "on");
     EXPECT_EQ(Label(), L"REASSERTING 100% LOCK");
     Display(L"B").percent = 99;
-    EXPECT_THAT(Look(), ElementsAre("enumerate", "count"));
+    EXPECT_THAT(Refresh(), ElementsAre("enumerate", "count"));
     EXPECT_EQ(Flags(), "on confirmed");
     EXPECT_EQ(Label(), L"DISPLAY LOCKED AT 100%");
 }
 
-TEST_F(PwmRefresh, NoDisplayIsNoConfirmation) {
+TEST_F(PwmRefresh, ALockWithoutADisplayIsNotConfirmed) {
     g_displays = {{.name = L"A"}};
     StartLocked();
     g_displays.clear();
-    Look();
+    Refresh();
     EXPECT_EQ(Flags(), "on");
     EXPECT_EQ(Label(), L"WAITING FOR DISPLAY");
 }
 
-TEST_F(PwmRefresh, AnOutstandingVerificationKeepsTheConfirmationUntouched) {
+TEST_F(PwmRefresh, TheConfirmationIsNotChangedWhileAVerificationIsPending) {
     g_displays = {{.name = L"A", .percent = 100}};
     StartVerifying(false);
-    Look();
+    Refresh();
     EXPECT_EQ(Flags(), "on verifying");
     g_app.pwmLockConfirmed = true;
     Display(L"A").percent = 20;
-    Look();
+    Refresh();
     EXPECT_EQ(Flags(), "on verifying confirmed");
     EXPECT_EQ(g_app.pwmTargetsAt100, 0);
 }
 
-TEST_F(PwmRefresh, ALockThatHasSlippedIsAssertedAnewByThePoll) {
+TEST_F(PwmRefresh, ThePollReassertsALostLock) {
     g_displays = {{.name = L"A"}, {.name = L"B"}};
     StartLocked();
     Display(L"A").percent = 20;
@@ -94,7 +94,7 @@ TEST_F(PwmRefresh, ALockThatHasSlippedIsAssertedAnewByThePoll) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 40}, {L"B", 40}}));
 }
 
-TEST_F(PwmRefresh, ALockThatHoldsIsNotAssertedByThePoll) {
+TEST_F(PwmRefresh, ThePollDoesNotReassertALockThatHolds) {
     g_displays = {{.name = L"A"}, {.name = L"B"}};
     StartLocked();
     Display(L"A").percent = 99;
@@ -102,14 +102,14 @@ TEST_F(PwmRefresh, ALockThatHoldsIsNotAssertedByThePoll) {
     EXPECT_EQ(Flags(), "on confirmed");
 }
 
-TEST_F(PwmRefresh, ThePollDoesNotAssertWhileAVerificationIsOutstanding) {
+TEST_F(PwmRefresh, ThePollDoesNotReassertWhileAVerificationIsPending) {
     g_displays = {{.name = L"A", .percent = 20}};
     StartVerifying(false);
     EXPECT_THAT(Poll(), ElementsAre("enumerate", "count"));
     EXPECT_EQ(Flags(), "on verifying");
 }
 
-TEST_F(PwmRefresh, APollWithoutDisplaysLooksTwiceAndGoesOn) {
+TEST_F(PwmRefresh, APollWithoutDisplaysEnumeratesTwiceAndContinues) {
     g_app.pwmSafe = true;
     EXPECT_THAT(Poll(),
                 ElementsAre("enumerate", "count", "enumerate", "count", "kill timer 4", "set timer 4 2000"));
@@ -126,7 +126,7 @@ TEST_F(PwmRefresh, ADisplayThatAppearsIsLockedByThePoll) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 35}}));
 }
 
-TEST_F(PwmRefresh, ASecondDisplayThatAppearsIsNotedBesideTheFirst) {
+TEST_F(PwmRefresh, TheBrightnessOfASecondDisplayIsSavedToo) {
     g_displays = {{.name = L"A"}};
     StartLocked();
     g_displays.push_back({.name = L"B", .percent = 10});
@@ -134,7 +134,7 @@ TEST_F(PwmRefresh, ASecondDisplayThatAppearsIsNotedBesideTheFirst) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 40}, {L"B", 10}}));
 }
 
-TEST_F(PwmRefresh, ASecondDisplayThatAppearsFullNeedsNoAssertion) {
+TEST_F(PwmRefresh, ASecondDisplayAt100NeedsNoAssertion) {
     g_displays = {{.name = L"A"}};
     StartLocked();
     g_displays.push_back({.name = L"B", .percent = 100});
@@ -142,7 +142,7 @@ TEST_F(PwmRefresh, ASecondDisplayThatAppearsFullNeedsNoAssertion) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 40}}));
 }
 
-TEST_F(PwmRefresh, AtTheSlowPaceThePollAssertsAtThatPace) {
+TEST_F(PwmRefresh, WhileSlowedThePollKeepsTheLongPeriod) {
     g_displays = {{.name = L"A", .percent = 20}};
     g_app.pwmSafe = true;
     g_app.pwmRetrySlowed = true;
@@ -150,7 +150,7 @@ TEST_F(PwmRefresh, AtTheSlowPaceThePollAssertsAtThatPace) {
                                     "set timer 4 30000", "kill timer 5", "set timer 5 750"));
 }
 
-TEST_F(PwmRefresh, APollThatFindsAllFullConfirmsAndLeavesTheSlowPace) {
+TEST_F(PwmRefresh, APollThatFindsAllAt100ConfirmsTheLockAndKeepsTheLongPeriod) {
     g_displays = {{.name = L"A", .percent = 100}};
     g_app.pwmSafe = true;
     g_app.pwmRetrySlowed = true;
@@ -161,31 +161,31 @@ TEST_F(PwmRefresh, APollThatFindsAllFullConfirmsAndLeavesTheSlowPace) {
     EXPECT_EQ(g_app.pwmRetryCount, 12);
 }
 
-TEST_F(PwmRefresh, ADisplayThatFillsBetweenTheTwoLooksIsSetAllTheSame) {
+TEST_F(PwmRefresh, ADisplayThatReaches100BetweenTheTwoEnumerationsIsSetAnyway) {
     g_displays = {{.name = L"A", .percent = 20}};
     g_app.pwmSafe = true;
-    int looks = 0;
+    int enumerations = 0;
     g_whileWaiting = [&](Moment moment) {
-        if (moment == Moment::BeforeListing && ++looks == 2) Display(L"A").percent = 100;
+        if (moment == Moment::BeforeListing && ++enumerations == 2) Display(L"A").percent = 100;
     };
     EXPECT_THAT(Poll(), ElementsAre("enumerate", "count", "enumerate", "count", "A := 100", "kill timer 4",
                                     "set timer 4 2000", "kill timer 5", "set timer 5 750"));
     EXPECT_EQ(Flags(), "on verifying");
 }
 
-TEST_F(PwmRefresh, ADisplayThatLeavesBetweenTheTwoLooksIsWaitedFor) {
+TEST_F(PwmRefresh, ADisplayThatDisconnectsBetweenTheTwoEnumerationsIsPolledFor) {
     g_displays = {{.name = L"A", .percent = 20}};
     g_app.pwmSafe = true;
-    int looks = 0;
+    int enumerations = 0;
     g_whileWaiting = [&](Moment moment) {
-        if (moment == Moment::BeforeListing && ++looks == 2) g_displays.clear();
+        if (moment == Moment::BeforeListing && ++enumerations == 2) g_displays.clear();
     };
     EXPECT_THAT(Poll(),
                 ElementsAre("enumerate", "count", "enumerate", "count", "kill timer 4", "set timer 4 2000"));
     EXPECT_EQ(Flags(), "on");
 }
 
-TEST_F(PwmRefresh, AtTheProgramsEndThePollSetsNothing) {
+TEST_F(PwmRefresh, ThePollSetsNothingAtTheEndOfTheProgram) {
     g_displays = {{.name = L"A", .percent = 20}};
     g_app.pwmSafe = true;
     g_app.ending = true;
@@ -194,32 +194,32 @@ TEST_F(PwmRefresh, AtTheProgramsEndThePollSetsNothing) {
     EXPECT_THAT(g_app.pwmSavedBrightness, IsEmpty());
 }
 
-TEST_F(PwmRelease, WithNothingNotedNothingIsAsked) {
+TEST_F(PwmRelease, NoDisplayIsQueriedWithoutSavedValues) {
     g_displays = {{.name = L"A"}};
     EXPECT_THAT(Release(), IsEmpty());
 }
 
-TEST_F(PwmRelease, EachDisplayGetsItsOwnValueBackInListOrder) {
+TEST_F(PwmRelease, EachDisplayIsRestoredInListOrder) {
     g_displays = {{.name = L"B", .percent = 100}, {.name = L"A", .percent = 100}};
     g_app.pwmSavedBrightness = {{L"A", 10}, {L"B", 20}};
     EXPECT_THAT(Release(), ElementsAre("enumerate", "B := 20", "A := 10"));
     EXPECT_THAT(g_app.pwmSavedBrightness, IsEmpty());
 }
 
-TEST_F(PwmRelease, DisplaysWithoutANotedValueAreLeftAlone) {
+TEST_F(PwmRelease, DisplaysWithoutASavedValueAreNotSet) {
     g_displays = {{.name = L"C", .percent = 77}, {.name = L"A", .percent = 100}};
     g_app.pwmSavedBrightness = {{L"A", 10}};
     EXPECT_THAT(Release(), ElementsAre("enumerate", "A := 10"));
     EXPECT_EQ(Display(L"C").percent, 77U);
 }
 
-TEST_F(PwmRelease, NamesAreComparedByTheirCodeUnits) {
+TEST_F(PwmRelease, NamesAreComparedByCodeUnits) {
     g_displays = {{.name = L"a"}, {.name = L"A "}, {.name = L"A\x0301"}};
     g_app.pwmSavedBrightness = {{L"A", 10}, {L"\x00C1", 20}};
     EXPECT_THAT(Release(), ElementsAre("enumerate"));
 }
 
-TEST_F(PwmRelease, ValuesOfDisplaysThatAreNotThereAreForgotten) {
+TEST_F(PwmRelease, ValuesOfDisconnectedDisplaysAreDiscarded) {
     g_displays = {{.name = L"A", .percent = 100}, {.name = L"B", .percent = 100, .present = false}};
     g_app.pwmSavedBrightness = {{L"A", 10}, {L"B", 20}};
     EXPECT_THAT(Release(), ElementsAre("enumerate", "A := 10"));
@@ -228,20 +228,20 @@ TEST_F(PwmRelease, ValuesOfDisplaysThatAreNotThereAreForgotten) {
     EXPECT_THAT(Release(), IsEmpty());
 }
 
-TEST_F(PwmRelease, ARefusalIsNotRepeatedAndTheValueIsForgotten) {
+TEST_F(PwmRelease, ARefusedValueIsNotRetriedAndIsDiscarded) {
     g_displays = {{.name = L"A", .percent = 100, .refuses = true}, {.name = L"B", .percent = 100}};
     g_app.pwmSavedBrightness = {{L"A", 10}, {L"B", 20}};
     EXPECT_THAT(Release(), ElementsAre("enumerate", "A := 10", "B := 20"));
     EXPECT_THAT(g_app.pwmSavedBrightness, IsEmpty());
 }
 
-TEST_F(PwmRelease, TwoDisplaysOfOneNameAreBothSetBack) {
+TEST_F(PwmRelease, TwoDisplaysWithTheSameNameAreBothRestored) {
     g_displays = {{.name = L"A", .percent = 100}, {.name = L"A", .percent = 100}};
     g_app.pwmSavedBrightness = {{L"A", 10}};
     EXPECT_THAT(Release(), ElementsAre("enumerate", "A := 10", "A := 10"));
 }
 
-TEST_F(PwmRelease, TheModeItsFlagsAndItsTimersAreLeftAlone) {
+TEST_F(PwmRelease, TheModeItsFlagsAndItsTimersDoNotChange) {
     g_displays = {{.name = L"A", .percent = 100}};
     StartVerifying(true);
     g_app.pwmRetrySlowed = true;
@@ -251,7 +251,7 @@ TEST_F(PwmRelease, TheModeItsFlagsAndItsTimersAreLeftAlone) {
     EXPECT_EQ(g_app.pwmTargetCount, 5);
 }
 
-TEST_F(PwmRelease, AtTheProgramsEndTheValuesAreGivenBack) {
+TEST_F(PwmRelease, TheValuesAreRestoredAtTheEndOfTheProgram) {
     g_displays = {{.name = L"A", .percent = 100}};
     StartLocked();
     g_app.ending = true;

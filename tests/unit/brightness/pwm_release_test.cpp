@@ -1,9 +1,9 @@
-// The release at a session's end: on a thread of its own, on values that it has taken over. The displays are
-// the fakes; a test can hold the thread in front of a display for as long as it likes.
+// The release at the end of a session, on a separate thread that owns the values. The displays are fakes; a
+// test can block the thread before the first display.
 #include "brightness/pwm_release.h"
 
 #include "app/state/messages.h"
-#include "brightness/pwm_bench.h"
+#include "brightness/pwm_fixture.h"
 #include "support/seam.h"
 
 #include <objbase.h>
@@ -13,20 +13,20 @@ AMBREL_USES_SEAMS(recorded_timers);
 
 namespace {
 
-constexpr DWORD kSoon = 20;        // ms: the thread is not expected
-constexpr DWORD kLongest = 20000;  // ms: the thread is
+constexpr DWORD kShortWait = 20;   // ms, for a thread that does not end
+constexpr DWORD kMaxWait = 20000;  // ms, for a thread that ends
 
-bool g_threadRefused = false;
+bool g_createThreadFails = false;
 int g_threads = 0;
 LONG g_posted = 0;
-HANDLE g_goOn = nullptr;  // an event: what the thread waits for in front of the first display
-DWORD g_setOn = 0;        // the thread that a display was set on
+HANDLE g_continue = nullptr;  // an event that the thread waits for before the first display
+DWORD g_settingThread = 0;    // the thread that last set a display
 DWORD g_windowThread = 0;
-DWORD g_apartment = 0;  // that the release's thread is in
+DWORD g_apartment = 0;  // of the release thread
 
 HANDLE WINAPI FakeCreateThread(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE start,
                                void* parameter, DWORD flags, DWORD* id) {
-    if (g_threadRefused) return nullptr;
+    if (g_createThreadFails) return nullptr;
     g_threads += 1;
     return Real(&CreateThread)(security, stack, start, parameter, flags, id);
 }
@@ -49,35 +49,35 @@ BOOL WINAPI FakePostMessage(HWND window, UINT message, WPARAM wParam, LPARAM lPa
     return TRUE;
 }
 
-class PwmReleaseThread : public PwmBench {
+class PwmReleaseThread : public PwmFixture {
 protected:
     void SetUp() override {
-        PwmBench::SetUp();
-        g_threadRefused = false;
+        PwmFixture::SetUp();
+        g_createThreadFails = false;
         g_threads = 0;
         g_posted = 0;
-        g_setOn = 0;
+        g_settingThread = 0;
         g_windowThread = GetCurrentThreadId();
-        g_goOn = CreateEventW(nullptr, TRUE, TRUE, nullptr);
+        g_continue = CreateEventW(nullptr, TRUE, TRUE, nullptr);
         g_displays = {{.name = L"P", .kind = TargetKind::WmiPanel}, {.name = L"A"}};
         g_whileWaiting = [](Moment moment) {
-            if (moment == Moment::BeforeListing) WaitForSingleObject(g_goOn, kLongest);
+            if (moment == Moment::BeforeListing) WaitForSingleObject(g_continue, kMaxWait);
             if (moment != Moment::BeforeSet) return;
-            g_setOn = GetCurrentThreadId();
-            EXPECT_TRUE(g_setOn == g_windowThread || g_apartment == COINIT_MULTITHREADED);
+            g_settingThread = GetCurrentThreadId();
+            EXPECT_TRUE(g_settingThread == g_windowThread || g_apartment == COINIT_MULTITHREADED);
         };
         StartLocked(40);
     }
     void TearDown() override {
         Finish();
-        CloseHandle(g_goOn);
-        PwmBench::TearDown();
+        CloseHandle(g_continue);
+        PwmFixture::TearDown();
     }
 
-    static void HoldTheThread() { ResetEvent(g_goOn); }
+    static void BlockThread() { ResetEvent(g_continue); }
     static void Finish() {
-        SetEvent(g_goOn);
-        WaitForPwmSafeRelease(kLongest);
+        SetEvent(g_continue);
+        WaitForPwmSafeRelease(kMaxWait);
         EXPECT_TRUE(FinishPwmSafeRelease());
     }
 
@@ -94,18 +94,18 @@ AMBREL_SEAM(CoInitializeEx, FakeCoInitializeEx);
 AMBREL_SEAM(CoUninitialize, FakeCoUninitialize);
 AMBREL_SEAM(PostMessageW, FakePostMessage);
 
-TEST_F(PwmReleaseThread, RunsOnAThreadOfItsOwnInTheMultithreadedApartment) {
+TEST_F(PwmReleaseThread, RunsOnASeparateThreadInTheMultithreadedApartment) {
     EXPECT_TRUE(StartPwmSafeRelease());
     Finish();
     ExpectReleased();
-    EXPECT_NE(g_setOn, 0U);
-    EXPECT_NE(g_setOn, GetCurrentThreadId());
+    EXPECT_NE(g_settingThread, 0U);
+    EXPECT_NE(g_settingThread, GetCurrentThreadId());
     EXPECT_EQ(g_threads, 1);
     EXPECT_EQ(g_apartment, COINIT_APARTMENTTHREADED) << "the apartment was not left";
 }
 
-TEST_F(PwmReleaseThread, TakesTheSavedValuesOverBeforeItLooksAtADisplay) {
-    HoldTheThread();
+TEST_F(PwmReleaseThread, TakesTheSavedValuesBeforeItQueriesADisplay) {
+    BlockThread();
     EXPECT_TRUE(StartPwmSafeRelease());
     EXPECT_TRUE(g_app.pwmSavedBrightness.empty());
     EXPECT_FALSE(FinishPwmSafeRelease());
@@ -114,23 +114,23 @@ TEST_F(PwmReleaseThread, TakesTheSavedValuesOverBeforeItLooksAtADisplay) {
 }
 
 TEST_F(PwmReleaseThread, AWaitEndsAtItsLimit) {
-    HoldTheThread();
+    BlockThread();
     StartPwmSafeRelease();
     const ULONGLONG start = GetTickCount64();
-    WaitForPwmSafeRelease(kSoon);
-    EXPECT_LT(GetTickCount64() - start, kLongest / 2);
+    WaitForPwmSafeRelease(kShortWait);
+    EXPECT_LT(GetTickCount64() - start, kMaxWait / 2);
     EXPECT_FALSE(FinishPwmSafeRelease());
     EXPECT_EQ(g_posted, 0);
 }
 
-TEST_F(PwmReleaseThread, ItsEndIsPosted) {
+TEST_F(PwmReleaseThread, PostsItsEnd) {
     StartPwmSafeRelease();
     Finish();
     EXPECT_EQ(g_posted, 1);
 }
 
-TEST_F(PwmReleaseThread, ChangesNothingInTheStateThatWasSavedMeanwhile) {
-    HoldTheThread();
+TEST_F(PwmReleaseThread, KeepsValuesThatAreSavedDuringTheRelease) {
+    BlockThread();
     StartPwmSafeRelease();
     g_app.pwmSavedBrightness[L"A"] = 70;
     g_app.pwmSavedBrightness[L"B"] = 80;
@@ -138,17 +138,17 @@ TEST_F(PwmReleaseThread, ChangesNothingInTheStateThatWasSavedMeanwhile) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 70}, {L"B", 80}}));
 }
 
-TEST_F(PwmReleaseThread, AValueThatNoDisplayAcceptedIsSavedAgainOnceTheSessionGoesOn) {
+TEST_F(PwmReleaseThread, AValueThatNoDisplayAcceptedIsSavedAgainIfTheSessionContinues) {
     Display(L"P").refuses = true;
     Display(L"A").present = false;
     StartPwmSafeRelease();
-    WaitForPwmSafeRelease(kLongest);
-    EXPECT_TRUE(g_app.pwmSavedBrightness.empty()) << "before anybody collects it";
+    WaitForPwmSafeRelease(kMaxWait);
+    EXPECT_TRUE(g_app.pwmSavedBrightness.empty()) << "before it is collected";
     EXPECT_TRUE(FinishPwmSafeRelease());
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 40}, {L"P", 40}}));
 }
 
-TEST_F(PwmReleaseThread, NothingIsReleasedTwice) {
+TEST_F(PwmReleaseThread, EachValueIsRestoredOnce) {
     StartPwmSafeRelease();
     EXPECT_TRUE(StartPwmSafeRelease());
     ReleasePwmSafeLock();
@@ -159,10 +159,10 @@ TEST_F(PwmReleaseThread, NothingIsReleasedTwice) {
     EXPECT_EQ(g_sets.size(), 2U);
 }
 
-TEST_F(PwmReleaseThread, ASecondReleaseSetsWhatTheFirstCouldNot) {
+TEST_F(PwmReleaseThread, ASecondReleaseRetriesTheValuesThatTheFirstCouldNotRestore) {
     Display(L"P").refuses = true;
     StartPwmSafeRelease();
-    WaitForPwmSafeRelease(kLongest);
+    WaitForPwmSafeRelease(kMaxWait);
     Display(L"P").refuses = false;
     g_sets.clear();
     EXPECT_TRUE(StartPwmSafeRelease());
@@ -172,8 +172,8 @@ TEST_F(PwmReleaseThread, ASecondReleaseSetsWhatTheFirstCouldNot) {
     EXPECT_TRUE(g_app.pwmSavedBrightness.empty());
 }
 
-TEST_F(PwmReleaseThread, NoSecondThreadIsStartedWhileTheFirstIsUnderWay) {
-    HoldTheThread();
+TEST_F(PwmReleaseThread, NoSecondThreadIsStartedWhileTheFirstIsRunning) {
+    BlockThread();
     StartPwmSafeRelease();
     g_app.pwmSavedBrightness[L"B"] = 70;
     EXPECT_TRUE(StartPwmSafeRelease());
@@ -181,29 +181,29 @@ TEST_F(PwmReleaseThread, NoSecondThreadIsStartedWhileTheFirstIsUnderWay) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"B", 70}}));
 }
 
-TEST_F(PwmReleaseThread, WithoutAThreadTheValuesStay) {
-    g_threadRefused = true;
+TEST_F(PwmReleaseThread, TheValuesAreKeptIfNoThreadCanBeCreated) {
+    g_createThreadFails = true;
     EXPECT_FALSE(StartPwmSafeRelease());
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 40}, {L"P", 40}}));
     EXPECT_TRUE(FinishPwmSafeRelease());
 }
 
-TEST_F(PwmReleaseThread, WithNothingSavedNothingIsStarted) {
+TEST_F(PwmReleaseThread, NoThreadIsStartedWithoutSavedValues) {
     g_app.pwmSavedBrightness.clear();
     EXPECT_TRUE(During([] { EXPECT_TRUE(StartPwmSafeRelease()); }).empty());
     EXPECT_EQ(g_threads, 0);
-    WaitForPwmSafeRelease(kLongest);
+    WaitForPwmSafeRelease(kMaxWait);
 }
 
-// A session that was called off while the release is under way.
+// The end of the session is cancelled while the release is running.
 
-TEST_F(PwmReleaseThread, NoDisplayIsLockedWhileItIsUnderWay) {
-    HoldTheThread();
+TEST_F(PwmReleaseThread, NoDisplayIsLockedDuringTheRelease) {
+    BlockThread();
     StartPwmSafeRelease();
     RefreshPwmSafeTargets(true);
     ReassertPwmSafeAfterChange();
     PerformDeferredPwmRequest();
-    EXPECT_TRUE(g_app.pwmSavedBrightness.empty()) << "100 would pass for the user's value";
+    EXPECT_TRUE(g_app.pwmSavedBrightness.empty()) << "100 would be saved as the user's value";
     EXPECT_EQ(g_app.pwmDeferred, PwmRequest::Reassert);
     Finish();
     PerformDeferredPwmRequest();
@@ -211,8 +211,8 @@ TEST_F(PwmReleaseThread, NoDisplayIsLockedWhileItIsUnderWay) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 40}, {L"P", 40}}));
 }
 
-TEST_F(PwmReleaseThread, AClickOnTheCardWaitsForItsEnd) {
-    HoldTheThread();
+TEST_F(PwmReleaseThread, AClickOnTheCardIsDeferredUntilItEnds) {
+    BlockThread();
     StartPwmSafeRelease();
     ReassertPwmSafeAfterChange();
     TogglePwmSafeByUser();
@@ -226,7 +226,7 @@ TEST_F(PwmReleaseThread, AClickOnTheCardWaitsForItsEnd) {
     EXPECT_EQ(g_sets.size(), 2U);
 }
 
-TEST_F(PwmReleaseThread, AnEndSuspendsTheLockAndDropsWhatIsDeferred) {
+TEST_F(PwmReleaseThread, SuspendingStopsTheTimersAndDropsTheDeferredRequest) {
     g_app.pwmVerifyPending = true;
     g_app.pwmVerifyIsUserToggle = true;
     g_app.pwmDeferred = PwmRequest::SwitchOff;

@@ -1,5 +1,5 @@
-// The user's switch.
-#include "brightness/pwm_bench.h"
+// Switching the mode by the user.
+#include "brightness/pwm_fixture.h"
 #include "support/seam.h"
 
 AMBREL_USES_SEAMS(recorded_log);
@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class PwmToggle : public PwmBench {
+class PwmToggle : public PwmFixture {
 protected:
     static CallRecord Toggle() {
         return During([] { TogglePwmSafeByUser(); });
@@ -22,7 +22,7 @@ protected:
 
 }  // namespace
 
-TEST_F(PwmToggle, OnAssertsTheLockAndSavesOnce) {
+TEST_F(PwmToggle, SwitchingOnAssertsTheLockAndSavesOnce) {
     g_displays = {{.name = L"A", .percent = 40}};
     EXPECT_THAT(Toggle(), ElementsAre("log: PWM-safe toggled ON by user", "enumerate", "count", "A := 100",
                                       "kill timer 4", "set timer 4 2000", "kill timer 5", "set timer 5 750",
@@ -31,7 +31,7 @@ TEST_F(PwmToggle, OnAssertsTheLockAndSavesOnce) {
     EXPECT_EQ(Label(), L"VERIFYING 100% LOCK");
 }
 
-TEST_F(PwmToggle, OnWithAMonitorThatAcceptsIsConfirmed) {
+TEST_F(PwmToggle, SwitchingOnIsConfirmedIfTheMonitorAccepts) {
     g_displays = {{.name = L"A", .percent = 40}};
     Toggle();
     EXPECT_THAT(Verify(), ElementsAre("kill timer 5", "enumerate", "count",
@@ -39,14 +39,14 @@ TEST_F(PwmToggle, OnWithAMonitorThatAcceptsIsConfirmed) {
     EXPECT_EQ(Label(), L"DISPLAY LOCKED AT 100%");
 }
 
-TEST_F(PwmToggle, OnWithAPanelSaysSo) {
+TEST_F(PwmToggle, TheLabelNamesABuiltInPanel) {
     g_displays = {{.name = L"P", .percent = 40, .kind = TargetKind::WmiPanel}};
     Toggle();
     Verify();
     EXPECT_EQ(Label(), L"BUILT-IN PANEL LOCKED AT 100%");
 }
 
-TEST_F(PwmToggle, OnWithAMonitorThatIgnoresItIsUndoneAndSavedAsOff) {
+TEST_F(PwmToggle, SwitchingOnIsRevertedAndSavedAsOffIfTheMonitorIgnoresIt) {
     g_displays = {{.name = L"A", .percent = 40, .ignores = true}};
     Toggle();
     EXPECT_THAT(Verify(),
@@ -56,7 +56,7 @@ TEST_F(PwmToggle, OnWithAMonitorThatIgnoresItIsUndoneAndSavedAsOff) {
     EXPECT_EQ(Flags(), "off");
 }
 
-TEST_F(PwmToggle, OnWithAMonitorThatSticksIsUndoneAndGivenBack) {
+TEST_F(PwmToggle, SwitchingOnIsRevertedAndRestoredIfTheMonitorStopsAt98) {
     g_displays = {{.name = L"A", .percent = 40, .reachesAtMost = 98}};
     Toggle();
     EXPECT_EQ(Display(L"A").percent, 98U);
@@ -65,28 +65,28 @@ TEST_F(PwmToggle, OnWithAMonitorThatSticksIsUndoneAndGivenBack) {
     EXPECT_EQ(Display(L"A").percent, 40U);
 }
 
-TEST_F(PwmToggle, OnWithAMonitorThatSticksAtNinetyNineIsConfirmed) {
+TEST_F(PwmToggle, SwitchingOnIsConfirmedIfTheMonitorStopsAt99) {
     g_displays = {{.name = L"A", .percent = 40, .reachesAtMost = 99}};
     Toggle();
     Verify();
     EXPECT_EQ(Flags(), "on confirmed");
 }
 
-TEST_F(PwmToggle, OnWithNoDisplayIsOffAtOnceAndSavedAsOff) {
+TEST_F(PwmToggle, SwitchingOnWithoutADisplayIsRevertedImmediatelyAndSavedAsOff) {
     EXPECT_THAT(Toggle(), ElementsAre("log: PWM-safe toggled ON by user", "enumerate", "count",
                                       "kill timer 4", "save off"));
     EXPECT_EQ(Flags(), "off");
     EXPECT_EQ(Label(), L"DISPLAY ALREADY AT 100%");
 }
 
-TEST_F(PwmToggle, OnWithNoDisplayForgetsWhatWasNotedWithoutGivingItBack) {
+TEST_F(PwmToggle, SwitchingOnWithoutADisplayDiscardsSavedValues) {
     g_app.pwmSavedBrightness = {{L"A", 40}};
     Toggle();
     EXPECT_THAT(g_app.pwmSavedBrightness, IsEmpty());
     EXPECT_THAT(g_sets, IsEmpty());
 }
 
-TEST_F(PwmToggle, OffGivesTheValuesBackStopsTheTimersAndSavesOnce) {
+TEST_F(PwmToggle, SwitchingOffRestoresTheValuesStopsTheTimersAndSavesOnce) {
     g_displays = {{.name = L"A"}, {.name = L"B"}};
     StartLocked();
     EXPECT_THAT(Toggle(),
@@ -98,7 +98,7 @@ TEST_F(PwmToggle, OffGivesTheValuesBackStopsTheTimersAndSavesOnce) {
     EXPECT_EQ(Label(), L"LOCK DISPLAY AT 100%");
 }
 
-TEST_F(PwmToggle, OffDuringAVerificationEndsIt) {
+TEST_F(PwmToggle, SwitchingOffCancelsTheVerification) {
     g_displays = {{.name = L"A", .percent = 40}};
     Toggle();
     EXPECT_THAT(Toggle(), ElementsAre("log: PWM-safe toggled OFF by user", "kill timer 5", "enumerate",
@@ -107,7 +107,7 @@ TEST_F(PwmToggle, OffDuringAVerificationEndsIt) {
     EXPECT_EQ(Display(L"A").percent, 40U);
 }
 
-TEST_F(PwmToggle, OffWithAllDisplaysFullAnywayIsNotConfirmed) {
+TEST_F(PwmToggle, SwitchingOffClearsTheConfirmationEvenIfAllDisplaysAreAt100) {
     g_displays = {{.name = L"A"}};
     StartLocked(100);
     Toggle();
@@ -115,13 +115,13 @@ TEST_F(PwmToggle, OffWithAllDisplaysFullAnywayIsNotConfirmed) {
     EXPECT_EQ(Label(), L"DISPLAY ALREADY AT 100%");
 }
 
-TEST_F(PwmToggle, OffWithNothingNotedLooksOnce) {
+TEST_F(PwmToggle, SwitchingOffWithoutSavedValuesEnumeratesOnce) {
     g_app.pwmSafe = true;
     EXPECT_THAT(Toggle(), ElementsAre("log: PWM-safe toggled OFF by user", "kill timer 5", "kill timer 4",
                                       "enumerate", "count", "save off"));
 }
 
-TEST_F(PwmToggle, OffAtTheSlowPaceEndsThatPaceWithoutALine) {
+TEST_F(PwmToggle, SwitchingOffResetsTheLongPeriodWithoutLogging) {
     g_displays = {{.name = L"A"}};
     StartLocked();
     g_app.pwmRetrySlowed = true;
@@ -132,7 +132,7 @@ TEST_F(PwmToggle, OffAtTheSlowPaceEndsThatPaceWithoutALine) {
     EXPECT_EQ(g_app.pwmRetryCount, 0);
 }
 
-TEST_F(PwmToggle, OnPollsAtTheNormalPaceWhateverThePaceWas) {
+TEST_F(PwmToggle, SwitchingOnPollsWithTheNormalPeriod) {
     g_displays = {{.name = L"A"}};
     g_app.pwmRetrySlowed = true;
     g_app.pwmRetryCount = 12;
@@ -142,7 +142,7 @@ TEST_F(PwmToggle, OnPollsAtTheNormalPaceWhateverThePaceWas) {
     EXPECT_EQ(g_app.pwmRetryCount, 0);
 }
 
-TEST_F(PwmToggle, OffAndOnAgainNotesTheValueOfThatMoment) {
+TEST_F(PwmToggle, SwitchingOffAndOnAgainSavesTheCurrentValue) {
     g_displays = {{.name = L"A", .percent = 40}};
     Toggle();
     Verify();
@@ -152,7 +152,7 @@ TEST_F(PwmToggle, OffAndOnAgainNotesTheValueOfThatMoment) {
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 55}}));
 }
 
-TEST_F(PwmToggle, AValueNotedSurvivesPollsAndDisplayChangesUntilItIsGivenBack) {
+TEST_F(PwmToggle, ASavedValueIsKeptThroughPollsAndDisplayChangesUntilItIsRestored) {
     g_displays = {{.name = L"A", .percent = 40}};
     Toggle();
     Verify();
@@ -170,7 +170,7 @@ TEST_F(PwmToggle, AValueNotedSurvivesPollsAndDisplayChangesUntilItIsGivenBack) {
     EXPECT_EQ(Display(L"A").percent, 40U);
 }
 
-TEST_F(PwmToggle, OffWithADisplayUnpluggedForgetsItsValue) {
+TEST_F(PwmToggle, SwitchingOffDiscardsTheValueOfAnUnpluggedDisplay) {
     g_displays = {{.name = L"A", .percent = 40}, {.name = L"B", .percent = 60}};
     Toggle();
     Verify();
@@ -181,7 +181,7 @@ TEST_F(PwmToggle, OffWithADisplayUnpluggedForgetsItsValue) {
     EXPECT_THAT(g_app.pwmSavedBrightness, IsEmpty());
 }
 
-TEST_F(PwmToggle, WithoutAWindowNoTimerIsTouched) {
+TEST_F(PwmToggle, NoTimerIsSetWithoutAWindow) {
     g_app.mainWindow = nullptr;
     g_displays = {{.name = L"A", .percent = 40}};
     EXPECT_THAT(Toggle(),
@@ -190,7 +190,7 @@ TEST_F(PwmToggle, WithoutAWindowNoTimerIsTouched) {
                                       "enumerate", "count", "save off"));
 }
 
-TEST_F(PwmToggle, AtTheProgramsEndItDoesNothing) {
+TEST_F(PwmToggle, TogglingDoesNothingAtTheEndOfTheProgram) {
     g_displays = {{.name = L"A", .percent = 40}};
     g_app.ending = true;
     EXPECT_THAT(Toggle(), testing::IsEmpty());

@@ -1,5 +1,5 @@
-// The verification 750 ms after an assertion: success, and both kinds of failure.
-#include "brightness/pwm_bench.h"
+// The verification of an assertion: success, and failure with and without a preceding switch by the user.
+#include "brightness/pwm_fixture.h"
 #include "support/seam.h"
 
 AMBREL_USES_SEAMS(recorded_log);
@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class PwmVerify : public PwmBench {
+class PwmVerify : public PwmFixture {
 protected:
     static CallRecord Verify() {
         return During([] { VerifyPwmLock(); });
@@ -19,7 +19,7 @@ protected:
 
 }  // namespace
 
-TEST_F(PwmVerify, AllFullConfirmsTheLock) {
+TEST_F(PwmVerify, AllDisplaysAt100ConfirmTheLock) {
     g_displays = {{.name = L"A", .percent = 100}};
     StartVerifying(false);
     EXPECT_THAT(Verify(), ElementsAre("kill timer 5", "enumerate", "count",
@@ -27,7 +27,7 @@ TEST_F(PwmVerify, AllFullConfirmsTheLock) {
     EXPECT_EQ(Flags(), "on confirmed");
 }
 
-TEST_F(PwmVerify, AllFullConfirmsTheUsersSwitch) {
+TEST_F(PwmVerify, AllDisplaysAt100ConfirmTheUsersSwitch) {
     g_displays = {{.name = L"A", .percent = 100}, {.name = L"B", .percent = 100}};
     StartVerifying(true);
     EXPECT_THAT(Verify(), ElementsAre("kill timer 5", "enumerate", "count",
@@ -35,14 +35,14 @@ TEST_F(PwmVerify, AllFullConfirmsTheUsersSwitch) {
     EXPECT_EQ(Flags(), "on confirmed");
 }
 
-TEST_F(PwmVerify, NinetyNineIsFull) {
+TEST_F(PwmVerify, NinetyNinePercentIsTreatedAs100) {
     g_displays = {{.name = L"A", .percent = 99}, {.name = L"B", .percent = 100}};
     StartVerifying(true);
     Verify();
     EXPECT_EQ(Flags(), "on confirmed");
 }
 
-TEST_F(PwmVerify, SuccessKeepsWhatWasNoted) {
+TEST_F(PwmVerify, SuccessKeepsTheSavedValues) {
     g_displays = {{.name = L"A", .percent = 100}};
     StartVerifying(false);
     Verify();
@@ -60,7 +60,7 @@ TEST_F(PwmVerify, SuccessEndsTheEpisodeOfFailures) {
     EXPECT_EQ(g_app.pwmRetryCount, 0);
 }
 
-TEST_F(PwmVerify, SuccessAtTheSlowPaceRestoresTheNormalOne) {
+TEST_F(PwmVerify, SuccessWhileSlowedRestoresTheNormalPeriod) {
     g_displays = {{.name = L"A", .percent = 100}};
     StartVerifying(false);
     g_app.pwmRetrySlowed = true;
@@ -73,7 +73,7 @@ TEST_F(PwmVerify, SuccessAtTheSlowPaceRestoresTheNormalOne) {
     EXPECT_EQ(g_app.pwmRetryCount, 0);
 }
 
-TEST_F(PwmVerify, SuccessWithTheModeOffClearsTheVerificationAndNothingElse) {
+TEST_F(PwmVerify, SuccessWhileOffClearsOnlyTheVerification) {
     g_displays = {{.name = L"A", .percent = 100}};
     g_app.pwmVerifyPending = true;
     g_app.pwmVerifyIsUserToggle = true;
@@ -86,7 +86,7 @@ TEST_F(PwmVerify, SuccessWithTheModeOffClearsTheVerificationAndNothingElse) {
     EXPECT_EQ(g_app.pwmRetryCount, 4);
 }
 
-TEST_F(PwmVerify, AFailureAfterTheUsersSwitchUndoesItAndGivesTheValuesBack) {
+TEST_F(PwmVerify, AFailureAfterTheUsersSwitchRevertsItAndRestoresTheValues) {
     g_displays = {{.name = L"A", .percent = 40, .ignores = true}, {.name = L"B", .percent = 100}};
     StartVerifying(true);
     g_app.pwmSavedBrightness = {{L"A", 40}, {L"B", 65}};
@@ -109,7 +109,7 @@ TEST_F(PwmVerify, AFailureAfterTheUsersSwitchEndsTheEpisodeOfFailures) {
     EXPECT_EQ(Flags(), "off");
 }
 
-TEST_F(PwmVerify, ADisplayThatLeftAfterTheUsersSwitchUndoesIt) {
+TEST_F(PwmVerify, ADisplayThatDisconnectsAfterTheUsersSwitchRevertsIt) {
     g_displays = {{.name = L"A"}};
     StartVerifying(true);
     g_displays.clear();
@@ -120,7 +120,7 @@ TEST_F(PwmVerify, ADisplayThatLeftAfterTheUsersSwitchUndoesIt) {
     EXPECT_THAT(g_app.pwmSavedBrightness, IsEmpty());
 }
 
-TEST_F(PwmVerify, AFailureAfterTheUsersSwitchAtTheSlowPaceKeepsThatPaceInMind) {
+TEST_F(PwmVerify, AFailureAfterTheUsersSwitchWhileSlowedKeepsTheSlowdown) {
     g_displays = {{.name = L"A", .percent = 40}};
     StartVerifying(true);
     g_app.pwmRetrySlowed = true;
@@ -130,7 +130,7 @@ TEST_F(PwmVerify, AFailureAfterTheUsersSwitchAtTheSlowPaceKeepsThatPaceInMind) {
     EXPECT_EQ(g_app.pwmRetryCount, 11);
 }
 
-TEST_F(PwmVerify, AFailureOtherwiseIsCountedAndLeftToThePoll) {
+TEST_F(PwmVerify, AnyOtherFailureIsCountedAndLeftToThePoll) {
     g_displays = {{.name = L"A", .percent = 40}, {.name = L"B", .percent = 100}};
     StartVerifying(false);
     g_app.pwmLockConfirmed = true;
@@ -142,7 +142,7 @@ TEST_F(PwmVerify, AFailureOtherwiseIsCountedAndLeftToThePoll) {
     EXPECT_EQ(Label(), L"REASSERTING 100% LOCK");
 }
 
-TEST_F(PwmVerify, TheNextFailureOfTheEpisodeIsCountedWithoutALine) {
+TEST_F(PwmVerify, TheNextFailureOfTheEpisodeIsCountedWithoutLogging) {
     g_displays = {{.name = L"A", .percent = 40}};
     StartVerifying(false);
     g_app.pwmPendingLogged = true;
@@ -151,7 +151,7 @@ TEST_F(PwmVerify, TheNextFailureOfTheEpisodeIsCountedWithoutALine) {
     EXPECT_EQ(g_app.pwmRetryCount, 2);
 }
 
-TEST_F(PwmVerify, WithoutADisplayTheFailureIsLoggedAndNotCounted) {
+TEST_F(PwmVerify, AFailureWithoutADisplayIsLoggedAndNotCounted) {
     StartVerifying(false);
     g_app.pwmRetryCount = 9;
     EXPECT_THAT(Verify(), ElementsAre("kill timer 5", "enumerate", "count",
@@ -188,7 +188,7 @@ TEST_F(PwmVerify, TheTenthFailureSlowsThePoll) {
     EXPECT_EQ(Label(), L"DISPLAY WON'T HOLD 100%");
 }
 
-TEST_F(PwmVerify, ACountBeyondTenSlowsThePollToo) {
+TEST_F(PwmVerify, MoreThanTenFailuresSlowThePollToo) {
     g_displays = {{.name = L"A", .percent = 40}};
     StartVerifying(false);
     g_app.pwmPendingLogged = true;
@@ -201,7 +201,7 @@ TEST_F(PwmVerify, ACountBeyondTenSlowsThePollToo) {
                     "kill timer 4", "set timer 4 30000"));
 }
 
-TEST_F(PwmVerify, AtTheSlowPaceFailuresAreCountedWithoutALine) {
+TEST_F(PwmVerify, FailuresWhileSlowedAreCountedWithoutLogging) {
     g_displays = {{.name = L"A", .percent = 40}};
     StartVerifying(false);
     g_app.pwmPendingLogged = true;
@@ -212,7 +212,7 @@ TEST_F(PwmVerify, AtTheSlowPaceFailuresAreCountedWithoutALine) {
     EXPECT_EQ(Flags(), "on slowed pending-logged");
 }
 
-TEST_F(PwmVerify, TheTenthFailureWithItsFirstLineLogsBothInOrder) {
+TEST_F(PwmVerify, ATenthFailureThatIsTheFirstLoggedLogsBothLinesInOrder) {
     g_displays = {{.name = L"A", .percent = 40}};
     StartVerifying(false);
     g_app.pwmRetryCount = 9;
@@ -225,7 +225,7 @@ TEST_F(PwmVerify, TheTenthFailureWithItsFirstLineLogsBothInOrder) {
                     "kill timer 4", "set timer 4 30000"));
 }
 
-TEST_F(PwmVerify, ADisplayThatCannotBeReadAnyMoreLeavesTheOthersToBeConfirmed) {
+TEST_F(PwmVerify, TheOtherDisplaysAreConfirmedIfOneCanNoLongerBeRead) {
     g_displays = {{.name = L"A", .percent = 100}, {.name = L"B", .present = false}};
     StartVerifying(false);
     EXPECT_THAT(Verify(), ElementsAre("kill timer 5", "enumerate", "count",

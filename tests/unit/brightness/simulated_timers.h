@@ -15,11 +15,11 @@ struct SimulatedTimer {
     bool operator==(const SimulatedTimer&) const = default;
 };
 
-using SimulatedTimers = std::map<std::uintptr_t, SimulatedTimer>;  // those that run, by id
+using SimulatedTimers = std::map<std::uintptr_t, SimulatedTimer>;  // running timers by id
 
 extern std::uint64_t g_clock;  // ms
 extern SimulatedTimers g_timers;
 
-// Moves the clock to the earliest timer that falls due up to `until` and starts its next period. 0 when there
-// is none; then the clock stands at `until`.
+// Advances the clock to the earliest timer that is due by `until`, starts its next period and returns its id.
+// If there is none, advances the clock to `until` and returns 0.
 std::uintptr_t NextDueTimer(std::uint64_t until);

@@ -1,9 +1,9 @@
-// The connection, which listing and setting make in the same way and each for itself.
+// The connection to WMI, which enumerating and setting each open in the same way.
 #include <gtest/gtest.h>
 
 #include "brightness/fake_wmi.h"
 #include "brightness/wmi.h"
-#include "support/com_books.h"
+#include "support/com_tracker.h"
 
 namespace {
 
@@ -12,7 +12,7 @@ constexpr char kPanelsQuery[] =
 constexpr char kMethodsQuery[] =
     "query WQL SELECT InstanceName, __PATH FROM WmiMonitorBrightnessMethods WHERE Active = TRUE flags 48";
 
-// Both operations over the same panel. Each returns whether it got anywhere.
+// Each operation returns whether it reached the panel.
 bool ListSomething() {
     DisplayTargetList list;
     EnumerateWmiTargets(&list);
@@ -33,9 +33,9 @@ class WmiConnection : public testing::TestWithParam<Operation> {
 protected:
     void SetUp() override {
         ResetWmi();
-        g_wmi.found = {Panel(L"panel")};
+        g_wmi.results = {Panel(L"panel")};
     }
-    void TearDown() override { CheckNothingIsLeft(); }
+    void TearDown() override { ExpectNoLeaks(); }
 
     static bool Run() { return GetParam().run(); }
 };
@@ -47,13 +47,13 @@ INSTANTIATE_TEST_SUITE_P(Wmi, WmiConnection,
                                          Operation{"Setting", SetSomething, kMethodsQuery}),
                          [](const auto& test) { return test.param.name; });
 
-TEST_P(WmiConnection, IsMadeToRootWmiGivenItsBlanketAndAskedForwardOnlyAndAtOnce) {
+TEST_P(WmiConnection, ConnectsToRootWmiSetsTheBlanketAndQueriesForwardOnly) {
     EXPECT_TRUE(Run());
     const CallRecord beginning(g_calls.begin(), g_calls.begin() + 4);
     EXPECT_EQ(beginning, kConnected + CallRecord{GetParam().query});
 }
 
-TEST_P(WmiConnection, IsMadeAnewEachTimeAndReleasedWithTheLocatorLast) {
+TEST_P(WmiConnection, IsOpenedEachTimeAndReleasedWithTheLocatorLast) {
     for (int i = 0; i < 3; ++i) {
         g_calls.clear();
         EXPECT_TRUE(Run());
@@ -63,33 +63,33 @@ TEST_P(WmiConnection, IsMadeAnewEachTimeAndReleasedWithTheLocatorLast) {
     }
 }
 
-TEST_P(WmiConnection, WithoutALocatorNothingIsDone) {
-    for (const Step& step : {kRefused, kNullHandedOut}) {
-        g_wmi.locator = step;
+TEST_P(WmiConnection, NothingIsCalledWithoutALocator) {
+    for (const CallResult& result : {kRefused, kNullReturned}) {
+        g_wmi.locator = result;
         g_calls.clear();
         EXPECT_FALSE(Run());
         EXPECT_EQ(g_calls, (CallRecord{"create locator"}));
     }
 }
 
-TEST_P(WmiConnection, WithoutTheNamespaceOnlyTheLocatorIsReleased) {
-    for (const Step& step : {kRefused, kNullHandedOut}) {
-        g_wmi.connect = step;
+TEST_P(WmiConnection, OnlyTheLocatorIsReleasedIfTheConnectionFails) {
+    for (const CallResult& result : {kRefused, kNullReturned}) {
+        g_wmi.connect = result;
         g_calls.clear();
         EXPECT_FALSE(Run());
         EXPECT_EQ(g_calls, (CallRecord{"create locator", "connect ROOT\\WMI", "release locator"}));
     }
 }
 
-TEST_P(WmiConnection, WithoutTheBlanketNothingIsAsked) {
+TEST_P(WmiConnection, NothingIsQueriedIfTheBlanketCannotBeSet) {
     g_wmi.blanket = E_ACCESSDENIED;
     EXPECT_FALSE(Run());
     EXPECT_EQ(g_calls, kConnected + CallRecord({"release services", "release locator"}));
 }
 
-TEST_P(WmiConnection, AFailedOrEmptyHandedQueryFindsNothing) {
-    for (const Step& step : {kRefused, kNullHandedOut}) {
-        g_wmi.query = step;
+TEST_P(WmiConnection, AQueryThatFailsOrReturnsNoObjectFindsNothing) {
+    for (const CallResult& result : {kRefused, kNullReturned}) {
+        g_wmi.query = result;
         g_calls.clear();
         EXPECT_FALSE(Run());
         EXPECT_EQ(g_calls,
@@ -97,28 +97,28 @@ TEST_P(WmiConnection, AFailedOrEmptyHandedQueryFindsNothing) {
     }
 }
 
-// Not what a correct COM server does; but what was handed out is given back whatever was said.
-TEST_P(WmiConnection, WhatAFailedCallHandsOutIsReleasedAllTheSame) {
-    const Step wrong = {E_FAIL, true};
-    for (Step FakeWmi::*step : {&FakeWmi::locator, &FakeWmi::connect, &FakeWmi::query}) {
+// A correct COM server does not return an object from a failed call. If one does, the object is released.
+TEST_P(WmiConnection, AnObjectThatAFailedCallReturnsIsReleased) {
+    const CallResult wrong = {E_FAIL, true};
+    for (CallResult FakeWmi::*call : {&FakeWmi::locator, &FakeWmi::connect, &FakeWmi::query}) {
         g_wmi = FakeWmi{};
-        g_wmi.*step = wrong;
+        g_wmi.*call = wrong;
         EXPECT_FALSE(Run());
     }
     g_wmi = FakeWmi{};
-    g_wmi.found = {Panel(L"panel")};
-    g_wmi.found[0].result = E_FAIL;
+    g_wmi.results = {Panel(L"panel")};
+    g_wmi.results[0].result = E_FAIL;
     EXPECT_FALSE(Run());
 }
 
-TEST_P(WmiConnection, MemoryThatRunsOutForAnyTextMakesItFailAndLeavesNothing) {
+TEST_P(WmiConnection, FailsWithoutALeakIfAnyStringCannotBeAllocated) {
     EXPECT_TRUE(Run());
     const int texts = AllocationsMade();
     ASSERT_GE(texts, 3) << "the namespace, the language and the query";
     for (int failing = 1; failing <= texts; ++failing) {
-        OpenComBooks();
+        StartComTracking();
         LetAllocationFail(failing);
         EXPECT_FALSE(Run()) << failing;
-        CheckNothingIsLeft();
+        ExpectNoLeaks();
     }
 }

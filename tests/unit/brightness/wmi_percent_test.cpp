@@ -1,4 +1,4 @@
-// What a panel's CurrentBrightness means, for every type that a driver may give it.
+// Conversion of a panel's CurrentBrightness from every type that a driver may use.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -7,7 +7,7 @@
 
 namespace {
 
-// A VARIANT of that type whose other bytes are all ones, so that a value read under another type shows.
+// A VARIANT of the type with all bits of its value set, so that reading it as a wider type is detected.
 VARIANT Of(VARTYPE type) {
     VARIANT variant;
     VariantInit(&variant);
@@ -48,7 +48,7 @@ std::uint32_t PercentOfUi4(ULONG number) {
 
 }  // namespace
 
-TEST(WmiPercent, EveryWholePercentReadsAsItselfInEveryIntegerType) {
+TEST(WmiPercent, EveryPercentReadsAsItselfInEveryIntegerType) {
     for (int percent = 0; percent <= 100; ++percent) {
         const auto expected = static_cast<std::uint32_t>(percent);
         EXPECT_EQ(PercentOfI2(static_cast<SHORT>(percent)), expected);
@@ -59,14 +59,14 @@ TEST(WmiPercent, EveryWholePercentReadsAsItselfInEveryIntegerType) {
     }
 }
 
-TEST(WmiPercent, NegativeNumbersReadAsNothing) {
+TEST(WmiPercent, NegativeNumbersReadAs0) {
     EXPECT_EQ(PercentOfI2(-1), 0U);
     EXPECT_EQ(PercentOfI2(SHRT_MIN), 0U);
     EXPECT_EQ(PercentOfI4(-1), 0U);
     EXPECT_EQ(PercentOfI4(LONG_MIN), 0U);
 }
 
-TEST(WmiPercent, NumbersAboveOneHundredReadAsOneHundred) {
+TEST(WmiPercent, NumbersAbove100ReadAs100) {
     EXPECT_EQ(PercentOfI2(101), 100U);
     EXPECT_EQ(PercentOfI2(SHRT_MAX), 100U);
     EXPECT_EQ(PercentOfI4(120), 100U);
@@ -78,21 +78,21 @@ TEST(WmiPercent, NumbersAboveOneHundredReadAsOneHundred) {
     EXPECT_EQ(PercentOfUi4(101), 100U);
 }
 
-TEST(WmiPercent, UnsignedNumbersAreNeverTakenForNegativeOnes) {
+TEST(WmiPercent, LargeUnsignedNumbersAreNotTreatedAsNegative) {
     EXPECT_EQ(PercentOfUi1(0x80), 100U);
     EXPECT_EQ(PercentOfUi2(0x8000), 100U);
     EXPECT_EQ(PercentOfUi4(0x80000000), 100U);
     EXPECT_EQ(PercentOfUi4(ULONG_MAX), 100U);
 }
 
-TEST(WmiPercent, OnlyTheBytesOfTheTypeCount) {
-    // Of() filled the rest with ones.
+TEST(WmiPercent, OnlyTheBytesOfTheTypeAreRead) {
+    // Of() sets the remaining bits.
     EXPECT_EQ(PercentOfUi1(7), 7U);
     EXPECT_EQ(PercentOfUi2(7), 7U);
     EXPECT_EQ(PercentOfI2(7), 7U);
 }
 
-TEST(WmiPercent, EveryOtherTypeReadsAsNothing) {
+TEST(WmiPercent, EveryOtherTypeReadsAs0) {
     for (const VARTYPE type :
          {VT_EMPTY, VT_NULL, VT_R4, VT_R8, VT_CY, VT_DATE, VT_BSTR, VT_DISPATCH, VT_ERROR, VT_BOOL,
           VT_VARIANT, VT_UNKNOWN, VT_DECIMAL, VT_I1, VT_I8, VT_UI8, VT_INT, VT_UINT}) {
@@ -100,7 +100,7 @@ TEST(WmiPercent, EveryOtherTypeReadsAsNothing) {
     }
 }
 
-TEST(WmiPercent, AnArrayOrAReferenceOfAnIntegerReadsAsNothing) {
+TEST(WmiPercent, AnArrayOrAReferenceOfAnIntegerReadsAs0) {
     for (const VARTYPE type : {VT_I2, VT_I4, VT_UI1, VT_UI2, VT_UI4}) {
         for (const VARTYPE kind : {VT_ARRAY, VT_BYREF, VT_VECTOR})
             EXPECT_EQ(PercentFromVariant(Of(static_cast<VARTYPE>(type | kind))), 0U) << type << " " << kind;

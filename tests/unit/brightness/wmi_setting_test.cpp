@@ -1,4 +1,4 @@
-// How a panel is found again by its name and set.
+// Setting a panel, which is found by its name.
 #include <gtest/gtest.h>
 
 #include "brightness/fake_wmi.h"
@@ -11,10 +11,10 @@ constexpr char kQuery[] =
 constexpr char kNext[] = "next 1500 1";
 constexpr char kExec[] = "exec path of panel: WmiSetBrightness flags 0";
 
-const CallRecord kAsked = kConnected + CallRecord{kQuery};
+const CallRecord kQueried = kConnected + CallRecord{kQuery};
 const CallRecord kReleased = {"release services", "release locator"};
 
-CallRecord PassOver(int number) {
+CallRecord Skip(int number) {
     return {kNext, "get InstanceName", "release result " + std::to_string(number)};
 }
 
@@ -27,9 +27,9 @@ class WmiSetting : public testing::Test {
 protected:
     void SetUp() override {
         ResetWmi();
-        g_wmi.found = {Panel(L"panel")};
+        g_wmi.results = {Panel(L"panel")};
     }
-    void TearDown() override { CheckNothingIsLeft(); }
+    void TearDown() override { ExpectNoLeaks(); }
 
     static bool WasCalled(const std::string& beginning) {
         for (const std::string& call : g_calls) {
@@ -38,7 +38,6 @@ protected:
         return false;
     }
 
-    // Whether it is found is told by the question for the method.
     static bool Finds(const std::wstring& name) {
         g_calls.clear();
         const bool set = SetWmiBrightness(name, 100);
@@ -49,7 +48,7 @@ protected:
 
 }  // namespace
 
-TEST_F(WmiSetting, OnePanelIsSetWithExactlyTheseCalls) {
+TEST_F(WmiSetting, APanelIsSetWithExactlyTheseCalls) {
     EXPECT_TRUE(SetWmiBrightness(L"panel", 100));
     const CallRecord setting = {
         "get object WmiMonitorBrightnessMethods",
@@ -62,10 +61,10 @@ TEST_F(WmiSetting, OnePanelIsSetWithExactlyTheseCalls) {
         kExec,
         "release in-parameters",
     };
-    EXPECT_EQ(g_calls, kAsked + Match(1) + setting + kReleased);
+    EXPECT_EQ(g_calls, kQueried + Match(1) + setting + kReleased);
 }
 
-TEST_F(WmiSetting, ThePercentIsSentAsItIsUpToOneHundred) {
+TEST_F(WmiSetting, ThePercentIsSentUnchangedUpTo100) {
     for (const auto& [percent, sent] : {std::pair{0U, "0"},
                                         {1U, "1"},
                                         {37U, "37"},
@@ -81,76 +80,76 @@ TEST_F(WmiSetting, ThePercentIsSentAsItIsUpToOneHundred) {
     }
 }
 
-TEST_F(WmiSetting, TheWalkEndsAtTheFirstPanelOfTheName) {
-    Found twin = Panel(L"panel");
-    twin.properties[L"__PATH"] = Text(L"second path");
-    g_wmi.found = {Panel(L"other"), Panel(L"panel"), twin};
+TEST_F(WmiSetting, TheSearchEndsAtTheFirstPanelWithTheName) {
+    QueryResult duplicate = Panel(L"panel");
+    duplicate.properties[L"__PATH"] = Text(L"second path");
+    g_wmi.results = {Panel(L"other"), Panel(L"panel"), duplicate};
     EXPECT_TRUE(SetWmiBrightness(L"panel", 100));
     const CallRecord walk(g_calls.begin(), g_calls.begin() + 12);
-    EXPECT_EQ(walk, kAsked + PassOver(1) + Match(2));
+    EXPECT_EQ(walk, kQueried + Skip(1) + Match(2));
     EXPECT_TRUE(WasCalled(kExec));
 }
 
-TEST_F(WmiSetting, APanelThatIsNotThereAnyMoreIsNotSetAndNoMethodIsCalled) {
-    g_wmi.found = {Panel(L"one"), Panel(L"two")};
+TEST_F(WmiSetting, NoMethodIsCalledForAPanelThatIsNoLongerActive) {
+    g_wmi.results = {Panel(L"one"), Panel(L"two")};
     EXPECT_FALSE(SetWmiBrightness(L"panel", 100));
-    EXPECT_EQ(g_calls,
-              kAsked + PassOver(1) + PassOver(2) + CallRecord({kNext, "release enumerator"}) + kReleased);
+    EXPECT_EQ(g_calls, kQueried + Skip(1) + Skip(2) + CallRecord({kNext, "release enumerator"}) + kReleased);
 }
 
-TEST_F(WmiSetting, AWalkThatTimesOutOrFailsHasFoundNothing) {
-    const Found ends[] = {{{}, WBEM_S_TIMEDOUT, false}, {{}, kFailed, false}, {{}, WBEM_S_NO_ERROR, false}};
-    for (const Found& end : ends) {
-        g_wmi.found = {Panel(L"one"), end, Panel(L"panel")};
+TEST_F(WmiSetting, ASearchThatTimesOutOrFailsFindsNothing) {
+    const QueryResult ends[] = {
+        {{}, WBEM_S_TIMEDOUT, false}, {{}, kFailed, false}, {{}, WBEM_S_NO_ERROR, false}};
+    for (const QueryResult& end : ends) {
+        g_wmi.results = {Panel(L"one"), end, Panel(L"panel")};
         g_calls.clear();
         EXPECT_FALSE(SetWmiBrightness(L"panel", 100));
-        EXPECT_EQ(g_calls, kAsked + PassOver(1) + CallRecord({kNext, "release enumerator"}) + kReleased);
+        EXPECT_EQ(g_calls, kQueried + Skip(1) + CallRecord({kNext, "release enumerator"}) + kReleased);
     }
 }
 
-TEST_F(WmiSetting, NamesAreComparedByTheirExactCodeUnits) {
+TEST_F(WmiSetting, NamesAreComparedByCodeUnits) {
     const std::wstring names[] = {L"PANEL",  L"panel ",     L" panel", L"pane",
                                   L"panels", L"p\u00e4nel", L"",       std::wstring(L"panel\0x", 7)};
     for (const std::wstring& name : names) {
-        g_wmi.found = {Panel(name)};
+        g_wmi.results = {Panel(name)};
         EXPECT_FALSE(Finds(L"panel")) << Narrow(name);
         EXPECT_EQ(Finds(name), true) << Narrow(name);
     }
     // One letter, composed and decomposed.
-    g_wmi.found = {Panel(L"\u00e9")};
+    g_wmi.results = {Panel(L"\u00e9")};
     EXPECT_FALSE(Finds(L"e\u0301"));
 }
 
 TEST_F(WmiSetting, ANameOf300CharactersIsFound) {
     const std::wstring name = std::wstring(299, L'n') + L"1";
-    g_wmi.found = {Panel(std::wstring(299, L'n') + L"2"), Panel(name)};
+    g_wmi.results = {Panel(std::wstring(299, L'n') + L"2"), Panel(name)};
     EXPECT_TRUE(SetWmiBrightness(name, 100));
 }
 
-TEST_F(WmiSetting, ANameThatIsNoTextMatchesNoPanel) {
+TEST_F(WmiSetting, ANameThatIsNotAStringMatchesNoPanel) {
     for (const Property& name : {Number(VT_I4, 4), Number(VT_NULL, 0), Property{S_OK, VT_BSTR, L"", 0, false},
                                  Property{kFailed, VT_BSTR, L"panel", 0, true}}) {
-        g_wmi.found[0].properties[L"InstanceName"] = name;
+        g_wmi.results[0].properties[L"InstanceName"] = name;
         EXPECT_FALSE(Finds(L"panel")) << name.type;
     }
 }
 
-TEST_F(WmiSetting, APathThatIsNoTextIsEmptyAndTheCallDecides) {
+TEST_F(WmiSetting, APathThatIsNotAStringIsPassedAsEmpty) {
     for (const Property& path : {Number(VT_I4, 4), Number(VT_NULL, 0), Property{S_OK, VT_BSTR, L"", 0, false},
                                  Property{kFailed, VT_BSTR, L"path of panel", 0, true}}) {
-        g_wmi.found[0].properties[L"__PATH"] = path;
-        for (const HRESULT answer : {S_OK, static_cast<HRESULT>(WBEM_E_INVALID_OBJECT_PATH)}) {
-            g_wmi.exec = answer;
+        g_wmi.results[0].properties[L"__PATH"] = path;
+        for (const HRESULT result : {S_OK, static_cast<HRESULT>(WBEM_E_INVALID_OBJECT_PATH)}) {
+            g_wmi.exec = result;
             g_calls.clear();
-            EXPECT_EQ(SetWmiBrightness(L"panel", 100), answer == S_OK) << path.type;
+            EXPECT_EQ(SetWmiBrightness(L"panel", 100), result == S_OK) << path.type;
             EXPECT_TRUE(WasCalled("exec : WmiSetBrightness flags 0"));
         }
     }
 }
 
-TEST_F(WmiSetting, WithoutTheClassTheMethodOrItsParametersNothingIsSet) {
+TEST_F(WmiSetting, NothingIsSetIfClassMethodOrParametersAreMissing) {
     struct Case {
-        Step FakeWmi::*step;
+        CallResult FakeWmi::*call;
         CallRecord calls;
     };
     const Case cases[] = {
@@ -159,38 +158,38 @@ TEST_F(WmiSetting, WithoutTheClassTheMethodOrItsParametersNothingIsSet) {
         {&FakeWmi::spawn, {"get method WmiSetBrightness", "spawn", "release signature", "release class"}},
     };
     for (const Case& failing : cases) {
-        for (const Step& step : {kRefused, kNullHandedOut}) {
+        for (const CallResult& result : {kRefused, kNullReturned}) {
             g_wmi = FakeWmi{};
-            g_wmi.found = {Panel(L"panel")};
-            g_wmi.*failing.step = step;
+            g_wmi.results = {Panel(L"panel")};
+            g_wmi.*failing.call = result;
             g_calls.clear();
             EXPECT_FALSE(SetWmiBrightness(L"panel", 100));
-            EXPECT_EQ(g_calls, kAsked + Match(1) + CallRecord{"get object WmiMonitorBrightnessMethods"} +
+            EXPECT_EQ(g_calls, kQueried + Match(1) + CallRecord{"get object WmiMonitorBrightnessMethods"} +
                                    failing.calls + kReleased);
         }
-        g_wmi.*failing.step = {E_FAIL, true};
+        g_wmi.*failing.call = {E_FAIL, true};
         EXPECT_FALSE(SetWmiBrightness(L"panel", 100));
     }
 }
 
-TEST_F(WmiSetting, AParameterThatIsRefusedEndsItBeforeTheMethodIsCalled) {
+TEST_F(WmiSetting, TheMethodIsNotCalledIfAParameterIsRefused) {
     for (HRESULT FakeWmi::*put : {&FakeWmi::putTimeout, &FakeWmi::putBrightness}) {
         g_wmi = FakeWmi{};
-        g_wmi.found = {Panel(L"panel")};
+        g_wmi.results = {Panel(L"panel")};
         g_wmi.*put = kFailed;
         EXPECT_FALSE(Finds(L"panel"));
     }
 }
 
 TEST_F(WmiSetting, TheResultIsThatOfTheMethodCall) {
-    for (const HRESULT answer :
+    for (const HRESULT result :
          {kFailed, E_ACCESSDENIED, static_cast<HRESULT>(WBEM_E_INVALID_METHOD_PARAMETERS)}) {
-        g_wmi.exec = answer;
+        g_wmi.exec = result;
         EXPECT_FALSE(SetWmiBrightness(L"panel", 100));
         EXPECT_TRUE(WasCalled(kExec));
     }
-    for (const HRESULT answer : {S_OK, S_FALSE}) {
-        g_wmi.exec = answer;
+    for (const HRESULT result : {S_OK, S_FALSE}) {
+        g_wmi.exec = result;
         EXPECT_TRUE(SetWmiBrightness(L"panel", 100));
     }
 }

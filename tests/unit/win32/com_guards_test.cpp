@@ -2,15 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include "support/com_books.h"
+#include "support/com_tracker.h"
 #include "win32/guards.h"
 
 namespace {
 
 class ComGuards : public testing::Test {
 protected:
-    void SetUp() override { OpenComBooks(); }
-    void TearDown() override { CloseComBooks(); }
+    void SetUp() override { StartComTracking(); }
+    void TearDown() override { ExpectNoComLeaks(); }
 };
 
 struct Counted : IUnknown {
@@ -57,7 +57,7 @@ TEST_F(ComGuards, AVariantFreesTheTextInIt) {
     {
         Variant variant;
         variant.value.vt = VT_BSTR;
-        variant.value.bstrVal = HandOutText(L"panel");
+        variant.value.bstrVal = AllocateReturnedText(L"panel");
     }
     EXPECT_EQ(TextsHeld(), 0);
     EXPECT_EQ(VariantsHeld(), 0);

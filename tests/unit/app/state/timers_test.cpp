@@ -65,8 +65,8 @@ TEST_F(Timers, EachTimerHasItsIdAndPeriod) {
 }
 
 TEST_F(Timers, TheLongPeriodAppliesAfterResumeAndToASlowedPoll) {
-    StartTimer(TimerId::DisplaySettle, TimerPace::Long);
-    StartTimer(TimerId::PwmSafePoll, TimerPace::Long);
+    StartTimer(TimerId::DisplaySettle, TimerPeriod::Long);
+    StartTimer(TimerId::PwmSafePoll, TimerPeriod::Long);
     const std::vector<TimerCall> expected = {{"set", kWindow, 2, 1200}, {"set", kWindow, 4, 30000}};
     EXPECT_EQ(g_calls, expected);
 }

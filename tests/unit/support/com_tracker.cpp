@@ -1,4 +1,4 @@
-#include "support/com_books.h"
+#include "support/com_tracker.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 
 #include "support/seam.h"
 
-AMBREL_SEAM_SET(com_books);
+AMBREL_SEAM_SET(com_tracker);
 
 namespace {
 
@@ -21,9 +21,9 @@ BSTR Allocate(const wchar_t* text, UINT length) {
     return made;
 }
 
-void Strike(BSTR text) {
+void Untrack(BSTR text) {
     if (text == nullptr) return;
-    EXPECT_EQ(g_texts.erase(text), 1U) << "a text that is not held is freed";
+    EXPECT_EQ(g_texts.erase(text), 1U) << "a freed string was not allocated";
 }
 
 BSTR WINAPI FakeSysAllocString(const OLECHAR* text) {
@@ -33,7 +33,7 @@ BSTR WINAPI FakeSysAllocString(const OLECHAR* text) {
 }
 
 void WINAPI FakeSysFreeString(BSTR text) {
-    Strike(text);
+    Untrack(text);
     Real (&SysFreeString)(text);
 }
 
@@ -43,8 +43,8 @@ void WINAPI FakeVariantInit(VARIANTARG* variant) {
 }
 
 HRESULT WINAPI FakeVariantClear(VARIANTARG* variant) {
-    EXPECT_EQ(g_variants.erase(variant), 1U) << "a variant that is not held is cleared";
-    if (variant->vt == VT_BSTR) Strike(variant->bstrVal);
+    EXPECT_EQ(g_variants.erase(variant), 1U) << "a cleared variant was not initialised";
+    if (variant->vt == VT_BSTR) Untrack(variant->bstrVal);
     return Real(&VariantClear)(variant);
 }
 
@@ -55,14 +55,14 @@ AMBREL_SEAM(SysFreeString, FakeSysFreeString);
 AMBREL_SEAM(VariantInit, FakeVariantInit);
 AMBREL_SEAM(VariantClear, FakeVariantClear);
 
-void OpenComBooks() {
+void StartComTracking() {
     g_texts.clear();
     g_variants.clear();
     g_allocations = 0;
     g_failing = 0;
 }
 
-void CloseComBooks() {
+void ExpectNoComLeaks() {
     EXPECT_EQ(TextsHeld(), 0);
     EXPECT_EQ(VariantsHeld(), 0);
 }
@@ -75,7 +75,7 @@ int AllocationsMade() {
     return g_allocations;
 }
 
-BSTR HandOutText(const std::wstring& text) {
+BSTR AllocateReturnedText(const std::wstring& text) {
     return Allocate(text.data(), static_cast<UINT>(text.size()));
 }
 

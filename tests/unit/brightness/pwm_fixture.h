@@ -1,4 +1,4 @@
-// The controller with its displays, timers, log and settings in a test's hands.
+// Fixture for the tests of the controller, with fake displays and settings.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -11,10 +11,11 @@
 
 #include "app/state/app_state.h"
 #include "brightness/fake_displays.h"
+#include "brightness/pwm_card_label.h"
 #include "brightness/pwm_safe.h"
 #include "support/call_record.h"
 
-class PwmBench : public testing::Test {
+class PwmFixture : public testing::Test {
 protected:
     void SetUp() override { StartWithoutDisplays(); }
     void TearDown() override {
@@ -22,7 +23,7 @@ protected:
         g_app = AppState{};
     }
 
-    // What `act` does, call by call.
+    // The calls that `act` makes.
     template <typename Act>
     static CallRecord During(Act act) {
         g_calls.clear();
@@ -30,7 +31,7 @@ protected:
         return g_calls;
     }
 
-    // The mode is on and its lock confirmed on the displays there are; each had `before` percent.
+    // The mode is on and the lock confirmed; each display had `before` percent.
     static void StartLocked(std::uint32_t before = 40) {
         g_app.pwmSafe = true;
         g_app.pwmLockConfirmed = true;
@@ -40,7 +41,7 @@ protected:
         }
     }
 
-    // The mode is on and a verification outstanding.
+    // The mode is on and a verification pending.
     static void StartVerifying(bool afterUserSwitch) {
         g_app.pwmSafe = true;
         g_app.pwmVerifyPending = true;
@@ -49,7 +50,7 @@ protected:
             g_app.pwmSavedBrightness[display.name] = 40;
     }
 
-    // The flags that are set, in words: "on verifying by-user", "on confirmed", "off".
+    // The flags of AppState in words: "on verifying by-user", "on confirmed", "off".
     static std::string Flags() {
         std::string text = g_app.pwmSafe ? "on" : "off";
         if (g_app.pwmVerifyPending) text += " verifying";

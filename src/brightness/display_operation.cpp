@@ -1,34 +1,34 @@
-#include "brightness/display_turn.h"
+#include "brightness/display_operation.h"
 
 #include "app/state/messages.h"
 #include "brightness/pwm_release.h"
 
 namespace {
 
-// A switch of the mode asserts or releases the lock on every display: it replaces a re-assertion, and no
-// re-assertion replaces it.
+// Switching the mode sets every display anyway. It therefore replaces a deferred re-assertion, and a
+// re-assertion does not replace it.
 void Defer(PwmRequest request) {
     if (request == PwmRequest::None) return;
     if (request == PwmRequest::Reassert && g_app.pwmDeferred != PwmRequest::None) return;
     g_app.pwmDeferred = request;
 }
 
-bool TakeTurn(PwmRequest request) {
+bool TryStart(PwmRequest request) {
     if (g_app.ending) return false;
-    if (g_app.pwmBusy || !FinishPwmSafeRelease()) {
+    if (g_app.pwmOperationRunning || !FinishPwmSafeRelease()) {
         Defer(request);
         return false;
     }
-    g_app.pwmBusy = true;
+    g_app.pwmOperationRunning = true;
     return true;
 }
 
 }  // namespace
 
-DisplayTurn::DisplayTurn(PwmRequest request) : granted(TakeTurn(request)) {}
+DisplayOperation::DisplayOperation(PwmRequest request) : started(TryStart(request)) {}
 
-DisplayTurn::~DisplayTurn() {
-    if (!granted) return;
-    g_app.pwmBusy = false;
+DisplayOperation::~DisplayOperation() {
+    if (!started) return;
+    g_app.pwmOperationRunning = false;
     if (g_app.pwmDeferred != PwmRequest::None) PostMessageW(g_app.mainWindow, kMessagePwmSafeDeferred, 0, 0);
 }
