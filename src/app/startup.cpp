@@ -170,7 +170,10 @@ int RunAmbrel(HINSTANCE instance, const wchar_t* commandLine) {
     }
     PrepareState(instance);
     if (!RegisterPopupClass()) return FailToStart(L"Failed to register window class");
-    if (!CreatePopupWindow()) return FailToStart(L"Failed to create window");
+    if (!CreatePopupWindow()) {
+        // While the displays were queried, an installer may have ended the program.
+        return g_app.windowDestroyed ? 0 : FailToStart(L"Failed to create window");
+    }
     FitWindowToItsDpi();
     RoundCorners();
     AddFirstTrayIcon();

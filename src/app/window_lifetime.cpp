@@ -10,6 +10,7 @@
 #include "app/state/app_state.h"
 #include "app/state/messages.h"
 #include "app/state/timers.h"
+#include "brightness/pwm_release.h"
 #include "brightness/pwm_safe.h"
 #include "filter/magnification.h"
 #include "ui/fonts.h"
@@ -18,10 +19,11 @@
 namespace {
 
 // If this program runs as administrator, Windows blocks messages from processes of lower integrity: the
-// taskbar's broadcast and the message of a second instance.
+// taskbar's broadcast, its clicks on the icon and the message of a second instance.
 void AllowMessagesFromLowerIntegrity(HWND window) {
     if (g_app.taskbarCreatedMessage != 0)
         ChangeWindowMessageFilterEx(window, g_app.taskbarCreatedMessage, MSGFLT_ALLOW, nullptr);
+    ChangeWindowMessageFilterEx(window, kMessageTray, MSGFLT_ALLOW, nullptr);
     ChangeWindowMessageFilterEx(window, kMessageShowPopup, MSGFLT_ALLOW, nullptr);
 }
 
@@ -52,6 +54,8 @@ void OnDestroy() {
     g_app.windowDestroyed = true;
     SuspendPwmSafe();
     StopTimer(TimerId::PopupAutoHide);
+    // Values that a cancelled session end could not restore are tried again.
+    if (!sessionEnded) FinishPwmSafeRelease();
     ReleasePwmSafeLock();
     // OnEndSession has already waited for the release that it started.
     RestoreScreen(sessionEnded ? 0 : kWindowEndLimit);

@@ -73,8 +73,11 @@ bool FinishPwmSafeRelease() {
     if (g_app.pwmRelease == nullptr) return true;
     if (!g_app.pwmRelease->ended) return false;
     const std::unique_ptr<PwmReleaseJob> release(std::exchange(g_app.pwmRelease, nullptr));
-    for (const auto& [name, percent] : release->values)
-        g_app.pwmSavedBrightness.try_emplace(name, percent);
+    // Values that the next lock reads again are not carried over a switch-off.
+    if (g_app.pwmSafe) {
+        for (const auto& [name, percent] : release->values)
+            g_app.pwmSavedBrightness.try_emplace(name, percent);
+    }
     CloseHandle(release->thread);
     return true;
 }

@@ -19,6 +19,6 @@ bool StartPwmSafeRelease();
 // Waits for a running release, for at most `limit` ms. Window thread.
 void WaitForPwmSafeRelease(DWORD limit);
 
-// Frees an ended release and moves the values that no display has accepted back to AppState, for a session
-// that continues after all. False while a release is running. Window thread.
+// Frees an ended release and, with the mode on, moves the values that no display has accepted back to
+// AppState, for a session that continues after all. False while a release is running. Window thread.
 bool FinishPwmSafeRelease();

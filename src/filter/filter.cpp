@@ -117,6 +117,7 @@ void ApplyPreset(FilterPreset preset) {
 void ToggleLegacyMode() {
     if (g_app.filterOn) ClearFilter();
     g_app.useLegacyGamma = !g_app.useLegacyGamma;
+    g_app.displaysWithoutRamps = 0;
     if (g_app.useLegacyGamma) {
         RemoveMatrixInForce();
     } else {

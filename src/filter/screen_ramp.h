@@ -16,8 +16,9 @@ enum class RampLoad { Matches, Differs, Refused };
 
 // Loads the ramp and reads it back. Tries the entire screen's context first. Only if Windows refuses the ramp
 // there and more than one display is active, loads it into each display. Displays that refuse even the
-// identity ramp, as USB, virtual and HDR displays do, are skipped until the displays change. Refused: another
-// display refuses the ramp, or every display is skipped. Differs: any display reads back a different ramp.
+// identity ramp, as USB, virtual and HDR displays do, are skipped until the displays or the mode change.
+// Refused: another display refuses the ramp, or every display is skipped. Differs: any display reads back a
+// different ramp.
 RampLoad LoadRamp(GammaRamp* ramp);
 
 // Loads the identity ramp into the entire screen and, if Windows refuses that on an extended desktop or the

@@ -106,6 +106,12 @@ def test_no_static_variable_needs_a_guard(symbols):
     assert not [name for name in symbols.symbols if name.startswith(("guard variable", "_ZGV", "__cxa_guard"))]
 
 
+def test_functions_with_local_arrays_check_their_stack():
+    checked = {path.name for path in (BUILD / "src").rglob("*.obj")
+               if b"__stack_chk_fail" in path.read_bytes()}
+    assert {"event_log.cpp.obj", "format_text.cpp.obj", "settings.cpp.obj", "tinted_cursor.cpp.obj"} <= checked
+
+
 def test_a_guard_is_detected():
     line = "00001000 00000000     0                 guard variable for Answer()::answer"
     assert LinkMap(line).symbols == {"guard variable for Answer()::answer": 0x1000}

@@ -16,6 +16,7 @@ void (*g_whileDisplaysAnswer)() = nullptr;
 bool g_noThreadForRelease = false;
 std::uint64_t g_releaseTakes = 0;
 std::uint64_t* g_clockOfWaits = nullptr;
+int g_releasesCollected = 0;
 
 namespace {
 
@@ -54,6 +55,7 @@ AMBREL_REPLACE(void, WaitForPwmSafeRelease, (DWORD limit)) {
     if (g_clockOfWaits != nullptr) *g_clockOfWaits += waited;
 }
 AMBREL_REPLACE(bool, FinishPwmSafeRelease, ()) {
+    g_releasesCollected += 1;
     return true;
 }
 AMBREL_REPLACE(void, SchedulePwmSafePoll, ()) {

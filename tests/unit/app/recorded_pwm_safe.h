@@ -15,3 +15,6 @@ extern void (*g_whileDisplaysAnswer)();
 extern bool g_noThreadForRelease;
 extern std::uint64_t g_releaseTakes;   // ms
 extern std::uint64_t* g_clockOfWaits;  // ms
+
+// How often a release was to be collected.
+extern int g_releasesCollected;

@@ -217,6 +217,7 @@ HWND WINAPI FakeCreateWindowEx(DWORD extendedStyle, const wchar_t* className, co
     g_system.windowParent = parent;
     g_system.windowMenu = menu;
     g_system.windowInstance = instance;
+    g_app.windowDestroyed = g_system.windowDestroyed;
     if (!g_system.windowMade) return nullptr;
     g_system.windowClass.lpfnWndProc(kWindow, WM_CREATE, 0, 0);
     return kWindow;

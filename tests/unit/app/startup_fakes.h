@@ -29,6 +29,7 @@ struct FakeSystem {
     HWND firstInstancesWindow = nullptr;
     bool classRegistered = true;
     bool windowMade = true;
+    bool windowDestroyed = false;  // while it is created
     UINT windowDpi = 96;
     bool trayAccepts = true;
     std::vector<MSG> messages;  // before WM_QUIT

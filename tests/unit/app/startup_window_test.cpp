@@ -107,6 +107,14 @@ TEST_F(StartupWindow, AWindowThatCannotBeCreatedIsReportedAndExitsWith1) {
     EXPECT_TRUE(CallsStarting("quit message").empty());
 }
 
+TEST_F(StartupWindow, AWindowThatAnInstallerDestroyedDuringItsCreationEndsTheProgramSilently) {
+    g_system.windowMade = false;
+    g_system.windowDestroyed = true;
+    EXPECT_EQ(Start(), 0);
+    EXPECT_TRUE(CallsStarting("box").empty());
+    EXPECT_TRUE(CallsStarting("add tray icon").empty());
+}
+
 TEST_F(StartupWindow, ARefusedTrayIconStartsTheRetryTimerAndTheProgramContinues) {
     g_system.trayAccepts = false;
     g_app.trayRetryCount = 5;

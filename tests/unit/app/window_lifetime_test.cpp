@@ -197,12 +197,13 @@ TEST_F(WindowLifetime, CreationLetsTheMessagesOfTheTaskbarAndOfASecondStartThrou
     g_app.taskbarCreatedMessage = 0xC123;
     OnCreate(kWindow);
     EXPECT_EQ(g_registrations,
-              (CallRecord{"allow 49443", "allow 32873", "resume for 500", "display for 500"}));
+              (CallRecord{"allow 49443", "allow 1025", "allow 32873", "resume for 500", "display for 500"}));
 }
 
 TEST_F(WindowLifetime, ATaskbarMessageThatIsNotRegisteredIsNotLetThrough) {
     OnCreate(kWindow);
-    EXPECT_EQ(g_registrations, (CallRecord{"allow 32873", "resume for 500", "display for 500"}));
+    EXPECT_EQ(g_registrations,
+              (CallRecord{"allow 1025", "allow 32873", "resume for 500", "display for 500"}));
 }
 
 TEST_F(WindowLifetime, PowerEventsAreRegisteredForTheWindowsLife) {
@@ -320,6 +321,19 @@ TEST_F(WindowLifetime, AnInstallerThatNeedsTheProgramsFileWaitsLongerAndMakesThe
                           "pwm wait for release 1000", "release cursor copies", "identity ramp",
                           "pwm wait for release 24000", "destroy window"}));
     EXPECT_EQ(g_tick - start, 25000U);
+}
+
+TEST_F(WindowLifetime, TheWindowsEndRetriesWhatACancelledSessionEndCouldNotRestore) {
+    g_releasesCollected = 0;
+    OnDestroy();
+    EXPECT_EQ(g_releasesCollected, 1);
+}
+
+TEST_F(WindowLifetime, AfterTheSessionEndTheWindowsEndLeavesTheReleaseAlone) {
+    g_releasesCollected = 0;
+    OnEndSession(true, 1);
+    OnDestroy();
+    EXPECT_EQ(g_releasesCollected, 0);
 }
 
 TEST_F(WindowLifetime, TheWindowThatAnInstallerHasDestroyedWaitsNoLonger) {

@@ -148,6 +148,15 @@ TEST_F(PwmReleaseThread, AValueThatNoDisplayAcceptedIsSavedAgainIfTheSessionCont
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 40}, {L"P", 40}}));
 }
 
+TEST_F(PwmReleaseThread, ARefusedValueIsDroppedIfTheModeWasSwitchedOff) {
+    Display(L"P").refuses = true;
+    StartPwmSafeRelease();
+    WaitForPwmSafeRelease(kMaxWait);
+    g_app.pwmSafe = false;
+    EXPECT_TRUE(FinishPwmSafeRelease());
+    EXPECT_TRUE(g_app.pwmSavedBrightness.empty());
+}
+
 TEST_F(PwmReleaseThread, EachValueIsRestoredOnce) {
     StartPwmSafeRelease();
     EXPECT_TRUE(StartPwmSafeRelease());
