@@ -1,4 +1,4 @@
-"""The doubles of hardware in one prefix: monitors behind dxva2.dll and built-in panels behind WMI."""
+"""Simulated displays in one prefix: monitors through a double of dxva2.dll, built-in panels through one of WMI."""
 
 import mmap
 import os
@@ -15,19 +15,18 @@ SCRIPT = "C:\\lab\\hardware.script"
 LOG = "C:\\lab\\hardware.log"
 STATE = "C:\\lab\\hardware.state"
 
-# The layout of the shared state, as doubles/hardware/state.h describes it: 64-bit numbers.
-SCRIPT_SERIAL, WAITING, MISTAKES = 1, 3, 8
+# The layout of the shared state, which consists of 64-bit numbers: see doubles/hardware/state.h.
+SCRIPT_SERIAL, WAITING, INVALID_CALLS = 1, 3, 8
 LEAKS = {"handles": 4, "objects": 5, "values": 6, "arguments": 7}
-FIRST_KNOB, KNOB_SIZE, KNOBS = 16, 4, 500
+FIRST_DISPLAY, DISPLAY_SIZE, MAX_DISPLAYS = 16, 4, 500
 VALUE, DRIFT_TIME, DRIFT_VALUE = range(3)
 
 BEHAVIOURS = ("ok", "ignores", "sticks", "drifts")
 MONITOR_DELAYS = ("capabilities_delay", "read_delay", "set_delay")
 
 
-
 def escape(field):
-    """Tab, line feed, carriage return and backslash as \\t \\n \\r \\\\, so that a value is one field of one line."""
+    """Escapes tab, line feed, carriage return and backslash as \\t \\n \\r \\\\."""
     return str(field).replace("\\", "\\\\").replace("\t", "\\t").replace("\n", "\\n").replace("\r", "\\r")
 
 
@@ -41,8 +40,8 @@ def unescape(field):
 
 @dataclass
 class Display:
-    """One display monitor of Windows. `count` is what the counting call claims instead of the truth; the errors are
-    those of counting and of fetching. `delay` (ms) is that of both calls."""
+    """One display monitor of Windows. `count` replaces the number of its physical monitors that Windows reports.
+    `count_error` and `fetch_error` are the errors of counting and opening them, `delay` (ms) the duration of each."""
 
     count: int | None = None
     count_error: int = 0
@@ -52,12 +51,13 @@ class Display:
 
 @dataclass
 class Monitor:
-    """One monitor. Raw values from `minimum` to `maximum`, in any order and of any size that 32 bits hold.
+    """One physical monitor. `minimum`, `current` and `maximum` are raw 32-bit values in any order.
 
-    `behaviour`: ok, ignores (every set is answered well and does nothing), sticks (every set leads to `at`), drifts
-    (`after` ms after a set it shows `at`). `fails` holds any of "capabilities", "read" and "set", which then fail with
-    `error`. `capabilities_delay`, `read_delay` and `set_delay` (ms) are how long those calls take, `delay` sets all
-    three in change(); nothing is dispatched meanwhile. With `zero_handle` its handle is 0, unless that one is in use.
+    `behaviour`: ok, ignores (a set succeeds and does nothing), sticks (every set results in `at`), drifts (the value
+    becomes `at`, `after` ms after a set). `fails`: any of "capabilities", "read" and "set", which then fail with
+    `error`. `capabilities_delay`, `read_delay` and `set_delay` (ms) are the durations of these calls, during which
+    nothing is dispatched; change() also takes `delay` for all three. With `zero_handle` the monitor's handle is 0,
+    unless another monitor has that one.
     """
 
     name: str
@@ -80,13 +80,13 @@ class Monitor:
 
 @dataclass
 class Panel:
-    """One built-in panel. `instance` is its InstanceName (`name` when not given), `path` the __PATH of its methods.
+    """One built-in panel. `instance` is its InstanceName (by default `name`), `path` the __PATH of its methods.
 
     `instance_type` and `path_type`: bstr, nullbstr, null, i4, missing. `brightness_type`: i1, i2, i4, i8, ui1, ui2,
     ui4, ui8, r8, bool, bstr, null, empty, unknown, missing. `without` is the query ("brightness" or "methods") that
-    does not find it. `fails` may be "set"; `error` is an HRESULT. With a `status` other than 0 its method sets nothing,
-    though the call succeeds. `delay` (ms) is how long the method takes; in a single-threaded apartment the wait
-    dispatches what COM dispatches. The rest is as with a Monitor.
+    does not return it. `fails` may be "set"; `error` is an HRESULT. With a `status` other than 0 the call of its
+    method succeeds and sets nothing. `delay` (ms) is the duration of the method; in a single-threaded apartment COM
+    dispatches messages during it. The other fields are those of Monitor.
     """
 
     name: str
@@ -115,9 +115,9 @@ class Panel:
 
 @dataclass
 class Call:
-    """One call of the program. `number` orders calls by their beginning, `time` is when that was (seconds as in
-    time.time). `target` is the monitor's name or what else was called. `result` is a BOOL (then `error` is the last
-    error) or an HRESULT. "Released" is the end of an object of WMI."""
+    """One call of the program. `number` orders calls by their start, and `time` is the time of the start (seconds as
+    in time.time). `target` is the name of the monitor or of the object that was called. `result` is a BOOL (then
+    `error` is the last error) or an HRESULT. The function "Released" is the last release of a WMI object."""
 
     number: int
     time: float
@@ -129,9 +129,9 @@ class Call:
     arguments: dict = field(default_factory=dict)
 
     @property
-    def mistake(self):
-        """Why no correct program makes this call, "" when it is right."""
-        return self.arguments.get("mistake", "")
+    def invalid(self):
+        """The reason why no correct program makes this call; "" if the call is valid."""
+        return self.arguments.get("invalid", "")
 
 
 def number_or_text(text):
@@ -149,7 +149,7 @@ def parse_call(line):
 
 
 def script_line(kind, values):
-    """A line of the script. None is left out, a flag becomes 0 or 1, a sequence a list with commas."""
+    """Returns a line of the script. None is omitted, a flag becomes 0 or 1, a sequence a comma-separated list."""
     words = [kind]
     for name, value in values.items():
         if isinstance(value, bool):
@@ -162,24 +162,24 @@ def script_line(kind, values):
 
 
 class Hardware:
-    """Neither double is there until it is asked for: monitors() and panels() install theirs. A program that has
-    already loaded Wine's own library keeps it, so call them, with [] if need be, before it starts."""
+    """The simulated displays. monitors() and panels() each install their double at the first call. Call them, with []
+    if necessary, before the program starts: a program that has loaded Wine's library does not load the double."""
 
     def __init__(self, lab, double_folder):
         self.lab, self.double_folder = lab, double_folder
-        self.displays, self.devices, self.steps = {}, {}, {}
+        self.displays, self.devices, self.wmi_results = {}, {}, {}
         self.slots, self.numbers, self.installed = {}, None, set()
         self.dxva2_disabled = False
 
     def install_monitors(self, without=()):
-        """Puts the double of dxva2.dll into system32, lacking the functions named in `without`."""
+        """Installs the double of dxva2.dll, which lacks the functions named in `without`."""
         self._prepare()
         image = (self.double_folder / "dxva2.dll").read_bytes()
         for function in without:
             name = b"\0" + function.encode() + b"\0"
             if name not in image:
                 raise LabError(f"dxva2.dll has no {function}")
-            # Another last letter: the function cannot be found by its name, and the table of names stays in order.
+            # Changing the last letter hides the function and keeps the table of names sorted.
             image = image.replace(name, name[:-2] + b"_\0")
         target = self.lab.prefix.path(DXVA2)
         target.unlink(missing_ok=True)
@@ -190,7 +190,7 @@ class Hardware:
         self.installed.add("monitors")
 
     def remove_monitors(self):
-        """From now on a program that starts finds no dxva2.dll at all, not even Wine's."""
+        """Disables dxva2.dll, including Wine's, for programs that start from now on."""
         self.lab.registry_set(DLL_OVERRIDES, "dxva2", "")
         self.installed.discard("monitors")
         self.dxva2_disabled = True
@@ -203,16 +203,17 @@ class Hardware:
         self.installed.add("panels")
 
     def monitors(self, monitors, display=0, **options):
-        """The monitors behind a display monitor from now on (Monitors, or names for ordinary ones), in this order.
-        `options` are fields of Display."""
+        """Replaces the physical monitors of a display monitor. Each is a Monitor, or a name for a default Monitor;
+        their order is that of the enumeration. `options` are fields of Display."""
         if "monitors" not in self.installed:
             self.install_monitors()
         self.displays[display] = Display(**options)
-        self._replace(lambda kind, place: (kind, place) == ("monitor", display), "monitor", display,
+        self._replace(lambda kind, index: (kind, index) == ("monitor", display), "monitor", display,
                       [Monitor(monitor) if isinstance(monitor, str) else replace(monitor) for monitor in monitors])
 
     def panels(self, panels):
-        """The built-in panels from now on (Panels, or names for ordinary ones), in this order."""
+        """Replaces the built-in panels. Each is a Panel, or a name for a default Panel; their order is that of the
+        queries' results."""
         if "panels" not in self.installed:
             self.install_panels()
         self._replace(lambda kind, _: kind == "panel", "panel", None,
@@ -223,83 +224,84 @@ class Hardware:
         self.displays[index] = replace(self.displays[index], **options)
         self._write()
 
-    def wmi(self, **steps):
-        """What WMI's steps answer from now on; a step that is not named works, and wmi() puts all right.
+    def wmi(self, **results):
+        """Sets the results of WMI calls. Calls that are not named succeed; wmi() resets all.
 
         locator, connect, blanket, query, query_methods, get_object, get_method, spawn, put_timeout, put_brightness,
-        exec: an HRESULT, or "null" for success that hands nothing out. next, next_methods: a list of them for the
-        calls of one enumeration, in which 0 works and "timedout" is a time-out. delay_STEP (ms).
+        exec: an HRESULT, or "null" for success without an object. next, next_methods: a list of results for the
+        calls of one enumeration, in which 0 is success and "timedout" a time-out. delay_CALL: its duration in ms.
         """
         if "panels" not in self.installed:
             self.install_panels()
-        self.steps = steps
+        self.wmi_results = results
         self._write()
 
     def change(self, name, **options):
-        """Changes fields of a Monitor or Panel while the program runs; its present value stays."""
-        kind, place, device = self._device(name)
+        """Changes fields of a Monitor or Panel while the program runs, without changing its brightness."""
+        kind, display, device = self._device(name)
         if options.get("name", name) != name or "current" in options:
-            raise LabError("a name stays, and the value is changed by turn()")
+            raise LabError("a name cannot be changed, and set_by_user() changes the value")
         if kind == "monitor" and "delay" in options:
             options = {**dict.fromkeys(MONITOR_DELAYS, options["delay"]), **options}
             del options["delay"]
-        self.devices[name] = (kind, place, self._checked(replace(device, **options)))
+        self.devices[name] = (kind, display, self._checked(replace(device, **options)))
         self._write()
 
     def unplug(self, name):
-        """Takes a monitor away; a panel becomes inactive. Windows is told nothing (WM_DISPLAYCHANGE is the test's)."""
+        """Disconnects a monitor, or makes a panel inactive. Does not send WM_DISPLAYCHANGE."""
         self.change(name, present=False)
 
     def plug(self, name):
-        """Brings it back, in its old place of the order and with its value."""
+        """Reconnects a monitor or panel, at its previous position and with its brightness."""
         self.change(name, present=True)
 
     def value(self, name):
-        """The raw value that a display shows now."""
+        """Returns the current raw brightness of a display."""
         self._device(name)
-        knob = self._knob(name)
-        drift = self.numbers[knob + DRIFT_TIME]
+        start = self._first_number(name)
+        drift = self.numbers[start + DRIFT_TIME]
         drifted = drift and self._now() >= drift
-        return self.numbers[knob + (DRIFT_VALUE if drifted else VALUE)]
+        return self.numbers[start + (DRIFT_VALUE if drifted else VALUE)]
 
-    def turn(self, name, value):
-        """Turns a display's knob by hand."""
+    def set_by_user(self, name, value):
+        """Sets the raw brightness of a display, as with its buttons."""
         self._device(name)
-        self._turn(name, value)
+        self._set_value(name, value)
 
     def calls(self, function=None, target=None):
-        """Every call that has ended, in the order in which they began; only those of a function or of a target when
-        one is named."""
+        """Returns the calls that have ended, in the order in which they started; optionally only those of a function
+        or of a target."""
         path = self.lab.prefix.path(LOG)
         text = path.read_text(encoding="utf-8") if path.exists() else ""
-        # What comes after the last line's end is still being written.
+        # An incomplete last line is still being written.
         calls = sorted(map(parse_call, text.split("\n")[:-1]), key=lambda call: call.number)
         return [call for call in calls if function in (None, call.function) and target in (None, call.target)]
 
-    def forget(self):
-        """Empties the record of calls."""
+    def clear_calls(self):
+        """Deletes the record of calls."""
         self.lab.prefix.path(LOG).unlink(missing_ok=True)
 
     def waiting(self):
-        """How many calls are being delayed at this moment."""
+        """Returns the number of calls whose delay is running."""
         return self._counter(WAITING)
 
     def leaks(self):
-        """What is outstanding: monitor handles, WMI objects, texts in VARIANTs handed out, BSTRs passed in."""
+        """Returns the numbers of resources that are not released: open monitor handles, WMI objects, strings that the
+        program received in VARIANTs, and BSTRs that it passed as arguments."""
         return {name: self._counter(index) for name, index in LEAKS.items()}
 
     def outstanding(self):
-        """How much is outstanding in all."""
+        """Returns the total number of resources that are not released."""
         return sum(self.leaks().values())
 
-    def forget_outstanding(self):
-        """Counts from 0 again, as after a program that was killed."""
-        for index in (*LEAKS.values(), WAITING, MISTAKES):
+    def reset_outstanding(self):
+        """Resets the counters, for instance after the program has been killed."""
+        for index in (*LEAKS.values(), WAITING, INVALID_CALLS):
             self.numbers[index] = 0
 
-    def mistakes(self):
-        """Recorded calls that no correct program makes, such as one with a handle that was destroyed."""
-        return [call for call in self.calls() if call.mistake]
+    def invalid_calls(self):
+        """Returns the recorded calls that no correct program makes, such as one with a destroyed handle."""
+        return [call for call in self.calls() if call.invalid]
 
     @staticmethod
     def _now():
@@ -313,12 +315,12 @@ class Hardware:
             raise LabError(f"there is no {name}; there are {', '.join(self.devices) or 'none'}")
         return self.devices[name]
 
-    def _knob(self, name):
-        """Where a display's numbers begin. A name keeps its place for as long as the lab lives."""
+    def _first_number(self, name):
+        """Returns the index of a display's first number. A name keeps its slot as long as the lab runs."""
         slot = self.slots.setdefault(name, len(self.slots))
-        if slot >= KNOBS:
-            raise LabError(f"more than {KNOBS} displays")
-        return FIRST_KNOB + KNOB_SIZE * slot
+        if slot >= MAX_DISPLAYS:
+            raise LabError(f"more than {MAX_DISPLAYS} displays")
+        return FIRST_DISPLAY + DISPLAY_SIZE * slot
 
     @staticmethod
     def _checked(device):
@@ -328,37 +330,37 @@ class Hardware:
             device = replace(device, fails=(device.fails,))
         return device
 
-    def _replace(self, is_old, kind, place, devices):
+    def _replace(self, is_old, kind, display, devices):
         kept = {name: entry for name, entry in self.devices.items() if not is_old(*entry[:2])}
         names = [device.name for device in devices]
         if len({*names, *kept}) != len(names) + len(kept):
-            raise LabError(f"a name is there twice: {', '.join([*names, *kept])}")
+            raise LabError(f"a name is used twice: {', '.join([*names, *kept])}")
         for device in devices:
-            kept[device.name] = (kind, place, self._checked(device))
-            self._turn(device.name, device.current)
+            kept[device.name] = (kind, display, self._checked(device))
+            self._set_value(device.name, device.current)
         self.devices = kept
         self._write()
 
-    def _turn(self, name, value):
-        knob = self._knob(name)
-        self.numbers[knob + DRIFT_TIME] = 0
-        self.numbers[knob + VALUE] = value
+    def _set_value(self, name, value):
+        start = self._first_number(name)
+        self.numbers[start + DRIFT_TIME] = 0
+        self.numbers[start + VALUE] = value
 
     def _prepare(self):
-        """Makes the shared state. The file is written to and never replaced: the doubles have it in memory."""
+        """Creates the shared state. The file is never replaced, because the doubles have mapped it into memory."""
         if self.numbers is None:
             path = self.lab.prefix.path(STATE)
-            path.write_bytes(bytes(8 * (FIRST_KNOB + KNOB_SIZE * KNOBS)))
+            path.write_bytes(bytes(8 * (FIRST_DISPLAY + DISPLAY_SIZE * MAX_DISPLAYS)))
             with open(path, "r+b") as file:
                 self.numbers = memoryview(mmap.mmap(file.fileno(), 0)).cast("q")
             self._write()
 
     def _write(self):
         lines = [script_line("display", {"index": index, **vars(display)}) for index, display in self.displays.items()]
-        for name, (kind, place, device) in self.devices.items():
+        for name, (kind, display, device) in self.devices.items():
             values = {item.name: getattr(device, item.name) for item in fields(device) if item.name != "current"}
-            lines.append(script_line(kind, {"display": place, "slot": self.slots[name], **values}))
-        lines.append(script_line("wmi", self.steps))
+            lines.append(script_line(kind, {"display": display, "slot": self.slots[name], **values}))
+        lines.append(script_line("wmi", self.wmi_results))
         path = self.lab.prefix.path(SCRIPT)
         temporary = path.with_suffix(".new")
         temporary.write_text("\n".join(lines) + "\n", encoding="utf-8")

@@ -1,4 +1,4 @@
-"""Checks of the doubles of hardware, with a client that uses Windows' own interfaces; part of lab.py selftest."""
+"""Checks of the simulated displays through a client that uses Windows' interfaces; part of lab.py selftest."""
 
 import json
 import subprocess
@@ -11,22 +11,24 @@ from .lab import Lab
 from .waiting import wait_until
 
 CLIENT = "C:\\lab\\labhardwarecheck.exe"
-NO_ANSWER, UNPLUGGED, NO_SUCH_HANDLE = 0xC0262582, 0xC026258D, 0xC026258C
+NO_RESPONSE, UNPLUGGED, INVALID_HANDLE = 0xC0262582, 0xC026258D, 0xC026258C
 BRIGHTNESS, CONTRAST = 2, 4
 VARIANT_TYPES = {"i1": 16, "i2": 2, "i4": 3, "i8": 20, "ui1": 17, "ui2": 18, "ui4": 19, "ui8": 21, "r8": 5, "bool": 11,
                  "bstr": 8, "null": 1, "empty": 0, "unknown": 13}
 TIMED_OUT, FAILED, INVALID_NAMESPACE, NOT_FOUND = 0x00040004, 0x80041001, 0x8004100E, 0x80041002
-# Each step of WMI, and whether listing or setting meets it. The client names the step that failed.
-STEPS = [("locator", "panels"), ("connect", "panels"), ("blanket", "panels"), ("query", "panels"),
+# The calls of WMI, each with the command of the client that makes it. The client names the call that failed.
+WMI_CALLS = [("locator", "panels"), ("connect", "panels"), ("blanket", "panels"), ("query", "panels"),
          ("query_methods", "set"), ("get_object", "set"), ("get_method", "set"), ("spawn", "set"),
          ("put_timeout", "set"), ("put_brightness", "set"), ("exec", "set")]
-HANDING_OUT = ("locator", "connect", "query", "query_methods", "get_object", "get_method", "spawn")
+RETURNING_OBJECTS = ("locator", "connect", "query", "query_methods", "get_object", "get_method", "spawn")
 
-Seen = namedtuple("Seen", "description handle capabilities_error capabilities error minimum current maximum")
+MonitorSeen = namedtuple("MonitorSeen",
+                         "description handle capabilities_error capabilities error minimum current maximum")
 
 
 class Client:
-    """The checking program, running. ask() returns (rows of fields, timer messages dispatched meanwhile)."""
+    """The running client. run() executes a command and returns the rows of its output and the number of timer messages
+    that were dispatched during it."""
 
     def __init__(self, lab):
         lab.prefix.put(lab.build_dir / "lab" / "labhardwarecheck.exe", CLIENT)
@@ -39,7 +41,7 @@ class Client:
         self.process.stdin.close()
         self.process.wait(20)
 
-    def ask(self, *words):
+    def run(self, *words):
         self.process.stdin.write((json.dumps(list(map(str, words)), ensure_ascii=False) + "\n").encode())
         self.process.stdin.flush()
         rows = []
@@ -49,53 +51,53 @@ class Client:
 
     def _read_row(self):
         line = self.process.stdout.readline()
-        assert line, "the checking program ended"
+        assert line, "the client has ended"
         return json.loads(line)
 
     def monitors(self):
-        return [Seen(row[0], *map(int, row[1:])) if len(row) == 8 else tuple(row)
-                for row in self.ask("monitors")[0]]
+        return [MonitorSeen(row[0], *map(int, row[1:])) if len(row) == 8 else tuple(row)
+                for row in self.run("monitors")[0]]
 
     def set_monitor(self, index, value):
-        return int(self.ask("monitor-set", index, value)[0][0][0])
+        return int(self.run("monitor-set", index, value)[0][0][0])
 
     def panels(self):
-        """[(name, type, value)] as text and numbers, and the line after the last one."""
-        rows = self.ask("panels")[0]
+        """Returns [(name, type, value)], and the row that follows the last panel."""
+        rows = self.run("panels")[0]
         return [(row[5], int(row[4]), row[6]) for row in rows if row[0] == "panel"], rows[-1]
 
     def set_panel(self, instance, percent):
-        return self.ask("panel-set", instance, percent)[0][-1]
+        return self.run("panel-set", instance, percent)[0][-1]
 
 
 def check_monitor_values(hardware, client):
     hardware.monitors([Monitor("left", 37, description="Left \u00e9\t\\"), Monitor("right", 55, 10, 90)])
-    hardware.forget()
+    hardware.clear_calls()
     left, right = client.monitors()
     assert left.description == "Left \u00e9\t\\" and left[2:] == (0, BRIGHTNESS | CONTRAST, 0, 0, 37, 100), left
     assert right[2:] == (0, BRIGHTNESS | CONTRAST, 0, 10, 55, 90), right
-    told = [(call.function, call.target) for call in hardware.calls()]
-    assert told == [("GetNumberOfPhysicalMonitorsFromHMONITOR", "display0"),
+    recorded = [(call.function, call.target) for call in hardware.calls()]
+    assert recorded == [("GetNumberOfPhysicalMonitorsFromHMONITOR", "display0"),
                     ("GetPhysicalMonitorsFromHMONITOR", "display0"),
                     ("GetMonitorCapabilities", "left"), ("GetMonitorBrightness", "left"),
                     ("GetMonitorCapabilities", "right"), ("GetMonitorBrightness", "right"),
-                    ("DestroyPhysicalMonitors", "left,right")], told
+                    ("DestroyPhysicalMonitors", "left,right")], recorded
     assert client.set_monitor(1, 80) == 0 and hardware.value("right") == 80
     [call] = hardware.calls("SetMonitorBrightness")
     assert (call.target, call.arguments["value"], call.result) == ("right", 80, 1), call
-    hardware.turn("left", 12)
+    hardware.set_by_user("left", 12)
     assert client.monitors()[0].current == 12
-    assert hardware.outstanding() == 0 and not hardware.mistakes()
+    assert hardware.outstanding() == 0 and not hardware.invalid_calls()
 
 
-def check_odd_monitors(hardware, client):
+def check_unusual_monitors(hardware, client):
     hardware.monitors([Monitor("zero", zero_handle=True), Monitor("below", 5, 10, 100), Monitor("equal", 7, 50, 50),
-                       Monitor("above", 7, 90, 10), Monitor("deaf", capable=False),
+                       Monitor("above", 7, 90, 10), Monitor("incapable", capable=False),
                        Monitor("large", 0xFFFFFFFF, 0, 0xFFFFFFFF, description="x" * 200)])
-    zero, below, equal, above, deaf, large = client.monitors()
+    zero, below, equal, above, incapable, large = client.monitors()
     assert zero.handle == 0 and below.handle != 0
     assert [seen[5:] for seen in (below, equal, above)] == [(10, 5, 100), (50, 7, 50), (90, 7, 10)]
-    assert deaf.capabilities == CONTRAST and large.current == 0xFFFFFFFF and large.description == "x" * 127
+    assert incapable.capabilities == CONTRAST and large.current == 0xFFFFFFFF and large.description == "x" * 127
     hardware.monitors([Monitor(f"m{number}", number) for number in range(64)])
     assert [seen.current for seen in client.monitors()] == list(range(64))
     hardware.monitors([])
@@ -107,7 +109,7 @@ def check_odd_monitors(hardware, client):
     hardware.display(count=3, fetch_error=0)
     assert client.monitors() == [("fetch", "87")]
     hardware.display(count=0)
-    assert client.monitors() == [] and hardware.outstanding() == 0 and not hardware.mistakes()
+    assert client.monitors() == [] and hardware.outstanding() == 0 and not hardware.invalid_calls()
 
 
 def check_behaviours(hardware, client):
@@ -117,14 +119,14 @@ def check_behaviours(hardware, client):
     assert [hardware.value(name) for name in names] == [100, 40, 25, 100]
     wait_until(lambda: hardware.value("drifts") == 25, "the drift")
     assert [seen.current for seen in client.monitors()] == [100, 40, 25, 25]
-    hardware.turn("drifts", 60)
+    hardware.set_by_user("drifts", 60)
     hardware.change("ignores", behaviour="ok")
     client.set_monitor(1, 99)
     assert (hardware.value("drifts"), hardware.value("ignores")) == (60, 99)
     hardware.monitors([Monitor("a", fails="capabilities"), Monitor("b", fails=("read",)),
                        Monitor("c", fails=("set",), error=31)])
     a, b, c = client.monitors()
-    assert (a.capabilities_error, a.error, b.capabilities_error, b.error) == (NO_ANSWER, 0, 0, NO_ANSWER)
+    assert (a.capabilities_error, a.error, b.capabilities_error, b.error) == (NO_RESPONSE, 0, 0, NO_RESPONSE)
     assert (c.error, client.set_monitor(2, 1), hardware.value("c")) == (0, 31, 50)
     hardware.unplug("b")
     assert len(client.monitors()) == 2
@@ -136,34 +138,34 @@ def check_waiting(hardware, client):
     hardware.monitors(["slow", "other"])
     hardware.change("slow", delay=300)
     started = time.monotonic()
-    _, messages = client.ask("monitors")
+    _, messages = client.run("monitors")
     assert 0.6 <= time.monotonic() - started < 3 and messages == 0
     hardware.change("slow", delay=0, capabilities_delay=400)
     started = time.monotonic()
-    client.ask("monitors")
+    client.run("monitors")
     assert 0.4 <= time.monotonic() - started < 2
-    # Unplugged while it is being asked: that call and the later ones fail, and its handle is taken back.
+    # A monitor is unplugged during a call: that call and the later ones fail, and its handle is released.
     hardware.change("slow", delay=1000)
-    hardware.forget()
-    answer = []
-    asking = threading.Thread(target=lambda: answer.extend(client.monitors()))
-    asking.start()
+    hardware.clear_calls()
+    monitors = []
+    reading = threading.Thread(target=lambda: monitors.extend(client.monitors()))
+    reading.start()
     wait_until(hardware.waiting, "a call that waits")
     hardware.unplug("slow")
-    asking.join(10)
-    assert (answer[0].capabilities_error, answer[0].error) == (UNPLUGGED, UNPLUGGED), answer
-    assert answer[1].error == 0 and hardware.outstanding() == 0 and hardware.waiting() == 0
+    reading.join(10)
+    assert (monitors[0].capabilities_error, monitors[0].error) == (UNPLUGGED, UNPLUGGED), monitors
+    assert monitors[1].error == 0 and hardware.outstanding() == 0 and hardware.waiting() == 0
 
 
 def check_monitor_misuse(hardware, client):
     hardware.monitors(["one", "two"])
-    client.ask("monitor-misuse")
+    client.run("monitor-misuse")
     assert hardware.leaks()["handles"] == 2
-    hardware.forget_outstanding()
-    assert client.ask("monitor-misuse", "destroyed")[0] == [["0", str(NO_SUCH_HANDLE), "0"]]
-    told = [call.function for call in hardware.mistakes()]
-    assert told == ["SetMonitorBrightness", "DestroyPhysicalMonitor"] and hardware.outstanding() == 0, told
-    hardware.forget()
+    hardware.reset_outstanding()
+    assert client.run("monitor-misuse", "destroyed")[0] == [["0", str(INVALID_HANDLE), "0"]]
+    invalid = [call.function for call in hardware.invalid_calls()]
+    assert invalid == ["SetMonitorBrightness", "DestroyPhysicalMonitor"] and hardware.outstanding() == 0, invalid
+    hardware.clear_calls()
 
 
 def check_panel_values(hardware, client):
@@ -182,18 +184,19 @@ def check_panel_values(hardware, client):
                      Panel("hidden", without="brightness"), Panel("missing", instance_type="missing")])
     names = [name for name, _, _ in client.panels()[0]]
     assert names == ["", "n" * 300, "twin", "twin", "4", "", "(null)", ""], names
-    assert hardware.outstanding() == 0 and not hardware.mistakes()
+    assert hardware.outstanding() == 0 and not hardware.invalid_calls()
 
 
 def check_panel_set(hardware, client):
     hardware.panels([Panel("panel \u00e9", 30), Panel("twin1", instance="twin"), Panel("twin2", instance="twin"),
                      Panel("stubborn", behaviour="ignores"), Panel("broken", fails="set"), Panel("failing", status=1)])
-    hardware.forget()
+    hardware.clear_calls()
     assert client.set_panel("panel \u00e9", 100) == ["set"] and hardware.value("panel \u00e9") == 100
     [call] = hardware.calls("ExecMethod")
-    told = {name: call.arguments[name] for name in ("method", "flags", "timeout", "brightness", "out", "call_result")}
-    assert told == {"method": "WmiSetBrightness", "flags": 0, "timeout": 0, "brightness": 100, "out": 0,
-                    "call_result": 0}, told
+    names = ("method", "flags", "timeout", "brightness", "out", "call_result")
+    arguments = {name: call.arguments[name] for name in names}
+    assert arguments == {"method": "WmiSetBrightness", "flags": 0, "timeout": 0, "brightness": 100, "out": 0,
+                    "call_result": 0}, arguments
     puts = [(put.arguments["property"], put.arguments["type"]) for put in hardware.calls("Put")]
     assert puts == [("Timeout", 3), ("Brightness", 17)], puts
     released = [call.target for call in hardware.calls("Released")]
@@ -208,53 +211,53 @@ def check_panel_set(hardware, client):
     assert client.set_panel("failing", 70) == ["set"] and hardware.value("failing") == 50
     hardware.unplug("panel \u00e9")
     assert client.set_panel("panel \u00e9", 10) == ["end", "0x00000001"]
-    assert len(client.panels()[0]) == 5 and hardware.outstanding() == 0 and not hardware.mistakes()
+    assert len(client.panels()[0]) == 5 and hardware.outstanding() == 0 and not hardware.invalid_calls()
 
 
-def check_panel_steps(hardware, client):
+def check_failing_wmi_calls(hardware, client):
     hardware.panels(["first", "second"])
 
-    def ask(way):
-        return client.ask("panels")[0][-1] if way == "panels" else client.ask("panel-set", "first", 5)[0][0]
+    def failure(command):
+        return client.run("panels")[0][-1] if command == "panels" else client.run("panel-set", "first", 5)[0][0]
 
-    for step, way in STEPS:
-        said = step.replace("_methods", "")
-        for answer in (FAILED, INVALID_NAMESPACE):
-            hardware.wmi(**{step: answer})
-            assert ask(way) == [said, f"0x{answer:08x}"], (step, ask(way))
-        if step in HANDING_OUT:
-            hardware.wmi(**{step: "null"})
-            assert ask(way) == [said, "0x00000000"], (step, ask(way))
-        assert hardware.value("first") == 50 and hardware.outstanding() == 0, (step, hardware.leaks())
+    for call, command in WMI_CALLS:
+        name = call.replace("_methods", "")
+        for result in (FAILED, INVALID_NAMESPACE):
+            hardware.wmi(**{call: result})
+            assert failure(command) == [name, f"0x{result:08x}"], (call, failure(command))
+        if call in RETURNING_OBJECTS:
+            hardware.wmi(**{call: "null"})
+            assert failure(command) == [name, "0x00000000"], (call, failure(command))
+        assert hardware.value("first") == 50 and hardware.outstanding() == 0, (call, hardware.leaks())
     hardware.wmi(next=["timedout"])
     assert client.panels() == ([], ["end", f"0x{TIMED_OUT:08x}"])
     hardware.wmi(next=[0, FAILED], next_methods=["null"])
     panels, end = client.panels()
-    assert len(panels) == 1 and end == ["end", f"0x{FAILED:08x}"] and ask("set") == ["end", "0x00000000"]
+    assert len(panels) == 1 and end == ["end", f"0x{FAILED:08x}"] and failure("set") == ["end", "0x00000000"]
     hardware.wmi(delay_next=200)
-    assert client.ask("panels")[1] >= 5
+    assert client.run("panels")[1] >= 5
     hardware.wmi()
-    assert len(client.panels()[0]) == 2 and hardware.outstanding() == 0 and not hardware.mistakes()
+    assert len(client.panels()[0]) == 2 and hardware.outstanding() == 0 and not hardware.invalid_calls()
 
 
 def check_panel_misuse(hardware, client):
     hardware.panels(["first"])
-    hardware.forget()
+    hardware.clear_calls()
     for what, leak in (("object", "objects"), ("value", "values"), ("argument", "arguments")):
-        client.ask("panel-misuse", what)
+        client.run("panel-misuse", what)
         assert hardware.leaks() == {**dict.fromkeys(hardware.leaks(), 0), leak: 1}, (what, hardware.leaks())
-        hardware.forget_outstanding()
-    client.ask("panel-misuse", "literal")
-    assert [call.function for call in hardware.mistakes()] == ["GetObject"] and hardware.outstanding() == 0
-    hardware.forget()
+        hardware.reset_outstanding()
+    client.run("panel-misuse", "literal")
+    assert [call.function for call in hardware.invalid_calls()] == ["GetObject"] and hardware.outstanding() == 0
+    hardware.clear_calls()
 
 
 def check_libraries(lab):
-    """Wine's own library first, then the double without a function, then none, then both doubles in two programs; all
-    of them put there while the desktop runs."""
+    """Wine's library, the double without a function, no library, and both doubles in two programs, in this order. The
+    desktop runs throughout."""
     with Client(lab) as client:
         assert client.monitors() == [("count", "120")]
-        # A desktop without the lab's locator: Wine's own one connects and finds nothing.
+        # Without the lab's locator, Wine's locator connects and finds no panel.
         assert client.panels()[0] == []
     assert lab.hardware.calls() == [] and lab.hardware.outstanding() == 0
     lab.hardware.install_monitors(without=("SetMonitorBrightness", "DestroyPhysicalMonitors"))
@@ -271,12 +274,12 @@ def check_libraries(lab):
     assert len({call.process for call in lab.hardware.calls()}) == 2 and lab.hardware.outstanding() == 0
 
 
-CHECKS = (check_monitor_values, check_odd_monitors, check_behaviours, check_waiting, check_monitor_misuse,
-          check_panel_values, check_panel_set, check_panel_steps, check_panel_misuse)
+CHECKS = (check_monitor_values, check_unusual_monitors, check_behaviours, check_waiting, check_monitor_misuse,
+          check_panel_values, check_panel_set, check_failing_wmi_calls, check_panel_misuse)
 
 
 def hardware_checks(check, build_dir):
-    """Runs every check through check(name, call); the doubles are installed in a prefix that sleeps."""
+    """Runs every check through check(name, call)."""
     with Lab(build_dir) as lab:
         lab.hardware.monitors([])
         lab.hardware.panels([])

@@ -17,7 +17,7 @@ def accent_is(stage, colour):
     return colour in column
 
 
-def see_card(stage, name, what, colour, limit=LIMIT):
+def expect_card(stage, name, what, colour, limit=LIMIT):
     stage.expect(f"the card says {what}", lambda: accent_is(stage, colour), limit)
     stage.save(name)
 
@@ -28,37 +28,37 @@ def displays_changed(stage):
 
 def lock_a_monitor(stage):
     hardware = stage.lab.hardware
-    see_card(stage, "11-already-full", "DISPLAY ALREADY AT 100%", GREY)
-    hardware.turn("desk", 40)
+    expect_card(stage, "11-already-full", "DISPLAY ALREADY AT 100%", GREY)
+    hardware.set_by_user("desk", 40)
     displays_changed(stage)
-    see_card(stage, "12-lock-display", "LOCK DISPLAY AT 100%", AMBER)
+    expect_card(stage, "12-lock-display", "LOCK DISPLAY AT 100%", AMBER)
     stage.lab.click_unit(*CARD)
-    see_card(stage, "13-verifying", "VERIFYING 100% LOCK", AMBER)
+    expect_card(stage, "13-verifying", "VERIFYING 100% LOCK", AMBER)
     stage.expect("the monitor is at 100", lambda: hardware.value("desk") == 100)
-    see_card(stage, "14-locked", "DISPLAY LOCKED AT 100%", GREEN)
-    hardware.turn("desk", 30)
+    expect_card(stage, "14-locked", "DISPLAY LOCKED AT 100%", GREEN)
+    hardware.set_by_user("desk", 30)
     stage.expect("a monitor that the user turns down is reset to 100", lambda: hardware.value("desk") == 100)
-    see_card(stage, "15-locked-again", "DISPLAY LOCKED AT 100%", GREEN)
+    expect_card(stage, "15-locked-again", "DISPLAY LOCKED AT 100%", GREEN)
 
 
 def disconnect_and_reconnect(stage):
     hardware = stage.lab.hardware
     hardware.unplug("desk")
     displays_changed(stage)
-    see_card(stage, "16-waiting", "WAITING FOR DISPLAY", AMBER)
+    expect_card(stage, "16-waiting", "WAITING FOR DISPLAY", AMBER)
     hardware.plug("desk")
-    see_card(stage, "17-found", "DISPLAY LOCKED AT 100%", GREEN)
+    expect_card(stage, "17-found", "DISPLAY LOCKED AT 100%", GREEN)
 
 
 def refuse_the_lock(stage):
     hardware = stage.lab.hardware
     hardware.change("desk", behaviour="sticks", at=60)
-    hardware.turn("desk", 60)
+    hardware.set_by_user("desk", 60)
     stage.expect("a monitor that does not hold 100 is logged", lambda: stage.log_has("lock pending"))
-    see_card(stage, "18-reasserting", "REASSERTING 100% LOCK", AMBER)
+    expect_card(stage, "18-reasserting", "REASSERTING 100% LOCK", AMBER)
     stage.expect("after ten failures it is polled less often", lambda: stage.log_has("slowing retries to 30s"),
-              TEN_FAILURES)
-    see_card(stage, "19-will-not-hold", "DISPLAY WON'T HOLD 100%", AMBER)
+                 TEN_FAILURES)
+    expect_card(stage, "19-will-not-hold", "DISPLAY WON'T HOLD 100%", AMBER)
     hardware.change("desk", behaviour="ok")
     stage.lab.click_unit(*CARD)
     stage.expect("unlocking restores the monitor's old brightness", lambda: hardware.value("desk") == 40)
@@ -71,10 +71,10 @@ def lock_a_panel(stage):
     stage.expect("without a display there is no card", lambda: not accent_is(stage, AMBER))
     hardware.plug("laptop")
     displays_changed(stage)
-    see_card(stage, "20-lock-panel", "LOCK BUILT-IN PANEL AT 100%", AMBER)
+    expect_card(stage, "20-lock-panel", "LOCK BUILT-IN PANEL AT 100%", AMBER)
     stage.lab.click_unit(*CARD)
     stage.expect("the panel is at 100", lambda: hardware.value("laptop") == 100)
-    see_card(stage, "21-panel-locked", "BUILT-IN PANEL LOCKED AT 100%", GREEN)
+    expect_card(stage, "21-panel-locked", "BUILT-IN PANEL LOCKED AT 100%", GREEN)
 
 
 def show(stage):

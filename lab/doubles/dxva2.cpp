@@ -1,6 +1,6 @@
-// Stands in for dxva2.dll, whose monitor functions Wine does not have. The monitors behind each display
-// monitor of Windows are those that the lab's script lists for it (hardware/script.h), the display monitors
-// being told apart by the order in which EnumDisplayMonitors visits them.
+// Double of dxva2.dll, whose monitor functions Wine lacks. The lab's script (hardware/script.h) lists the
+// physical monitors of each display monitor. A display monitor is identified by its position in the order of
+// EnumDisplayMonitors.
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -11,28 +11,28 @@
 #include <highlevelmonitorconfigurationapi.h>
 #include <physicalmonitorenumerationapi.h>
 
-#include "hardware/knob.h"
+#include "hardware/brightness.h"
 #include "hardware/record.h"
 #include "hardware/state.h"
 
 namespace {
 
-// The errors of the real library (winerror.h) for a display that does not answer, for one that has been
-// unplugged and for a handle that is none.
-constexpr DWORD kNoAnswer = 0xC0262582;
+// Errors of the real library (winerror.h): a display that does not answer, one that has been unplugged, and
+// an invalid handle.
+constexpr DWORD kNoResponse = 0xC0262582;
 constexpr DWORD kUnplugged = 0xC026258D;
-constexpr DWORD kNoSuchHandle = 0xC026258C;
-constexpr DWORD kContrastToo = MC_CAPS_CONTRAST;
+constexpr DWORD kInvalidHandle = 0xC026258C;
+constexpr DWORD kOtherCapabilities = MC_CAPS_CONTRAST;
 
-struct LiveHandle {
+struct OpenedHandle {
     HANDLE handle;
     std::wstring monitor;
 };
 
 SRWLOCK g_lock = SRWLOCK_INIT;
-std::vector<LiveHandle> g_live;
-// Counting on shows a handle that is used after its end. The real library's first handle is 0; so is this
-// one's when the script says so.
+std::vector<OpenedHandle> g_openHandles;
+// A handle is not reused, so that its use after DestroyPhysicalMonitors is detected. The real library's first
+// handle is 0; here the script decides (zero_handle).
 UINT_PTR g_nextHandle = 1;
 
 struct Search {
@@ -50,7 +50,7 @@ BOOL CALLBACK VisitMonitor(HMONITOR monitor, HDC, LPRECT, LPARAM context) {
     return TRUE;
 }
 
-// The place of a display monitor in the enumeration, from 0; -1 when it is none.
+// The position of a display monitor in the enumeration, from 0; -1 if there is no such display monitor.
 int IndexOf(HMONITOR monitor) {
     Search search = {monitor, 0, -1};
     EnumDisplayMonitors(nullptr, nullptr, VisitMonitor, reinterpret_cast<LPARAM>(&search));
@@ -71,7 +71,7 @@ Row DisplayRow(int index) {
     return {};
 }
 
-// The monitors that are plugged in there.
+// The monitors that are connected to the display monitor.
 Rows MonitorRows(int index) {
     Rows found;
     const auto script = ReadScript();
@@ -83,7 +83,7 @@ Rows MonitorRows(int index) {
     return found;
 }
 
-// False when the monitor is not plugged in.
+// False if the monitor is not connected.
 bool FindMonitor(const std::wstring& name, Row& found) {
     const auto script = ReadScript();
     for (const Row& row : *script) {
@@ -95,31 +95,31 @@ bool FindMonitor(const std::wstring& name, Row& found) {
     return false;
 }
 
-auto FindLive(HANDLE handle) {
-    return std::find_if(g_live.begin(), g_live.end(),
-                        [handle](const LiveHandle& live) { return live.handle == handle; });
+auto FindOpenHandle(HANDLE handle) {
+    return std::find_if(g_openHandles.begin(), g_openHandles.end(),
+                        [handle](const OpenedHandle& open) { return open.handle == handle; });
 }
 
-HANDLE HandOut(const Row& monitor) {
+HANDLE OpenHandle(const Row& monitor) {
     AcquireSRWLockExclusive(&g_lock);
     HANDLE handle = nullptr;
-    if (!monitor.Number("zero_handle") || FindLive(nullptr) != g_live.end()) {
+    if (!monitor.Number("zero_handle") || FindOpenHandle(nullptr) != g_openHandles.end()) {
         handle = reinterpret_cast<HANDLE>(g_nextHandle++);
     }
-    g_live.push_back({handle, monitor.Text("name")});
+    g_openHandles.push_back({handle, monitor.Text("name")});
     ReleaseSRWLockExclusive(&g_lock);
     Count(Counter::kHandles, 1);
     return handle;
 }
 
-// Forgets a handle and appends its monitor to `names`; false when there is no such handle.
-bool TakeBack(HANDLE handle, std::wstring& names) {
+// Releases a handle and appends its monitor to `names`. False if the handle is not open.
+bool ReleaseHandle(HANDLE handle, std::wstring& names) {
     AcquireSRWLockExclusive(&g_lock);
-    const auto live = FindLive(handle);
-    const bool known = live != g_live.end();
+    const auto open = FindOpenHandle(handle);
+    const bool known = open != g_openHandles.end();
     if (known) {
-        names += (names.empty() ? L"" : L",") + live->monitor;
-        g_live.erase(live);
+        names += (names.empty() ? L"" : L",") + open->monitor;
+        g_openHandles.erase(open);
     }
     ReleaseSRWLockExclusive(&g_lock);
     if (known) {
@@ -128,31 +128,31 @@ bool TakeBack(HANDLE handle, std::wstring& names) {
     return known;
 }
 
-// The beginning that all functions of one monitor have in common: finds it, lets the call take its time and
-// returns the error that it then fails with. `step` is its name in the script: capabilities, read or set.
-DWORD BeginMonitorCall(HANDLE handle, const char* step, CallRecord& record, Row& monitor) {
+// The common start of the functions on one monitor: finds the monitor, waits for the call's delay and returns
+// the error of the call. `call` is its name in the script: capabilities, read or set.
+DWORD StartMonitorCall(HANDLE handle, const char* call, CallRecord& record, Row& monitor) {
     AcquireSRWLockShared(&g_lock);
-    const auto live = FindLive(handle);
-    const bool known = live != g_live.end();
-    const std::wstring name = known ? live->monitor : L"";
+    const auto open = FindOpenHandle(handle);
+    const bool known = open != g_openHandles.end();
+    const std::wstring name = known ? open->monitor : L"";
     ReleaseSRWLockShared(&g_lock);
     record.SetTarget(name);
     record.Argument(L"handle", static_cast<LONG64>(reinterpret_cast<UINT_PTR>(handle)));
     if (!known) {
-        record.Mistake(L"a handle that was not handed out or was destroyed");
-        return kNoSuchHandle;
+        record.MarkInvalid(L"a handle that was not handed out or was destroyed");
+        return kInvalidHandle;
     }
     if (FindMonitor(name, monitor)) {
-        Wait(monitor.Number((std::string(step) + "_delay").c_str()));
+        Wait(monitor.Number((std::string(call) + "_delay").c_str()));
     }
-    // Asked again: what happened while the call waited counts.
+    // Read again: the script may have changed during the wait.
     if (!FindMonitor(name, monitor)) {
         return kUnplugged;
     }
     const bool fails =
         (L"," + monitor.Text("fails") + L",")
-            .find(L"," + std::wstring(step, step + std::strlen(step)) + L",") != std::wstring::npos;
-    return fails ? static_cast<DWORD>(monitor.Number("error", kNoAnswer)) : ERROR_SUCCESS;
+            .find(L"," + std::wstring(call, call + std::strlen(call)) + L",") != std::wstring::npos;
+    return fails ? static_cast<DWORD>(monitor.Number("error", kNoResponse)) : ERROR_SUCCESS;
 }
 
 }  // namespace
@@ -163,10 +163,10 @@ __declspec(dllexport) BOOL WINAPI GetNumberOfPhysicalMonitorsFromHMONITOR(HMONIT
     const int index = IndexOf(monitor);
     CallRecord record(L"GetNumberOfPhysicalMonitorsFromHMONITOR", DisplayName(index));
     if (index < 0 || !count) {
-        record.Mistake(L"no such display monitor, or nowhere to put the count");
+        record.MarkInvalid(L"no such display monitor, or no pointer for the count");
         return record.EndWithError(ERROR_INVALID_PARAMETER);
     }
-    // Counted before the wait: a list may change between this call and the next.
+    // Counted before the wait, so that a test can change the list between this call and the next.
     const Row display = DisplayRow(index);
     const DWORD present = static_cast<DWORD>(MonitorRows(index).size());
     Wait(display.Number("delay"));
@@ -184,7 +184,7 @@ __declspec(dllexport) BOOL WINAPI
     CallRecord record(L"GetPhysicalMonitorsFromHMONITOR", DisplayName(index));
     record.Argument(L"size", size);
     if (index < 0 || !monitors || size == 0) {
-        record.Mistake(L"no such display monitor, or no array");
+        record.MarkInvalid(L"no such display monitor, or no array");
         return record.EndWithError(ERROR_INVALID_PARAMETER);
     }
     const Row display = DisplayRow(index);
@@ -202,7 +202,7 @@ __declspec(dllexport) BOOL WINAPI
         const std::wstring description =
             present[i].Text("description").substr(0, PHYSICAL_MONITOR_DESCRIPTION_SIZE - 1);
         entry = {};
-        entry.hPhysicalMonitor = HandOut(present[i]);
+        entry.hPhysicalMonitor = OpenHandle(present[i]);
         std::memcpy(&entry.szPhysicalMonitorDescription, description.c_str(),
                     description.size() * sizeof(wchar_t));
     }
@@ -213,13 +213,13 @@ __declspec(dllexport) BOOL WINAPI
     GetMonitorCapabilities(HANDLE handle, DWORD* capabilities, DWORD* temperatures) {
     CallRecord record(L"GetMonitorCapabilities", L"");
     Row monitor;
-    const DWORD error = BeginMonitorCall(handle, "capabilities", record, monitor);
+    const DWORD error = StartMonitorCall(handle, "capabilities", record, monitor);
     if (!capabilities || !temperatures) {
-        record.Mistake(L"nowhere to put the answer");
+        record.MarkInvalid(L"no pointer for the result");
         return record.EndWithError(ERROR_INVALID_PARAMETER);
     }
     if (error == ERROR_SUCCESS) {
-        *capabilities = kContrastToo | (monitor.Number("capable") ? MC_CAPS_BRIGHTNESS : 0U);
+        *capabilities = kOtherCapabilities | (monitor.Number("capable") ? MC_CAPS_BRIGHTNESS : 0U);
         *temperatures = MC_SUPPORTED_COLOR_TEMPERATURE_NONE;
         record.Argument(L"capabilities", *capabilities);
     }
@@ -230,14 +230,14 @@ __declspec(dllexport) BOOL WINAPI
     GetMonitorBrightness(HANDLE handle, DWORD* minimum, DWORD* current, DWORD* maximum) {
     CallRecord record(L"GetMonitorBrightness", L"");
     Row monitor;
-    const DWORD error = BeginMonitorCall(handle, "read", record, monitor);
+    const DWORD error = StartMonitorCall(handle, "read", record, monitor);
     if (!minimum || !current || !maximum) {
-        record.Mistake(L"nowhere to put the answer");
+        record.MarkInvalid(L"no pointer for the result");
         return record.EndWithError(ERROR_INVALID_PARAMETER);
     }
     if (error == ERROR_SUCCESS) {
         *minimum = static_cast<DWORD>(monitor.Number("minimum"));
-        *current = static_cast<DWORD>(KnobValue(monitor));
+        *current = static_cast<DWORD>(DisplayedBrightness(monitor));
         *maximum = static_cast<DWORD>(monitor.Number("maximum"));
         record.Argument(L"minimum", *minimum);
         record.Argument(L"current", *current);
@@ -250,21 +250,21 @@ __declspec(dllexport) BOOL WINAPI SetMonitorBrightness(HANDLE handle, DWORD valu
     CallRecord record(L"SetMonitorBrightness", L"");
     record.Argument(L"value", value);
     Row monitor;
-    const DWORD error = BeginMonitorCall(handle, "set", record, monitor);
+    const DWORD error = StartMonitorCall(handle, "set", record, monitor);
     if (error == ERROR_SUCCESS) {
-        TurnKnob(monitor, value);
+        SetDisplayedBrightness(monitor, value);
     }
     return record.EndWithError(error);
 }
 
 __declspec(dllexport) BOOL WINAPI DestroyPhysicalMonitor(HANDLE handle) {
     std::wstring names;
-    const bool known = TakeBack(handle, names);
+    const bool known = ReleaseHandle(handle, names);
     CallRecord record(L"DestroyPhysicalMonitor", names);
     if (!known) {
-        record.Mistake(L"a handle that was not handed out or was destroyed");
+        record.MarkInvalid(L"a handle that was not handed out or was destroyed");
     }
-    return record.EndWithError(known ? ERROR_SUCCESS : kNoSuchHandle);
+    return record.EndWithError(known ? ERROR_SUCCESS : kInvalidHandle);
 }
 
 __declspec(dllexport) BOOL WINAPI DestroyPhysicalMonitors(DWORD size, PHYSICAL_MONITOR* monitors) {
@@ -273,13 +273,13 @@ __declspec(dllexport) BOOL WINAPI DestroyPhysicalMonitors(DWORD size, PHYSICAL_M
     std::wstring names;
     bool known = monitors != nullptr;
     for (DWORD i = 0; monitors && i < size; ++i) {
-        known = TakeBack(monitors[i].hPhysicalMonitor, names) && known;
+        known = ReleaseHandle(monitors[i].hPhysicalMonitor, names) && known;
     }
     record.SetTarget(names);
     if (!known) {
-        record.Mistake(L"a handle that was not handed out or was destroyed");
+        record.MarkInvalid(L"a handle that was not handed out or was destroyed");
     }
-    return record.EndWithError(known ? ERROR_SUCCESS : kNoSuchHandle);
+    return record.EndWithError(known ? ERROR_SUCCESS : kInvalidHandle);
 }
 
 }  // extern "C"

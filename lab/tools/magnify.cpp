@@ -7,13 +7,13 @@ struct ColorEffect {
     float transform[5][5];
 };
 using InitializeFunction = BOOL(WINAPI*)();
-using SetEffect = BOOL(WINAPI*)(const ColorEffect*);
+using SetEffectFunction = BOOL(WINAPI*)(const ColorEffect*);
 
 struct Library {
     HMODULE module;
     InitializeFunction initialize;
     InitializeFunction uninitialize;
-    SetEffect setEffect;
+    SetEffectFunction setEffect;
 };
 
 Library LoadMagnification() {
@@ -23,7 +23,7 @@ Library LoadMagnification() {
     };
     return {module, reinterpret_cast<InitializeFunction>(find("MagInitialize")),
             reinterpret_cast<InitializeFunction>(find("MagUninitialize")),
-            reinterpret_cast<SetEffect>(find("MagSetFullscreenColorEffect"))};
+            reinterpret_cast<SetEffectFunction>(find("MagSetFullscreenColorEffect"))};
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ namespace {
 const Command kCommands[] = {
     {L"serve", 0, Serve},
     {L"windows", 0, ListWindows},
-    {L"window", 1, ShowWindowFacts},
+    {L"window", 1, DescribeWindow},
     {L"message", 5, SendToWindow},
     {L"message-data", 4, SendWithData},
     {L"boxes", 0, ListBoxes},
@@ -29,7 +29,7 @@ const Command kCommands[] = {
     {L"mode", 2, ChangeMode},
     {L"metrics", 0, ShowMetrics},
     {L"foreground", 0, TakeForeground},
-    {L"process", 1, ShowProcessFacts},
+    {L"process", 1, DescribeProcess},
     {L"registry-get", 2, RegistryGet},
     {L"registry-set", 4, RegistrySet},
     {L"registry-delete", 1, RegistryDelete},
@@ -49,6 +49,7 @@ int RunCommand(const std::wstring& name, const Arguments& arguments, Json& answe
     return kToolUsage;
 }
 
+// serve: executes commands from standard input until it is closed.
 int Serve(const Arguments&, Json&) {
     std::string line;
     for (int letter = std::getchar(); letter != EOF; letter = std::getchar()) {

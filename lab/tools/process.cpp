@@ -101,9 +101,9 @@ int CountHandles(DWORD id) {
 
 // process ID|IMAGE: the process's id, the number of its GDI objects (gdi) and of its handles, including those
 // of registry keys. (Wine does not report the processor time of another process.)
-int ShowProcessFacts(const Arguments& arguments, Json& answer) {
-    const DWORD given = static_cast<DWORD>(Number(arguments[0]));
-    const DWORD id = given ? given : FindProcess(arguments[0]);
+int DescribeProcess(const Arguments& arguments, Json& answer) {
+    const DWORD number = static_cast<DWORD>(Number(arguments[0]));
+    const DWORD id = number ? number : FindProcess(arguments[0]);
     const HANDLE process = id ? OpenProcess(PROCESS_ALL_ACCESS, FALSE, id) : nullptr;
     if (!process) {
         return kToolNotFound;

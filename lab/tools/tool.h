@@ -40,14 +40,15 @@ std::string ToUtf8(const std::wstring& text);
 // Decimal, or hexadecimal with 0x; a minus sign is allowed. 0 if the text is not a number.
 long long Number(const std::wstring& text);
 
-// A window named by its handle (0x...) or by its class; null if it does not exist.
+// Finds a window by its handle (0x...) or by its class. Null if it does not exist.
 HWND FindTarget(const std::wstring& target);
 // The handle as "0x...".
 std::wstring HandleText(HWND window);
 
+// The commands. Their arguments and output are documented at their definitions.
 int Serve(const Arguments& arguments, Json& answer);
 int ListWindows(const Arguments& arguments, Json& answer);
-int ShowWindowFacts(const Arguments& arguments, Json& answer);
+int DescribeWindow(const Arguments& arguments, Json& answer);
 int SendToWindow(const Arguments& arguments, Json& answer);
 int SendWithData(const Arguments& arguments, Json& answer);
 int ListBoxes(const Arguments& arguments, Json& answer);
@@ -59,7 +60,7 @@ int HoldClipboard(const Arguments& arguments, Json& answer);
 int ChangeMode(const Arguments& arguments, Json& answer);
 int ShowMetrics(const Arguments& arguments, Json& answer);
 int TakeForeground(const Arguments& arguments, Json& answer);
-int ShowProcessFacts(const Arguments& arguments, Json& answer);
+int DescribeProcess(const Arguments& arguments, Json& answer);
 int RegistryGet(const Arguments& arguments, Json& answer);
 int RegistrySet(const Arguments& arguments, Json& answer);
 int RegistryDelete(const Arguments& arguments, Json& answer);

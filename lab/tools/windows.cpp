@@ -60,8 +60,8 @@ int ListWindows(const Arguments&, Json& answer) {
     return kToolOk;
 }
 
-// window TARGET: its facts.
-int ShowWindowFacts(const Arguments& arguments, Json& answer) {
+// window TARGET: handle, class, title, rectangle, visible, foreground, enabled, process, thread, styles, dpi.
+int DescribeWindow(const Arguments& arguments, Json& answer) {
     const HWND window = FindTarget(arguments[0]);
     if (!window) {
         return kToolNotFound;
@@ -89,24 +89,24 @@ int ShowWindowFacts(const Arguments& arguments, Json& answer) {
 }
 
 // Ends the wait in CallWindow.
-void CALLBACK NoteAnswer(HWND, UINT, ULONG_PTR context, LRESULT result) {
+void CALLBACK StoreResult(HWND, UINT, ULONG_PTR context, LRESULT result) {
     *reinterpret_cast<std::optional<LRESULT>*>(context) = result;
 }
 
-// Sends with a callback: the receiver handles the message as it does a timer's, free to make COM calls, and
-// the sender learns of the end.
-std::optional<LRESULT> CallWindow(HWND window, UINT message, WPARAM wParam, LPARAM lParam, DWORD patience) {
-    auto answer = std::make_unique<std::optional<LRESULT>>();
-    const ULONGLONG end = GetTickCount64() + patience;
-    if (!SendMessageCallbackW(window, message, wParam, lParam, NoteAnswer,
-                              reinterpret_cast<ULONG_PTR>(answer.get()))) {
+// Sends with a callback. In contrast to SendMessage, COM allows the receiver to make calls while it handles
+// the message, as it does for a posted one, and the sender can still wait for the end. Empty on a time-out.
+std::optional<LRESULT> CallWindow(HWND window, UINT message, WPARAM wParam, LPARAM lParam, DWORD timeout) {
+    auto stored = std::make_unique<std::optional<LRESULT>>();
+    const ULONGLONG end = GetTickCount64() + timeout;
+    if (!SendMessageCallbackW(window, message, wParam, lParam, StoreResult,
+                              reinterpret_cast<ULONG_PTR>(stored.get()))) {
         return {};
     }
-    while (!*answer) {
+    while (!*stored) {
         const ULONGLONG now = GetTickCount64();
         if (now >= end) {
-            // The callback may still come, and needs the place for its answer.
-            static_cast<void>(answer.release());
+            // The callback may still be called and store its result.
+            static_cast<void>(stored.release());
             return {};
         }
         MsgWaitForMultipleObjectsEx(0, nullptr, static_cast<DWORD>(end - now), QS_ALLINPUT, 0);
@@ -115,11 +115,11 @@ std::optional<LRESULT> CallWindow(HWND window, UINT message, WPARAM wParam, LPAR
             DispatchMessageW(&queued);
         }
     }
-    return *answer;
+    return *stored;
 }
 
-// message TARGET post|send|call MESSAGE WPARAM LPARAM [MILLISECONDS]: the result, which for a post is only
-// its acceptance.
+// message TARGET post|send|call MESSAGE WPARAM LPARAM [TIMEOUT]: the result of the message; for a post,
+// whether Windows has accepted it. The time-out is in ms.
 int SendToWindow(const Arguments& arguments, Json& answer) {
     const HWND window = FindTarget(arguments[0]);
     if (!window) {
@@ -132,9 +132,9 @@ int SendToWindow(const Arguments& arguments, Json& answer) {
         answer = JsonObject({{"result", PostMessageW(window, message, wParam, lParam)}});
         return kToolOk;
     }
-    const UINT patience = arguments.size() > 5 ? static_cast<UINT>(Number(arguments[5])) : 10000;
+    const UINT timeout = arguments.size() > 5 ? static_cast<UINT>(Number(arguments[5])) : 10000;
     if (arguments[1] == L"call") {
-        const std::optional<LRESULT> result = CallWindow(window, message, wParam, lParam, patience);
+        const std::optional<LRESULT> result = CallWindow(window, message, wParam, lParam, timeout);
         if (!result) {
             answer = JsonObject({{"error", ERROR_TIMEOUT}});
             return kToolFailed;
@@ -143,7 +143,7 @@ int SendToWindow(const Arguments& arguments, Json& answer) {
         return kToolOk;
     }
     DWORD_PTR result = 0;
-    if (!SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, patience, &result)) {
+    if (!SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, timeout, &result)) {
         answer = JsonObject({{"error", GetLastError()}});
         return kToolFailed;
     }

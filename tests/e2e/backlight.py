@@ -1,4 +1,4 @@
-"""A desk with simulated displays: what is asked of them in each operation of the program, call by call."""
+"""The program with simulated displays, and the exact calls that each of its operations makes to them."""
 
 import os
 import time
@@ -17,101 +17,101 @@ WM_TIMER, WM_DISPLAYCHANGE, WM_POWERBROADCAST, WM_ENDSESSION = 0x113, 0x7E, 0x21
 SAVE, SETTLED, POLL, VERIFY = 1, 2, 4, 5
 POLL_PERIOD = 2.0
 CONFIRMED = "PWM-safe: %d display(s) confirmed locked at 100%%"
-SLOWING = "PWM-safe: display will not hold 100% after 10 attempts - slowing retries to 30s"
-# A call's name in the lists below, and which argument is told with it.
+SLOWDOWN = "PWM-safe: display will not hold 100% after 10 attempts - slowing retries to 30s"
+# The short name of each call in the lists below, and the argument that is listed with it.
 CALLS = {"GetNumberOfPhysicalMonitorsFromHMONITOR": ("count", None),
          "GetPhysicalMonitorsFromHMONITOR": ("fetch", None), "DestroyPhysicalMonitors": ("destroy", None),
-         "GetMonitorCapabilities": ("ask", None), "GetMonitorBrightness": ("read", None),
+         "GetMonitorCapabilities": ("capabilities", None), "GetMonitorBrightness": ("read", None),
          "SetMonitorBrightness": ("set", "value"), "Get": ("get", "property"), "Put": ("put", "property"),
-         "ExecMethod": ("exec", "brightness"), "Released": ("end", None)}
+         "ExecMethod": ("exec", "brightness"), "Released": ("release", None)}
 CONNECT = ["CreateInstance locator", "ConnectServer locator", "SetBlanket services", "ExecQuery services"]
-DISCONNECT = ["end services", "end locator"]
-
-
-# Milliseconds, as real monitors take them.
+DISCONNECT = ["release services", "release locator"]
+# Milliseconds, typical of real monitors.
 MONITOR_DELAYS = {"capabilities_delay": 300, "read_delay": 40, "set_delay": 50}
 
 
 def Monitor(name, current=50, *values, **options):  # pylint: disable=invalid-name
-    """A monitor that takes as long as real ones do, unless a test says otherwise."""
+    """A monitor with the delays of a real one, unless `options` define others."""
     return simulated.Monitor(name, current, *values, **{**MONITOR_DELAYS, **options})
 
 
-def quick(monitor):
-    """The same monitor, answering at once: for tests with so many that time would be all they show."""
+def without_delays(monitor):
+    """The same monitor without delays, for tests with many monitors."""
     return simulated.replace(monitor, **dict.fromkeys(MONITOR_DELAYS, 0))
 
 
-def told(call):
+def describe(call):
     name, argument = CALLS.get(call.function, (call.function, None))
     return f"{name} {call.target}" + (f" {call.arguments.get(argument)}" if argument else "")
 
 
-def panels_listed(count):
-    one = ["Next enumerator", "get brightness InstanceName", "get brightness CurrentBrightness", "end brightness"]
-    return [*CONNECT, *one * count, "Next enumerator", "end enumerator", *DISCONNECT]
+def panel_enumeration(count):
+    one = ["Next enumerator", "get brightness InstanceName", "get brightness CurrentBrightness", "release brightness"]
+    return [*CONNECT, *one * count, "Next enumerator", "release enumerator", *DISCONNECT]
 
 
-def monitors_fetched(monitors, *calls):
-    """What every visit to the monitors has in common; `calls` are made meanwhile."""
+def monitor_calls(monitors, *calls):
+    """The calls that open and close the handles of the monitors, with `calls` in between."""
     if not monitors:
         return ["count display0"]
     return ["count display0", "fetch display0", *calls, "destroy " + ",".join(monitors)]
 
 
-def listed(panels=0, monitors=(), deaf=()):
-    """One enumeration of so many panels and of these monitors; the deaf ones do not tell what they can."""
-    reading = [f"{verb} {name}" for name in monitors for verb in (("ask",) if name in deaf else ("ask", "read"))]
-    return panels_listed(panels) + monitors_fetched(monitors, *reading)
+def enumeration(panels=0, monitors=(), unreadable=()):
+    """The calls of one enumeration of `panels` panels and the named monitors. The capabilities of those in
+    `unreadable` cannot be read, or lack brightness."""
+    reading = [f"{verb} {name}" for name in monitors
+               for verb in (("capabilities",) if name in unreadable else ("capabilities", "read"))]
+    return panel_enumeration(panels) + monitor_calls(monitors, *reading)
 
 
-def panel_set(percent, place=0):
-    """Setting the panel at that place of the query."""
-    passed = ["Next enumerator", "get methods InstanceName", "end methods"]
-    return [*CONNECT, *passed * place, "Next enumerator", "get methods InstanceName", "get methods __PATH",
-            "end methods", "end enumerator", "GetObject services", "GetMethod class", "SpawnInstance signature",
-            "end signature", "end class", "put in-parameters Timeout", "put in-parameters Brightness",
-            f"exec services {percent}", "end in-parameters", *DISCONNECT]
+def panel_set(percent, position=0):
+    """The calls that set the panel at that position of the query's results."""
+    skipped = ["Next enumerator", "get methods InstanceName", "release methods"]
+    return [*CONNECT, *skipped * position, "Next enumerator", "get methods InstanceName", "get methods __PATH",
+            "release methods", "release enumerator", "GetObject services", "GetMethod class",
+            "SpawnInstance signature", "release signature", "release class", "put in-parameters Timeout",
+            "put in-parameters Brightness", f"exec services {percent}", "release in-parameters", *DISCONNECT]
 
 
 def monitor_set(name, value, monitors=None):
-    return monitors_fetched(monitors or [name], f"read {name}", f"set {name} {value}")
+    return monitor_calls(monitors or [name], f"read {name}", f"set {name} {value}")
 
 
-class Bench:
-    """A desk with displays on it. `hardware` is the lab's."""
+class Backlight:
+    """The program on a desktop with simulated displays. `hardware` is the lab's."""
 
     def __init__(self, desk):
         self.desk, self.hardware = desk, desk.hardware
 
     def clear(self):
-        """No program, no display, nothing on record."""
+        """Ends the program, removes all displays and clears the record of calls."""
         if self.desk.program_running():
             self.desk.kill_program()
         self.hardware.monitors([])
         self.hardware.panels([])
         self.hardware.wmi()
-        self.hardware.forget()
-        self.hardware.forget_outstanding()
+        self.hardware.clear_calls()
+        self.hardware.reset_outstanding()
 
-    def begin(self, monitors=(), panels=(), on=False, **display):
-        """Starts the program with these displays; its own listing is on record."""
+    def start(self, monitors=(), panels=(), on=False, **display):
+        """Starts the program with these displays. Its enumeration at start-up is in the record."""
         self.hardware.monitors(monitors, **display)
         self.hardware.panels(panels)
         self.desk.start_fresh({"PWMSafeMode": int(on)})
         return self
 
     def show(self):
-        """Opens the popup with an empty record."""
+        """Opens the popup, then clears the record."""
         self.desk.show()
-        self.hardware.forget()
+        self.hardware.clear_calls()
         return self
 
     def click_card(self):
         self.desk.click_unit(*CARD)
 
     def lock(self, *names):
-        """Turns the mode on by a click and lets it be verified at once: all of these displays must be locked then."""
+        """Switches the mode on by a click and verifies the lock immediately. All the named displays must be locked."""
         saves, confirmed = self.desk.saves(), CONFIRMED % len(names)
         confirmations = self.log().count(confirmed)
         self.show()
@@ -120,8 +120,8 @@ class Bench:
         self.tick(VERIFY)
         assert self.log().count(confirmed) == confirmations + 1 and self.setting() == "1"
 
-    def refuse(self):
-        """Turns the mode on by a click, which the next verification undoes."""
+    def lock_and_expect_revert(self):
+        """Switches the mode on by a click. The verification must revert it."""
         saves = self.desk.saves()
         self.show()
         self.click_card()
@@ -130,7 +130,7 @@ class Bench:
         assert self.desk.saves() == saves + 2 and self.setting() == "0"
 
     def unlock(self):
-        """Turns the mode off by a click and waits for the end of it."""
+        """Switches the mode off by a click and waits until the operation has ended."""
         saves = self.desk.saves()
         self.desk.show()
         self.click_card()
@@ -138,41 +138,42 @@ class Bench:
         assert self.log()[-1] == "Saved settings" and self.setting() == "0"
 
     def tick(self, *timers):
-        """Lets the program's timers fire now, as if their time had come. Returns when that has been dealt with."""
+        """Fires the program's timers now, and returns when the program has handled them."""
         for timer in timers:
             self.desk.call_window(WM_TIMER, timer, 0)
 
     def relock(self):
-        """A lock asserted anew and verified, with an empty record: the next poll is two seconds away."""
+        """Reasserts and verifies the lock, so that the next poll is two seconds away, and clears the record."""
         self.tick(SETTLED, VERIFY)
-        self.hardware.forget()
+        self.hardware.clear_calls()
 
     def fail(self, name, times):
-        """That many failed verifications of a monitor that had been locked."""
+        """Makes a locked monitor fail that many verifications."""
         self.hardware.change(name, behaviour="ignores")
-        self.hardware.turn(name, 40)
+        self.hardware.set_by_user(name, 40)
         self.tick(*[POLL, VERIFY] * times)
 
     def slow_down(self, name):
-        """The monitor refuses until the next poll is half a minute away."""
+        """Makes the monitor fail until the poll is slowed to 30 seconds."""
         self.fail(name, 10)
-        self.wait_for_log(SLOWING)
+        self.wait_for_log(SLOWDOWN)
 
-    def come_to_rest(self):
-        """The operation under way is over, and so is everything that has been posted up to then. No call may
-        dispatch messages any more while it waits."""
+    def wait_until_idle(self):
+        """Waits until the program has handled the current operation and all messages posted before this call. From now
+        on no call may dispatch messages while it waits."""
         self.desk.send_message(0)
         saves = self.desk.saves()
         self.desk.post_message(WM_TIMER, SAVE, 0)
         self.desk.wait_for_saves(saves + 1)
 
-    def open_menu_at_rest(self):
-        """Opens the tray menu, which asks no display, and locks anew: no poll is near at the click."""
+    def open_menu_between_polls(self):
+        """Opens the tray menu and reasserts the lock, so that no poll is due when the test clicks. Opening the menu
+        must not query a display."""
         began = time.time()
         self.relock()
         menu = self.desk.open_menu()
-        # Only a poll may have come, and that not before its time.
-        assert [told(call) for call in self.hardware.calls() if call.time < began + POLL_PERIOD - 0.1] == []
+        # Only a poll may have queried displays, and only when it was due.
+        assert [describe(call) for call in self.hardware.calls() if call.time < began + POLL_PERIOD - 0.1] == []
         self.relock()
         return menu
 
@@ -180,24 +181,24 @@ class Bench:
         self.desk.click_menu_row(menu, MENU_QUIT)
 
     def record(self):
-        return [told(call) for call in self.hardware.calls()]
+        return [describe(call) for call in self.hardware.calls()]
 
     def sets(self):
-        """Every value that a display was asked to take."""
-        return [told(call) for call in self.hardware.calls()
+        """Every value that a display was set to."""
+        return [describe(call) for call in self.hardware.calls()
                 if call.function in ("SetMonitorBrightness", "ExecMethod")]
 
     def wait_for_calls(self, *expected):
-        """Waits until as many calls are on record as the operations have, and compares them; later ones may follow."""
-        wanted = [call for operation in expected for call in operation]
+        """Waits until the record has as many calls as the expected operations, and compares them. Others may follow."""
+        calls = [call for operation in expected for call in operation]
         try:
-            wait_until(lambda: len(self.record()) >= len(wanted), "the calls")
+            wait_until(lambda: len(self.record()) >= len(calls), "the calls")
         except LabError:
             pass
-        assert self.record()[:len(wanted)] == wanted
+        assert self.record()[:len(calls)] == calls
 
     def wait_for_value(self, name, value):
-        wait_for_value(lambda: self.hardware.value(name), value, f"what {name} shows")
+        wait_for_value(lambda: self.hardware.value(name), value, f"the brightness of {name}")
 
     def values(self, *names):
         return [self.hardware.value(name) for name in names]
@@ -209,19 +210,19 @@ class Bench:
         self.desk.wait_for_log(message, times)
 
     def pwm_log(self):
-        """What the program says of the mode and its displays."""
+        """The lines of the log about the mode and its displays."""
         return [line for line in self.log() if line.startswith("PWM-safe")]
 
     def setting(self):
         return self.desk.settings()["PWMSafeMode"]
 
-    def check_books(self):
-        """Nothing that the program was given is left, and it made no call that nobody should make."""
+    def expect_no_leaks(self):
+        """The program has released all its resources and has made no invalid call."""
         try:
-            wait_until(lambda: self.hardware.outstanding() == 0, "the books to be balanced")
+            wait_until(lambda: self.hardware.outstanding() == 0, "the release of all resources")
         except LabError:
             assert self.hardware.leaks() == dict.fromkeys(self.hardware.leaks(), 0)
-        assert self.hardware.mistakes() == []
+        assert self.hardware.invalid_calls() == []
 
 
 @pytest.fixture(name="backlight_desk", scope="module")
@@ -229,10 +230,10 @@ def backlight_desk_fixture(make_file_desk):
     return make_file_desk(build_dir=BUILD)
 
 
-@pytest.fixture(name="bench")
-def bench_fixture(backlight_desk):
-    """The file's screen without a program and without a display. Nothing may be left at the end of the test."""
-    bench = Bench(backlight_desk)
-    bench.clear()
-    yield bench
-    bench.check_books()
+@pytest.fixture(name="backlight")
+def backlight_fixture(backlight_desk):
+    """The file's desktop without the program and without displays. After the test nothing may be leaked."""
+    backlight = Backlight(backlight_desk)
+    backlight.clear()
+    yield backlight
+    backlight.expect_no_leaks()

@@ -6,7 +6,7 @@ import time
 import pytest
 
 import model
-from backlight import POLL, VERIFY, Bench, Monitor, Panel
+from backlight import POLL, VERIFY, Backlight, Monitor, Panel
 from bundle import COPIED_LINE, LAB_MACHINE, LAB_TAG, STAMP, Machine, copy, fnv_1a, memory, processors
 from desk import MARKER, wait_until
 
@@ -185,16 +185,16 @@ def test_the_complete_report_directly_after_a_start(lab_desk):
 
 
 def test_the_complete_report_with_all_optional_lines(lab_desk):
-    desk, bench = lab_desk, Bench(lab_desk)
-    bench.hardware.monitors([Monitor("desk", 40, 10, 90, description="Desk monitor")])
-    bench.hardware.panels([Panel("laptop", 60, instance="DISPLAY\\LAB_0")])
+    desk, backlight = lab_desk, Backlight(lab_desk)
+    backlight.hardware.monitors([Monitor("desk", 40, 10, 90, description="Desk monitor")])
+    backlight.hardware.panels([Panel("laptop", 60, instance="DISPLAY\\LAB_0")])
     desk.registry_set(ICM_KEY, ICM_VALUE, 256)
     desk.registry_set(RUN_KEY, RUN_VALUE, "C:\\Ambrel\\ambrel.exe")
     desk.start_fresh({"AllowExtremeDim": 1, "UseLegacyGamma": 1, "GammaFixEpoch": 1})
-    bench.lock("laptop", "desk")
-    bench.hardware.change("desk", behaviour="ignores")
-    bench.hardware.turn("desk", 40)
-    bench.tick(*[POLL, VERIFY] * 10)
+    backlight.lock("laptop", "desk")
+    backlight.hardware.change("desk", behaviour="ignores")
+    backlight.hardware.set_by_user("desk", 40)
+    backlight.tick(*[POLL, VERIFY] * 10)
     desk.choose("DAY")
     desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
     desk.choose("NIGHT")

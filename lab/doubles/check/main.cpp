@@ -48,7 +48,7 @@ void PrintRow(const std::vector<Json>& values) {
 int main() {
     _setmode(_fileno(stdin), _O_BINARY);
     _setmode(_fileno(stdout), _O_BINARY);
-    // As the program does. The doubles must be found nevertheless.
+    // The program does this too. Windows must find the doubles anyway.
     SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
     SetTimer(nullptr, 0, kTimerPeriod, OnTimer);
     std::string line;

@@ -44,13 +44,13 @@ const Library& Loaded() {
     return library;
 }
 
-bool Whole() {
+bool IsComplete() {
     const Library& library = Loaded();
     return library.count && library.fetch && library.capabilities && library.read && library.set &&
            library.destroy && library.destroyOne;
 }
 
-// The first display monitor's monitors. On failure prints the failing call's error and returns false.
+// Opens the physical monitors of the first display monitor. On failure prints the error and returns false.
 bool Fetch(std::vector<PHYSICAL_MONITOR>& monitors) {
     const HMONITOR display = MonitorFromPoint({0, 0}, MONITOR_DEFAULTTOPRIMARY);
     DWORD count = 0;
@@ -77,7 +77,7 @@ void Destroy(std::vector<PHYSICAL_MONITOR>& monitors) {
 
 int ListMonitors(const Arguments&) {
     std::vector<PHYSICAL_MONITOR> monitors;
-    if (!Whole() || !Fetch(monitors)) {
+    if (!IsComplete() || !Fetch(monitors)) {
         return kToolNotFound;
     }
     for (const PHYSICAL_MONITOR& monitor : monitors) {
@@ -89,10 +89,11 @@ int ListMonitors(const Arguments&) {
         DWORD minimum = 0;
         DWORD current = 0;
         DWORD maximum = 0;
-        const DWORD asked = Loaded().capabilities(handle, &capabilities, &temperatures) ? 0 : GetLastError();
-        const DWORD read = Loaded().read(handle, &minimum, &current, &maximum) ? 0 : GetLastError();
-        PrintRow({description, reinterpret_cast<UINT_PTR>(handle), asked, capabilities, read, minimum,
-                  current, maximum});
+        const DWORD capabilitiesError =
+            Loaded().capabilities(handle, &capabilities, &temperatures) ? 0 : GetLastError();
+        const DWORD readError = Loaded().read(handle, &minimum, &current, &maximum) ? 0 : GetLastError();
+        PrintRow({description, reinterpret_cast<UINT_PTR>(handle), capabilitiesError, capabilities, readError,
+                  minimum, current, maximum});
     }
     Destroy(monitors);
     return kToolOk;
@@ -100,7 +101,7 @@ int ListMonitors(const Arguments&) {
 
 int SetMonitor(const Arguments& arguments) {
     std::vector<PHYSICAL_MONITOR> monitors;
-    if (!Whole() || !Fetch(monitors)) {
+    if (!IsComplete() || !Fetch(monitors)) {
         return kToolNotFound;
     }
     const size_t index = static_cast<size_t>(Number(arguments[0]));
@@ -115,7 +116,7 @@ int SetMonitor(const Arguments& arguments) {
 
 int MisuseMonitors(const Arguments& arguments) {
     std::vector<PHYSICAL_MONITOR> monitors;
-    if (!Whole() || !Fetch(monitors)) {
+    if (!IsComplete() || !Fetch(monitors)) {
         return kToolNotFound;
     }
     if (!arguments.empty()) {

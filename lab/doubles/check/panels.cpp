@@ -29,23 +29,23 @@ std::wstring HexText(HRESULT result) {
     return text;
 }
 
-// Prints the step and the error if it failed.
-bool Works(const wchar_t* step, HRESULT result) {
+// Prints the call's name and error if it failed.
+bool Works(const wchar_t* call, HRESULT result) {
     if (FAILED(result)) {
-        PrintRow({step, HexText(result)});
+        PrintRow({call, HexText(result)});
     }
     return SUCCEEDED(result);
 }
 
-// Also prints the step if it succeeded without returning an object. A reference, because arguments are
-// evaluated in any order.
+// Also prints them if the call succeeded without returning an object. `returned` is a reference, because
+// arguments are evaluated in any order.
 template <typename Interface>
-bool Works(const wchar_t* step, HRESULT result, const Owned<Interface>& returned) {
+bool Works(const wchar_t* call, HRESULT result, const Owned<Interface>& returned) {
     if (SUCCEEDED(result) && !returned.it) {
-        PrintRow({step, HexText(result)});
+        PrintRow({call, HexText(result)});
         return false;
     }
-    return Works(step, result);
+    return Works(call, result);
 }
 
 struct Text {
@@ -83,8 +83,8 @@ bool Connect(Connection& connection) {
     if (!Works(L"locator", result, connection.locator)) {
         return false;
     }
-    const Text place(L"ROOT\\WMI");
-    result = connection.locator.it->ConnectServer(place.it, nullptr, nullptr, nullptr, 0, nullptr, nullptr,
+    const Text space(L"ROOT\\WMI");
+    result = connection.locator.it->ConnectServer(space.it, nullptr, nullptr, nullptr, 0, nullptr, nullptr,
                                                   &connection.services.it);
     if (!Works(L"connect", result, connection.services)) {
         return false;

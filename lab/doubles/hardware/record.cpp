@@ -26,9 +26,9 @@ void CallRecord::Argument(const wchar_t* name, LONG64 value) {
     Argument(name, Decimal(value));
 }
 
-void CallRecord::Mistake(const wchar_t* reason) {
-    Count(Counter::kMistakes, 1);
-    Argument(L"mistake", reason);
+void CallRecord::MarkInvalid(const wchar_t* reason) {
+    Count(Counter::kInvalidCalls, 1);
+    Argument(L"invalid", reason);
 }
 
 BOOL CallRecord::EndWithError(DWORD error) {

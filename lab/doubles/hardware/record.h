@@ -2,12 +2,12 @@
 
 #include "script.h"
 
-// One call of the program, written as a line of C:\lab\hardware.log when it ends. Its number is taken when it
-// begins, so calls made while another one waits are not mistaken for earlier ones. The line's fields:
+// One call of the program, written as a line of C:\lab\hardware.log when it ends. Calls are numbered when
+// they start, so that a call made while another one waits is ordered after it. The line's fields:
 //     number, milliseconds since 1970, process, function, target, result, error, then name=value arguments
 class CallRecord {
 public:
-    // `target` is the name of the simulated display, or of what else was called.
+    // `target` is the name of the simulated display, or of the object that was called.
     CallRecord(const wchar_t* function, const std::wstring& target);
     CallRecord(const CallRecord&) = delete;
     CallRecord& operator=(const CallRecord&) = delete;
@@ -15,11 +15,13 @@ public:
     void Argument(const wchar_t* name, const std::wstring& value);
     void Argument(const wchar_t* name, LONG64 value);
     void SetTarget(const std::wstring& target) { target_ = target; }
-    // Says that no correct program makes this call, and why.
-    void Mistake(const wchar_t* reason);
+    // Marks the call as one that no correct program makes.
+    void MarkInvalid(const wchar_t* reason);
 
-    // Writes the line. The first answers as functions of Windows do that set the last error.
+    // Writes the line, sets the last error and returns whether it is ERROR_SUCCESS.
     BOOL EndWithError(DWORD error);
+
+    // Writes the line and returns the result.
     HRESULT EndWith(HRESULT result);
 
 private:
@@ -32,5 +34,5 @@ private:
     std::wstring arguments_;
 };
 
-// Lets a call take `delay` milliseconds, during which the thread dispatches nothing.
+// Blocks for `delay` milliseconds. The thread dispatches nothing.
 void Wait(LONG64 delay);

@@ -29,7 +29,7 @@ std::wstring Unescape(const std::wstring& text) {
     return plain;
 }
 
-std::string ReadWhole(const wchar_t* path) {
+std::string ReadFileText(const wchar_t* path) {
     std::string text;
     const HANDLE file =
         CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
@@ -125,13 +125,13 @@ std::shared_ptr<const Rows> ReadScript() {
     static std::shared_ptr<const Rows> script = std::make_shared<const Rows>();
     static LONG64 serial = 0;
     AcquireSRWLockExclusive(&lock);
-    // Taken before the file is read: a script that comes in between is read once more and not missed.
+    // Read before the file: if the script is replaced in between, the next call reads it again.
     const LONG64 newest = Count(Counter::kScriptSerial, 0);
     if (newest != serial) {
-        script = std::make_shared<const Rows>(Parse(ReadWhole(kScriptPath)));
+        script = std::make_shared<const Rows>(Parse(ReadFileText(kScriptPath)));
         serial = newest;
     }
-    std::shared_ptr<const Rows> inForce = script;
+    std::shared_ptr<const Rows> current = script;
     ReleaseSRWLockExclusive(&lock);
-    return inForce;
+    return current;
 }

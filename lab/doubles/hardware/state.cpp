@@ -3,10 +3,10 @@
 namespace {
 
 constexpr wchar_t kStatePath[] = L"C:\\lab\\hardware.state";
-constexpr LONG64 kFirstKnob = 16;
-constexpr LONG64 kKnobSize = 4;
-constexpr LONG64 kKnobs = 500;
-constexpr LONG64 kNumbers = kFirstKnob + kKnobSize * kKnobs;
+constexpr LONG64 kFirstDisplay = 16;
+constexpr LONG64 kDisplaySize = 4;
+constexpr LONG64 kMaxDisplays = 500;
+constexpr LONG64 kNumbers = kFirstDisplay + kDisplaySize * kMaxDisplays;
 constexpr LONG64 kUnixEpoch = 116444736000000000;  // 1970-01-01 as a FILETIME.
 constexpr LONG64 kFileTimesPerMillisecond = 10000;
 
@@ -17,7 +17,7 @@ volatile LONG64* Map() {
     if (file == INVALID_HANDLE_VALUE) {
         return nullptr;
     }
-    // The view keeps the file; neither handle is needed after this.
+    // The view keeps the file open, so neither handle is needed any longer.
     const HANDLE mapping =
         CreateFileMappingW(file, nullptr, PAGE_READWRITE, 0, DWORD{kNumbers * sizeof(LONG64)}, nullptr);
     CloseHandle(file);
@@ -28,7 +28,7 @@ volatile LONG64* Map() {
     return static_cast<volatile LONG64*>(view);
 }
 
-// The shared numbers, null while there is no file.
+// The shared numbers; null while the file does not exist.
 volatile LONG64* Shared() {
     static volatile LONG64* shared = nullptr;
     if (!shared) {
@@ -37,9 +37,10 @@ volatile LONG64* Shared() {
     return shared;
 }
 
-volatile LONG64* KnobNumbers(LONG64 slot) {
+volatile LONG64* NumbersOfDisplay(LONG64 slot) {
     volatile LONG64* const shared = Shared();
-    return shared && slot >= 0 && slot < kKnobs ? shared + kFirstKnob + slot * kKnobSize : nullptr;
+    return shared && slot >= 0 && slot < kMaxDisplays ? shared + kFirstDisplay + slot * kDisplaySize
+                                                      : nullptr;
 }
 
 }  // namespace
@@ -49,19 +50,19 @@ LONG64 Count(Counter counter, LONG64 change) {
     return shared ? InterlockedAdd64(shared + static_cast<int>(counter), change) : 0;
 }
 
-KnobState ReadKnob(LONG64 slot) {
-    const volatile LONG64* const numbers = KnobNumbers(slot);
-    return numbers ? KnobState{numbers[0], numbers[1], numbers[2]} : KnobState{};
+BrightnessState ReadBrightnessState(LONG64 slot) {
+    const volatile LONG64* const numbers = NumbersOfDisplay(slot);
+    return numbers ? BrightnessState{numbers[0], numbers[1], numbers[2]} : BrightnessState{};
 }
 
-void WriteKnob(LONG64 slot, const KnobState& knob) {
-    volatile LONG64* const numbers = KnobNumbers(slot);
+void WriteBrightnessState(LONG64 slot, const BrightnessState& state) {
+    volatile LONG64* const numbers = NumbersOfDisplay(slot);
     if (numbers) {
-        // A drift that was under way must not take hold of the new value.
+        // A pending drift must not replace the new value.
         numbers[1] = 0;
-        numbers[0] = knob.value;
-        numbers[2] = knob.driftValue;
-        numbers[1] = knob.driftTime;
+        numbers[0] = state.value;
+        numbers[2] = state.driftValue;
+        numbers[1] = state.driftTime;
     }
 }
 

@@ -2,42 +2,42 @@
 
 #include <windows.h>
 
-// What the lab and every Windows process with a double share: C:\lab\hardware.state, mapped into memory by
-// all of them. It is an array of 64-bit numbers: first the counters below, then four numbers for each
-// simulated display. The lab makes the file before a double is loaded; without it every display seems to be
-// absent. Single numbers only are changed, each at once, so nobody has to wait for a lock.
+// State shared by the lab and every Windows process that loads a double: C:\lab\hardware.state, mapped into
+// the memory of each. It is an array of 64-bit numbers: first the counters below, then four numbers for each
+// simulated display. The lab creates the file before a double is loaded; without the file no display exists.
+// Each number is changed atomically, so there is no lock.
 enum class Counter : int {
     kVersion = 0,
-    // Raised by the lab after each new script, so that nobody reads the file again for nothing.
+    // Incremented by the lab after each change of the script. The doubles read the file only after a change.
     kScriptSerial = 1,
     // The number of the latest recorded call.
     kCalls = 2,
-    // Calls that are being delayed at this moment.
+    // Calls whose delay is running.
     kWaiting = 3,
-    // Physical-monitor handles handed out and not destroyed.
+    // Physical-monitor handles that are open.
     kHandles = 4,
-    // Objects of WMI that are alive.
+    // WMI objects that have not been released.
     kObjects = 5,
-    // Texts handed to the caller (in a VARIANT) and not freed.
-    kStringsOut = 6,
-    // Texts that the caller passed as arguments and did not free.
-    kStringsIn = 7,
+    // Strings returned to the program in a VARIANT that it has not freed.
+    kReturnedStrings = 6,
+    // Strings that the program passed as arguments and has not freed.
+    kPassedStrings = 7,
     // Calls that no correct program makes.
-    kMistakes = 8,
+    kInvalidCalls = 8,
 };
 
-// Raises a counter by `change` and returns its new value; 0 without the shared file.
+// Adds `change` to a counter and returns its new value; 0 without the shared file.
 LONG64 Count(Counter counter, LONG64 change);
 
-// The three numbers of a display's knob. `slot` counts from 0.
-struct KnobState {
-    LONG64 value;      // What the display shows.
-    LONG64 driftTime;  // From this moment on (milliseconds as in Now) it shows driftValue; 0: never.
+// The brightness of the display in slot `slot`, counted from 0.
+struct BrightnessState {
+    LONG64 value;      // raw
+    LONG64 driftTime;  // From this time (as in Now) the brightness is driftValue; 0: never.
     LONG64 driftValue;
 };
 
-KnobState ReadKnob(LONG64 slot);
-void WriteKnob(LONG64 slot, const KnobState& knob);
+BrightnessState ReadBrightnessState(LONG64 slot);
+void WriteBrightnessState(LONG64 slot, const BrightnessState& state);
 
-// Milliseconds since 1970, UTC: the clock that Windows and the lab have in common.
+// Milliseconds since 1970, UTC, on the same clock as the lab's.
 LONG64 Now();

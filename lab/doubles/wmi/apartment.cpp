@@ -21,7 +21,7 @@ bool IsInUnansweredSentMessage() {
     return (InSendMessageEx(nullptr) & (ISMEX_SEND | ISMEX_REPLIED)) == ISMEX_SEND;
 }
 
-BOOL CALLBACK TakeCallsOf(HWND window, LPARAM context) {
+BOOL CALLBACK FindApartmentWindow(HWND window, LPARAM context) {
     wchar_t name[64] = {};
     GetClassNameW(window, name, 64);
     if (lstrcmpW(name, kApartmentClass) == 0) {
@@ -31,7 +31,7 @@ BOOL CALLBACK TakeCallsOf(HWND window, LPARAM context) {
     return TRUE;
 }
 
-// The thread's own window for incoming calls, a child of the window of messages; null without one.
+// The thread's window for incoming calls, a message-only window; null if there is none.
 HWND ApartmentWindow() {
     for (HWND window = nullptr;
          (window = FindWindowExW(HWND_MESSAGE, window, kApartmentClass, nullptr)) != nullptr;) {
@@ -40,32 +40,32 @@ HWND ApartmentWindow() {
         }
     }
     HWND found = nullptr;
-    EnumThreadWindows(GetCurrentThreadId(), TakeCallsOf, reinterpret_cast<LPARAM>(&found));
+    EnumThreadWindows(GetCurrentThreadId(), FindApartmentWindow, reinterpret_cast<LPARAM>(&found));
     return found;
 }
 
-// Takes one message that COM dispatches while it waits. Looking for it also dispatches what was sent.
-bool TakeMessage(HWND apartment, MSG* message) {
+// Removes one of the messages that COM dispatches while it waits. PeekMessage also dispatches sent messages.
+bool PeekDispatchedMessage(HWND apartment, MSG* message) {
     return (apartment != nullptr && PeekMessageW(message, apartment, 0, 0, PM_REMOVE)) ||
            PeekMessageW(message, nullptr, WM_PAINT, WM_PAINT, PM_REMOVE | (QS_PAINT << 16)) ||
            PeekMessageW(message, nullptr, WM_TIMER, WM_TIMER, PM_REMOVE | (QS_TIMER << 16)) ||
            PeekMessageW(message, nullptr, 0, 0, PM_REMOVE | PM_QS_SENDMESSAGE);
 }
 
-// A WM_QUIT, which no filter keeps from being taken, is posted again afterwards, as COM does.
+// PeekMessage removes WM_QUIT regardless of the filter. It is posted again afterwards, as COM does.
 void DispatchUntil(LONG64 end) {
     HWND const apartment = ApartmentWindow();
     MSG quit = {};
     for (LONG64 left = end - Now(); left > 0; left = end - Now()) {
         MSG message = {};
-        while (TakeMessage(apartment, &message)) {
+        while (PeekDispatchedMessage(apartment, &message)) {
             if (message.message == WM_QUIT) {
                 quit = message;
             } else {
                 DispatchMessageW(&message);
             }
         }
-        // Woken by what is new; what stays in the queue does not wake it again.
+        // Only new messages end the wait; those that stay in the queue do not.
         const DWORD wait = static_cast<DWORD>(left < 10 ? left : 10);
         MsgWaitForMultipleObjectsEx(0, nullptr, wait, QS_SENDMESSAGE | QS_PAINT | QS_TIMER, 0);
     }
@@ -76,7 +76,7 @@ void DispatchUntil(LONG64 end) {
 
 }  // namespace
 
-HRESULT BeginComCall(LONG64 delay) {
+HRESULT SimulateComCall(LONG64 delay) {
     if (!IsInSingleThreadedApartment()) {
         Wait(delay);
         return S_OK;

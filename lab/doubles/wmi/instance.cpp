@@ -2,26 +2,26 @@
 
 #include <cwchar>
 
-#include "../hardware/knob.h"
+#include "../hardware/brightness.h"
 #include "panel.h"
-#include "steps.h"
+#include "scripted_calls.h"
 #include "unsupported.h"
 
 namespace {
 
-// What only this library's in-parameters answer; a number of the lab's own.
+// A private interface of the double's in-parameters, by which ReadInParameters recognises them.
 constexpr GUID kInParametersId = {
     0x6c616221, 0x0001, 0x4d2b, {0x9a, 0x10, 0x2f, 0x5e, 0x70, 0x11, 0x43, 0x8c}};
 
 bool Same(LPCWSTR name, const wchar_t* wanted) {
-    // WMI's names know no case.
+    // WMI's names are case-insensitive.
     return name && _wcsicmp(name, wanted) == 0;
 }
 
-// One class for every object: each kind answers the methods that it has and refuses the rest.
+// Base of every object: each kind overrides the methods that it supports, and the rest fail.
 class Object : public ObjectWithout {
 public:
-    explicit Object(const wchar_t* name) : life_(name) {}
+    explicit Object(const wchar_t* name) : lifetime_(name) {}
     virtual ~Object() = default;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
@@ -33,9 +33,9 @@ public:
         AddRef();
         return S_OK;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return life_.Add(); }
+    ULONG STDMETHODCALLTYPE AddRef() override { return lifetime_.AddReference(); }
     ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = life_.Drop();
+        const ULONG left = lifetime_.ReleaseReference();
         if (left == 0) {
             delete this;
         }
@@ -43,14 +43,14 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE*, LONG*) override {
-        CallRecord record(L"Get", life_.Name());
+        CallRecord record(L"Get", lifetime_.Name());
         record.Argument(L"property", name ? name : L"");
         record.Argument(L"flags", flags);
         if (!name || !value) {
-            record.Mistake(L"no property or nowhere to put it");
+            record.MarkInvalid(L"no property or no pointer for its value");
             return record.EndWith(WBEM_E_INVALID_PARAMETER);
         }
-        // As WMI does: what the VARIANT held is not looked at.
+        // WMI overwrites the VARIANT without clearing it.
         VariantInit(value);
         const HRESULT result = GetProperty(name, value, record);
         record.Argument(L"type", V_VT(value));
@@ -69,14 +69,14 @@ public:
 protected:
     virtual HRESULT GetProperty(LPCWSTR, VARIANT*, CallRecord&) { return WBEM_E_NOT_FOUND; }
 
-    Life life_;
+    ObjectLifetime lifetime_;
 };
 
-// A panel as one of the two queries finds it.
+// A panel as a result of one of the two queries.
 class PanelInstance final : public Object {
 public:
     PanelInstance(const Row& panel, const wchar_t* name, bool methods)
-        : Object(name), panel_(panel), methods_(methods), brightness_(KnobValue(panel)) {}
+        : Object(name), panel_(panel), methods_(methods), brightness_(DisplayedBrightness(panel)) {}
 
 private:
     HRESULT GetProperty(LPCWSTR name, VARIANT* value, CallRecord& record) override {
@@ -91,7 +91,7 @@ private:
             record.Argument(L"brightness", brightness_);
             return GetBrightness(panel_, brightness_, value);
         }
-        record.Mistake(L"a property that the query did not ask for");
+        record.MarkInvalid(L"a property that the query does not select");
         return WBEM_E_NOT_FOUND;
     }
 
@@ -113,45 +113,45 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE Put(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE type) override {
-        CallRecord record(L"Put", life_.Name());
-        const VARTYPE given = value ? V_VT(value) : VARTYPE{VT_EMPTY};
+        CallRecord record(L"Put", lifetime_.Name());
+        const VARTYPE valueType = value ? V_VT(value) : VARTYPE{VT_EMPTY};
         record.Argument(L"property", name ? name : L"");
         record.Argument(L"flags", flags);
-        record.Argument(L"type", given);
+        record.Argument(L"type", valueType);
         record.Argument(L"cim_type", type);
         const bool timeout = Same(name, L"Timeout");
         if (!timeout && !Same(name, L"Brightness")) {
-            record.Mistake(L"no such in-parameter");
+            record.MarkInvalid(L"no such in-parameter");
             return record.EndWith(WBEM_E_NOT_FOUND);
         }
-        if (given != (timeout ? VT_I4 : VT_UI1)) {
-            record.Mistake(L"an in-parameter of another type");
+        if (valueType != (timeout ? VT_I4 : VT_UI1)) {
+            record.MarkInvalid(L"an in-parameter of the wrong type");
             return record.EndWith(WBEM_E_TYPE_MISMATCH);
         }
         const LONG64 number = timeout ? LONG64{V_I4(value)} : LONG64{V_UI1(value)};
         record.Argument(L"value", number);
-        const Answer answer = AnswerOf(timeout ? "put_timeout" : "put_brightness");
-        if (!answer.nothing) {
+        const CallResult scripted = ScriptedResult(timeout ? "put_timeout" : "put_brightness");
+        if (!scripted.returnsNothing) {
             (timeout ? values_.timeout : values_.brightness) = number;
         }
-        return record.EndWith(answer.result);
+        return record.EndWith(scripted.result);
     }
 
 private:
     InParameters values_ = {-1, -1};
 };
 
-// What GetMethod hands out: the description of the in-parameters.
+// The result of GetMethod: the class of the in-parameters.
 class Signature final : public Object {
 public:
     Signature() : Object(L"signature") {}
 
     HRESULT STDMETHODCALLTYPE SpawnInstance(LONG flags, IWbemClassObject** instance) override {
-        CallRecord record(L"SpawnInstance", life_.Name());
+        CallRecord record(L"SpawnInstance", lifetime_.Name());
         record.Argument(L"flags", flags);
-        const Answer answer = AnswerOf("spawn");
-        *instance = answer.nothing ? nullptr : MakeInParameters();
-        return record.EndWith(answer.result);
+        const CallResult scripted = ScriptedResult("spawn");
+        *instance = scripted.returnsNothing ? nullptr : CreateInParameters();
+        return record.EndWith(scripted.result);
     }
 };
 
@@ -161,7 +161,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetMethod(LPCWSTR name, LONG flags, IWbemClassObject** in,
                                         IWbemClassObject** out) override {
-        CallRecord record(L"GetMethod", life_.Name());
+        CallRecord record(L"GetMethod", lifetime_.Name());
         record.Argument(L"method", name ? name : L"");
         record.Argument(L"flags", flags);
         if (out) {
@@ -171,32 +171,32 @@ public:
             *in = nullptr;
         }
         if (!Same(name, L"WmiSetBrightness")) {
-            record.Mistake(L"no such method");
+            record.MarkInvalid(L"no such method");
             return record.EndWith(WBEM_E_NOT_FOUND);
         }
-        const Answer answer = AnswerOf("get_method");
-        if (in && !answer.nothing) {
+        const CallResult scripted = ScriptedResult("get_method");
+        if (in && !scripted.returnsNothing) {
             *in = new Signature;
         }
-        return record.EndWith(answer.result);
+        return record.EndWith(scripted.result);
     }
 };
 
 }  // namespace
 
-IWbemClassObject* MakeBrightnessInstance(const Row& panel) {
+IWbemClassObject* CreateBrightnessInstance(const Row& panel) {
     return new PanelInstance(panel, L"brightness", false);
 }
 
-IWbemClassObject* MakeMethodsInstance(const Row& panel) {
+IWbemClassObject* CreateMethodsInstance(const Row& panel) {
     return new PanelInstance(panel, L"methods", true);
 }
 
-IWbemClassObject* MakeMethodsClass() {
+IWbemClassObject* CreateMethodsClass() {
     return new MethodsClass;
 }
 
-IWbemClassObject* MakeInParameters() {
+IWbemClassObject* CreateInParameters() {
     return new InParametersInstance;
 }
 

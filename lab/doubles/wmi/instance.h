@@ -8,20 +8,23 @@
 
 // Each returns a new object with one reference.
 
-// What the brightness query finds: a panel with its InstanceName and CurrentBrightness of this moment.
-IWbemClassObject* MakeBrightnessInstance(const Row& panel);
-// What the methods query finds: a panel with its InstanceName and __PATH.
-IWbemClassObject* MakeMethodsInstance(const Row& panel);
-// The class WmiMonitorBrightnessMethods.
-IWbemClassObject* MakeMethodsClass();
-// An instance of WmiSetBrightness's in-parameters.
-IWbemClassObject* MakeInParameters();
+// A result of the brightness query: a panel with its InstanceName and its current CurrentBrightness.
+IWbemClassObject* CreateBrightnessInstance(const Row& panel);
 
-// What was put into in-parameters made here. A number is -1 until it has been put.
+// A result of the methods query: a panel with its InstanceName and __PATH.
+IWbemClassObject* CreateMethodsInstance(const Row& panel);
+
+// The class WmiMonitorBrightnessMethods.
+IWbemClassObject* CreateMethodsClass();
+
+// An instance of WmiSetBrightness's in-parameters.
+IWbemClassObject* CreateInParameters();
+
+// The values that were put into in-parameters; -1 for one that has not been put.
 struct InParameters {
     LONG64 timeout;
     LONG64 brightness;
 };
 
-// False when the object is not one of the double's in-parameters.
+// False if CreateInParameters did not create the object.
 bool ReadInParameters(IWbemClassObject* object, InParameters& found);

@@ -1,15 +1,15 @@
-// Stands in for Wine's WMI locator, behind which there are no brightness classes. The registry names this
-// library as the in-process server of WbemLocator. Its panels are those that the lab's script lists
-// (panel.h), and every step can be made to fail (steps.h). It is meant for one thread at a time.
+// Double of the WMI locator, since Wine's WMI has no brightness classes. The registry names this library as
+// the in-process server of WbemLocator. The lab's script lists its panels (panel.h), and can make every call
+// fail (scripted_calls.h). For one thread at a time.
 #include <windows.h>
 
 #include <objidl.h>
 #include <wbemcli.h>
 
 #include "../hardware/record.h"
-#include "life.h"
+#include "lifetime.h"
+#include "scripted_calls.h"
 #include "services.h"
-#include "steps.h"
 #include "strings.h"
 
 namespace {
@@ -28,9 +28,9 @@ public:
         AddRef();
         return S_OK;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return life_.Add(); }
+    ULONG STDMETHODCALLTYPE AddRef() override { return lifetime_.AddReference(); }
     ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = life_.Drop();
+        const ULONG left = lifetime_.ReleaseReference();
         if (left == 0) {
             delete this;
         }
@@ -40,30 +40,30 @@ public:
     HRESULT STDMETHODCALLTYPE ConnectServer(const BSTR resource, const BSTR user, const BSTR password,
                                             const BSTR locale, LONG flags, const BSTR authority,
                                             IWbemContext* context, IWbemServices** services) override {
-        CallRecord record(L"ConnectServer", life_.Name());
-        if (!WatchArgument(resource)) {
-            record.Mistake(L"an argument that is no BSTR");
+        CallRecord record(L"ConnectServer", lifetime_.Name());
+        if (!TrackArgument(resource)) {
+            record.MarkInvalid(L"an argument that is not a BSTR");
         }
         record.Argument(L"resource", TextOf(resource));
         record.Argument(L"flags", flags);
         record.Argument(L"others", user || password || locale || authority || context);
         *services = nullptr;
         if (_wcsicmp(TextOf(resource).c_str(), kNamespace) != 0) {
-            record.Mistake(L"another namespace");
+            record.MarkInvalid(L"another namespace");
             return record.EndWith(WBEM_E_INVALID_NAMESPACE);
         }
-        const Answer answer = AnswerOf("connect");
-        if (!answer.nothing) {
-            *services = MakeServices();
+        const CallResult scripted = ScriptedResult("connect");
+        if (!scripted.returnsNothing) {
+            *services = CreateServices();
         }
-        return record.EndWith(answer.result);
+        return record.EndWith(scripted.result);
     }
 
 private:
-    Life life_{L"locator"};
+    ObjectLifetime lifetime_{L"locator"};
 };
 
-// COM itself holds this one, for as long as it likes: it is neither counted nor deleted.
+// COM may keep a reference to the factory, so it is neither counted nor deleted.
 class Factory final : public IClassFactory {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
@@ -81,13 +81,13 @@ public:
         if (outer) {
             return record.EndWith(CLASS_E_NOAGGREGATION);
         }
-        const Answer answer = AnswerOf("locator");
-        if (answer.nothing) {
-            return record.EndWith(answer.result);
+        const CallResult scripted = ScriptedResult("locator");
+        if (scripted.returnsNothing) {
+            return record.EndWith(scripted.result);
         }
         Locator* const locator = new Locator;
         const HRESULT result = locator->QueryInterface(iid, out);
-        // Recorded before the locator could end, so that the order stays that of the calls.
+        // Recorded before the locator may be released, so that the record keeps the order of the calls.
         record.EndWith(result);
         locator->Release();
         return result;
@@ -100,12 +100,12 @@ Factory g_factory;
 }  // namespace
 
 extern "C" __declspec(dllexport) HRESULT WINAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** out) {
-    ListenToAllocator();
+    TrackAllocations();
     *out = nullptr;
     return clsid == kLocatorClass ? g_factory.QueryInterface(iid, out) : CLASS_E_CLASSNOTAVAILABLE;
 }
 
 extern "C" __declspec(dllexport) HRESULT WINAPI DllCanUnloadNow() {
-    // The allocator may call at any time.
+    // COM may call the allocator spy at any time.
     return S_FALSE;
 }

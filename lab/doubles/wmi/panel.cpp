@@ -20,7 +20,7 @@ HRESULT GetText(const std::wstring& text, const std::wstring& type, VARIANT* val
         V_I4(value) = 4;
     } else {
         V_VT(value) = VT_BSTR;
-        V_BSTR(value) = type == L"nullbstr" ? nullptr : HandOutString(text);
+        V_BSTR(value) = type == L"nullbstr" ? nullptr : AllocateReturnedString(text);
     }
     return WBEM_S_NO_ERROR;
 }
@@ -56,10 +56,10 @@ void PutBool(VARIANT* value, LONG64 number) {
     V_BOOL(value) = number ? VARIANT_TRUE : VARIANT_FALSE;
 }
 void PutText(VARIANT* value, LONG64 number) {
-    V_BSTR(value) = HandOutString(std::to_wstring(number));
+    V_BSTR(value) = AllocateReturnedString(std::to_wstring(number));
 }
 void PutObject(VARIANT* value, LONG64) {
-    V_UNKNOWN(value) = MakeInParameters();
+    V_UNKNOWN(value) = CreateInParameters();
 }
 void PutNothing(VARIANT*, LONG64) {}
 

@@ -4,11 +4,11 @@
 
 #include <objidl.h>
 
-#include "../hardware/knob.h"
+#include "../hardware/brightness.h"
 #include "apartment.h"
 #include "instance.h"
 #include "panel.h"
-#include "steps.h"
+#include "scripted_calls.h"
 #include "strings.h"
 #include "unsupported.h"
 
@@ -19,20 +19,19 @@ constexpr wchar_t kBrightnessQuery[] =
 constexpr wchar_t kMethodsQuery[] =
     L"SELECT InstanceName, __PATH FROM WmiMonitorBrightnessMethods WHERE Active = TRUE";
 
-// Records a BSTR argument and watches it until it is freed.
-void TakeString(CallRecord& record, const wchar_t* name, BSTR text) {
-    if (!WatchArgument(text)) {
-        record.Mistake(L"an argument that is no BSTR");
+// Records a BSTR argument and tracks it until it is freed.
+void RecordString(CallRecord& record, const wchar_t* name, BSTR text) {
+    if (!TrackArgument(text)) {
+        record.MarkInvalid(L"an argument that is not a BSTR");
     }
     record.Argument(name, TextOf(text));
 }
 
-// The panels that a query found, as they were when it was asked; their brightness is read when they are
-// fetched.
+// The panels that were active when the query was executed. Their brightness is read when they are fetched.
 class Enumerator final : public EnumeratorWithout {
 public:
     explicit Enumerator(bool methods)
-        : life_(L"enumerator"),
+        : lifetime_(L"enumerator"),
           methods_(methods),
           panels_(ActivePanels(methods ? L"methods" : L"brightness")) {}
 
@@ -45,9 +44,9 @@ public:
         AddRef();
         return S_OK;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return life_.Add(); }
+    ULONG STDMETHODCALLTYPE AddRef() override { return lifetime_.AddReference(); }
     ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = life_.Drop();
+        const ULONG left = lifetime_.ReleaseReference();
         if (left == 0) {
             delete this;
         }
@@ -56,31 +55,31 @@ public:
 
     HRESULT STDMETHODCALLTYPE Next(LONG timeout, ULONG count, IWbemClassObject** objects,
                                    ULONG* returned) override {
-        CallRecord record(L"Next", life_.Name());
+        CallRecord record(L"Next", lifetime_.Name());
         record.Argument(L"timeout", timeout);
         record.Argument(L"count", count);
         if (count == 0 || !objects || !returned) {
-            record.Mistake(L"nowhere to put the objects");
+            record.MarkInvalid(L"no pointer for the objects");
             return record.EndWith(WBEM_E_INVALID_PARAMETER);
         }
         objects[0] = nullptr;
         *returned = 0;
-        const Answer answer = AnswerOf(methods_ ? "next_methods" : "next", calls_++);
-        if (answer.nothing) {
-            return record.EndWith(answer.result);
+        const CallResult scripted = ScriptedResult(methods_ ? "next_methods" : "next", calls_++);
+        if (scripted.returnsNothing) {
+            return record.EndWith(scripted.result);
         }
         if (next_ == panels_.size()) {
             return record.EndWith(WBEM_S_FALSE);
         }
         const Row& panel = panels_[next_++];
         record.Argument(L"panel", panel.Text("name"));
-        objects[0] = methods_ ? MakeMethodsInstance(panel) : MakeBrightnessInstance(panel);
+        objects[0] = methods_ ? CreateMethodsInstance(panel) : CreateBrightnessInstance(panel);
         *returned = 1;
         return record.EndWith(count == 1 ? WBEM_S_NO_ERROR : WBEM_S_FALSE);
     }
 
 private:
-    Life life_;
+    ObjectLifetime lifetime_;
     bool methods_;
     Rows panels_;
     size_t next_ = 0;
@@ -101,9 +100,9 @@ public:
         AddRef();
         return S_OK;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return life_.Add(); }
+    ULONG STDMETHODCALLTYPE AddRef() override { return lifetime_.AddReference(); }
     ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = life_.Drop();
+        const ULONG left = lifetime_.ReleaseReference();
         if (left == 0) {
             delete this;
         }
@@ -113,7 +112,7 @@ public:
     HRESULT STDMETHODCALLTYPE SetBlanket(IUnknown*, DWORD authentication, DWORD authorization,
                                          OLECHAR* principal, DWORD level, DWORD impersonation, void* identity,
                                          DWORD capabilities) override {
-        CallRecord record(L"SetBlanket", life_.Name());
+        CallRecord record(L"SetBlanket", lifetime_.Name());
         record.Argument(L"authentication", authentication);
         record.Argument(L"authorization", authorization);
         record.Argument(L"principal", principal ? principal : L"");
@@ -121,7 +120,7 @@ public:
         record.Argument(L"impersonation", impersonation);
         record.Argument(L"identity", identity != nullptr);
         record.Argument(L"capabilities", capabilities);
-        return record.EndWith(AnswerOf("blanket").result);
+        return record.EndWith(ScriptedResult("blanket").result);
     }
     HRESULT STDMETHODCALLTYPE QueryBlanket(IUnknown*, DWORD*, DWORD*, OLECHAR**, DWORD*, DWORD*, void**,
                                            DWORD*) override {
@@ -133,32 +132,32 @@ public:
 
     HRESULT STDMETHODCALLTYPE ExecQuery(const BSTR language, const BSTR query, LONG flags,
                                         IWbemContext* context, IEnumWbemClassObject** found) override {
-        CallRecord record(L"ExecQuery", life_.Name());
-        TakeString(record, L"language", language);
-        TakeString(record, L"query", query);
+        CallRecord record(L"ExecQuery", lifetime_.Name());
+        RecordString(record, L"language", language);
+        RecordString(record, L"query", query);
         record.Argument(L"flags", flags);
         record.Argument(L"context", context != nullptr);
         *found = nullptr;
         if (TextOf(language) != L"WQL") {
-            record.Mistake(L"another language");
+            record.MarkInvalid(L"another language");
             return record.EndWith(WBEM_E_INVALID_QUERY_TYPE);
         }
         const bool methods = TextOf(query) == kMethodsQuery;
         if (!methods && TextOf(query) != kBrightnessQuery) {
-            record.Mistake(L"a query that the double does not know");
+            record.MarkInvalid(L"a query that the double does not know");
             return record.EndWith(WBEM_E_INVALID_QUERY);
         }
-        const Answer answer = AnswerOf(methods ? "query_methods" : "query");
-        if (!answer.nothing) {
+        const CallResult scripted = ScriptedResult(methods ? "query_methods" : "query");
+        if (!scripted.returnsNothing) {
             *found = new Enumerator(methods);
         }
-        return record.EndWith(answer.result);
+        return record.EndWith(scripted.result);
     }
 
     HRESULT STDMETHODCALLTYPE GetObject(const BSTR path, LONG flags, IWbemContext* context,
                                         IWbemClassObject** object, IWbemCallResult** result) override {
-        CallRecord record(L"GetObject", life_.Name());
-        TakeString(record, L"path", path);
+        CallRecord record(L"GetObject", lifetime_.Name());
+        RecordString(record, L"path", path);
         record.Argument(L"flags", flags);
         record.Argument(L"context", context != nullptr);
         record.Argument(L"call_result", result != nullptr);
@@ -166,22 +165,22 @@ public:
             *object = nullptr;
         }
         if (!object || TextOf(path) != L"WmiMonitorBrightnessMethods") {
-            record.Mistake(L"another object");
+            record.MarkInvalid(L"another object");
             return record.EndWith(WBEM_E_NOT_FOUND);
         }
-        const Answer answer = AnswerOf("get_object");
-        if (!answer.nothing) {
-            *object = MakeMethodsClass();
+        const CallResult scripted = ScriptedResult("get_object");
+        if (!scripted.returnsNothing) {
+            *object = CreateMethodsClass();
         }
-        return record.EndWith(answer.result);
+        return record.EndWith(scripted.result);
     }
 
     HRESULT STDMETHODCALLTYPE ExecMethod(const BSTR path, const BSTR method, LONG flags,
                                          IWbemContext* context, IWbemClassObject* in, IWbemClassObject** out,
                                          IWbemCallResult** result) override {
-        CallRecord record(L"ExecMethod", life_.Name());
-        TakeString(record, L"path", path);
-        TakeString(record, L"method", method);
+        CallRecord record(L"ExecMethod", lifetime_.Name());
+        RecordString(record, L"path", path);
+        RecordString(record, L"method", method);
         record.Argument(L"flags", flags);
         record.Argument(L"context", context != nullptr);
         record.Argument(L"out", out != nullptr);
@@ -189,16 +188,16 @@ public:
         InParameters values = {};
         if (TextOf(method) != L"WmiSetBrightness" || !ReadInParameters(in, values) || values.timeout < 0 ||
             values.brightness < 0) {
-            record.Mistake(L"another method, or in-parameters that are missing or not of this method");
+            record.MarkInvalid(L"another method, or in-parameters that are missing or not of this method");
             return record.EndWith(WBEM_E_INVALID_METHOD_PARAMETERS);
         }
         record.Argument(L"timeout", values.timeout);
         record.Argument(L"brightness", values.brightness);
-        const Answer answer = AnswerOf("exec");
-        if (FAILED(answer.result)) {
-            return record.EndWith(answer.result);
+        const CallResult scripted = ScriptedResult("exec");
+        if (FAILED(scripted.result)) {
+            return record.EndWith(scripted.result);
         }
-        // What the method itself answers is an out-parameter that the caller may or may not have asked for.
+        // The method's status is an out-parameter, which the double does not return.
         if (out) {
             *out = nullptr;
         }
@@ -209,12 +208,12 @@ private:
     static HRESULT SetBrightness(BSTR path, LONG64 brightness, CallRecord& record) {
         Row panel;
         if (FindPanelByPath(TextOf(path), panel)) {
-            const HRESULT refused = BeginComCall(panel.Number("delay"));
-            if (FAILED(refused)) {
-                return refused;
+            const HRESULT rejected = SimulateComCall(panel.Number("delay"));
+            if (FAILED(rejected)) {
+                return rejected;
             }
         }
-        // Asked again: what happened while the call waited counts.
+        // Read again: the script may have changed during the wait.
         if (!FindPanelByPath(TextOf(path), panel)) {
             return WBEM_E_NOT_FOUND;
         }
@@ -225,16 +224,16 @@ private:
         const LONG64 status = panel.Number("status");
         record.Argument(L"status", status);
         if (status == 0) {
-            TurnKnob(panel, brightness);
+            SetDisplayedBrightness(panel, brightness);
         }
         return WBEM_S_NO_ERROR;
     }
 
-    Life life_{L"services"};
+    ObjectLifetime lifetime_{L"services"};
 };
 
 }  // namespace
 
-IWbemServices* MakeServices() {
+IWbemServices* CreateServices() {
     return new Services;
 }

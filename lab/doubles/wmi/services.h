@@ -4,6 +4,6 @@
 
 #include <wbemcli.h>
 
-// The connection to ROOT\WMI, a new object with one reference. It also answers IClientSecurity, without which
+// Creates the connection to ROOT\WMI, with one reference. It also implements IClientSecurity, without which
 // CoSetProxyBlanket fails.
-IWbemServices* MakeServices();
+IWbemServices* CreateServices();

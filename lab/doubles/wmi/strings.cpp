@@ -10,43 +10,43 @@
 
 namespace {
 
-// A BSTR's block begins with its length, filled up to eight bytes.
+// A BSTR's memory block starts with its length, padded to eight bytes.
 constexpr ptrdiff_t kLengthSize = 8;
-constexpr ptrdiff_t kLengthPlace = -4;
+constexpr ptrdiff_t kLengthOffset = -4;
 
-struct Watched {
+struct TrackedString {
     const void* block;
     Counter counter;
 };
 
 SRWLOCK g_lock = SRWLOCK_INIT;
-std::vector<Watched> g_watched;
+std::vector<TrackedString> g_tracked;
 
-void Watch(BSTR text, Counter counter) {
+void Track(BSTR text, Counter counter) {
     const void* const block = reinterpret_cast<const char*>(text) - kLengthSize;
     AcquireSRWLockExclusive(&g_lock);
-    const bool known = std::any_of(g_watched.begin(), g_watched.end(),
-                                   [block](const Watched& watched) { return watched.block == block; });
+    const bool known = std::any_of(g_tracked.begin(), g_tracked.end(),
+                                   [block](const TrackedString& tracked) { return tracked.block == block; });
     if (!known) {
-        g_watched.push_back({block, counter});
+        g_tracked.push_back({block, counter});
         Count(counter, 1);
     }
     ReleaseSRWLockExclusive(&g_lock);
 }
 
-void Freed(const void* block) {
+void OnFree(const void* block) {
     AcquireSRWLockExclusive(&g_lock);
-    const auto found = std::find_if(g_watched.begin(), g_watched.end(),
-                                    [block](const Watched& watched) { return watched.block == block; });
-    if (found != g_watched.end()) {
+    const auto found = std::find_if(g_tracked.begin(), g_tracked.end(),
+                                    [block](const TrackedString& tracked) { return tracked.block == block; });
+    if (found != g_tracked.end()) {
         Count(found->counter, -1);
-        g_watched.erase(found);
+        g_tracked.erase(found);
     }
     ReleaseSRWLockExclusive(&g_lock);
 }
 
-// Lives as long as the process: it is not counted.
-class Listener final : public IMallocSpy {
+// Not counted: it exists until the process ends.
+class AllocatorSpy final : public IMallocSpy {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
         const bool known = iid == __uuidof(IUnknown) || iid == __uuidof(IMallocSpy);
@@ -57,12 +57,12 @@ public:
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
 
     void* STDMETHODCALLTYPE PreFree(void* block, WINBOOL) override {
-        Freed(block);
+        OnFree(block);
         return block;
     }
-    // A text that is allocated anew elsewhere is as good as freed: nobody passes such a one on.
+    // A reallocated string is treated as freed; neither side reallocates the other's.
     SIZE_T STDMETHODCALLTYPE PreRealloc(void* block, SIZE_T size, void** request, WINBOOL) override {
-        Freed(block);
+        OnFree(block);
         *request = block;
         return size;
     }
@@ -74,50 +74,50 @@ public:
     void* STDMETHODCALLTYPE PreGetSize(void* block, WINBOOL) override { return block; }
     SIZE_T STDMETHODCALLTYPE PostGetSize(SIZE_T size, WINBOOL) override { return size; }
     void* STDMETHODCALLTYPE PreDidAlloc(void* block, WINBOOL) override { return block; }
-    int STDMETHODCALLTYPE PostDidAlloc(void*, WINBOOL, int answer) override { return answer; }
+    int STDMETHODCALLTYPE PostDidAlloc(void*, WINBOOL, int scripted) override { return scripted; }
     void STDMETHODCALLTYPE PreHeapMinimize() override {}
     void STDMETHODCALLTYPE PostHeapMinimize() override {}
 };
 
-Listener g_listener;
+AllocatorSpy g_spy;
 
 }  // namespace
 
-void ListenToAllocator() {
-    static bool listening = false;
-    if (listening) {
+void TrackAllocations() {
+    static bool tracking = false;
+    if (tracking) {
         return;
     }
-    listening = true;
-    // Freed texts would otherwise be kept for the next ones, unseen by the allocator.
+    tracking = true;
+    // Without this, the BSTR cache keeps freed strings, and the spy does not see their release.
     const HMODULE automation = GetModuleHandleW(L"oleaut32.dll");
     void* const noCache =
         automation ? reinterpret_cast<void*>(GetProcAddress(automation, "SetOaNoCache")) : nullptr;
     if (noCache) {
         reinterpret_cast<void(WINAPI*)()>(noCache)();
     }
-    CoRegisterMallocSpy(&g_listener);
+    CoRegisterMallocSpy(&g_spy);
 }
 
-BSTR HandOutString(const std::wstring& text) {
+BSTR AllocateReturnedString(const std::wstring& text) {
     const BSTR copy = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
     if (copy) {
-        Watch(copy, Counter::kStringsOut);
+        Track(copy, Counter::kReturnedStrings);
     }
     return copy;
 }
 
-bool WatchArgument(BSTR text) {
+bool TrackArgument(BSTR text) {
     if (!text) {
         return true;
     }
     UINT length = 0;
-    std::copy_n(reinterpret_cast<const char*>(text) + kLengthPlace, sizeof(length),
+    std::copy_n(reinterpret_cast<const char*>(text) + kLengthOffset, sizeof(length),
                 reinterpret_cast<char*>(&length));
     if (length != std::wcslen(text) * sizeof(wchar_t)) {
         return false;
     }
-    Watch(text, Counter::kStringsIn);
+    Track(text, Counter::kPassedStrings);
     return true;
 }
 

@@ -6,16 +6,16 @@
 
 #include <oleauto.h>
 
-// Finds BSTRs that are never freed, by listening to COM's allocator.
+// Finds BSTRs that are never freed, with a spy on COM's allocator.
 
-// Begins to listen. The library must stay loaded from then on.
-void ListenToAllocator();
+// Registers the spy. The library must stay loaded from then on.
+void TrackAllocations();
 
-// A BSTR for the caller to free; counted until it does.
-BSTR HandOutString(const std::wstring& text);
+// Allocates a BSTR for the program to free. It is counted until then.
+BSTR AllocateReturnedString(const std::wstring& text);
 
-// Counts a BSTR that the caller passed until it frees it. False when it is none: a mere pointer to wide text.
-bool WatchArgument(BSTR text);
+// Counts a BSTR argument until the program frees it. False if it is not a BSTR but a pointer to other text.
+bool TrackArgument(BSTR text);
 
-// The BSTR's text, "" for null.
+// The BSTR's text; "" for null.
 std::wstring TextOf(BSTR text);

@@ -4,9 +4,10 @@
 
 #include <wbemcli.h>
 
-#include "life.h"
+#include "lifetime.h"
 
-// The methods of WMI's interfaces that the double does not have. What it has is left to the derived classes.
+// Base classes of the double's objects. They implement the methods that the double does not support; the
+// derived classes implement the others.
 
 class ServicesWithout : public IWbemServices {
 public:

@@ -1,17 +1,17 @@
-#include "life.h"
+#include "lifetime.h"
 
 #include "../hardware/record.h"
 #include "../hardware/state.h"
 
-Life::Life(const wchar_t* name) : name_(name) {
+ObjectLifetime::ObjectLifetime(const wchar_t* name) : name_(name) {
     Count(Counter::kObjects, 1);
 }
 
-ULONG Life::Add() {
+ULONG ObjectLifetime::AddReference() {
     return static_cast<ULONG>(InterlockedIncrement(&references_));
 }
 
-ULONG Life::Drop() {
+ULONG ObjectLifetime::ReleaseReference() {
     const LONG left = InterlockedDecrement(&references_);
     if (left == 0) {
         Count(Counter::kObjects, -1);
@@ -22,6 +22,6 @@ ULONG Life::Drop() {
 
 HRESULT NotImplemented(const wchar_t* method) {
     CallRecord record(method, L"");
-    record.Mistake(L"the double does not have this method");
+    record.MarkInvalid(L"the double does not implement this method");
     return record.EndWith(E_NOTIMPL);
 }

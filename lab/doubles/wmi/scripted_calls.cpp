@@ -1,4 +1,4 @@
-#include "steps.h"
+#include "scripted_calls.h"
 
 #include <cwchar>
 
@@ -18,28 +18,28 @@ Row WmiRow() {
     return {};
 }
 
-// The steps that leave the process: connecting and what the services and the enumerator are asked. The others
-// work on objects of this process.
-bool CallsOut(const std::string& step) {
-    for (const char* const other :
+// Whether the call leaves the process: connecting, and calls on the services and the enumerator. The others
+// are calls on objects of this process.
+bool LeavesProcess(const std::string& call) {
+    for (const char* const local :
          {"locator", "blanket", "get_method", "spawn", "put_timeout", "put_brightness"}) {
-        if (step == other) {
+        if (call == local) {
             return false;
         }
     }
     return true;
 }
 
-HRESULT Begin(const std::string& step) {
-    const LONG64 delay = WmiRow().Number(("delay_" + step).c_str());
-    if (CallsOut(step)) {
-        return BeginComCall(delay);
+HRESULT StartCall(const std::string& call) {
+    const LONG64 delay = WmiRow().Number(("delay_" + call).c_str());
+    if (LeavesProcess(call)) {
+        return SimulateComCall(delay);
     }
     Wait(delay);
     return S_OK;
 }
 
-// The word at `index` of a comma-separated list; "" after its end.
+// The word at `index` of a comma-separated list; "" beyond its end.
 std::wstring Word(const std::wstring& list, size_t index) {
     size_t start = 0;
     for (; index > 0; --index) {
@@ -54,12 +54,12 @@ std::wstring Word(const std::wstring& list, size_t index) {
 
 }  // namespace
 
-Answer AnswerOf(const char* step, size_t call) {
-    const HRESULT refused = Begin(step);
-    if (FAILED(refused)) {
-        return {refused, true};
+CallResult ScriptedResult(const char* call, size_t index) {
+    const HRESULT rejected = StartCall(call);
+    if (FAILED(rejected)) {
+        return {rejected, true};
     }
-    const std::wstring word = Word(WmiRow().Text(step), call);
+    const std::wstring word = Word(WmiRow().Text(call), index);
     if (word == L"null") {
         return {WBEM_S_NO_ERROR, true};
     }
