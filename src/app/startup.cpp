@@ -14,6 +14,7 @@
 #include "filter/cursor_tint.h"
 #include "filter/gamma_range.h"
 #include "filter/gamma_range_helper.h"
+#include "filter/legacy_gamma.h"
 #include "filter/magnification.h"
 #include "res/resource_ids.h"
 #include "res/version.h"
@@ -153,8 +154,9 @@ void PrepareState(HINSTANCE instance) {
     OpenLogNextToSettings();
     ReadGammaRange();
     RepairAutostartEntry();
-    // An earlier run may have terminated without restoring the cursors.
+    // An earlier run may have terminated without restoring the screen.
     ResetSystemCursors();
+    RestoreRampOfLastRun();
     InitMagnification();
 }
 

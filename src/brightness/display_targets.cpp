@@ -10,18 +10,17 @@
 
 namespace {
 
-// Some displays read back slightly less than what they were set to.
 constexpr std::uint32_t kAt100Threshold = 99;  // percent
-
-bool IsAt100(const DisplayTarget& target) {
-    return target.percent >= kAt100Threshold;
-}
 
 bool IsBuiltIn(const DisplayTarget& target) {
     return target.kind == TargetKind::WmiPanel;
 }
 
 }  // namespace
+
+bool IsAt100(const DisplayTarget& target) {
+    return target.percent >= kAt100Threshold;
+}
 
 void EnumerateTargets(DisplayTargetList* list) {
     EnumerateWmiTargets(list);

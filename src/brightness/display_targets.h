@@ -7,6 +7,9 @@
 // until the displays have answered.
 void EnumerateTargets(DisplayTargetList* list);
 
+// Whether a display reads what the lock sets. Some read back slightly less.
+bool IsAt100(const DisplayTarget& target);
+
 // Stores in AppState how many targets there are and how many are at 100 percent, and logs a change of the
 // former.
 void CountTargets(const DisplayTargetList& list);

@@ -42,5 +42,5 @@ MONITORINFOEXW ReadMonitorInfo(HMONITOR display) {
 
 std::wstring DdcTargetName(const wchar_t* device, DWORD index) {
     const std::wstring shown = device[0] != L'\0' ? device : L"UNKNOWN";
-    return L"DXVA2:" + shown + L"#" + std::to_wstring(index);
+    return kDdcNamePrefix + shown + L"#" + std::to_wstring(index);
 }

@@ -8,12 +8,14 @@
 #include "app/state/app_state.h"
 #include "app/state/messages.h"
 #include "brightness/display_targets.h"
+#include "brightness/saved_brightness.h"
 #include "win32/com_guards.h"
 
 // Owned by the release thread until `ended` is set, then by the window thread. Not freed if the process ends
 // first.
 struct PwmReleaseJob {
-    SavedBrightness values;  // to restore; at the end, those that no display has accepted
+    SavedBrightness values;              // to restore; at the end, those that no display has accepted
+    std::vector<std::wstring> restored;  // at the end, the names of the others
     HWND window = nullptr;
     HANDLE thread = nullptr;
     std::atomic<bool> ended = false;
@@ -26,7 +28,7 @@ DWORD WINAPI ReleaseThread(void* context) {
     HWND window = release->window;
     {
         const MultithreadedApartment apartment;
-        RestoreBrightness(&release->values);
+        release->restored = RestoreBrightness(&release->values);
     }
     release->ended = true;
     // From now on the window thread may free the job. A request may have been deferred until the release
@@ -35,19 +37,34 @@ DWORD WINAPI ReleaseThread(void* context) {
     return 0;
 }
 
+// The window thread writes the file: Windows may end the process as soon as that thread has replied to the
+// end of the session, and a write of settings.ini that is interrupted loses the settings. Does nothing during
+// an operation, because a display that is being locked may accept its 100 percent after the release.
+void DeleteRestoredFromRecord(PwmReleaseJob* release) {
+    if (!release->ended || g_app.pwmOperationRunning) return;
+    DeleteRecordedBrightness(std::exchange(release->restored, {}));
+}
+
 }  // namespace
 
-void RestoreBrightness(SavedBrightness* saved) {
+std::vector<std::wstring> RestoreBrightness(SavedBrightness* saved) {
     SavedBrightness attempted;
     SavedBrightness refused;
+    std::vector<std::wstring> restored;
     DisplayTargetList list;
     EnumerateTargets(&list);
     for (const DisplayTarget& target : list) {
         attempted.insert(saved->extract(target.name));
         const auto entry = attempted.find(target.name);  // two targets may have the same name
-        if (entry != attempted.end() && !SetTargetBrightness(target, entry->second)) refused.insert(*entry);
+        if (entry == attempted.end()) continue;
+        if (SetTargetBrightness(target, entry->second)) {
+            restored.push_back(entry->first);
+        } else {
+            refused.insert(*entry);
+        }
     }
     saved->merge(refused);
+    return restored;
 }
 
 bool StartPwmSafeRelease() {
@@ -66,13 +83,16 @@ bool StartPwmSafeRelease() {
 }
 
 void WaitForPwmSafeRelease(DWORD limit) {
-    if (g_app.pwmRelease != nullptr) WaitForSingleObject(g_app.pwmRelease->thread, limit);
+    if (g_app.pwmRelease == nullptr) return;
+    WaitForSingleObject(g_app.pwmRelease->thread, limit);
+    DeleteRestoredFromRecord(g_app.pwmRelease);
 }
 
 bool FinishPwmSafeRelease() {
     if (g_app.pwmRelease == nullptr) return true;
     if (!g_app.pwmRelease->ended) return false;
     const std::unique_ptr<PwmReleaseJob> release(std::exchange(g_app.pwmRelease, nullptr));
+    DeleteRestoredFromRecord(release.get());
     // Values that the next lock reads again are not carried over a switch-off.
     if (g_app.pwmSafe) {
         for (const auto& [name, percent] : release->values)

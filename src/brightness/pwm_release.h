@@ -4,19 +4,24 @@
 // access AppState and logs nothing, so it may still be running when the process ends.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "app/state/app_state.h"
 
 // Enumerates the displays and sets each to its saved value, which is removed from `saved` before the call.
-// Afterwards `saved` contains the values that no display has accepted. OnEndSession may empty `saved` during
+// Afterwards `saved` contains the values that no display has accepted. Returns the names of the displays that
+// have accepted theirs. OnEndSession may empty `saved` during
 // the call and then restores the remaining values itself. Any thread that has initialised COM.
-void RestoreBrightness(SavedBrightness* saved);
+std::vector<std::wstring> RestoreBrightness(SavedBrightness* saved);
 
 // Moves the saved values out of AppState and starts the thread that restores them. Does nothing if there are
 // no values or a release is running. False if the thread cannot be created; the values are then still in
 // AppState. Window thread.
 bool StartPwmSafeRelease();
 
-// Waits for a running release, for at most `limit` ms. Window thread.
+// Waits for a running release, for at most `limit` ms. If it has ended, deletes the values that it has
+// restored from the restore record. Window thread.
 void WaitForPwmSafeRelease(DWORD limit);
 
 // Frees an ended release and, with the mode on, moves the values that no display has accepted back to

@@ -7,6 +7,7 @@
 #include "brightness/display_operation.h"
 #include "brightness/display_targets.h"
 #include "brightness/pwm_release.h"
+#include "brightness/saved_brightness.h"
 #include "store/event_log.h"
 #include "store/settings.h"
 
@@ -48,12 +49,14 @@ void SwitchOff() {
 // likely come second, since it starts by enumerating the displays.
 bool LockTargets(const DisplayTargetList& list) {
     for (const DisplayTarget& target : list) {
-        const std::uint32_t before =
-            g_app.pwmSavedBrightness.try_emplace(target.name, target.percent).first->second;
+        const std::uint32_t before = SaveBrightness(target);
         SetTargetBrightness(target, kMaxPercent);
         if (g_app.ending) {
-            if (!SetTargetBrightness(target, before))
+            if (SetTargetBrightness(target, before)) {
+                DeleteRecordedBrightness({target.name});
+            } else {
                 g_app.pwmSavedBrightness.try_emplace(target.name, before);
+            }
             return false;
         }
     }
@@ -88,6 +91,18 @@ bool RefreshTargets(bool fromTimer) {
     g_app.pwmLockConfirmed = g_app.pwmSafe && AllAt100();
     if (g_app.pwmSafe && fromTimer && !AllAt100()) AssertLock(false);
     return true;
+}
+
+// The first enumeration after the start. Brightness that the last run has not restored is saved again, and
+// with the mode off it is restored immediately.
+void RecallFromLastRun() {
+    DisplayTargetList list;
+    if (!EnumerateAndCountTargets(&list)) return;
+    RecallBrightness(list);
+    g_app.pwmLockConfirmed = g_app.pwmSafe && AllAt100();
+    if (g_app.pwmSafe || g_app.pwmSavedBrightness.empty()) return;
+    ReleasePwmSafeLock();
+    RefreshTargets(false);
 }
 
 void ConfirmLock() {
@@ -184,7 +199,7 @@ void VerifyPwmLock() {
 
 void ReleasePwmSafeLock() {
     if (g_app.pwmSavedBrightness.empty()) return;
-    RestoreBrightness(&g_app.pwmSavedBrightness);
+    DeleteRecordedBrightness(RestoreBrightness(&g_app.pwmSavedBrightness));
     g_app.pwmSavedBrightness.clear();
 }
 
@@ -220,7 +235,7 @@ void TogglePwmSafeByUser() {
 void RestorePwmSafeFromSettings() {
     const DisplayOperation operation;
     if (!operation.started) return;
-    RefreshTargets(false);
+    RecallFromLastRun();
     if (!g_app.pwmSafe) {
         SchedulePwmSafePoll();
         return;

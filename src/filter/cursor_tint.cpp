@@ -97,7 +97,8 @@ void RestoreSystemCursors() {
 }
 
 void ResetSystemCursors() {
-    SystemParametersInfoW(SPI_SETCURSORS, 0, nullptr, 0);
+    const BOOL reloaded = SystemParametersInfoW(SPI_SETCURSORS, 0, nullptr, 0);
+    if (reloaded == FALSE && g_app.ending) SystemParametersInfoW(SPI_SETCURSORS, 0, nullptr, 0);
     g_app.lastCursorTint = {};
     g_app.cursorsTinted = false;
 }

@@ -11,7 +11,8 @@ void TintSystemCursors();
 // Makes Windows reload its own cursors if they are tinted.
 void RestoreSystemCursors();
 
-// Makes Windows reload its own cursors in any case: an earlier run may have terminated with tinted cursors.
+// Makes Windows reload its own cursors in any case: an earlier run may have terminated with tinted cursors. A
+// refusal is ignored; when the program terminates, it is tried once more.
 void ResetSystemCursors();
 
 // Restores the cursors and destroys the copies that they are tinted from.

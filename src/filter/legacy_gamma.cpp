@@ -8,6 +8,7 @@
 #include "filter/filter_colour.h"
 #include "filter/screen_ramp.h"
 #include "store/event_log.h"
+#include "store/restore_record.h"
 
 namespace {
 
@@ -61,6 +62,14 @@ void CountRejected(RampResult result) {
     RefreshPopupAndTray();
 }
 
+// The filter's first ramp is always loaded by a switch of the filter or of the pipeline. The record is
+// written even if that ramp is the identity: a later one, in the middle of a drag, differs.
+void RecordRampOnce() {
+    if (g_app.rampInForce) return;
+    g_app.rampInForce = true;
+    RecordRamp();
+}
+
 }  // namespace
 
 void ApplyLegacyRamp() {
@@ -68,6 +77,7 @@ void ApplyLegacyRamp() {
         RestoreIdentityRamp();
         return;
     }
+    RecordRampOnce();
     const RampResult result = LoadFilterRamp();
     if (result == RampResult::Accepted) {
         CountAccepted();
@@ -80,5 +90,15 @@ void ApplyLegacyRamp() {
 
 void RestoreIdentityRamp() {
     RestoreSystemCursors();
-    LoadIdentityRamp();
+    if (!LoadIdentityRamp() || !g_app.rampInForce) return;
+    g_app.rampInForce = false;
+    DeleteRampRecord();
+}
+
+void RestoreRampOfLastRun() {
+    if (!IsRampRecorded()) return;
+    g_app.rampInForce = true;
+    // Whether it was loaded into each display is not recorded.
+    g_app.rampsPerDisplay = true;
+    RestoreIdentityRamp();
 }

@@ -106,17 +106,21 @@ RampLoad LoadIntoEachDisplay(GammaRamp* ramp) {
     return allMatch ? RampLoad::Matches : RampLoad::Differs;
 }
 
-bool LoadIdentityIntoWholeScreen(GammaRamp* identity) {
-    const ScreenDc screen;
-    return screen.dc == nullptr || SetDeviceGammaRamp(screen.dc, identity) != FALSE;
+// When the program terminates, nothing loads the ramp later.
+bool LoadIdentityInto(HDC dc, GammaRamp* identity) {
+    return SetDeviceGammaRamp(dc, identity) != FALSE ||
+           (g_app.ending && SetDeviceGammaRamp(dc, identity) != FALSE);
 }
 
-void LoadIdentityIntoEachDisplay(GammaRamp* identity) {
+// False if none accepts it.
+bool LoadIdentityIntoEachDisplay(GammaRamp* identity) {
+    bool anyLoaded = false;
     DISPLAY_DEVICEW display;
     for (DWORD next = 0; NextActiveDisplay(&next, &display);) {
         const DisplayDc context(display.DeviceName);
-        if (context.dc != nullptr) SetDeviceGammaRamp(context.dc, identity);
+        if (context.dc != nullptr && LoadIdentityInto(context.dc, identity)) anyLoaded = true;
     }
+    return anyLoaded;
 }
 
 }  // namespace
@@ -127,13 +131,20 @@ RampLoad LoadRamp(GammaRamp* ramp) {
     return LoadIntoEachDisplay(ramp);
 }
 
-void LoadIdentityRamp() {
+bool LoadIdentityRamp() {
     GammaRamp identity;
     FillIdentityRamp(&identity);
-    const bool accepted = LoadIdentityIntoWholeScreen(&identity);
+    bool accepted = false;
+    bool refused = false;
+    {
+        const ScreenDc screen;
+        accepted = screen.dc != nullptr && LoadIdentityInto(screen.dc, &identity);
+        refused = screen.dc != nullptr && !accepted;
+    }
     // The entire screen's context may stand for the primary display alone.
-    if (g_app.rampsPerDisplay || (!accepted && HasSeveralActiveDisplays())) {
-        LoadIdentityIntoEachDisplay(&identity);
+    if (g_app.rampsPerDisplay || (refused && HasSeveralActiveDisplays())) {
+        accepted = LoadIdentityIntoEachDisplay(&identity) || accepted;
     }
     g_app.rampsPerDisplay = false;
+    return accepted;
 }

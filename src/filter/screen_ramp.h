@@ -22,6 +22,6 @@ enum class RampLoad { Matches, Differs, Refused };
 RampLoad LoadRamp(GammaRamp* ramp);
 
 // Loads the identity ramp into the entire screen and, if Windows refuses that on an extended desktop or the
-// filter's ramp was loaded into each display, into each display. Does not read it back: the result does not
-// matter.
-void LoadIdentityRamp();
+// filter's ramp was loaded into each display, into each display. Does not read it back. A refusal when the
+// program terminates is tried once more. False if every display refuses the ramp.
+bool LoadIdentityRamp();

@@ -99,6 +99,7 @@ struct AppState {
     std::int32_t rampsRejected = 0;
     std::int32_t readBackMismatchStreak = 0;
     bool lastApplyRejected = false;
+    bool rampInForce = false;  // a ramp of the filter may be in force; the restore record contains it
     bool rampsPerDisplay = false;  // the filter's ramp was loaded into each display and not reset since
     std::uint64_t displaysWithoutRamps = 0;  // bit i: display i of the enumeration refuses even the identity
     bool gammaRangeExpanded = false;

@@ -38,6 +38,12 @@ protected:
         g_app.magSetFullscreenColorEffect = &FakeSetEffect;
     }
 
+    // Legacy Mode with the filter on: its first ramp was loaded and recorded when the filter was switched on.
+    static void StartInLegacyMode() {
+        g_app.useLegacyGamma = true;
+        g_app.rampInForce = true;
+    }
+
     void Press(int x) {
         OnMouseDown(x, kPressY);
         ClearSteps();
@@ -77,10 +83,10 @@ protected:
         return steps;
     }
 
-    // The drag step that falls back to Legacy Mode.
+    // The drag step that falls back to Legacy Mode: it saves eight settings and records the first ramp.
     static CallRecord FallenBack(const CallRecord& ramp) {
         CallRecord steps = {"matrix", "restore cursors"};
-        steps.insert(steps.end(), 8, "write settings");
+        steps.insert(steps.end(), 8 + 1, "write settings");
         steps.insert(steps.end(), ramp.begin(), ramp.end());
         steps = Refreshed(steps);
         steps.push_back("post");
@@ -120,7 +126,7 @@ TEST_F(DragStep, InMagnificationModeSetsOneMatrixTintsTheCursorsAndRefreshesOnce
 }
 
 TEST_F(DragStep, InLegacyModeSetsAndReadsOneRampOnOneContextTintsTheCursorsAndRefreshesOnce) {
-    g_app.useLegacyGamma = true;
+    StartInLegacyMode();
     Press(kWarmthX);
     for (const int y : {199, 150, 120, 260}) {
         MoveTo(y);
@@ -135,7 +141,7 @@ TEST_F(DragStep, OfTheBrightnessMakesTheSameCalls) {
     EXPECT_EQ(Steps(), Refreshed({"matrix", "tint cursors"}));
     EXPECT_DOUBLE_EQ(g_app.brightness, 0.6 - 10 / 198.0);
     EXPECT_EQ(g_app.intensity, 0.5);
-    g_app.useLegacyGamma = true;
+    StartInLegacyMode();
     MoveTo(220);
     EXPECT_EQ(Steps(), Refreshed(kRampAndTint));
 }
@@ -150,7 +156,7 @@ TEST_F(DragStep, AtTheEndOfTheTravelMakesTheSameCalls) {
 }
 
 TEST_F(DragStep, WithAToleratedReadBackMismatchMakesTheSameCalls) {
-    g_app.useLegacyGamma = true;
+    StartInLegacyMode();
     g_platform.readsBackRight = false;
     Press(kWarmthX);
     for (const int y : {199, 198}) {
@@ -161,7 +167,7 @@ TEST_F(DragStep, WithAToleratedReadBackMismatchMakesTheSameCalls) {
 }
 
 TEST_F(DragStep, WithRepeatedlyRefusedRampsLogsAndAllocatesNothing) {
-    g_app.useLegacyGamma = true;
+    StartInLegacyMode();
     g_app.lastApplyRejected = true;
     g_platform.acceptsRamps = false;
     Press(kWarmthX);
@@ -201,11 +207,12 @@ TEST_F(DragStep, ApplyingAloneCallsNothingButThePipelineAndTheCursors) {
     ApplyFilter();
     counter_.Stop();
     EXPECT_EQ(AllocationsSoFar(), before);
-    EXPECT_THAT(Steps(), ElementsAre("matrix", "tint cursors", "get dc", "set ramp", "read ramp",
-                                     "release dc", "tint cursors", "restore cursors", "restore cursors",
-                                     "get dc", "set ramp", "release dc"));
+    EXPECT_THAT(Steps(),
+                ElementsAre("matrix", "tint cursors", "write settings", "get dc", "set ramp", "read ramp",
+                            "release dc", "tint cursors", "restore cursors", "restore cursors", "get dc",
+                            "set ramp", "release dc", "write settings"));
     auto calls = counter_.Calls();
-    for (const char* harmless : {"memset", "memcpy", "memmove"})
+    for (const char* harmless : {"memset", "memcpy", "memmove", "GetPrivateProfileStringW"})
         calls.erase(harmless);
     EXPECT_THAT(calls, IsEmpty());
 }
@@ -230,7 +237,7 @@ TEST_F(DragStep, SavesNothingAndStartsNoTimerUntilTheButtonIsReleased) {
 }
 
 TEST_F(DragStep, TheFirstRefusedRampRefreshesForTheBannerAndForTheStep) {
-    g_app.useLegacyGamma = true;
+    StartInLegacyMode();
     g_platform.acceptsRamps = false;
     Press(kWarmthX);
     OnMouseMove(kWarmthX, 190);
@@ -239,7 +246,7 @@ TEST_F(DragStep, TheFirstRefusedRampRefreshesForTheBannerAndForTheStep) {
 
 TEST_F(DragStep, WithoutAWindowARefusedRampIsCountedTheCursorsAreTintedAndNothingIsRefreshed) {
     g_app.mainWindow = nullptr;
-    g_app.useLegacyGamma = true;
+    StartInLegacyMode();
     g_platform.acceptsRamps = false;
     ApplyFilter();
     EXPECT_THAT(Steps(), ElementsAre("get dc", "set ramp", "release dc", "tint cursors"));

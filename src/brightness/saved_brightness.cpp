@@ -1,0 +1,121 @@
+#include "brightness/saved_brightness.h"
+
+#include <algorithm>
+#include <ctime>
+
+#include "app/state/app_state.h"
+#include "brightness/display_targets.h"
+#include "brightness/monitor_path.h"
+#include "brightness/physical_monitors.h"
+#include "store/restore_record.h"
+
+namespace {
+
+constexpr std::uint64_t kDay = 24 * 60 * 60;         // seconds
+constexpr std::uint64_t kKeptWhileAway = 30 * kDay;  // seconds
+
+std::uint64_t SecondsSince1970() {
+    return static_cast<std::uint64_t>(std::time(nullptr));
+}
+
+// A display as the record identifies it.
+struct Identity {
+    std::wstring name;
+    std::wstring path;
+
+    explicit Identity(const std::wstring& target) : name(target), path(MonitorDevicePath(target)) {}
+
+    bool IsOf(const RestoreRow& row) const { return row.name == name && row.path == path; }
+};
+
+// Without a path an external monitor cannot be distinguished from one that is connected later.
+bool IsDistinct(const std::wstring& name, const std::wstring& path) {
+    return !path.empty() || !name.starts_with(kDdcNamePrefix);
+}
+
+RestoreRows::const_iterator FindRow(const RestoreRows& rows, const Identity& identity) {
+    return std::find_if(rows.begin(), rows.end(),
+                        [&](const auto& numbered) { return identity.IsOf(numbered.second); });
+}
+
+// Returns the user's own value: the target's, or that of a previous run which has left the display locked.
+std::uint32_t RecordBrightness(const DisplayTarget& target) {
+    if (g_app.settingsPath.empty()) return target.percent;
+    const Identity identity(target.name);
+    if (!IsDistinct(identity.name, identity.path)) return target.percent;
+    const RestoreRows rows = ReadRestoreRows();
+    const auto known = FindRow(rows, identity);
+    RestoreRow row = {target.percent, 0, identity.name, identity.path};
+    if (known == rows.end()) {
+        AddRestoreRow(row);
+    } else {
+        if (IsAt100(target)) row.percent = known->second.percent;
+        WriteRestoreRow(known->first, row);
+    }
+    FlushRestoreRecord();
+    return row.percent;
+}
+
+// The target that has the row's name. Null if its display is away.
+const DisplayTarget* TargetOf(const RestoreRow& row, const DisplayTargetList& list) {
+    const auto target = std::find_if(list.begin(), list.end(),
+                                     [&](const DisplayTarget& each) { return each.name == row.name; });
+    return target != list.end() ? &*target : nullptr;
+}
+
+void RecallRow(int number, const RestoreRow& row, const DisplayTarget& target) {
+    const Identity identity(target.name);
+    if (identity.IsOf(row) && IsAt100(target)) {
+        // Of two rows for one display the first counts.
+        if (g_app.pwmSavedBrightness.try_emplace(row.name, row.percent).second) {
+            if (row.awaySince != 0) WriteRestoreRow(number, {row.percent, 0, row.name, row.path});
+            return;
+        }
+    }
+    DeleteRestoreRow(number);
+}
+
+// The time is counted from the first start that misses the display. A time in the future is a clock that has
+// been set back.
+void KeepWhileAway(int number, RestoreRow row) {
+    const std::uint64_t now = SecondsSince1970();
+    if (row.awaySince == 0 || row.awaySince > now) {
+        row.awaySince = now;
+        WriteRestoreRow(number, row);
+    } else if (now - row.awaySince > kKeptWhileAway) {
+        DeleteRestoreRow(number);
+    }
+}
+
+}  // namespace
+
+std::uint32_t SaveBrightness(const DisplayTarget& target) {
+    const auto saved = g_app.pwmSavedBrightness.find(target.name);
+    if (saved != g_app.pwmSavedBrightness.end()) return saved->second;
+    const std::uint32_t percent = RecordBrightness(target);
+    g_app.pwmSavedBrightness.emplace(target.name, percent);
+    return percent;
+}
+
+void RecallBrightness(const DisplayTargetList& list) {
+    for (const auto& [number, row] : ReadRestoreRows()) {
+        if (!IsDistinct(row.name, row.path)) {
+            DeleteRestoreRow(number);
+        } else if (const DisplayTarget* target = TargetOf(row, list)) {
+            RecallRow(number, row, *target);
+        } else {
+            KeepWhileAway(number, row);
+        }
+    }
+    TidyRestoreRecord();
+}
+
+void DeleteRecordedBrightness(const std::vector<std::wstring>& names) {
+    if (names.empty() || g_app.settingsPath.empty()) return;
+    const RestoreRows rows = ReadRestoreRows();
+    if (rows.empty()) return;
+    for (const std::wstring& name : names) {
+        const auto row = FindRow(rows, Identity(name));
+        if (row != rows.end()) DeleteRestoreRow(row->first);
+    }
+}
