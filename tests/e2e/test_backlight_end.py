@@ -1,4 +1,5 @@
-"""Every way of ending the program restores the displays and keeps the setting; a crash cannot restore them."""
+"""Every way of ending the program restores the displays and keeps the setting; after a crash the next start restores
+them (test_restore_record.py)."""
 
 import time
 

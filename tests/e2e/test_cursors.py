@@ -16,6 +16,8 @@ RECORD = "-all,+cursor,+system"
 ALL = [32512, 32513, 32514, 32515, 32516, 32640, 32641, 32642, 32643, 32644, 32645, 32646, 32648, 32649, 32650, 32651]
 TINTED = [number for number in ALL if number != 32641]
 RESET = "reset"
+# Wine refuses every reset, and when the program terminates a refused one is tried once more.
+LAST_RESET = [RESET, RESET]
 WM_CLOSE, WM_ENDSESSION, WM_POWERBROADCAST, RESUMED = 0x10, 0x16, 0x218, 18
 CALL = re.compile(r"^([0-9a-f]{4}):.*:(?:NtUserSystemParametersInfo \(87, 0, \(nil\), 0\)"
                   r"|SetSystemCursor \(([0-9A-F]+),([0-9a-f]+)\))", re.M)
@@ -291,7 +293,7 @@ def test_quit_restores_the_cursors_and_destroys_the_copies(start_with, legacy):
     passed = cursors.handles()
     cursors.expect(TINTED)
     assert desk.quit() == 0
-    assert cursors.calls() == [RESET]
+    assert cursors.calls() == LAST_RESET
     text = cursors.thread_text()
     destroyed = [int(number, 16) for number in DESTROYED.findall(text.partition("(87, 0")[2])]
     assert len(set(destroyed)) >= len(ALL)
@@ -327,7 +329,7 @@ def test_the_end_of_the_session_restores_the_cursors_and_nothing_tints_them_agai
     desk.move(x, y - 1)
     cursors.expect(TINTED)
     desk.send_message(WM_ENDSESSION, 1, 0)
-    cursors.expect([RESET])
+    cursors.expect(LAST_RESET)
     desk.move(x, y - 50)
     desk.release()
     time.sleep(0.3)  # No step of the drag may follow.
@@ -351,7 +353,7 @@ def test_the_real_end_of_the_windows_session_restores_the_cursors(make_desk, leg
     cursors.expect(TINTED)
     desk.end_session()
     desk.wait_for_exit()
-    assert cursors.calls() == [RESET]
+    assert cursors.calls() == LAST_RESET
 
 
 def test_after_hiding_the_popup_the_cursors_stay_tinted(start_with):

@@ -1,0 +1,233 @@
+#!/usr/bin/env python3
+"""Kills the program at random moments, starts it again and quits it: nothing that it changed may stay changed.
+
+    kill_anytime.py [--kills N] [--seed S] [--build FOLDER]
+
+After each kill, the next start and a Quit: the screen's ramp is the identity, each simulated display has the
+brightness that it had before the first start, settings.ini contains no record, each setting has a value that was once
+set or its default, and the log is readable UTF-8. Prints the seed, each failure, and a table by kind of moment.
+
+The private-profile functions do not replace settings.ini in one step. A kill in the middle of a write may lose keys,
+and with them the record; such kills are counted as damaged files, not as failures. Wine does not replace system
+cursors: only the program's request to reset them at the next start could be checked, and other tests do that.
+"""
+
+import argparse
+import random
+import sys
+import time
+from collections import Counter
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+ROOT = Path(__file__).resolve().parents[2]
+sys.path[:0] = [str(ROOT / "lab"), str(ROOT / "tests" / "e2e")]
+
+# pylint: disable=wrong-import-position
+import model  # noqa: E402
+from ambrel_lab.hardware import Monitor, Panel  # noqa: E402
+from ambrel_lab.layout import CARD, POWER, PRESETS, SLIDER_X, SLIDER_Y  # noqa: E402
+from ambrel_lab.processes import kill  # noqa: E402
+from desk import Desk, wait_until  # noqa: E402
+
+WM_TIMER, WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONUP = 0x113, 0x200, 0x201, 0x202
+SAVE, POLL, VERIFY = 1, 4, 5
+LOG_LIMIT = 262144
+OWN = {"panel": 60, "left": 40, "right": 56}
+DEFAULTS = {"Intensity": 385, "Brightness": 1000, "LaunchAtStart": 0, "AllowExtremeDim": 0, "UseLegacyGamma": 0,
+            "LegacyModeAutoSet": 0, "PWMSafeMode": 0, "GammaFixEpoch": 0}
+DRAG = 40
+
+
+def per_mille(value):
+    return int(value * 1000.0)
+
+
+class Victim:
+    """The program with simulated displays, and everything that a user has set so far."""
+
+    def __init__(self, desk, rng):
+        self.desk, self.rng = desk, rng
+        self.seen = {key: {value} for key, value in DEFAULTS.items()}
+        for key in ("PWMSafeMode", "UseLegacyGamma"):
+            self.seen[key] |= {0, 1}
+        for preset in model.PRESETS.values():
+            self.set_filter(preset.intensity, preset.brightness)
+
+    def set_filter(self, intensity, brightness):
+        self.seen["Intensity"].add(per_mille(intensity))
+        self.seen["Brightness"].add(per_mille(brightness))
+
+    # Input, posted: the popup need not be visible.
+
+    def post(self, message, x, y):
+        self.desk.post_message(message, 0, (y << 16) | x)
+
+    def click(self, place):
+        self.post(WM_LBUTTONDOWN, *place)
+        self.post(WM_LBUTTONUP, *place)
+
+    def drag(self):
+        """Drags the warmth up from DAY. Every position may be saved."""
+        self.click(PRESETS["DAY"])
+        x, start = SLIDER_X["WARMTH"], model.PRESETS["DAY"].intensity
+        self.post(WM_LBUTTONDOWN, x, SLIDER_Y)
+        for step in range(1, DRAG + 1):
+            self.post(WM_MOUSEMOVE, x, SLIDER_Y - step)
+            self.seen["Intensity"].add(per_mille(start + step / model.TRAVEL))
+        self.post(WM_LBUTTONUP, x, SLIDER_Y - DRAG)
+
+    def save(self):
+        """Saves without a pause."""
+        for _ in range(30):
+            self.desk.post_message(WM_TIMER, SAVE, 0)
+
+    # The moments: each acts on a program that has started, or, in case of the first two, starts it.
+
+    def starting(self):
+        self.desk.start_program()
+        self.pause(0.8)
+
+    def trimming(self):
+        self.desk.write_events("[12:00:00.000] Saved settings \u2014 \u00e9\n".replace("\n", "\r\n") * 8000)
+        assert self.desk.events_path.stat().st_size > LOG_LIMIT
+        self.starting()
+
+    def saving(self):
+        self.start()
+        self.click(PRESETS[self.rng.choice(list(PRESETS))])
+        self.save()
+        self.pause(0.5)
+
+    def dragging(self):
+        self.start()
+        self.drag()
+        self.pause(0.5)
+
+    def tinting(self):
+        """The filter goes on and off."""
+        self.start()
+        for _ in range(self.rng.randint(1, 6)):
+            self.click(POWER)
+        self.pause(0.3)
+
+    def locking(self):
+        self.start()
+        self.click(CARD)
+        self.pause(1.5)
+
+    def releasing(self):
+        self.start()
+        self.click(CARD)
+        if self.rng.random() < 0.5:
+            self.desk.post_message(WM_TIMER, VERIFY, 0)
+        self.click(CARD)
+        self.pause(1.5)
+
+    MOMENTS = (starting, trimming, saving, dragging, tinting, locking, releasing)
+
+    def start(self):
+        self.desk.start()
+
+    def pause(self, longest):
+        time.sleep(self.rng.uniform(0, longest))
+
+    # One kill and what follows it
+
+    def kill_in(self, moment):
+        """Kills the program in the middle of `moment`, starts it again and quits it. Returns whether the kill has
+        damaged settings.ini, and the failures."""
+        legacy, mode = self.rng.randint(0, 1), self.rng.randint(0, 1)
+        values = {"Intensity": 385, "Brightness": 1000, **dict.fromkeys(list(DEFAULTS)[2:], 0),
+                  "UseLegacyGamma": legacy, "PWMSafeMode": mode}
+        self.desk.clear(values)
+        moment(self)
+        for pid in self.desk.program_pids():
+            kill(pid)
+        wait_until(lambda: not self.desk.program_running(), "the program's end")
+        self.desk.hardware.reset_outstanding()
+        found = self.desk.settings()
+        damaged = bool(set(DEFAULTS) - set(found))
+        failures = self.unknown_values(found)
+        self.desk.start()
+        if not damaged and not self.desk.ramp_is_plain():
+            failures.append("the start leaves the ramp")
+        if self.desk.quit() != 0:
+            failures.append("the exit code is not 0")
+        return damaged, failures + list(self.remains(damaged))
+
+    def unknown_values(self, found):
+        """The settings that were never set to the value that they have."""
+        tolerance = {"Intensity": 1, "Brightness": 1}
+        return [f"{key}={text} was never set" for key, text in found.items() if key in self.seen
+                and not any(abs(int(text) - value) <= tolerance.get(key, 0) for value in self.seen[key])]
+
+    def remains(self, damaged):
+        """What the program has left changed. A damaged file may have lost the displays' brightness."""
+        values = {name: self.desk.hardware.value(name) for name in OWN}
+        if values != OWN and not damaged:
+            yield f"the displays show {values}"
+        if not self.desk.ramp_is_plain():
+            yield "the ramp is not the identity"
+        if "[Restore]" in self.desk.settings_text():
+            yield f"the record is left: {self.desk.settings_text()!r}"
+        try:
+            # The trimmed log may begin in the middle of a character.
+            self.desk.events_path.read_bytes().lstrip(bytes(range(0x80, 0xC0))).decode("utf-8")
+        except UnicodeDecodeError as error:
+            yield f"the log is not UTF-8: {error}"
+
+    def reset(self):
+        """The displays and the screen as before the first start, for the next kill."""
+        self.desk.set_ramp(model.ramp(model.IDENTITY))
+        for name, value in OWN.items():
+            self.desk.hardware.set_by_user(name, value)
+
+
+def prepare(desk):
+    """Displays that take as long to set as real ones, so that kills fall between their calls."""
+    desk.hardware.monitors([Monitor("left", OWN["left"], read_delay=20, set_delay=50),
+                            Monitor("right", OWN["right"], maximum=80, read_delay=20, set_delay=50)])
+    desk.hardware.panels([Panel("panel", OWN["panel"], delay=50)])
+
+
+def run(kills, seed, build=None):
+    """Kills the program `kills` times. Returns (failures, table): texts, and counts by (moment, result)."""
+    rng = random.Random(seed)
+    failures, table = [], Counter()
+    with Desk(**({"build_dir": build} if build else {})) as desk:
+        prepare(desk)
+        victim = Victim(desk, rng)
+        for number in range(kills):
+            moment = victim.MOMENTS[number % len(victim.MOMENTS)]
+            damaged, found = victim.kill_in(moment)
+            table[moment.__name__, "failed" if found else "damaged file" if damaged else "ok"] += 1
+            failures += [f"seed {seed}, kill {number}, {moment.__name__}: {text}" for text in found]
+            victim.reset()
+    return failures, table
+
+
+def print_table(table):
+    results = ("ok", "damaged file", "failed")
+    print(f"{'killed while':14}" + "".join(f"{result:>14}" for result in results))
+    for moment in dict.fromkeys(moment for moment, _ in table):
+        print(f"{moment:14}" + "".join(f"{table[moment, result]:14}" for result in results))
+    print(f"{'all':14}" + "".join(f"{sum(n for (_, r), n in table.items() if r == result):14}" for result in results))
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--kills", type=int, default=500)
+    parser.add_argument("--seed", type=int, default=int(time.time()))
+    parser.add_argument("--build", type=Path)
+    options = parser.parse_args()
+    print(f"{options.kills} kills, seed {options.seed}", flush=True)
+    failures, table = run(options.kills, options.seed, options.build)
+    for failure in failures:
+        print(failure)
+    print_table(table)
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
