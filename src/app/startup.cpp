@@ -2,31 +2,27 @@
 
 #include <cwchar>
 
+#include "app/popup_window.h"
 #include "app/shell/ensure_tray_icon.h"
 #include "app/shell/scaled_resources.h"
 #include "app/single_instance.h"
 #include "app/state/app_state.h"
-#include "app/state/dpi.h"
 #include "app/state/program_names.h"
 #include "app/state/timers.h"
-#include "app/window_proc.h"
 #include "diag/system_probe.h"
 #include "filter/cursor_tint.h"
 #include "filter/gamma_range.h"
 #include "filter/gamma_range_helper.h"
 #include "filter/legacy_gamma.h"
 #include "filter/magnification.h"
-#include "res/resource_ids.h"
 #include "res/version.h"
 #include "store/autostart.h"
 #include "store/event_log.h"
 #include "store/settings.h"
-#include "ui/canvas.h"
 #include "ui/fonts.h"
 #include "ui/palette.h"
 #include "win32/system_library.h"
 
-#include <dwmapi.h>
 #include <objbase.h>
 #include <shellscalingapi.h>
 
@@ -79,42 +75,6 @@ void ReadGammaRange() {
     g_app.gammaRangeExpanded = IsGammaRangeExpanded();
     LogEvent("Gamma range: %ls",
              g_app.gammaRangeExpanded ? L"expanded (GdiIcmGammaRange)" : L"Windows default");
-}
-
-bool RegisterPopupClass() {
-    WNDCLASSEXW windowClass = {};
-    windowClass.cbSize = sizeof(windowClass);
-    windowClass.style = CS_HREDRAW | CS_VREDRAW;
-    windowClass.lpfnWndProc = MainWindowProc;
-    windowClass.hInstance = g_app.instance;
-    windowClass.hIcon = LoadIconW(g_app.instance, MAKEINTRESOURCEW(IDI_APPLICATION_WINDOW));
-    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-    windowClass.hbrBackground = g_app.backgroundBrush;
-    windowClass.lpszClassName = kWindowClassName;
-    return RegisterClassExW(&windowClass) != 0;
-}
-
-bool CreatePopupWindow() {
-    HWND window =
-        CreateWindowExW(WS_EX_TOPMOST | WS_EX_TOOLWINDOW, kWindowClassName, kProgramTitle,
-                        WS_POPUP | WS_CLIPCHILDREN, CW_USEDEFAULT, CW_USEDEFAULT, ScaleByDpi(kCanvasWidth),
-                        ScaleByDpi(kCanvasHeight), nullptr, nullptr, g_app.instance, nullptr);
-    return window != nullptr;
-}
-
-// Windows 11 rounds the corners on request. Earlier versions reject the attribute.
-void RoundCorners() {
-    constexpr DWORD kCornerPreference = 33;  // DWMWA_WINDOW_CORNER_PREFERENCE
-    const DWORD round = 2;                   // DWMWCP_ROUND
-    const SystemLibrary dwmapi(L"dwmapi.dll");
-    const auto setAttribute = dwmapi.Find<decltype(&DwmSetWindowAttribute)>("DwmSetWindowAttribute");
-    if (setAttribute != nullptr) setAttribute(g_app.mainWindow, kCornerPreference, &round, sizeof(round));
-}
-
-void FitWindowToItsDpi() {
-    SetDpi(DpiOfWindow(g_app.mainWindow));
-    SetWindowPos(g_app.mainWindow, nullptr, 0, 0, ScaleByDpi(kCanvasWidth), ScaleByDpi(kCanvasHeight),
-                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 void AddFirstTrayIcon() {
@@ -176,8 +136,6 @@ int RunAmbrel(HINSTANCE instance, const wchar_t* commandLine) {
         // While the displays were queried, an installer may have ended the program.
         return g_app.windowDestroyed ? 0 : FailToStart(L"Failed to create window");
     }
-    FitWindowToItsDpi();
-    RoundCorners();
     AddFirstTrayIcon();
     ShowWindow(g_app.mainWindow, SW_HIDE);
     const int exitCode = RunMessageLoop();

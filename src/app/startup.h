@@ -1,4 +1,4 @@
-// The process from its start to the end of its message loop.
+// Start-up, in its order, and the message loop.
 #pragma once
 
 #include "win32/platform.h"

@@ -50,10 +50,10 @@ HCURSOR CopyOfSystemCursor(DWORD id) {
 }
 
 void LoadBaseCursorsOnce() {
-    if (g_app.baseCursorsMade) return;
+    if (g_app.baseCursorsLoaded) return;
     for (int i = 0; i < kSystemCursorCount; ++i)
         g_app.baseCursors[i] = CopyOfSystemCursor(kCursorIds[i]);
-    g_app.baseCursorsMade = true;
+    g_app.baseCursorsLoaded = true;
 }
 
 // Monochrome cursors keep their system look. A cursor whose state cannot be read is treated as coloured.
@@ -109,5 +109,5 @@ void ReleaseCursorCopies() {
         if (copy != nullptr) DestroyCursor(copy);
         copy = nullptr;
     }
-    g_app.baseCursorsMade = false;
+    g_app.baseCursorsLoaded = false;
 }

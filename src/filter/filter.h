@@ -4,10 +4,9 @@
 
 #include "filter/model/warmth.h"
 
-// Applies the filter in AppState to the screen, or clears it if it is off or the program is terminating. The
-// second consecutive error 87 from the Magnification API switches to Legacy Mode, unless the user has
-// switched Legacy Mode off during this run. Any other error, and in that case error 87 as well, is shown once
-// per run. Never initialises a pipeline; without one it has no effect.
+// Applies the filter in AppState to the screen, or clears it if it is off or the program is terminating. If
+// the Magnification API refuses the matrix, may switch to Legacy Mode (legacy_fallback.h). Never initialises
+// a pipeline; without one it has no effect.
 void ApplyFilter();
 
 // Removes the effect of the pipeline in use from the screen.

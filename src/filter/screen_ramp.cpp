@@ -141,7 +141,7 @@ bool LoadIdentityRamp() {
         accepted = screen.dc != nullptr && LoadIdentityInto(screen.dc, &identity);
         refused = screen.dc != nullptr && !accepted;
     }
-    // The entire screen's context may stand for the primary display alone.
+    // The entire screen's context may reach the primary display only.
     if (g_app.rampsPerDisplay || (refused && HasSeveralActiveDisplays())) {
         accepted = LoadIdentityIntoEachDisplay(&identity) || accepted;
     }

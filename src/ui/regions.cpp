@@ -50,7 +50,7 @@ bool Contains(const RECT& rect, int x, int y) {
 }
 
 // Whether the region reacts now. The banner and the card react only while the strip shows them.
-bool IsActive(Region region) {
+bool Reacts(Region region) {
     if (region == Region::GammaBanner) return CurrentStatusStrip() == StatusStrip::Banner;
     if (region == Region::PwmCard) return CurrentStatusStrip() == StatusStrip::Card;
     return true;
@@ -73,7 +73,7 @@ StatusStrip CurrentStatusStrip() {
 
 Region HitTest(int x, int y) {
     for (const RegionRow& row : kRegions) {
-        if (row.panel == g_app.panel && Contains(row.rect, x, y) && IsActive(row.region)) return row.region;
+        if (row.panel == g_app.panel && Contains(row.rect, x, y) && Reacts(row.region)) return row.region;
     }
     return Region::None;
 }

@@ -24,7 +24,8 @@ enum class Region {
 // The rectangle of a region: left and top inclusive, right and bottom exclusive. Empty for Region::None.
 RECT RegionRect(Region region);
 
-// The content of the strip between the sliders and the presets. Logs once a run that the banner is withdrawn.
+// The content of the strip between the sliders and the presets. Logs once per run that the banner is
+// withdrawn.
 enum class StatusStrip { Banner, Card, Hint };
 StatusStrip CurrentStatusStrip();
 

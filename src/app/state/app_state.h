@@ -59,8 +59,8 @@ struct AppState {
     bool menuTracking = false;
     std::uint32_t menuRequestCount = 0;  // number of times the tray menu was requested
     std::uint64_t popupHiddenAt = 0;     // tick, ms
-    bool ending = false;           // the window or the session: filter and lock are not applied any more
-    bool windowDestroyed = false;  // the end cannot be called off
+    bool ending = false;           // the window or the session ends: filter and lock are not applied any more
+    bool windowDestroyed = false;  // `ending` stays set until the process ends
     Panel panel = Panel::Main;
     Slider dragSlider = Slider::None;
     std::int32_t dragStartY = 0;  // design units
@@ -103,8 +103,8 @@ struct AppState {
     bool rampsPerDisplay = false;  // the filter's ramp was loaded into each display and not reset since
     std::uint64_t displaysWithoutRamps = 0;  // bit i: display i of the enumeration refuses even the identity
     bool gammaRangeExpanded = false;
-    // From the launch of the elevated run to its confirmation or the deadline. Part of the state's record;
-    // no decision depends on it, since only the poll timer waits.
+    // From the launch of the elevated run to its confirmation or the deadline. For debugging: only the poll
+    // timer waits, so no code reads it.
     bool gammaFixPending = false;
     std::uint64_t gammaFixDeadline = 0;  // tick, ms
     std::uint64_t gammaFixEpoch = 0;     // seconds since 1970; 0: never confirmed
@@ -112,7 +112,7 @@ struct AppState {
     bool cursorsTinted = false;
     CursorTint lastCursorTint;
     HCURSOR baseCursors[kSystemCursorCount] = {};  // private copies; null where loading failed
-    bool baseCursorsMade = false;
+    bool baseCursorsLoaded = false;
 
     // Hardware brightness.
     bool pwmSafe = false;

@@ -17,7 +17,7 @@ namespace {
 
 HWND const kPopup = MakeHandle<HWND>(500);
 HWND const kOwned = MakeHandle<HWND>(510);       // by the popup, of another thread
-HWND const kSameThread = MakeHandle<HWND>(520);  // owned by nobody
+HWND const kSameThread = MakeHandle<HWND>(520);  // without an owner
 HWND const kForeign = MakeHandle<HWND>(600);
 HWND const kForeignOwned = MakeHandle<HWND>(610);  // by the foreign window
 

@@ -1,6 +1,6 @@
-// The popup on desktops of several displays with scalings of their own, under a model of Windows' rules: a
-// window has the DPI of the display that shows most of it; when that changes, WM_DPICHANGED arrives inside
-// the call that moved the window, with a suggested rectangle.
+// The popup on desktops with several displays of different scaling, under a model of Windows' rules: a window
+// has the DPI of the display that shows most of it; when that changes, WM_DPICHANGED arrives inside the call
+// that moved the window, with a suggested rectangle.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -125,7 +125,7 @@ protected:
         g_calls.clear();
     }
 
-    // The popup was shown at the bottom right of this display before.
+    // The popup was last shown at the bottom right of this display.
     static void ShownBeforeOn(std::size_t number) {
         const Display& display = g_displays.at(number);
         g_app.dpi = display.dpi;
@@ -228,7 +228,7 @@ TEST_F(PopupOnDisplays, ThreeDisplaysOfThreeScalings) {
     ExpectItFitsEverywhere();
 }
 
-// A popup of 192 DPI that begins in the corner of the middle display lies mostly on the one below it.
+// A popup of 192 DPI whose top-left corner is on the middle display is mostly on the display below it.
 TEST_F(PopupOnDisplays, AThirdDisplayThatShowsMostOfTheWindowAtFirstDoesNotKeepIt) {
     g_displays = {MakeDisplay({0, 0, 3840, 2160}, 192), MakeDisplay({3840, 0, 5760, 1080}, 96),
                   MakeDisplay({3840, 1080, 6400, 2520}, 144), MakeDisplay({5760, -400, 8320, 1080}, 120)};

@@ -1,5 +1,5 @@
-// The program from the end of the session, or of its window, to the end of its process: the screen, the
-// cursors and the backlight that were given back must not be taken over again, whatever still arrives.
+// The program between the end of the session, or the destruction of its window, and the end of its process:
+// nothing that arrives may change the screen, the cursors or the backlight again once they are restored.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -39,7 +39,7 @@ HANDLE WINAPI FakeLoadImageW(HINSTANCE, LPCWSTR, UINT, int, int, UINT) {
     return MakeHandle<HANDLE>(69);
 }
 
-// One row is enough.
+// One cursor is enough.
 HANDLE WINAPI FakeCopyImage(HANDLE, UINT, int, int, UINT) {
     return g_app.baseCursors[0] == nullptr ? kCopy : nullptr;
 }
@@ -69,15 +69,15 @@ BOOL WINAPI FakeSystemParametersInfoW(UINT action, UINT, void*, UINT) {
 }
 
 DisplayTargetList g_displays;
-// What is dispatched while a display answers, once: in the middle of the next list, or of the next set before
-// or after the display has its value.
-std::function<void()> g_whileListing;
-std::function<void()> g_whileSetPending;
-std::function<void()> g_whileSetting;
+// Messages that are dispatched once while a display is queried: during the next enumeration, or during the
+// next set, before or after the display changes.
+std::function<void()> g_duringEnumeration;
+std::function<void()> g_beforeSetTakesEffect;
+std::function<void()> g_afterSetTakesEffect;
 
-void Dispatch(std::function<void()>* arrived) {
-    const std::function<void()> message = *arrived;
-    *arrived = nullptr;
+void Dispatch(std::function<void()>* pending) {
+    const std::function<void()> message = *pending;
+    *pending = nullptr;
     if (message) message();
 }
 
@@ -126,28 +126,28 @@ BOOL WINAPI FakePostMessage(HWND, UINT, WPARAM, LPARAM) {
     return TRUE;
 }
 
-constexpr DWORD kLongest = 20000;  // ms
+constexpr DWORD kMaxWait = 20000;  // ms
 
-// While a test holds the release, waits for it end immediately, as if their limits had passed; otherwise they
-// last until the release has ended.
-std::atomic<HANDLE> g_releaseHeld = nullptr;  // an event
+// While a test blocks the release, waits for the release time out immediately; otherwise they last until it
+// has ended.
+std::atomic<HANDLE> g_continueRelease = nullptr;  // an event; null: not blocked
 DWORD g_windowThread = 0;
 
 DWORD WINAPI FakeWaitForSingleObject(HANDLE object, DWORD) {
-    return g_releaseHeld != nullptr ? DWORD{WAIT_TIMEOUT} : Real(&WaitForSingleObject)(object, kLongest);
+    return g_continueRelease != nullptr ? DWORD{WAIT_TIMEOUT} : Real(&WaitForSingleObject)(object, kMaxWait);
 }
 
-void HoldOwnThread() {
-    if (HANDLE held = g_releaseHeld) Real (&WaitForSingleObject)(held, kLongest);
+void BlockReleaseThread() {
+    if (HANDLE event = g_continueRelease) Real (&WaitForSingleObject)(event, kMaxWait);
 }
 
 LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
     return MainWindowProc(kWindow, message, wParam, lParam);
 }
 
-bool WasCalled(const std::string& wanted) {
+bool WasCalled(const std::string& expected) {
     for (const std::string& call : g_calls) {
-        if (call == wanted) return true;
+        if (call == expected) return true;
     }
     return false;
 }
@@ -164,8 +164,7 @@ CallRecord Sets() {
     return sets;
 }
 
-// A display that takes every value; it shows the new one before a message can arrive.
-void Show(const std::wstring& name, std::uint32_t percent) {
+void SetPercent(const std::wstring& name, std::uint32_t percent) {
     for (DisplayTarget& display : g_displays) {
         if (display.name == name) display.percent = percent;
     }
@@ -183,30 +182,30 @@ protected:
         ASSERT_EQ(g_calls, (CallRecord{"coloured ramp", "tinted cursor 32512"}));
         g_calls.clear();
         g_displays.clear();
-        g_whileListing = nullptr;
-        g_whileSetPending = nullptr;
-        g_whileSetting = nullptr;
+        g_duringEnumeration = nullptr;
+        g_beforeSetTakesEffect = nullptr;
+        g_afterSetTakesEffect = nullptr;
         g_windowThread = GetCurrentThreadId();
     }
     void TearDown() override {
-        LetTheReleaseEnd();
+        FinishTheRelease();
         EXPECT_TRUE(FinishPwmSafeRelease());
     }
 
-    // From now on the release at the session's end waits in front of the first display.
-    static void HoldTheRelease() { g_releaseHeld = CreateEventW(nullptr, TRUE, FALSE, nullptr); }
-    static void LetTheReleaseEnd() {
-        if (HANDLE held = g_releaseHeld.exchange(nullptr)) SetEvent(held);
-        WaitForPwmSafeRelease(kLongest);
+    // From now on the release waits before the first display.
+    static void BlockTheRelease() { g_continueRelease = CreateEventW(nullptr, TRUE, FALSE, nullptr); }
+    static void FinishTheRelease() {
+        if (HANDLE event = g_continueRelease.exchange(nullptr)) SetEvent(event);
+        WaitForPwmSafeRelease(kMaxWait);
     }
 
-    static void HaveDisplays() {
+    static void ConnectDisplays() {
         g_displays = {{TargetKind::WmiPanel, L"panel", 0, 100, 40},
                       {TargetKind::DdcMonitor, L"monitor", 0, 100, 60}};
     }
 
     static void LockTheDisplays() {
-        HaveDisplays();
+        ConnectDisplays();
         g_app.pwmSafe = true;
         Send(WM_TIMER, 4);
         Send(WM_TIMER, 5);
@@ -214,7 +213,7 @@ protected:
         g_calls.clear();
     }
 
-    // The warmth slider's track reaches from 107 to 305, its middle is at 80.
+    // The warmth slider's track is at x = 80, from y = 107 to 305.
     static void HoldTheWarmthSlider() {
         Send(WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(80, 200));
         Send(WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(80, 190));
@@ -234,10 +233,10 @@ AMBREL_SEAM(SetSystemCursor, FakeSetSystemCursor);
 AMBREL_SEAM(DestroyCursor, FakeDestroyCursor);
 AMBREL_SEAM(SystemParametersInfoW, FakeSystemParametersInfoW);
 AMBREL_REPLACE(void, EnumerateTargets, (DisplayTargetList * list)) {
-    if (GetCurrentThreadId() != g_windowThread) HoldOwnThread();
+    if (GetCurrentThreadId() != g_windowThread) BlockReleaseThread();
     for (const DisplayTarget& display : g_displays) {
         list->push_back(display);
-        Dispatch(&g_whileListing);
+        Dispatch(&g_duringEnumeration);
     }
 }
 
@@ -251,9 +250,9 @@ AMBREL_REPLACE(void, CountTargets, (const DisplayTargetList& list)) {
 
 AMBREL_REPLACE(bool, SetTargetBrightness, (const DisplayTarget& target, std::uint32_t percent)) {
     Record("set ", Narrow(target.name), " ", percent);
-    Dispatch(&g_whileSetPending);
-    Show(target.name, percent);
-    Dispatch(&g_whileSetting);
+    Dispatch(&g_beforeSetTakesEffect);
+    SetPercent(target.name, percent);
+    Dispatch(&g_afterSetTakesEffect);
     return true;
 }
 
@@ -281,22 +280,22 @@ TEST_F(SessionEnd, ASliderThatIsStillHeldDoesNotColourTheScreenAgain) {
     EXPECT_FALSE(WasColoured());
 }
 
-TEST_F(SessionEnd, TheCursorsAreGivenBackBeforeTheRampAndTheirCopiesAreFreed) {
+TEST_F(SessionEnd, TheCursorsAreRestoredBeforeTheRampAndTheirCopiesAreFreed) {
     Send(WM_ENDSESSION, TRUE);
     EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5", "system cursors",
                                    "destroy copy", "identity ramp"}));
     EXPECT_FALSE(g_app.cursorsTinted);
-    EXPECT_FALSE(g_app.baseCursorsMade);
+    EXPECT_FALSE(g_app.baseCursorsLoaded);
 }
 
-TEST_F(SessionEnd, AWindowThatIsDestroyedAfterwardsFreesTheCopiesOnlyOnce) {
+TEST_F(SessionEnd, DestroyingTheWindowAfterwardsDoesNotFreeTheCopiesAgain) {
     Send(WM_ENDSESSION, TRUE);
     g_calls.clear();
     Send(WM_DESTROY);
     EXPECT_EQ(g_calls, (CallRecord{"kill timer 4", "kill timer 5", "kill timer 6", "identity ramp"}));
 }
 
-TEST_F(SessionEnd, WhatIsPressedAfterwardsDoesNotColourTheScreenAgain) {
+TEST_F(SessionEnd, ClicksAfterwardsDoNotColourTheScreenAgain) {
     Send(WM_ENDSESSION, TRUE);
     g_calls.clear();
     ApplyPreset(FilterPreset::Night);
@@ -318,7 +317,7 @@ TEST_F(SessionEnd, NeitherADisplayChangeNorATimerColoursTheScreenAgain) {
     EXPECT_FALSE(WasColoured());
 }
 
-TEST_F(SessionEnd, ASessionThatGoesOnKeepsTheSliderWorking) {
+TEST_F(SessionEnd, TheSliderKeepsWorkingIfTheSessionContinues) {
     HoldTheWarmthSlider();
     Send(WM_ENDSESSION, FALSE);
     EXPECT_TRUE(g_calls.empty());
@@ -337,7 +336,7 @@ TEST_F(SessionEnd, AHandlerThatOutlivesTheWindowDoesNotColourTheScreenAgain) {
     EXPECT_FALSE(WasColoured());
 }
 
-TEST_F(SessionEnd, TheDisplaysGetTheirOldValuesBackAndKeepThem) {
+TEST_F(SessionEnd, TheDisplaysAreRestoredAndNotSetAgain) {
     LockTheDisplays();
     Send(WM_ENDSESSION, TRUE);
     EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60"}));
@@ -350,7 +349,7 @@ TEST_F(SessionEnd, TheDisplaysGetTheirOldValuesBackAndKeepThem) {
     EXPECT_EQ(Sets(), CallRecord{});
 }
 
-TEST_F(SessionEnd, AfterTheEndOfTheWindowToo) {
+TEST_F(SessionEnd, TheDisplaysAreRestoredWhenTheWindowIsDestroyed) {
     LockTheDisplays();
     Send(WM_DESTROY);
     EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60"}));
@@ -369,57 +368,57 @@ TEST_F(SessionEnd, TheModeIsNotSavedAsOff) {
         EXPECT_EQ(call.find("save"), std::string::npos) << call;
 }
 
-TEST_F(SessionEnd, ASessionThatGoesOnKeepsTheLock) {
+TEST_F(SessionEnd, TheLockIsKeptIfTheSessionContinues) {
     LockTheDisplays();
     Send(WM_ENDSESSION, FALSE);
     EXPECT_EQ(Sets(), CallRecord{});
-    Show(L"monitor", 60);
+    SetPercent(L"monitor", 60);
     Send(WM_TIMER, 4);
     EXPECT_EQ(Sets(), (CallRecord{"set panel 100", "set monitor 100"}));
 }
 
-// A panel's answer is waited for in COM, where the end of the session can arrive.
-TEST_F(SessionEnd, ThatArrivesWhileTheDisplaysAreListedKeepsThemFromBeingLocked) {
-    HaveDisplays();
+// COM dispatches WM_ENDSESSION while it waits for a panel.
+TEST_F(SessionEnd, ASessionEndDuringAnEnumerationPreventsTheLock) {
+    ConnectDisplays();
     g_app.pwmSafe = true;
-    g_whileListing = [] { Send(WM_ENDSESSION, TRUE); };
+    g_duringEnumeration = [] { Send(WM_ENDSESSION, TRUE); };
     Send(WM_TIMER, 4);
     EXPECT_EQ(Sets(), CallRecord{});
 }
 
-TEST_F(SessionEnd, ThatArrivesWhileAPanelIsBeingLockedLeavesEveryDisplayWithItsOldValue) {
-    HaveDisplays();
+TEST_F(SessionEnd, ASessionEndWhileAPanelIsLockedRestoresEveryDisplay) {
+    ConnectDisplays();
     g_app.pwmSafe = true;
-    g_whileSetting = [] { Send(WM_ENDSESSION, TRUE); };
+    g_afterSetTakesEffect = [] { Send(WM_ENDSESSION, TRUE); };
     Send(WM_TIMER, 4);
     EXPECT_EQ(g_displays[0].percent, 40U);
     EXPECT_EQ(g_displays[1].percent, 60U);
 }
 
-// The release restores the panel before the pending 100 reaches it.
-TEST_F(SessionEnd, ThatArrivesBeforeAPendingLockReachesThePanelLeavesItWithItsOldValue) {
-    HaveDisplays();
+// The release restores the panel before it accepts the pending 100 percent.
+TEST_F(SessionEnd, ASessionEndBeforeAPendingLockReachesThePanelRestoresIt) {
+    ConnectDisplays();
     g_app.pwmSafe = true;
-    g_whileSetPending = [] { Send(WM_ENDSESSION, TRUE); };
+    g_beforeSetTakesEffect = [] { Send(WM_ENDSESSION, TRUE); };
     Send(WM_TIMER, 4);
     EXPECT_EQ(Sets(), (CallRecord{"set panel 100", "set panel 40", "set panel 40"}));
     EXPECT_EQ(g_displays[0].percent, 40U);
     EXPECT_EQ(g_displays[1].percent, 60U);
 }
 
-TEST_F(SessionEnd, ThatArrivesWhileTheUserSwitchesOffReleasesOnlyTheRest) {
+TEST_F(SessionEnd, ASessionEndDuringSwitchingOffRestoresTheRemainingDisplays) {
     LockTheDisplays();
-    g_whileSetPending = [] { Send(WM_ENDSESSION, TRUE); };
+    g_beforeSetTakesEffect = [] { Send(WM_ENDSESSION, TRUE); };
     TogglePwmSafeByUser();
     EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60"}));
     EXPECT_EQ(g_calls.back(), "save settings with the mode off");
 }
 
-TEST_F(SessionEnd, ThatArrivesWhileAUsersLockIsVerifiedDoesNotSaveTheModeAsOff) {
+TEST_F(SessionEnd, ASessionEndDuringAVerificationDoesNotSaveTheModeAsOff) {
     LockTheDisplays();
     g_app.pwmVerifyPending = true;
     g_app.pwmVerifyIsUserToggle = true;
-    g_whileListing = [] { Send(WM_ENDSESSION, TRUE); };
+    g_duringEnumeration = [] { Send(WM_ENDSESSION, TRUE); };
     Send(WM_TIMER, 5);
     EXPECT_EQ(g_displays[0].percent, 40U);
     EXPECT_EQ(g_displays[1].percent, 60U);
@@ -427,29 +426,29 @@ TEST_F(SessionEnd, ThatArrivesWhileAUsersLockIsVerifiedDoesNotSaveTheModeAsOff) 
         EXPECT_EQ(call.find("save"), std::string::npos) << call;
 }
 
-// A session that is called off.
+// The end of the session is cancelled.
 
-TEST_F(SessionEnd, TheScreenIsRestoredThoughTheDisplaysHaveNotAnswered) {
+TEST_F(SessionEnd, TheScreenIsRestoredEvenIfTheDisplaysHaveNotAnswered) {
     LockTheDisplays();
-    HoldTheRelease();
+    BlockTheRelease();
     Send(WM_ENDSESSION, TRUE);
     EXPECT_TRUE(WasCalled("system cursors"));
     EXPECT_TRUE(WasCalled("identity ramp"));
     EXPECT_EQ(Sets(), CallRecord{});
-    LetTheReleaseEnd();
+    FinishTheRelease();
     EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60"}));
 }
 
-TEST_F(SessionEnd, AWindowThatIsDestroyedWhileTheDisplaysAreReleasedReleasesNothingAgain) {
+TEST_F(SessionEnd, DestroyingTheWindowDuringTheReleaseReleasesNothingAgain) {
     LockTheDisplays();
-    HoldTheRelease();
+    BlockTheRelease();
     Send(WM_ENDSESSION, TRUE);
     Send(WM_DESTROY);
-    LetTheReleaseEnd();
+    FinishTheRelease();
     EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60"}));
 }
 
-TEST_F(SessionEnd, EachInputOfTheUserBringsFilterAndLockBack) {
+TEST_F(SessionEnd, UserInputAppliesFilterAndLockAgain) {
     const std::pair<UINT, LPARAM> inputs[] = {
         {WM_LBUTTONDOWN, MAKELPARAM(5, 60)}, {kMessageTray, WM_LBUTTONUP}, {kMessageShowPopup, 0}};
     for (const auto& [message, position] : inputs) {
@@ -468,7 +467,7 @@ TEST_F(SessionEnd, EachInputOfTheUserBringsFilterAndLockBack) {
     }
 }
 
-TEST_F(SessionEnd, NothingButTheUsersInputContinuesTheSession) {
+TEST_F(SessionEnd, OnlyUserInputContinuesTheSession) {
     LockTheDisplays();
     Send(WM_ENDSESSION, TRUE);
     g_calls.clear();
@@ -485,7 +484,7 @@ TEST_F(SessionEnd, NothingButTheUsersInputContinuesTheSession) {
     EXPECT_EQ(Sets(), CallRecord{});
 }
 
-TEST_F(SessionEnd, ARequestThatWasDeferredBeforeTheEndIsDropped) {
+TEST_F(SessionEnd, ADeferredRequestIsDropped) {
     LockTheDisplays();
     g_app.pwmDeferred = PwmRequest::SwitchOff;
     Send(WM_ENDSESSION, TRUE);
@@ -495,16 +494,16 @@ TEST_F(SessionEnd, ARequestThatWasDeferredBeforeTheEndIsDropped) {
     EXPECT_EQ(g_app.pwmDeferred, PwmRequest::None);
 }
 
-// The user's own values are 40 and 60; what a display reads during the release may be the lock's 100.
-TEST_F(SessionEnd, AReleaseThatOutlastsTheEndNeitherWipesSavedValuesNorHasThemSavedAs100) {
+// The user's values are 40 and 60; during the release a display may still read the 100 of the lock.
+TEST_F(SessionEnd, AReleaseThatOutlastsTheEndKeepsTheUsersValues) {
     LockTheDisplays();
-    HoldTheRelease();
+    BlockTheRelease();
     Send(WM_ENDSESSION, TRUE);
     Send(kMessageShowPopup);
     Send(WM_TIMER, 2);
     Send(WM_TIMER, 4);
     EXPECT_EQ(Sets(), CallRecord{});
-    LetTheReleaseEnd();
+    FinishTheRelease();
     Send(kMessagePwmSafeDeferred);
     EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60", "set panel 100", "set monitor 100"}));
     EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"monitor", 60}, {L"panel", 40}}));
@@ -515,12 +514,12 @@ TEST_F(SessionEnd, AReleaseThatOutlastsTheEndNeitherWipesSavedValuesNorHasThemSa
 
 TEST_F(SessionEnd, ASecondEndDuringTheReleaseOfTheFirstReleasesNothingAgain) {
     LockTheDisplays();
-    HoldTheRelease();
+    BlockTheRelease();
     Send(WM_ENDSESSION, TRUE);
     Send(kMessageShowPopup);
     Send(WM_TIMER, 2);
     Send(WM_ENDSESSION, TRUE);
-    LetTheReleaseEnd();
+    FinishTheRelease();
     Send(kMessagePwmSafeDeferred);
     EXPECT_EQ(Sets(), (CallRecord{"set panel 40", "set monitor 60"}));
 }

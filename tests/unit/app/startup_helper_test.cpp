@@ -14,7 +14,7 @@ class StartupHelper : public testing::Test {
 protected:
     void SetUp() override { ResetSystem(); }
 
-    // The calls of a start with this command line; only "ordinary start" for an ordinary one.
+    // The calls of a start with this command line; "ordinary start" replaces those of an ordinary start.
     static CallRecord CallsOfStarting(const wchar_t* commandLine) {
         ResetSystem();
         Start(commandLine);

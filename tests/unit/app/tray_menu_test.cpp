@@ -273,7 +273,7 @@ TEST_F(TrayMenu, NoMenuOpensWhileASliderIsHeld) {
     EXPECT_EQ(g_calls[0], "create menu");
 }
 
-// The menu was open when the session's end came.
+// The session ended while the menu was open.
 TEST_F(TrayMenu, AChoiceContinuesASessionThatWasEndingAndDismissingTheMenuDoesNot) {
     for (const BOOL choice : {1, 2, 3, 0}) {
         g_calls.clear();

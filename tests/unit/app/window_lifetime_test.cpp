@@ -18,7 +18,7 @@
 
 AMBREL_USES_SEAMS(recorded_timers);
 
-// Before the end is known, a handler that is still running could tint the cursors again.
+// Before `ending` is set, a handler that is still running could tint the cursors again.
 AMBREL_REPLACE(void, ReleaseCursorCopies, ()) {
     Record(g_app.ending ? "release cursor copies" : "release cursor copies too early");
 }
@@ -154,7 +154,7 @@ protected:
         g_app.singleInstanceMutex = kMutex;
     }
 
-    // The record from the first call on that begins with the text.
+    // The record from the first call that starts with the text.
     static CallRecord CallsFrom(const char* beginning) {
         const auto first = std::find_if(g_calls.begin(), g_calls.end(), [beginning](const std::string& call) {
             return call.starts_with(beginning);
@@ -345,7 +345,7 @@ TEST_F(WindowLifetime, TheWindowThatAnInstallerHasDestroyedWaitsNoLonger) {
     EXPECT_EQ(g_tick, start);
 }
 
-// The end of the session arrives while a panel is waited for in the window's destruction.
+// The session ends while the destruction of the window waits for a panel.
 TEST_F(WindowLifetime, AWindowThatIsBeingDestroyedIsNotDestroyedAgain) {
     OnDestroy();
     g_calls.clear();
@@ -371,8 +371,8 @@ TEST_F(WindowLifetime, TheWindowsEndCannotBeCalledOff) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-// It must stop at the end, which it learns of once the displays have answered.
-TEST_F(WindowLifetime, ASessionDoesNotGoOnInTheMiddleOfAnOperationOnTheDisplays) {
+// The operation must stop, and it checks `ending` only once the displays have answered.
+TEST_F(WindowLifetime, ASessionDoesNotContinueDuringAnOperationOnTheDisplays) {
     g_app.pwmOperationRunning = true;
     OnEndSession(true, 0);
     ContinueSession();

@@ -26,8 +26,8 @@ struct FakeRegistry {
     std::map<std::wstring, RegistryValues> keys;  // "HKLM\Path" or "HKCU\Path"
     std::vector<OpenedKey> opened;
     std::size_t closed = 0;
-    LSTATUS queryAnswer = ERROR_SUCCESS;  // of every query, when it is another
-    bool growsBetweenQueries = false;     // by a kilobyte, once its size was asked
+    LSTATUS queryAnswer = ERROR_SUCCESS;  // of every query, unless ERROR_SUCCESS
+    bool growsBetweenQueries = false;     // by a kilobyte after its size is queried
 };
 
 extern FakeRegistry g_keys;

@@ -99,8 +99,8 @@ TEST_F(PwmSafeSection, WithoutSnapshotsTheirHeadingIsLeftOut) {
 }
 
 TEST_F(PwmSafeSection, SnapshotsAreOrderedByTheUtf16UnitsOfTheirNames) {
-    // The moon begins with U+D83C, before the full-width A; by characters it would come after it. Capitals
-    // come before small letters, and a name before its own continuation.
+    // The moon starts with the code unit D83C and sorts before the full-width A; by characters it would sort
+    // after it. Capitals sort before small letters, and a name before a longer one that starts with it.
     state.pwmSavedBrightness = {{L"\uFF21", 1}, {L"\U0001F319", 2}, {L"\u00e9", 3},
                                 {L"alpha", 4},  {L"Zebra", 5},      {L"Zebra 2", 6},
                                 {L"", 7},       {L"10", 8},         {L"9", 9}};

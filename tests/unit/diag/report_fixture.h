@@ -42,7 +42,7 @@ inline SupportFacts PlainFacts() {
     return facts;
 }
 
-// The lines of a report, without their line ends. Each ends with CR LF, and nothing else ends one.
+// The lines of a report, without their line ends. Checks that every line ends with CR LF.
 inline std::vector<std::wstring> LinesOf(const std::wstring& report) {
     std::vector<std::wstring> lines;
     std::size_t start = 0;
@@ -79,7 +79,7 @@ protected:
             value = line.substr(label.size());
             ++found;
         }
-        EXPECT_LE(found, 1) << "the label stands on several lines";
+        EXPECT_LE(found, 1) << "several lines have the label";
         return value;
     }
 

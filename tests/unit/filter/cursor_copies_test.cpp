@@ -73,7 +73,7 @@ TEST_F(CursorCopies, AreCreatedForAllSixteenInTheTablesOrderBeforeAnythingIsTint
     ASSERT_GE(g_calls.size(), expected.size());
     EXPECT_EQ(CallRecord(g_calls.begin(), g_calls.begin() + static_cast<std::ptrdiff_t>(expected.size())),
               expected);
-    EXPECT_TRUE(g_app.baseCursorsMade);
+    EXPECT_TRUE(g_app.baseCursorsLoaded);
     for (int row = 0; row < 16; ++row)
         EXPECT_EQ(CopyOf(row), CursorHandle(kCopied, kIds[row])) << row;
 }
@@ -152,7 +152,7 @@ TEST_F(CursorCopies, AreCreatedOncePerRunEvenWhenRowsAreMissing) {
     g_cursors.noImage = g_cursors.noCursor = {32514, 32651};
     g_cursors.noCopyImage = g_cursors.noCopyIcon = {32512};
     TintSystemCursors();
-    EXPECT_TRUE(g_app.baseCursorsMade);
+    EXPECT_TRUE(g_app.baseCursorsLoaded);
     // Windows would provide them now.
     for (std::set<int>* failing :
          {&g_cursors.noImage, &g_cursors.noCursor, &g_cursors.noCopyImage, &g_cursors.noCopyIcon})
@@ -171,7 +171,7 @@ TEST_F(CursorCopies, AreCreatedOncePerRunEvenWhenAllRowsAreMissing) {
         g_cursors.noCursor.insert(id);
     }
     TintSystemCursors();
-    EXPECT_TRUE(g_app.baseCursorsMade);
+    EXPECT_TRUE(g_app.baseCursorsLoaded);
     EXPECT_FALSE(g_app.cursorsTinted);
     EXPECT_EQ(g_calls.size(), 32U);
     g_calls.clear();
@@ -182,10 +182,10 @@ TEST_F(CursorCopies, AreCreatedOncePerRunEvenWhenAllRowsAreMissing) {
 TEST_F(CursorCopies, ArePreservedWhenTheCursorsAreRestored) {
     TintSystemCursors();
     RestoreSystemCursors();
-    EXPECT_TRUE(g_app.baseCursorsMade);
+    EXPECT_TRUE(g_app.baseCursorsLoaded);
     EXPECT_EQ(CopyOf(kLastRow), CursorHandle(kCopied, 32651));
     ResetSystemCursors();
-    EXPECT_TRUE(g_app.baseCursorsMade);
+    EXPECT_TRUE(g_app.baseCursorsLoaded);
     EXPECT_EQ(CopyOf(0), CursorHandle(kCopied, 32512));
     g_calls.clear();
     TintSystemCursors();
@@ -204,7 +204,7 @@ TEST_F(CursorCopies, AreReleasedAfterTheCursorsAreRestoredEachOnce) {
         if (id != 32514) expected.push_back(Call("destroy ", id == 32513 ? kIconCopied : kCopied, id));
     }
     EXPECT_EQ(g_calls, expected);
-    EXPECT_FALSE(g_app.baseCursorsMade);
+    EXPECT_FALSE(g_app.baseCursorsLoaded);
     EXPECT_FALSE(g_app.cursorsTinted);
     for (const HCURSOR copy : g_app.baseCursors)
         EXPECT_EQ(copy, nullptr);

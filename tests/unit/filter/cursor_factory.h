@@ -15,7 +15,7 @@ struct CursorPicture {
     DWORD hotX = 0;
     DWORD hotY = 0;
     bool coloured = true;
-    std::vector<Argb> pixels;        // none of a monochrome cursor
+    std::vector<Argb> pixels;        // empty for a monochrome cursor
     std::vector<std::uint8_t> mask;  // 1: the screen shows through. Of a monochrome cursor first the AND and
                                      // then the XOR half
 

@@ -29,7 +29,7 @@ struct CursorGdiTracker {
     std::set<GdiCall> failing;
     bool withoutColour = false;  // GetIconInfo omits one of the two bitmaps, or both
     bool withoutMask = false;
-    bool staleOnFailure = false;  // a failing GetIconInfo leaves handles of what it deleted itself
+    bool staleOnFailure = false;  // a failing GetIconInfo leaves the handles of bitmaps that it has deleted
     UINT linesMissing = 0;        // GetDIBits reads this many fewer than requested
     SIZE cursorMetrics = {};      // 0: the real ones
 
@@ -47,5 +47,5 @@ extern CursorGdiTracker g_tracker;
 
 void StartTracking();
 
-// From here on the calls only go to the real functions.
+// From now on calls are only forwarded to the real functions.
 void StopTracking();

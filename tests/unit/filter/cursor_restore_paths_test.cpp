@@ -204,7 +204,7 @@ TEST_F(CursorRestorePaths, WithTheFilterOffSwitchingThePipelineLeavesThemAlone) 
     g_app.filterOn = false;
     ToggleLegacyMode();
     ToggleLegacyMode();
-    EXPECT_FALSE(g_app.baseCursorsMade);
+    EXPECT_FALSE(g_app.baseCursorsLoaded);
     EXPECT_THAT(g_cursors.inForce, IsEmpty());
 }
 
@@ -222,7 +222,7 @@ TEST_F(CursorRestorePaths, ATintDuringShutdownCreatesNoNewCopies) {
     g_calls.clear();
     TintSystemCursors();
     EXPECT_THAT(g_calls, testing::IsEmpty());
-    EXPECT_FALSE(g_app.baseCursorsMade);
+    EXPECT_FALSE(g_app.baseCursorsLoaded);
 }
 
 TEST_F(CursorRestorePaths, AMoveInsideTheDeadBandSetsTheScreenAndNoCursor) {
@@ -249,5 +249,5 @@ TEST_F(CursorRestorePaths, CursorsThatCannotBeTintedDoNotAffectTheScreen) {
     g_calls.clear();
     g_app.filterOn = false;
     ApplyFilter();
-    EXPECT_THAT(g_calls, ElementsAre("get dc", "set ramp", "release dc")) << "there is nothing to give back";
+    EXPECT_THAT(g_calls, ElementsAre("get dc", "set ramp", "release dc")) << "there is nothing to restore";
 }

@@ -23,7 +23,7 @@ protected:
         g_app.intensity = 0.5;
         g_app.brightness = 0.75;
         g_cursors = FakeCursors{};
-        g_app.baseCursorsMade = true;
+        g_app.baseCursorsLoaded = true;
         for (int row = 0; row < 16; ++row) {
             g_app.baseCursors[row] = CursorHandle(kCopied, kIds[row]);
             g_cursors.cursors.insert(ValueOf(g_app.baseCursors[row]));
@@ -79,7 +79,7 @@ TEST_F(CursorTinting, StartsUntintedWithoutCachedValues) {
     EXPECT_FALSE(fresh.cursorsTinted);
     EXPECT_EQ(fresh.lastCursorTint.intensity, -1.0);
     EXPECT_EQ(fresh.lastCursorTint.brightness, -1.0);
-    EXPECT_FALSE(fresh.baseCursorsMade);
+    EXPECT_FALSE(fresh.baseCursorsLoaded);
     for (const HCURSOR copy : fresh.baseCursors)
         EXPECT_EQ(copy, nullptr);
 }
@@ -320,7 +320,7 @@ TEST_F(CursorTinting, WithTheFilterOffNoCopiesAreCreated) {
     ReleaseCursorCopies();
     g_app.filterOn = false;
     EXPECT_THAT(CallsOfOneTint(), IsEmpty());
-    EXPECT_FALSE(g_app.baseCursorsMade);
+    EXPECT_FALSE(g_app.baseCursorsLoaded);
 }
 
 TEST_F(CursorTinting, RestoringClearsTheStoredTintSoThatTheSameSettingsTintAgain) {

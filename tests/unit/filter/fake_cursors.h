@@ -28,7 +28,7 @@ struct FakeCursors {
     std::set<int> noCopyImage;
     std::set<int> noCopyIcon;
     std::set<int> noInfo;
-    bool staleInfo = false;  // those leave handles behind of what they deleted themselves
+    bool staleInfo = false;  // a failing GetIconInfo leaves the handles of bitmaps that it has deleted
     std::set<int> monochrome;
     std::set<int> withoutBitmaps;  // GetIconInfo succeeds and gives neither
     std::set<int> notBuilt;

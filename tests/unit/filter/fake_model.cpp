@@ -9,8 +9,8 @@
 
 AMBREL_SEAM_SET(fake_model);
 
-// Without this the linker takes a member that the standard library needs from an object of the program, and
-// with it the real model.
+// Without this definition the linker takes a member of the standard library from an object of the program,
+// which also contains the real model.
 template class std::basic_string<wchar_t>;
 
 FakeModel g_model;

@@ -34,7 +34,7 @@ struct FakeDisplay {
     DWORD state = DISPLAY_DEVICE_ATTACHED_TO_DESKTOP;
     bool givesContext = true;
     bool canBeRead = true;
-    bool takesItsRampAgain = true;  // false: what it shows now is refused when it is set again
+    bool takesItsRampAgain = true;  // false: refuses even its current ramp
     std::vector<Deviation> deviations;
     Ramp shown = {};
     int loads = 0;  // ramps accepted

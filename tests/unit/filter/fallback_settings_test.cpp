@@ -126,7 +126,7 @@ TEST_F(FallbackSettings, AfterTheUserLeavesLegacyModeTheNextRunMayFallBackAndSho
     SaveSettings();
     EXPECT_EQ(Stored(L"UseLegacyGamma"), 0U);
     EXPECT_EQ(Stored(L"LegacyModeAutoSet"), 0U);
-    // Not during this run.
+    // The fallback is suppressed for this run.
     RefuseTwice();
     EXPECT_FALSE(g_app.useLegacyGamma);
 

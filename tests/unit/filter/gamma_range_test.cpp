@@ -149,7 +149,7 @@ TEST_F(GammaBanner, IsWithdrawnWhenTheRestartDidNotHelpAndThatIsLoggedOnce) {
     EXPECT_THAT(g_calls, ElementsAre(kDemoted));
     EXPECT_TRUE(g_app.bannerDemotedLogged);
 
-    // An intervening acceptance does not log the line a second time.
+    // A ramp that is accepted in between does not cause a second line.
     g_app.lastApplyRejected = false;
     EXPECT_FALSE(IsBannerVisible());
     g_app.lastApplyRejected = true;

@@ -91,5 +91,5 @@ TEST(GammaRestart, ARestartCountsOnlyWithTheExpandedRange) {
     g_app.gammaRangeExpanded = true;
     EXPECT_TRUE(IsRestartDoneSinceFix()) << "1970 is before any start";
     g_app.gammaFixEpoch = 0;
-    EXPECT_FALSE(IsRestartDoneSinceFix()) << "expanded by somebody else";
+    EXPECT_FALSE(IsRestartDoneSinceFix()) << "expanded by another program";
 }

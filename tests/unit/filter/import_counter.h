@@ -24,7 +24,7 @@ public:
     // omitted.
     std::map<std::string, int> Calls() const;
 
-    // The number of watched functions.
+    // The number of counted functions.
     std::size_t Watched() const { return imports_.size(); }
 
 private:

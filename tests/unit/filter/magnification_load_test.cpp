@@ -15,7 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// MB_ICONERROR is 16, MB_ICONWARNING 48; both boxes have OK alone.
+// MB_ICONERROR is 16, MB_ICONWARNING 48; both boxes have only an OK button.
 const std::string kFunctionsMissingBox =
     "box owner=0 flags=16 [Ambrel] Failed to get Magnification API functions.\n\n"
     "This requires Windows 8 or later.";
@@ -191,8 +191,8 @@ TEST_F(MagnificationLoad, AfterAFailureALaterLoadMaySucceed) {
     EXPECT_EQ(g_magnification.modulesHeld, 1);
 }
 
-// A message box dispatches messages: while it is open, the user can leave Legacy Mode once more from the tray
-// menu.
+// A message box dispatches messages: while it is open, the user can switch Legacy Mode off again from the
+// tray menu.
 TEST_F(MagnificationLoad, ALoadThatSucceedsWhileTheFailureBoxIsOpenIsNotUnloadedAfterwards) {
     g_magnification.initializeError = ERROR_NOT_READY;
     g_magnification.duringBox = [] {

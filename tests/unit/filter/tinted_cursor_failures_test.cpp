@@ -77,7 +77,7 @@ std::string Make(const std::string& mask) {
 class TintedCursorCalls : public testing::Test {
 protected:
     void SetUp() override {
-        // The first use of a cursor makes what Windows keeps for the whole run.
+        // On the first use of a cursor Windows creates objects that it keeps for the entire run.
         Use(Coloured(2, 2));
         BuildWatched();
         StopTracking();

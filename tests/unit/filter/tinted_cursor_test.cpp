@@ -46,7 +46,7 @@ protected:
         EXPECT_EQ(CurrentGdiCounts(), before_) << "something was kept";
     }
 
-    // The first use of a cursor makes what Windows keeps for the whole run.
+    // On the first use of a cursor Windows creates objects that it keeps for the entire run.
     static GdiCounts CountsAfterWarmUp() {
         HCURSOR source = MakeCursor(PlainPicture(2, 2, 0xFF123456));
         HCURSOR tinted = BuildTintedCursor(source, 0.5, 0.5);
@@ -79,7 +79,7 @@ int Noise(int x, int y) {
     return (x * 53 + y * 97 + x * y * 7) & 0xFF;
 }
 
-// A cross of opaque colours before a transparent ground, without alpha.
+// A cross of opaque colours on a transparent background, without alpha.
 CursorPicture WithoutAlpha(int size) {
     CursorPicture picture = PlainPicture(size, size, 0);
     for (int y = 0; y < size; ++y) {

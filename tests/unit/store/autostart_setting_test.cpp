@@ -1,4 +1,4 @@
-// The two places of the setting: settings.ini and the registry.
+// The setting is stored twice: in settings.ini and in the registry.
 #include "store/settings_fixture.h"
 
 #include "store/autostart.h"

@@ -120,7 +120,7 @@ TEST_F(EventLogFailures, AReadOnlyFileIsNotChanged) {
     EXPECT_EQ(ReadBytes(path), old);
 }
 
-// Whether the write is refused depends on the user: Wine run by root lets it through.
+// Whether the write is refused depends on the user: under Wine, root may write.
 TEST_F(EventLogFailures, AFileMarkedReadOnlyKeepsItsContentAndTheRingItsLines) {
     WriteBytes(path, kOld);
     ASSERT_TRUE(SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY));

@@ -18,7 +18,7 @@ protected:
     }
 };
 
-// Bytes in which no two stretches are equal.
+// Bytes without repetition.
 std::string Numbered(std::size_t size) {
     std::string bytes;
     for (int line = 0; bytes.size() < size; ++line)
@@ -141,7 +141,7 @@ TEST_F(EventLogFile, AFileOf3MegabytesIsTrimmedToItsLast65536) {
 }
 
 TEST_F(EventLogFile, TheTrimIsAtAByteEvenInsideACharacter) {
-    // 65536 is not a multiple of three: the cut falls into the middle of one of these letters.
+    // 65536 is not a multiple of three, so the file is truncated in the middle of one of these letters.
     const std::string old = Repeated("\xE6\x97\xA5", 90000);
     WriteBytes(path, old);
     OpenEventLogFile(path);
@@ -193,7 +193,7 @@ TEST_F(EventLogFile, ItIsNotHeldOpenBetweenLines) {
     WriteBytes(path, Numbered(262145));
     OpenEventLogFile(path);
     LogEvent("before");
-    { const LockedFile nobodyElse(path); }  // fails if the log still had it open
+    { const LockedFile exclusive(path); }  // fails if the log still has it open
     EXPECT_TRUE(DeleteFileW(path.c_str()));
     LogEvent("after");
     EXPECT_EQ(ReadBytes(path), "[21:04:07.031] after\r\n");

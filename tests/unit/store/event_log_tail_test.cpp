@@ -29,7 +29,7 @@ protected:
         EventLogTest::TearDown();
     }
 
-    // The file is known, and holds just these bytes.
+    // The log's file is open and contains exactly these bytes.
     void Hold(const std::string& bytes) const {
         OpenEventLogFile(path);
         WriteBytes(path, bytes);
@@ -214,7 +214,7 @@ TEST_F(EventLogTail, ALineCutByTheStartOfTheTailIsDropped) {
 }
 
 TEST_F(EventLogTail, ACutWithinACharacterLeavesNoTraceOfIt) {
-    // The tail begins with the last two bytes of a character of three.
+    // The tail starts with the last two bytes of a three-byte character.
     const std::string tail = "\x97\xA5 rest\r\n" + std::string(kTail - 16, 'x') + "\r\none\r\n";
     ASSERT_EQ(tail.size(), kTail);
     EXPECT_EQ(TailOf("old\r\n\xE6" + tail), (Lines{std::wstring(kTail - 16, L'x'), L"one"}));
@@ -233,7 +233,7 @@ TEST_F(EventLogTail, ACutBetweenTwoLinesLosesNoLine) {
 }
 
 TEST_F(EventLogTail, OnlyLongLinesInTheLast16384BytesAreShown) {
-    // Lines of 1000 bytes each: 16 whole ones fit.
+    // Lines of 1000 bytes each: 16 complete ones fit.
     std::string bytes;
     Lines expected;
     for (int i = 10; i < 60; ++i) {

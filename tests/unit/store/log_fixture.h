@@ -69,7 +69,7 @@ protected:
         g_opened.clear();
     }
 
-    // Forgets the file. The ring cannot be emptied, so it is filled with known lines.
+    // Closes the log's file. The ring cannot be emptied, so it is filled with known lines.
     void TearDown() override {
         g_refusedMode.clear();
         OpenEventLogFile(L"");

@@ -161,7 +161,7 @@ TEST_F(SettingsBadFile, AFileWithReadOnlyAccessIsReadAndKeepsItsBytes) {
     EXPECT_EQ(ReadBytes(path), stored);
 }
 
-// Whether the write is refused depends on the user: Wine run by root lets it through.
+// Whether the write is refused depends on the user: under Wine, root may write.
 TEST_F(SettingsBadFile, AFileMarkedReadOnlyIsReadAndDoesNotStopTheSave) {
     Stored("[Filter]\r\nIntensity=585\r\n");
     ASSERT_TRUE(SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY));

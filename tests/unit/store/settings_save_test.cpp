@@ -133,7 +133,7 @@ TEST_F(SettingsSave, ForeignSectionsAndKeysStayAsTheyAre) {
 
 TEST_F(SettingsSave, TheFileIsNotHeldOpen) {
     SaveSettings();
-    { const LockedFile nobodyElse(path); }  // fails if somebody still had it open
+    { const LockedFile exclusive(path); }  // fails if the program still has it open
     EXPECT_TRUE(DeleteFileW(path.c_str()));
     SaveSettings();
     EXPECT_EQ(FileLines().size(), 10u);

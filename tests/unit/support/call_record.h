@@ -32,7 +32,7 @@ std::uintptr_t ValueOf(Handle handle) {
     return reinterpret_cast<std::uintptr_t>(handle);
 }
 
-// The texts of the program's log are ASCII as far as it composes them itself.
+// Converts to ASCII, with "?" for every other character. The program's own texts in the log are ASCII.
 inline std::string Narrow(std::wstring_view text) {
     std::string narrow;
     for (const wchar_t character : text) {

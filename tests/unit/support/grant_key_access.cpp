@@ -1,5 +1,5 @@
-// grant_key_access PATH all|read: lets everybody write to, or only read, a key of the current user. Exits
-// with 0, or with 1 when that failed.
+// grant_key_access PATH all|read: grants everyone full or read-only access to a key of the current user.
+// Exits with 0, or with 1 on failure.
 #include <cwchar>
 
 #include "support/key_access.h"

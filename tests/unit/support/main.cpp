@@ -1,4 +1,4 @@
-// Runs the tests of a program, each with the seams of its file in force.
+// Runs the tests of a program, each with the seams of its file installed.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 
 namespace {
 
-// Appended last: what is printed before and after a test goes to the real functions.
+// Appended last, so that other listeners call the real functions when they print.
 class SeamsOfTheTest : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo& test) override { seams::Install(test.file()); }
     void OnTestEnd(const testing::TestInfo&) override { seams::Remove(); }

@@ -1,4 +1,4 @@
-// Takes the event log's place in a test program: a line "log: ..." in the record for each logged line.
+// Replaces the event log in a test program. Records each logged line as "log: ...".
 #include <cstdarg>
 
 #include "store/event_log.h"

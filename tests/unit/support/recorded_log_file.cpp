@@ -1,4 +1,4 @@
-// Takes the event log's file's place in a test program: "open log PATH" in the record.
+// Replaces the file of the event log in a test program. Records "open log PATH".
 #include "store/event_log.h"
 #include "support/call_record.h"
 #include "support/seam.h"

@@ -74,7 +74,7 @@ LSTATUS WINAPI FakeRegQueryValueEx(HKEY key, const wchar_t* name, DWORD* reserve
     if (data == nullptr) return ERROR_SUCCESS;
     const auto needed = static_cast<DWORD>(g_registry.data.size());
     const bool fits = needed <= *size;
-    // As Windows may do, what does not fit is left cut off in the buffer.
+    // Like Windows, may leave truncated data in the buffer if it does not fit.
     if (needed > 0) std::memcpy(data, g_registry.data.data(), std::min(needed, *size));
     *size = needed;
     return fits ? ERROR_SUCCESS : ERROR_MORE_DATA;

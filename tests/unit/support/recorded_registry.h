@@ -1,5 +1,5 @@
-// Takes the registry's place in a test program: one key with one value, what each call is answered, and a
-// line in the record for each call:
+// Replaces the registry in a test program with one key that has one value. The results of the calls are
+// configurable. Records each call:
 //     open HKCU SOFTWARE\Path options 0 access 0x1
 //     query Name into 4 bytes
 //     set Name type 4 00010000
@@ -18,7 +18,7 @@ struct RecordedRegistry {
     LSTATUS openToQuery = ERROR_SUCCESS;
     LSTATUS openToSet = ERROR_SUCCESS;
     LSTATUS create = ERROR_SUCCESS;
-    LSTATUS query = ERROR_SUCCESS;  // besides, a missing value is not found and a long one is "more data"
+    LSTATUS query = ERROR_SUCCESS;  // with it, a missing value is not found and a long one is "more data"
     LSTATUS set = ERROR_SUCCESS;
     LSTATUS remove = ERROR_SUCCESS;
 
@@ -31,7 +31,7 @@ struct RecordedRegistry {
 
 extern RecordedRegistry g_registry;
 
-// A value of the type; a text's terminating zero is data like any other.
+// A value of the type. The terminating zero of a string is part of the data.
 void StoreValue(DWORD type, const std::vector<BYTE>& data);
 void StoreNumber(DWORD number);
 void StoreText(DWORD type, const std::wstring& text);

@@ -1,4 +1,4 @@
-// Takes Windows' timers' place in a test program: "set timer ID PERIOD" and "kill timer ID" in the record.
+// Replaces Windows' timers in a test program. Records "set timer ID PERIOD" and "kill timer ID".
 #include <gtest/gtest.h>
 
 #include "app/state/app_state.h"

@@ -20,7 +20,7 @@ struct UsedSet {
     const char* const* setFile;
 };
 
-// Filled by constructors of any file, so they are made on first use.
+// Constructors of any file fill them, so they are created on first use.
 std::vector<Seam*>& Seams() {
     static std::vector<Seam*> seams;
     return seams;
@@ -72,7 +72,7 @@ bool IsImportPointer(const void* address) {
     return IsInside(address, ImageBase() + table.VirtualAddress, table.Size);
 }
 
-// A leaf function may lack an entry in the table of functions; the compiler then says nothing of its length.
+// A leaf function may lack an entry in the function table; its length is then unknown.
 bool HasRoomForJump(void* code) {
     DWORD64 image = 0;
     const auto address = reinterpret_cast<DWORD64>(code);
@@ -192,8 +192,8 @@ void* RealAddress(void* current) {
         std::memcpy(&original, seam->saved, sizeof(original));
         return original;
     }
-    // A function of a DLL whose seam is not in force; an address of our own image would come back to the
-    // fake.
+    // A function of a DLL whose seam is not installed. An address in the program's image would lead to the
+    // fake again.
     if (IsInside(current, ImageBase(), ImageHeader().SizeOfImage)) Fail("has no real function", "an address");
     return current;
 }

@@ -1,24 +1,24 @@
-// The seams of the unit tests. The unit under test is the object that ships; a test takes the place of what
-// lies beneath it while the test runs and at no other time.
+// The seams of the unit tests. The unit under test is the shipped object. While a test runs, fakes replace
+// functions that the unit calls.
 //
-// Of Windows: a call of a DLL's function goes through an import pointer, and the pointer is set to the fake.
+// A function of Windows: calls use an import pointer, which is set to the fake.
 //
 //     BOOL WINAPI FakeKillTimer(HWND window, UINT_PTR id) { ... }
 //     AMBREL_SEAM(KillTimer, FakeKillTimer);
 //
-// Of the program itself: the function's first instruction becomes a jump to the replacement.
+// A function of the program: its first instruction becomes a jump to the replacement.
 //
 //     AMBREL_REPLACE(bool, SaveSettings, ()) {
 //         Record("save settings");
 //         return true;
 //     }
 //
-// What stands in a file of tests is in force for the tests of that file. A fake that several files share
-// names its seams, AMBREL_SEAM_SET(recorded_log), and is in force for the files that say
-// AMBREL_USES_SEAMS(recorded_log), which the fake's header may say for all who include it.
+// A seam in a file of tests is installed for the tests of that file. A fake that several files share names
+// its seams, AMBREL_SEAM_SET(recorded_log), which are installed for the files that contain
+// AMBREL_USES_SEAMS(recorded_log). The fake's header may contain it for every file that includes the header.
 //
-// A function that is not imported, that is too short for a jump or that has two fakes ends the program at its
-// start.
+// If a function is not imported, is too short for a jump or has two fakes, the test program exits at
+// start-up.
 #pragma once
 
 #include "win32/platform.h"
@@ -27,7 +27,7 @@ namespace seams {
 
 enum class Place { kImportPointer, kCode };
 
-// Registers one replacement; made by the macros below, before main.
+// Registers one replacement. The macros below create it before main.
 struct Seam {
     template <typename Function>
     Seam(const char* sourceFile, const char* functionName, Function** importPointer, Function* function,
@@ -42,8 +42,8 @@ struct Seam {
     const char* name;
     Place place;
     void* target;       // the import pointer, or the function's code
-    void* address;      // the function as a pointer to it has it, a thunk of the program perhaps
-    void* replacement;  // what is called in its place
+    void* address;      // the value of a pointer to the function, possibly a thunk in the program
+    void* replacement;  // the fake
     bool active = false;
     unsigned char saved[sizeof(void*)] = {};
 
@@ -57,19 +57,21 @@ private:
     }
 };
 
-// Says that the tests of `file` use the seams of the file that `setFile` points to.
+// Declares that the tests of `file` use the seams of the file that `setFile` points to.
 struct Use {
     Use(const char* file, const char* const* setFile);
 };
 
-// Says on stderr what is wrong with the seams; false when anything is.
+// Checks all seams and reports errors on stderr. False if there are any.
 bool Verify();
 
-// Puts the seams in force that the tests of `file` use, and takes all back again.
+// Installs the seams that the tests of `file` use.
 void Install(const char* file);
+
+// Removes all installed seams.
 void Remove();
 
-// What a call through a pointer with this value reaches while its seam is not in force.
+// Returns the real function for a pointer value that may lead to a fake.
 void* RealAddress(void* current);
 
 }  // namespace seams

@@ -1,5 +1,5 @@
-// A banner that is still needed after the restart is withdrawn by whichever of painting and hit testing comes
-// first; the withdrawal is logged once per run.
+// If ramps are still rejected after the restart, the banner is withdrawn. Painting or hit testing, whichever
+// runs first, logs this once per run.
 #include <gtest/gtest.h>
 
 #include "app/state/app_state.h"

@@ -1,10 +1,10 @@
-// GDI without a screen: every call of the drawing code is taken at the import seam, objects and device
-// contexts are kept in books, and what would be drawn becomes a list of lines such as
+// GDI without a screen: seams replace every GDI call of the drawing code, gdi_tracker.h tracks objects and
+// device contexts, and each drawing operation is recorded as a line such as
 //     fill (0,0)-(320,56) #191919
 //     round (73,102)-(87,310) corner 4x4 pen 2 #000000 fill #000000
 //     text "WARMTH" Caption #FF0000 (10,65)-(150,87) centre middle
-// expected_drawing.h makes the same lines from literal numbers. Fills of nothing and empty texts leave no
-// line.
+// expected_drawing.h builds the same lines from literal numbers. Empty fills and empty texts are not
+// recorded.
 #pragma once
 
 #include <string>
@@ -24,7 +24,7 @@ struct GdiRecorder {
 
 extern GdiRecorder g_gdi;
 
-// Forgets everything and fills AppState's fonts with handles named after their roles.
+// Resets the recorder and sets AppState's fonts to handles named after their roles.
 void ResetGdi();
 
 HDC ScreenContext();
@@ -33,8 +33,8 @@ HDC ScreenContext();
 std::string ClipOf(HDC dc);
 void SetClipOf(HDC dc, const std::string& clip);
 
-// What is wrong with the books: the problems met, objects not deleted, contexts not deleted, objects still
-// selected. Empty after clean drawing.
+// The recorded problems, and the objects and contexts that are not deleted or still selected. Empty after
+// clean drawing.
 Drawing GdiLeftovers();
 
 // Names a handle that the test puts into AppState.

@@ -1,4 +1,4 @@
-// The logo through the real imaging component: this program carries the shipped resources.
+// The logo through the real imaging component. This test program contains the shipped resources.
 #include "ui/logo.h"
 
 #include <gtest/gtest.h>
@@ -33,7 +33,7 @@ int g_contexts = 0;
 int g_blocks = 0;
 std::vector<HGDIOBJ> g_deleted;
 
-// The calls that Windows refuses.
+// The calls that fail.
 bool g_noResource = false;
 bool g_noStream = false;
 bool g_noDib = false;

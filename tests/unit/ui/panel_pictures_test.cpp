@@ -1,7 +1,7 @@
 // The panel in every state against golden pictures, pixel by pixel.
 //
-// A picture that is missing fails, one that differs is written beside the build (pictures/) and fails. After
-// a change that is meant to be seen, write the golden pictures anew, look at them and commit them:
+// A missing picture is a failure. A picture that differs is a failure and is written to pictures/ in the
+// build folder. After an intended change, regenerate the golden pictures, review them and commit them:
 //     lab/run-in-lab build/release/unit/ui.exe --write-golden
 // or set AMBREL_WRITE_GOLDEN=1 where a program inherits its environment.
 #include <gtest/gtest.h>
@@ -26,8 +26,8 @@ struct Case {
 };
 
 bool IsWritingGolden() {
-    const char* wish = std::getenv("AMBREL_WRITE_GOLDEN");
-    return (wish != nullptr && std::strcmp(wish, "1") == 0) ||
+    const char* value = std::getenv("AMBREL_WRITE_GOLDEN");
+    return (value != nullptr && std::strcmp(value, "1") == 0) ||
            std::wcsstr(GetCommandLineW(), L"--write-golden") != nullptr;
 }
 

@@ -211,7 +211,7 @@ TEST_F(Regions, TheBannerNeedsLegacyModeAndARejectedRamp) {
 TEST_F(Regions, ABannerWhoseFixAwaitsTheRestartStillReacts) {
     ShowBanner();
     g_app.gammaRangeExpanded = true;
-    EXPECT_EQ(HitTest(160, 382), Region::GammaBanner) << "expanded by somebody else: no time recorded";
+    EXPECT_EQ(HitTest(160, 382), Region::GammaBanner) << "expanded by another program: no time recorded";
     g_app.gammaFixEpoch = 0x7FFFFFFFFFFF;
     EXPECT_EQ(HitTest(160, 382), Region::GammaBanner) << "fixed after the last start";
 }

@@ -31,7 +31,7 @@ std::wstring InSystemFolder(const wchar_t* name) {
 
 constexpr wchar_t kStranger[] = L"ambrel_stranger.dll";
 
-// A DLL under a name of its own in the current folder, which an ordinary search would find.
+// A DLL with a unique name in the current folder, which an ordinary search finds.
 struct StrangerInCurrentFolder {
     TempFolder folder;
     wchar_t previous[MAX_PATH] = {};

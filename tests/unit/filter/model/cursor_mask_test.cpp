@@ -55,7 +55,7 @@ bool XorBit(int x, int y) {
 
 struct Expanded {
     std::vector<CursorPixel> pixels;
-    std::vector<std::uint8_t> mask;  // with a row of kUntouched behind it
+    std::vector<std::uint8_t> mask;  // followed by a row of kUntouched
 };
 
 template <typename And, typename Xor>
@@ -151,7 +151,7 @@ TEST(MonochromeCursor, TheMasksPaddingStaysZeroAndNothingBeyondItIsWritten) {
     }
 }
 
-// Noise in the bits between a row's last pixel and its border belongs to no pixel.
+// The padding bits after a row's last pixel are ignored.
 TEST(MonochromeCursor, ThePaddingOfTheReadHalvesIsIgnored) {
     constexpr int kWidth = 20, kHeight = 2;
     // AND half transparent throughout, XOR half zero, the last 12 bits of each row of 32 set.

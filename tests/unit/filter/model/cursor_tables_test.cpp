@@ -9,7 +9,7 @@
 
 namespace {
 
-// For exact halves the C library rounds away from zero, which is up for what a colour can be.
+// The C library rounds exact halves away from zero, which is up for the values of a colour.
 int Rounded(int value, double factor) {
     const double product = value * factor;
     if (product <= 0.0) return 0;
@@ -141,7 +141,7 @@ TEST(CursorPixels, AlphaIsNeverChanged) {
     }
 }
 
-// Tables that would show a lookup: no factor changes 0.
+// Tables in which even 0 changes, so that every lookup is detected.
 TEST(CursorPixels, APixelOfFourZeroBytesIsSkipped) {
     TintTables tables = DistinctTables();
     tables.red[0] = tables.green[0] = tables.blue[0] = 99;
