@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds Ambrel and makes its packages in build/packages/: the installer, the portable zip, their checksums, manifests
-# for winget and Scoop, and release notes. Two runs give the same bytes.
+# Builds Ambrel and its packages in build/packages/: the installer, the portable zip, their checksums, manifests for
+# winget and Scoop, and release notes. Two runs produce the same bytes.
 set -euo pipefail
 cd "$(dirname "$0")"
 scripts/install-packages.sh scripts/packages.txt packaging/packages.txt

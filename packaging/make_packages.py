@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Makes the packages of a built program: make_packages.py PROGRAM FOLDER. Replaces the folder."""
+"""Builds the packages of a built program: make_packages.py PROGRAM FOLDER. Replaces the folder."""
 
 import shutil
 import sys

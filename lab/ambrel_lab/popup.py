@@ -40,7 +40,7 @@ class PopupActions:
     # The tray icon
 
     def tray_icons(self):
-        """Every icon that the notification area shows, as TrayIcon(rect, tip). Leaves out entries without width,
+        """Every icon that the notification area shows, as TrayIcon(rect, tip). Omits entries without width,
         which Wine has for icons that are removed or not yet placed."""
         return [TrayIcon(Rect(row["left"], row["top"], row["right"], row["bottom"]), row["tip"])
                 for row in self.desktop.rows("tray") if row["right"] > row["left"]]

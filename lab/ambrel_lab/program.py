@@ -78,7 +78,7 @@ class ProgramActions:
         return answer["result"]
 
     def call_window(self, message, wparam=0, lparam=0, target=WINDOW_CLASS, timeout=LIMIT):
-        """Like send_message, but the program may make COM calls meanwhile, as it may in a timer or a posted message."""
+        """Like send_message, but COM allows the program to make calls during the message, as in a timer."""
         answer = self.desktop.request("message", target, "call", message, wparam, lparam, int(timeout * 1000),
                                   timeout=timeout + LIMIT)
         return answer["result"]

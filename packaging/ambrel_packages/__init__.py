@@ -1,1 +1,1 @@
-"""Makes the packages of the built program: portable zip, installer, manifests, checksums."""
+"""Builds the packages of the built program: portable zip, installer, manifests, checksums."""

@@ -14,7 +14,7 @@ MINIMUM_BUILD = 14393
 
 
 class PackagingError(Exception):
-    """A package cannot be made; the text says why."""
+    """A package cannot be built; the text gives the reason."""
 
 
 @dataclass(frozen=True)

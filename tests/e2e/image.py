@@ -17,15 +17,15 @@ def sections(data):
         yield name, base + address, offset, size
 
 
-def place_of_a_rectangle(exe, wanted):
-    """(address, left, top) of constant data that can be read as a rectangle whose corner satisfies `wanted`."""
+def find_rectangle(exe, condition):
+    """(address, left, top) of constant data that can be read as a rectangle whose corner satisfies `condition`."""
     data = exe.read_bytes()
     for name, address, offset, size in sections(data):
         if name != ".rdata":
             continue
         for place in range(0, size - 16, 4):
             left, top = struct.unpack_from("<2i", data, offset + place)
-            if wanted(left, top):
+            if condition(left, top):
                 return address + place, left, top
     raise AssertionError("the program's constants hold no such rectangle")
 

@@ -8,7 +8,7 @@ import pytest
 
 import model
 from desk import POWER, REOPEN_GUARD, SLIDER_X, SLIDER_Y, act_within, wait_until
-from image import is_at_its_own_base, place_of_a_rectangle
+from image import is_at_its_own_base, find_rectangle
 
 WM_DISPLAYCHANGE, WM_POWERBROADCAST, WM_DPICHANGED, WM_CLOSE = 0x7E, 0x218, 0x2E0, 0x10
 RESUME_AUTOMATIC, RESUME_SUSPEND, SUSPEND, BATTERY_LOW = 18, 7, 4, 9
@@ -241,7 +241,7 @@ def send_new_dpi(desk, dpi, wparam=None):
     """Sends the message that Windows sends for a new DPI. Returns the left and top of the suggested rectangle."""
     exe = desk.prefix.path(desk.program_path)
     assert is_at_its_own_base(exe, desk.program_pids()[0])
-    address, left, top = place_of_a_rectangle(exe, lambda x, y: 40 <= x <= 300 and 40 <= y <= 150)
+    address, left, top = find_rectangle(exe, lambda x, y: 40 <= x <= 300 and 40 <= y <= 150)
     desk.send_message(WM_DPICHANGED, dpi << 16 | dpi if wparam is None else wparam, address)
     return left, top
 

@@ -48,7 +48,7 @@ def pwm(backlight):
 
 
 def unlock(backlight):
-    """From the settings panel, in which a copy leaves the popup."""
+    """Closes the settings panel, which a copy leaves open, and unlocks."""
     backlight.desk.close_settings()
     wait_for_panel(backlight.desk, "main")
     backlight.unlock()
@@ -185,8 +185,7 @@ def test_a_lock_that_is_not_verified_is_listed_as_pending(backlight):
     show_settings(backlight.desk)
     backlight.hardware.change("left", behaviour="ignores")
     backlight.hardware.set_by_user("left", 40)
-    # By messages one right after the other: the verification of what the poll asks follows three quarters of a second
-    # later.
+    # The messages follow each other directly, because the verification runs 750 ms after the poll's assertion.
     backlight.tick(VERIFY, POLL)
     press_by_message(backlight.desk)
     assert backlight.desk.clipboard_text().split("=== PWM-SAFE MODE ===\r\n")[1].split("\r\n")[:5] == mode(
