@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr std::uint64_t kDay = 24 * 60 * 60;         // seconds
+constexpr std::uint64_t kDay = 86400;                // seconds
 constexpr std::uint64_t kKeptWhileAway = 30 * kDay;  // seconds
 
 std::uint64_t SecondsSince1970() {

@@ -191,8 +191,9 @@ def prepare(desk):
     desk.hardware.panels([Panel("panel", OWN["panel"], delay=50)])
 
 
-def run(kills, seed, build=None):
-    """Kills the program `kills` times. Returns (failures, table): texts, and counts by (moment, result)."""
+def run(kills, seed, build=None, report=0):
+    """Kills the program `kills` times and prints the totals after every `report` kills. Returns (failures, table):
+    texts, and counts by (moment, result)."""
     rng = random.Random(seed)
     failures, table = [], Counter()
     with Desk(**({"build_dir": build} if build else {})) as desk:
@@ -204,7 +205,13 @@ def run(kills, seed, build=None):
             table[moment.__name__, "failed" if found else "damaged file" if damaged else "ok"] += 1
             failures += [f"seed {seed}, kill {number}, {moment.__name__}: {text}" for text in found]
             victim.reset()
+            if report and (number + 1) % report == 0:
+                print(f"after {number + 1} kills: {totals(table)}", flush=True)
     return failures, table
+
+
+def totals(table):
+    return dict(sum((Counter({result: count}) for (_, result), count in table.items()), Counter()))
 
 
 def print_table(table):
@@ -212,7 +219,7 @@ def print_table(table):
     print(f"{'killed while':14}" + "".join(f"{result:>14}" for result in results))
     for moment in dict.fromkeys(moment for moment, _ in table):
         print(f"{moment:14}" + "".join(f"{table[moment, result]:14}" for result in results))
-    print(f"{'all':14}" + "".join(f"{sum(n for (_, r), n in table.items() if r == result):14}" for result in results))
+    print(f"{'all':14}" + "".join(f"{totals(table).get(result, 0):14}" for result in results))
 
 
 def main():
@@ -222,7 +229,7 @@ def main():
     parser.add_argument("--build", type=Path)
     options = parser.parse_args()
     print(f"{options.kills} kills, seed {options.seed}", flush=True)
-    failures, table = run(options.kills, options.seed, options.build)
+    failures, table = run(options.kills, options.seed, options.build, report=50)
     for failure in failures:
         print(failure)
     print_table(table)
