@@ -30,7 +30,7 @@ DisplayOperation::DisplayOperation(PwmRequest request) : started(TryStart(reques
 DisplayOperation::~DisplayOperation() {
     if (!started) return;
     g_app.pwmOperationRunning = false;
-    // A release that ended during the operation has left its values in the record.
+    // If a release has ended during the operation, its values are still in the restore record.
     if (g_app.ending) WaitForPwmSafeRelease(0);
     if (g_app.pwmDeferred != PwmRequest::None) PostMessageW(g_app.mainWindow, kMessagePwmSafeDeferred, 0, 0);
 }

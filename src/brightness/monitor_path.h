@@ -4,6 +4,6 @@
 
 #include <string>
 
-// The device path of the monitor that a DDC/CI target of this name is now. Empty for a built-in panel, and if
-// Windows reports no path. Queries Windows only, not the monitor.
+// Returns the device path of the monitor that currently has this DDC/CI target name. Empty for a built-in
+// panel, or if Windows reports no path. Queries only Windows, not the monitor.
 std::wstring MonitorDevicePath(const std::wstring& targetName);

@@ -37,9 +37,9 @@ DWORD WINAPI ReleaseThread(void* context) {
     return 0;
 }
 
-// The window thread writes the file: Windows may end the process as soon as that thread has replied to the
-// end of the session, and a write of settings.ini that is interrupted loses the settings. Does nothing during
-// an operation, because a display that is being locked may accept its 100 percent after the release.
+// Called on the window thread: Windows may terminate the process as soon as that thread has returned from
+// WM_ENDSESSION, and an interrupted write of settings.ini loses the settings. Does nothing during an
+// operation, because a display that is being locked may accept its 100 percent after the release.
 void DeleteRestoredFromRecord(PwmReleaseJob* release) {
     if (!release->ended || g_app.pwmOperationRunning) return;
     DeleteRecordedBrightness(std::exchange(release->restored, {}));
@@ -93,7 +93,7 @@ bool FinishPwmSafeRelease() {
     if (!g_app.pwmRelease->ended) return false;
     const std::unique_ptr<PwmReleaseJob> release(std::exchange(g_app.pwmRelease, nullptr));
     DeleteRestoredFromRecord(release.get());
-    // Values that the next lock reads again are not carried over a switch-off.
+    // With the mode off the next lock reads the displays again, so these values are dropped.
     if (g_app.pwmSafe) {
         for (const auto& [name, percent] : release->values)
             g_app.pwmSavedBrightness.try_emplace(name, percent);

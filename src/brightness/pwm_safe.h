@@ -32,7 +32,8 @@ void SchedulePwmSafePoll();
 // the switch is deferred.
 void TogglePwmSafeByUser();
 
-// Creation of the window: enumerates the displays, and asserts the lock if the settings have the mode on.
+// Creation of the window: enumerates the displays, recalls the brightness that a previous run has not
+// restored (saved_brightness.h), and asserts the lock if the settings have the mode on.
 void RestorePwmSafeFromSettings();
 
 // After a change of the displays or of power: asserts the lock again and resets the period of the poll. If

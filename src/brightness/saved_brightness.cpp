@@ -38,7 +38,8 @@ RestoreRows::const_iterator FindRow(const RestoreRows& rows, const Identity& ide
                         [&](const auto& numbered) { return identity.IsOf(numbered.second); });
 }
 
-// Returns the user's own value: the target's, or that of a previous run which has left the display locked.
+// Returns the user's value: the target's brightness, or the value of a previous run that left the display
+// locked.
 std::uint32_t RecordBrightness(const DisplayTarget& target) {
     if (g_app.settingsPath.empty()) return target.percent;
     const Identity identity(target.name);
@@ -56,7 +57,7 @@ std::uint32_t RecordBrightness(const DisplayTarget& target) {
     return row.percent;
 }
 
-// The target that has the row's name. Null if its display is away.
+// The target that has the row's name. Null if its display is not connected.
 const DisplayTarget* TargetOf(const RestoreRow& row, const DisplayTargetList& list) {
     const auto target = std::find_if(list.begin(), list.end(),
                                      [&](const DisplayTarget& each) { return each.name == row.name; });
@@ -66,7 +67,7 @@ const DisplayTarget* TargetOf(const RestoreRow& row, const DisplayTargetList& li
 void RecallRow(int number, const RestoreRow& row, const DisplayTarget& target) {
     const Identity identity(target.name);
     if (identity.IsOf(row) && IsAt100(target)) {
-        // Of two rows for one display the first counts.
+        // If two rows name the same display, the first is used.
         if (g_app.pwmSavedBrightness.try_emplace(row.name, row.percent).second) {
             if (row.awaySince != 0) WriteRestoreRow(number, {row.percent, 0, row.name, row.path});
             return;
@@ -75,8 +76,8 @@ void RecallRow(int number, const RestoreRow& row, const DisplayTarget& target) {
     DeleteRestoreRow(number);
 }
 
-// The time is counted from the first start that misses the display. A time in the future is a clock that has
-// been set back.
+// The time counts from the first start at which the display is not connected. If it is in the future, the
+// clock has been set back.
 void KeepWhileAway(int number, RestoreRow row) {
     const std::uint64_t now = SecondsSince1970();
     if (row.awaySince == 0 || row.awaySince > now) {

@@ -10,15 +10,15 @@
 #include "brightness/display_target.h"
 
 // Saves the target's brightness, unless it is already saved, and returns the saved value. On return the
-// record is on the disk, so the display may be set. A display that a previous run has locked and not restored
-// keeps the value of that run.
+// record is on the disk, so the display may be set. If a previous run has locked the display and not restored
+// it, the value of that run is saved.
 std::uint32_t SaveBrightness(const DisplayTarget& target);
 
-// At the first enumeration after the start: saves the values of displays that the last run has not restored.
-// A value is used only if both the target and the monitor are the same and the display still reads what the
-// lock sets. If one of these differs, the value is dropped. That of a display that is away is kept for 30
-// days.
+// Called with the first enumeration after the start. Saves the recorded values of displays that a previous
+// run has not restored. A value is used only if the target and the monitor are the same and the display still
+// reads the lock's 100 percent; otherwise it is deleted. The value of a display that is not connected is kept
+// for 30 days.
 void RecallBrightness(const DisplayTargetList& list);
 
-// These targets have their own brightness again: deletes their values from the record.
+// Deletes the values of these targets, which have been restored, from the record.
 void DeleteRecordedBrightness(const std::vector<std::wstring>& names);

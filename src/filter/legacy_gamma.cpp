@@ -62,8 +62,8 @@ void CountRejected(RampResult result) {
     RefreshPopupAndTray();
 }
 
-// The filter's first ramp is always loaded by a switch of the filter or of the pipeline. The record is
-// written even if that ramp is the identity: a later one, in the middle of a drag, differs.
+// Only switching the filter or the pipeline loads the filter's first ramp. The record is written even if that
+// ramp is the identity, because a later one, during a drag, differs.
 void RecordRampOnce() {
     if (g_app.rampInForce) return;
     g_app.rampInForce = true;

@@ -106,13 +106,13 @@ RampLoad LoadIntoEachDisplay(GammaRamp* ramp) {
     return allMatch ? RampLoad::Matches : RampLoad::Differs;
 }
 
-// When the program terminates, nothing loads the ramp later.
+// Tries again if the program is terminating, since nothing loads the ramp later.
 bool LoadIdentityInto(HDC dc, GammaRamp* identity) {
     return SetDeviceGammaRamp(dc, identity) != FALSE ||
            (g_app.ending && SetDeviceGammaRamp(dc, identity) != FALSE);
 }
 
-// False if none accepts it.
+// False if no display accepts it.
 bool LoadIdentityIntoEachDisplay(GammaRamp* identity) {
     bool anyLoaded = false;
     DISPLAY_DEVICEW display;

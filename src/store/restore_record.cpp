@@ -43,8 +43,8 @@ bool HasSection() {
     return false;
 }
 
-// Neither blanks, which the private-profile functions trim and which separate the fields, nor anything that a
-// code page may change is stored as it is.
+// Blanks separate the fields, and the private-profile functions trim them. Other characters outside this
+// range may be changed by a code page.
 bool IsStoredAsIs(wchar_t unit) {
     return unit > L' ' && unit < 0x7F && unit != L'%';
 }
@@ -74,7 +74,7 @@ bool DecodeHexDigit(wchar_t digit, unsigned* value) {
     return true;
 }
 
-// False when the text is not one that Encoded returns. A name contains no zero.
+// False if Encoded cannot have returned the text. A name does not contain a zero.
 bool Decode(std::wstring_view encoded, std::wstring* text) {
     text->clear();
     while (!encoded.empty()) {
@@ -106,7 +106,7 @@ bool ParseNumber(std::wstring_view digits, std::uint64_t maximum, std::uint64_t*
     return !digits.empty();
 }
 
-// Removes the first field of a row, and the blank behind it, from `rest`.
+// Removes the first field of a row, and the blank that follows it, from `rest`.
 std::wstring_view TakeField(std::wstring_view* rest) {
     const std::size_t end = std::min(rest->find(L' '), rest->size());
     const std::wstring_view field = rest->substr(0, end);
@@ -135,7 +135,7 @@ bool ReadRow(int number, RestoreRow* row) {
     wchar_t value[kMaxValueLength + 2] = {};
     const DWORD length = GetPrivateProfileStringW(kSection, std::to_wstring(number).c_str(), L"", value,
                                                   std::size(value), Path());
-    // One more than the maximum: the value may have been truncated.
+    // A longer value may have been truncated.
     return length <= kMaxValueLength && ParseRow({value, length}, row);
 }
 
@@ -147,7 +147,7 @@ void DeleteSection() {
     Write(nullptr, nullptr);
 }
 
-// 0 when there is none.
+// The number for a new row; 0 if there is none.
 int FreeNumber(const RestoreRows& rows) {
     for (int number = 1; number <= kMaxRestoreRows; ++number) {
         if (rows.count(number) == 0) return number;
