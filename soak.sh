@@ -1,15 +1,29 @@
 #!/usr/bin/env bash
 # Builds Ambrel and runs the long forms of the tests that attack it; `./test.sh` runs their quick forms.
 #   ./soak.sh               all of them
+#   ./soak.sh faults        makes every function of Windows fail in turn, in every way, during a session
 #   ./soak.sh kills [N]     kills the program at N (500) random moments; SEED=S repeats a run
 set -euo pipefail
 cd "$(dirname "$0")"
 
-attacks=(kills)
+attacks=(faults kills)
 
 usage() {
-    sed -n '2,4s/^# \{0,1\}//p' "$0" >&2
+    sed -n '2,5s/^# \{0,1\}//p' "$0" >&2
     exit 2
+}
+
+# Goes on behind a case that ends or blocks the program.
+attack_faults() {
+    local from=0 status failed=0
+    while :; do
+        status=0
+        lab/run-in-lab build/release/unit/fault_matrix.exe --from "$from" >build/faults.log || status=$?
+        cat build/faults.log
+        [ "$status" -eq 3 ] || return $((status || failed))
+        failed=1
+        from=$(($(sed -nE 's/^(CRASH|HANG): ([0-9]+):.*/\2/p' build/faults.log) + 1))
+    done
 }
 
 attack_kills() {
@@ -24,7 +38,7 @@ fi
 
 scripts/install-packages.sh scripts/packages.txt lab/packages.txt
 mkdir -p build
-if ! { cmake --preset tests && cmake --build --preset tests --target ambrel lab; } >build/soak.log 2>&1; then
+if ! { cmake --preset tests && cmake --build --preset tests --target ambrel lab fault_matrix; } >build/soak.log 2>&1; then
     grep -v '^\[' build/soak.log | tail -n 60 >&2
     echo "The build failed. The full log is in build/soak.log." >&2
     exit 1

@@ -6,8 +6,6 @@
 
 #include <winternl.h>
 
-namespace {
-
 // Windows counts the objects of a process. Wine always returns 0; there the handle table in the process
 // environment block contains only the objects of this process.
 int CountGdiObjects() {
@@ -34,6 +32,8 @@ int CountGdiObjects() {
         count += table[i].type != 0 ? 1 : 0;
     return count;
 }
+
+namespace {
 
 // Wine accepts a user handle without its upper half as the object of that index, and knows only the icons of
 // this process. Querying every index finds them all.

@@ -10,7 +10,8 @@ struct GdiCounts {
     bool operator==(const GdiCounts&) const = default;
 };
 
-// Uses no seam.
+// Use no seam.
+int CountGdiObjects();
 GdiCounts CurrentGdiCounts();
 
 // For the messages of a failing comparison.

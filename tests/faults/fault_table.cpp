@@ -1,0 +1,198 @@
+#include "faults/fault_table.h"
+
+namespace {
+
+// Documented failures.
+constexpr Failure kNothing = {0, ERROR_ACCESS_DENIED};  // FALSE, null, 0
+constexpr Failure kNoMemory = {0, ERROR_NOT_ENOUGH_MEMORY};
+constexpr Failure kMinusOne = {-1, ERROR_INVALID_HANDLE};
+constexpr Failure kErrorCode = {ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED};
+constexpr Failure kErrno = {13, ERROR_ACCESS_DENIED};                                      // EACCES
+constexpr Failure kFailed = {static_cast<std::int32_t>(0x80004005), ERROR_ACCESS_DENIED};  // E_FAIL
+constexpr Failure kParameter = {0, ERROR_INVALID_PARAMETER};
+constexpr Failure kTimeout = {WAIT_TIMEOUT, ERROR_SUCCESS};
+
+struct Group {
+    Failure failure;
+    std::vector<const char*> functions;
+};
+
+const std::vector<Group>& Imported() {
+    static const std::vector<Group> groups = {
+        {kErrorCode,
+         {"RegCloseKey", "RegCreateKeyExW", "RegDeleteValueW", "RegOpenKeyExW", "RegQueryValueExW",
+          "RegSetValueExW"}},
+        {kNothing,
+         {"BitBlt",
+          "CreateBitmap",
+          "CreateCompatibleBitmap",
+          "CreateCompatibleDC",
+          "CreateDIBSection",
+          "CreateFontW",
+          "CreatePen",
+          "CreateRectRgn",
+          "CreateRoundRectRgn",
+          "CreateSolidBrush",
+          "DeleteDC",
+          "DeleteObject",
+          "Ellipse",
+          "GdiAlphaBlend",
+          "GdiFlush",
+          "GdiGradientFill",
+          "GetClipRgn",
+          "GetDIBits",
+          "GetDeviceGammaRamp",
+          "GetObjectW",
+          "GetStockObject",
+          "GetTextExtentPoint32W",
+          "LineTo",
+          "MoveToEx",
+          "RoundRect",
+          "SelectClipRgn",
+          "SelectObject",
+          "SetBkMode",
+          "SetDeviceGammaRamp",
+          "SetMapMode",
+          "SetStretchBltMode",
+          "SetViewportExtEx",
+          "SetViewportOrgEx",
+          "SetWindowExtEx"}},
+        {kMinusOne,
+         {"GetClipRgn", "SetTextColor", "GetMessageW", "GetFileAttributesW", "WaitForSingleObject"}},
+        {kNothing,
+         {"CloseHandle",
+          "CompareStringOrdinal",
+          "CreateDirectoryW",
+          "CreateMutexW",
+          "FindResourceW",
+          "FreeLibrary",
+          "GetModuleFileNameW",
+          "GetPrivateProfileIntW",
+          "GetPrivateProfileStringW",
+          "GetProcAddress",
+          "GetTimeZoneInformation",
+          "GetUserDefaultLocaleName",
+          "GlobalAlloc",
+          "GlobalFree",
+          "GlobalLock",
+          "GlobalMemoryStatusEx",
+          "GlobalUnlock",
+          "LoadLibraryExW",
+          "LoadResource",
+          "LockResource",
+          "MulDiv",
+          "MultiByteToWideChar",
+          "ReleaseMutex",
+          "SizeofResource",
+          "WideCharToMultiByte",
+          "WritePrivateProfileStringW"}},
+        {kNoMemory, {"GlobalAlloc", "CreateThread"}},
+        {kTimeout, {"WaitForSingleObject"}},
+        {kErrno, {"_wfopen_s"}},
+        {kNothing, {"fread", "fwrite"}},
+        {kMinusOne, {"fclose", "fflush", "fgetpos", "fsetpos", "_filelengthi64", "_time64"}},
+        {kFailed, {"CoCreateInstance", "CoInitializeEx", "CoInitializeSecurity", "CreateStreamOnHGlobal"}},
+        {kFailed, {"SHGetFolderPathW"}},
+        {kNothing, {"ShellExecuteW", "Shell_NotifyIconW"}},
+        {kNothing,
+         {"AllowSetForegroundWindow",
+          "AppendMenuW",
+          "AttachThreadInput",
+          "BeginPaint",
+          "BringWindowToTop",
+          "ChangeWindowMessageFilterEx",
+          "CloseClipboard",
+          "CopyIcon",
+          "CopyImage",
+          "CreateIconIndirect",
+          "CreatePopupMenu",
+          "CreateWindowExW",
+          "DestroyCursor",
+          "DestroyIcon",
+          "DestroyMenu",
+          "DestroyWindow",
+          "DrawIconEx",
+          "DrawTextW",
+          "EmptyClipboard",
+          "EndPaint",
+          "EnumDisplayDevicesW",
+          "EnumDisplayMonitors",
+          "EnumDisplaySettingsW",
+          "FillRect",
+          "FindWindowW",
+          "GetAsyncKeyState",
+          "GetClientRect",
+          "GetCursorPos",
+          "GetDC",
+          "GetDpiForWindow",
+          "GetForegroundWindow",
+          "GetIconInfo",
+          "GetMessageW",
+          "GetMonitorInfoW",
+          "GetSystemMetrics",
+          "GetWindow",
+          "GetWindowRect",
+          "GetWindowThreadProcessId",
+          "InvalidateRect",
+          "IsWindowVisible",
+          "KillTimer",
+          "LoadCursorW",
+          "LoadIconW",
+          "LoadImageW",
+          "MessageBoxW",
+          "MonitorFromPoint",
+          "OpenClipboard",
+          "PeekMessageW",
+          "PostMessageW",
+          "RegisterClassExW",
+          "RegisterPowerSettingNotification",
+          "RegisterSuspendResumeNotification",
+          "RegisterWindowMessageW",
+          "ReleaseCapture",
+          "ReleaseDC",
+          "SetCapture",
+          "SetClipboardData",
+          "SetForegroundWindow",
+          "SetProcessDPIAware",
+          "SetSystemCursor",
+          "SetTimer",
+          "SetWindowPos",
+          "ShowWindow",
+          "SystemParametersInfoW",
+          "TrackPopupMenu",
+          "UnregisterPowerSettingNotification",
+          "UnregisterSuspendResumeNotification"}},
+    };
+    return groups;
+}
+
+const std::vector<Group>& LookedUp() {
+    static const std::vector<Group> groups = {
+        {kNothing,
+         {"MagInitialize", "MagUninitialize", "MagSetFullscreenColorEffect",
+          "GetNumberOfPhysicalMonitorsFromHMONITOR", "GetPhysicalMonitorsFromHMONITOR",
+          "DestroyPhysicalMonitors", "GetMonitorCapabilities", "GetMonitorBrightness",
+          "SetMonitorBrightness"}},
+        {kParameter, {"MagSetFullscreenColorEffect"}},
+        {kFailed,
+         {"SetProcessDpiAwareness", "DwmSetWindowAttribute", "DwmIsCompositionEnabled", "GetDpiForMonitor",
+          "RtlGetVersion"}},
+    };
+    return groups;
+}
+
+void Append(const std::vector<Group>& groups, bool lookedUp, std::vector<FaultRow>* rows) {
+    for (const Group& group : groups) {
+        for (const char* function : group.functions)
+            rows->push_back({function, lookedUp, group.failure});
+    }
+}
+
+}  // namespace
+
+std::vector<FaultRow> AllFaults() {
+    std::vector<FaultRow> rows;
+    Append(Imported(), false, &rows);
+    Append(LookedUp(), true, &rows);
+    return rows;
+}

@@ -1,0 +1,257 @@
+// Every function of Windows that the program calls fails in turn, in every way and on every occasion, while a
+// whole session runs. After each session the screen, the cursors and the monitor must be as before it.
+//
+//     fault_matrix [--quick] [--from ROW] [--only FUNCTION]
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "app/startup.h"
+#include "app/state/app_state.h"
+#include "app/state/program_names.h"
+#include "brightness/monitor_functions.h"
+#include "faults/fault_injector.h"
+#include "faults/fault_table.h"
+#include "faults/script.h"
+#include "faults/simulated_platform.h"
+#include "filter/gamma_range_helper.h"
+#include "filter/gdi_counts.h"
+
+#include <shlobj.h>
+
+namespace {
+
+constexpr DWORD kHang = 30000;      // ms
+constexpr int kWarmUpSessions = 2;  // Windows and Wine load fonts and libraries in the first ones
+
+struct Case {
+    const FaultRow* row;  // null: nothing fails
+    Occasion occasion;
+    End end;
+};
+
+char g_currentCase[256] = "";
+volatile LONG g_casesRun = 0;
+std::set<std::string> g_notCalled;
+bool g_short = false;
+
+void Describe(const Case& each, std::size_t number) {
+    if (each.row == nullptr) {
+        std::snprintf(g_currentCase, sizeof(g_currentCase), "no fault, %s", NameOf(each.end));
+        return;
+    }
+    std::snprintf(g_currentCase, sizeof(g_currentCase), "%zu: %s = %lld (error %lu) %s, %s", number,
+                  each.row->function, static_cast<long long>(each.row->failure.result),
+                  each.row->failure.lastError, NameOf(each.occasion), NameOf(each.end));
+}
+
+[[noreturn]] void Abort(const char* what) {
+    std::printf("%s: %s\n", what, g_currentCase);
+    std::fflush(stdout);
+    TerminateProcess(GetCurrentProcess(), 3);
+    std::_Exit(3);
+}
+
+LONG WINAPI OnCrash(EXCEPTION_POINTERS* exception) {
+    const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
+    const auto offset = static_cast<unsigned long long>(static_cast<char*>(record.ExceptionAddress) -
+                                                        reinterpret_cast<char*>(GetModuleHandleW(nullptr)));
+    std::printf("code %08lX at image + %llX\n", record.ExceptionCode, offset);
+    Abort("CRASH");
+}
+
+DWORD WINAPI Watch(void*) {
+    LONG seen = -1;
+    for (;;) {
+        Sleep(kHang);
+        if (g_casesRun == seen) Abort("HANG");
+        seen = g_casesRun;
+    }
+}
+
+void DeleteSettings() {
+    wchar_t folder[MAX_PATH] = L"";
+    SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, folder);
+    const std::wstring directory = std::wstring(folder) + L"\\Ambrel2\\";
+    for (const wchar_t* file : {L"settings.ini", L"events.log"})
+        DeleteFileW((directory + file).c_str());
+}
+
+struct Outcome {
+    std::uint32_t calls;
+    std::vector<std::string> faults;
+};
+
+bool IsAnyOf(const Case& each, std::initializer_list<const char*> functions) {
+    if (each.row == nullptr) return false;
+    for (const char* function : functions) {
+        if (std::strcmp(each.row->function, function) == 0) return true;
+    }
+    return false;
+}
+
+// Whether the platform allows the restoration: a function that fails always cannot restore anything.
+bool MayRestore(const Case& each, std::initializer_list<const char*> functions) {
+    return each.occasion != Occasion::Always || !IsAnyOf(each, functions);
+}
+
+void CheckRestored(const Case& each, Outcome* outcome) {
+    if (!IsRampIdentity() && MayRestore(each, {"SetDeviceGammaRamp", "GetDC"}))
+        outcome->faults.push_back("the gamma ramp is not the identity");
+    if (!g_platform.matrixIsIdentity && MayRestore(each, {"MagSetFullscreenColorEffect"}))
+        outcome->faults.push_back("the colour matrix is not the identity");
+    if (g_platform.cursorsReplaced && MayRestore(each, {"SystemParametersInfoW"}))
+        outcome->faults.push_back("the cursors are tinted");
+    if (g_platform.monitorPercent != 40 &&
+        MayRestore(each,
+                   {"SetMonitorBrightness", "EnumDisplayMonitors", "GetMonitorInfoW",
+                    "GetNumberOfPhysicalMonitorsFromHMONITOR", "GetPhysicalMonitorsFromHMONITOR",
+                    "GetMonitorCapabilities", "GetMonitorBrightness", "LoadLibraryExW", "GetProcAddress"}))
+        outcome->faults.push_back("the monitor is at " + std::to_string(g_platform.monitorPercent) + " %");
+    if (g_platform.busyLoop) outcome->faults.push_back("busy loop");
+}
+
+// Ends a program whose window is still there, as the end of the process would.
+void CleanUp() {
+    if (g_app.mainWindow != nullptr) DestroyWindow(g_app.mainWindow);
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
+    }
+    UnregisterClassW(kWindowClassName, GetModuleHandleW(nullptr));
+    g_monitorFunctions = {};
+    DeleteSettings();
+    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM",
+                       L"GdiIcmGammaRange");
+}
+
+// Whether the program can learn that it should quit.
+bool CanQuit(const Case& each) {
+    return !IsAnyOf(each, {"CreatePopupMenu", "TrackPopupMenu", "DestroyWindow", "GetMessageW"});
+}
+
+std::wstring CommandLine(End end) {
+    const std::wstring program = L"ambrel.exe";
+    return end == End::Helper ? program + L" " + kExpandGammaRangeSwitch : program;
+}
+
+Outcome RunSession(const Case& each, std::size_t number) {
+    Describe(each, number);
+    ResetSimulatedPlatform();
+    g_app = AppState{};
+    g_platform.script = SessionScript(each.end, g_short);
+    Outcome outcome = {};
+    {
+        std::optional<InjectedFault> fault;
+        if (each.row != nullptr) {
+            void* lookedUp = each.row->lookedUp ? SimulatedFunction(each.row->function) : nullptr;
+            fault.emplace(each.row->function, lookedUp, each.row->failure, each.occasion);
+        }
+        RunAmbrel(GetModuleHandleW(nullptr), CommandLine(each.end).c_str());
+        if (fault) outcome.calls = fault->Calls();
+    }
+    if (g_platform.scriptRanOut && each.end == End::Quit && CanQuit(each))
+        outcome.faults.push_back("the program does not quit");
+    // A program that could not be told to quit is told now.
+    if (each.end == End::Quit && g_app.mainWindow != nullptr) DestroyWindow(g_app.mainWindow);
+    CheckRestored(each, &outcome);
+    CleanUp();
+    g_casesRun = g_casesRun + 1;
+    return outcome;
+}
+
+struct Held {
+    int gdiObjects;
+    DWORD handles;
+};
+
+Held CountHeld() {
+    Held held = {CountGdiObjects(), 0};
+    GetProcessHandleCount(GetCurrentProcess(), &held.handles);
+    return held;
+}
+
+// Functions whose failure keeps what they should free.
+bool FreesOrEndsTheProcess(const Case& each) {
+    return IsAnyOf(each, {"CloseHandle", "RegCloseKey", "fclose", "DeleteObject", "DeleteDC", "ReleaseDC",
+                          "DestroyIcon", "DestroyCursor", "SetSystemCursor", "SelectObject", "EndPaint",
+                          "UnregisterPowerSettingNotification", "UnregisterSuspendResumeNotification",
+                          // The process ends with exit code 1.
+                          "RegisterClassExW", "CreateWindowExW"});
+}
+
+// A leak occurs in each run; Windows and Wine create what they cache once.
+void CheckHeld(const Case& each, std::size_t number, Outcome* outcome, const Held& before) {
+    const Held first = CountHeld();
+    if (first.gdiObjects <= before.gdiObjects && first.handles <= before.handles) return;
+    RunSession(each, number);
+    const Held second = CountHeld();
+    if (first.gdiObjects > before.gdiObjects && second.gdiObjects > first.gdiObjects)
+        outcome->faults.push_back(std::to_string(second.gdiObjects - first.gdiObjects) + " GDI objects more");
+    if (first.handles > before.handles && second.handles > first.handles)
+        outcome->faults.push_back(std::to_string(second.handles - first.handles) + " handles more");
+}
+
+bool RunCase(const Case& each, std::size_t number) {
+    const Held before = CountHeld();
+    Outcome outcome = RunSession(each, number);
+    if (!FreesOrEndsTheProcess(each)) CheckHeld(each, number, &outcome, before);
+    for (const std::string& fault : outcome.faults)
+        std::printf("FAULT: %s: %s\n", g_currentCase, fault.c_str());
+    if (each.row != nullptr && outcome.calls == 0) g_notCalled.insert(each.row->function);
+    std::fflush(stdout);
+    return outcome.faults.empty();
+}
+
+std::vector<Case> Cases(const std::vector<FaultRow>& rows, bool quick, const char* only) {
+    std::vector<Case> cases;
+    for (const FaultRow& row : rows) {
+        if (only != nullptr && std::strcmp(row.function, only) != 0) continue;
+        for (const Occasion occasion : kOccasions) {
+            if (quick && occasion != Occasion::Always) continue;
+            cases.push_back({&row, occasion, End::Quit});
+            if (quick) continue;
+            cases.push_back({&row, occasion, End::EndOfSession});
+            cases.push_back({&row, occasion, End::Helper});
+        }
+    }
+    return cases;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    bool quick = false;
+    std::size_t from = 0;
+    const char* only = nullptr;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--quick") == 0) quick = g_short = true;
+        if (std::strcmp(argv[i], "--from") == 0 && i + 1 < argc) from = std::strtoul(argv[++i], nullptr, 10);
+        if (std::strcmp(argv[i], "--only") == 0 && i + 1 < argc) only = argv[++i];
+    }
+    AddVectoredExceptionHandler(1, OnCrash);
+    CloseHandle(CreateThread(nullptr, 0, Watch, nullptr, 0, nullptr));
+    InstallSimulatedPlatform();
+    const std::vector<FaultRow> rows = AllFaults();
+    const std::vector<Case> cases = Cases(rows, quick, only);
+    bool good = true;
+    for (int i = 0; i < kWarmUpSessions; ++i) {
+        for (const End end : {End::Quit, End::EndOfSession})
+            RunSession({nullptr, Occasion::Always, end}, 0);
+    }
+    for (const End end : {End::Quit, End::EndOfSession})
+        good = RunCase({nullptr, Occasion::Always, end}, 0) && good;
+    std::size_t failed = 0;
+    for (std::size_t number = from; number < cases.size(); ++number)
+        failed += RunCase(cases[number], number) ? 0 : 1;
+    std::set<std::string> functions;
+    for (const Case& each : cases)
+        functions.insert(each.row->function);
+    for (const std::string& function : g_notCalled)
+        std::printf("not called: %s\n", function.c_str());
+    std::printf("%zu functions, %zu rows, %zu cases, %zu failed\n", functions.size(), rows.size(),
+                cases.size() - from, failed);
+    return good && failed == 0 ? 0 : 1;
+}

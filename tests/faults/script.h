@@ -1,0 +1,12 @@
+// A session of the program as a user and Windows drive it: every region, the menu, the timers, display
+// changes, resume, the report, and one of two ends.
+#pragma once
+
+#include <vector>
+
+// Helper: the elevated run that extends the gamma range, which has no window.
+enum class End { Quit, EndOfSession, Helper };
+const char* NameOf(End end);
+
+// The short form leaves out most regions.
+std::vector<void (*)()> SessionScript(End end, bool shortForm);
