@@ -8,6 +8,7 @@
 #include "app/state/dpi.h"
 #include "app/state/timers.h"
 #include "brightness/pwm_safe.h"
+#include "ui/accessible_events.h"
 #include "ui/canvas.h"
 
 namespace {
@@ -75,6 +76,7 @@ void ShowPopup() {
     SetWindowPos(g_app.mainWindow, HWND_TOPMOST, placement.rectangle.left, placement.rectangle.top, 0, 0,
                  SWP_NOSIZE | SWP_SHOWWINDOW);
     FitToPlacement(placement);
+    AnnouncePopup(true);
     g_app.popupShown = true;
     g_app.popupArmed = BringToForeground(g_app.mainWindow);
     InvalidateRect(g_app.mainWindow, nullptr, FALSE);
@@ -88,4 +90,5 @@ void HidePopup() {
     // A menu or a message box of a hidden popup hides it again when it ends: no click has done that.
     if (IsWindowVisible(g_app.mainWindow)) g_app.popupHiddenAt = GetTickCount64();
     ShowWindow(g_app.mainWindow, SW_HIDE);
+    AnnouncePopup(false);
 }

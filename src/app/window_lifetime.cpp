@@ -13,6 +13,7 @@
 #include "brightness/pwm_release.h"
 #include "brightness/pwm_safe.h"
 #include "filter/magnification.h"
+#include "ui/accessible_host.h"
 #include "ui/fonts.h"
 #include "ui/logo.h"
 
@@ -62,6 +63,7 @@ void OnDestroy() {
     ShutdownMagnification();
     UnregisterPowerEvents();
     RemoveTrayIcon();
+    ReleaseAccessibleObject();
     FreeDrawingResources();
     ReleaseSingleInstance();
     g_app.mainWindow = nullptr;

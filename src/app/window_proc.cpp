@@ -2,6 +2,7 @@
 
 #include <windowsx.h>
 
+#include "app/accessibility.h"
 #include "app/auto_hide.h"
 #include "app/display_events.h"
 #include "app/notices.h"
@@ -17,6 +18,7 @@
 #include "brightness/pwm_safe.h"
 #include "filter/gamma_fix.h"
 #include "store/settings.h"
+#include "ui/accessible_events.h"
 #include "ui/popup_input.h"
 #include "ui/popup_painter.h"
 
@@ -62,6 +64,11 @@ void OnPopupPressed(LPARAM position) {
     OnMouseDown(GET_X_LPARAM(position), GET_Y_LPARAM(position));
 }
 
+void OnPaint(HWND window) {
+    PaintPopup(window);
+    AnnouncePanel();
+}
+
 LRESULT OnMouseActivate() {
     g_app.popupArmed = true;
     return MA_ACTIVATE;
@@ -90,6 +97,8 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         case kMessageShowPopup:          OnSecondStart();                                             return 0;
         case kMessageMagnificationError: ShowMagnificationError(static_cast<int>(wParam));            return 0;
         case kMessagePwmSafeDeferred:    OnPwmSafeDeferred();                                         return 0;
+        case kMessageAccessibleActions:  OnAccessibleActions();                                       return 0;
+        case WM_GETOBJECT:                                            return OnGetObject(window, wParam, lParam);
         case WM_POWERBROADCAST:          OnPowerBroadcast(wParam, lParam);                            return TRUE;
         case WM_LBUTTONDOWN:             OnPopupPressed(lParam);                                      return 0;
         case WM_LBUTTONUP:               OnMouseUp();                                                 return 0;
@@ -104,7 +113,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         case WM_CREATE:                  OnCreate(window);                                            return 0;
         case WM_DESTROY:                 OnDestroy();                                                 return 0;
         case WM_ACTIVATE:                OnActivate(LOWORD(wParam), reinterpret_cast<HWND>(lParam));  return 0;
-        case WM_PAINT:                   PaintPopup(window);                                          return 0;
+        case WM_PAINT:                   OnPaint(window);                                             return 0;
         case WM_CLOSE:                   HidePopup();                                                 return 0;
         case WM_ERASEBKGND:                                                                           return 1;
         default:                         return DefWindowProcW(window, message, wParam, lParam);

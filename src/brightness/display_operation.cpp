@@ -33,4 +33,5 @@ DisplayOperation::~DisplayOperation() {
     // If a release has ended during the operation, its values are still in the restore record.
     if (g_app.ending) WaitForPwmSafeRelease(0);
     if (g_app.pwmDeferred != PwmRequest::None) PostMessageW(g_app.mainWindow, kMessagePwmSafeDeferred, 0, 0);
+    if (g_app.accessibleActions.count != 0) PostMessageW(g_app.mainWindow, kMessageAccessibleActions, 0, 0);
 }

@@ -6,13 +6,13 @@
 #include "app/state/dpi.h"
 #include "ui/canvas.h"
 #include "ui/palette.h"
+#include "ui/panel_texts.h"
 #include "ui/regions.h"
 #include "win32/guards.h"
 
 namespace {
 
 constexpr RECT kHeaderBand = {0, 0, kCanvasWidth, kHeaderHeight};
-constexpr RECT kHeaderTitle = {22, 20, 180, 40};
 constexpr RECT kHeaderSubtitle = {42, 36, 250, 52};
 constexpr RECT kHeaderDot = {20, 38, 28, 46};
 constexpr wchar_t kGearGlyph[] = L"\xE713";
@@ -115,7 +115,7 @@ void FillHeaderBand(HDC dc) {
 
 void DrawPanelHeader(HDC dc, const wchar_t* subtitle, COLORREF subtitleColour, bool showGear, bool showDot) {
     FillHeaderBand(dc);
-    DrawTextLine(dc, FontRole::Title, kColourDimmed, kHeaderTitle, kAlignTopLeft, L"AMBREL");
+    DrawTextLine(dc, FontRole::Title, kColourDimmed, kMainTitlePlace, kAlignTopLeft, kMainTitle);
     DrawTextLine(dc, FontRole::Small, subtitleColour, kHeaderSubtitle, kAlignTopLeft, subtitle);
     if (showDot) {
         const OwnedGdi brush(CreateSolidBrush(subtitleColour));

@@ -7,12 +7,13 @@
 #include "ui/canvas.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"
+#include "ui/panel_texts.h"
 #include "ui/power_button.h"
 #include "ui/regions.h"
 #include "ui/slider.h"
 #include "ui/slider_geometry.h"
+#include "ui/slider_text.h"
 #include "ui/status_strip.h"
-#include "win32/format_text.h"
 
 namespace {
 
@@ -28,20 +29,18 @@ constexpr PresetColours kSelected = {{Hex(0x464646), Hex(0x464646), Hex(0x282828
 constexpr PresetColours kUnselected = {{Hex(0x222222), Hex(0x2D2D2D), Hex(0x161616), Hex(0x373737)},
                                        kColourDimmed};
 
-// In the order of kPresets.
-constexpr Region kPresetRegions[] = {Region::DayPreset, Region::EveningPreset, Region::NightPreset};
 static_assert(std::size(kPresetRegions) == std::size(kPresets));
 
 void DrawSliders(HDC dc) {
-    wchar_t kelvin[16];
-    FormatKelvinLabel(g_app.intensity, kelvin, std::size(kelvin));
-    DrawVerticalSlider(dc,
-                       {kWarmthCentreX, g_app.intensity, kColourRed, g_app.filterOn, L"WARMTH", kelvin, 84});
-
-    wchar_t percent[16];
-    FormatText(percent, "%d%%", TruncatedPercent(g_app.brightness));
+    wchar_t kelvin[kSliderTextCapacity];
+    FormatSliderText(Slider::Warmth, kelvin);
     DrawVerticalSlider(
-        dc, {kBrightnessCentreX, g_app.brightness, kColourText, g_app.filterOn, L"BRIGHTNESS", percent, 64});
+        dc, {kWarmthCentreX, g_app.intensity, kColourRed, g_app.filterOn, kWarmthCaption, kelvin, 84});
+
+    wchar_t percent[kSliderTextCapacity];
+    FormatSliderText(Slider::Brightness, percent);
+    DrawVerticalSlider(dc, {kBrightnessCentreX, g_app.brightness, kColourText, g_app.filterOn,
+                            kBrightnessCaption, percent, 64});
 
     DrawStroke(dc, {160, 117}, {160, 295}, 2, kColourDivider);
 }

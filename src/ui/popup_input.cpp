@@ -11,7 +11,6 @@
 #include "filter/gamma_fix.h"
 #include "store/autostart.h"
 #include "store/settings.h"
-#include "ui/regions.h"
 #include "ui/slider_geometry.h"
 #include "ui/support_copy.h"
 
@@ -72,9 +71,16 @@ void ClickLegacyMode() {
 
 void OnMouseDown(int x, int y) {
     const int unitY = UnscaleForDpi(y);
-    switch (HitTest(UnscaleForDpi(x), unitY)) {
-        case Region::WarmthTrack: StartDrag(Slider::Warmth, g_app.intensity, unitY); return;
-        case Region::BrightnessTrack: StartDrag(Slider::Brightness, g_app.brightness, unitY); return;
+    const Region region = HitTest(UnscaleForDpi(x), unitY);
+    switch (SliderOf(region)) {
+        case Slider::Warmth: StartDrag(Slider::Warmth, g_app.intensity, unitY); return;
+        case Slider::Brightness: StartDrag(Slider::Brightness, g_app.brightness, unitY); return;
+        case Slider::None: PressRegion(region); return;
+    }
+}
+
+void PressRegion(Region region) {
+    switch (region) {
         case Region::DayPreset: ApplyPreset(FilterPreset::Day); return;
         case Region::EveningPreset: ApplyPreset(FilterPreset::Evening); return;
         case Region::NightPreset: ApplyPreset(FilterPreset::Night); return;
@@ -87,6 +93,8 @@ void OnMouseDown(int x, int y) {
         case Region::ExtremeDimRow: ClickExtremeDim(); return;
         case Region::LegacyRow: ClickLegacyMode(); return;
         case Region::Support: CopySupportBundle(); return;
+        case Region::WarmthTrack:
+        case Region::BrightnessTrack:
         case Region::None: return;
     }
 }
@@ -94,8 +102,11 @@ void OnMouseDown(int x, int y) {
 void OnMouseMove(int, int y) {
     if (g_app.dragSlider == Slider::None) return;
     const int distance = g_app.dragStartY - UnscaleForDpi(y);
-    const double value = static_cast<double>(distance) / kSliderTravel + g_app.dragStartValue;
-    if (g_app.dragSlider == Slider::Warmth) {
+    MoveSlider(g_app.dragSlider, static_cast<double>(distance) / kSliderTravel + g_app.dragStartValue);
+}
+
+void MoveSlider(Slider slider, double value) {
+    if (slider == Slider::Warmth) {
         g_app.intensity = std::clamp(value, 0.0, 1.0);
     } else {
         g_app.brightness = ClampBrightness(value, g_app.allowExtremeDim);

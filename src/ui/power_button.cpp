@@ -6,12 +6,12 @@
 #include "app/state/app_state.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"
+#include "ui/panel_texts.h"
 #include "ui/regions.h"
 #include "win32/guards.h"
 
 namespace {
 
-constexpr wchar_t kLabel[] = L"KIVO";
 constexpr int kIconGap = 8;
 constexpr int kIconTop = 492;
 
@@ -21,7 +21,7 @@ constexpr ButtonColours kOff = {Hex(0x222222), Hex(0x262626), Hex(0x1A1A1A), Hex
 int LabelWidth(HDC dc) {
     const SelectedObject selected(dc, FontFor(FontRole::Toggle));
     SIZE size = {};
-    GetTextExtentPoint32W(dc, kLabel, static_cast<int>(std::size(kLabel) - 1), &size);
+    GetTextExtentPoint32W(dc, kPowerLabel, static_cast<int>(std::size(kPowerLabel) - 1), &size);
     return size.cx;
 }
 
@@ -39,7 +39,7 @@ void DrawContent(HDC dc, const RECT& button) {
         left += (inner - width) / 2;
     }
     DrawTextLine(dc, FontRole::Toggle, kColourText, {left, button.top, left + width + 6, button.bottom},
-                 kAlignLeft, kLabel);
+                 kAlignLeft, kPowerLabel);
 }
 
 }  // namespace

@@ -49,7 +49,6 @@ bool Contains(const RECT& rect, int x, int y) {
     return x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom;
 }
 
-// Whether the region reacts now. The banner and the card react only while the strip shows them.
 bool Reacts(Region region) {
     if (region == Region::GammaBanner) return CurrentStatusStrip() == StatusStrip::Banner;
     if (region == Region::PwmCard) return CurrentStatusStrip() == StatusStrip::Card;
@@ -65,10 +64,22 @@ RECT RegionRect(Region region) {
     return {};
 }
 
+Slider SliderOf(Region region) {
+    if (region == Region::WarmthTrack) return Slider::Warmth;
+    return region == Region::BrightnessTrack ? Slider::Brightness : Slider::None;
+}
+
 StatusStrip CurrentStatusStrip() {
     LogBannerDemotionOnce();
     if (IsBannerVisible()) return StatusStrip::Banner;
     return g_app.pwmTargetsPresent || g_app.pwmSafe ? StatusStrip::Card : StatusStrip::Hint;
+}
+
+bool IsAvailable(Region region) {
+    for (const RegionRow& row : kRegions) {
+        if (row.region == region) return row.panel == g_app.panel && Reacts(region);
+    }
+    return false;
 }
 
 Region HitTest(int x, int y) {

@@ -1,6 +1,7 @@
 // The clickable regions of the popup, in design units. The panels draw their controls at the same rectangles.
 #pragma once
 
+#include "app/state/app_state.h"
 #include "win32/platform.h"
 
 enum class Region {
@@ -21,13 +22,23 @@ enum class Region {
     None,
 };
 
+// In the order of kPresets (filter/model/warmth.h).
+inline constexpr Region kPresetRegions[] = {Region::DayPreset, Region::EveningPreset, Region::NightPreset};
+
 // The rectangle of a region: left and top inclusive, right and bottom exclusive. Empty for Region::None.
 RECT RegionRect(Region region);
+
+// The slider that the region belongs to; Slider::None for every other region.
+Slider SliderOf(Region region);
 
 // The content of the strip between the sliders and the presets. Logs once per run that the banner is
 // withdrawn.
 enum class StatusStrip { Banner, Card, Hint };
 StatusStrip CurrentStatusStrip();
+
+// Whether the region belongs to the current panel and reacts now. The banner and the card react only while
+// the strip shows them.
+bool IsAvailable(Region region);
 
 // The first region of the current panel that is available and contains the point, else Region::None.
 Region HitTest(int x, int y);

@@ -2,6 +2,7 @@
 
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"
+#include "ui/panel_texts.h"
 #include "ui/slider_geometry.h"
 #include "win32/guards.h"
 
@@ -74,7 +75,7 @@ void DrawVerticalSlider(HDC dc, const VerticalSlider& slider) {
     DrawTicks(dc, cx);
     FillBox(dc, {cx - 4, y, cx + 4, kSliderBottom}, slider.active ? slider.accent : kColourFillOff);
     DrawThumb(dc, cx, y, slider.active ? slider.accent : kColourThumbBarOff);
-    DrawTextLine(dc, FontRole::Caption, textColour, {cx - 70, 65, cx + 70, 87}, kAlignCentre, slider.caption);
+    DrawTextLine(dc, FontRole::Caption, textColour, SliderCaptionPlace(cx), kAlignCentre, slider.caption);
 
     const int left = cx - slider.valueBoxWidth / 2;
     const RECT box = {left, 330, left + slider.valueBoxWidth, 354};

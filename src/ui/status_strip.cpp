@@ -4,12 +4,12 @@
 #include "brightness/pwm_card_label.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"
+#include "ui/panel_texts.h"
 #include "ui/regions.h"
 
 namespace {
 
-constexpr RECT kTextLine = {22, 385, 298, 405};
-constexpr RECT kCardTitle = {36, 387, 226, 402};
+constexpr RECT kCardTitlePlace = {36, 387, 226, 402};
 constexpr RECT kCardStatus = {36, 400, 226, 414};
 constexpr RECT kCardSwitch = {234, 384, 284, 418};
 
@@ -32,9 +32,7 @@ CardColours CurrentCardColours() {
 }
 
 void DrawBanner(HDC dc) {
-    DrawTextLine(dc, FontRole::Small, kColourRed, kTextLine, kAlignTopCentre,
-                 g_app.gammaRangeExpanded ? L"\u26a0 FIX APPLIED. RESTART YOUR COMPUTER"
-                                          : L"\u26a0 COLORS BLOCKED BY WINDOWS. CLICK TO FIX");
+    DrawTextLine(dc, FontRole::Small, kColourRed, kHintPlace, kAlignTopCentre, BannerText());
 }
 
 void DrawCard(HDC dc) {
@@ -43,7 +41,7 @@ void DrawCard(HDC dc) {
     FillRoundedGradient(dc, card, 8, colours.top, colours.bottom);
     DrawEdgeLines(dc, card, 8, g_app.pwmSafe ? Hex(0x787878) : Hex(0x505050), kColourBlack);
     OutlineRoundRect(dc, card, 16, colours.accent);
-    DrawTextLine(dc, FontRole::Label, kColourText, kCardTitle, kAlignLeft, L"PWM-SAFE MODE");
+    DrawTextLine(dc, FontRole::Label, kColourText, kCardTitlePlace, kAlignLeft, kCardTitle);
     DrawTextLine(dc, FontRole::Small, colours.accent, kCardStatus, kAlignLeft, PwmCardLabel());
     DrawTextLine(dc, FontRole::Label, g_app.pwmSafe ? kColourText : kColourDimmed, kCardSwitch, kAlignRight,
                  g_app.pwmSafe ? L"ON" : L"OFF");
@@ -51,11 +49,20 @@ void DrawCard(HDC dc) {
 
 // The unlit colour is barely visible by design.
 void DrawHint(HDC dc) {
-    DrawTextLine(dc, FontRole::Small, g_app.brightness < kHintBrightness ? kColourAmber : kColourHintUnlit,
-                 kTextLine, kAlignTopCentre, L"\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%");
+    DrawTextLine(dc, FontRole::Small, IsHintLit() ? kColourAmber : kColourHintUnlit, kHintPlace,
+                 kAlignTopCentre, kHintText);
 }
 
 }  // namespace
+
+const wchar_t* BannerText() {
+    return g_app.gammaRangeExpanded ? L"\u26a0 FIX APPLIED. RESTART YOUR COMPUTER"
+                                    : L"\u26a0 COLORS BLOCKED BY WINDOWS. CLICK TO FIX";
+}
+
+bool IsHintLit() {
+    return g_app.brightness < kHintBrightness;
+}
 
 void DrawStatusStrip(HDC dc) {
     switch (CurrentStatusStrip()) {

@@ -6,3 +6,9 @@
 
 // Draws the one that CurrentStatusStrip selects.
 void DrawStatusStrip(HDC dc);
+
+// The banner's line, whether or not the strip shows it.
+const wchar_t* BannerText();
+
+// Whether the hint is drawn in amber: the filter dims the picture enough to replace the backlight's dimming.
+bool IsHintLit();

@@ -58,3 +58,7 @@ void CopySupportBundle() {
     }
     RefreshPopupAndTray();
 }
+
+bool ShowsCopied() {
+    return g_app.copiedUntil != 0 && GetTickCount64() < g_app.copiedUntil;
+}

@@ -5,8 +5,11 @@
 #include <map>
 #include <string>
 
+#include "app/state/accessible_state.h"
 #include "win32/platform.h"
 
+struct IAccessible;
+struct IUnknown;
 struct tagMAGCOLOREFFECT;
 
 constexpr std::uint32_t kDesignDpi = 96;
@@ -133,6 +136,15 @@ struct AppState {
         nullptr;  // started at the end of a session; null once its result is collected
 
     bool launchAtStart = false;
+
+    // Accessibility.
+    bool oleaccRequested = false;  // loading oleacc.dll was tried
+    LRESULT(WINAPI* lresultFromObject)(REFIID iid, WPARAM wParam, IUnknown* object) = nullptr;
+    HRESULT(WINAPI* accessibleObjectFromWindow)
+    (HWND window, DWORD objectId, REFIID iid, void** object) = nullptr;
+    IAccessible* accessibleObject = nullptr;  // null until the first request
+    AccessibleActionQueue accessibleActions;
+    AnnouncedPopup announcedPopup;
 };
 
 extern AppState g_app;

@@ -18,3 +18,7 @@ constexpr UINT kMessageMagnificationError = WM_APP + 106;
 // Posted when the displays are free again for a deferred request of the PWM-safe controller, also by the
 // thread that releases the lock at a session's end; no payload.
 constexpr UINT kMessagePwmSafeDeferred = WM_APP + 107;
+
+// Posted when AppState holds requests of assistive technology that can be performed: by the request, and by
+// the end of an operation on the displays during which they had to wait; no payload.
+constexpr UINT kMessageAccessibleActions = WM_APP + 108;

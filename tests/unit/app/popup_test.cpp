@@ -8,6 +8,7 @@
 #include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/seam.h"
+#include "ui/accessible_events.h"
 
 AMBREL_USES_SEAMS(recorded_timers);
 
@@ -30,6 +31,10 @@ bool g_windowVisible = true;
 AMBREL_REPLACE(bool, BringToForeground, (HWND window)) {
     Record("bring to foreground ", ValueOf(window), g_app.popupShown ? " shown" : "");
     return g_foregroundGranted;
+}
+
+AMBREL_REPLACE(void, AnnouncePopup, (bool shown)) {
+    Record("announce ", shown ? "shown" : "hidden");
 }
 
 AMBREL_REPLACE(void, SetDpi, (UINT dpi)) {
@@ -148,6 +153,7 @@ TEST_F(Popup, IsPlacedShownActivatedAndPolledAfterTheDisplaysAreQueried) {
                            "monitor info 31",
                            "update dpi 500 31",
                            "set window pos 500 at -330 490 flags 65",
+                           "announce shown",
                            "bring to foreground 500 shown",
                            "invalidate 500 armed",
                            "set timer 6 150",
@@ -177,14 +183,14 @@ TEST_F(Popup, AWindowThatKeptTheSizeOfAnotherScalingGetsTheSizeItWasPlacedFor) {
     // The second flags are SWP_NOZORDER and SWP_NOACTIVATE.
     EXPECT_EQ(g_calls[4], "set window pos 500 at -330 490 flags 65");
     EXPECT_EQ(g_calls[5], "set window pos 500 at -330 490 size 320x540 flags 20");
-    EXPECT_EQ(g_calls[6], "bring to foreground 500 shown");
+    EXPECT_EQ(g_calls[6], "announce shown");
 }
 
 TEST_F(Popup, AWindowWhoseSizeIsUnknownIsShownAsItIs) {
     PutWindow(640, 1080);
     g_windowTells = false;
     ShowPopup();
-    EXPECT_EQ(g_calls[5], "bring to foreground 500 shown");
+    EXPECT_EQ(g_calls[5], "announce shown");
 }
 
 TEST_F(Popup, WithoutAMonitorThePrimaryWorkAreaIsUsed) {
@@ -196,6 +202,7 @@ TEST_F(Popup, WithoutAMonitorThePrimaryWorkAreaIsUsed) {
                            "system parameter 48",
                            "update dpi 500 0",
                            "set window pos 500 at 1270 350 flags 65",
+                           "announce shown",
                            "bring to foreground 500 shown",
                            "invalidate 500 armed",
                            "set timer 6 150",
@@ -212,6 +219,7 @@ TEST_F(Popup, WithoutMonitorInfoThePrimaryWorkAreaIsUsedWithThatMonitorsDpi) {
                            "system parameter 48",
                            "update dpi 500 31",
                            "set window pos 500 at 1270 350 flags 65",
+                           "announce shown",
                            "bring to foreground 500 shown",
                            "invalidate 500 armed",
                            "set timer 6 150",
@@ -231,7 +239,8 @@ TEST_F(Popup, HidingStopsThePollAndUpdatesTheStateBeforeTheWindowIsHidden) {
     g_app.popupShown = true;
     g_app.popupArmed = true;
     HidePopup();
-    EXPECT_EQ(g_calls, (CallRecord{"kill timer 6", "show window 500 0 shown 0 armed 0 hidden at 123456"}));
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 6", "show window 500 0 shown 0 armed 0 hidden at 123456",
+                                   "announce hidden"}));
 }
 
 // A menu row that is chosen, or a box that is closed, hides the popup whether it is shown or not; the next
@@ -242,7 +251,7 @@ TEST_F(Popup, HidingAHiddenPopupKeepsTheTimeWhenItWasHidden) {
     HidePopup();
     EXPECT_FALSE(g_app.popupShown);
     EXPECT_EQ(g_app.popupHiddenAt, 123456U);
-    EXPECT_EQ(g_calls.back(), "show window 500 0 shown 0 armed 0 hidden at 123456");
+    EXPECT_EQ(g_calls[g_calls.size() - 2], "show window 500 0 shown 0 armed 0 hidden at 123456");
 }
 
 TEST_F(Popup, HidingKeepsThePanel) {

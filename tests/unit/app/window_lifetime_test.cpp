@@ -15,6 +15,9 @@
 #include "support/call_record.h"
 #include "support/fake_clock.h"
 #include "support/seam.h"
+#include "ui/accessible_object.h"
+
+#include <oleacc.h>
 
 AMBREL_USES_SEAMS(recorded_timers);
 
@@ -256,6 +259,15 @@ TEST_F(WindowLifetime, ReleasedHandlesAreCleared) {
     EXPECT_EQ(g_app.headerIcon, nullptr);
     EXPECT_EQ(g_app.singleInstanceMutex, nullptr);
     EXPECT_EQ(g_app.mainWindow, nullptr);
+}
+
+TEST_F(WindowLifetime, TheProgramsReferenceToTheAccessibleObjectIsReleased) {
+    IAccessible* object = CreateAccessibleObject();
+    object->AddRef();
+    g_app.accessibleObject = object;
+    OnDestroy();
+    EXPECT_EQ(g_app.accessibleObject, nullptr);
+    EXPECT_EQ(object->Release(), 0U) << "a client's reference is the last one";
 }
 
 TEST_F(WindowLifetime, ASecondDestructionFreesNothingAgain) {

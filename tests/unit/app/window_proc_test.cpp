@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/accessibility.h"
 #include "app/auto_hide.h"
 #include "app/display_events.h"
 #include "app/notices.h"
@@ -17,6 +18,7 @@
 #include "store/settings.h"
 #include "support/call_record.h"
 #include "support/seam.h"
+#include "ui/accessible_events.h"
 #include "ui/popup_input.h"
 #include "ui/popup_painter.h"
 
@@ -91,6 +93,16 @@ AMBREL_REPLACE(void, OnAutoHideTimer, ()) {
 }
 AMBREL_REPLACE(void, PaintPopup, (HWND window)) {
     Record("paint ", ValueOf(window));
+}
+AMBREL_REPLACE(void, AnnouncePanel, ()) {
+    Record("announce panel");
+}
+AMBREL_REPLACE(LRESULT, OnGetObject, (HWND window, WPARAM wParam, LPARAM lParam)) {
+    Record("get object ", ValueOf(window), " ", wParam, " ", lParam);
+    return 815;
+}
+AMBREL_REPLACE(void, OnAccessibleActions, ()) {
+    Record("accessible actions");
 }
 AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
@@ -237,9 +249,19 @@ TEST_F(WindowProc, ActivationArrivesWithoutTheMinimisedFlag) {
     EXPECT_EQ(g_calls, (CallRecord{"activate 0 77", "activate 1 0", "activate 2 78"}));
 }
 
-TEST_F(WindowProc, PaintingIsForwardedToThePopup) {
+TEST_F(WindowProc, APaintedPopupIsAnnounced) {
     EXPECT_EQ(Send(WM_PAINT), 0);
-    EXPECT_EQ(g_calls, (CallRecord{"paint 500"}));
+    EXPECT_EQ(g_calls, (CallRecord{"paint 500", "announce panel"}));
+}
+
+TEST_F(WindowProc, RequestsForAnAccessibleObjectAreAnsweredByTheirHandler) {
+    EXPECT_EQ(Send(WM_GETOBJECT, 3, -4), 815);
+    EXPECT_EQ(g_calls, (CallRecord{"get object 500 3 -4"}));
+}
+
+TEST_F(WindowProc, AccessibleActionsAreMessage806C) {
+    EXPECT_EQ(Send(0x806C, 3, 4), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"accessible actions"}));
 }
 
 TEST_F(WindowProc, ClosingOnlyHidesThePopup) {
@@ -260,8 +282,8 @@ TEST_F(WindowProc, DeferredDisplayRequestsRunAndRefresh) {
 TEST_F(WindowProc, EveryOtherMessageGoesToDefWindowProc) {
     EXPECT_EQ(Send(WM_SIZE, 1, 2), kDefaultAnswer);
     EXPECT_EQ(Send(WM_QUERYENDSESSION, 0, 5), kDefaultAnswer);
-    EXPECT_EQ(Send(0x806C, 3, 4), kDefaultAnswer);
-    EXPECT_EQ(g_calls, (CallRecord{"default 500 5 1 2", "default 500 17 0 5", "default 500 32876 3 4"}));
+    EXPECT_EQ(Send(0x806D, 3, 4), kDefaultAnswer);
+    EXPECT_EQ(g_calls, (CallRecord{"default 500 5 1 2", "default 500 17 0 5", "default 500 32877 3 4"}));
 }
 
 TEST_F(WindowProc, AnotherRegisteredMessageIsNotMistakenForTheTaskbars) {

@@ -1,0 +1,38 @@
+// What AppState keeps for screen readers and other assistive technology.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+// What assistive technology is told of one control. The texts live for the whole run; null: there is none.
+struct ControlFacts {
+    std::uint32_t role = 0;   // ROLE_SYSTEM_...
+    std::uint32_t state = 0;  // STATE_SYSTEM_..., without what the window adds for all controls
+    const wchar_t* name = nullptr;
+    const wchar_t* description = nullptr;
+    wchar_t value[16] = L"";  // of a slider
+};
+
+constexpr int kMaxShownControls = 11;
+
+// The popup as events have described it.
+struct AnnouncedPopup {
+    bool shown = false;
+    bool settings = false;  // the settings panel
+    int count = 0;
+    ControlFacts controls[kMaxShownControls];
+};
+
+// A request to press a control or to set a slider.
+struct AccessibleAction {
+    std::uint32_t region = 0;  // a Region (ui/regions.h)
+    double value = 0.0;        // of a slider, before it is clamped
+};
+
+constexpr int kMaxAccessibleActions = 32;
+
+// Requests that the message loop has yet to perform, oldest first.
+struct AccessibleActionQueue {
+    int count = 0;
+    AccessibleAction actions[kMaxAccessibleActions];
+};

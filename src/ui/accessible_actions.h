@@ -1,0 +1,17 @@
+// Actions that assistive technology requests: a press of a control, a slider's value. They are queued and
+// performed by the message loop, never within the caller's call, and not while an operation on the displays
+// is under way. Window thread only.
+#pragma once
+
+#include "ui/regions.h"
+
+// Queues a click on the region. False if the queue is full or no message can be posted.
+bool RequestPress(Region region);
+
+// Queues a value for the slider of the region, to be clamped as in a drag. False as above.
+bool RequestSliderValue(Region region, double value);
+
+// Handles kMessageAccessibleActions: performs the queued requests, each as the click or the drag would be.
+// One whose control is no longer shown, or is disabled by a message box, is dropped. During an operation on
+// the displays the requests stay queued, and the end of the operation posts the message again.
+void PerformAccessibleActions();

@@ -1,0 +1,282 @@
+#include "ui/accessible_object.h"
+
+#include <new>
+
+#include "app/state/dpi.h"
+#include "ui/accessible_actions.h"
+#include "ui/accessible_controls.h"
+#include "ui/accessible_navigation.h"
+#include "ui/slider_text.h"
+
+#include <oleacc.h>
+
+namespace {
+
+bool IsConnected() {
+    return g_app.mainWindow != nullptr && !g_app.windowDestroyed;
+}
+
+// The control that a child id names, or the popup itself.
+HRESULT Find(const VARIANT& child, ShownControl* found) {
+    if (!IsConnected()) return CO_E_OBJNOTCONNECTED;
+    if (child.vt != VT_I4) return E_INVALIDARG;
+    if (child.lVal == CHILDID_SELF) {
+        *found = ReadShownPopup();
+        return S_OK;
+    }
+    const ShownPanel panel = ReadShownPanel();
+    if (child.lVal < 1 || child.lVal > panel.count) return E_INVALIDARG;
+    *found = panel.controls[child.lVal - 1];
+    return S_OK;
+}
+
+// What the window adds to the state of each control. A message box disables it.
+DWORD WindowState() {
+    const DWORD hidden = IsWindowVisible(g_app.mainWindow) ? 0 : STATE_SYSTEM_INVISIBLE;
+    return hidden | (IsWindowEnabled(g_app.mainWindow) ? 0 : STATE_SYSTEM_UNAVAILABLE);
+}
+
+HRESULT CopyText(const wchar_t* text, BSTR* copy) {
+    if (text == nullptr || text[0] == 0) return S_FALSE;
+    *copy = SysAllocString(text);
+    return *copy != nullptr ? S_OK : E_OUTOFMEMORY;
+}
+
+enum class Property { Name, Value, Description, Action };
+
+const wchar_t* TextOf(const ShownControl& control, Property property) {
+    switch (property) {
+        case Property::Name: return control.facts.name;
+        case Property::Value: return control.facts.value;
+        case Property::Description: return control.facts.description;
+        case Property::Action: return control.action;
+    }
+    return nullptr;
+}
+
+HRESULT GetText(const VARIANT& child, Property property, BSTR* text) {
+    if (text == nullptr) return E_INVALIDARG;
+    *text = nullptr;
+    ShownControl control;
+    const HRESULT result = Find(child, &control);
+    return result == S_OK ? CopyText(TextOf(control, property), text) : result;
+}
+
+// The popup has none of it: no help, no keyboard shortcut.
+HRESULT GetNoText(const VARIANT& child, BSTR* text) {
+    if (text == nullptr) return E_INVALIDARG;
+    *text = nullptr;
+    ShownControl control;
+    const HRESULT result = Find(child, &control);
+    return result == S_OK ? S_FALSE : result;
+}
+
+HRESULT GetNumber(const VARIANT& child, VARIANT* number, DWORD (*read)(const ShownControl& control)) {
+    if (number == nullptr) return E_INVALIDARG;
+    VariantInit(number);
+    ShownControl control;
+    const HRESULT result = Find(child, &control);
+    if (result != S_OK) return result;
+    number->vt = VT_I4;
+    number->lVal = static_cast<LONG>(read(control));
+    return S_OK;
+}
+
+// S_FALSE and an empty variant for no control.
+HRESULT GiveChild(int child, VARIANT* given) {
+    if (child < 0) return S_FALSE;
+    given->vt = VT_I4;
+    given->lVal = child;
+    return S_OK;
+}
+
+HRESULT Press(const ShownControl& control) {
+    if (control.action == nullptr) return DISP_E_MEMBERNOTFOUND;
+    if (!IsWindowEnabled(g_app.mainWindow)) return E_ACCESSDENIED;
+    return RequestPress(control.region) ? S_OK : E_FAIL;
+}
+
+HRESULT SetValue(const ShownControl& control, BSTR text) {
+    const Slider slider = SliderOf(control.region);
+    if (slider == Slider::None) return DISP_E_MEMBERNOTFOUND;
+    double value = 0.0;
+    if (!ParseSliderText(slider, text, SysStringLen(text), &value)) return E_INVALIDARG;
+    if (!IsWindowEnabled(g_app.mainWindow)) return E_ACCESSDENIED;
+    return RequestSliderValue(control.region, value) ? S_OK : E_FAIL;
+}
+
+struct AccessibleObject final : IAccessible {
+    volatile LONG references = 1;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        if (object == nullptr) return E_POINTER;
+        *object = nullptr;
+        if (iid != __uuidof(IUnknown) && iid != __uuidof(IDispatch) && iid != __uuidof(IAccessible))
+            return E_NOINTERFACE;
+        AddRef();
+        *object = static_cast<IAccessible*>(this);
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override {
+        return static_cast<ULONG>(InterlockedIncrement(&references));
+    }
+    ULONG STDMETHODCALLTYPE Release() override {
+        const LONG left = InterlockedDecrement(&references);
+        if (left == 0) delete this;
+        return static_cast<ULONG>(left);
+    }
+
+    // Clients in C++ and UI Automation use the interface itself.
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
+        if (count == nullptr) return E_INVALIDARG;
+        *count = 0;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo** information) override {
+        if (information != nullptr) *information = nullptr;
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                                     UINT*) override {
+        return E_NOTIMPL;
+    }
+
+    HRESULT STDMETHODCALLTYPE get_accParent(IDispatch** parent) override {
+        if (parent == nullptr) return E_INVALIDARG;
+        *parent = nullptr;
+        if (!IsConnected()) return CO_E_OBJNOTCONNECTED;
+        if (g_app.accessibleObjectFromWindow == nullptr) return S_FALSE;
+        // Windows' own object for the window, whose client area this is.
+        return g_app.accessibleObjectFromWindow(g_app.mainWindow, static_cast<DWORD>(OBJID_WINDOW),
+                                                __uuidof(IDispatch), reinterpret_cast<void**>(parent));
+    }
+    HRESULT STDMETHODCALLTYPE get_accChildCount(LONG* count) override {
+        if (count == nullptr) return E_INVALIDARG;
+        *count = 0;
+        if (!IsConnected()) return CO_E_OBJNOTCONNECTED;
+        *count = ReadShownPanel().count;
+        return S_OK;
+    }
+    // A simple element has no object of its own.
+    HRESULT STDMETHODCALLTYPE get_accChild(VARIANT child, IDispatch** object) override {
+        if (object == nullptr) return E_INVALIDARG;
+        *object = nullptr;
+        ShownControl control;
+        const HRESULT result = Find(child, &control);
+        if (result != S_OK) return result;
+        if (child.lVal != CHILDID_SELF) return S_FALSE;
+        AddRef();
+        *object = this;
+        return S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE get_accName(VARIANT child, BSTR* name) override {
+        return GetText(child, Property::Name, name);
+    }
+    HRESULT STDMETHODCALLTYPE get_accValue(VARIANT child, BSTR* value) override {
+        return GetText(child, Property::Value, value);
+    }
+    HRESULT STDMETHODCALLTYPE get_accDescription(VARIANT child, BSTR* description) override {
+        return GetText(child, Property::Description, description);
+    }
+    HRESULT STDMETHODCALLTYPE get_accDefaultAction(VARIANT child, BSTR* action) override {
+        return GetText(child, Property::Action, action);
+    }
+    HRESULT STDMETHODCALLTYPE get_accHelp(VARIANT child, BSTR* help) override {
+        return GetNoText(child, help);
+    }
+    HRESULT STDMETHODCALLTYPE get_accKeyboardShortcut(VARIANT child, BSTR* shortcut) override {
+        return GetNoText(child, shortcut);
+    }
+    HRESULT STDMETHODCALLTYPE get_accHelpTopic(BSTR* file, VARIANT child, LONG* topic) override {
+        if (topic == nullptr) return E_INVALIDARG;
+        *topic = 0;
+        return GetNoText(child, file);
+    }
+    HRESULT STDMETHODCALLTYPE get_accRole(VARIANT child, VARIANT* role) override {
+        return GetNumber(child, role,
+                         [](const ShownControl& control) -> DWORD { return control.facts.role; });
+    }
+    HRESULT STDMETHODCALLTYPE get_accState(VARIANT child, VARIANT* state) override {
+        return GetNumber(child, state, [](const ShownControl& control) -> DWORD {
+            return control.facts.state | WindowState();
+        });
+    }
+
+    // The popup reacts to no key, so nothing in it has the focus or can be selected.
+    HRESULT STDMETHODCALLTYPE get_accFocus(VARIANT* child) override { return GiveNoChild(child); }
+    HRESULT STDMETHODCALLTYPE get_accSelection(VARIANT* children) override { return GiveNoChild(children); }
+    // Selecting a preset is a click on it.
+    HRESULT STDMETHODCALLTYPE accSelect(LONG flags, VARIANT child) override {
+        ShownControl control;
+        const HRESULT result = Find(child, &control);
+        if (result != S_OK) return result;
+        if ((flags & ~static_cast<LONG>(SELFLAG_VALID)) != 0) return E_INVALIDARG;
+        const bool selects = (flags & SELFLAG_TAKESELECTION) != 0;
+        if (!selects || control.facts.role != ROLE_SYSTEM_RADIOBUTTON) return DISP_E_MEMBERNOTFOUND;
+        return Press(control);
+    }
+
+    HRESULT STDMETHODCALLTYPE accLocation(LONG* left, LONG* top, LONG* width, LONG* height,
+                                          VARIANT child) override {
+        if (left == nullptr || top == nullptr || width == nullptr || height == nullptr) return E_INVALIDARG;
+        *left = *top = *width = *height = 0;
+        ShownControl control;
+        const HRESULT result = Find(child, &control);
+        if (result != S_OK) return result;
+        POINT origin = {};
+        ClientToScreen(g_app.mainWindow, &origin);
+        const RECT& place = control.place;
+        *left = origin.x + ScaleByDpi(place.left);
+        *top = origin.y + ScaleByDpi(place.top);
+        *width = ScaleByDpi(place.right) - ScaleByDpi(place.left);
+        *height = ScaleByDpi(place.bottom) - ScaleByDpi(place.top);
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE accHitTest(LONG x, LONG y, VARIANT* child) override {
+        if (child == nullptr) return E_INVALIDARG;
+        VariantInit(child);
+        if (!IsConnected()) return CO_E_OBJNOTCONNECTED;
+        return GiveChild(ChildAtScreenPoint(x, y), child);
+    }
+    HRESULT STDMETHODCALLTYPE accNavigate(LONG direction, VARIANT start, VARIANT* end) override {
+        if (end == nullptr) return E_INVALIDARG;
+        VariantInit(end);
+        ShownControl control;
+        const HRESULT result = Find(start, &control);
+        if (result != S_OK) return result;
+        if (direction <= NAVDIR_MIN || direction >= NAVDIR_MAX) return E_INVALIDARG;
+        return GiveChild(NavigateFrom(start.lVal, direction), end);
+    }
+
+    HRESULT STDMETHODCALLTYPE accDoDefaultAction(VARIANT child) override {
+        ShownControl control;
+        const HRESULT result = Find(child, &control);
+        return result == S_OK ? Press(control) : result;
+    }
+    HRESULT STDMETHODCALLTYPE put_accName(VARIANT child, BSTR) override {
+        ShownControl control;
+        const HRESULT result = Find(child, &control);
+        return result == S_OK ? DISP_E_MEMBERNOTFOUND : result;
+    }
+    HRESULT STDMETHODCALLTYPE put_accValue(VARIANT child, BSTR value) override {
+        ShownControl control;
+        const HRESULT result = Find(child, &control);
+        return result == S_OK ? SetValue(control, value) : result;
+    }
+
+    static HRESULT GiveNoChild(VARIANT* child) {
+        if (child == nullptr) return E_INVALIDARG;
+        VariantInit(child);
+        return IsConnected() ? S_FALSE : CO_E_OBJNOTCONNECTED;
+    }
+};
+
+}  // namespace
+
+IAccessible* CreateAccessibleObject() {
+    return new (std::nothrow) AccessibleObject;
+}

@@ -1,0 +1,94 @@
+// oleacc.dll is loaded once, on the first request, and given the one object of the popup.
+#include "ui/accessible_host.h"
+
+#include <gtest/gtest.h>
+
+#include "app/state/app_state.h"
+#include "support/call_record.h"
+#include "support/fake_libraries.h"
+#include "support/seam.h"
+
+#include <oleacc.h>
+
+namespace {
+
+LRESULT g_answer = 0;
+IUnknown* g_given = nullptr;
+
+LRESULT WINAPI FakeLresultFromObject(REFIID iid, WPARAM wParam, IUnknown* object) {
+    EXPECT_TRUE(IsEqualIID(iid, __uuidof(IAccessible)));
+    Record("object for ", wParam);
+    g_given = object;
+    return g_answer;
+}
+
+class AccessibleHost : public testing::Test {
+protected:
+    void SetUp() override {
+        g_app = AppState{};
+        g_app.mainWindow = MakeHandle<HWND>(0x1234);
+        g_answer = 49152;
+        g_given = nullptr;
+        RemoveLibraries();
+        g_calls.clear();
+    }
+    void TearDown() override {
+        ReleaseAccessibleObject();
+        RemoveLibraries();
+    }
+
+    static void Install() {
+        InstallLibrary(L"oleacc.dll", {{"LresultFromObject", EntryPoint(&FakeLresultFromObject)}});
+    }
+};
+
+}  // namespace
+
+TEST_F(AccessibleHost, NothingIsLoadedWithoutARequest) {
+    Install();
+    ReleaseAccessibleObject();
+    EXPECT_EQ(g_calls, CallRecord{});
+}
+
+TEST_F(AccessibleHost, EveryRequestGetsANewAnswerForTheSameObject) {
+    Install();
+    EXPECT_EQ(AnswerAccessibilityRequest(5), 49152);
+    IUnknown* const first = g_given;
+    g_answer = 49153;
+    EXPECT_EQ(AnswerAccessibilityRequest(6), 49153);
+    EXPECT_EQ(g_given, first);
+    EXPECT_EQ(g_calls, (CallRecord{"load oleacc.dll", "object for 5", "object for 6"}));
+}
+
+TEST_F(AccessibleHost, AnErrorIsNoAnswer) {
+    Install();
+    g_answer = E_NOINTERFACE;
+    EXPECT_EQ(AnswerAccessibilityRequest(5), 0);
+}
+
+TEST_F(AccessibleHost, AMissingLibraryIsSoughtOnlyOnce) {
+    EXPECT_EQ(AnswerAccessibilityRequest(5), 0);
+    EXPECT_EQ(AnswerAccessibilityRequest(5), 0);
+    EXPECT_EQ(g_calls, CallRecord{"load oleacc.dll"});
+}
+
+TEST_F(AccessibleHost, WithoutTheFunctionThereIsNoAnswer) {
+    InstallLibrary(L"oleacc.dll", {});
+    EXPECT_EQ(AnswerAccessibilityRequest(5), 0);
+}
+
+TEST_F(AccessibleHost, AWindowThatIsBeingDestroyedGivesNoObject) {
+    Install();
+    g_app.windowDestroyed = true;
+    EXPECT_EQ(AnswerAccessibilityRequest(5), 0);
+    EXPECT_EQ(g_calls, CallRecord{});
+}
+
+TEST_F(AccessibleHost, TheClientsReferenceOutlivesThePrograms) {
+    Install();
+    AnswerAccessibilityRequest(5);
+    g_given->AddRef();
+    ReleaseAccessibleObject();
+    EXPECT_EQ(g_app.accessibleObject, nullptr);
+    EXPECT_EQ(g_given->Release(), 0U);
+}
