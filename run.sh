@@ -2,7 +2,7 @@
 # Builds Ambrel and runs it.
 #   ./run.sh             on the screen that DISPLAY names, until it is quit from its tray menu; without DISPLAY: --demo
 #   ./run.sh --demo      on a virtual screen: clicks and drags, prints the calls to Windows, saves screenshots
-#   ./run.sh --pictures  regenerates the screenshots and the sample support report in docs/
+#   ./run.sh --pictures  regenerates the screenshots, the sample support report and the accessibility walk in docs/
 set -euo pipefail
 cd "$(dirname "$0")"
 

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Regenerates the screenshots and the sample support report in docs/: pictures.py [NAME...]
+"""Regenerates the screenshots, the sample support report and the accessibility walk in docs/: pictures.py [NAME...]
 
 Without a name it regenerates all of them. Each comes from the built program in a separate lab and is written to docs/
 only when it is complete: if a step fails, this names the step, exits with code 1 and leaves the document unchanged."""
@@ -13,11 +13,12 @@ sys.dont_write_bytecode = True
 from ambrel_lab import Lab, LabError  # noqa: E402
 from ambrel_lab.paths import ROOT  # noqa: E402
 from ambrel_lab.console_runner import end_on_signals  # noqa: E402
-from documents import guide, support_bundle  # noqa: E402
+from documents import accessibility, guide, support_bundle  # noqa: E402
 
 DOCS = ROOT / "docs"
 # Functions by name. Each takes a lab in which nothing runs yet and returns {path below docs/: content}.
-GENERATORS = {"guide": guide.generate, "support-bundle": support_bundle.generate}
+GENERATORS = {"guide": guide.generate, "support-bundle": support_bundle.generate,
+              "accessibility": accessibility.generate}
 
 
 def main(names):

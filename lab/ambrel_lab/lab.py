@@ -2,6 +2,7 @@
 
 from pathlib import Path
 
+from .accessibility import AccessibilityActions
 from .console import run_console
 from .desktop import Desktop
 from .displays import Displays
@@ -20,7 +21,7 @@ from .windows import WindowsActions
 from .x11 import Connection
 
 
-class Lab(PopupActions, ProgramActions, WindowsActions):
+class Lab(AccessibilityActions, PopupActions, ProgramActions, WindowsActions):
     """A screen, a desktop and a copy of the template prefix. Several labs may run at the same time.
 
     Use it with `with`. A watchdog process ends everything that the lab started when the lab closes or its process is

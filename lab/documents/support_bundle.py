@@ -9,6 +9,7 @@ from ambrel_lab.layout import CARD, GEAR, PRESETS, SETTINGS_ROWS
 from ambrel_lab.paths import ROOT
 from demonstration.stage import Stage
 from demonstration.support import copy_report
+from documents.text_block import text_block, with_text_block
 
 WINDOWS_KEY = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion"
 BIOS_KEY = "HKLM\\HARDWARE\\DESCRIPTION\\System\\BIOS"
@@ -23,9 +24,8 @@ HARDWARE = ((BIOS_KEY, "SystemManufacturer", "Lab Works"), (BIOS_KEY, "SystemPro
 TIMES = re.compile(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d|\d\d:\d\d:\d\d\.\d{3}|(?<=uptime: )\d+s")
 LOCKED = "PWM-safe: 2 display(s) confirmed locked at 100%"
 
+# Only the block of that page is generated.
 PAGE = ROOT / "docs" / "support-bundle.md"
-# The report's block on that page, without its fences. Only this block is generated.
-REPORT = re.compile(r"(?<=^```text\n).*?(?=^```$)", re.MULTILINE | re.DOTALL)
 
 
 def prepare(lab):
@@ -60,12 +60,10 @@ def check(lab, text):
 
 def replace_report(page, report):
     """The page with a new report. A report that differs only in its times leaves the page unchanged."""
-    old = REPORT.findall(page)
-    if len(old) != 1:
-        raise LabError(f"{PAGE.relative_to(ROOT)} has {len(old)} blocks that start with ```text, expected 1")
-    if TIMES.sub("", old[0]) == TIMES.sub("", report):
+    old = text_block(page, PAGE.relative_to(ROOT))
+    if TIMES.sub("", old) == TIMES.sub("", report):
         return page
-    return REPORT.sub(lambda _: report, page)
+    return with_text_block(page, report)
 
 
 def generate(lab):

@@ -16,6 +16,14 @@ namespace {
 
 const Command kCommands[] = {
     {L"serve", 0, Serve},
+    {L"accessible", 1, ShowAccessible},
+    {L"accessible-press", 2, PressAccessible},
+    {L"accessible-set", 3, SetAccessibleValue},
+    {L"accessible-select", 3, SelectAccessible},
+    {L"accessible-hit", 3, HitAccessible},
+    {L"accessible-navigate", 3, NavigateAccessible},
+    {L"accessible-events", 1, ReportEvents},
+    {L"accessible-random", 4, CallAtRandom},
     {L"windows", 0, ListWindows},
     {L"window", 1, DescribeWindow},
     {L"message", 5, SendToWindow},

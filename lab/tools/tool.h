@@ -47,6 +47,14 @@ std::wstring HandleText(HWND window);
 
 // The commands. Their arguments and output are documented at their definitions.
 int Serve(const Arguments& arguments, Json& answer);
+int ShowAccessible(const Arguments& arguments, Json& answer);
+int PressAccessible(const Arguments& arguments, Json& answer);
+int SetAccessibleValue(const Arguments& arguments, Json& answer);
+int SelectAccessible(const Arguments& arguments, Json& answer);
+int HitAccessible(const Arguments& arguments, Json& answer);
+int NavigateAccessible(const Arguments& arguments, Json& answer);
+int ReportEvents(const Arguments& arguments, Json& answer);
+int CallAtRandom(const Arguments& arguments, Json& answer);
 int ListWindows(const Arguments& arguments, Json& answer);
 int DescribeWindow(const Arguments& arguments, Json& answer);
 int SendToWindow(const Arguments& arguments, Json& answer);
