@@ -1,11 +1,11 @@
-// Messages of assistive technology: requests for the popup's accessible object, and the actions that it asks
-// for.
+// Messages of assistive technology: requests for the popup's accessible object, and requested actions.
 #pragma once
 
 #include "win32/platform.h"
 
-// WM_GETOBJECT. Windows itself answers requests for anything but the client area.
+// WM_GETOBJECT. Requests for anything except the client area are forwarded to Windows.
 LRESULT OnGetObject(HWND window, WPARAM wParam, LPARAM lParam);
 
-// kMessageAccessibleActions: performs what was requested. That is use of the program, as a click is.
+// kMessageAccessibleActions: performs the requested actions. Like a click, they show that the program is in
+// use.
 void OnAccessibleActions();

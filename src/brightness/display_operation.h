@@ -7,8 +7,8 @@
 // One operation on the displays, from construction to the end of the scope. It is not started while another
 // operation or the release at the end of a session is running, nor once the window or the session is ending.
 // If the displays are busy, `request` is deferred: it is stored in pwmDeferred, and kMessagePwmSafeDeferred
-// is posted when the displays are free. Requests of assistive technology that waited for the end of the
-// operation are announced to the message loop as well. Window thread.
+// is posted when the displays are free. For deferred requests of assistive technology,
+// kMessageAccessibleActions is posted as well. Window thread.
 struct [[nodiscard]] DisplayOperation {
     const bool started;
 

@@ -49,7 +49,7 @@ bool RequestSliderValue(Region region, double value) {
 }
 
 void PerformAccessibleActions() {
-    // An action may dispatch messages, and this function run again within it.
+    // An action may dispatch messages, and so run this function again.
     while (g_app.accessibleActions.count != 0 && !g_app.pwmOperationRunning)
         Perform(TakeFirst());
 }

@@ -1,6 +1,6 @@
-// Actions that assistive technology requests: a press of a control, a slider's value. They are queued and
-// performed by the message loop, never within the caller's call, and not while an operation on the displays
-// is under way. Window thread only.
+// Actions that assistive technology requests: pressing a control or setting a slider's value. They are
+// queued. The message loop performs them later, never during the request and never during an operation on the
+// displays. Window thread only.
 #pragma once
 
 #include "ui/regions.h"
@@ -8,7 +8,8 @@
 // Queues a click on the region. False if the queue is full or no message can be posted.
 bool RequestPress(Region region);
 
-// Queues a value for the slider of the region, to be clamped as in a drag. False as above.
+// Queues a value for the slider of the region; the value is clamped as in a drag. False if the queue is full
+// or no message can be posted.
 bool RequestSliderValue(Region region, double value);
 
 // Handles kMessageAccessibleActions: performs the queued requests, each as the click or the drag would be.

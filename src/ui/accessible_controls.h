@@ -1,5 +1,5 @@
-// What the popup shows, as assistive technology is told: the controls and texts of the current panel,
-// computed from AppState each time.
+// The controls and texts of the current panel, as assistive technology reads them. Computed from AppState on
+// each call.
 #pragma once
 
 #include "app/state/accessible_state.h"
@@ -9,10 +9,10 @@ struct ShownControl {
     Region region = Region::None;  // None: a text
     RECT place = {};               // design units
     ControlFacts facts;
-    const wchar_t* action = nullptr;  // the name of what a click does; null: a click does nothing by itself
+    const wchar_t* action = nullptr;  // the name of the default action; null: a click alone does nothing
 };
 
-// The controls in reading order. The child id of a control is its place in the order, from 1.
+// The controls in reading order. The child id of a control is its position in this order, from 1.
 struct ShownPanel {
     int count = 0;
     ShownControl controls[kMaxShownControls];
@@ -20,5 +20,5 @@ struct ShownPanel {
 
 ShownPanel ReadShownPanel();
 
-// The popup as a whole, which contains the controls.
+// The popup itself, which contains the controls.
 ShownControl ReadShownPopup();

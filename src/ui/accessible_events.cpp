@@ -28,7 +28,7 @@ AnnouncedPopup ReadPopup() {
     return popup;
 }
 
-// Whether the strip has become another control.
+// Whether the strip has become a different kind of control.
 bool HasOtherRole(const AnnouncedPopup& before, const AnnouncedPopup& now) {
     for (int i = 0; i < now.count; ++i) {
         if (before.controls[i].role != now.controls[i].role) return true;
@@ -55,7 +55,7 @@ void AnnouncePanel() {
     if (!g_app.announcedPopup.shown) return;
     const AnnouncedPopup before = g_app.announcedPopup;
     const AnnouncedPopup now = ReadPopup();
-    // Recorded first: a client's hook in this process may dispatch messages.
+    // Stored first: a client's hook in this process may dispatch messages.
     g_app.announcedPopup = now;
     const bool otherPanel = before.settings != now.settings || before.count != now.count;
     if (otherPanel || HasOtherRole(before, now)) Notify(EVENT_OBJECT_REORDER, CHILDID_SELF);

@@ -8,7 +8,8 @@
 
 namespace {
 
-// Not a known DLL, so it is not imported. It stays loaded: it may hold references to the object.
+// Not a known DLL, so it is loaded at run time. It stays loaded, because it may have references to the
+// object.
 void LoadOleaccOnce() {
     if (g_app.oleaccRequested) return;
     g_app.oleaccRequested = true;

@@ -16,7 +16,7 @@ bool IsConnected() {
     return g_app.mainWindow != nullptr && !g_app.windowDestroyed;
 }
 
-// The control that a child id names, or the popup itself.
+// Finds the control with the child id, or the popup itself.
 HRESULT Find(const VARIANT& child, ShownControl* found) {
     if (!IsConnected()) return CO_E_OBJNOTCONNECTED;
     if (child.vt != VT_I4) return E_INVALIDARG;
@@ -30,7 +30,7 @@ HRESULT Find(const VARIANT& child, ShownControl* found) {
     return S_OK;
 }
 
-// What the window adds to the state of each control. A message box disables it.
+// The flags that the window adds to the state of each control. A message box disables the window.
 DWORD WindowState() {
     const DWORD hidden = IsWindowVisible(g_app.mainWindow) ? 0 : STATE_SYSTEM_INVISIBLE;
     return hidden | (IsWindowEnabled(g_app.mainWindow) ? 0 : STATE_SYSTEM_UNAVAILABLE);
@@ -62,7 +62,7 @@ HRESULT GetText(const VARIANT& child, Property property, BSTR* text) {
     return result == S_OK ? CopyText(TextOf(control, property), text) : result;
 }
 
-// The popup has none of it: no help, no keyboard shortcut.
+// For texts that no control has: help and keyboard shortcut.
 HRESULT GetNoText(const VARIANT& child, BSTR* text) {
     if (text == nullptr) return E_INVALIDARG;
     *text = nullptr;
@@ -82,11 +82,11 @@ HRESULT GetNumber(const VARIANT& child, VARIANT* number, DWORD (*read)(const Sho
     return S_OK;
 }
 
-// S_FALSE and an empty variant for no control.
-HRESULT GiveChild(int child, VARIANT* given) {
+// Returns S_FALSE and an empty variant if there is no control.
+HRESULT ReturnChild(int child, VARIANT* returned) {
     if (child < 0) return S_FALSE;
-    given->vt = VT_I4;
-    given->lVal = child;
+    returned->vt = VT_I4;
+    returned->lVal = child;
     return S_OK;
 }
 
@@ -126,7 +126,7 @@ struct AccessibleObject final : IAccessible {
         return static_cast<ULONG>(left);
     }
 
-    // Clients in C++ and UI Automation use the interface itself.
+    // C++ clients and UI Automation do not use IDispatch.
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
         if (count == nullptr) return E_INVALIDARG;
         *count = 0;
@@ -149,7 +149,7 @@ struct AccessibleObject final : IAccessible {
         *parent = nullptr;
         if (!IsConnected()) return CO_E_OBJNOTCONNECTED;
         if (g_app.accessibleObjectFromWindow == nullptr) return S_FALSE;
-        // Windows' own object for the window, whose client area this is.
+        // Windows provides the object of the window, to which the client area belongs.
         return g_app.accessibleObjectFromWindow(g_app.mainWindow, static_cast<DWORD>(OBJID_WINDOW),
                                                 __uuidof(IDispatch), reinterpret_cast<void**>(parent));
     }
@@ -160,7 +160,7 @@ struct AccessibleObject final : IAccessible {
         *count = ReadShownPanel().count;
         return S_OK;
     }
-    // A simple element has no object of its own.
+    // A simple element has no separate object.
     HRESULT STDMETHODCALLTYPE get_accChild(VARIANT child, IDispatch** object) override {
         if (object == nullptr) return E_INVALIDARG;
         *object = nullptr;
@@ -207,8 +207,8 @@ struct AccessibleObject final : IAccessible {
     }
 
     // The popup reacts to no key, so nothing in it has the focus or can be selected.
-    HRESULT STDMETHODCALLTYPE get_accFocus(VARIANT* child) override { return GiveNoChild(child); }
-    HRESULT STDMETHODCALLTYPE get_accSelection(VARIANT* children) override { return GiveNoChild(children); }
+    HRESULT STDMETHODCALLTYPE get_accFocus(VARIANT* child) override { return ReturnNoChild(child); }
+    HRESULT STDMETHODCALLTYPE get_accSelection(VARIANT* children) override { return ReturnNoChild(children); }
     // Selecting a preset is a click on it.
     HRESULT STDMETHODCALLTYPE accSelect(LONG flags, VARIANT child) override {
         ShownControl control;
@@ -240,7 +240,7 @@ struct AccessibleObject final : IAccessible {
         if (child == nullptr) return E_INVALIDARG;
         VariantInit(child);
         if (!IsConnected()) return CO_E_OBJNOTCONNECTED;
-        return GiveChild(ChildAtScreenPoint(x, y), child);
+        return ReturnChild(ChildAtScreenPoint(x, y), child);
     }
     HRESULT STDMETHODCALLTYPE accNavigate(LONG direction, VARIANT start, VARIANT* end) override {
         if (end == nullptr) return E_INVALIDARG;
@@ -249,7 +249,7 @@ struct AccessibleObject final : IAccessible {
         const HRESULT result = Find(start, &control);
         if (result != S_OK) return result;
         if (direction <= NAVDIR_MIN || direction >= NAVDIR_MAX) return E_INVALIDARG;
-        return GiveChild(NavigateFrom(start.lVal, direction), end);
+        return ReturnChild(NavigateFrom(start.lVal, direction), end);
     }
 
     HRESULT STDMETHODCALLTYPE accDoDefaultAction(VARIANT child) override {
@@ -268,7 +268,7 @@ struct AccessibleObject final : IAccessible {
         return result == S_OK ? SetValue(control, value) : result;
     }
 
-    static HRESULT GiveNoChild(VARIANT* child) {
+    static HRESULT ReturnNoChild(VARIANT* child) {
         if (child == nullptr) return E_INVALIDARG;
         VariantInit(child);
         return IsConnected() ? S_FALSE : CO_E_OBJNOTCONNECTED;

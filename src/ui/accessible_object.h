@@ -3,7 +3,8 @@
 
 struct IAccessible;
 
-// An IAccessible for the popup's client area, with one reference; null when memory runs out. The controls are
-// its simple elements, numbered from 1 in reading order. It reads AppState at each call and belongs to the
-// window's thread. A client may keep it longer than the window lives: it then answers CO_E_OBJNOTCONNECTED.
+// Creates an IAccessible for the popup's client area, with one reference. Null if memory runs out. The
+// controls are its simple elements, numbered from 1 in reading order. It reads AppState on each call, on the
+// window thread. A client may keep it after the window is destroyed; its methods then return
+// CO_E_OBJNOTCONNECTED.
 IAccessible* CreateAccessibleObject();

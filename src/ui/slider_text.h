@@ -11,6 +11,6 @@ constexpr std::size_t kSliderTextCapacity = 16;
 void FormatSliderText(Slider slider, wchar_t (&text)[kSliderTextCapacity]);
 
 // Reads a value of `length` characters: whole percent of the slider with a percent sign, for WARMTH also
-// whole kelvin as "2700K" or "2,700K". Anything else is refused. The value is not clamped; one that is in
-// range and set is shown as the number that was read.
+// whole kelvin as "2700K" or "2,700K". False for anything else. The value is not clamped. A value in range,
+// once set, is displayed as the number that was read.
 bool ParseSliderText(Slider slider, const wchar_t* text, std::size_t length, double* value);

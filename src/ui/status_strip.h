@@ -7,7 +7,7 @@
 // Draws the one that CurrentStatusStrip selects.
 void DrawStatusStrip(HDC dc);
 
-// The banner's line, whether or not the strip shows it.
+// The text of the banner, even if the strip does not show it.
 const wchar_t* BannerText();
 
 // Whether the hint is drawn in amber: the filter dims the picture enough to replace the backlight's dimming.

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr std::size_t kPatternLength = 4096;  // calls; later ones are as the last
+constexpr std::size_t kPatternLength = 4096;  // calls; later ones behave like the last
 
 }  // namespace
 
@@ -21,7 +21,7 @@ std::uint64_t g_faultSetLastError = 0;
 void FaultStub();
 }
 
-// No caller expects rax and r11 to be preserved. A failing call needs its arguments no more.
+// No caller expects rax and r11 to be preserved. A failing call does not need its arguments.
 asm(R"(
     .globl FaultStub
     .text

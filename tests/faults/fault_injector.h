@@ -22,8 +22,8 @@ struct Failure {
 // Sets the import table's entry of a function; fails the process if the program does not import it.
 void ReplaceImport(const char* function, void* replacement);
 
-// Replaces one function by the stub until the object ends. `looked up` is a function that the program finds
-// by GetProcAddress: its stub is returned by StubFor.
+// Replaces one function with the stub for the lifetime of the object. If the program looks the function up
+// with GetProcAddress, StubFor returns the stub.
 class InjectedFault {
 public:
     InjectedFault(const std::string& function, void* lookedUp, Failure failure, Occasion occasion);

@@ -1,5 +1,6 @@
-// Every function of Windows that the program calls fails in turn, in every way and on every occasion, while a
-// whole session runs. After each session the screen, the cursors and the monitor must be as before it.
+// Makes every Windows function that the program calls fail in turn, in every way and at every call, during a
+// complete session. After each session the screen, the cursors and the monitor must be in their previous
+// state.
 //
 //     fault_matrix [--quick] [--from ROW] [--only FUNCTION]
 #include <cstdio>
@@ -114,7 +115,7 @@ void CheckRestored(const Case& each, Outcome* outcome) {
     if (g_platform.busyLoop) outcome->faults.push_back("busy loop");
 }
 
-// Ends a program whose window is still there, as the end of the process would.
+// Ends a program whose window still exists, as the end of the process would.
 void CleanUp() {
     if (g_app.mainWindow != nullptr) DestroyWindow(g_app.mainWindow);
     MSG message;
@@ -154,7 +155,7 @@ Outcome RunSession(const Case& each, std::size_t number) {
     }
     if (g_platform.scriptRanOut && each.end == End::Quit && CanQuit(each))
         outcome.faults.push_back("the program does not quit");
-    // A program that could not be told to quit is told now.
+    // If the program could not be told to quit, it is told now.
     if (each.end == End::Quit && g_app.mainWindow != nullptr) DestroyWindow(g_app.mainWindow);
     CheckRestored(each, &outcome);
     CleanUp();
@@ -173,7 +174,7 @@ Held CountHeld() {
     return held;
 }
 
-// Functions whose failure keeps what they should free.
+// Functions whose failure leaks the object that they should free.
 bool FreesOrEndsTheProcess(const Case& each) {
     return IsAnyOf(each, {"CloseHandle", "RegCloseKey", "fclose", "DeleteObject", "DeleteDC", "ReleaseDC",
                           "DestroyIcon", "DestroyCursor", "SetSystemCursor", "SelectObject", "EndPaint",
@@ -182,7 +183,7 @@ bool FreesOrEndsTheProcess(const Case& each) {
                           "RegisterClassExW", "CreateWindowExW"});
 }
 
-// A leak occurs in each run; Windows and Wine create what they cache once.
+// A leak grows with each run; Windows and Wine create their cached objects once.
 void CheckHeld(const Case& each, std::size_t number, Outcome* outcome, const Held& before) {
     const Held first = CountHeld();
     if (first.gdiObjects <= before.gdiObjects && first.handles <= before.handles) return;

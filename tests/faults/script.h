@@ -1,5 +1,5 @@
-// A session of the program as a user and Windows drive it: every region, the menu, the timers, display
-// changes, resume, the report, and one of two ends.
+// A session of the program with input of the user and messages of Windows: every region, the menu, the
+// timers, display changes, resume, the report, and one of two ends.
 #pragma once
 
 #include <vector>
@@ -8,5 +8,5 @@
 enum class End { Quit, EndOfSession, Helper };
 const char* NameOf(End end);
 
-// The short form leaves out most regions.
+// The short form omits most regions.
 std::vector<void (*)()> SessionScript(End end, bool shortForm);

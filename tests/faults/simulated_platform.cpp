@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kMaxMessagesPerStep = 400;
 
-// Not through the import table, where a fault may be injected into them.
+// Not called through the import table, where a fault may be injected.
 decltype(&PeekMessageW) g_peekMessage = nullptr;
 decltype(&DestroyCursor) g_destroyCursor = nullptr;
 
@@ -64,7 +64,7 @@ HINSTANCE WINAPI FakeShellExecute(HWND, const wchar_t*, const wchar_t*, const wc
     return reinterpret_cast<HINSTANCE>(INT_PTR{42});
 }
 
-// Each start is the first.
+// Every start is that of the first instance.
 HANDLE WINAPI FakeCreateMutex(SECURITY_ATTRIBUTES*, BOOL, const wchar_t*) {
     HANDLE mutex = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     SetLastError(ERROR_SUCCESS);

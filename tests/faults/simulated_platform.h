@@ -23,7 +23,7 @@ struct SimulatedPlatform {
     std::size_t nextStep = 0;
     int messagesSinceStep = 0;
     bool busyLoop = false;      // more messages between two steps than any of them causes
-    bool scriptRanOut = false;  // the loop went on behind the last step
+    bool scriptRanOut = false;  // the message loop continued after the last step
 };
 
 extern SimulatedPlatform g_platform;

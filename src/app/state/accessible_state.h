@@ -1,13 +1,14 @@
-// What AppState keeps for screen readers and other assistive technology.
+// The part of AppState for screen readers and other assistive technology.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-// What assistive technology is told of one control. The texts live for the whole run; null: there is none.
+// The properties of one control that assistive technology reads. The strings live for the entire run; null
+// means that there is none.
 struct ControlFacts {
     std::uint32_t role = 0;   // ROLE_SYSTEM_...
-    std::uint32_t state = 0;  // STATE_SYSTEM_..., without what the window adds for all controls
+    std::uint32_t state = 0;  // STATE_SYSTEM_..., without the flags that the window adds for all controls
     const wchar_t* name = nullptr;
     const wchar_t* description = nullptr;
     wchar_t value[16] = L"";  // of a slider
@@ -15,7 +16,7 @@ struct ControlFacts {
 
 constexpr int kMaxShownControls = 11;
 
-// The popup as events have described it.
+// The popup as the events sent so far describe it.
 struct AnnouncedPopup {
     bool shown = false;
     bool settings = false;  // the settings panel
@@ -31,7 +32,7 @@ struct AccessibleAction {
 
 constexpr int kMaxAccessibleActions = 32;
 
-// Requests that the message loop has yet to perform, oldest first.
+// Requests that the message loop has not performed yet, oldest first.
 struct AccessibleActionQueue {
     int count = 0;
     AccessibleAction actions[kMaxAccessibleActions];

@@ -102,7 +102,7 @@ struct AppState {
     std::int32_t rampsRejected = 0;
     std::int32_t readBackMismatchStreak = 0;
     bool lastApplyRejected = false;
-    bool rampInForce = false;  // a ramp of the filter may be in force; the restore record contains it
+    bool rampInForce = false;      // a ramp of the filter may be in force; the restore record contains it
     bool rampsPerDisplay = false;  // the filter's ramp was loaded into each display and not reset since
     std::uint64_t displaysWithoutRamps = 0;  // bit i: display i of the enumeration refuses even the identity
     bool gammaRangeExpanded = false;
@@ -132,13 +132,12 @@ struct AppState {
     std::int32_t pwmRetryCount = 0;
     bool pwmRetrySlowed = false;
     SavedBrightness pwmSavedBrightness;
-    PwmReleaseJob* pwmRelease =
-        nullptr;  // started at the end of a session; null once its result is collected
+    PwmReleaseJob* pwmRelease = nullptr;  // from the end of a session until its result is collected
 
     bool launchAtStart = false;
 
     // Accessibility.
-    bool oleaccRequested = false;  // loading oleacc.dll was tried
+    bool oleaccRequested = false;  // whether loading oleacc.dll has been attempted
     LRESULT(WINAPI* lresultFromObject)(REFIID iid, WPARAM wParam, IUnknown* object) = nullptr;
     HRESULT(WINAPI* accessibleObjectFromWindow)
     (HWND window, DWORD objectId, REFIID iid, void** object) = nullptr;

@@ -19,6 +19,6 @@ constexpr UINT kMessageMagnificationError = WM_APP + 106;
 // thread that releases the lock at a session's end; no payload.
 constexpr UINT kMessagePwmSafeDeferred = WM_APP + 107;
 
-// Posted when AppState holds requests of assistive technology that can be performed: by the request, and by
-// the end of an operation on the displays during which they had to wait; no payload.
+// Posted when requests of assistive technology in AppState can be performed: by the request, and at the end
+// of an operation on the displays during which they were deferred; no payload.
 constexpr UINT kMessageAccessibleActions = WM_APP + 108;

@@ -56,7 +56,7 @@ TEST_F(Accessibility, TheClientAreaIsOursWhetherOrNotItsIdIsSignExtended) {
 }
 
 TEST_F(Accessibility, EverythingElseIsAnsweredByWindows) {
-    // The window, the menu bar, the caret, UI Automation's root, an object of a program's own.
+    // The window, the menu bar, the caret, UI Automation's root, a custom object.
     for (const LPARAM id : {LPARAM{0}, LPARAM{-3}, LPARAM{-8}, LPARAM{-25}, LPARAM{4}, LPARAM{0x7FFFFFFC}})
         EXPECT_EQ(Get(id), kDefaultAnswer) << id;
     EXPECT_EQ(g_calls.size(), 6U);

@@ -20,7 +20,7 @@ protected:
         g_fixture = ClickFixture{};
     }
 
-    // Performs what has been queued, like the message loop, and returns the calls of that.
+    // Performs the queued actions, like the message loop, and returns the calls that they make.
     static CallRecord Perform() {
         g_calls.clear();
         PerformAccessibleActions();

@@ -1,5 +1,5 @@
-// A client in another thread, through the system's own oleacc.dll and COM: calls arrive while the window's
-// thread pumps messages, and when the client is done the program's reference is the only one.
+// A client in another thread, through the system's oleacc.dll and COM: calls arrive while the window thread
+// handles messages. When the client has ended, only the program's reference remains.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -35,7 +35,7 @@ HWND MakeWindow() {
                            windowClass.hInstance, nullptr);
 }
 
-// Runs the client in a thread of its own apartment and handles messages until it ends.
+// Runs the client in a separate thread and apartment, and handles messages until it ends.
 template <typename Client>
 void RunClient(Client client) {
     HANDLE ended = CreateEventW(nullptr, TRUE, FALSE, nullptr);
@@ -69,7 +69,7 @@ protected:
         CoUninitialize();
     }
 
-    // The references that are left, the program's own included.
+    // The number of references, including the program's.
     static ULONG References() {
         g_app.accessibleObject->AddRef();
         return g_app.accessibleObject->Release();

@@ -1,4 +1,4 @@
-// The events that tell of changes, each for the child that has changed.
+// The events that report changes, each for the child that has changed.
 #include "ui/accessible_events.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-// Fixture for the accessible object: a popup at a place of the screen, whose posted messages and events are
-// recorded in g_calls, and short forms of the object's methods.
+// Fixture for the accessible object: a popup at a known position, a record of the posted messages and events
+// in g_calls, and short forms of the object's methods.
 #pragma once
 
 #include <gtest/gtest.h>

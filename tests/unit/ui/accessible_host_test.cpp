@@ -1,4 +1,4 @@
-// oleacc.dll is loaded once, on the first request, and given the one object of the popup.
+// oleacc.dll is loaded once, on the first request, and receives the popup's only accessible object.
 #include "ui/accessible_host.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// The accessible object itself: its arguments and answers, where its controls are, and its life.
+// The accessible object: its arguments and results, the positions of its controls, and its lifetime.
 #include "ui/accessible_object.h"
 
 #include <gtest/gtest.h>
@@ -262,7 +262,7 @@ TEST_F(AccessibleObjectTest, AfterTheWindowEveryMethodSaysThatItIsNotConnected) 
         EXPECT_EQ(object->get_accFocus(&answer), CO_E_OBJNOTCONNECTED);
         EXPECT_EQ(object->get_accSelection(&answer), CO_E_OBJNOTCONNECTED);
         EXPECT_EQ(object->accHitTest(1600, 600, &answer), CO_E_OBJNOTCONNECTED);
-        // The window is gone altogether.
+        // The window no longer exists.
         g_app.mainWindow = nullptr;
         g_app.windowDestroyed = round == 0;
     }

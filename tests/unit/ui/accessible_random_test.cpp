@@ -1,5 +1,5 @@
-// Random calls with absurd arguments while the state changes: every call returns, what it returns is well
-// formed, and no reference is left. Deterministic.
+// Random calls with arbitrary arguments while the state changes: every call returns a well-formed result, and
+// no reference is leaked. Deterministic.
 #include <gtest/gtest.h>
 
 #include <random>
