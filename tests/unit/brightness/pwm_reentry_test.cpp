@@ -4,9 +4,8 @@
 //
 // - No list is used while it is being filled (the fake displays check this).
 // - A display is set to 100 or to its brightness before the lock, and the latter is the saved value.
-// - After the operation, timer 4 runs exactly while the mode is on and timer 5 exactly while a verification
-// is
-//   pending. While the mode is off there is no verification, confirmation or saved value.
+// - After the operation, timer 4 runs exactly while the mode is on, and timer 5 exactly while a verification
+//   is pending. While the mode is off there is no verification, confirmation or saved value.
 // - Every display can be restored: while the mode is on, its previous brightness is saved or is its current
 //   brightness; while the mode is off, and after the end of the program, it is its current brightness.
 // - The mode is the one that was saved last.
