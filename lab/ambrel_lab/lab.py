@@ -7,6 +7,7 @@ from .console import run_console
 from .desktop import Desktop
 from .displays import Displays
 from .evidence import save_evidence
+from .faults import Faults
 from .hardware import Hardware
 from .input import Input
 from .magnification import Magnification
@@ -48,6 +49,7 @@ class Lab(AccessibilityActions, PopupActions, ProgramActions, WindowsActions):
             self.magnification = Magnification(self.prefix, doubles)
             self.hardware = Hardware(self, doubles)
             self.displays = Displays(self, doubles)
+            self.faults = Faults(self, doubles)
             if tools:
                 self.magnification.install(magnification)
             self.connection = Connection(self.run.display)

@@ -9,15 +9,25 @@
 #include "filter/filter.h"
 #include "filter/magnification.h"
 #include "ui/canvas.h"
+#include "win32/own_memory.h"
+
+namespace {
+
+// Windows scales to 500%. The icon that is loaded for a DPI grows with its square.
+constexpr UINT kMaxDpi = 960;
+
+}  // namespace
 
 void OnDisplayChange() {
     RestartTimer(TimerId::DisplaySettle);
 }
 
 void OnDpiChanged(UINT dpi, const RECT* suggested) {
+    if (dpi > kMaxDpi) return;
     SetDpi(dpi);
-    if (suggested != nullptr) {
-        SetWindowPos(g_app.mainWindow, nullptr, suggested->left, suggested->top, ScaleByDpi(kCanvasWidth),
+    RECT rectangle = {};
+    if (CopyOwnMemory(suggested, &rectangle, sizeof(rectangle))) {
+        SetWindowPos(g_app.mainWindow, nullptr, rectangle.left, rectangle.top, ScaleByDpi(kCanvasWidth),
                      ScaleByDpi(kCanvasHeight), SWP_NOZORDER | SWP_NOACTIVATE);
     }
     InvalidateRect(g_app.mainWindow, nullptr, FALSE);

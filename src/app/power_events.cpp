@@ -1,9 +1,10 @@
 #include "app/power_events.h"
 
-#include <cstring>
+#include <cstddef>
 
 #include "app/state/app_state.h"
 #include "app/state/timers.h"
+#include "win32/own_memory.h"
 
 namespace {
 
@@ -15,8 +16,16 @@ constexpr GUID kConsoleDisplayState = {
 constexpr DWORD kDisplayOff = 0;
 constexpr DWORD kDisplayOn = 1;  // 2 is dimmed
 
-bool IsDisplayState(const POWERBROADCAST_SETTING& setting) {
-    return IsEqualGUID(setting.PowerSetting, kConsoleDisplayState) && setting.DataLength == sizeof(DWORD);
+// POWERBROADCAST_SETTING with the data of this setting.
+struct DisplayStateSetting {
+    GUID setting;
+    DWORD dataLength;
+    DWORD state;
+};
+static_assert(offsetof(DisplayStateSetting, state) == offsetof(POWERBROADCAST_SETTING, Data));
+
+bool IsDisplayState(const DisplayStateSetting& setting) {
+    return IsEqualGUID(setting.setting, kConsoleDisplayState) && setting.dataLength == sizeof(DWORD);
 }
 
 void StartSettlingAfterResume() {
@@ -29,11 +38,11 @@ void OnDisplayState(DWORD state) {
     if (before == kDisplayOff && state == kDisplayOn) StartSettlingAfterResume();
 }
 
-void OnPowerSetting(const POWERBROADCAST_SETTING* setting) {
-    if (setting == nullptr || !IsDisplayState(*setting)) return;
-    DWORD state = 0;
-    std::memcpy(&state, setting->Data, sizeof(state));
-    OnDisplayState(state);
+// Settings with less data may end before the state; they are not this one.
+void OnPowerSetting(const void* data) {
+    DisplayStateSetting setting = {};
+    if (CopyOwnMemory(data, &setting, sizeof(setting)) && IsDisplayState(setting))
+        OnDisplayState(setting.state);
 }
 
 }  // namespace
@@ -56,8 +65,6 @@ void OnPowerBroadcast(WPARAM event, LPARAM data) {
     switch (event) {
         case PBT_APMRESUMEAUTOMATIC:
         case PBT_APMRESUMESUSPEND: StartSettlingAfterResume(); return;
-        case PBT_POWERSETTINGCHANGE:
-            OnPowerSetting(reinterpret_cast<const POWERBROADCAST_SETTING*>(data));
-            return;
+        case PBT_POWERSETTINGCHANGE: OnPowerSetting(reinterpret_cast<const void*>(data)); return;
     }
 }

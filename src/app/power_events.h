@@ -11,5 +11,6 @@ void RegisterPowerEvents(HWND window);
 // Ends the registrations, if there are any.
 void UnregisterPowerEvents();
 
-// WM_POWERBROADCAST. `data` is the message's lParam: a POWERBROADCAST_SETTING for PBT_POWERSETTINGCHANGE.
+// WM_POWERBROADCAST. `data` is the message's lParam: the address of a POWERBROADCAST_SETTING for
+// PBT_POWERSETTINGCHANGE, ignored if it cannot be read.
 void OnPowerBroadcast(WPARAM event, LPARAM data);

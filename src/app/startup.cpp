@@ -2,6 +2,7 @@
 
 #include <cwchar>
 
+#include "app/crash_guard.h"
 #include "app/popup_window.h"
 #include "app/shell/ensure_tray_icon.h"
 #include "app/shell/scaled_resources.h"
@@ -9,6 +10,7 @@
 #include "app/state/app_state.h"
 #include "app/state/program_names.h"
 #include "app/state/timers.h"
+#include "app/window_lifetime.h"
 #include "diag/system_probe.h"
 #include "filter/cursor_tint.h"
 #include "filter/gamma_range.h"
@@ -84,13 +86,25 @@ void AddFirstTrayIcon() {
     StartTimer(TimerId::TrayRetry);
 }
 
+// GetMessageW may fail for a moment. If it keeps failing, no message arrives any more, Quit included: the
+// program ends and restores what it has changed.
 int RunMessageLoop() {
+    constexpr int kMaxFailures = 10;  // in a row
     MSG message = {};
-    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+    for (int failures = 0; failures < kMaxFailures;) {
+        const BOOL result = GetMessageW(&message, nullptr, 0, 0);
+        if (result == 0) return static_cast<int>(message.wParam);
+        if (result < 0) {
+            failures += 1;
+            continue;
+        }
+        failures = 0;
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
-    return static_cast<int>(message.wParam);
+    LogEvent("No messages from Windows after %d attempts - ending", kMaxFailures);
+    DestroyMainWindow();
+    return 1;
 }
 
 int FailToStart(const wchar_t* text) {
@@ -107,6 +121,7 @@ void PrepareProcess() {
 }
 
 void PrepareState(HINSTANCE instance) {
+    InstallCrashGuard();
     g_app.instance = instance;
     g_app.taskbarCreatedMessage = RegisterWindowMessageW(L"TaskbarCreated");
     CreateDrawingResources();

@@ -8,6 +8,7 @@
 #include "app/state/app_state.h"
 #include "app/state/messages.h"
 #include "app/state/timers.h"
+#include "app/window_lifetime.h"
 #include "filter/filter.h"
 #include "store/autostart.h"
 #include "store/event_log.h"
@@ -54,7 +55,7 @@ MenuCommand TrackMenu(HMENU menu, POINT at) {
 void PerformMenuCommand(MenuCommand command) {
     if (command != kMenuNone) ContinueSession();
     switch (command) {
-        case kMenuQuit: DestroyWindow(g_app.mainWindow); return;
+        case kMenuQuit: DestroyMainWindow(); return;
         case kMenuLegacyMode:
             ToggleLegacyMode();
             SaveSettings();

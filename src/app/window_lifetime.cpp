@@ -40,6 +40,8 @@ void FreeDrawingResources() {
 }  // namespace
 
 void OnCreate(HWND window) {
+    // Another program can send the message again.
+    if (g_app.mainWindow != nullptr || g_app.windowDestroyed) return;
     g_app.mainWindow = window;
     g_app.panel = Panel::Main;
     AllowMessagesFromLowerIntegrity(window);
@@ -49,6 +51,7 @@ void OnCreate(HWND window) {
 }
 
 void OnDestroy() {
+    if (g_app.windowDestroyed) return;
     // A handler further up the call stack may be waiting in a message box and apply the filter when the box
     // closes. From now on ApplyFilter clears instead.
     const bool sessionEnded = std::exchange(g_app.ending, true);
@@ -68,4 +71,8 @@ void OnDestroy() {
     ReleaseSingleInstance();
     g_app.mainWindow = nullptr;
     PostQuitMessage(0);
+}
+
+void DestroyMainWindow() {
+    if (DestroyWindow(g_app.mainWindow) == FALSE) OnDestroy();
 }

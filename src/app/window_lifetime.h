@@ -3,10 +3,14 @@
 
 #include "win32/platform.h"
 
-// WM_CREATE: registers for power events and asserts the lock on the backlight if the settings have PWM-safe
-// mode on. The queries of the displays dispatch messages.
+// WM_CREATE, once: registers for power events and asserts the lock on the backlight if the settings have
+// PWM-safe mode on. The queries of the displays dispatch messages.
 void OnCreate(HWND window);
 
-// WM_DESTROY: restores the backlight and the screen, removes the tray icon, frees the drawing resources,
-// releases the single-instance mutex and ends the message loop. Does not save the settings.
+// WM_DESTROY, once: restores the backlight and the screen, removes the tray icon, frees the drawing
+// resources, releases the single-instance mutex and ends the message loop. Does not save the settings.
 void OnDestroy();
+
+// Destroys the window. If Windows refuses, does what OnDestroy does all the same, and the end of the process
+// destroys the window.
+void DestroyMainWindow();

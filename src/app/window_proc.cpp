@@ -69,6 +69,11 @@ void OnPaint(HWND window) {
     AnnouncePanel();
 }
 
+// SetCapture by the window that has the capture sends the message as well: nothing is lost then.
+void OnCaptureChanged(HWND window, HWND gaining) {
+    if (gaining != window) OnCaptureLost();
+}
+
 LRESULT OnMouseActivate() {
     g_app.popupArmed = true;
     return MA_ACTIVATE;
@@ -90,7 +95,7 @@ bool IsTaskbarCreated(UINT message) {
 }  // namespace
 
 // clang-format off
-LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT CALLBACK HandleWindowMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (IsTaskbarCreated(message)) { OnTaskbarCreated(); return 0; }
     switch (message) {
         case kMessageLegacyNotice:       ShowLegacyNotice();                                          return 0;
@@ -102,7 +107,7 @@ LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM
         case WM_POWERBROADCAST:          OnPowerBroadcast(wParam, lParam);                            return TRUE;
         case WM_LBUTTONDOWN:             OnPopupPressed(lParam);                                      return 0;
         case WM_LBUTTONUP:               OnMouseUp();                                                 return 0;
-        case WM_CAPTURECHANGED:          OnCaptureLost();                                             return 0;
+        case WM_CAPTURECHANGED:          OnCaptureChanged(window, reinterpret_cast<HWND>(lParam));    return 0;
         case WM_MOUSEMOVE:               OnMouseMove(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));     return 0;
         case WM_DPICHANGED:              OnDpiChanged(DpiFrom(wParam), SuggestedRect(lParam));        return 0;
         case kMessageTray:               OnTrayCallback(lParam);                                      return 0;

@@ -10,6 +10,7 @@
 #include "brightness/display_targets.h"
 #include "brightness/saved_brightness.h"
 #include "win32/com_guards.h"
+#include "win32/crash_stack.h"
 
 // Owned by the release thread until `ended` is set, then by the window thread. Not freed if the process ends
 // first.
@@ -24,6 +25,7 @@ struct PwmReleaseJob {
 namespace {
 
 DWORD WINAPI ReleaseThread(void* context) {
+    ReserveCrashStack();
     auto* release = static_cast<PwmReleaseJob*>(context);
     HWND window = release->window;
     {

@@ -12,6 +12,10 @@ namespace {
 
 constexpr long kNextTimeout = 1500;  // ms per object
 
+// Sanity limits: no machine has more panels, and no name of WMI is longer.
+constexpr int kMaxPanels = 64;
+constexpr UINT kMaxTextLength = 4096;
+
 constexpr wchar_t kPanelsQuery[] =
     L"SELECT InstanceName, CurrentBrightness FROM WmiMonitorBrightness WHERE Active = TRUE";
 constexpr wchar_t kMethodsQuery[] =
@@ -51,12 +55,14 @@ bool NextResult(IEnumWbemClassObject* results, ComPointer<IWbemClassObject>* obj
     return SUCCEEDED(results->Next(kNextTimeout, 1, object->Out(), &returned)) && object->pointer != nullptr;
 }
 
-// Empty unless the property is a string.
+// Empty unless the property is a string of at most kMaxTextLength characters.
 std::wstring TextOf(IWbemClassObject* object, const wchar_t* property) {
     Variant read;
     if (FAILED(object->Get(property, 0, &read.value, nullptr, nullptr))) return {};
     if (read.value.vt != VT_BSTR || read.value.bstrVal == nullptr) return {};
-    return {read.value.bstrVal, SysStringLen(read.value.bstrVal)};
+    const UINT length = SysStringLen(read.value.bstrVal);
+    if (length > kMaxTextLength) return {};
+    return {read.value.bstrVal, length};
 }
 
 std::uint32_t PercentOf(IWbemClassObject* object) {
@@ -69,13 +75,14 @@ std::uint32_t PercentOf(IWbemClassObject* object) {
 bool FindMethodsPath(IWbemServices* services, const std::wstring& name, std::wstring* path) {
     ComPointer<IEnumWbemClassObject> results;
     if (!Query(services, kMethodsQuery, &results)) return false;
-    for (;;) {
+    for (int panel = 0; panel < kMaxPanels; ++panel) {
         ComPointer<IWbemClassObject> object;
         if (!NextResult(results.pointer, &object)) return false;
         if (TextOf(object.pointer, L"InstanceName") != name) continue;
         *path = TextOf(object.pointer, L"__PATH");
         return true;
     }
+    return false;
 }
 
 bool NewParameters(IWbemServices* services, ComPointer<IWbemClassObject>* parameters) {
@@ -124,7 +131,7 @@ void EnumerateWmiTargets(DisplayTargetList* list) {
     ComPointer<IWbemServices> services;
     ComPointer<IEnumWbemClassObject> results;
     if (!Connect(&locator, &services) || !Query(services.pointer, kPanelsQuery, &results)) return;
-    for (;;) {
+    for (int panel = 0; panel < kMaxPanels; ++panel) {
         ComPointer<IWbemClassObject> object;
         if (!NextResult(results.pointer, &object)) return;
         std::wstring name = TextOf(object.pointer, L"InstanceName");

@@ -11,6 +11,7 @@
 namespace {
 
 constexpr wchar_t kUnknown[] = L"unknown";
+constexpr DWORD kMaxDevices = 256;  // sanity limit
 
 void ReadProcessor(SupportFacts* facts) {
     SYSTEM_INFO system = {};
@@ -51,7 +52,7 @@ std::vector<std::wstring> ReadAdapters() {
     std::vector<std::wstring> adapters;
     DISPLAY_DEVICEW device = {};
     device.cb = sizeof(device);
-    for (DWORD i = 0; EnumDisplayDevicesW(nullptr, i, &device, 0); ++i) {
+    for (DWORD i = 0; i < kMaxDevices && EnumDisplayDevicesW(nullptr, i, &device, 0); ++i) {
         if ((device.StateFlags & DISPLAY_DEVICE_ATTACHED_TO_DESKTOP) == 0) continue;
         const std::wstring name = device.DeviceString;
         if (std::find(adapters.begin(), adapters.end(), name) == adapters.end()) adapters.push_back(name);

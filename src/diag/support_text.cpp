@@ -3,6 +3,7 @@
 #include "app/state/program_names.h"
 #include "filter/model/warmth.h"
 #include "res/version.h"
+#include "win32/control_characters.h"
 #include "win32/format_text.h"
 
 namespace {
@@ -30,18 +31,25 @@ std::wstring VersionText() {
     return L"" AMBREL_VERSION;
 }
 
+// Without control characters: values come from the registry, from displays and from files.
+std::wstring Printable(std::wstring text) {
+    ReplaceControlCharacters(text.data(), text.size());
+    return text;
+}
+
 std::wstring OsName(const OsInfo& os) {
-    return os.productName.empty() ? L"Windows" : os.productName;
+    return os.productName.empty() ? L"Windows" : Printable(os.productName);
 }
 
 void AddBlankLine(std::wstring* text) {
     *text += L"\r\n";
 }
 
-// `label` includes its padding up to the column of the values.
-void AddLine(std::wstring* text, const wchar_t* label, const std::wstring& value) {
-    *text += label;
-    *text += value;
+// One line, whatever the label and the value contain. `label` includes its padding up to the column of the
+// values.
+void AddLine(std::wstring* text, const std::wstring& label, const std::wstring& value) {
+    *text += Printable(label);
+    *text += Printable(value);
     *text += L"\r\n";
 }
 
@@ -105,7 +113,7 @@ void AddSystem(std::wstring* text, const AppState& state, const SupportFacts& fa
 void AddMonitor(std::wstring* text, std::size_t index, const MonitorProbe& monitor) {
     const std::wstring& name = monitor.description.empty() ? monitor.deviceName : monitor.description;
     *text += Formatted("[%zu] ", index);
-    AddLine(text, name.c_str(), monitor.primary ? L"  (PRIMARY)" : L"");
+    AddLine(text, name, monitor.primary ? L"  (PRIMARY)" : L"");
     AddLine(text, L"    Device:        ", monitor.deviceName);
     AddLine(text, L"    Mode:          ",
             Formatted("%ux%u @ %uHz, %u-bit", monitor.width, monitor.height, monitor.refresh,
@@ -191,7 +199,7 @@ void AddPwmSafe(std::wstring* text, const AppState& state) {
     if (state.pwmRetrySlowed) *text += L"Retry pace:       slowed to 30s (display would not hold 100%)\r\n";
     if (!state.pwmSavedBrightness.empty()) *text += L"Brightness snapshots taken on enable:\r\n";
     for (const auto& saved : state.pwmSavedBrightness)
-        AddLine(text, (L"  " + saved.first + L" -> ").c_str(), Formatted("%u", saved.second));
+        AddLine(text, L"  " + saved.first + L" -> ", Formatted("%u", saved.second));
     AddBlankLine(text);
 }
 

@@ -37,8 +37,8 @@ void ClearFilter() {
     RestoreSystemCursors();
     if (g_app.useLegacyGamma) {
         RestoreIdentityRamp();
-    } else {
-        SetIdentityMatrix();
+    } else if (IsMagnificationUsable() && !SetIdentityMatrix()) {
+        RemoveMatrixInForce();
     }
 }
 

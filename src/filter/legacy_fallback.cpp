@@ -45,7 +45,9 @@ void ReportFailureOnce(DWORD error) {
     g_app.consecutiveError87 = 0;
     if (g_app.failureNoticeShown) return;
     g_app.failureNoticeShown = true;
-    if (g_app.mainWindow != nullptr) PostMessageW(g_app.mainWindow, kMessageMagnificationError, error, 0);
+    if (g_app.mainWindow == nullptr) return;
+    if (PostMessageW(g_app.mainWindow, kMessageMagnificationError, error, 0) == FALSE)
+        g_app.failureNoticeShown = false;
 }
 
 }  // namespace

@@ -2,46 +2,61 @@
 
 #include <algorithm>
 #include <cstdarg>
-#include <cstdio>
-#include <deque>
-#include <memory>
+#include <cwchar>
 #include <new>
 #include <utility>
 
+#include "store/log_file.h"
+#include "win32/control_characters.h"
 #include "win32/guards.h"
 
 namespace {
 
 constexpr std::size_t kRingLines = 500;
-constexpr long long kMaxFileBytes = 262144;
-constexpr long long kTrimmedFileBytes = 65536;
-constexpr long long kTailBytes = 16384;
 constexpr std::size_t kTailLines = 40;
 constexpr wchar_t kSessionMarker[] = L"---------- session start ----------";
 
 // Protects the variables below and every access to the file.
 SRWLOCK g_lock = SRWLOCK_INIT;
-std::deque<std::wstring> g_ring;
-std::wstring g_path;  // empty until OpenEventLogFile
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
+// Lines that live until they are replaced. A line that found no memory is null.
+wchar_t* g_ring[kRingLines];
+std::size_t g_ringNext = 0;   // the place of the next line
+std::size_t g_ringCount = 0;  // lines logged, at most kRingLines
+
+static_assert(kLogLineCapacity >= kLogMessageCapacity + 16, "a message and its time stamp");
+
+struct LogLine {
+    wchar_t text[kLogLineCapacity];
+    std::size_t length;
 };
-using File = std::unique_ptr<std::FILE, FileCloser>;
 
-File OpenLog(const wchar_t* mode) {
-    std::FILE* file = nullptr;
-    if (_wfopen_s(&file, g_path.c_str(), mode) != 0) return nullptr;
-    return File(file);
+// "[hh:mm:ss.mmm] message"
+void FormatLine(const wchar_t* message, LogLine* line) {
+    SYSTEMTIME now = {};
+    GetLocalTime(&now);
+    FormatText(line->text, "[%02u:%02u:%02u.%03u] %ls", now.wHour, now.wMinute, now.wSecond,
+               now.wMilliseconds, message);
+    line->length = std::wcslen(line->text);
+    ReplaceControlCharacters(line->text, line->length);
 }
 
-std::string ToUtf8(const std::wstring& text) {
-    const int length = WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, nullptr, 0, nullptr, nullptr);
-    if (length <= 1) return {};
-    std::string bytes(static_cast<std::size_t>(length), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, bytes.data(), length, nullptr, nullptr);
-    bytes.pop_back();
-    return bytes;
+// Does not end the process when memory runs out: the line is then in the file only.
+void AddToRing(const LogLine& line) {
+    delete[] g_ring[g_ringNext];
+    g_ring[g_ringNext] = new (std::nothrow) wchar_t[line.length + 1];
+    if (g_ring[g_ringNext] != nullptr) std::copy_n(line.text, line.length + 1, g_ring[g_ringNext]);
+    g_ringNext = (g_ringNext + 1) % kRingLines;
+    g_ringCount = std::min(g_ringCount + 1, kRingLines);
+}
+
+// Calls `use` for each line, oldest first.
+template <typename Use>
+void ForEachRingLine(Use use) {
+    for (std::size_t i = 0; i < g_ringCount; ++i) {
+        const wchar_t* line = g_ring[(g_ringNext + kRingLines - g_ringCount + i) % kRingLines];
+        if (line != nullptr) use(line);
+    }
 }
 
 std::wstring FromUtf8(const std::string& bytes) {
@@ -59,98 +74,51 @@ std::vector<std::wstring> SplitLines(const std::wstring& text) {
         const std::size_t end = std::min(text.find(L'\n', start), text.size());
         std::wstring line = text.substr(start, end - start);
         if (!line.empty() && line.back() == L'\r') line.pop_back();
+        // Another program may have written the line, and a power failure can leave zero bytes in the file:
+        // clipboard text ends at the first one.
+        ReplaceControlCharacters(line.data(), line.size());
         lines.push_back(std::move(line));
         start = end + 1;
     }
     return lines;
 }
 
-// Whether a line starts at that byte offset of the file.
-bool IsLineStart(std::FILE* file, long long offset) {
-    return offset == 0 || (_fseeki64(file, offset - 1, SEEK_SET) == 0 && std::fgetc(file) == '\n');
-}
-
-// The last kTailBytes of the file, without a partial first line. Empty when the file cannot be read.
-std::string ReadTailBytes() {
-    const File file = g_path.empty() ? nullptr : OpenLog(L"rb");
-    if (file == nullptr || _fseeki64(file.get(), 0, SEEK_END) != 0) return {};
-    const long long size = _ftelli64(file.get());
-    const long long start = std::max(size - kTailBytes, 0LL);
-    const bool startsAtLine = IsLineStart(file.get(), start);
-    if (size <= 0 || _fseeki64(file.get(), start, SEEK_SET) != 0) return {};
-
-    std::string bytes(static_cast<std::size_t>(size - start), '\0');
-    bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
-    if (startsAtLine) return bytes;
-    const std::size_t firstEnd = bytes.find('\n');
-    return firstEnd == std::string::npos ? std::string() : bytes.substr(firstEnd + 1);
-}
-
-// The caller holds the lock. The file is opened and closed for every line, so that no line is lost when the
-// process is killed and other programs can open the file between two lines.
-void WriteLogFileLine(const std::wstring& line) {
-    if (g_path.empty()) return;
-    const File file = OpenLog(L"ab");
-    if (file == nullptr) return;
-    const std::string bytes = ToUtf8(line);
-    if (bytes.empty()) return;
-    std::fwrite(bytes.data(), 1, bytes.size(), file.get());
-    std::fwrite("\r\n", 1, 2, file.get());
-}
-
-// Trims to a byte count, not to a line boundary: the first remaining line may be partial.
-void TrimLogFile() {
-    File file = OpenLog(L"rb");
-    if (file == nullptr || _fseeki64(file.get(), 0, SEEK_END) != 0) return;
-    const long long size = _ftelli64(file.get());
-    if (size <= kMaxFileBytes || _fseeki64(file.get(), size - kTrimmedFileBytes, SEEK_SET) != 0) return;
-
-    const std::unique_ptr<char[]> tail(new (std::nothrow) char[kTrimmedFileBytes]);
-    if (tail == nullptr) return;
-    // On a short read the file is left untouched.
-    if (std::fread(tail.get(), 1, kTrimmedFileBytes, file.get()) != kTrimmedFileBytes) return;
-    file.reset();
-
-    file = OpenLog(L"wb");
-    if (file != nullptr) std::fwrite(tail.get(), 1, kTrimmedFileBytes, file.get());
-}
-
 }  // namespace
 
 void AppendLogLine(const wchar_t* message) {
     const ExclusiveLock lock(&g_lock);
-    if (g_ring.size() >= kRingLines) g_ring.pop_front();
+    LogLine line;
+    FormatLine(message, &line);
+    AddToRing(line);
+    AppendToLogFile({line.text, line.length});
+}
 
-    SYSTEMTIME now = {};
-    GetLocalTime(&now);
-    wchar_t stamp[32];
-    FormatText(stamp, "[%02u:%02u:%02u.%03u] ", now.wHour, now.wMinute, now.wSecond, now.wMilliseconds);
-
-    g_ring.push_back(stamp);
-    g_ring.back() += message;
-    WriteLogFileLine(g_ring.back());
+void LogInCrash(const wchar_t* message) {
+    const bool locked = TryAcquireSRWLockExclusive(&g_lock) != FALSE;
+    LogLine line;
+    FormatLine(message, &line);
+    AppendToLogFileInCrash({line.text, line.length});
+    if (locked) ReleaseSRWLockExclusive(&g_lock);
 }
 
 void OpenEventLogFile(const std::wstring& path) {
     const ExclusiveLock lock(&g_lock);
-    g_path = path;
+    SetLogFile(path);
     TrimLogFile();
-    WriteLogFileLine(kSessionMarker);
-    for (const std::wstring& line : g_ring)
-        WriteLogFileLine(line);
+    AppendToLogFile(kSessionMarker);
+    ForEachRingLine([](const wchar_t* line) { AppendToLogFile(line); });
 }
 
 std::vector<std::wstring> ReadLogRing() {
     const ExclusiveLock lock(&g_lock);
-    return {g_ring.begin(), g_ring.end()};
+    std::vector<std::wstring> lines;
+    ForEachRingLine([&lines](const wchar_t* line) { lines.emplace_back(line); });
+    return lines;
 }
 
 std::vector<std::wstring> ReadLogTail() {
     const ExclusiveLock lock(&g_lock);
-    std::wstring text = FromUtf8(ReadTailBytes());
-    // A power failure can leave zero bytes in the file, and clipboard text ends at the first one.
-    std::replace(text.begin(), text.end(), L'\0', L'\xFFFD');
-    std::vector<std::wstring> lines = SplitLines(text);
+    std::vector<std::wstring> lines = SplitLines(FromUtf8(ReadLogFileTail()));
     if (lines.size() > kTailLines) lines.erase(lines.begin(), lines.end() - kTailLines);
     return lines;
 }

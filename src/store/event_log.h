@@ -10,8 +10,14 @@
 
 constexpr std::size_t kLogMessageCapacity = 512;  // terminating zero included; longer messages are truncated
 
-// Appends "[hh:mm:ss.mmm] message" to the ring and, after OpenEventLogFile, to events.log.
+// Appends "[hh:mm:ss.mmm] message" to the ring and, after OpenEventLogFile, to events.log. Control characters
+// in the message become U+FFFD. Never ends the process, even without memory.
 void AppendLogLine(const wchar_t* message);
+
+// The same for events.log alone, by a crashing thread. Only tries the log's lock and goes on without it: a
+// thread that crashes in the log holds it itself, and the file takes the line in one write. No code of the
+// program allocates in it.
+void LogInCrash(const wchar_t* message);
 
 // Called once, when the path of the settings folder is known: trims an events.log larger than 256 KiB to its
 // last 64 KiB, then appends the session marker and every line of the ring.

@@ -16,11 +16,12 @@
 
 namespace {
 
+// The drag is recorded last: SetCapture may report the loss of an earlier capture.
 void StartDrag(Slider slider, double value, int y) {
+    SetCapture(g_app.mainWindow);
     g_app.dragSlider = slider;
     g_app.dragStartY = y;
     g_app.dragStartValue = value;
-    SetCapture(g_app.mainWindow);
 }
 
 void ClickPower() {
@@ -70,6 +71,8 @@ void ClickLegacyMode() {
 }  // namespace
 
 void OnMouseDown(int x, int y) {
+    // The release of the drag before was lost: another window received it.
+    OnMouseUp();
     const int unitY = UnscaleForDpi(y);
     const Region region = HitTest(UnscaleForDpi(x), unitY);
     switch (SliderOf(region)) {

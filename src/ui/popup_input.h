@@ -5,7 +5,7 @@
 #include "ui/regions.h"
 
 // A button press: starts a slider's drag without moving its value, or performs the action of the region under
-// the pointer.
+// the pointer. First ends a drag whose release never arrived.
 void OnMouseDown(int x, int y);
 
 // Performs the action of a clickable region. A press on a slider does nothing by itself.

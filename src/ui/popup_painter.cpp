@@ -25,6 +25,11 @@ void PaintBuffered(HDC windowDc, int width, int height) {
 void PaintPopup(HWND window) {
     PAINTSTRUCT paint = {};
     HDC windowDc = BeginPaint(window, &paint);
+    if (windowDc == nullptr) {
+        // Windows sends WM_PAINT again at once as long as a part of the window is invalid.
+        ValidateRect(window, nullptr);
+        return;
+    }
     RECT client = {};
     GetClientRect(window, &client);
     PaintBuffered(windowDc, client.right, client.bottom);

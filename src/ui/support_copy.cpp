@@ -14,6 +14,17 @@ namespace {
 
 constexpr std::uint64_t kCopiedIndicationMs = 5000;
 
+// More than the longest report takes while it is built: at most 500 lines of the log, 16 KiB of events.log
+// and five values of 64 KiB from the registry, each in up to three copies.
+constexpr std::size_t kReportMemory = 8 * 1024 * 1024;
+
+// A text that runs out of memory halfway would end the process.
+bool HasMemoryForReport() {
+    void* probe = VirtualAlloc(nullptr, kReportMemory, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+    if (probe != nullptr) VirtualFree(probe, 0, MEM_RELEASE);
+    return probe != nullptr;
+}
+
 // False if memory runs out or the clipboard refuses the text. Requires an open clipboard.
 bool SetClipboardText(const std::wstring& text) {
     const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
@@ -45,8 +56,8 @@ CopyResult CopyToClipboard(const std::wstring& text) {
 }  // namespace
 
 void CopySupportBundle() {
-    const std::wstring text = BuildSupportBundle();
-    const CopyResult result = CopyToClipboard(text);
+    const std::wstring text = HasMemoryForReport() ? BuildSupportBundle() : std::wstring();
+    const CopyResult result = text.empty() ? CopyResult::Failed : CopyToClipboard(text);
     if (result == CopyResult::Copied) {
         LogEvent("Support bundle copied to clipboard (%zu chars)", text.size());
         g_app.copiedUntil = GetTickCount64() + kCopiedIndicationMs;

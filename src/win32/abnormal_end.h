@@ -1,7 +1,14 @@
 // Ends a process that cannot continue.
 #pragma once
 
-// Ends the process. The runtime calls this when an allocation fails or when the standard library detects a
-// violated precondition, on any thread and possibly in the middle of a change to AppState. Stack corruption
-// does not reach this function: it calls FastFail directly.
+// Called on the failing thread with an address near the failure. Must not allocate: memory may have run out.
+using AbnormalEndHandler = void (*)(const void* address);
+
+// Sets what EndProcessAbnormally calls before it ends the process. The layers above restore the screen there.
+// Null, as at the start, for nothing. Call before the process has a second thread.
+void SetAbnormalEndHandler(AbnormalEndHandler handler);
+
+// Calls the handler and ends the process. The runtime calls this when an allocation fails or when the
+// standard library detects a violated precondition, on any thread and possibly in the middle of a change to
+// AppState. Stack corruption does not reach this function: it calls FastFail directly.
 [[noreturn]] void EndProcessAbnormally();

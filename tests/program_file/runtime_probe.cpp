@@ -1,6 +1,7 @@
 // A console program with the shipped program's runtime and load configuration.
 //   runtime_probe          runs itself for each action and prints "ACTION OUTPUT = EXIT-CODE", in hex
 //   runtime_probe ACTION   prints "started", performs the action and prints its result
+#include "win32/abnormal_end.h"
 #include "win32/platform.h"
 
 #include <cstdint>
@@ -117,6 +118,18 @@ void ConstructTextFromNull() {
     std::printf("returned %zu", text.size());
 }
 
+// Prints through the C runtime's buffer alone.
+void PrintHandled(const void* address) {
+    const auto module = reinterpret_cast<std::uintptr_t>(GetModuleHandleW(nullptr));
+    std::printf("%s", reinterpret_cast<std::uintptr_t>(address) > module ? "handled" : "handled elsewhere");
+    std::fflush(stdout);
+}
+
+void RequestTooMuchWithAHandler() {
+    SetAbnormalEndHandler(PrintHandled);
+    RequestTooMuch();
+}
+
 struct Action {
     const char* name;
     void (*perform)();
@@ -128,6 +141,7 @@ constexpr Action kActions[] = {
     {"intact-stack", KeepTheStackIntact},
     {"smashed-stack", SmashTheStack},
     {"new", RequestTooMuch},
+    {"new-handled", RequestTooMuchWithAHandler},
     {"new-array", RequestTooMuchArray},
     {"new-aligned", RequestTooMuchAligned},
     {"new-aligned-array", RequestTooMuchAlignedArray},

@@ -21,7 +21,8 @@ BEFORE_THE_FIRST_STATEMENT = {
     "lib64_libmingw32_a-tlssup.o": "runs the destructors of thread-local variables when a thread ends",
     "crtend.o": "registers the unwind tables of libgcc: empty on x86-64",
     "app_state.cpp.obj: _GLOBAL__sub_I_g_app": "creates the empty containers of AppState",
-    "event_log.cpp.obj: _GLOBAL__sub_I__Z13AppendLogLinePKw": "creates the log's empty ring",
+    "log_file.cpp.obj: _GLOBAL__sub_I__Z10SetLogFileRKNSt7__cxx1112basic_stringIwSt11char_traitsIwESaIwEEE":
+        "creates the empty path of events.log",
 }
 
 # Imports of mingw-w64's start-up code, printf and mathematics.
@@ -138,6 +139,10 @@ def test_a_runtime_error_ends_the_process_immediately(actions, action):
     assert actions[action] == ("started", STACK_BUFFER_OVERRUN)
 
 
+def test_the_handler_runs_before_a_runtime_error_ends_the_process(actions):
+    assert actions["new-handled"] == ("started handled", STACK_BUFFER_OVERRUN)
+
+
 def test_an_intact_stack_is_accepted(actions):
     assert actions["intact-stack"] == ("started returned", "00000000")
 
@@ -157,4 +162,4 @@ def test_the_loader_replaces_the_cookie_in_each_process(actions):
 
 
 def test_every_action_is_checked(actions):
-    assert set(actions) == {*TERMINATING_ACTIONS, "intact-stack", "new-nothrow", "memory", "cookie", "cookie-again"}
+    assert set(actions) == {*TERMINATING_ACTIONS, "new-handled", "intact-stack", "new-nothrow", "memory", "cookie", "cookie-again"}

@@ -14,14 +14,15 @@ bool RequestForeground(HWND window) {
     return IsForeground(window);
 }
 
-// While the time-out is not 0, Windows refuses the foreground to a program that the user is not working in.
+// While the time-out is not 0, Windows refuses the foreground to a program that the user is not working in. A
+// time-out that cannot be read is left alone, since it could not be restored.
 struct [[nodiscard]] SuspendedForegroundLock {
     DWORD timeout = 0;  // ms
     bool read;
 
     SuspendedForegroundLock()
         : read(SystemParametersInfoW(SPI_GETFOREGROUNDLOCKTIMEOUT, 0, &timeout, 0) != FALSE) {
-        Set(0);
+        if (read) Set(0);
     }
     ~SuspendedForegroundLock() {
         if (read) Set(timeout);

@@ -5,5 +5,5 @@
 
 // Makes the window the foreground window. If Windows refuses, tries again without the foreground lock and
 // with the foreground thread's input attached. False if Windows still refuses. On return the input is
-// detached, and the system's foreground lock time-out is restored if it could be read.
+// detached and the system's foreground lock time-out is restored.
 bool BringToForeground(HWND window);

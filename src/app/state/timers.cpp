@@ -47,8 +47,10 @@ bool IsOneShot(TimerId timer) {
 void StartTimer(TimerId timer, TimerPeriod period) {
     if (g_app.mainWindow == nullptr) return;
     const TimerRow row = RowOf(timer);
-    SetTimer(g_app.mainWindow, IdOf(timer), period == TimerPeriod::Long ? row.longPeriod : row.period,
-             nullptr);
+    const UINT elapse = period == TimerPeriod::Long ? row.longPeriod : row.period;
+    if (SetTimer(g_app.mainWindow, IdOf(timer), elapse, nullptr) != 0 || row.kind != TimerKind::OneShot)
+        return;
+    PostMessageW(g_app.mainWindow, WM_TIMER, IdOf(timer), 0);
 }
 
 void StopTimer(TimerId timer) {

@@ -93,6 +93,23 @@ TEST_F(DpiChanged, EachChangeDestroysThePreviousIcon) {
                                    "move 500 to -1950 40 size 320x540 flags 20", "invalidate 500"}));
 }
 
+TEST_F(DpiChanged, ARectangleThatCannotBeReadLeavesTheWindowWhereItIs) {
+    for (const LPARAM wild : {LPARAM{0}, LPARAM{1}, LPARAM{0x7FFF0000}, LPARAM{-1}}) {
+        g_calls.clear();
+        EXPECT_EQ(MainWindowProc(kWindow, WM_DPICHANGED, MAKEWPARAM(96, 96), wild), 0);
+        EXPECT_EQ(g_calls, (CallRecord{"invalidate 500"})) << wild;
+    }
+}
+
+TEST_F(DpiChanged, AnAbsurdDpiIsIgnored) {
+    for (const UINT dpi : {961U, 65535U})
+        Change(MAKEWPARAM(dpi, dpi));
+    EXPECT_EQ(g_app.dpi, 96U);
+    EXPECT_TRUE(g_calls.empty());
+    Change(MAKEWPARAM(960, 960));
+    EXPECT_EQ(g_app.dpi, 960U);
+}
+
 TEST_F(DpiChanged, ADragContinuesAcrossADpiChange) {
     g_app.dragSlider = Slider::Warmth;
     g_app.dragStartY = 200;

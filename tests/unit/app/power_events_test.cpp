@@ -89,6 +89,14 @@ TEST_F(PowerEvents, OtherPowerEventsDoNothing) {
     EXPECT_TRUE(g_calls.empty());
 }
 
+TEST_F(PowerEvents, ASettingThatCannotBeReadDoesNothing) {
+    Tell(kOff);
+    for (const LPARAM wild : {LPARAM{1}, LPARAM{0x7FFF0000}, LPARAM{-1}})
+        OnPowerBroadcast(kPowerSettingChange, wild);
+    EXPECT_EQ(g_app.displayState, kOff);
+    EXPECT_TRUE(g_calls.empty());
+}
+
 TEST_F(PowerEvents, BothRegistrationsAreOfTheWindowAndEndTogether) {
     RegisterPowerEvents(kWindow);
     EXPECT_EQ(g_calls, (CallRecord{"register resume 500 0", "register setting 500 0"}));

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 
+#include "app/crash_guard.h"
 #include "app/shell/tray_icon.h"
 #include "app/startup.h"
 #include "app/state/app_state.h"
+#include "app/window_lifetime.h"
 #include "app/window_proc.h"
 #include "diag/system_probe.h"
 #include "filter/cursor_tint.h"
@@ -49,6 +51,12 @@ AMBREL_REPLACE(bool, IsGammaRangeExpanded, ()) {
 AMBREL_REPLACE(int, RunGammaRangeHelper, ()) {
     Record("helper");
     return g_system.helperExitCode;
+}
+AMBREL_REPLACE(void, InstallCrashGuard, ()) {
+    Record("install crash guard");
+}
+AMBREL_REPLACE(void, DestroyMainWindow, ()) {
+    Record("destroy window ", ValueOf(g_app.mainWindow));
 }
 AMBREL_REPLACE(void, RepairAutostartEntry, ()) {
     Record("repair autostart entry");
@@ -249,6 +257,9 @@ int WINAPI FakeMessageBox(HWND owner, const wchar_t* text, const wchar_t* title,
 
 BOOL WINAPI FakeGetMessage(MSG* message, HWND window, UINT first, UINT last) {
     EXPECT_TRUE(window == nullptr && first == 0 && last == 0) << "every message of the thread";
+    g_system.reads += 1;
+    if (g_system.reads <= g_system.failingReads) return -1;
+    if (g_system.everyOtherReadFails && g_system.reads % 2 == 1) return -1;
     if (g_system.messages.empty()) {
         Record("quit message");
         *message = {nullptr, WM_QUIT, g_system.quitCode, 0, 0, {}};

@@ -31,6 +31,7 @@ TEST_F(StartupOrder, TheStepsRunInOrder) {
                            "set awareness 2",
                            "free Shcore.dll",
                            "create mutex Global\\Ambrel2SingleInstance",
+                           "install crash guard",
                            "register message TaskbarCreated",
                            "brush 855309",
                            "font",

@@ -195,8 +195,15 @@ TEST_F(WindowLifetime, CreationStoresTheWindowShowsTheMainPanelRestoresThePwmSaf
     EXPECT_EQ(g_calls, (CallRecord{"pwm restore for 500", "invalidate 500", "tray icon modify of 500"}));
 }
 
+TEST_F(WindowLifetime, ACreationMessageOfAnotherProgramDoesNothing) {
+    OnCreate(kWindow);
+    EXPECT_TRUE(g_calls.empty());
+    EXPECT_TRUE(g_registrations.empty());
+}
+
 // 32873 is WM_APP + 105, a second start's message.
 TEST_F(WindowLifetime, CreationLetsTheMessagesOfTheTaskbarAndOfASecondStartThrough) {
+    g_app.mainWindow = nullptr;
     g_app.taskbarCreatedMessage = 0xC123;
     OnCreate(kWindow);
     EXPECT_EQ(g_registrations,
@@ -204,12 +211,14 @@ TEST_F(WindowLifetime, CreationLetsTheMessagesOfTheTaskbarAndOfASecondStartThrou
 }
 
 TEST_F(WindowLifetime, ATaskbarMessageThatIsNotRegisteredIsNotLetThrough) {
+    g_app.mainWindow = nullptr;
     OnCreate(kWindow);
     EXPECT_EQ(g_registrations,
               (CallRecord{"allow 1025", "allow 32873", "resume for 500", "display for 500"}));
 }
 
 TEST_F(WindowLifetime, PowerEventsAreRegisteredForTheWindowsLife) {
+    g_app.mainWindow = nullptr;
     OnCreate(kWindow);
     g_registrations.clear();
     OnDestroy();

@@ -191,6 +191,13 @@ TEST_F(WindowProc, MouseMessagesArriveWithTheirPosition) {
                                    "capture lost"}));
 }
 
+TEST_F(WindowProc, ACaptureThatTheWindowTakesAgainIsNotLost) {
+    EXPECT_EQ(Send(WM_CAPTURECHANGED, 0, reinterpret_cast<LPARAM>(kWindow)), 0);
+    EXPECT_TRUE(g_calls.empty());
+    Send(WM_CAPTURECHANGED, 0, reinterpret_cast<LPARAM>(kWindow) + 1);
+    EXPECT_EQ(g_calls, (CallRecord{"capture lost"}));
+}
+
 TEST_F(WindowProc, PositionsOutsideTheWindowAreNegative) {
     Send(WM_LBUTTONDOWN, 0, MAKELPARAM(0xFFFF, 0xFFFE));
     Send(WM_MOUSEMOVE, 0, MAKELPARAM(0x8000, 0xFED4));

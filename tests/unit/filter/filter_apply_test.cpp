@@ -372,14 +372,17 @@ TEST_F(FilterApply, AMatrixThatWasRemovedBeforeTheFallbackIsNotRemovedAgain) {
     EXPECT_TRUE(g_app.useLegacyGamma);
 }
 
-TEST_F(FilterApply, AMatrixWhoseRemovalWasRefusedIsRemovedAtTheFallback) {
+TEST_F(FilterApply, AMatrixWhoseRemovalIsRefusedTwiceIsRemovedWithTheApi) {
     ApplyWith({0});
     g_app.filterOn = false;
-    ApplyWith({5});
-    g_app.filterOn = true;
+    g_magnification.laterEffectErrors = 5;
     g_calls.clear();
-    ApplyWith({87, 87});
-    EXPECT_EQ(CountOf("identity matrix"), 1);
+    ApplyFilter();
+    EXPECT_EQ(CountOf("identity matrix"), 2);
+    EXPECT_EQ(CountOf("MagUninitialize"), 1);
+    EXPECT_EQ(CountOf("MagInitialize"), 1);
+    EXPECT_FALSE(g_app.matrixInForce);
+    EXPECT_TRUE(g_app.magnificationReady);
 }
 
 TEST_F(FilterApply, ANeutralFilterLeavesNothingToRemove) {

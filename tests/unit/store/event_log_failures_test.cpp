@@ -1,4 +1,6 @@
 // No failure of the file is reported, loses a line from the ring or stops the lines after it.
+#include <functional>
+
 #include "store/log_fixture.h"
 
 namespace {
@@ -9,11 +11,16 @@ using log_fixture::kMarker;
 // A full disk: only this many more bytes can be written.
 constexpr std::size_t kEndless = static_cast<std::size_t>(-1);
 std::size_t g_room = kEndless;
+std::function<void()> g_beforeEachWrite;
+bool g_replaces = true;
+bool g_crashesInTheCut = false;
 
 class EventLogFailures : public log_fixture::EventLogTest {
 protected:
     void TearDown() override {
         g_room = kEndless;
+        g_beforeEachWrite = nullptr;
+        g_replaces = true;
         EventLogTest::TearDown();
     }
 };
@@ -22,15 +29,23 @@ const std::string kOld = "---------- session start ----------\r\n[01:02:03.004] 
 
 std::size_t FakeWrite(const void* data, std::size_t size, std::size_t count, std::FILE* file) {
     const auto real = Real(&fwrite);
+    if (g_beforeEachWrite) g_beforeEachWrite();
     if (g_room == kEndless) return real(data, size, count, file);
     const std::size_t fits = size * count < g_room ? size * count : g_room;
     g_room -= fits;
     return real(data, 1, fits, file) / size;
 }
 
+BOOL WINAPI FakeMoveFileEx(const wchar_t* from, const wchar_t* to, DWORD flags) {
+    EXPECT_EQ(flags, DWORD{MOVEFILE_REPLACE_EXISTING});
+    if (g_crashesInTheCut) LogInCrash(L"Crashed");
+    return g_replaces ? Real(&MoveFileExW)(from, to, flags) : FALSE;
+}
+
 }  // namespace
 
 AMBREL_SEAM(fwrite, FakeWrite);
+AMBREL_SEAM(MoveFileExW, FakeMoveFileEx);
 
 TEST_F(EventLogFailures, AFolderOfThatNameKeepsTheLinesInTheRing) {
     ASSERT_TRUE(CreateDirectoryW(path.c_str(), nullptr));
@@ -154,11 +169,60 @@ TEST_F(EventLogFailures, ADiskThatFillsWithinALineDoesNotStopTheNext) {
     EXPECT_EQ(ReadBytes(path), before + "[21:04:07.031] cu[21:04:07.031] whole\r\n");
 }
 
-TEST_F(EventLogFailures, ADiskThatIsFullDuringTheTrimKeepsTheBytesThatFit) {
-    WriteBytes(path, std::string(300000, 'o'));
+TEST_F(EventLogFailures, ADiskThatIsFullDuringTheTrimKeepsTheOldFile) {
+    const std::string old(300000, 'o');
+    WriteBytes(path, old);
     g_room = 1000;
     OpenEventLogFile(path);
     g_room = kEndless;
     LogEvent("whole");
-    EXPECT_EQ(ReadBytes(path), std::string(1000, 'o') + "[21:04:07.031] whole\r\n");
+    EXPECT_EQ(ReadBytes(path), old + "[21:04:07.031] whole\r\n");
+    EXPECT_FALSE(FileExists(path + L".new"));
+}
+
+// Killed at any of these moments, the process leaves the old file or the new one.
+TEST_F(EventLogFailures, WhileTheTrimWritesTheOldFileIsComplete) {
+    const std::string old = std::string(234464, 'a') + std::string(65536, 'b');
+    WriteBytes(path, old);
+    std::string seen;
+    g_beforeEachWrite = [&] {
+        seen = ReadBytes(path);
+        g_beforeEachWrite = nullptr;
+    };
+    OpenEventLogFile(path);
+    EXPECT_EQ(seen, old);
+    EXPECT_TRUE(ReadBytes(path).starts_with(std::string(65536, 'b') + kMarker));
+}
+
+TEST_F(EventLogFailures, AReplacementThatWindowsRefusesKeepsTheOldFile) {
+    const std::string old(262145, 'o');
+    WriteBytes(path, old);
+    g_replaces = false;
+    OpenEventLogFile(path);
+    EXPECT_EQ(ReadBytes(path), old + kMarker + FillerBytes());
+    EXPECT_FALSE(FileExists(path + L".new"));
+}
+
+TEST_F(EventLogFailures, AFileThatCannotBeCutStopsGrowingAndTheRingKeepsItsLines) {
+    OpenEventLogFile(path);
+    const std::string large(4194305, 'o');
+    WriteBytes(path, large);
+    g_replaces = false;
+    LogEvent("not in the file");
+    EXPECT_EQ(ReadBytes(path), large);
+    EXPECT_EQ(LastLine(), L"[21:04:07.031] not in the file");
+    g_replaces = true;
+    LogEvent("in the file");
+    EXPECT_EQ(ReadBytes(path), std::string(65536, 'o') + "[21:04:07.031] in the file\r\n");
+}
+
+// In the middle of a cut this thread holds the log's lock.
+TEST_F(EventLogFailures, ACrashInTheLogItselfIsLoggedWithoutWaiting) {
+    const std::string old(262145, 'o');
+    WriteBytes(path, old);
+    g_replaces = false;
+    g_crashesInTheCut = true;
+    OpenEventLogFile(path);
+    g_crashesInTheCut = false;
+    EXPECT_EQ(ReadBytes(path), old + "[21:04:07.031] Crashed\r\n" + kMarker + FillerBytes());
 }

@@ -113,10 +113,13 @@ TEST_F(EventLogFile, AnEmptyMessageWritesItsStamp) {
     EXPECT_EQ(AfterOpening(), "[21:04:07.031] \r\n");
 }
 
-TEST_F(EventLogFile, LineFeedsInAMessageAreNotTranslated) {
+TEST_F(EventLogFile, ControlCharactersInAMessageCannotForgeALine) {
     OpenEventLogFile(path);
-    LogEvent("a\nb\x1A");
-    EXPECT_EQ(AfterOpening(), "[21:04:07.031] a\nb\x1A\r\n");
+    LogEvent("Hardware: %ls", L"x\r\n[00:00:00.000] forged\x1A\x85\x2028");
+    constexpr char kReplacement[] = "\xEF\xBF\xBD";
+    EXPECT_EQ(AfterOpening(), std::string("[21:04:07.031] Hardware: x") + kReplacement + kReplacement +
+                                  "[00:00:00.000] forged" + kReplacement + kReplacement + kReplacement +
+                                  "\r\n");
 }
 
 TEST_F(EventLogFile, AFileOf262144BytesIsNotTrimmed) {
@@ -164,6 +167,61 @@ TEST_F(EventLogFile, TheFileIsTrimmedOnlyWhenItIsOpened) {
     WriteBytes(path, Numbered(300000));
     LogEvent("one more");
     EXPECT_EQ(ReadBytes(path), Numbered(300000) + "[21:04:07.031] one more\r\n");
+}
+
+TEST_F(EventLogFile, AFileThatHasPassed4MegabytesIsCutBeforeTheNextLine) {
+    OpenEventLogFile(path);
+    const std::string large = Numbered(4194305);
+    WriteBytes(path, large);
+    LogEvent("one more");
+    EXPECT_EQ(ReadBytes(path), large.substr(large.size() - 65536) + "[21:04:07.031] one more\r\n");
+}
+
+TEST_F(EventLogFile, AFileOf4MegabytesIsNotCut) {
+    OpenEventLogFile(path);
+    const std::string large = Numbered(4194304);
+    WriteBytes(path, large);
+    LogEvent("one more");
+    EXPECT_EQ(ReadBytes(path), large + "[21:04:07.031] one more\r\n");
+}
+
+// The longest line has 15 characters of stamp, 511 of three bytes each, and a line end.
+TEST_F(EventLogFile, ItNeverGrowsBeyond4MegabytesAndOneLine) {
+    const std::wstring longest(511, L'\u65e5');
+    OpenEventLogFile(path);
+    WriteBytes(path, Numbered(4194304 - 5 * 1550));
+    for (int i = 0; i < 10; ++i) {
+        LogEvent("%ls", longest.c_str());
+        WIN32_FILE_ATTRIBUTE_DATA file = {};
+        ASSERT_TRUE(GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &file));
+        ASSERT_LE(file.nFileSizeLow, 4194304U + 15 + 511 * 3 + 2);
+    }
+}
+
+TEST_F(EventLogFile, WhatAnInterruptedCutLeftIsDeletedAtTheNextStart) {
+    WriteBytes(path, "old\r\n");
+    WriteBytes(path + L".new", "half a cu");
+    OpenEventLogFile(path);
+    EXPECT_FALSE(FileExists(path + L".new"));
+    EXPECT_EQ(AfterOpening("old\r\n"), "");
+}
+
+TEST_F(EventLogFile, ACutLeavesNoOtherFile) {
+    WriteBytes(path, Numbered(262145));
+    OpenEventLogFile(path);
+    EXPECT_FALSE(FileExists(path + L".new"));
+}
+
+TEST_F(EventLogFile, TheCrashLineIsStampedAndAppended) {
+    OpenEventLogFile(path);
+    LogInCrash(L"Crashed: \u00fc");
+    EXPECT_EQ(AfterOpening(), "[21:04:07.031] Crashed: \xC3\xBC\r\n");
+    EXPECT_EQ(LastLine(), L"[21:04:07.031] filler");
+}
+
+TEST_F(EventLogFile, WithoutAFileTheCrashLineIsDropped) {
+    LogInCrash(L"Crashed");
+    EXPECT_FALSE(FileExists(path));
 }
 
 TEST_F(EventLogFile, EveryLineOpensTheFileOnceForBinaryAppending) {

@@ -121,7 +121,9 @@ TEST_F(EventLogTail, AFolderOfThatNameHasNoLines) {
 TEST_F(EventLogTail, TheFileIsReadOnceInBinaryAndNotChanged) {
     const std::string bytes = "one\r\n\x1atwo\r\n";
     Hold(bytes);
-    EXPECT_EQ(ReadLogTail(), (Lines{L"one", L"\x1atwo"}));
+    EXPECT_EQ(ReadLogTail(), (Lines{L"one",
+                                    L"\xFFFD"
+                                    L"two"}));
     EXPECT_EQ(log_fixture::g_opened, std::vector<std::string>{"rb"});
     EXPECT_EQ(ReadBytes(path), bytes);
 }

@@ -248,8 +248,14 @@ BOOL WINAPI FakeBitBlt(HDC target, int x, int y, int width, int height, HDC sour
 
 HDC WINAPI FakeBeginPaint(HWND window, LPPAINTSTRUCT paint) {
     Draw(Print("begin paint %d", static_cast<int>(IdOf(window))));
+    if (g_gdi.paintFails) return nullptr;
     paint->hdc = ScreenContext();
     return ScreenContext();
+}
+
+BOOL WINAPI FakeValidateRect(HWND window, const RECT* area) {
+    Draw(Print("validate %d%s", static_cast<int>(IdOf(window)), area == nullptr ? "" : " part"));
+    return TRUE;
 }
 
 BOOL WINAPI FakeEndPaint(HWND window, const PAINTSTRUCT* paint) {
@@ -296,4 +302,5 @@ AMBREL_SEAM(SetViewportOrgEx, FakeSetViewportOrgEx);
 AMBREL_SEAM(BitBlt, FakeBitBlt);
 AMBREL_SEAM(BeginPaint, FakeBeginPaint);
 AMBREL_SEAM(EndPaint, FakeEndPaint);
+AMBREL_SEAM(ValidateRect, FakeValidateRect);
 AMBREL_SEAM(GetClientRect, FakeGetClientRect);

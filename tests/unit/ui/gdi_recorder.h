@@ -19,6 +19,7 @@ struct GdiRecorder {
     Drawing problems;    // objects deleted twice, deleted while selected, unknown handles
     int textWidth = 50;  // of every text that is measured
     SIZE client = {320, 540};
+    bool paintFails = false;  // BeginPaint
     bool bitmapsFail = false;
 };
 

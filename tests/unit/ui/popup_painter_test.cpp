@@ -84,6 +84,12 @@ TEST_F(PopupPainter, WithoutABitmapThePaintStillCompletes) {
     EXPECT_EQ(g_gdi.drawn, (FrameOf("320x540", "default") + Drawing{"delete context", "end paint 77"}));
 }
 
+TEST_F(PopupPainter, AWindowThatCannotBePaintedIsValidated) {
+    g_gdi.paintFails = true;
+    PaintPopup(kWindow);
+    EXPECT_EQ(g_gdi.drawn, (Drawing{"begin paint 77", "validate 77"}));
+}
+
 TEST_F(PopupPainter, EveryPaintIsACompleteFrame) {
     PaintPopup(kWindow);
     const Drawing first = g_gdi.drawn;

@@ -27,6 +27,7 @@ bool g_empties = true;
 bool g_allocates = true;
 bool g_locks = true;
 bool g_accepts = true;
+bool g_hasMemory = true;
 std::vector<wchar_t> g_memory;  // the block's
 
 BOOL WINAPI FakeOpenClipboard(HWND owner) {
@@ -70,6 +71,13 @@ HGLOBAL WINAPI FakeGlobalFree(HGLOBAL block) {
     return nullptr;
 }
 
+// For the memory that a report needs.
+void* WINAPI FakeVirtualAlloc(void* address, SIZE_T bytes, DWORD type, DWORD protection) {
+    EXPECT_EQ(bytes, SIZE_T{8} << 20);
+    EXPECT_EQ(type, DWORD{MEM_RESERVE | MEM_COMMIT});
+    return g_hasMemory ? Real(&VirtualAlloc)(address, bytes, type, protection) : nullptr;
+}
+
 HANDLE WINAPI FakeSetClipboardData(UINT format, HANDLE block) {
     EXPECT_EQ(block, kBlock);
     Record("hand over as format ", format);
@@ -89,7 +97,7 @@ protected:
         g_text = L"report";
         g_tick = 1000000;
         g_buildingTakes = 0;
-        g_opens = g_empties = g_allocates = g_locks = g_accepts = true;
+        g_opens = g_empties = g_allocates = g_locks = g_accepts = g_hasMemory = true;
         g_memory.clear();
     }
 
@@ -116,6 +124,7 @@ AMBREL_SEAM(GlobalLock, FakeGlobalLock);
 AMBREL_SEAM(GlobalUnlock, FakeGlobalUnlock);
 AMBREL_SEAM(GlobalFree, FakeGlobalFree);
 AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
+AMBREL_SEAM(VirtualAlloc, FakeVirtualAlloc);
 
 AMBREL_REPLACE(std::wstring, BuildSupportBundle, ()) {
     Record("build report");
@@ -134,6 +143,12 @@ TEST_F(SupportCopy, CopiesTheReportToTheClipboardAndLeaksNothing) {
                                    "close clipboard", "log: Support bundle copied to clipboard (6 chars)",
                                    "set timer 3 5100", "refresh"}));
     EXPECT_EQ(HandedOver(), std::wstring(L"report\0", 7));
+}
+
+TEST_F(SupportCopy, WithoutMemoryForTheReportNothingIsBuiltAndTheClipboardIsLeftAlone) {
+    g_hasMemory = false;
+    CopySupportBundle();
+    EXPECT_EQ(g_calls, (CallRecord{kFailed, "refresh"}));
 }
 
 TEST_F(SupportCopy, ShowsTheCopiedIndicationForFiveSeconds) {

@@ -157,13 +157,12 @@ TEST_F(Foreground, AnInputThatCouldNotBeAttachedIsNotDetached) {
                           "attach own other", "to top 500", "ask 500", "set time-out 200000"}));
 }
 
-TEST_F(Foreground, ATimeOutThatWasNotReadIsNotRestored) {
+TEST_F(Foreground, ATimeOutThatCannotBeReadIsLeftAlone) {
     g_system.timeoutReadable = false;
     g_system.grantedRequest = 0;
     EXPECT_FALSE(BringToForeground(kPopup));
-    EXPECT_EQ(g_calls,
-              (CallRecord{"to top 500", "ask 500", "read time-out", "set time-out 0", "allow 4294967295",
-                          "attach own other", "to top 500", "ask 500", "detach own other"}));
+    EXPECT_EQ(g_calls, (CallRecord{"to top 500", "ask 500", "read time-out", "allow 4294967295",
+                                   "attach own other", "to top 500", "ask 500", "detach own other"}));
 }
 
 TEST_F(Foreground, ATimeOutOfZeroAndTheLargestOneAreRestoredAsTheyWere) {

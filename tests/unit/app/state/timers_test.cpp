@@ -20,11 +20,18 @@ struct TimerCall {
 };
 
 std::vector<TimerCall> g_calls;
+bool g_refused = false;
 
 UINT_PTR WINAPI FakeSetTimer(HWND window, UINT_PTR id, UINT period, TIMERPROC procedure) {
     EXPECT_EQ(procedure, nullptr);
     g_calls.push_back({"set", window, id, period});
-    return id;
+    return g_refused ? 0 : id;
+}
+
+BOOL WINAPI FakePostMessage(HWND window, UINT message, WPARAM id, LPARAM) {
+    EXPECT_EQ(message, static_cast<UINT>(WM_TIMER));
+    g_calls.push_back({"post", window, id, 0});
+    return TRUE;
 }
 
 BOOL WINAPI FakeKillTimer(HWND window, UINT_PTR id) {
@@ -38,6 +45,7 @@ class Timers : public testing::Test {
 protected:
     void SetUp() override {
         g_calls.clear();
+        g_refused = false;
         g_app.mainWindow = kWindow;
     }
 };
@@ -46,6 +54,7 @@ protected:
 
 AMBREL_SEAM(SetTimer, FakeSetTimer);
 AMBREL_SEAM(KillTimer, FakeKillTimer);
+AMBREL_SEAM(PostMessageW, FakePostMessage);
 
 TEST_F(Timers, EachTimerHasItsIdAndPeriod) {
     StartTimer(TimerId::SaveSettings);
@@ -74,6 +83,23 @@ TEST_F(Timers, TheLongPeriodAppliesAfterResumeAndToASlowedPoll) {
 TEST_F(Timers, RestartingKillsBeforeItSets) {
     RestartTimer(TimerId::SaveSettings);
     const std::vector<TimerCall> expected = {{"kill", kWindow, 1, 0}, {"set", kWindow, 1, 500}};
+    EXPECT_EQ(g_calls, expected);
+}
+
+TEST_F(Timers, TheActionOfAOneShotTimerThatWindowsRefusesIsPostedAtOnce) {
+    g_refused = true;
+    StartTimer(TimerId::SaveSettings);
+    StartTimer(TimerId::PwmSafeVerify);
+    const std::vector<TimerCall> expected = {
+        {"set", kWindow, 1, 500}, {"post", kWindow, 1, 0}, {"set", kWindow, 5, 750}, {"post", kWindow, 5, 0}};
+    EXPECT_EQ(g_calls, expected);
+}
+
+TEST_F(Timers, APeriodicTimerThatWindowsRefusesIsNotPosted) {
+    g_refused = true;
+    StartTimer(TimerId::PwmSafePoll);
+    StartTimer(TimerId::TrayRetry);
+    const std::vector<TimerCall> expected = {{"set", kWindow, 4, 2000}, {"set", kWindow, 7, 3000}};
     EXPECT_EQ(g_calls, expected);
 }
 

@@ -1,0 +1,8 @@
+#include "win32/own_memory.h"
+
+#include "win32/platform.h"
+
+bool CopyOwnMemory(const void* address, void* copy, std::size_t bytes) {
+    SIZE_T copied = 0;
+    return ReadProcessMemory(GetCurrentProcess(), address, copy, bytes, &copied) != FALSE && copied == bytes;
+}

@@ -1,0 +1,9 @@
+// Reads memory at an address that may be wild. Any program of the user can send the window a message, and
+// with it a pointer that means nothing in this process.
+#pragma once
+
+#include <cstddef>
+
+// Copies `bytes` bytes from an address of this process without ever raising an exception. False if any of
+// them cannot be read; `copy` is then undefined.
+bool CopyOwnMemory(const void* address, void* copy, std::size_t bytes);

@@ -1,0 +1,155 @@
+"""Functions of Windows that fail, and messages of other programs that mean nothing: the program goes on, or restores
+what it changed before it ends."""
+
+import pytest
+
+import model
+from desk import MARKER, SLIDER_X, SLIDER_Y, wait_until
+
+START = (model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
+WM_NULL, WM_TIMER, WM_LBUTTONDOWN, WM_POWERBROADCAST, WM_DPICHANGED = 0, 0x113, 0x201, 0x218, 0x2E0
+SAVE_TIMER = 1
+PBT_POWERSETTINGCHANGE = 0x8013
+WILD = (0, 1, 0x10, 0xFFFF, 0x7FFF0000, 0x123456789, 0x7FFFFFFFFFFF, -1)
+MINUS_ONE = 0xFFFFFFFF
+CUT, LARGE = 65536, 4 << 20
+
+
+def position(slider):
+    return SLIDER_Y << 16 | SLIDER_X[slider]
+
+
+def log_bytes(desk):
+    return desk.events_path.read_bytes()
+
+
+def save(desk):
+    """Makes the program log "Saved settings"."""
+    desk.send_message(WM_TIMER, SAVE_TIMER)
+
+
+def test_two_presses_without_a_release_leave_the_sliders_alive(desk):
+    desk.press_power()
+    desk.wait_for_colour(*START)
+    for slider in ("WARMTH", "WARMTH", "BRIGHTNESS", "WARMTH"):
+        desk.send_message(WM_LBUTTONDOWN, 1, position(slider))
+    for up in (20, 30):
+        desk.slide("WARMTH", up)
+    desk.wait_for_colour(model.dragged(model.dragged(START[0], 20), 30), START[1])
+    desk.slide("BRIGHTNESS", -20)
+    desk.wait_for_colour(model.dragged(model.dragged(START[0], 20), 30), model.dragged(START[1], -20, 0.1))
+
+
+@pytest.mark.parametrize("message, wparam", [(WM_DPICHANGED, 96 << 16 | 96), (WM_DPICHANGED, 144 << 16 | 144),
+                                             (WM_DPICHANGED, 0xFFFFFFFF), (WM_POWERBROADCAST, PBT_POWERSETTINGCHANGE)],
+                         ids=["same dpi", "other dpi", "absurd dpi", "power setting"])
+def test_an_address_of_another_program_is_survived(desk, message, wparam):
+    for address in WILD:
+        desk.send_message(message, wparam, address)
+    assert desk.program_running()
+    desk.press_power()
+    desk.wait_for_colour(*START)
+
+
+def test_a_popup_that_cannot_be_painted_takes_no_processor_time(desk):
+    desk.loaded()
+    desk.faults.inject(desk.faults.failing("BeginPaint", error=8))
+    desk.show()
+    assert desk.processor_share(1.0) < 0.2
+    desk.press_power()
+    desk.wait_for_colour(*START)
+
+
+def test_a_message_loop_without_messages_restores_everything_and_ends(file_desk):
+    desk = file_desk.start_fresh({"UseLegacyGamma": 1})
+    desk.press_power()
+    desk.wait_for_legacy_colour(*START)
+    desk.faults.inject(desk.faults.failing("GetMessageW", MINUS_ONE, 1400, everywhere=True))
+    desk.post_message(WM_NULL)
+    assert desk.wait_for_exit() == 1
+    assert desk.ramp_is_plain()
+    assert desk.log()[-1] == "No messages from Windows after 10 attempts - ending"
+    desk.wait_for_icon(False)
+
+
+def test_a_message_loop_that_fails_every_other_time_goes_on(desk):
+    desk.faults.inject(desk.faults.failing("GetMessageW", MINUS_ONE, 8, every_other=True,
+                                            everywhere=True))
+    desk.press_power()
+    desk.wait_for_colour(*START)
+    assert desk.quit() == 0
+
+
+def test_an_identity_ramp_that_is_refused_at_the_end_is_tried_once_more(file_desk):
+    desk = file_desk.start_fresh({"UseLegacyGamma": 1})
+    desk.press_power()
+    desk.wait_for_legacy_colour(*START)
+    desk.faults.inject(desk.faults.failing("SetDeviceGammaRamp", times=1))
+    assert desk.quit() == 0
+    assert desk.ramp_is_plain()
+
+
+def test_quit_ends_the_program_even_if_the_window_cannot_be_destroyed(file_desk):
+    desk = file_desk.start_fresh({"UseLegacyGamma": 1})
+    desk.press_power()
+    desk.wait_for_legacy_colour(*START)
+    desk.faults.inject(desk.faults.failing("DestroyWindow", error=5))
+    assert desk.quit() == 0
+    assert desk.ramp_is_plain()
+    desk.wait_for_icon(False)
+
+
+def test_a_matrix_that_cannot_be_removed_is_removed_with_its_library(desk):
+    desk.press_power()
+    desk.wait_for_colour(*START)
+    desk.magnification_script(effect=(5,))
+    desk.press_power()
+    desk.wait_for_plain_screen()
+    desk.magnification_script(effect=(0,))
+    desk.press_power()
+    desk.wait_for_colour(*START)
+
+
+def test_settings_are_saved_without_timers(desk):
+    desk.show()
+    desk.faults.inject(desk.faults.failing("SetTimer", error=8))
+    desk.press_power()
+    desk.wait_for_saves(1)
+
+
+# events.log during a run
+
+def test_a_log_that_passes_4_megabytes_during_a_run_is_cut(desk):
+    desk.loaded()
+    desk.write_events("x" * 99 + "\n" + "y" * LARGE + "\n")
+    save(desk)
+    wait_until(lambda: len(log_bytes(desk)) < LARGE, "a shorter log", actual=lambda: len(log_bytes(desk)))
+    lines = desk.events_text().splitlines()
+    assert lines[0] == "y" * (CUT - 1) and len(lines) == 2 and lines[1].endswith("] Saved settings")
+    assert sorted(path.name for path in desk.settings_folder.iterdir()) == ["events.log", "settings.ini"]
+
+
+def test_a_log_that_cannot_be_replaced_is_kept_and_stops_growing(desk):
+    desk.loaded()
+    content = b"y" * (LARGE + 1)
+    desk.write_events(content.decode())
+    desk.faults.inject(desk.faults.failing("MoveFileExW", error=5))
+    for _ in range(3):
+        save(desk)
+    assert log_bytes(desk) == content
+    assert sorted(path.name for path in desk.settings_folder.iterdir()) == ["events.log", "settings.ini"]
+
+
+def test_a_program_killed_at_its_start_leaves_the_old_log_or_its_end(desk):
+    """Before the log is cut, meanwhile and afterwards."""
+    old = "".join(f"[00:00:00.000] line {number}\r\n" for number in range(20000))
+    end = old[-CUT:]
+    for _ in range(8):
+        desk.kill_program()
+        desk.write_events(old)
+        desk.start_program()
+        wait_until(lambda: desk.settings_path.exists() or desk.program_running(), "a program")
+        desk.kill_program()
+        text = log_bytes(desk).decode()
+        assert text.startswith(old) or text.startswith(end)
+        assert text.replace(old if text.startswith(old) else end, "").startswith(MARKER) or text in (old, end)

@@ -1,0 +1,46 @@
+// A message loop whose calls to Windows fail.
+#include <gtest/gtest.h>
+
+#include "app/startup_fakes.h"
+#include "app/state/app_state.h"
+#include "support/seam.h"
+
+AMBREL_USES_SEAMS(recorded_log);
+AMBREL_USES_SEAMS(recorded_log_file);
+
+namespace {
+
+constexpr char kGaveUp[] = "log: No messages from Windows after 10 attempts - ending";
+
+class MessageLoop : public testing::Test {
+protected:
+    void SetUp() override { ResetSystem(); }
+};
+
+}  // namespace
+
+TEST_F(MessageLoop, AFailureForAMomentLosesNoMessage) {
+    g_system.messages.push_back({kWindow, WM_NULL, 0, 0, 0, {}});
+    g_system.failingReads = 9;
+    EXPECT_EQ(Start(), 0);
+    EXPECT_EQ(CallsStarting("dispatch").size(), 1U);
+    EXPECT_TRUE(CallsStarting("destroy window").empty());
+    EXPECT_TRUE(CallsStarting(kGaveUp).empty());
+}
+
+TEST_F(MessageLoop, FailuresAreCountedInARow) {
+    for (int i = 0; i < 20; ++i)
+        g_system.messages.push_back({kWindow, WM_NULL, 0, 0, 0, {}});
+    g_system.everyOtherReadFails = true;
+    EXPECT_EQ(Start(), 0);
+    EXPECT_EQ(CallsStarting("dispatch").size(), 20U);
+}
+
+TEST_F(MessageLoop, AfterTenFailuresInARowTheWindowIsDestroyedAndTheProgramEnds) {
+    g_system.failingReads = 1000000;
+    EXPECT_EQ(Start(), 1);
+    EXPECT_EQ(g_system.reads, 10);
+    EXPECT_EQ(CallsStarting("destroy window"), (CallRecord{"destroy window 500"}));
+    EXPECT_TRUE(IsBefore(kGaveUp, "destroy window"));
+    EXPECT_TRUE(IsBefore("destroy window", "co uninitialize"));
+}
