@@ -3,7 +3,8 @@
 # AMBREL_PYTEST_NAME, since the name may be that of a test in another file.
 set -uo pipefail
 name=${AMBREL_PYTEST_NAME:-}
-PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3 -m pytest -q -p no:cacheprovider "$@" ${name:+-k "$name"}
+root=$(cd "$(dirname "$0")/.." && pwd)
+PYTHONPYCACHEPREFIX="$root/build/pycache" /usr/bin/python3 -m pytest -q -p no:cacheprovider "$@" ${name:+-k "$name"}
 code=$?
 if [ "$code" -eq 5 ] && [ -n "$name" ]; then exit 0; fi
 exit "$code"

@@ -6,6 +6,8 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 DEFAULT_BUILD = ROOT / "build" / "release"
 STATE = ROOT / "build" / "lab"
+# Compiled Python modules, outside the source folders.
+BYTECODE = ROOT / "build" / "pycache"
 # The evidence of failed tests.
 FAILURES = ROOT / "build" / "failures"
 WINE_FOLDER = Path("/usr/lib/wine")

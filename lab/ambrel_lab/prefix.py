@@ -14,6 +14,9 @@ from .run import Run
 # Fonts that Wine's dialogs use and that a machine without Windows lacks.
 DIALOG_FONTS = ("Tahoma", "MS Shell Dlg", "MS Sans Serif", "Microsoft Sans Serif", "Arial")
 LIBRARY = "x86_64-linux-gnu/wine/x86_64-unix/ntdll.so"
+# Services that Wine starts with the first program: Windows' event log, drive letters, networks, devices. The program
+# uses none of them, and each takes a process or two in every lab.
+UNUSED_SERVICES, SERVICE_DISABLED = ("Eventlog", "MountMgr", "NDIS", "nsiproxy", "PlugPlay"), 4
 
 
 def template_key():
@@ -84,6 +87,8 @@ def make_template(target):
                 link.mkdir()
         append_registry(prefix, "HKCU\\Software\\Wine\\Fonts\\Replacements",
                         {name: "Segoe UI" for name in DIALOG_FONTS})
+        for name in UNUSED_SERVICES:
+            append_registry(prefix, f"HKLM\\System\\CurrentControlSet\\Services\\{name}", {"Start": SERVICE_DISABLED})
         (prefix / "drive_c/lab").mkdir()
         prefix.rename(target)
     finally:

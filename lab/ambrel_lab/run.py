@@ -11,7 +11,7 @@ import time
 from pathlib import Path
 
 from .watchdog import KEPT
-from .paths import STATE, LabError, make_home
+from .paths import BYTECODE, STATE, LabError, make_home
 from .processes import end_processes
 
 LOCK = "lock"
@@ -26,6 +26,9 @@ Section "ServerFlags"
     Option "StandbyTime" "0"
     Option "SuspendTime" "0"
     Option "OffTime" "0"
+EndSection
+Section "Module"
+    Disable "glx"
 EndSection
 Section "Device"
     Identifier "card"
@@ -108,7 +111,7 @@ class Run:
         # The watchdog inherits the lock, which is released only when both processes have ended.
         with lock:
             environment = dict(os.environ, PYTHONPATH=str(Path(__file__).resolve().parents[1]),
-                               PYTHONDONTWRITEBYTECODE="1")
+                               PYTHONPYCACHEPREFIX=str(BYTECODE))
             self.watchdog = subprocess.Popen(
                 [sys.executable, "-S", "-c", WATCHDOG, str(self.folder), borrowed_display],
                 stdin=subprocess.PIPE, stdout=subprocess.PIPE, env=environment, pass_fds=[lock.fileno()],

@@ -4,7 +4,7 @@ import sys
 from contextlib import ExitStack
 from pathlib import Path
 
-sys.dont_write_bytecode = True
+sys.dont_write_bytecode = sys.pycache_prefix is None
 sys.path.insert(0, str(Path(__file__).parent))
 
 import pytest  # noqa: E402

@@ -3,7 +3,7 @@
 import sys
 from pathlib import Path
 
-sys.dont_write_bytecode = True
+sys.dont_write_bytecode = sys.pycache_prefix is None
 HERE = Path(__file__).resolve().parent
 sys.path[:0] = [str(HERE), *(str(HERE.parents[1] / name) for name in ("tests/e2e", "lab", "packaging"))]
 
