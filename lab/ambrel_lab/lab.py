@@ -83,9 +83,17 @@ class Lab(AccessibilityActions, PopupActions, ProgramActions, WindowsActions):
     def display(self):
         return self.run.display
 
-    def wine_log(self):
-        """The output of Wine and the programs' standard error."""
-        return self.desktop.log.read_text(errors="replace") if self.desktop.log.exists() else ""
+    def wine_log(self, start=0):
+        """The output of Wine and the programs' standard error, from the byte `start`."""
+        if not self.desktop.log.exists():
+            return ""
+        with open(self.desktop.log, "rb") as log:
+            log.seek(start)
+            return log.read().decode(errors="replace")
+
+    def wine_log_size(self):
+        """The size of wine_log() in bytes."""
+        return self.desktop.log.stat().st_size if self.desktop.log.exists() else 0
 
     def click(self, x, y, button=1):
         self.input.click(x, y, button)

@@ -53,9 +53,9 @@ def hide(desk):
 
 
 def timer_messages(desk, since):
-    """The WM_TIMER messages of the program's window in Wine's log since an offset."""
+    """The WM_TIMER messages of the program's window in Wine's log since a byte of the log."""
     window = f"{desk.window_facts()['handle']:#x}"
-    lines = desk.wine_log()[since:].splitlines()
+    lines = desk.wine_log(since).splitlines()
     return [line for line in lines if window in line and "WM_TIMER" in line and "dispatched" in line]
 
 
@@ -67,7 +67,7 @@ def recorded_fixture(make_file_desk):
 
 def test_an_open_popup_runs_one_timer(recorded):
     recorded.open_popup()
-    since = len(recorded.wine_log())
+    since = recorded.wine_log_size()
     wait_until(lambda: len(timer_messages(recorded, since)) >= 3, "the timer of the open popup")
     assert all("wp=00000006" in line for line in timer_messages(recorded, since))
     hide(recorded)
@@ -81,10 +81,10 @@ def test_a_hidden_popup_runs_no_timer_and_receives_no_message(recorded, lit):
         recorded.wait_for_saves(saves + 1)
     hide(recorded)
     time.sleep(0.3)  # Hiding the popup causes messages of its own.
-    since = len(recorded.wine_log())
+    since = recorded.wine_log_size()
     time.sleep(WATCHED)
     window = f"{recorded.window_facts()['handle']:#x}"
-    messages = recorded.wine_log()[since:]
+    messages = recorded.wine_log(since)
     assert not [line for line in messages.splitlines() if window in line and "dispatched" in line]
 
 
@@ -93,7 +93,7 @@ def test_the_save_timer_of_a_drag_fires_once(recorded):
     saves = recorded.saves()
     wait_until(lambda: recorded.saves() > saves, "the save")
     hide(recorded)
-    since = len(recorded.wine_log())
+    since = recorded.wine_log_size()
     time.sleep(1.0)  # Twice the period of the timer, which must not fire again.
     assert timer_messages(recorded, since) == []
 

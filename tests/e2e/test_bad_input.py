@@ -1,5 +1,6 @@
 """Damaged files, unusable libraries and unusual command lines cause no crash and no loss of data."""
 
+import shutil
 import time
 
 import pytest
@@ -23,6 +24,23 @@ def works(desk):
     desk.press_power()
     desk.wait_for_plain_screen()
     return True
+
+
+@pytest.fixture(name="bare_desk")
+def bare_desk_fixture(file_desk):
+    """The file's desk without a running program and without the program's folder, also afterwards."""
+    end_without_traces(file_desk)
+    yield file_desk
+    end_without_traces(file_desk)
+
+
+def end_without_traces(desk):
+    if desk.program_running():
+        desk.kill_program()
+    shutil.rmtree(desk.settings_folder, ignore_errors=True)
+    desk.clear()
+    desk.settings_folder.rmdir()
+    desk.remove_dead_icons()
 
 
 # settings.ini
@@ -69,8 +87,8 @@ def test_a_settings_file_in_utf_16_is_read_and_written(file_desk):
     assert desk.loaded().startswith("intensity=0.584 brightness=0.850 extremeDim=1")
 
 
-def test_the_program_works_with_a_folder_named_settings_ini(make_desk):
-    desk = make_desk()
+def test_the_program_works_with_a_folder_named_settings_ini(bare_desk):
+    desk = bare_desk
     desk.settings_path.mkdir(parents=True)
     (desk.settings_path / "precious.txt").write_text("kept", encoding="ascii")
     desk.start()
@@ -81,8 +99,8 @@ def test_the_program_works_with_a_folder_named_settings_ini(make_desk):
     assert (desk.settings_path / "precious.txt").read_text(encoding="ascii") == "kept"
 
 
-def test_a_read_only_settings_file_is_read_and_kept(make_desk):
-    desk = make_desk()
+def test_a_read_only_settings_file_is_read_and_kept(bare_desk):
+    desk = bare_desk
     desk.write_settings(GOOD)
     with read_only(desk.settings_path):
         desk.start()
@@ -95,8 +113,8 @@ def test_a_read_only_settings_file_is_read_and_kept(make_desk):
     desk.wait_for_setting("Intensity", "584")
 
 
-def test_with_a_locked_settings_file_the_defaults_are_used_and_the_file_is_unchanged(make_desk):
-    desk = make_desk()
+def test_with_a_locked_settings_file_the_defaults_are_used_and_the_file_is_unchanged(bare_desk):
+    desk = bare_desk
     desk.write_settings(GOOD)
     with held_by_another_program(desk, desk.settings_path):
         desk.start()
@@ -107,8 +125,8 @@ def test_with_a_locked_settings_file_the_defaults_are_used_and_the_file_is_uncha
     assert desk.program_running()
 
 
-def test_settings_can_be_saved_again_after_another_program_releases_the_file(make_desk):
-    desk = make_desk()
+def test_settings_can_be_saved_again_after_another_program_releases_the_file(bare_desk):
+    desk = bare_desk
     desk.write_settings(GOOD)
     desk.start()
     with held_by_another_program(desk, desk.settings_path):
@@ -151,8 +169,8 @@ def test_an_event_log_of_ten_megabytes_of_noise_is_truncated_to_its_last_part(fi
     assert works(desk)
 
 
-def test_the_program_works_with_a_folder_named_events_log(make_desk):
-    desk = make_desk()
+def test_the_program_works_with_a_folder_named_events_log(bare_desk):
+    desk = bare_desk
     desk.events_path.mkdir(parents=True)
     desk.start()
     assert works(desk)
@@ -161,8 +179,8 @@ def test_the_program_works_with_a_folder_named_events_log(make_desk):
     assert list(desk.events_path.iterdir()) == []
 
 
-def test_a_read_only_event_log_is_kept(make_desk):
-    desk = make_desk()
+def test_a_read_only_event_log_is_kept(bare_desk):
+    desk = bare_desk
     desk.write_events("old\r\n")
     with read_only(desk.events_path):
         desk.start()
@@ -171,8 +189,8 @@ def test_a_read_only_event_log_is_kept(make_desk):
         assert desk.events_text() == "old\n"
 
 
-def test_the_event_log_continues_after_another_program_releases_the_file(make_desk):
-    desk = make_desk()
+def test_the_event_log_continues_after_another_program_releases_the_file(bare_desk):
+    desk = bare_desk
     desk.write_events(b"x" * 300000)
     with held_by_another_program(desk, desk.events_path):
         desk.start()
@@ -185,8 +203,8 @@ def test_the_event_log_continues_after_another_program_releases_the_file(make_de
 
 # The folder, the disk, the command line
 
-def test_a_full_disk_loses_only_the_failed_writes(make_desk):
-    desk = make_desk()
+def test_a_full_disk_loses_only_the_failed_writes(bare_desk):
+    desk = bare_desk
     put_on_a_full_disk(desk.settings_path)
     put_on_a_full_disk(desk.events_path)
     desk.start()
@@ -200,12 +218,18 @@ def test_a_full_disk_loses_only_the_failed_writes(make_desk):
     assert desk.quit() == 0
 
 
+@pytest.fixture(name="desk_without_folder", scope="module")
+def desk_without_folder_fixture(make_file_desk):
+    """A desk whose application-data folder the tests move in the registry."""
+    return make_file_desk()
+
+
 @pytest.mark.parametrize("place", [
     "Q:\\nowhere", "C:\\no\\such\\folder", "\\\\nobody\\nothing", "C:\\windows\\win.ini",
 ])
-def test_without_an_application_data_folder_the_program_works_with_the_defaults(make_desk, place):
-    desk = make_desk()
-    desk.write_settings(GOOD)
+def test_without_an_application_data_folder_the_program_works_with_the_defaults(desk_without_folder, place):
+    desk = desk_without_folder
+    desk.clear(GOOD)
     for key in ("User Shell Folders", "Shell Folders"):
         desk.registry_set(FOLDERS + key, "AppData", place)
     desk.start()
@@ -237,14 +261,24 @@ def test_the_program_starts_with_any_command_line(file_desk, arguments):
 
 # Magnification.dll
 
+@pytest.fixture(name="desk_with_library")
+def desk_with_library_fixture(bare_desk):
+    """bare_desk with a library of one kind: desk_with_library(kind)."""
+    def install(kind):
+        bare_desk.magnification.install(kind)
+        return bare_desk
+    yield install
+    bare_desk.magnification.install("ok")
+
+
 @pytest.mark.parametrize("library, text", [
     ("missing", "Failed to load Magnification.dll\nError code: 126"),
     ("without-initialize", "Failed to get Magnification API functions.\n\nThis requires Windows 8 or later."),
     ("without-uninitialize", "Failed to get Magnification API functions.\n\nThis requires Windows 8 or later."),
     ("without-effect", "Failed to get Magnification API functions.\n\nThis requires Windows 8 or later."),
 ])
-def test_an_unusable_library_is_reported_once_and_legacy_mode_works(make_desk, library, text):
-    desk = make_desk(magnification=library)
+def test_an_unusable_library_is_reported_once_and_legacy_mode_works(desk_with_library, library, text):
+    desk = desk_with_library(library)
     desk.start_program()
     box = desk.wait_for_message_box()
     assert (box.title, box.text) == ("Ambrel", text)
@@ -261,8 +295,8 @@ def test_an_unusable_library_is_reported_once_and_legacy_mode_works(make_desk, l
     assert desk.magnification_calls() == []
 
 
-def test_a_damaged_library_is_reported_like_a_missing_one(make_desk):
-    desk = make_desk(magnification="missing")
+def test_a_damaged_library_is_reported_like_a_missing_one(desk_with_library):
+    desk = desk_with_library("missing")
     desk.prefix.path("C:\\windows\\system32\\Magnification.dll").write_bytes(noise(5000))
     desk.start_program()
     box = desk.wait_for_message_box()
@@ -271,11 +305,20 @@ def test_a_damaged_library_is_reported_like_a_missing_one(make_desk):
     desk.wait_for_icon()
 
 
-def test_a_library_in_the_program_folder_is_not_loaded(make_desk):
-    desk = make_desk(magnification="missing")
+@pytest.fixture(name="libraries_beside_the_program")
+def libraries_beside_the_program_fixture(file_desk):
     # Shcore.dll is not among them: it is a known DLL on Windows, but Wine has no list of known DLLs.
-    for name in ("Magnification.dll", "dwmapi.dll", "msimg32.dll", "dxva2.dll", "windowscodecs.dll"):
-        desk.prefix.put(desk.build_dir / "lab" / "magnification.dll", f"C:\\Ambrel\\{name}")
+    names = ("Magnification.dll", "dwmapi.dll", "msimg32.dll", "dxva2.dll", "windowscodecs.dll")
+    put = [file_desk.prefix.put(file_desk.build_dir / "lab" / "magnification.dll", f"C:\\Ambrel\\{name}")
+           for name in names]
+    yield put
+    for path in put:
+        path.unlink()
+
+
+@pytest.mark.usefixtures("libraries_beside_the_program")
+def test_a_library_in_the_program_folder_is_not_loaded(desk_with_library):
+    desk = desk_with_library("missing")
     desk.start_program()
     assert desk.wait_for_message_box().text == "Failed to load Magnification.dll\nError code: 126"
     with open(f"/proc/{desk.program_pids()[0]}/maps", encoding="utf-8") as maps:

@@ -35,11 +35,11 @@ class Cursors:
         self.desk, self.offset = desk, 0
 
     def text(self):
-        return self.desk.wine_log()[self.offset:]
+        return self.desk.wine_log(self.offset)
 
     def clear(self):
         """Discards all calls so far."""
-        self.offset = len(self.desk.wine_log())
+        self.offset = self.desk.wine_log_size()
 
     def calls(self):
         """RESET, or the number of a cursor that was replaced, in order."""
