@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr UINT kTimeoutMs = 2000;
+constexpr UINT kQueryTimeoutMs = 2000;
 constexpr size_t kTipLength = 1024;
 
 struct ToolQuery {
@@ -30,7 +30,7 @@ HWND FindTooltip(DWORD process) {
 DWORD_PTR SendWithTimeout(HWND window, UINT message, WPARAM wParam, void* remote) {
     DWORD_PTR result = 0;
     SendMessageTimeoutW(window, message, wParam, reinterpret_cast<LPARAM>(remote), SMTO_ABORTIFHUNG,
-                        kTimeoutMs, &result);
+                        kQueryTimeoutMs, &result);
     return result;
 }
 

@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr wchar_t kUnknown[] = L"unknown";
 constexpr DWORD kMaxDevices = 256;  // sanity limit
 
 void ReadProcessor(SupportFacts* facts) {

@@ -6,6 +6,9 @@
 
 #include "win32/platform.h"
 
+// Stands in the report for a value that cannot be read.
+inline constexpr wchar_t kUnknown[] = L"unknown";
+
 struct OsInfo {
     std::wstring productName;     // "Windows 11 Pro"; empty when unknown
     std::wstring displayVersion;  // "23H2"; empty when unknown
