@@ -59,17 +59,18 @@ class Magnification:
         else:
             self.prefix.path(DLL).unlink(missing_ok=True)
 
-    def script(self, effect=(0,), initialize=0, delay=0):
+    def script(self, effect=(0,), initialize=0, hold=False):
         """Sets the results of the library's functions from now on, also for a running program.
 
         `effect` lists the errors of the next effect calls, 0 for success. The last one applies to all later calls, so
         (87, 0) fails once with error 87 and (87,) fails always. A program that reloads the library starts at the
-        first one. `initialize` is the error of MagInitialize. Each effect call takes `delay` ms after it is recorded.
+        first one. `initialize` is the error of MagInitialize. With `hold` an effect call is recorded and then does not
+        return before the next script.
         """
         self.serial += 1
         path = self.prefix.path(SCRIPT)
         effects = ",".join(map(str, effect))
-        text = f"serial={self.serial}\ninitialize={initialize}\neffect={effects}\ndelay={delay}\n"
+        text = f"serial={self.serial}\ninitialize={initialize}\neffect={effects}\n{'hold=1' if hold else ''}\n"
         temporary = path.with_suffix(".new")
         temporary.write_text(text)
         os.replace(temporary, path)

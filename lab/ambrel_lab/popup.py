@@ -217,20 +217,27 @@ class PopupActions:
     def _find_menu_rows(self, window):
         """{text: Rect within the menu's window}, found with the pointer: the menu highlights the row under it. Wine
         does not return a menu's items to another process, and keeps the last highlight."""
-        plain = wait_until_settled(lambda: self.menu_drawn(window), "the tray menu's picture")
+        plain = wait_until_settled(lambda: self.menu_drawn(window), "the tray menu's picture",
+                                   pause=0.1)
         x, pointer = (window.left + window.right) // 2, self.input.position()
 
-        def row_at(y):
+        def highlighted():
+            return plain.difference(self.menu_drawn(window) or plain)
+
+        def row_at(y, heights):
+            def row():
+                found = highlighted()
+                # Two rows differ while the highlight moves from one to the other.
+                wanted = found and found[1] <= y < found[3] and found[3] - found[1] in heights
+                return Rect(*found) if wanted else None
             self.input.move(x, window.top + y)
-            row = Rect(*wait_until_settled(lambda: plain.difference(self.menu_drawn(window) or plain),
-                                           f"a highlighted row at {y} in the tray menu"))
-            if not row.top <= y < row.bottom:
-                raise LabError(f"at {y} the tray menu highlights {row}")
-            return row
-        first = row_at(MENU_MARGIN)
-        second = row_at(first.bottom + (first.bottom - first.top) // 2)
+            wait_until(row, f"a highlighted row at {y} in the tray menu", actual=highlighted)
+            return wait_until_settled(row, f"the highlighted row at {y}")
+        first = row_at(MENU_MARGIN, range(plain.height // 2))
+        height = first.bottom - first.top
+        second = row_at(first.bottom + height // 2, [height])
         # A separator is between the second row and the last.
-        last = row_at(plain.height - 1 - MENU_MARGIN)
+        last = row_at(plain.height - 1 - MENU_MARGIN, [height])
         self.input.move(*pointer)
         return {MENU_LAUNCH: first, MENU_LEGACY_MODE: second, MENU_QUIT: last}
 
@@ -240,10 +247,12 @@ class PopupActions:
             raise LabError(f"the menu has no row '{text}': {list(menu.rows)}")
         self.click_window(*centre(menu.rows[text]), menu.window.handle)
 
-    def choose_from_menu(self, text, happened, what):
-        """Opens the tray menu, clicks a row and waits until happened() is true. `what` names the effect."""
-        self.click_menu_row(self.open_menu(), text)
-        wait_until(happened, what, actual=self.windows)
+    def menu_row_ticked(self, menu, text):
+        """Whether a row of an open Menu has a tick in its left column, which is empty otherwise."""
+        picture = wait_until_settled(lambda: self.menu_drawn(menu.window), "the tray menu's picture")
+        row = menu.rows[text]
+        left, top = row.left - menu.window.left, row.top - menu.window.top
+        return picture.crop(left, top, left + row.bottom - row.top, top + row.bottom - row.top).colours() > 1
 
     def close_menu(self):
         """Closes the tray menu without a choice and waits until it is closed."""

@@ -6,7 +6,7 @@
 // The script is read at every call, so it may change while the program runs. It contains name=value lines:
 //     initialize=ERROR        error of MagInitialize; 0 for success
 //     effect=ERROR,ERROR,...  errors of successive effect calls; the last one applies to all later calls
-//     delay=MS                duration of each effect call after it is recorded; no messages are dispatched
+//     hold=1                  an effect call is recorded and does not return before this line is removed
 //     show=1                  also show the matrix's diagonal as a gamma ramp, for use on a real display
 // When the script changes or the library is reloaded, the list starts at its first error. Without a script
 // every call succeeds.
@@ -33,6 +33,8 @@ constexpr DWORD kNotInitialized = ERROR_NOT_READY;
 // Wine refuses a channel that does not rise and one that rises at its last entry only. At this factor the
 // last entry is 32, which is still displayed as black.
 constexpr double kMinFactor = 32.0 / 65535.0;
+// Between two looks at the script while it holds a call.
+constexpr DWORD kHoldCheckMs = 10;
 
 HANDLE g_effect = INVALID_HANDLE_VALUE;
 int g_initialized = 0;
@@ -154,7 +156,9 @@ extern "C" __declspec(dllexport) BOOL WINAPI MagSetFullscreenColorEffect(const f
         error = kNotInitialized;
     }
     Record("MagSetFullscreenColorEffect", error, matrix);
-    Sleep(ScriptedNumber("delay=", 0));
+    for (; ScriptedNumber("hold=", 0) != 0; ReadScript()) {
+        Sleep(kHoldCheckMs);
+    }
     if (error == ERROR_SUCCESS) {
         ApplyMatrix(matrix);
     }

@@ -6,7 +6,7 @@ import sys
 import time
 from pathlib import Path
 
-sys.dont_write_bytecode = True
+sys.dont_write_bytecode = sys.pycache_prefix is None
 ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "lab"))
 
@@ -133,14 +133,18 @@ class Desk(Lab):
         return picture
 
     def menu(self, item):
-        """Chooses a row of the tray menu and waits until the command has an effect and the menu is closed."""
-        before = self.menu_effects()
-        self.choose_from_menu(item, lambda: self.menu_effects() != before and not self.menu_window(),
-                              f"an effect of '{item}'")
+        """Chooses an option of the tray menu and waits until it is saved as switched, or a message box opens, and the
+        menu is closed."""
+        menu, key = self.open_menu(), MENU_SETTINGS[item]
+        # The program's state. An earlier change may be saved at any time, but not with the switched option.
+        switched, saves, boxes = "0" if self.menu_row_ticked(menu, item) else "1", self.saves(), self.message_boxes()
+        self.click_menu_row(menu, item)
 
-    def menu_effects(self):
-        """What a menu command can change: the log, the settings, the message boxes."""
-        return self.events_text(), self.settings_text(), self.message_boxes()
+        def done():
+            saved = self.saves() > saves and f"\n{key}={switched}\n" in self.settings_text()
+            return (saved or self.message_boxes() != boxes) and not self.menu_window()
+        wait_until(done, f"{key}={switched} or a message box",
+                   actual=lambda: (self.log(), self.settings_text(), self.windows()))
 
     # Checks
 
@@ -231,6 +235,7 @@ def ramp_distance(one, other):
     return max(abs(a - b) for left, right in zip(one, other) for a, b in zip(left, right))
 
 
+MENU_SETTINGS = {MENU_LAUNCH: "LaunchAtStart", MENU_LEGACY_MODE: "UseLegacyGamma"}
 FILTER_KEYS = ("Intensity", "Brightness")
 
 

@@ -6,7 +6,7 @@ import pytest
 
 from bundle import (BEFORE, COPIED, COPIED_LINE, FAILED_LINE, NORMAL, SUPPORT, SURFACE, Machine, copies, copy,
                     failures, button_state, press, utf_16_length, wait_for_button_state)
-from desk import GEAR, POWER, SETTINGS_ROWS, act_within, wait_until
+from desk import ATTEMPTS, GEAR, POWER, SETTINGS_ROWS, act_within, wait_until
 from text_recognition import LABEL, SMALL, span, matches_text
 from panels import panel_of, show_settings, wait_for_panel
 
@@ -17,8 +17,8 @@ TITLE_COLOUR, HINT_COLOUR = (0x78, 0xE6, 0x96), (0x6E, 0xC8, 0x82)
 TITLE_BOX, HINT_BOX, BUTTON = (30, 468, 290, 490), (30, 490, 290, 510), (24, 462, 296, 516)
 EXTREME_DIM_VALUE = (226, 186, 290, 220)
 DURATION = 5.0  # seconds
-# The maximum delay of the repaint on a busy machine.
-MAX_DELAY = 2.5
+# The maximum delay of the repaint, in seconds, on a machine on which the program answers within MAX_ANSWER.
+MAX_DELAY, MAX_ANSWER = 2.5, 0.5
 
 
 @pytest.fixture(name="panel")
@@ -146,7 +146,7 @@ def test_the_button_shows_copied_and_the_address(panel):
         assert picture.pixel(x, y) == COPIED, (x, y)
     for x, y in ((160, 461), (160, 516), (23, 489), (296, 489)):
         assert picture.pixel(x, y) == BACKGROUND, (x, y)
-    wait_for_button_state(panel, "normal", 10.0)
+    wait_for_button_state(panel, "normal")
     assert button_of(panel) == before
 
 
@@ -160,19 +160,50 @@ def test_the_button_in_its_normal_state_has_its_colours_and_text(panel):
 
 
 def wait_for_the_end(desk):
-    """Waits until the copied indication has ended without input. Returns the time."""
-    wait_for_button_state(desk, "normal", DURATION + 2 * MAX_DELAY)
-    return time.monotonic()
+    """Waits until the copied indication has ended without input. Returns the time, and the longest time that a look at
+    the button and the program's answer to a message took: the delays that the machine causes are no longer."""
+    longest = 0.0
+
+    def ended():
+        nonlocal longest
+        started = time.monotonic()
+        shown = button_state(desk)
+        desk.send_message(0)
+        longest = max(longest, time.monotonic() - started)
+        return shown == "normal"
+    wait_until(ended, "the end of the copied indication", actual=lambda: button_state(desk))
+    return time.monotonic(), longest
+
+
+def ends_in_time(desk, pressed, done):
+    """Waits for the end of the indication of a press that was made at `pressed` and handled at `done`, and asserts the
+    duration. False if the machine was too busy to prove that it is not too long."""
+    ended, longest = wait_for_the_end(desk)
+    assert ended - pressed >= DURATION
+    if ended - done <= DURATION + MAX_DELAY:
+        return True
+    assert longest > MAX_ANSWER, f"the indication took {ended - done:.1f} s, and no answer more than {longest:.1f} s"
+    return False
+
+
+def repeat_while_busy(attempt):
+    """Repeats attempt() until it returns True."""
+    for _ in range(ATTEMPTS):
+        if attempt():
+            return
+    pytest.fail(f"the machine was too busy in each of {ATTEMPTS} attempts")
 
 
 def test_the_copied_indication_ends_after_five_seconds(panel):
     panel.move(10, 10)
-    since = time.monotonic()
-    press_by_message(panel, *SUPPORT)
-    done = time.monotonic()
-    wait_for_button_state(panel, "copied")
-    ended = wait_for_the_end(panel)
-    assert ended - since >= DURATION and ended - done <= DURATION + MAX_DELAY
+
+    def press_once():
+        pressed = time.monotonic()
+        press_by_message(panel, *SUPPORT)
+        done = time.monotonic()
+        wait_for_button_state(panel, "copied")
+        return ends_in_time(panel, pressed, done)
+    repeat_while_busy(press_once)
 
 
 def test_a_repaint_within_five_seconds_keeps_the_copied_indication(panel):
@@ -194,21 +225,26 @@ def test_a_repaint_within_five_seconds_keeps_the_copied_indication(panel):
 
 
 def test_a_second_copy_restarts_the_five_seconds(panel):
-    first = time.monotonic()
-    press_by_message(panel, *SUPPORT)
-    wait_for_button_state(panel, "copied")
-    while time.monotonic() < first + 3.0:
-        assert button_state(panel) == "copied"
-        time.sleep(0.1)
-    second = time.monotonic()
-    press_by_message(panel, *SUPPORT)
-    done = time.monotonic()
-    while time.monotonic() < first + DURATION + 1.5:
-        assert button_state(panel) == "copied"
-        time.sleep(0.1)
-    ended = wait_for_the_end(panel)
-    assert ended - second >= DURATION and ended - done <= DURATION + MAX_DELAY
-    assert len(copies(panel)) == 2
+    def press_twice():
+        before, first = len(copies(panel)), time.monotonic()
+        press_by_message(panel, *SUPPORT)
+        wait_for_button_state(panel, "copied")
+        while time.monotonic() < first + 3.0:
+            shown = button_state(panel)
+            if time.monotonic() >= first + DURATION:
+                return False  # The look took too long to tell.
+            assert shown == "copied"
+            time.sleep(0.1)
+        second = time.monotonic()
+        press_by_message(panel, *SUPPORT)
+        done = time.monotonic()
+        while time.monotonic() < first + DURATION + 1.5:
+            assert button_state(panel) == "copied"
+            time.sleep(0.1)
+        in_time = ends_in_time(panel, second, done)
+        assert len(copies(panel)) == before + 2
+        return in_time
+    repeat_while_busy(press_twice)
 
 
 def test_the_button_is_up_to_date_when_the_panel_is_shown_again(panel):
