@@ -2,6 +2,7 @@
 
 import fcntl
 import hashlib
+import re
 import shutil
 import subprocess
 import sys
@@ -17,6 +18,9 @@ LIBRARY = "x86_64-linux-gnu/wine/x86_64-unix/ntdll.so"
 # Services that Wine starts with the first program: Windows' event log, drive letters, networks, devices. The program
 # uses none of them, and each takes a process or two in every lab.
 UNUSED_SERVICES, SERVICE_DISABLED = ("Eventlog", "MountMgr", "NDIS", "nsiproxy", "PlugPlay"), 4
+# Every program compares its time zone with each one in the registry, so the template keeps only the lab's.
+TIME_ZONES = "Software\\Microsoft\\Windows NT\\CurrentVersion\\Time Zones\\"
+LAB_TIME_ZONES = ["Greenwich Standard Time"]
 
 
 def template_key():
@@ -66,6 +70,16 @@ def append_registry(prefix, key, values):
         handle.write("\n[" + registry_text(path) + "] 1700000000\n" + "\n".join(lines) + "\n")
 
 
+def remove_keys(prefix, below, kept):
+    """Removes the keys below a key of HKLM, except the named ones, from a prefix without running processes."""
+    start = "[" + registry_text(below)
+    file = prefix / "system.reg"
+    sections = re.split(r"(?m)^(?=\[)", file.read_text(encoding="ascii"))
+    names = tuple(start + registry_text(name) for name in kept)
+    file.write_text("".join(section for section in sections
+                            if not section.startswith(start) or section.startswith(names)), encoding="ascii")
+
+
 def make_template(target):
     """Creates the template prefix: Wine's first start, the preview fonts, no links to folders outside."""
     # Imported here because only the first start needs it.
@@ -87,6 +101,7 @@ def make_template(target):
                 link.mkdir()
         append_registry(prefix, "HKCU\\Software\\Wine\\Fonts\\Replacements",
                         {name: "Segoe UI" for name in DIALOG_FONTS})
+        remove_keys(prefix, TIME_ZONES, LAB_TIME_ZONES)
         for name in UNUSED_SERVICES:
             append_registry(prefix, f"HKLM\\System\\CurrentControlSet\\Services\\{name}", {"Start": SERVICE_DISABLED})
         (prefix / "drive_c/lab").mkdir()
