@@ -3,6 +3,7 @@
 #include "app/popup.h"
 #include "app/state/app_state.h"
 #include "app/state/timers.h"
+#include "ui/accessible_events.h"
 
 namespace {
 
@@ -25,6 +26,7 @@ void OnAutoHideTimer() {
         StopTimer(TimerId::PopupAutoHide);
         g_app.popupShown = false;
         g_app.popupArmed = false;
+        AnnouncePopup(false);
         return;
     }
     if (g_app.menuTracking) return;

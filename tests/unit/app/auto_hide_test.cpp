@@ -6,11 +6,15 @@
 #include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/seam.h"
+#include "ui/accessible_events.h"
 
 AMBREL_USES_SEAMS(recorded_timers);
 
 AMBREL_REPLACE(void, HidePopup, ()) {
     Record("hide popup");
+}
+AMBREL_REPLACE(void, AnnouncePopup, (bool shown)) {
+    Record("announce ", shown ? "shown" : "hidden");
 }
 
 namespace {
@@ -204,7 +208,7 @@ TEST_F(AutoHide, AnInvisiblePopupStopsThePolling) {
     g_visible = false;
     g_app.popupArmed = true;
     OnAutoHideTimer();
-    EXPECT_EQ(g_calls, (CallRecord{"kill timer 6"}));
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 6", "announce hidden"}));
     EXPECT_FALSE(g_app.popupShown);
     EXPECT_FALSE(g_app.popupArmed);
 }
@@ -213,6 +217,6 @@ TEST_F(AutoHide, APopupThatIsNotShownStopsThePolling) {
     g_app.popupShown = false;
     g_app.popupArmed = true;
     OnAutoHideTimer();
-    EXPECT_EQ(g_calls, (CallRecord{"kill timer 6"}));
+    EXPECT_EQ(g_calls, (CallRecord{"kill timer 6", "announce hidden"}));
     EXPECT_FALSE(g_app.popupArmed);
 }
