@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Kills the program at random moments, starts it again and quits it: nothing that it changed may stay changed.
 
-    kill_anytime.py [--kills N] [--seed S] [--build FOLDER]
+    kill_anytime.py [--kills N] [--seed S] [--only MOMENT] [--build FOLDER]
 
 After each kill, the next start and a Quit: the screen's ramp is the identity, each simulated display has the
 brightness that it had before the first start, settings.ini contains no record, each setting has a value that was once
@@ -191,16 +191,17 @@ def prepare(desk):
     desk.hardware.panels([Panel("panel", OWN["panel"], delay=50)])
 
 
-def run(kills, seed, build=None, report=0):
-    """Kills the program `kills` times and prints the totals after every `report` kills. Returns (failures, table):
-    texts, and counts by (moment, result)."""
+def run(kills, seed, build=None, report=0, only=None):
+    """Kills the program `kills` times, in every kind of moment or in those called `only`, and prints the totals after
+    every `report` kills. Returns (failures, table): texts, and counts by (moment, result)."""
     rng = random.Random(seed)
     failures, table = [], Counter()
     with Desk(**({"build_dir": build} if build else {})) as desk:
         prepare(desk)
         victim = Victim(desk, rng)
+        moments = [moment for moment in victim.MOMENTS if only in (None, moment.__name__)]
         for number in range(kills):
-            moment = victim.MOMENTS[number % len(victim.MOMENTS)]
+            moment = moments[number % len(moments)]
             damaged, found = victim.kill_in(moment)
             table[moment.__name__, "failed" if found else "damaged file" if damaged else "ok"] += 1
             failures += [f"seed {seed}, kill {number}, {moment.__name__}: {text}" for text in found]
@@ -226,10 +227,11 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--kills", type=int, default=500)
     parser.add_argument("--seed", type=int, default=int(time.time()))
+    parser.add_argument("--only", choices=[moment.__name__ for moment in Victim.MOMENTS])
     parser.add_argument("--build", type=Path)
     options = parser.parse_args()
     print(f"{options.kills} kills, seed {options.seed}", flush=True)
-    failures, table = run(options.kills, options.seed, options.build, report=50)
+    failures, table = run(options.kills, options.seed, options.build, 50, options.only)
     for failure in failures:
         print(failure)
     print_table(table)
