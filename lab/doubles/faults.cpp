@@ -27,6 +27,9 @@ constexpr std::size_t kStubSize = 128;
 constexpr ULONG_PTR kDeallocationStack = 0x1478, kGuaranteedStackBytes = 0x1748;
 constexpr ULONG_PTR kPage = 0x1000;
 
+// The exit code of a program that has reserved no stack for a stack overflow.
+constexpr UINT kNothingReserved = 99;
+
 struct Failure {
     char name[64];
     unsigned long long result;
@@ -164,8 +167,11 @@ bool Fail(unsigned char* stubs, const Failure& failure, bool everywhere) {
 // exception that Windows raises then. (Wine ignores the reservation and lets a stack overflow run to the end
 // of the stack.)
 void OverflowStack() {
-    const ULONG_PTR bottom = __readgsqword(kDeallocationStack) + kPage;
-    const ULONG_PTR left = bottom + __readgsdword(kGuaranteedStackBytes);
+    const DWORD reserved = __readgsdword(kGuaranteedStackBytes);
+    if (reserved == 0) {
+        ExitProcess(kNothingReserved);
+    }
+    const ULONG_PTR left = __readgsqword(kDeallocationStack) + kPage + reserved;
     const auto here = reinterpret_cast<ULONG_PTR>(__builtin_frame_address(0));
     volatile char* const used = static_cast<char*>(__builtin_alloca(here - left));
     *used = 1;
