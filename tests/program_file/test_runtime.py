@@ -30,7 +30,7 @@ RUNTIME_IMPORTS = set("""
     DeleteCriticalSection EnterCriticalSection GetStartupInfoW InitializeCriticalSection IsDBCSLeadByteEx
     LeaveCriticalSection SetUnhandledExceptionFilter Sleep TlsGetValue VirtualProtect VirtualQuery __C_specific_handler
     ___lc_codepage_func ___mb_cur_max_func __iob_func __set_app_type __setusermatherr __wgetmainargs __winitenv
-    _amsg_exit _cexit _commode _errno _filelengthi64 _fileno _fmode _initterm _onexit _wcmdln
+    _amsg_exit _cexit _commode _errno _filelengthi64 _fileno _fmode _initterm _nextafter _onexit _wcmdln
     abort calloc exit fflush fgetpos fprintf fputwc fsetpos fwprintf iswctype localeconv memcpy realloc signal strerror
     strlen strncmp vfprintf""".split())
 
