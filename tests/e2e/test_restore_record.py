@@ -60,14 +60,17 @@ def test_a_drag_does_not_write_the_record(file_desk):
     desk.release()
 
 
-@pytest.mark.parametrize("end", ["power", "menu", "quit", "session"])
+@pytest.mark.parametrize("end", ["power", "switch", "quit", "session"])
 def test_no_record_is_left_when_the_ramp_is_removed(file_desk, end):
     desk = tinted(file_desk)
     log = desk.log()
     if end == "power":
         desk.press_power()
-    elif end == "menu":
-        desk.menu("Legacy Mode (Older Hardware)")
+    elif end == "switch":
+        desk.show_settings()
+        desk.flip("LEGACY MODE")
+        wait_for_no_record(desk)
+        desk.close_settings()
         desk.press_power()
     elif end == "quit":
         desk.quit()
