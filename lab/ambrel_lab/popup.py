@@ -32,6 +32,21 @@ def centre(rect):
     return (rect.left + rect.right) // 2, (rect.top + rect.bottom) // 2
 
 
+def highlighted_row(picture, y):
+    """The highlighted row of a menu's picture that contains y, as a Rect up to MENU_MARGIN from the right edge; None if
+    another row or none is highlighted. No text reaches MENU_MARGIN, and most of the menu is not highlighted."""
+    x = picture.width - 1 - MENU_MARGIN
+    column = [picture.pixel(x, row) for row in range(picture.height)]
+    colour, background = column[y], max(set(column), key=column.count)
+    others = [row for row, other in enumerate(column) if other != colour]
+    top = max((row + 1 for row in others if row < y), default=0)
+    bottom = min((row for row in others if row > y), default=picture.height)
+    if colour == background or bottom - top < MENU_MARGIN:
+        return None
+    left = next(column for column in range(x, -1, -1) if picture.pixel(column, top) != colour) + 1
+    return Rect(left, top, x, bottom)
+
+
 class PopupActions:
     """Needs `desktop`, `input`, `windows` and `visible_levels` of Lab."""
 
@@ -182,9 +197,11 @@ class PopupActions:
         """
         for _ in range(MENU_ATTEMPTS - 1):
             self.click_tray(3)
-            menu = self.wait_for_menu()
-            if all(self.topmost_at(*centre(row), menu.window.handle) for row in menu.rows.values()):
-                return menu
+            window = self.wait_for_menu_window()
+            x, top, bottom = (window.left + window.right) // 2, window.top, window.bottom
+            if all(self.topmost_at(x, y, window.handle)
+                   for y in (top + MENU_MARGIN, (top + bottom) // 2, bottom - MENU_MARGIN)):
+                return self.menu_in(window)
             self.close_menu()
         self.click_tray(3)
         return self.wait_for_menu()
@@ -198,9 +215,15 @@ class PopupActions:
             time.sleep(0.05)
         return True
 
+    def wait_for_menu_window(self):
+        return wait_until_settled(self.menu_window, "the tray menu", pause=0.02)
+
     def wait_for_menu(self):
         """Waits until the menu has stopped moving and is drawn, and returns the Menu."""
-        window = wait_until_settled(self.menu_window, "the tray menu", pause=0.02)
+        return self.menu_in(self.wait_for_menu_window())
+
+    def menu_in(self, window):
+        """The Menu of a menu's Window."""
         key = self.dpi, window.right - window.left, window.bottom - window.top
         if key not in MENU_ROWS_SEEN:
             MENU_ROWS_SEEN[key] = self._find_menu_rows(window)
@@ -217,29 +240,22 @@ class PopupActions:
     def _find_menu_rows(self, window):
         """{text: Rect within the menu's window}, found with the pointer: the menu highlights the row under it. Wine
         does not return a menu's items to another process, and keeps the last highlight."""
-        plain = wait_until_settled(lambda: self.menu_drawn(window), "the tray menu's picture",
-                                   pause=0.1)
         x, pointer = (window.left + window.right) // 2, self.input.position()
+        width, height = window.right - window.left, window.bottom - window.top
 
-        def highlighted():
-            return plain.difference(self.menu_drawn(window) or plain)
-
-        def row_at(y, heights):
+        def row_at(y):
             def row():
-                found = highlighted()
-                # Two rows differ while the highlight moves from one to the other.
-                wanted = found and found[1] <= y < found[3] and found[3] - found[1] in heights
-                return Rect(*found) if wanted else None
+                picture = self.menu_drawn(window)
+                return picture and highlighted_row(picture, y)
             self.input.move(x, window.top + y)
-            wait_until(row, f"a highlighted row at {y} in the tray menu", actual=highlighted)
-            return wait_until_settled(row, f"the highlighted row at {y}")
-        first = row_at(MENU_MARGIN, range(plain.height // 2))
-        height = first.bottom - first.top
-        second = row_at(first.bottom + height // 2, [height])
+            return wait_until_settled(row, f"the highlighted row at {y} in the tray menu")
+        first = row_at(MENU_MARGIN)
+        second = row_at(first.bottom + (first.bottom - first.top) // 2)
         # A separator is between the second row and the last.
-        last = row_at(plain.height - 1 - MENU_MARGIN, [height])
+        last = row_at(height - 1 - MENU_MARGIN)
         self.input.move(*pointer)
-        return {MENU_LAUNCH: first, MENU_LEGACY_MODE: second, MENU_QUIT: last}
+        return {text: Rect(first.left, row.top, width - first.left, row.bottom)
+                for text, row in ((MENU_LAUNCH, first), (MENU_LEGACY_MODE, second), (MENU_QUIT, last))}
 
     def click_menu_row(self, menu, text):
         """Clicks a row of an open Menu once no other window, such as the icon's tip, covers it."""

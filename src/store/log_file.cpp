@@ -12,7 +12,7 @@
 namespace {
 
 constexpr long long kMaxBytesAtStart = 262144;
-constexpr long long kMaxBytes = 4 * 1024 * 1024;
+constexpr long long kMaxBytes = 4LL * 1024 * 1024;
 constexpr long long kTrimmedBytes = 65536;
 constexpr long long kTailBytes = 16384;
 constexpr wchar_t kTemporarySuffix[] = L".new";

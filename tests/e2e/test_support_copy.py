@@ -6,7 +6,7 @@ import pytest
 
 from bundle import (BEFORE, COPIED, COPIED_LINE, FAILED_LINE, NORMAL, SUPPORT, SURFACE, Machine, copies, copy,
                     failures, button_state, press, utf_16_length, wait_for_button_state)
-from desk import ATTEMPTS, GEAR, POWER, SETTINGS_ROWS, act_within, wait_until
+from desk import ATTEMPTS, GEAR, POWER, SETTINGS_ROWS, act_within, wait_until, wait_until_settled
 from text_recognition import LABEL, SMALL, span, matches_text
 from panels import panel_of, show_settings, wait_for_panel
 
@@ -43,6 +43,11 @@ def button_of(desk):
 
 
 # The clipboard
+
+def gdi_objects_at_rest(desk):
+    """The number of GDI objects once the popup paints no more, which takes some for a moment."""
+    return wait_until_settled(desk.gdi_objects, "the number of GDI objects", pause=0.2)
+
 
 def test_the_report_replaces_the_clipboards_content(panel):
     report = copy(panel)
@@ -356,12 +361,12 @@ def test_a_locked_clipboard_keeps_the_copied_indication(panel):
 def test_a_hundred_copies_leak_no_gdi_object(panel):
     copy(panel)
     wait_for_button_state(panel, "copied")
-    held = panel.gdi_objects()
+    held = gdi_objects_at_rest(panel)
     assert held > 0
     for times in range(2, 102):
         panel.click_unit(*SUPPORT)
         wait_until(lambda: len(copies(panel)) == times, f"copy {times}")
-    assert panel.gdi_objects() == held
+    assert gdi_objects_at_rest(panel) == held
     assert failures(panel) == 0
     text = panel.clipboard_text()
     assert f"({utf_16_length(text)} chars)" in copies(panel)[-1] and COPIED_LINE.fullmatch(copies(panel)[-1])
@@ -377,8 +382,8 @@ def test_failed_copies_leak_no_gdi_object(panel):
     with panel.clipboard_held():
         panel.click_unit(*SUPPORT)
         wait_until(lambda: failures(panel) == 1, "the line of the failure")
-        held = panel.gdi_objects()
+        held = gdi_objects_at_rest(panel)
         for _ in range(30):
             press_by_message(panel, *SUPPORT)
         assert failures(panel) == 31
-        assert panel.gdi_objects() == held
+        assert gdi_objects_at_rest(panel) == held
