@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds Ambrel and runs the long forms of the tests that attack it; `./test.sh` runs their quick forms.
+# Builds Ambrel and runs the tests that attack it. `./test.sh` runs a quick form of the kills.
 #   ./soak.sh               all of them
 #   ./soak.sh faults        makes every function of Windows fail in turn, in every way, during a session
 #   ./soak.sh kills [N]     kills the program at N (500) random moments; SEED=S repeats a run
@@ -13,7 +13,7 @@ usage() {
     exit 2
 }
 
-# Goes on behind a case that ends or blocks the program.
+# Continues after a case that crashes or hangs.
 attack_faults() {
     local from=0 status failed=0
     while :; do

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds and runs every test:     ./test.sh
-# Runs the tests without desktop: ./test.sh --quick    (the program, unit tests, layout, documents, format)
+# Runs the short tests:          ./test.sh --quick    (the program, unit tests, layout, documents, format)
 # Runs the tests that match:      ./test.sh NAME       (a CTest name of `./test.sh --list`, or part of the name of a
 #                                                       single test)
 set -euo pipefail

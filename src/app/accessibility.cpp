@@ -2,6 +2,7 @@
 
 #include "app/session_end.h"
 #include "app/state/app_state.h"
+#include "app/state/messages.h"
 #include "ui/accessible_actions.h"
 #include "ui/accessible_host.h"
 
@@ -17,6 +18,11 @@ LRESULT OnGetObject(HWND window, WPARAM wParam, LPARAM lParam) {
 void OnAccessibleActions() {
     // Any program can post the message.
     if (g_app.accessibleActions.count == 0) return;
+    // COM rejects the WMI calls of a sent message; post it again.
+    if (InSendMessageEx(nullptr) != ISMEX_NOSEND) {
+        PostMessageW(g_app.mainWindow, kMessageAccessibleActions, 0, 0);
+        return;
+    }
     ContinueSession();
     PerformAccessibleActions();
 }

@@ -12,5 +12,5 @@ void InstallCrashGuard();
 
 // Restores the identity ramp if a ramp of the filter may be in force, then the system cursors, then logs the
 // code in eight hexadecimal digits and the address relative to its module. Does nothing at a second fault.
-// Code of the program allocates nothing in it. The failing thread.
+// Does not allocate. Runs on the failing thread.
 void OnCrash(DWORD code, const void* address);

@@ -1,4 +1,4 @@
-// Start-up, in its order, and the message loop.
+// The start-up sequence and the message loop.
 #pragma once
 
 #include "win32/platform.h"

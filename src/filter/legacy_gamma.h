@@ -8,8 +8,8 @@
 // flagged, and logged when the result changes; no box is shown. The cursors are tinted in either case.
 void ApplyLegacyRamp();
 
-// Restores the cursors and loads the identity ramp, entry i = 257 i. A refusal is ignored; when the program
-// terminates, the ramp is tried once more.
+// Restores the cursors and loads the identity ramp, entry i = 257 i. A refusal is ignored; while the program
+// terminates, the call is retried once.
 void RestoreIdentityRamp();
 
 // At the start: restores the identity ramp if the last run has terminated without doing so.

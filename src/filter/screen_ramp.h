@@ -1,5 +1,6 @@
 // Loads gamma ramps: through the device context of the entire screen or, if Windows refuses that on an
-// extended desktop, through the context of each display. Allocates nothing. Window thread only.
+// extended desktop, through the context of each display. Allocates nothing. Window thread only, except
+// the crash guard on the failing thread.
 #pragma once
 
 #include <cstdint>
@@ -16,12 +17,13 @@ enum class RampLoad { Matches, Differs, Refused };
 
 // Loads the ramp and reads it back. Tries the entire screen's context first. Only if Windows refuses the ramp
 // there and more than one display is active, loads it into each display. Displays that refuse even the
-// identity ramp, as USB, virtual and HDR displays do, are skipped until the displays or the mode change.
+// identity ramp, as some USB, virtual and HDR displays do, are skipped until a display change or a switch of
+// the pipeline.
 // Refused: another display refuses the ramp, or every display is skipped. Differs: any display reads back a
 // different ramp.
 RampLoad LoadRamp(GammaRamp* ramp);
 
 // Loads the identity ramp into the entire screen and, if Windows refuses that on an extended desktop or the
-// filter's ramp was loaded into each display, into each display. Does not read it back. A refusal when the
-// program terminates is tried once more. False if every display refuses the ramp.
+// filter's ramp was loaded into each display, into each display. Does not read it back. While the
+// program terminates, a refused call is retried once. False if every display refuses the ramp.
 bool LoadIdentityRamp();

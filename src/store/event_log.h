@@ -14,9 +14,8 @@ constexpr std::size_t kLogMessageCapacity = 512;  // terminating zero included; 
 // in the message become U+FFFD. Never ends the process, even without memory.
 void AppendLogLine(const wchar_t* message);
 
-// The same for events.log alone, by a crashing thread. Only tries the log's lock and goes on without it: a
-// thread that crashes in the log holds it itself, and the file takes the line in one write. No code of the
-// program allocates in it.
+// Like AppendLogLine, but writes only to events.log. For a crashing thread: tries the log's lock and
+// continues without it, since this thread may hold it; the line is written in one call. Does not allocate.
 void LogInCrash(const wchar_t* message);
 
 // Called once, when the path of the settings folder is known: trims an events.log larger than 256 KiB to its

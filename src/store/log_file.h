@@ -1,6 +1,6 @@
 // The file events.log. It is opened and closed for every line, so that no line is lost when the process is
 // killed and other programs can open it between two lines. A failure leaves the file as it is and loses the
-// line. Any thread that holds the event log's lock.
+// line. Any thread; callers hold the event log's lock.
 #pragma once
 
 #include <cstddef>
@@ -9,19 +9,19 @@
 
 constexpr std::size_t kLogLineCapacity = 528;  // terminating zero included; a longer line is lost
 
-// The path of all functions below; empty, as at the start: no file. Deletes what a cut that was interrupted
-// left beside the file.
+// Sets the path that the functions below use; empty, the default, disables the file. Deletes the temporary
+// file of an interrupted trim.
 void SetLogFile(const std::wstring& path);
 
-// Appends a line and CR LF. Cuts the file first when it has passed 4 MiB; if that fails, the line is lost, so
+// Appends a line and CR LF. Trims the file first if it has passed 4 MiB; if that fails, the line is lost, so
 // the file never grows beyond 4 MiB and one line.
 void AppendToLogFile(std::wstring_view line);
 
 // Appends a line and CR LF through Windows alone: no code of the program or of the C runtime allocates in it.
 void AppendToLogFileInCrash(std::wstring_view line);
 
-// Cuts a file of more than 256 KiB to its last 64 KiB: to a byte count, so the first line may be partial. The
-// bytes are written to a file beside it, which then replaces it in one step: killed at any moment, the
+// Trims a file of more than 256 KiB to its last 64 KiB: to a byte count, so the first line may be partial.
+// The bytes are written to a temporary file, which then replaces it atomically: killed at any moment, the
 // process leaves either the old file or the new one.
 void TrimLogFile();
 

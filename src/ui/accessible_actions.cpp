@@ -29,6 +29,8 @@ AccessibleAction TakeFirst() {
 void Perform(const AccessibleAction& action) {
     const auto region = static_cast<Region>(action.region);
     if (!IsAvailable(region) || !IsWindowEnabled(g_app.mainWindow)) return;
+    // Like a press, an action ends a drag.
+    OnMouseUp();
     const Slider slider = SliderOf(region);
     if (slider == Slider::None) {
         PressRegion(region);

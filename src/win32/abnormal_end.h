@@ -4,8 +4,8 @@
 // Called on the failing thread with an address near the failure. Must not allocate: memory may have run out.
 using AbnormalEndHandler = void (*)(const void* address);
 
-// Sets what EndProcessAbnormally calls before it ends the process. The layers above restore the screen there.
-// Null, as at the start, for nothing. Call before the process has a second thread.
+// Registers the function that EndProcessAbnormally calls; the app layer restores the screen in it. Null, the
+// default, for none. Call before the process has a second thread.
 void SetAbnormalEndHandler(AbnormalEndHandler handler);
 
 // Calls the handler and ends the process. The runtime calls this when an allocation fails or when the

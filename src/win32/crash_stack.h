@@ -2,5 +2,5 @@
 #pragma once
 
 // Reserves 64 KiB of the calling thread's stack for it. Every thread of the program calls this once. If
-// Windows refuses, only a stack overflow on that thread remains without the crash guard.
+// Windows refuses, the crash guard cannot run after a stack overflow on that thread.
 void ReserveCrashStack();

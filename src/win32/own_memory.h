@@ -1,4 +1,4 @@
-// Reads memory at an address that may be wild. Any program of the user can send the window a message, and
+// Reads memory at an address that may be invalid. Any program of the user can send the window a message, and
 // with it a pointer that means nothing in this process.
 #pragma once
 

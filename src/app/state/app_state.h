@@ -1,4 +1,5 @@
-// The record of the program's live state, without logic. Only the window thread accesses it.
+// The record of the program's live state, without logic. Only the window thread accesses it,
+// except the crash guard on the failing thread.
 #pragma once
 
 #include <cstdint>
@@ -62,8 +63,8 @@ struct AppState {
     bool menuTracking = false;
     std::uint32_t menuRequestCount = 0;  // number of times the tray menu was requested
     std::uint64_t popupHiddenAt = 0;     // tick, ms
-    bool ending = false;           // the window or the session ends: filter and lock are not applied any more
-    bool windowDestroyed = false;  // `ending` stays set until the process ends
+    bool ending = false;           // the window or the session ends: filter and lock are no longer applied
+    bool windowDestroyed = false;  // WM_DESTROY has been handled
     Panel panel = Panel::Main;
     Slider dragSlider = Slider::None;
     std::int32_t dragStartY = 0;  // design units

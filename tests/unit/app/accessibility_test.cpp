@@ -15,6 +15,16 @@ constexpr LRESULT kObject = 4321;
 constexpr LRESULT kDefaultAnswer = 4711;
 
 LRESULT g_answer = kObject;
+DWORD g_sent = ISMEX_NOSEND;
+
+DWORD WINAPI FakeInSendMessage(void*) {
+    return g_sent;
+}
+
+BOOL WINAPI FakePostMessage(HWND window, UINT message, WPARAM, LPARAM) {
+    Record("post ", ValueOf(window), " ", message);
+    return TRUE;
+}
 
 LRESULT WINAPI FakeDefWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     Record("default ", ValueOf(window), " ", message, " ", wParam, " ", lParam);
@@ -30,6 +40,7 @@ protected:
     void SetUp() override {
         g_app = AppState{};
         g_answer = kObject;
+        g_sent = ISMEX_NOSEND;
         g_calls.clear();
     }
 };
@@ -37,6 +48,8 @@ protected:
 }  // namespace
 
 AMBREL_SEAM(DefWindowProcW, FakeDefWindowProc);
+AMBREL_SEAM(InSendMessageEx, FakeInSendMessage);
+AMBREL_SEAM(PostMessageW, FakePostMessage);
 
 AMBREL_REPLACE(LRESULT, AnswerAccessibilityRequest, (WPARAM wParam)) {
     Record("answer ", wParam);
@@ -73,6 +86,14 @@ TEST_F(Accessibility, ARequestIsUseOfTheProgramLikeAClick) {
     g_app.accessibleActions.count = 1;
     OnAccessibleActions();
     EXPECT_EQ(g_calls, (CallRecord{"continue session", "perform"}));
+}
+
+TEST_F(Accessibility, AMessageThatWasSentIsPosted) {
+    g_app.mainWindow = MakeHandle<HWND>(500);
+    g_app.accessibleActions.count = 1;
+    g_sent = ISMEX_SEND;
+    OnAccessibleActions();
+    EXPECT_EQ(g_calls, (CallRecord{"post 500 32876"}));
 }
 
 TEST_F(Accessibility, TheMessageAloneDoesNothing) {

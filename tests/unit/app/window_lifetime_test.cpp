@@ -350,6 +350,14 @@ TEST_F(WindowLifetime, TheWindowsEndRetriesWhatACancelledSessionEndCouldNotResto
     EXPECT_EQ(g_releasesCollected, 1);
 }
 
+TEST_F(WindowLifetime, TheSessionEndDropsTheActionsOfAssistiveTechnology) {
+    g_app.accessibleActions.count = 2;
+    OnEndSession(false, 0);
+    EXPECT_EQ(g_app.accessibleActions.count, 2);
+    OnEndSession(true, 0);
+    EXPECT_EQ(g_app.accessibleActions.count, 0);
+}
+
 TEST_F(WindowLifetime, AfterTheSessionEndTheWindowsEndLeavesTheReleaseAlone) {
     g_releasesCollected = 0;
     OnEndSession(true, 1);
