@@ -46,9 +46,14 @@ class ProgramActions:
 
     def kill_program(self):
         """Kills every instance, like a crash: without its clean-up."""
-        for pid in self.program_pids():
+        killed = self.program_pids()
+        for pid in killed:
             kill(pid)
         self.wait_for_exit()
+        # Until then the program's mutex exists, and a new program takes itself for a second instance.
+        if killed:
+            wait_until(lambda: not self.desktop.facts("process", self.program_image),
+                       f"the removal of {self.program_image} from Windows' list of processes")
 
     def processor_seconds(self):
         """Processor time used so far by the first running instance."""

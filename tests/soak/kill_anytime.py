@@ -27,8 +27,7 @@ sys.path[:0] = [str(ROOT / "lab"), str(ROOT / "tests" / "e2e")]
 import model  # noqa: E402
 from ambrel_lab.hardware import Monitor, Panel  # noqa: E402
 from ambrel_lab.layout import CARD, POWER, PRESETS, SLIDER_X, SLIDER_Y  # noqa: E402
-from ambrel_lab.processes import kill  # noqa: E402
-from desk import Desk, wait_until  # noqa: E402
+from desk import Desk  # noqa: E402
 
 WM_TIMER, WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONUP = 0x113, 0x200, 0x201, 0x202
 SAVE, POLL, VERIFY = 1, 4, 5
@@ -142,9 +141,7 @@ class Victim:
                   "UseLegacyGamma": legacy, "PWMSafeMode": mode}
         self.desk.clear(values)
         moment(self)
-        for pid in self.desk.program_pids():
-            kill(pid)
-        wait_until(lambda: not self.desk.program_running(), "the program's end")
+        self.desk.kill_program()
         self.desk.hardware.reset_outstanding()
         found = self.desk.settings()
         damaged = bool(set(DEFAULTS) - set(found))
