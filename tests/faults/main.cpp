@@ -117,7 +117,10 @@ void CheckRestored(const Case& each, Outcome* outcome) {
 
 // Ends a program whose window still exists, as the end of the process would.
 void CleanUp() {
-    if (g_app.mainWindow != nullptr) DestroyWindow(g_app.mainWindow);
+    // A program whose DestroyWindow failed has given its window up.
+    while (HWND window = FindWindowW(kWindowClassName, nullptr)) {
+        if (DestroyWindow(window) == FALSE) break;
+    }
     MSG message;
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
     }
