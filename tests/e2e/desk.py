@@ -52,7 +52,16 @@ class Desk(Lab):
         """Starts the program and waits until its icon can be clicked."""
         if not self.program_running():
             self.remove_dead_icons()
-        self.start_program()
+        program = self.start_program()
+
+        def shown():
+            # A program that was killed may hold its mutex a moment longer: then this one is a second instance.
+            nonlocal program
+            if program.poll() == 0:
+                print("the program ended as a second instance and is started again", flush=True)
+                program = self.start_program()
+            return self.tray_icons()
+        wait_until(shown, "the tray icon or the end of a killed program", actual=self.windows, pause=0.1)
         self.wait_for_icon()
         wait_until(self.window_facts, "the program's window", actual=self.windows)
         return self

@@ -56,7 +56,8 @@ def test_a_drag_does_not_write_the_record(file_desk):
     desk.settings_path.unlink()
     desk.slide("WARMTH", 60, steps=40, release=False)
     desk.wait_for_legacy_colour(model.dragged(START[0], 60), START[1])
-    assert not desk.settings_path.exists()
+    # The drag's settings may have been saved by now, but no record.
+    assert not desk.settings_path.exists() or "[Restore]" not in desk.settings_text()
     desk.release()
 
 
