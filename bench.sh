@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
-# Measures time, memory and size of the program, each compared with a floor measured in the same run.
+# Measures time, memory, wake-ups and size of the program, each compared with a floor measured in the same run:
+# ./bench.sh [--full] [--json FILE] [--compare FILE] [GROUP...]; ./bench.sh --document FILE
 set -euo pipefail
+folder=$PWD
 cd "$(dirname "$0")"
 scripts/install-packages.sh scripts/packages.txt lab/packages.txt
 mkdir -p build
@@ -9,4 +11,6 @@ if ! { cmake --preset tests && cmake --build --preset tests --target ambrel lab 
     echo "The build failed. The full log is in build/bench.log." >&2
     exit 1
 fi
-exec /usr/bin/python3 tests/bench/bench.py build/release
+# Names of files are relative to the caller's folder.
+cd "$folder"
+exec /usr/bin/python3 "$OLDPWD/tests/bench/bench.py" "$@"

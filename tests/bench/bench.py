@@ -1,122 +1,67 @@
 #!/usr/bin/python3
-"""Measures the program in the lab: bench.py BUILD-FOLDER. Each figure is compared with a floor measured in the same
-run; the ratio is the result."""
+"""Measures the shipped program against floors that are measured in the same run: see docs/performance.md."""
 
+import argparse
+import subprocess
 import sys
-import time
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "lab"))
 sys.dont_write_bytecode = True
 
-from ambrel_lab import Lab  # noqa: E402
-from ambrel_lab.hardware import Monitor, Panel  # noqa: E402
-from ambrel_lab.layout import CLOSE, GEAR, POWER  # noqa: E402
-from ambrel_lab.waiting import wait_until, wait_until_settled  # noqa: E402
+import figures  # noqa: E402
+import native  # noqa: E402
+import size  # noqa: E402
 
-QUIET_SECONDS = 5
-MAX_PROGRAM_SIZE = 320 * 1024
-DRAG_STEPS = 200
-WM_TIMER, POLL = 0x113, 4
-# Milliseconds, as real monitors take them, and one that is nearly dead.
-MONITORS = {"a real monitor": {"capabilities_delay": 300, "read_delay": 40, "set_delay": 50},
-            "a monitor of 3 s": {"capabilities_delay": 300, "read_delay": 3000, "set_delay": 50}}
+BUILD = ROOT / "build" / "release"
+DOCUMENT = ROOT / "docs" / "performance.md"
+GROUPS = {**native.GROUPS, "size": size.size}
 
 
-def memory_kib(pid):
-    """Private resident memory of a process in KiB."""
-    rows = Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()
-    values = dict(row.split(":") for row in rows[1:])
-    return sum(int(values[f"Private_{kind}"].split()[0]) for kind in ("Clean", "Dirty"))
+def arguments():
+    parser = argparse.ArgumentParser(prog="bench.sh", description="Measures time, memory, wake-ups and size.")
+    parser.add_argument("groups", nargs="*", metavar="GROUP", help=f"of {', '.join(GROUPS)}; all by default")
+    parser.add_argument("--full", action="store_true", help="more rounds, and waits of 60 s instead of shorter ones")
+    parser.add_argument("--json", type=Path, metavar="FILE", help="write the figures to FILE")
+    parser.add_argument("--compare", type=Path, metavar="FILE", help="mark what has grown since the run in FILE")
+    parser.add_argument("--document", type=Path, metavar="FILE",
+                        help="measure nothing; write the table of docs/performance.md from FILE")
+    options = parser.parse_args()
+    if unknown := set(options.groups) - set(GROUPS):
+        parser.error(f"no such group: {', '.join(sorted(unknown))}")
+    return options
 
 
-def line(name, value, floor, unit):
-    print(f"{name:44} {value:10.2f} {unit}   floor {floor:10.2f} {unit}   ratio {value / floor:6.2f}", flush=True)
+def commit():
+    return subprocess.run(["git", "rev-parse", "--short", "HEAD"], cwd=ROOT, capture_output=True, text=True,
+                          check=True).stdout.strip()
 
 
-def size(build):
-    program = (build / "ambrel.exe").stat().st_size / 1024
-    empty = (build / "bench/bench_empty_program.exe").stat().st_size / 1024
-    resources = sum(file.stat().st_size for name in ("*.ico", "*.png")
-                    for file in (ROOT / "src/res").glob(name)) / 1024
-    line("size of the program / empty one + pictures", program, empty + resources, "KiB")
-    name = f"share of the limit of {MAX_PROGRAM_SIZE // 1024} KiB"
-    print(f"{name:44} {program * 1024 / MAX_PROGRAM_SIZE:10.2f}")
+def measure(options):
+    found = []
+    figures.print_heading()
+    for name in options.groups or GROUPS:
+        for figure in GROUPS[name](BUILD, options.full):
+            figures.print_figure(figure)
+            found.append(figure)
+    return found
 
 
-def empty_memory(build):
-    with Lab(build) as lab:
-        lab.install_program(build / "bench/bench_empty_program.exe", "C:\\Ambrel\\empty.exe")
-        lab.start_program()
-        lab.wait_for_tray_icon()
-        return memory_kib(lab.program_pids()[0])
-
-
-def idle_program_and_drag(build):
-    floor = empty_memory(build)
-    with Lab(build) as lab:
-        lab.install_program()
-        lab.start_program()
-        lab.wait_for_tray_icon()
-        line("memory after start / empty program", memory_kib(lab.program_pids()[0]), floor, "KiB")
-        print(f"{'processor while hidden':44} {100 * lab.processor_share(QUIET_SECONDS):10.2f} %")
-        lab.open_popup()
-        lab.click_unit(*POWER)
-        before = lab.processor_seconds()
-        lab.drag_unit(80, 290, 80, 110, steps=DRAG_STEPS)
-        spent = lab.processor_seconds() - before
-        print(f"{'processor time per step of a real drag':44} {1000 * spent / DRAG_STEPS:10.2f} ms")
-        # Wine keeps the cursors that a tint replaces; Windows destroys them.
-        line("memory after a drag (Wine) / empty program", memory_kib(lab.program_pids()[0]), floor, "KiB")
-
-
-def panel_pixel(lab):
-    """A pixel that differs between the two panels."""
-    return lab.popup_picture().pixel(200, 500)
-
-
-def seconds_until_gear_opens(lab, main_panel):
-    """From a click on the gear to the settings panel on the screen. `main_panel` is panel_pixel() of the main panel."""
-    started = time.monotonic()
-    lab.click_unit(*GEAR)
-    wait_until(lambda: panel_pixel(lab) != main_panel, "the settings panel", pause=0.005)
-    return time.monotonic() - started
-
-
-def click_during_a_poll(build):
-    """How long the popup takes to answer a click while a poll queries the displays, beside a click without a poll."""
-    for name, delays in MONITORS.items():
-        with Lab(build) as lab:
-            lab.hardware.monitors([Monitor("monitor", 40, **delays)])
-            lab.hardware.panels([Panel("panel", 60)])
-            lab.install_program()
-            lab.start_program()
-            lab.wait_for_tray_icon()
-            lab.open_popup()
-            main_panel = wait_until_settled(lambda: panel_pixel(lab), "the main panel", pause=0.3)
-            floor = seconds_until_gear_opens(lab, main_panel)
-            lab.click_unit(*CLOSE)  # This queries the displays as well.
-            wait_until(lambda: panel_pixel(lab) == main_panel, "the main panel")
-            lab.post_message(WM_TIMER, POLL)
-            wait_until(lab.hardware.waiting, "the poll")
-            line(f"click during a poll of {name} / without", 1000 * seconds_until_gear_opens(lab, main_panel),
-                 1000 * floor, "ms")
-
-
-def steps_and_frames(build):
-    with Lab(build) as lab:
-        for name in ("bench_drag_step", "bench_frame"):
-            if lab.run_console_program(build / f"bench/{name}.exe") != 0:
-                sys.exit(f"{name} failed")
-
-
-def main(build):
-    size(build)
-    idle_program_and_drag(build)
-    click_during_a_poll(build)
-    steps_and_frames(build)
+def main():
+    options = arguments()
+    if options.document:
+        figures.write_document(figures.load(options.document), DOCUMENT, commit())
+        return
+    # Before the long measurement: a wrong name should fail at once.
+    earlier = options.compare and figures.load(options.compare)
+    found = measure(options)
+    if options.json:
+        figures.save(found, options.json)
+    if earlier:
+        figures.print_comparison(found, [old for old in earlier if not options.groups or
+                                         old.name in {figure.name for figure in found}])
 
 
 if __name__ == "__main__":
-    main(Path(sys.argv[1]).resolve())
+    main()

@@ -1,0 +1,70 @@
+// A paint of each panel. Why the floor cannot do with less: the design prescribes every shape of the panel,
+// each shape is one call, and a device context has no memory for two colours. The floor repeats the recorded
+// calls, so the ratio shows what the program adds to them; how many there are is a figure of its own.
+#include <cmath>
+
+#include "app/state/app_state.h"
+#include "bench_window.h"
+#include "measure.h"
+#include "recorded_calls.h"
+
+namespace {
+
+constexpr double kLimitAt192 = 2000.0;  // us
+
+std::function<void()> g_replacePaint;
+
+std::string Label(const char* panel, UINT dpi) {
+    return std::string(panel) + " panel at " + std::to_string(dpi) + " DPI";
+}
+
+void PrintCount(const std::string& name, double count) {
+    PrintFigure({name, kNoGoal, ""}, count, 0.0, 0.0, 0.0);
+}
+
+void PrintCalls(const RecordedCalls& calls, const char* panel) {
+    const std::string frame = std::string(" in a frame of the ") + panel + " panel";
+    PrintCount("calls" + frame, static_cast<double>(calls.Count()));
+    PrintCount("objects created" + frame, calls.Created());
+    double again = 0;
+    for (const auto& [function, count] : calls.MadeAgain()) {
+        std::fprintf(stderr, "%s: %s with the same arguments, %d more\n", panel, function.c_str(), count);
+        again += count;
+    }
+    PrintCount("objects created again" + frame, again);
+}
+
+void MeasurePanel(Panel panel, const char* name, UINT dpi) {
+    g_app.panel = panel;
+    PaintNow();
+    RecordedCalls calls;
+    calls.Record(PaintNow);
+    RecordedCalls* recorded = &calls;
+    const auto paint = [](int) {
+        PaintNow();
+        GdiFlush();
+    };
+    const auto replay = [recorded](int) {
+        g_replacePaint = [recorded] { recorded->Replay(); };
+        PaintNow();
+        GdiFlush();
+        g_replacePaint = nullptr;
+    };
+    const double time = Compare({"paint: " + Label(name, dpi), 1.10}, paint, replay);
+    if (dpi == 192) PrintFigure({"paint: " + Label(name, dpi) + ", limit", kLimitAt192}, time, 0.0, 0.0, 0.0);
+    if (dpi == 96) PrintCalls(calls, name);
+}
+
+}  // namespace
+
+int main() {
+    SetProcessDPIAware();
+    g_app.filterOn = true;
+    for (const UINT dpi : {96U, 144U, 192U}) {
+        CreateBenchPopup(dpi, &g_replacePaint);
+        MeasurePanel(Panel::Main, "main", dpi);
+        MeasurePanel(Panel::Settings, "settings", dpi);
+        DestroyBenchPopup();
+    }
+    return 0;
+}

@@ -1,0 +1,130 @@
+"""The figures of a run: the table, the JSON file, the comparison with an earlier run and the table of the document."""
+
+import json
+import statistics
+from dataclasses import asdict, dataclass
+
+
+@dataclass
+class Figure:
+    """One measured figure. `goal` is the highest acceptable ratio or, without a floor, the highest acceptable value.
+    `spread` is half the range of the middle half of the rounds, as a share of the median."""
+
+    name: str
+    value: float
+    unit: str
+    floor: float | None = None
+    ratio: float | None = None
+    goal: float | None = None
+    spread: float = 0.0
+
+    @property
+    def judged(self):
+        """The number that the goal and a comparison apply to."""
+        return self.value if self.ratio is None else self.ratio
+
+    @property
+    def met(self):
+        return self.goal is None or self.judged <= self.goal
+
+
+def summary(values):
+    """(median, spread) of a list of numbers."""
+    middle = statistics.median(values)
+    if len(values) < 2 or not middle:
+        return middle, 0.0
+    low, _, high = statistics.quantiles(values, n=4, method="inclusive")
+    return middle, (high - low) / 2 / abs(middle)
+
+
+def compared(name, unit, values, floors, goal=None):
+    """The Figure of values and floors that were measured in pairs."""
+    ratio, spread = summary([value / floor for value, floor in zip(values, floors, strict=True)])
+    return Figure(name, summary(values)[0], unit, summary(floors)[0], ratio, goal, spread)
+
+
+def plain(name, unit, values, goal=None):
+    """The Figure of values without a floor."""
+    value, spread = summary(values)
+    return Figure(name, value, unit, goal=goal, spread=spread)
+
+
+def number(value):
+    """A number with about three digits; "" for None."""
+    if value is None:
+        return ""
+    return f"{value:,.0f}" if abs(value) >= 100 else f"{value:.1f}" if abs(value) >= 10 else f"{value:.2f}"
+
+
+def cells(figure):
+    ratio = "" if figure.ratio is None else f"{figure.ratio:.2f}"
+    goal = "" if figure.goal is None else f"{figure.goal:.2f} x" if figure.ratio is not None else number(figure.goal)
+    verdict = "" if figure.goal is None else "met" if figure.met else "over"
+    return [figure.name, number(figure.value), figure.unit, number(figure.floor), ratio, goal,
+            f"{100 * figure.spread:.0f} %", verdict]
+
+
+HEADINGS = ["figure", "value", "unit", "floor", "ratio", "goal", "spread", ""]
+WIDTHS = [66, 9, 5, 9, 6, 8, 6, 5]
+
+
+def text_row(row):
+    return " ".join(cell.ljust(width) if column in (0, 2, 7) else cell.rjust(width)
+                    for column, (cell, width) in enumerate(zip(row, WIDTHS, strict=True))).rstrip()
+
+
+def print_heading():
+    print(text_row(HEADINGS), flush=True)
+
+
+def print_figure(figure):
+    print(text_row(cells(figure)), flush=True)
+
+
+def save(figures, path):
+    path.write_text(json.dumps([asdict(figure) for figure in figures], indent=1) + "\n", encoding="utf-8")
+
+
+def load(path):
+    return [Figure(**row) for row in json.loads(path.read_text(encoding="utf-8"))]
+
+
+def growth(figure, before):
+    """By how much a figure has grown beyond the spread, as a share; None if it has not."""
+    if not before.judged or (figure.ratio is None) != (before.ratio is None):
+        return None
+    share = figure.judged / before.judged - 1
+    return share if share > max(figure.spread, before.spread) else None
+
+
+def print_comparison(figures, earlier):
+    """Prints a line for each figure that has grown by more than its spread, is missing or is new."""
+    before = {figure.name: figure for figure in earlier}
+    lines = []
+    for figure in figures:
+        old = before.pop(figure.name, None)
+        if old is None:
+            lines.append(f"new:     {figure.name}")
+        elif (share := growth(figure, old)) is not None:
+            lines.append(f"grew:    {figure.name}: {number(old.judged)} to {number(figure.judged)}, +{100 * share:.0f} %")
+    lines += [f"missing: {name}" for name in before]
+    print("\n".join(["", "Compared with the earlier run:", *(lines or ["nothing grew by more than its spread"])]))
+
+
+def document_table(figures):
+    rows = [HEADINGS, ["---", "--:", "---", "--:", "--:", "--:", "--:", "---"], *map(cells, figures)]
+    return "\n".join("| " + " | ".join(row) + " |" for row in rows) + "\n"
+
+
+START, END = "<!-- table: ./bench.sh --document -->\n", "<!-- end of the table -->\n"
+
+
+def write_document(figures, path, commit):
+    """Replaces the table of the document and the commit that it was measured at."""
+    text = path.read_text(encoding="utf-8")
+    head, _, rest = text.partition(START)
+    _, found, tail = rest.partition(END)
+    if not found:
+        raise SystemExit(f"{path} has no place for the table")
+    path.write_text(f"{head}{START}Measured at commit {commit}.\n\n{document_table(figures)}{END}{tail}",
+                    encoding="utf-8")

@@ -1,0 +1,7 @@
+// The floor of a look at the displays.
+#pragma once
+
+#include "win32/platform.h"
+
+// Reads the brightness of every panel and monitor. Returns how many answered.
+int FloorPoll();

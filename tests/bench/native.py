@@ -1,0 +1,52 @@
+"""The figures of the shipped objects: programs that run the program's work and its floor alternately in one process."""
+
+import json
+import subprocess
+
+from ambrel_lab import Lab
+from ambrel_lab.hardware import Monitor
+
+from figures import Figure
+
+ROUNDS, FULL_ROUNDS = 41, 201
+# Milliseconds that real monitors take.
+REAL = {"capabilities_delay": 300, "read_delay": 40, "set_delay": 50}
+# A poll of real monitors takes as many thirds of a second.
+REAL_ROUNDS = 3
+
+
+def run(lab, build, name, arguments, rounds):
+    """Runs a benchmark in the lab and returns its Figures."""
+    program = build / f"bench/bench_{name}.exe"
+    environment = {**lab.desktop.environment, "AMBREL_BENCH_ROUNDS": str(rounds)}
+    child = lab.desktop.start([str(program), *arguments], env=environment, stdout=subprocess.PIPE)
+    output, _ = child.communicate()
+    if child.returncode != 0:
+        raise SystemExit(f"bench_{name} {' '.join(arguments)} failed: {lab.wine_log()[-2000:]}")
+    return [Figure(**json.loads(line)) for line in output.decode().splitlines()]
+
+
+def in_one_process(name):
+    """The measurement of one group without displays."""
+    def measure(build, full):
+        with Lab(build, size=(1920, 1080)) as lab:
+            yield from run(lab, build, name, [], FULL_ROUNDS if full else ROUNDS)
+    return measure
+
+
+def polls(build, full):
+    with Lab(build) as lab:
+        lab.hardware.panels([])
+        for count in (1, 4, 16, 64):
+            lab.hardware.monitors([Monitor(f"monitor {i}", 100) for i in range(count)])
+            yield from run(lab, build, "polls", [f"poll of {count} monitors that answer at once", str(count)],
+                           FULL_ROUNDS if full else ROUNDS)
+            lab.hardware.clear_calls()
+        for count in (1, 4, 16, 64) if full else (1, 4):
+            lab.hardware.monitors([Monitor(f"monitor {i}", 100, **REAL) for i in range(count)])
+            yield from run(lab, build, "polls", [f"poll of {count} real monitors", str(count)], REAL_ROUNDS)
+            lab.hardware.clear_calls()
+
+
+GROUPS = {"drag": in_one_process("drag"), "cursors": in_one_process("cursors"),
+          "painting": in_one_process("painting"), "files": in_one_process("files"), "polls": polls}
