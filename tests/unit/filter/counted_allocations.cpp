@@ -7,11 +7,21 @@
 namespace {
 
 int g_allocations = 0;
+int g_frees = 0;
+
+void Free(void* block) {
+    if (block != nullptr) g_frees += 1;
+    std::free(block);
+}
 
 }  // namespace
 
 int AllocationsSoFar() {
     return g_allocations;
+}
+
+int FreesSoFar() {
+    return g_frees;
 }
 
 // The array and nothrow forms of the C++ library call this one.
@@ -23,9 +33,9 @@ void* operator new(std::size_t size) {
 }
 
 void operator delete(void* block) noexcept {
-    std::free(block);
+    Free(block);
 }
 
 void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
+    Free(block);
 }
