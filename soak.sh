@@ -3,13 +3,14 @@
 #   ./soak.sh               all of them
 #   ./soak.sh faults        makes every function of Windows fail in turn, in every way, during a session
 #   ./soak.sh kills [N]     kills the program at N (500) random moments; SEED=S repeats a run
+#   ./soak.sh options [N]   switches every option of the settings panel in N (1000) rounds and counts objects and handles
 set -euo pipefail
 cd "$(dirname "$0")"
 
-attacks=(faults kills)
+attacks=(faults kills options)
 
 usage() {
-    sed -n '2,5s/^# \{0,1\}//p' "$0" >&2
+    sed -n '2,6s/^# \{0,1\}//p' "$0" >&2
     exit 2
 }
 
@@ -28,6 +29,11 @@ attack_faults() {
 
 attack_kills() {
     /usr/bin/python3 tests/soak/kill_anytime.py --kills "${1:-500}" ${SEED:+--seed "$SEED"} --build build/release
+}
+
+attack_options() {
+    AMBREL_OPTION_ROUNDS="${1:-1000}" AMBREL_BUILD_DIR=build/release \
+        tests/run_pytest.sh tests/e2e/test_options_leaks.py -k test_rounds_leak
 }
 
 chosen=${1:-}

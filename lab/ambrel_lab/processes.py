@@ -1,5 +1,6 @@
 """The Linux processes of a prefix, identified by their environment."""
 
+import ctypes
 import os
 import signal
 import time
@@ -8,6 +9,18 @@ from pathlib import Path
 TICKS = os.sysconf("SC_CLK_TCK")
 # The limit in seconds for an exec, the pause between checks, and the number of checks that must find no environment.
 EXEC_TIMEOUT, EXEC_PAUSE, CHECKS = 1.0, 0.001, 3
+# personality(2)
+ADDR_NO_RANDOMIZE, CURRENT_PERSONALITY = 0x0040000, 0xFFFFFFFF
+
+
+def fix_addresses():
+    """Disables address-space randomisation for the processes that this one will start.
+
+    Linux places the heap of Wine's loader at random within 1 GiB from 0x7D400000. If it covers 0x7FFE0000, where
+    Windows' shared data must be, the program ends at once with 1 and without a message: about one start in 4,000.
+    """
+    libc = ctypes.CDLL(None)
+    libc.personality(libc.personality(CURRENT_PERSONALITY) | ADDR_NO_RANDOMIZE)
 
 
 def read_bytes(path):

@@ -12,7 +12,7 @@ from pathlib import Path
 
 from .watchdog import KEPT
 from .paths import BYTECODE, STATE, LabError, make_home
-from .processes import end_processes
+from .processes import end_processes, fix_addresses
 
 LOCK = "lock"
 WATCHDOG = "from ambrel_lab.watchdog import main; main()"
@@ -105,6 +105,7 @@ class Run:
     """
 
     def __init__(self, size=(1920, 1080), borrowed_display="", kept=False):
+        fix_addresses()
         self.folder, lock = make_folder(kept)
         self.home = make_home(self.folder / "home")
         (self.folder / "xorg.conf").write_text(screen_config(*size))

@@ -55,16 +55,10 @@ class Desk(Lab):
         program = self.start_program()
 
         def shown():
-            # A program that was killed may hold its mutex a moment longer: then this one is a second instance.
-            nonlocal program
-            code = program.poll()
-            if code == 0:
-                print("the program ended as a second instance and is started again", flush=True)
-                program = self.start_program()
-            elif code is not None:
+            if (code := program.poll()) is not None:
                 raise LabError(f"the program ended with {code} instead of showing its icon")
             return self.tray_icons()
-        wait_until(shown, "the tray icon or the end of a killed program", actual=self.windows, pause=0.1)
+        wait_until(shown, "the tray icon", actual=self.windows, pause=0.1)
         self.wait_for_icon()
         wait_until(self.window_facts, "the program's window", actual=self.windows)
         return self

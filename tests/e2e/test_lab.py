@@ -4,6 +4,7 @@ import select
 import subprocess
 import sys
 import time
+from pathlib import Path
 
 import pytest
 
@@ -13,6 +14,7 @@ from ambrel_lab.processes import end_processes, has_memory
 from desk import BUILD, LIMIT, Lab, LabError, wait_until
 
 ROUNDS = 100
+SHARED_DATA = 0x7FFE0000  # the address of Windows' data for all processes
 # System call 60 of x86-64 Linux ends only the calling thread.
 LOSES_ITS_FIRST_THREAD = """
 import ctypes, threading, time
@@ -48,6 +50,13 @@ def test_closing_a_prefix_ends_processes_whose_first_thread_has_ended(tmp_path):
     finally:
         child.kill()
         child.wait()
+
+
+def test_the_heap_of_a_program_does_not_cover_the_data_that_windows_shares(desk):
+    heap = next(line for line in Path(f"/proc/{desk.program_pids()[0]}/maps").read_text().splitlines() if "[heap]" in line)
+    start, end = (int(address, 16) for address in heap.split()[0].split("-"))
+    # Without randomisation it begins behind the loader.
+    assert SHARED_DATA - 0x4000000 < start < end < SHARED_DATA
 
 
 def test_a_lab_that_does_not_start_saves_evidence(monkeypatch, tmp_path):
