@@ -18,9 +18,12 @@ EVENTS = {0x8002: "show", 0x8003: "hide", 0x8004: "reorder", 0x800A: "state", 0x
 OBJID_CLIENT = 0xFFFFFFFC
 OK, NONE = 0, 1  # S_OK, S_FALSE
 INVALID_ARGUMENT, NOT_SUPPORTED, ACCESS_DENIED = 0x80070057, 0x80020003, 0x80070005
+NOT_CONNECTED = 0x800401FD  # CO_E_OBJNOTCONNECTED
+# RPC_E_SERVER_DIED, RPC_E_DISCONNECTED, RPC_S_SERVER_UNAVAILABLE, RPC_S_CALL_FAILED: the process has ended.
+SERVER_GONE = 0x80010007, 0x80010108, 0x800706BA, 0x800706BE
 
 # `state` is a frozenset of names, `rect` in pixels of the screen.
-Control = namedtuple("Control", "id name role state value description action rect")
+Control = namedtuple("Control", "id name role state value description help action rect")
 
 
 def control_from(row):
@@ -28,7 +31,7 @@ def control_from(row):
     state = frozenset(name for bit, name in STATES.items() if row["state"] & bit) | ({hex(unknown)} if unknown else set())
     rect = Rect(*(row[edge] for edge in ("left", "top", "right", "bottom")))
     return Control(row["id"], row["name"], ROLES.get(row["role"], row["role"]), state, row["value"],
-                   row["description"], row["action"], rect)
+                   row["description"], row["help"], row["action"], rect)
 
 
 class AccessibilityActions:
@@ -78,6 +81,17 @@ class AccessibilityActions:
     def accessible_random(self, seed, count, acts, timeout=5 * LIMIT):
         """Makes random calls, with `acts` also those that act: {"succeeded", "refused", "lost"}."""
         return self.desktop.request("accessible-random", WINDOW_CLASS, seed, count, int(acts), timeout=timeout)
+
+    @contextmanager
+    def accessible_holder(self):
+        """Context in which a client holds the object and reads from it. Yields a function that waits until a call has
+        failed and the client has ended, and returns that call's result."""
+        child = self.desktop.start_tool("accessible-hold", WINDOW_CLASS)
+        try:
+            yield lambda: json.loads(child.communicate(timeout=LIMIT)[0])["result"]
+        finally:
+            child.kill()
+            child.wait()
 
     @contextmanager
     def accessible_events(self):

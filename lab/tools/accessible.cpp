@@ -42,6 +42,7 @@ Json Describe(IAccessible* object, LONG id) {
         {"state", NumberOf([&](VARIANT* out) { return object->get_accState(child, out); })},
         {"value", TextOf([&](BSTR* out) { return object->get_accValue(child, out); })},
         {"description", TextOf([&](BSTR* out) { return object->get_accDescription(child, out); })},
+        {"help", TextOf([&](BSTR* out) { return object->get_accHelp(child, out); })},
         {"action", TextOf([&](BSTR* out) { return object->get_accDefaultAction(child, out); })},
         {"left", left},
         {"top", top},
@@ -186,6 +187,26 @@ int NavigateAccessible(const Arguments& arguments, Json& answer) {
     const HRESULT result = client.object->accNavigate(
         static_cast<LONG>(Number(arguments[1])), ChildId(static_cast<LONG>(Number(arguments[2]))), &child);
     answer = ResultAndChild(result, &child);
+    return kToolOk;
+}
+
+// accessible-hold TARGET: holds the object and reads a name from it until a call fails, prints that call's
+// result, and releases the object. Prints "ready" first.
+int HoldAccessible(const Arguments& arguments, Json& answer) {
+    constexpr DWORD kPause = 1;  // ms; a call is under way at almost any moment
+    const AccessibleClient client(arguments[0]);
+    if (!client.object) {
+        return kToolNotFound;
+    }
+    PrintReady();
+    HRESULT result = S_OK;
+    while (SUCCEEDED(result)) {
+        BSTR name = nullptr;
+        result = client.object->get_accName(ChildId(1), &name);
+        SysFreeString(name);
+        Sleep(kPause);
+    }
+    answer = Result(result);
     return kToolOk;
 }
 

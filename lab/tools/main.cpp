@@ -22,6 +22,7 @@ const Command kCommands[] = {
     {L"accessible-select", 3, SelectAccessible},
     {L"accessible-hit", 3, HitAccessible},
     {L"accessible-navigate", 3, NavigateAccessible},
+    {L"accessible-hold", 1, HoldAccessible},
     {L"accessible-events", 1, ReportEvents},
     {L"accessible-random", 4, CallAtRandom},
     {L"windows", 0, ListWindows},

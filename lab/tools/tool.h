@@ -53,6 +53,7 @@ int SetAccessibleValue(const Arguments& arguments, Json& answer);
 int SelectAccessible(const Arguments& arguments, Json& answer);
 int HitAccessible(const Arguments& arguments, Json& answer);
 int NavigateAccessible(const Arguments& arguments, Json& answer);
+int HoldAccessible(const Arguments& arguments, Json& answer);
 int ReportEvents(const Arguments& arguments, Json& answer);
 int CallAtRandom(const Arguments& arguments, Json& answer);
 int ListWindows(const Arguments& arguments, Json& answer);

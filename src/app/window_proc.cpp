@@ -103,6 +103,7 @@ LRESULT CALLBACK HandleWindowMessage(HWND window, UINT message, WPARAM wParam, L
         case kMessageMagnificationError: ShowMagnificationError(static_cast<int>(wParam));            return 0;
         case kMessagePwmSafeDeferred:    OnPwmSafeDeferred();                                         return 0;
         case kMessageAccessibleActions:  OnAccessibleActions();                                       return 0;
+        case WM_ENABLE:                  AnnounceEnabling();                                          return 0;
         case WM_GETOBJECT:                                            return OnGetObject(window, wParam, lParam);
         case WM_POWERBROADCAST:          OnPowerBroadcast(wParam, lParam);                            return TRUE;
         case WM_LBUTTONDOWN:             OnPopupPressed(lParam);                                      return 0;

@@ -63,3 +63,10 @@ void AnnouncePanel() {
     for (int i = 0; i < now.count; ++i)
         AnnounceControl(before.controls[i], now.controls[i], i + 1);
 }
+
+void AnnounceEnabling() {
+    if (!g_app.announcedPopup.shown) return;
+    const int count = g_app.announcedPopup.count;
+    for (LONG child = CHILDID_SELF; child <= count; ++child)
+        Notify(EVENT_OBJECT_STATECHANGE, child);
+}

@@ -8,3 +8,7 @@ void AnnouncePopup(bool shown);
 // The popup has been painted: announces the differences from the state that was announced last. A step of a
 // drag that changes no text announces nothing. Does nothing while the popup is hidden.
 void AnnouncePanel();
+
+// A message box has disabled or enabled the popup (WM_ENABLE): announces the state of the popup and of each
+// control. Does nothing while the popup is hidden.
+void AnnounceEnabling();

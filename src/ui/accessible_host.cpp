@@ -29,7 +29,11 @@ LRESULT AnswerAccessibilityRequest(WPARAM wParam) {
     if (g_app.lresultFromObject == nullptr) return 0;
     if (g_app.accessibleObject == nullptr) g_app.accessibleObject = CreateAccessibleObject();
     if (g_app.accessibleObject == nullptr) return 0;
-    const LRESULT answer = g_app.lresultFromObject(__uuidof(IAccessible), wParam, g_app.accessibleObject);
+    // A message that the call dispatches may destroy the window and release the program's reference.
+    IAccessible* const object = g_app.accessibleObject;
+    object->AddRef();
+    const LRESULT answer = g_app.lresultFromObject(__uuidof(IAccessible), wParam, object);
+    object->Release();
     return answer > 0 ? answer : 0;
 }
 

@@ -1,5 +1,6 @@
 #include "ui/accessible_object.h"
 
+#include <algorithm>
 #include <new>
 
 #include "app/state/dpi.h"
@@ -14,6 +15,14 @@ namespace {
 
 bool IsConnected() {
     return g_app.mainWindow != nullptr && !g_app.windowDestroyed;
+}
+
+// Clears an out-parameter, before any other check: a client may use or free it after a failure. False if it
+// is null.
+template <typename Value>
+bool Clear(Value* out) {
+    if (out != nullptr) *out = Value{};
+    return out != nullptr;
 }
 
 // Finds the control with the child id, or the popup itself.
@@ -55,25 +64,22 @@ const wchar_t* TextOf(const ShownControl& control, Property property) {
 }
 
 HRESULT GetText(const VARIANT& child, Property property, BSTR* text) {
-    if (text == nullptr) return E_INVALIDARG;
-    *text = nullptr;
+    if (!Clear(text)) return E_INVALIDARG;
     ShownControl control;
     const HRESULT result = Find(child, &control);
     return result == S_OK ? CopyText(TextOf(control, property), text) : result;
 }
 
-// For texts that no control has: help and keyboard shortcut.
+// For texts that no control has: help topic and keyboard shortcut.
 HRESULT GetNoText(const VARIANT& child, BSTR* text) {
-    if (text == nullptr) return E_INVALIDARG;
-    *text = nullptr;
+    if (!Clear(text)) return E_INVALIDARG;
     ShownControl control;
     const HRESULT result = Find(child, &control);
     return result == S_OK ? S_FALSE : result;
 }
 
 HRESULT GetNumber(const VARIANT& child, VARIANT* number, DWORD (*read)(const ShownControl& control)) {
-    if (number == nullptr) return E_INVALIDARG;
-    VariantInit(number);
+    if (!Clear(number)) return E_INVALIDARG;
     ShownControl control;
     const HRESULT result = Find(child, &control);
     if (result != S_OK) return result;
@@ -105,12 +111,19 @@ HRESULT SetValue(const ShownControl& control, BSTR text) {
     return RequestSliderValue(control.region, value) ? S_OK : E_FAIL;
 }
 
+// Whether the flags are SELFLAG_... in a combination that their documentation allows.
+bool IsSelection(LONG flags) {
+    constexpr LONG kAddAndRemove = SELFLAG_ADDSELECTION | SELFLAG_REMOVESELECTION;
+    if ((flags & ~static_cast<LONG>(SELFLAG_VALID)) != 0) return false;
+    if ((flags & SELFLAG_TAKESELECTION) != 0) return (flags & (kAddAndRemove | SELFLAG_EXTENDSELECTION)) == 0;
+    return (flags & kAddAndRemove) != kAddAndRemove;
+}
+
 struct AccessibleObject final : IAccessible {
     volatile LONG references = 1;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (object == nullptr) return E_POINTER;
-        *object = nullptr;
+        if (!Clear(object)) return E_POINTER;
         if (iid != __uuidof(IUnknown) && iid != __uuidof(IDispatch) && iid != __uuidof(IAccessible))
             return E_NOINTERFACE;
         AddRef();
@@ -128,25 +141,26 @@ struct AccessibleObject final : IAccessible {
 
     // C++ clients and UI Automation do not use IDispatch.
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
-        if (count == nullptr) return E_INVALIDARG;
-        *count = 0;
-        return S_OK;
+        return Clear(count) ? S_OK : E_INVALIDARG;
     }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo** information) override {
-        if (information != nullptr) *information = nullptr;
+        Clear(information);
         return E_NOTIMPL;
     }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT count, LCID, DISPID* ids) override {
+        if (ids != nullptr) std::fill_n(ids, count, DISPID_UNKNOWN);
         return E_NOTIMPL;
     }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                                     UINT*) override {
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result,
+                                     EXCEPINFO* exception, UINT* argument) override {
+        Clear(result);
+        Clear(exception);
+        Clear(argument);
         return E_NOTIMPL;
     }
 
     HRESULT STDMETHODCALLTYPE get_accParent(IDispatch** parent) override {
-        if (parent == nullptr) return E_INVALIDARG;
-        *parent = nullptr;
+        if (!Clear(parent)) return E_INVALIDARG;
         if (!IsConnected()) return CO_E_OBJNOTCONNECTED;
         if (g_app.accessibleObjectFromWindow == nullptr) return S_FALSE;
         // Windows provides the object of the window, to which the client area belongs.
@@ -154,16 +168,14 @@ struct AccessibleObject final : IAccessible {
                                                 __uuidof(IDispatch), reinterpret_cast<void**>(parent));
     }
     HRESULT STDMETHODCALLTYPE get_accChildCount(LONG* count) override {
-        if (count == nullptr) return E_INVALIDARG;
-        *count = 0;
+        if (!Clear(count)) return E_INVALIDARG;
         if (!IsConnected()) return CO_E_OBJNOTCONNECTED;
         *count = ReadShownPanel().count;
         return S_OK;
     }
     // A simple element has no separate object.
     HRESULT STDMETHODCALLTYPE get_accChild(VARIANT child, IDispatch** object) override {
-        if (object == nullptr) return E_INVALIDARG;
-        *object = nullptr;
+        if (!Clear(object)) return E_INVALIDARG;
         ShownControl control;
         const HRESULT result = Find(child, &control);
         if (result != S_OK) return result;
@@ -185,16 +197,17 @@ struct AccessibleObject final : IAccessible {
     HRESULT STDMETHODCALLTYPE get_accDefaultAction(VARIANT child, BSTR* action) override {
         return GetText(child, Property::Action, action);
     }
+    // Windows' bridge passes the help text on to UI Automation (HelpText) but not the description.
     HRESULT STDMETHODCALLTYPE get_accHelp(VARIANT child, BSTR* help) override {
-        return GetNoText(child, help);
+        return GetText(child, Property::Description, help);
     }
     HRESULT STDMETHODCALLTYPE get_accKeyboardShortcut(VARIANT child, BSTR* shortcut) override {
         return GetNoText(child, shortcut);
     }
     HRESULT STDMETHODCALLTYPE get_accHelpTopic(BSTR* file, VARIANT child, LONG* topic) override {
-        if (topic == nullptr) return E_INVALIDARG;
-        *topic = 0;
-        return GetNoText(child, file);
+        const bool hasTopic = Clear(topic);
+        const HRESULT result = GetNoText(child, file);
+        return hasTopic ? result : E_INVALIDARG;
     }
     HRESULT STDMETHODCALLTYPE get_accRole(VARIANT child, VARIANT* role) override {
         return GetNumber(child, role,
@@ -214,7 +227,7 @@ struct AccessibleObject final : IAccessible {
         ShownControl control;
         const HRESULT result = Find(child, &control);
         if (result != S_OK) return result;
-        if ((flags & ~static_cast<LONG>(SELFLAG_VALID)) != 0) return E_INVALIDARG;
+        if (!IsSelection(flags)) return E_INVALIDARG;
         const bool selects = (flags & SELFLAG_TAKESELECTION) != 0;
         if (!selects || control.facts.role != ROLE_SYSTEM_RADIOBUTTON) return DISP_E_MEMBERNOTFOUND;
         return Press(control);
@@ -222,8 +235,10 @@ struct AccessibleObject final : IAccessible {
 
     HRESULT STDMETHODCALLTYPE accLocation(LONG* left, LONG* top, LONG* width, LONG* height,
                                           VARIANT child) override {
-        if (left == nullptr || top == nullptr || width == nullptr || height == nullptr) return E_INVALIDARG;
-        *left = *top = *width = *height = 0;
+        bool complete = true;
+        for (LONG* out : {left, top, width, height})
+            complete = Clear(out) && complete;
+        if (!complete) return E_INVALIDARG;
         ShownControl control;
         const HRESULT result = Find(child, &control);
         if (result != S_OK) return result;
@@ -237,14 +252,12 @@ struct AccessibleObject final : IAccessible {
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE accHitTest(LONG x, LONG y, VARIANT* child) override {
-        if (child == nullptr) return E_INVALIDARG;
-        VariantInit(child);
+        if (!Clear(child)) return E_INVALIDARG;
         if (!IsConnected()) return CO_E_OBJNOTCONNECTED;
         return ReturnChild(ChildAtScreenPoint(x, y), child);
     }
     HRESULT STDMETHODCALLTYPE accNavigate(LONG direction, VARIANT start, VARIANT* end) override {
-        if (end == nullptr) return E_INVALIDARG;
-        VariantInit(end);
+        if (!Clear(end)) return E_INVALIDARG;
         ShownControl control;
         const HRESULT result = Find(start, &control);
         if (result != S_OK) return result;
@@ -269,8 +282,7 @@ struct AccessibleObject final : IAccessible {
     }
 
     static HRESULT ReturnNoChild(VARIANT* child) {
-        if (child == nullptr) return E_INVALIDARG;
-        VariantInit(child);
+        if (!Clear(child)) return E_INVALIDARG;
         return IsConnected() ? S_FALSE : CO_E_OBJNOTCONNECTED;
     }
 };

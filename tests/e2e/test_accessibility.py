@@ -1,11 +1,12 @@
 """The popup through IAccessible, as a screen reader in another process sees and operates it."""
 
 import os
+from pathlib import Path
 
 import pytest
 
 import model
-from ambrel_lab.accessibility import ACCESS_DENIED, INVALID_ARGUMENT, NONE, NOT_SUPPORTED, OK
+from ambrel_lab.accessibility import ACCESS_DENIED, INVALID_ARGUMENT, NONE, NOT_CONNECTED, NOT_SUPPORTED, OK, SERVER_GONE
 from ambrel_lab.hardware import Monitor, Panel
 from backlight import BUILD, CONFIRMED
 from desk import SLIDER_X, SLIDER_Y, wait_for_value, wait_until
@@ -17,10 +18,11 @@ HINT = "\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%"
 BLOCKED = "\u26a0 COLORS BLOCKED BY WINDOWS. CLICK TO FIX"
 COPIED_HINT = "PASTE INTO AN EMAIL TO SUPPORT@AMBREL.EXAMPLE"
 WM_DISPLAYCHANGE, WM_CLOSE, WM_PAINT = 0x7E, 0x10, 0xF
+ACTIONS_REQUESTED = 0x806C  # the program's own message
 RUN_KEY = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run"
 NO = 7  # the button of a message box
 NEXT, PREVIOUS, FIRST_CHILD, LAST_CHILD, RIGHT, DOWN = 5, 6, 7, 8, 4, 2
-TAKE_SELECTION = 2
+TAKE_FOCUS, TAKE_SELECTION, ADD_SELECTION = 1, 2, 8
 SCALINGS = [96, 120, 144, 192]
 PANEL_DELAY = 6000  # ms
 FEW = 5  # handles that come and go
@@ -197,9 +199,29 @@ def drawn_picture(desk, seen):
     return wait_until(settled, "the drawn popup", pause=0.1)
 
 
+def ink_bounds(picture, area):
+    """Where the text or glyph in `area` is: the pixels that differ from the header, whose colour depends on the row."""
+    left, top, right, bottom = area
+    ink = [(x, y) for y in range(top, bottom) for x in range(left, right) if picture.pixel(x, y) != picture.pixel(left, y)]
+    assert ink, f"nothing is drawn in {area}"
+    columns, rows = zip(*ink)
+    return min(columns), min(rows), max(columns) + 1, max(rows) + 1
+
+
+def assert_centred_ink(picture, rect, unit):
+    """The gear and CLOSE have no outline: each is drawn in the middle of its rectangle. A glyph's ink is not exactly in
+    the middle of its cell, hence the tolerance of three units."""
+    margin = round(4 * unit)
+    ink = ink_bounds(picture, [edge + side * margin for edge, side in zip(rect, (-1, -1, 1, 1))])
+    assert rect[0] <= ink[0] and rect[1] <= ink[1] and ink[2] <= rect[2] and ink[3] <= rect[3], (rect, ink)
+    for low, high in ((0, 2), (1, 3)):
+        assert abs(ink[low] + ink[high] - rect[low] - rect[high]) / 2 <= 3 * unit, (rect, ink)
+
+
 @pytest.mark.parametrize("dpi", SCALINGS)
 def test_the_rectangles_are_where_the_controls_are_drawn(make_desk, dpi):
-    desk = make_desk(dpi=dpi, size=(1920, 1200))
+    desk = make_desk(build_dir=BUILD, dpi=dpi, size=(1920, 1200))
+    desk.hardware.monitors([Monitor("desk", 100)])
     desk.start()
     desk.open_popup()
 
@@ -216,6 +238,9 @@ def test_the_rectangles_are_where_the_controls_are_drawn(make_desk, dpi):
         # A ring of one unit surrounds these buttons, drawn with a pen that is up to two pixels wide.
         ring = [edge + side * unit for edge, side in zip(rect, (-1, -1, 1, 1))]
         assert near(drawn_bounds(picture, rect, margin), ring, 2), (name, rect, drawn_bounds(picture, rect, margin))
+    card = on_popup(desk.accessible_control("PWM-SAFE MODE"))
+    assert near(drawn_bounds(picture, card, margin), card, 1), (card, drawn_bounds(picture, card, margin))
+    assert_centred_ink(picture, on_popup(desk.accessible_control("SETTINGS")), unit)
     for name, x in (("WARMTH", 80), ("BRIGHTNESS", 240)):
         # The track that is 52 units wide and 198 high, as the slider can be pressed.
         track = tuple(round_half_up(edge * unit) for edge in (x - 26, 107, x + 26, 305))
@@ -226,6 +251,7 @@ def test_the_rectangles_are_where_the_controls_are_drawn(make_desk, dpi):
     for name in ("LAUNCH AT STARTUP", "ALLOW EXTREME DIM", "LEGACY MODE", "COPY FEEDBACK FOR SUPPORT"):
         rect = on_popup(desk.accessible_control(name))
         assert near(drawn_bounds(picture, rect, margin), rect, 1), (name, rect, drawn_bounds(picture, rect, margin))
+    assert_centred_ink(picture, on_popup(desk.accessible_control("CLOSE")), unit)
 
 
 def near(drawn, rect, pixels):
@@ -271,6 +297,10 @@ def test_a_preset_can_be_selected(popup):
     assert popup.accessible_select(popup.accessible_control("NIGHT"), TAKE_SELECTION) == OK
     popup.wait_for_colour(*model.PRESETS["NIGHT"][:2])
     assert popup.accessible_select(popup.accessible_control("KIVO"), TAKE_SELECTION) == NOT_SUPPORTED
+    day = popup.accessible_control("DAY")
+    assert popup.accessible_select(day, TAKE_SELECTION | ADD_SELECTION) == INVALID_ARGUMENT
+    assert popup.accessible_select(day, TAKE_FOCUS | TAKE_SELECTION) == OK
+    popup.wait_for_colour(*model.PRESETS["DAY"][:2])
 
 
 def test_the_sliders_take_values_as_they_show_them(popup):
@@ -333,6 +363,7 @@ def test_the_card_locks_and_unlocks(bench):
     press(desk, "PWM-SAFE MODE")
     desk.wait_for_log(CONFIRMED % 1)
     assert desk.hardware.value("desk") == 100
+    assert desk.accessible_control("PWM-SAFE MODE").help == "DISPLAY LOCKED AT 100%"
     locked = check("PWM-SAFE MODE", True, "DISPLAY LOCKED AT 100%")
     wait_until_told(desk, main_panel("3,998K", "100%", locked, "DAY"))
     press(desk, "PWM-SAFE MODE")
@@ -340,16 +371,25 @@ def test_the_card_locks_and_unlocks(bench):
 
 
 def test_a_message_box_makes_the_controls_unavailable(blocked):
-    press(blocked, BLOCKED)
-    box = blocked.wait_for_message_box()
+    every_state = [("state", child) for child in range(12)]
+    with blocked.accessible_events() as events:
+        press(blocked, BLOCKED)
+        box = blocked.wait_for_message_box()
+        assert sorted(events.wait_for(*every_state)) == every_state
+        assert "unavailable" in blocked.accessible_popup().state
+        refuse_under_the_box(blocked)
+        blocked.press_button(box, NO)
+        assert [event for event in events.wait_for(*every_state) if event[0] == "state"] == every_state
+    assert blocked.accessible_control("KIVO").state == {"checked"}
+    press(blocked, "KIVO")
+    blocked.wait_for_plain_screen()
+
+
+def refuse_under_the_box(blocked):
     power = blocked.accessible_control("KIVO")
     assert power.state == {"unavailable", "checked"}
     assert blocked.accessible_press(power) == ACCESS_DENIED
     assert put(blocked, "WARMTH", "2700K") == ACCESS_DENIED
-    blocked.press_button(box, NO)
-    assert blocked.accessible_control("KIVO").state == {"checked"}
-    press(blocked, "KIVO")
-    blocked.wait_for_plain_screen()
 
 
 def test_a_hidden_popup_can_be_operated(popup):
@@ -429,6 +469,9 @@ def test_requests_are_answered_and_actions_wait_while_a_panel_answers(bench):
     assert desk.accessible_press(card) == OK
     wait_until(lambda: told_calls(desk)[-1:] == ["Put"] and desk.hardware.waiting(), "the wait for the panel")
     assert desk.accessible_press(night) == desk.accessible_set(brightness, "50%") == OK
+    # The wait dispatches sent messages only. Another program may send this one.
+    for message_sent in (desk.send_message, desk.call_window):
+        message_sent(ACTIONS_REQUESTED)
     while_waiting = desk.effects(), told(desk)
     assert desk.hardware.waiting(), "the panel answered too early for this test"
     assert while_waiting[0] == [] and while_waiting[1][3] == ("slider", "WARMTH", "3,998K")
@@ -449,6 +492,25 @@ def test_random_calls_from_outside_leave_a_program_that_works(popup):
     press(popup, "EVENING")
     popup.wait_for_factors(model.factors(*model.PRESETS["EVENING"][:2]))
     assert popup.quit() == 0
+
+
+def test_the_program_ends_while_a_client_holds_its_object(popup):
+    press(popup, "NIGHT")
+    popup.wait_for_colour(*model.PRESETS["NIGHT"][:2])
+    with popup.accessible_holder() as wait_for_failed_call:
+        assert popup.quit() == 0
+        # Between the end of the window and that of the process the object itself can answer, then COM does.
+        assert wait_for_failed_call() in (NOT_CONNECTED, *SERVER_GONE)
+    popup.wait_for_plain_screen()
+
+
+def test_the_accessibility_library_is_loaded_on_the_first_request(popup):
+    popup.choose("EVENING")
+    popup.wait_for_colour(*model.PRESETS["EVENING"][:2])
+    maps = Path(f"/proc/{popup.program_pids()[0]}/maps")
+    assert "oleaut32.dll" in maps.read_text(encoding="utf-8") and "oleacc.dll" not in maps.read_text(encoding="utf-8")
+    told(popup)
+    assert "oleacc.dll" in maps.read_text(encoding="utf-8")
 
 
 def test_clients_leave_no_handles_behind(popup):

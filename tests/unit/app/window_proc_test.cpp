@@ -97,6 +97,9 @@ AMBREL_REPLACE(void, PaintPopup, (HWND window)) {
 AMBREL_REPLACE(void, AnnouncePanel, ()) {
     Record("announce panel");
 }
+AMBREL_REPLACE(void, AnnounceEnabling, ()) {
+    Record("announce enabling");
+}
 AMBREL_REPLACE(LRESULT, OnGetObject, (HWND window, WPARAM wParam, LPARAM lParam)) {
     Record("get object ", ValueOf(window), " ", wParam, " ", lParam);
     return 815;
@@ -170,6 +173,13 @@ TEST_F(WindowProc, TheMagnificationErrorIsMessage806AWithTheCodeAsASignedNumber)
     EXPECT_EQ(Send(0x806A, 87), 0);
     Send(0x806A, 0xFFFFFFFF);
     EXPECT_EQ(g_calls, (CallRecord{"magnification error 87", "magnification error -1"}));
+}
+
+TEST_F(WindowProc, AMessageBoxThatDisablesOrEnablesTheWindowIsAnnounced) {
+    EXPECT_EQ(Send(WM_ENABLE, FALSE), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"announce enabling"}));
+    EXPECT_EQ(Send(WM_ENABLE, TRUE), 0);
+    EXPECT_EQ(g_calls, (CallRecord{"announce enabling", "announce enabling"}));
 }
 
 TEST_F(WindowProc, EveryPowerEventReturnsTrue) {

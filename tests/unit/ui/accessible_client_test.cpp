@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <vector>
 
 #include "app/state/app_state.h"
 #include "ui/accessible_host.h"
@@ -19,7 +20,13 @@ FromWindow AccessibleFromWindow() {
         GetProcAddress(LoadLibraryW(L"oleacc.dll"), "AccessibleObjectFromWindow"));
 }
 
+// Answers requests and ends the object's connection as the program's window does.
 LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_DESTROY && window == g_app.mainWindow) {
+        g_app.windowDestroyed = true;
+        ReleaseAccessibleObject();
+        g_app.mainWindow = nullptr;
+    }
     if (message == WM_GETOBJECT && static_cast<DWORD>(lParam) == static_cast<DWORD>(OBJID_CLIENT))
         return AnswerAccessibilityRequest(wParam);
     return DefWindowProcW(window, message, wParam, lParam);
@@ -108,6 +115,33 @@ TEST_F(AccessibleClient, ReadsTheTreeAndLeavesNoReference) {
     EXPECT_EQ(names, kRounds * 11);
     ASSERT_NE(g_app.accessibleObject, nullptr);
     EXPECT_EQ(References(), 1U);
+}
+
+TEST_F(AccessibleClient, AWindowThatIsDestroyedLeavesItsClientsAnObjectThatSaysSo) {
+    const FromWindow fromWindow = AccessibleFromWindow();
+    HWND window = g_app.mainWindow;
+    IAccessible* kept = nullptr;
+    std::vector<HRESULT> results;
+    RunClient([&] {
+        ComPointer<IAccessible> object;
+        fromWindow(window, static_cast<DWORD>(OBJID_CLIENT), __uuidof(IAccessible),
+                   reinterpret_cast<void**>(object.Out()));
+        if (object.pointer == nullptr) return;
+        kept = g_app.accessibleObject;
+        kept->AddRef();
+        SendMessageW(window, WM_CLOSE, 0, 0);
+        LONG count = 0;
+        BSTR name = nullptr;
+        IDispatch* parent = nullptr;
+        VARIANT answer = {};
+        results = {object->get_accChildCount(&count), object->get_accName(Child(1), &name),
+                   object->get_accParent(&parent), object->accHitTest(110, 210, &answer),
+                   object->accDoDefaultAction(Child(2))};
+    });
+    EXPECT_FALSE(IsWindow(window));
+    EXPECT_EQ(results, std::vector<HRESULT>(5, CO_E_OBJNOTCONNECTED));
+    ASSERT_NE(kept, nullptr);
+    EXPECT_EQ(kept->Release(), 0U) << "references are left";
 }
 
 TEST_F(AccessibleClient, AnObjectThatOutlivesTheWindowSaysSo) {

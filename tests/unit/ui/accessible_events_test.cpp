@@ -122,3 +122,19 @@ TEST_F(AccessibleEvents, TheSettingsPanelAnnouncesItsSwitchesAndTheCopiedLook) {
     g_app.copiedUntil = 0;
     EXPECT_EQ(Paint(), (CallRecord{NameOf(kIdSupport), DescriptionOf(kIdSupport)}));
 }
+
+TEST_F(AccessibleEvents, AMessageBoxChangesTheStateOfThePopupAndOfEachControl) {
+    g_app.panel = Panel::Settings;
+    Paint();
+    g_calls.clear();
+    AnnounceEnabling();
+    EXPECT_EQ(g_calls, (CallRecord{StateOf(CHILDID_SELF), StateOf(1), StateOf(2), StateOf(3), StateOf(4),
+                                   StateOf(5), StateOf(6)}));
+}
+
+TEST_F(AccessibleEvents, AMessageBoxOfAHiddenPopupAnnouncesNothing) {
+    AnnouncePopup(false);
+    g_calls.clear();
+    AnnounceEnabling();
+    EXPECT_EQ(g_calls, CallRecord{});
+}

@@ -14,11 +14,18 @@ namespace {
 
 LRESULT g_answer = 0;
 IUnknown* g_given = nullptr;
+bool g_windowEndsInside = false;
+ULONG g_referencesInside = 0;
 
 LRESULT WINAPI FakeLresultFromObject(REFIID iid, WPARAM wParam, IUnknown* object) {
     EXPECT_TRUE(IsEqualIID(iid, __uuidof(IAccessible)));
     Record("object for ", wParam);
     g_given = object;
+    if (g_windowEndsInside) {
+        ReleaseAccessibleObject();
+        object->AddRef();
+        g_referencesInside = object->Release();
+    }
     return g_answer;
 }
 
@@ -29,6 +36,8 @@ protected:
         g_app.mainWindow = MakeHandle<HWND>(0x1234);
         g_answer = 49152;
         g_given = nullptr;
+        g_windowEndsInside = false;
+        g_referencesInside = 0;
         RemoveLibraries();
         g_calls.clear();
     }
@@ -89,6 +98,17 @@ TEST_F(AccessibleHost, TheClientsReferenceOutlivesThePrograms) {
     AnswerAccessibilityRequest(5);
     g_given->AddRef();
     ReleaseAccessibleObject();
+    EXPECT_EQ(g_app.accessibleObject, nullptr);
+    EXPECT_EQ(g_given->Release(), 0U);
+}
+
+TEST_F(AccessibleHost, AWindowThatIsDestroyedInsideTheCallDoesNotTakeTheObjectAway) {
+    Install();
+    AnswerAccessibilityRequest(5);
+    g_given->AddRef();  // keeps the object for the checks, whatever the program does
+    g_windowEndsInside = true;
+    EXPECT_EQ(AnswerAccessibilityRequest(6), 49152);
+    EXPECT_EQ(g_referencesInside, 2U) << "this test's and the call's";
     EXPECT_EQ(g_app.accessibleObject, nullptr);
     EXPECT_EQ(g_given->Release(), 0U);
 }
