@@ -2,15 +2,16 @@
 # Builds Ambrel and runs the tests that attack it. `./test.sh` runs a quick form of the kills.
 #   ./soak.sh               all of them
 #   ./soak.sh faults        makes every function of Windows fail in turn, in every way, during a session
+#   ./soak.sh accessibility makes 5,000 random calls of another process to the popup's accessible object
 #   ./soak.sh kills [N]     kills the program at N (500) random moments; SEED=S repeats a run
 #   ./soak.sh options [N]   switches every option of the settings panel in N (1000) rounds and counts objects and handles
 set -euo pipefail
 cd "$(dirname "$0")"
 
-attacks=(faults kills options)
+attacks=(faults accessibility kills options)
 
 usage() {
-    sed -n '2,6s/^# \{0,1\}//p' "$0" >&2
+    sed -n '2,/^set/s/^# \{0,1\}//p' "$0" >&2
     exit 2
 }
 
@@ -25,6 +26,11 @@ attack_faults() {
         failed=1
         from=$(($(sed -nE 's/^(CRASH|HANG): ([0-9]+):.*/\2/p' build/faults.log) + 1))
     done
+}
+
+attack_accessibility() {
+    AMBREL_RANDOM_CALLS=5000 AMBREL_BUILD_DIR=$PWD/build/release \
+        tests/run_pytest.sh tests/e2e/test_accessibility.py -k random_calls
 }
 
 attack_kills() {
