@@ -12,11 +12,12 @@ sys.dont_write_bytecode = True
 
 import figures  # noqa: E402
 import native  # noqa: E402
+import program  # noqa: E402
 import size  # noqa: E402
 
 BUILD = ROOT / "build" / "release"
 DOCUMENT = ROOT / "docs" / "performance.md"
-GROUPS = {**native.GROUPS, "size": size.size}
+GROUPS = {**native.GROUPS, **program.GROUPS, "size": size.size}
 
 
 def arguments():

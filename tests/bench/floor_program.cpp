@@ -1,0 +1,31 @@
+// The floor of the whole program: one flat list of the calls that its start-up, its poll and its click
+// require, in a program of its own. Modes, by the first word of the command line:
+//     (none)  starts and waits for messages; a click on the icon shows the popup
+//     poll    also looks at the displays every two seconds
+// Why not less: the log records the machine, so its values are read; WMI needs COM with its security, and WMI
+// and dxva2 are the only ways to the displays; the settings and a ramp that an earlier run left are read;
+// each setting of the window and of the icon is one call. The lines that are logged before the file is open
+// are written together.
+#include "floor_popup.h"
+#include "floor_start.h"
+#include "win32/platform.h"
+
+namespace {
+
+constexpr UINT kPollPeriod = 2000;  // ms
+
+}  // namespace
+
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, wchar_t* commandLine, int) {
+    FloorPrepareProcess();
+    FloorReadFiles();
+    FloorLoadPipeline();
+    HWND window = FloorCreateWindow(instance, FloorWindowProc);
+    FloorAddIcon(instance, window);
+    ShowWindow(window, SW_HIDE);
+    if (lstrcmpW(commandLine, L"poll") == 0) SetTimer(window, kFloorPollTimer, kPollPeriod, nullptr);
+    MSG message;
+    while (GetMessageW(&message, nullptr, 0, 0) > 0)
+        DispatchMessageW(&message);
+    return 0;
+}

@@ -1,0 +1,156 @@
+#include "floor_start.h"
+
+#include "floor_files.h"
+#include "floor_polls.h"
+#include "floor_popup.h"
+
+#include <objbase.h>
+#include <shlobj.h>
+
+#include <initializer_list>
+
+NOTIFYICONDATAW g_floorIcon;
+
+namespace {
+
+constexpr wchar_t kClass[] = L"FloorProgram";
+constexpr GUID kDisplayState = {0x6FE69556, 0x704A, 0x47A0, {0x8F, 0x24, 0xC2, 0x8D, 0x93, 0x6F, 0xDA, 0x47}};
+
+wchar_t g_folder[MAX_PATH];
+
+HMODULE Library(const wchar_t* name) {
+    return LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+}
+
+// Calls a function of a library that is needed only for this call.
+template <typename Function, typename... Arguments>
+void CallOnce(const wchar_t* library, const char* name, Arguments... arguments) {
+    HMODULE module = Library(library);
+    const auto function = reinterpret_cast<Function*>(GetProcAddress(module, name));
+    if (function != nullptr) function(arguments...);
+    FreeLibrary(module);
+}
+
+void ReadValues(HKEY root, const wchar_t* path, const wchar_t* const* names, int count) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(root, path, 0, KEY_QUERY_VALUE | KEY_WOW64_64KEY, &key) != ERROR_SUCCESS) return;
+    for (int i = 0; i < count; ++i) {
+        BYTE value[2048];
+        DWORD bytes = sizeof(value);
+        RegQueryValueExW(key, names[i], nullptr, nullptr, value, &bytes);
+    }
+    RegCloseKey(key);
+}
+
+void ReadMachine() {
+    static constexpr const wchar_t* kWindows[] = {L"ProductName", L"DisplayVersion", L"UBR"};
+    static constexpr const wchar_t* kBios[] = {L"SystemManufacturer", L"SystemProductName"};
+    static constexpr const wchar_t* kCpu[] = {L"ProcessorNameString"};
+    OSVERSIONINFOW version = {};
+    version.dwOSVersionInfoSize = sizeof(version);
+    CallOnce<LONG WINAPI(OSVERSIONINFOW*)>(L"ntdll.dll", "RtlGetVersion", &version);
+    ReadValues(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", kWindows, 3);
+    ReadValues(HKEY_LOCAL_MACHINE, L"HARDWARE\\DESCRIPTION\\System\\BIOS", kBios, 2);
+    ReadValues(HKEY_LOCAL_MACHINE, L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", kCpu, 1);
+}
+
+void CreateResources() {
+    static constexpr int kHeights[] = {14, 17, 12, 12, 13, 12, 18, 18};
+    for (const int height : kHeights)
+        CreateFontW(height, 0, 0, 0, 700, FALSE, FALSE, FALSE, DEFAULT_CHARSET, 0, 0, CLEARTYPE_QUALITY, 0,
+                    L"Segoe UI");
+    CreateSolidBrush(RGB(13, 13, 13));
+    LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(103), IMAGE_ICON, 22, 22, LR_DEFAULTCOLOR);
+}
+
+const wchar_t* File(const wchar_t* name) {
+    static wchar_t path[MAX_PATH];
+    lstrcpyW(path, g_folder);
+    lstrcatW(path, name);
+    return path;
+}
+
+void ReadSettings() {
+    static constexpr const wchar_t* kKeys[] = {L"Intensity",       L"Brightness",     L"LaunchAtStart",
+                                               L"AllowExtremeDim", L"UseLegacyGamma", L"LegacyModeAutoSet",
+                                               L"PWMSafeMode",     L"GammaFixEpoch"};
+    SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, g_folder);
+    lstrcatW(g_folder, L"\\FloorProgram\\");
+    CreateDirectoryW(g_folder, nullptr);
+    for (const wchar_t* key : kKeys)
+        GetPrivateProfileIntW(L"Settings", key, 0, File(L"settings.ini"));
+}
+
+void WriteLog(int lines) {
+    char text[1024] = {};
+    for (int i = 0; i < lines; ++i)
+        lstrcatA(text, "[21:04:07.031] Hardware: A manufacturer and a product / A processor of a name\r\n");
+    FloorAppend(File(L"events.log"), text, static_cast<DWORD>(lstrlenA(text)));
+}
+
+}  // namespace
+
+void FloorPrepareProcess() {
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
+    ReadMachine();
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
+    CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_DEFAULT,
+                         RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE, nullptr);
+    CallOnce<HRESULT WINAPI(int)>(L"Shcore.dll", "SetProcessDpiAwareness", 2);
+    CreateMutexW(nullptr, TRUE, L"Global\\FloorProgram");
+    RegisterWindowMessageW(L"TaskbarCreated");
+    CreateResources();
+}
+
+void FloorReadFiles() {
+    static constexpr const wchar_t* kRange[] = {L"GdiIcmGammaRange"};
+    static constexpr const wchar_t* kRun[] = {L"FloorProgram"};
+    ReadSettings();
+    WriteLog(5);
+    ReadValues(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM", kRange, 1);
+    WriteLog(1);
+    ReadValues(HKEY_CURRENT_USER, L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run", kRun, 1);
+    wchar_t record[4096];
+    GetPrivateProfileSectionW(L"Restore", record, 4096, File(L"settings.ini"));
+}
+
+void FloorLoadPipeline() {
+    SystemParametersInfoW(SPI_SETCURSORS, 0, nullptr, 0);
+    HMODULE magnification = Library(L"Magnification.dll");
+    for (const char* name : {"MagUninitialize", "MagSetFullscreenColorEffect"})
+        GetProcAddress(magnification, name);
+    reinterpret_cast<BOOL(WINAPI*)()>(GetProcAddress(magnification, "MagInitialize"))();
+}
+
+HWND FloorCreateWindow(HINSTANCE instance, WNDPROC procedure) {
+    WNDCLASSW windowClass = {};
+    windowClass.lpfnWndProc = procedure;
+    windowClass.hInstance = instance;
+    windowClass.hIcon = LoadIconW(instance, MAKEINTRESOURCEW(101));
+    windowClass.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    windowClass.lpszClassName = kClass;
+    RegisterClassW(&windowClass);
+    HWND window = CreateWindowExW(WS_EX_TOPMOST | WS_EX_TOOLWINDOW, kClass, L"FloorProgram", WS_POPUP, 0, 0,
+                                  320, 540, nullptr, nullptr, instance, nullptr);
+    for (const UINT message : {WM_USER + 1U, WM_APP + 105U})
+        ChangeWindowMessageFilterEx(window, message, MSGFLT_ALLOW, nullptr);
+    RegisterSuspendResumeNotification(window, DEVICE_NOTIFY_WINDOW_HANDLE);
+    RegisterPowerSettingNotification(window, &kDisplayState, DEVICE_NOTIFY_WINDOW_HANDLE);
+    FloorPoll();
+    WriteLog(1);
+    const DWORD round = 2;
+    CallOnce<HRESULT WINAPI(HWND, DWORD, const void*, DWORD)>(L"dwmapi.dll", "DwmSetWindowAttribute", window,
+                                                              33, &round, static_cast<DWORD>(sizeof(round)));
+    return window;
+}
+
+void FloorAddIcon(HINSTANCE instance, HWND window) {
+    g_floorIcon.cbSize = sizeof(g_floorIcon);
+    g_floorIcon.hWnd = window;
+    g_floorIcon.uID = 1;
+    g_floorIcon.uFlags = NIF_MESSAGE | NIF_ICON | NIF_TIP;
+    g_floorIcon.uCallbackMessage = WM_USER + 1;
+    g_floorIcon.hIcon = LoadIconW(instance, MAKEINTRESOURCEW(102));
+    lstrcpyW(g_floorIcon.szTip, L"Ambrel");
+    Shell_NotifyIconW(NIM_ADD, &g_floorIcon);
+}
