@@ -26,38 +26,35 @@ void Find(HMODULE module, const char* name, Function* function) {
     *function = reinterpret_cast<Function>(GetProcAddress(module, name));
 }
 
-const MonitorCalls& Dxva2() {
-    static MonitorCalls calls = [] {
-        MonitorCalls found = {};
-        HMODULE module = LoadLibraryExW(L"dxva2.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
-        Find(module, "GetNumberOfPhysicalMonitorsFromHMONITOR", &found.count);
-        Find(module, "GetPhysicalMonitorsFromHMONITOR", &found.open);
-        Find(module, "DestroyPhysicalMonitors", &found.close);
-        Find(module, "GetMonitorCapabilities", &found.capabilities);
-        Find(module, "GetMonitorBrightness", &found.read);
-        return found;
-    }();
-    return calls;
+MonitorCalls g_dxva2;
+
+void LoadDxva2Once() {
+    if (g_dxva2.read != nullptr) return;
+    HMODULE module = LoadLibraryExW(L"dxva2.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    Find(module, "GetNumberOfPhysicalMonitorsFromHMONITOR", &g_dxva2.count);
+    Find(module, "GetPhysicalMonitorsFromHMONITOR", &g_dxva2.open);
+    Find(module, "DestroyPhysicalMonitors", &g_dxva2.close);
+    Find(module, "GetMonitorCapabilities", &g_dxva2.capabilities);
+    Find(module, "GetMonitorBrightness", &g_dxva2.read);
 }
 
 BOOL CALLBACK ReadMonitors(HMONITOR display, HDC, RECT*, LPARAM answered) {
-    const MonitorCalls& dxva2 = Dxva2();
     static PHYSICAL_MONITOR monitors[kMaxMonitors];
     DWORD count = 0;
-    if (!dxva2.count(display, &count) || count == 0 || count > kMaxMonitors) return TRUE;
-    if (!dxva2.open(display, count, monitors)) return TRUE;
+    if (!g_dxva2.count(display, &count) || count == 0 || count > kMaxMonitors) return TRUE;
+    if (!g_dxva2.open(display, count, monitors)) return TRUE;
     MONITORINFOEXW info = {};
     info.cbSize = sizeof(info);
     GetMonitorInfoW(display, &info);
     for (DWORD i = 0; i < count; ++i) {
         DWORD capabilities = 0, temperatures = 0, minimum = 0, current = 0, maximum = 0;
-        if (dxva2.capabilities(monitors[i].hPhysicalMonitor, &capabilities, &temperatures) &&
+        if (g_dxva2.capabilities(monitors[i].hPhysicalMonitor, &capabilities, &temperatures) &&
             (capabilities & MC_CAPS_BRIGHTNESS) != 0 &&
-            dxva2.read(monitors[i].hPhysicalMonitor, &minimum, &current, &maximum)) {
+            g_dxva2.read(monitors[i].hPhysicalMonitor, &minimum, &current, &maximum)) {
             *reinterpret_cast<int*>(answered) += 1;
         }
     }
-    dxva2.close(count, monitors);
+    g_dxva2.close(count, monitors);
     return TRUE;
 }
 
@@ -122,6 +119,7 @@ int ReadPanels() {
 }  // namespace
 
 int FloorPoll() {
+    LoadDxva2Once();
     int answered = ReadPanels();
     EnumDisplayMonitors(nullptr, nullptr, ReadMonitors, reinterpret_cast<LPARAM>(&answered));
     return answered;
