@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
-# Builds Ambrel and runs the tests that attack it. `./test.sh` runs a quick form of the kills.
+# Builds Ambrel and runs the tests that attack it. `./test.sh` runs the short forms.
 #   ./soak.sh               all of them
 #   ./soak.sh faults        makes every function of Windows fail in turn, in every way, during a session
 #   ./soak.sh accessibility makes 5,000 random calls of another process to the popup's accessible object
+#   ./soak.sh input [PART]  random messages, mouse, frames, files, registry and clipboard; SEED=S repeats a run
 #   ./soak.sh kills [N]     kills the program at N (500) random moments; SEED=S repeats a run
 #   ./soak.sh options [N]   switches every option of the settings panel in N (1000) rounds and counts objects and handles
 set -euo pipefail
 cd "$(dirname "$0")"
 
-attacks=(faults accessibility kills options)
+attacks=(faults input accessibility kills options)
 
 usage() {
     sed -n '2,/^set/s/^# \{0,1\}//p' "$0" >&2
@@ -33,6 +34,10 @@ attack_accessibility() {
         tests/run_pytest.sh tests/e2e/test_accessibility.py -k random_calls
 }
 
+attack_input() {
+    lab/run-in-lab build/release/unit/input_attack.exe ${1:+--only "$1"} ${SEED:+--seed "$SEED"}
+}
+
 attack_kills() {
     /usr/bin/python3 tests/soak/kill_anytime.py --kills "${1:-500}" ${SEED:+--seed "$SEED"} --build build/release
 }
@@ -50,7 +55,7 @@ fi
 
 scripts/install-packages.sh scripts/packages.txt lab/packages.txt
 mkdir -p build
-if ! { cmake --preset tests && cmake --build --preset tests --target ambrel lab fault_matrix; } >build/soak.log 2>&1; then
+if ! { cmake --preset tests && cmake --build --preset tests --target ambrel lab fault_matrix input_attack; } >build/soak.log 2>&1; then
     grep -v '^\[' build/soak.log | tail -n 60 >&2
     echo "The build failed. The full log is in build/soak.log." >&2
     exit 1

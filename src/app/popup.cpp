@@ -35,6 +35,11 @@ Placement PlacementOn(const RECT& workArea) {
             g_app.dpi};
 }
 
+// Another program can minimise the window, which would then be shown only as a title bar or not at all.
+void RestoreIfMinimised() {
+    if (IsIconic(g_app.mainWindow)) ShowWindow(g_app.mainWindow, SW_SHOWNOACTIVATE);
+}
+
 // WM_DPICHANGED resizes and may move a window that comes from a monitor of another DPI. A larger window may
 // at first lie mostly on a third monitor and receive the DPI of that one. The first correction moves it onto
 // its monitor and may cause another WM_DPICHANGED; after the second correction the DPI does not change any
@@ -72,6 +77,7 @@ void ShowPopup() {
 
     UpdateDpiForMonitor(g_app.mainWindow, monitor);
     const Placement placement = PlacementOn(workArea);
+    RestoreIfMinimised();
     // WM_DPICHANGED sets the size for the monitor that the window moves to.
     SetWindowPos(g_app.mainWindow, HWND_TOPMOST, placement.rectangle.left, placement.rectangle.top, 0, 0,
                  SWP_NOSIZE | SWP_SHOWWINDOW);

@@ -21,7 +21,8 @@ bool IsGammaRangeExpanded() {
     DWORD bytes = sizeof(range);
     const LSTATUS status =
         RegQueryValueExW(icm.key, kValue, nullptr, &type, reinterpret_cast<BYTE*>(&range), &bytes);
-    return status == ERROR_SUCCESS && type == REG_DWORD && range >= kExpanded;
+    // Windows also stores numbers of fewer bytes.
+    return status == ERROR_SUCCESS && type == REG_DWORD && bytes == sizeof(range) && range >= kExpanded;
 }
 
 bool ExpandGammaRange() {

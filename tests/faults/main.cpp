@@ -13,19 +13,16 @@
 #include "app/startup.h"
 #include "app/state/app_state.h"
 #include "app/state/program_names.h"
-#include "brightness/monitor_functions.h"
 #include "faults/fault_injector.h"
 #include "faults/fault_table.h"
 #include "faults/script.h"
+#include "faults/session.h"
 #include "faults/simulated_platform.h"
 #include "filter/gamma_range_helper.h"
 #include "filter/gdi_counts.h"
 
-#include <shlobj.h>
-
 namespace {
 
-constexpr DWORD kHang = 30000;      // ms
 constexpr int kWarmUpSessions = 2;  // Windows and Wine load fonts and libraries in the first ones
 
 struct Case {
@@ -34,8 +31,6 @@ struct Case {
     End end;
 };
 
-char g_currentCase[256] = "";
-volatile LONG g_casesRun = 0;
 std::set<std::string> g_notCalled;
 bool g_short = false;
 
@@ -47,38 +42,6 @@ void Describe(const Case& each, std::size_t number) {
     std::snprintf(g_currentCase, sizeof(g_currentCase), "%zu: %s = %lld (error %lu) %s, %s", number,
                   each.row->function, static_cast<long long>(each.row->failure.result),
                   each.row->failure.lastError, NameOf(each.occasion), NameOf(each.end));
-}
-
-[[noreturn]] void Abort(const char* what) {
-    std::printf("%s: %s\n", what, g_currentCase);
-    std::fflush(stdout);
-    TerminateProcess(GetCurrentProcess(), 3);
-    std::_Exit(3);
-}
-
-LONG WINAPI OnCrash(EXCEPTION_POINTERS* exception) {
-    const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
-    const auto offset = static_cast<unsigned long long>(static_cast<char*>(record.ExceptionAddress) -
-                                                        reinterpret_cast<char*>(GetModuleHandleW(nullptr)));
-    std::printf("code %08lX at image + %llX\n", record.ExceptionCode, offset);
-    Abort("CRASH");
-}
-
-DWORD WINAPI Watch(void*) {
-    LONG seen = -1;
-    for (;;) {
-        Sleep(kHang);
-        if (g_casesRun == seen) Abort("HANG");
-        seen = g_casesRun;
-    }
-}
-
-void DeleteSettings() {
-    wchar_t folder[MAX_PATH] = L"";
-    SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, folder);
-    const std::wstring directory = std::wstring(folder) + L"\\Ambrel2\\";
-    for (const wchar_t* file : {L"settings.ini", L"events.log"})
-        DeleteFileW((directory + file).c_str());
 }
 
 struct Outcome {
@@ -115,22 +78,6 @@ void CheckRestored(const Case& each, Outcome* outcome) {
     if (g_platform.busyLoop) outcome->faults.push_back("busy loop");
 }
 
-// Ends a program whose window still exists, as the end of the process would.
-void CleanUp() {
-    // A program whose DestroyWindow failed has given its window up.
-    while (HWND window = FindWindowW(kWindowClassName, nullptr)) {
-        if (DestroyWindow(window) == FALSE) break;
-    }
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
-    }
-    UnregisterClassW(kWindowClassName, GetModuleHandleW(nullptr));
-    g_monitorFunctions = {};
-    DeleteSettings();
-    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM",
-                       L"GdiIcmGammaRange");
-}
-
 // Whether the program can learn that it should quit.
 bool CanQuit(const Case& each) {
     return !IsAnyOf(each, {"CreatePopupMenu", "TrackPopupMenu", "DestroyWindow", "GetMessageW"});
@@ -143,9 +90,7 @@ std::wstring CommandLine(End end) {
 
 Outcome RunSession(const Case& each, std::size_t number) {
     Describe(each, number);
-    ResetSimulatedPlatform();
-    g_app = AppState{};
-    g_platform.script = SessionScript(each.end, g_short);
+    PrepareSession(SessionScript(each.end, g_short));
     Outcome outcome = {};
     {
         std::optional<InjectedFault> fault;
@@ -161,8 +106,7 @@ Outcome RunSession(const Case& each, std::size_t number) {
     // If the program could not be told to quit, it is told now.
     if (each.end == End::Quit && g_app.mainWindow != nullptr) DestroyWindow(g_app.mainWindow);
     CheckRestored(each, &outcome);
-    CleanUp();
-    g_casesRun = g_casesRun + 1;
+    CleanUpSession();
     return outcome;
 }
 
@@ -235,8 +179,7 @@ int main(int argc, char** argv) {
         if (std::strcmp(argv[i], "--from") == 0 && i + 1 < argc) from = std::strtoul(argv[++i], nullptr, 10);
         if (std::strcmp(argv[i], "--only") == 0 && i + 1 < argc) only = argv[++i];
     }
-    AddVectoredExceptionHandler(1, OnCrash);
-    CloseHandle(CreateThread(nullptr, 0, Watch, nullptr, 0, nullptr));
+    ReportCrashesAndHangs();
     InstallSimulatedPlatform();
     const std::vector<FaultRow> rows = AllFaults();
     const std::vector<Case> cases = Cases(rows, quick, only);

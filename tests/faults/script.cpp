@@ -5,6 +5,8 @@
 #include "faults/simulated_platform.h"
 #include "ui/regions.h"
 
+#include <oleacc.h>
+
 namespace {
 
 constexpr UINT kMenuLaunchAtStartup = 1, kMenuQuit = 2, kMenuLegacyMode = 3;
@@ -23,10 +25,10 @@ void Press(Region region) {
     Send(WM_LBUTTONUP, 0, CentreOf(region));
 }
 
-void Drag(Region region) {
+void Drag(Region region, int step) {
     const LPARAM start = CentreOf(region);
     Send(WM_LBUTTONDOWN, MK_LBUTTON, start);
-    for (int distance = 5; distance <= 40; distance += 5)
+    for (int distance = step; distance <= 40; distance += step)
         Send(WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(LOWORD(start), HIWORD(start) + distance));
     Send(WM_LBUTTONUP, 0, start);
 }
@@ -43,6 +45,46 @@ void Choose(UINT command) {
     g_platform.menuChoice = 0;
 }
 
+void ReadChild(IAccessible* object, LONG id) {
+    VARIANT child = {};
+    child.vt = VT_I4;
+    child.lVal = id;
+    for (const auto method : {&IAccessible::get_accName, &IAccessible::get_accValue,
+                              &IAccessible::get_accDescription, &IAccessible::get_accDefaultAction}) {
+        BSTR text = nullptr;
+        (object->*method)(child, &text);
+        SysFreeString(text);
+    }
+    VARIANT answer = {};
+    object->get_accState(child, &answer);
+    LONG left = 0;
+    LONG top = 0;
+    LONG width = 0;
+    LONG height = 0;
+    object->accLocation(&left, &top, &width, &height, child);
+    object->accHitTest(left, top, &answer);
+}
+
+// What a screen reader does: reads every control, and presses one.
+void UseAccessibility() {
+    Send(WM_GETOBJECT, 0, static_cast<DWORD>(OBJID_CLIENT));
+    IAccessible* object = g_app.accessibleObject;
+    if (object == nullptr) return;
+    LONG count = 0;
+    object->get_accChildCount(&count);
+    for (LONG id = 0; id <= count; ++id)
+        ReadChild(object, id);
+    IDispatch* parent = nullptr;
+    object->get_accParent(&parent);
+    if (parent != nullptr) parent->Release();
+    VARIANT power = {};
+    power.vt = VT_I4;
+    power.lVal = count;
+    object->accDoDefaultAction(power);
+    object->accDoDefaultAction(power);
+    Send(kMessageAccessibleActions);
+}
+
 void Append(std::vector<void (*)()>* script, std::initializer_list<void (*)()> steps) {
     script->insert(script->end(), steps);
 }
@@ -52,8 +94,8 @@ void AppendUse(std::vector<void (*)()>* script) {
     Append(script, {
                        [] { Send(kMessageShowPopup); },
                        [] { Press(Region::NightPreset); },
-                       [] { Drag(Region::WarmthTrack); },
-                       [] { Drag(Region::BrightnessTrack); },
+                       [] { Drag(Region::WarmthTrack, 5); },
+                       [] { Drag(Region::BrightnessTrack, 5); },
                        FireTimers,
                        [] { Press(Region::GammaBanner); },
                        [] { Press(Region::PwmCard); },
@@ -76,6 +118,7 @@ void AppendUse(std::vector<void (*)()>* script) {
                        [] { Send(g_app.taskbarCreatedMessage); },
                        [] { Send(WM_ACTIVATE, WA_INACTIVE); },
                        [] { Send(kMessageTray, 0, WM_LBUTTONUP); },
+                       UseAccessibility,
                        [] { Send(WM_CLOSE); },
                        [] { Choose(kMenuLaunchAtStartup); },
                        [] { Choose(kMenuLaunchAtStartup); },
@@ -92,7 +135,8 @@ void AppendShortUse(std::vector<void (*)()>* script) {
                        [] { Press(Region::Support); },
                        [] { Press(Region::Close); },
                        [] { Choose(kMenuLegacyMode); },
-                       [] { Drag(Region::WarmthTrack); },
+                       [] { Drag(Region::WarmthTrack, 20); },
+                       UseAccessibility,
                        [] { Send(WM_DISPLAYCHANGE, 32, MAKELPARAM(1280, 720)); },
                        FireTimers,
                    });

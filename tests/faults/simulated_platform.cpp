@@ -4,8 +4,11 @@
 
 #include <cstring>
 
+#include "app/state/app_state.h"
 #include "brightness/physical_monitors.h"
 #include "faults/fault_injector.h"
+
+#include <oleacc.h>
 
 SimulatedPlatform g_platform;
 
@@ -199,6 +202,17 @@ LONG WINAPI RtlGetVersion(OSVERSIONINFOW* version) {
     return 0;
 }
 
+// Windows would keep a reference to the object until a client has retrieved it.
+LRESULT WINAPI LresultFromObject(REFIID, WPARAM, IUnknown*) {
+    return 1;
+}
+
+HRESULT WINAPI ObjectFromWindow(HWND, DWORD, REFIID, void** object) {
+    *object = g_app.accessibleObject;
+    g_app.accessibleObject->AddRef();
+    return S_OK;
+}
+
 struct Simulated {
     const char* name;
     void* function;
@@ -224,6 +238,8 @@ const Simulated kLookedUp[] = {
     {"DwmIsCompositionEnabled", Address(&IsCompositionEnabled)},
     {"GetDpiForMonitor", Address(&DpiForMonitor)},
     {"RtlGetVersion", Address(&RtlGetVersion)},
+    {"LresultFromObject", Address(&LresultFromObject)},
+    {"AccessibleObjectFromWindow", Address(&ObjectFromWindow)},
 };
 
 const Simulated kImported[] = {

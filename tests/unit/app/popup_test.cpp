@@ -25,6 +25,7 @@ ULONGLONG g_now = 0;
 RECT g_window = {};
 bool g_windowTells = true;
 bool g_windowVisible = true;
+bool g_windowMinimised = false;
 
 }  // namespace
 
@@ -95,6 +96,11 @@ BOOL WINAPI FakeIsWindowVisible(HWND window) {
     return g_windowVisible;
 }
 
+BOOL WINAPI FakeIsIconic(HWND window) {
+    EXPECT_EQ(window, kWindow);
+    return g_windowMinimised;
+}
+
 BOOL WINAPI FakeInvalidateRect(HWND window, const RECT* area, BOOL) {
     Record("invalidate ", ValueOf(window), area == nullptr ? "" : " part", g_app.popupArmed ? " armed" : "");
     return TRUE;
@@ -128,6 +134,7 @@ protected:
         PutWindow(320, 540);
         g_windowTells = true;
         g_windowVisible = true;
+        g_windowMinimised = false;
     }
 };
 
@@ -140,6 +147,7 @@ AMBREL_SEAM(SystemParametersInfoW, FakeSystemParametersInfo);
 AMBREL_SEAM(SetWindowPos, FakeSetWindowPos);
 AMBREL_SEAM(GetWindowRect, FakeGetWindowRect);
 AMBREL_SEAM(IsWindowVisible, FakeIsWindowVisible);
+AMBREL_SEAM(IsIconic, FakeIsIconic);
 AMBREL_SEAM(InvalidateRect, FakeInvalidateRect);
 AMBREL_SEAM(ShowWindow, FakeShowWindow);
 AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
@@ -160,6 +168,15 @@ TEST_F(Popup, IsPlacedShownActivatedAndPolledAfterTheDisplaysAreQueried) {
                        }));
     EXPECT_TRUE(g_app.popupShown);
     EXPECT_TRUE(g_app.popupArmed);
+}
+
+// Another program can minimise it. SW_SHOWNOACTIVATE restores a window without activating it.
+TEST_F(Popup, IsRestoredBeforeItIsPlacedIfItIsMinimised) {
+    g_windowMinimised = true;
+    ShowPopup();
+    ASSERT_GE(g_calls.size(), 6U);
+    EXPECT_EQ(g_calls[4], "show window 500 4 shown 0 armed 0 hidden at 0");
+    EXPECT_EQ(g_calls[5], "set window pos 500 at -330 490 flags 65");
 }
 
 TEST_F(Popup, IsNotShownIfTheProgramQuitsDuringTheDisplayQuery) {

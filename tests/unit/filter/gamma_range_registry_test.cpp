@@ -92,6 +92,14 @@ TEST_F(GammaRangeRegistry, FourBytesOfNoTypeAreIgnored) {
     EXPECT_FALSE(IsGammaRangeExpanded());
 }
 
+TEST_F(GammaRangeRegistry, ANumberOfLessThanFourBytesIsIgnored) {
+    const BYTE bytes[] = {0, 1, 1};
+    for (const DWORD size : {1U, 2U, 3U}) {
+        Store(REG_DWORD, bytes, size);
+        EXPECT_FALSE(IsGammaRangeExpanded()) << size;
+    }
+}
+
 TEST_F(GammaRangeRegistry, ANumberOfEightBytesIsIgnored) {
     const unsigned long long number = 256;
     Store(REG_QWORD, &number, sizeof(number));
