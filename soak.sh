@@ -4,12 +4,13 @@
 #   ./soak.sh faults        makes every function of Windows fail in turn, in every way, during a session
 #   ./soak.sh accessibility makes 5,000 random calls of another process to the popup's accessible object
 #   ./soak.sh input [PART]  random messages, mouse, frames, files, registry and clipboard; SEED=S repeats a run
+#   ./soak.sh messages [N]  sends N (100,000) random messages of another program; SEED=S repeats a run
 #   ./soak.sh kills [N]     kills the program at N (500) random moments; SEED=S repeats a run
 #   ./soak.sh options [N]   switches every option of the settings panel in N (1000) rounds and counts objects and handles
 set -euo pipefail
 cd "$(dirname "$0")"
 
-attacks=(faults input accessibility kills options)
+attacks=(faults input messages accessibility kills options)
 
 usage() {
     sed -n '2,/^set/s/^# \{0,1\}//p' "$0" >&2
@@ -36,6 +37,11 @@ attack_accessibility() {
 
 attack_input() {
     lab/run-in-lab build/release/unit/input_attack.exe ${1:+--only "$1"} ${SEED:+--seed "$SEED"}
+}
+
+attack_messages() {
+    AMBREL_RANDOM_MESSAGES="${1:-100000}" AMBREL_BUILD_DIR=$PWD/build/release \
+        tests/run_pytest.sh tests/e2e/test_hostile_messages.py -s
 }
 
 attack_kills() {

@@ -92,6 +92,10 @@ class ProgramActions:
         """Sends a message whose lParam points to a copy of `data` in the program's memory. Returns the result."""
         return self.desktop.request("message-data", target, message, wparam, data.hex())["result"]
 
+    def random_messages(self, seed, count, target=WINDOW_CLASS):
+        """Sends and posts `count` random messages without pointers: {"sent", "posted", "unanswered"}."""
+        return self.desktop.request("messages-random", target, seed, count, timeout=LIMIT + count)
+
     @property
     def settings_folder(self):
         return self.prefix.roaming / "Ambrel2"

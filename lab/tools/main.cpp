@@ -29,6 +29,7 @@ const Command kCommands[] = {
     {L"window", 1, DescribeWindow},
     {L"message", 5, SendToWindow},
     {L"message-data", 4, SendWithData},
+    {L"messages-random", 3, SendAtRandom},
     {L"boxes", 0, ListBoxes},
     {L"press", 2, PressButton},
     {L"tray", 0, ListTrayIcons},

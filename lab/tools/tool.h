@@ -60,6 +60,7 @@ int ListWindows(const Arguments& arguments, Json& answer);
 int DescribeWindow(const Arguments& arguments, Json& answer);
 int SendToWindow(const Arguments& arguments, Json& answer);
 int SendWithData(const Arguments& arguments, Json& answer);
+int SendAtRandom(const Arguments& arguments, Json& answer);
 int ListBoxes(const Arguments& arguments, Json& answer);
 int PressButton(const Arguments& arguments, Json& answer);
 int ListTrayIcons(const Arguments& arguments, Json& answer);

@@ -25,10 +25,11 @@ void Press(Region region) {
     Send(WM_LBUTTONUP, 0, CentreOf(region));
 }
 
-void Drag(Region region, int step) {
+// Few steps: most of a session's time goes to the tinted cursors.
+void Drag(Region region) {
     const LPARAM start = CentreOf(region);
     Send(WM_LBUTTONDOWN, MK_LBUTTON, start);
-    for (int distance = step; distance <= 40; distance += step)
+    for (const int distance : {20, 40})
         Send(WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(LOWORD(start), HIWORD(start) + distance));
     Send(WM_LBUTTONUP, 0, start);
 }
@@ -65,7 +66,7 @@ void ReadChild(IAccessible* object, LONG id) {
     object->accHitTest(left, top, &answer);
 }
 
-// What a screen reader does: reads every control, and presses one.
+// What a screen reader does: reads every control, and presses the gear.
 void UseAccessibility() {
     Send(WM_GETOBJECT, 0, static_cast<DWORD>(OBJID_CLIENT));
     IAccessible* object = g_app.accessibleObject;
@@ -77,11 +78,10 @@ void UseAccessibility() {
     IDispatch* parent = nullptr;
     object->get_accParent(&parent);
     if (parent != nullptr) parent->Release();
-    VARIANT power = {};
-    power.vt = VT_I4;
-    power.lVal = count;
-    object->accDoDefaultAction(power);
-    object->accDoDefaultAction(power);
+    VARIANT gear = {};
+    gear.vt = VT_I4;
+    gear.lVal = 2;
+    object->accDoDefaultAction(gear);
     Send(kMessageAccessibleActions);
 }
 
@@ -94,8 +94,8 @@ void AppendUse(std::vector<void (*)()>* script) {
     Append(script, {
                        [] { Send(kMessageShowPopup); },
                        [] { Press(Region::NightPreset); },
-                       [] { Drag(Region::WarmthTrack, 5); },
-                       [] { Drag(Region::BrightnessTrack, 5); },
+                       [] { Drag(Region::WarmthTrack); },
+                       [] { Drag(Region::BrightnessTrack); },
                        FireTimers,
                        [] { Press(Region::GammaBanner); },
                        [] { Press(Region::PwmCard); },
@@ -119,6 +119,7 @@ void AppendUse(std::vector<void (*)()>* script) {
                        [] { Send(WM_ACTIVATE, WA_INACTIVE); },
                        [] { Send(kMessageTray, 0, WM_LBUTTONUP); },
                        UseAccessibility,
+                       [] { Press(Region::Close); },
                        [] { Send(WM_CLOSE); },
                        [] { Choose(kMenuLaunchAtStartup); },
                        [] { Choose(kMenuLaunchAtStartup); },
@@ -131,12 +132,11 @@ void AppendShortUse(std::vector<void (*)()>* script) {
                        [] { Press(Region::NightPreset); },
                        [] { Press(Region::PwmCard); },
                        FireTimers,
-                       [] { Press(Region::Gear); },
+                       UseAccessibility,
                        [] { Press(Region::Support); },
                        [] { Press(Region::Close); },
                        [] { Choose(kMenuLegacyMode); },
-                       [] { Drag(Region::WarmthTrack, 20); },
-                       UseAccessibility,
+                       [] { Drag(Region::WarmthTrack); },
                        [] { Send(WM_DISPLAYCHANGE, 32, MAKELPARAM(1280, 720)); },
                        FireTimers,
                    });
@@ -170,9 +170,9 @@ std::vector<void (*)()> SessionScript(End end, bool shortForm) {
     }
     // The mode is on and the filter is in force at the end.
     Append(&script, {[] {
-                         if (!g_app.pwmSafe) Press(Region::PwmCard);
-                     },
-                     [] { Press(Region::NightPreset); }});
+        if (!g_app.pwmSafe) Press(Region::PwmCard);
+        if (!g_app.filterOn) Press(Region::NightPreset);
+    }});
     if (end == End::Quit) {
         Append(&script, {[] { Choose(kMenuQuit); }});
     } else {

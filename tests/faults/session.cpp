@@ -48,9 +48,16 @@ DWORD WINAPI Watch(void*) {
     }
 }
 
+// A session whose CloseHandle failed holds its files open, which can then only be emptied.
 void DeleteProgramFiles() {
-    for (const wchar_t* file : {L"settings.ini", L"events.log"})
-        DeleteFileW((ProgramFolder() + file).c_str());
+    for (const wchar_t* file : {L"settings.ini", L"events.log"}) {
+        const std::wstring path = ProgramFolder() + file;
+        if (DeleteFileW(path.c_str()) != FALSE || GetLastError() == ERROR_FILE_NOT_FOUND) continue;
+        HANDLE emptied =
+            CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                        nullptr, TRUNCATE_EXISTING, 0, nullptr);
+        if (emptied != INVALID_HANDLE_VALUE) CloseHandle(emptied);
+    }
 }
 
 }  // namespace

@@ -2,7 +2,9 @@
 
 #include <shlobj.h>
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "app/state/app_state.h"
 #include "brightness/physical_monitors.h"
@@ -19,6 +21,8 @@ constexpr int kMaxMessagesPerStep = 400;
 // Not called through the import table, where a fault may be injected.
 decltype(&PeekMessageW) g_peekMessage = nullptr;
 decltype(&DestroyCursor) g_destroyCursor = nullptr;
+decltype(&LoadImageW) g_loadImage = nullptr;
+decltype(&LoadCursorW) g_loadCursor = nullptr;
 
 struct ColourMatrix {
     float cells[5][5];
@@ -47,6 +51,24 @@ BOOL WINAPI FakeGetDeviceGammaRamp(HDC, void* ramp) {
 BOOL WINAPI FakeSetSystemCursor(HCURSOR cursor, DWORD) {
     g_platform.cursorsReplaced = true;
     return g_destroyCursor(cursor);
+}
+
+// Most of a session's time goes to the cursors, so only arrow, beam and hourglass exist.
+bool IsMissingCursor(const wchar_t* name) {
+    if (!IS_INTRESOURCE(name)) return false;
+    const auto id = static_cast<WORD>(reinterpret_cast<ULONG_PTR>(name));
+    const WORD existing[] = {32512, 32513, 32514};
+    return std::find(std::begin(existing), std::end(existing), id) == std::end(existing);
+}
+
+HANDLE WINAPI FakeLoadImage(HINSTANCE instance, const wchar_t* name, UINT type, int width, int height,
+                            UINT flags) {
+    if (instance == nullptr && type == IMAGE_CURSOR && IsMissingCursor(name)) return nullptr;
+    return g_loadImage(instance, name, type, width, height, flags);
+}
+
+HCURSOR WINAPI FakeLoadCursor(HINSTANCE instance, const wchar_t* name) {
+    return instance == nullptr && IsMissingCursor(name) ? nullptr : g_loadCursor(instance, name);
 }
 
 BOOL WINAPI FakeSystemParametersInfo(UINT action, UINT, void*, UINT) {
@@ -245,6 +267,8 @@ const Simulated kLookedUp[] = {
 const Simulated kImported[] = {
     {"SetDeviceGammaRamp", Address(&FakeSetDeviceGammaRamp)},
     {"GetDeviceGammaRamp", Address(&FakeGetDeviceGammaRamp)},
+    {"LoadImageW", Address(&FakeLoadImage)},
+    {"LoadCursorW", Address(&FakeLoadCursor)},
     {"SetSystemCursor", Address(&FakeSetSystemCursor)},
     {"SystemParametersInfoW", Address(&FakeSystemParametersInfo)},
     {"MessageBoxW", Address(&FakeMessageBox)},
@@ -262,6 +286,11 @@ const Simulated kImported[] = {
     {"GetProcAddress", Address(&FakeGetProcAddress)},
 };
 
+template <typename Function>
+void FindReal(const char* name, Function* function) {
+    *function = reinterpret_cast<Function>(GetProcAddress(GetModuleHandleW(L"user32.dll"), name));
+}
+
 }  // namespace
 
 void* SimulatedFunction(const char* name) {
@@ -272,9 +301,10 @@ void* SimulatedFunction(const char* name) {
 }
 
 void InstallSimulatedPlatform() {
-    HMODULE user = GetModuleHandleW(L"user32.dll");
-    g_peekMessage = reinterpret_cast<decltype(g_peekMessage)>(GetProcAddress(user, "PeekMessageW"));
-    g_destroyCursor = reinterpret_cast<decltype(g_destroyCursor)>(GetProcAddress(user, "DestroyCursor"));
+    FindReal("PeekMessageW", &g_peekMessage);
+    FindReal("DestroyCursor", &g_destroyCursor);
+    FindReal("LoadImageW", &g_loadImage);
+    FindReal("LoadCursorW", &g_loadCursor);
     for (const Simulated& row : kImported)
         ReplaceImport(row.name, row.function);
 }
