@@ -5,7 +5,6 @@
 #include "app/state/app_state.h"
 #include "filter/filter_colour.h"
 #include "filter/tinted_cursor.h"
-#include "win32/guards.h"
 
 namespace {
 
@@ -57,15 +56,16 @@ void LoadBaseCursorsOnce() {
 }
 
 // Monochrome cursors keep their system look. A cursor whose state cannot be read is treated as coloured.
-bool IsMonochrome(HCURSOR cursor) {
-    const IconInfo source(cursor);
+bool IsMonochrome(const IconInfo& source) {
     return source.known && source.info.hbmColor == nullptr;
 }
 
 // SetSystemCursor takes ownership of the cursor, unless it fails.
-bool TintOne(HCURSOR copy, DWORD id, const TintTables& tables) {
-    if (copy == nullptr || IsMonochrome(copy)) return false;
-    HCURSOR tinted = BuildTintedCursor(copy, tables);
+bool TintOne(HCURSOR copy, DWORD id, const TintContexts& contexts, const TintTables& tables) {
+    if (copy == nullptr) return false;
+    const IconInfo source(copy);
+    if (IsMonochrome(source)) return false;
+    HCURSOR tinted = BuildTintedCursor(copy, source, contexts, tables);
     if (tinted == nullptr) return false;
     if (SetSystemCursor(tinted, id) != FALSE) return true;
     DestroyCursor(tinted);
@@ -83,9 +83,10 @@ void TintSystemCursors() {
     LoadBaseCursorsOnce();
     TintTables tables;
     BuildTintTables(CurrentFilterColour(), &tables);
+    const TintContexts contexts;
     bool anySet = false;
     for (int i = 0; i < kSystemCursorCount; ++i) {
-        if (TintOne(g_app.baseCursors[i], kCursorIds[i], tables)) anySet = true;
+        if (TintOne(g_app.baseCursors[i], kCursorIds[i], contexts, tables)) anySet = true;
     }
     if (!anySet) return;
     g_app.lastCursorTint = {g_app.intensity, g_app.brightness};

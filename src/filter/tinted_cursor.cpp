@@ -5,7 +5,6 @@
 #include <new>
 
 #include "filter/filter_colour.h"
-#include "win32/guards.h"
 
 namespace {
 
@@ -74,10 +73,9 @@ bool ExpandFromMask(HDC screen, const ICONINFO& source, SIZE size, CursorPixel* 
     return true;
 }
 
-bool DrawCursorInto(HDC screen, HBITMAP picture, HCURSOR cursor, SIZE size) {
-    const MemoryDc memory(screen);
-    const SelectedObject selected(memory.dc, picture);
-    if (DrawIconEx(memory.dc, 0, 0, cursor, size.cx, size.cy, 0, nullptr, DI_NORMAL) == FALSE) return false;
+bool DrawCursorInto(HDC memory, HBITMAP picture, HCURSOR cursor, SIZE size) {
+    const SelectedObject selected(memory, picture);
+    if (DrawIconEx(memory, 0, 0, cursor, size.cx, size.cy, 0, nullptr, DI_NORMAL) == FALSE) return false;
     // The pixels are read next, and GDI may have batched the drawing.
     GdiFlush();
     return selected.previous != nullptr;
@@ -100,33 +98,35 @@ HCURSOR CreateColourCursor(const ICONINFO& source, HBITMAP mask, HBITMAP picture
 }  // namespace
 
 HCURSOR BuildTintedCursor(HCURSOR cursor, double intensity, double brightness) {
-    TintTables tables;
-    BuildTintTables(FilterColourOf(intensity, brightness), &tables);
-    return BuildTintedCursor(cursor, tables);
-}
-
-HCURSOR BuildTintedCursor(HCURSOR cursor, const TintTables& tables) {
     if (cursor == nullptr) return nullptr;
     const IconInfo source(cursor);
+    if (!source.known) return nullptr;
+    TintTables tables;
+    BuildTintTables(FilterColourOf(intensity, brightness), &tables);
+    return BuildTintedCursor(cursor, source, TintContexts(), tables);
+}
+
+HCURSOR BuildTintedCursor(HCURSOR cursor, const IconInfo& source, const TintContexts& contexts,
+                          const TintTables& tables) {
     if (!source.known) return nullptr;
     const SIZE size = SizeOf(source.info);
     if (size.cx < 1 || size.cy < 1) return nullptr;
 
-    const ScreenDc screen;
+    HDC screen = contexts.screen.dc;
     CursorPixel* pixels = nullptr;
-    const OwnedGdi picture(CreatePicture(screen.dc, size, &pixels));
+    const OwnedGdi picture(CreatePicture(screen, size, &pixels));
     if (picture.handle == nullptr) return nullptr;
 
     if (source.info.hbmColor != nullptr && source.info.hbmMask != nullptr) {
-        if (!DrawCursorInto(screen.dc, picture.handle, cursor, size)) return nullptr;
+        if (!DrawCursorInto(contexts.memory.dc, picture.handle, cursor, size)) return nullptr;
         Tint(pixels, size, tables);
         return CreateColourCursor(source.info, source.info.hbmMask, picture.handle);
     }
 
     const Bytes maskBits = ZeroedBytes(MaskRowBytes(size.cx) * static_cast<std::size_t>(size.cy));
     if (maskBits == nullptr) return nullptr;
-    if (!ExpandFromMask(screen.dc, source.info, size, pixels, maskBits.get())) {
-        if (!DrawCursorInto(screen.dc, picture.handle, cursor, size)) return nullptr;
+    if (!ExpandFromMask(screen, source.info, size, pixels, maskBits.get())) {
+        if (!DrawCursorInto(contexts.memory.dc, picture.handle, cursor, size)) return nullptr;
         BuildMaskFromPixels(pixels, size.cx, size.cy, maskBits.get());
     }
     Tint(pixels, size, tables);

@@ -29,7 +29,8 @@ HCURSOR const kTinted = MakeHandle<HCURSOR>(71);
 
 }  // namespace
 
-AMBREL_REPLACE(HCURSOR, BuildTintedCursor, (HCURSOR, const TintTables&)) {
+AMBREL_REPLACE(HCURSOR, BuildTintedCursor,
+               (HCURSOR, const IconInfo&, const TintContexts&, const TintTables&)) {
     return kTinted;
 }
 

@@ -143,7 +143,8 @@ AMBREL_SEAM(SetSystemCursor, FakeSetSystemCursor);
 AMBREL_SEAM(DestroyCursor, FakeDestroyCursor);
 AMBREL_SEAM(SystemParametersInfoW, FakeSystemParametersInfoW);
 
-AMBREL_REPLACE(HCURSOR, BuildTintedCursor, (HCURSOR cursor, const TintTables& tables)) {
+AMBREL_REPLACE(HCURSOR, BuildTintedCursor,
+               (HCURSOR cursor, const IconInfo&, const TintContexts&, const TintTables& tables)) {
     Record("build ", ValueOf(cursor));
     g_cursors.built.push_back({tables.red[255], tables.green[255], tables.blue[255]});
     return Has(g_cursors.notBuilt, IdOf(cursor)) ? nullptr : Owned(kTinted, IdOf(cursor));

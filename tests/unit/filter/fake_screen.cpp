@@ -112,6 +112,11 @@ HDC WINAPI FakeCreateDCW(LPCWSTR driver, LPCWSTR device, LPCWSTR port, const DEV
     return nullptr;
 }
 
+// The cursors, which are drawn in such a context, are replaced too.
+HDC WINAPI FakeCreateCompatibleDC(HDC) {
+    return nullptr;
+}
+
 BOOL WINAPI FakeDeleteDC(HDC dc) {
     FakeDisplay* display = DisplayOf(dc);
     if (display == nullptr || !display->contextHeld) {
@@ -159,6 +164,7 @@ AMBREL_SEAM(SetDeviceGammaRamp, FakeSetDeviceGammaRamp);
 AMBREL_SEAM(GetDeviceGammaRamp, FakeGetDeviceGammaRamp);
 AMBREL_SEAM(EnumDisplayDevicesW, FakeEnumDisplayDevicesW);
 AMBREL_SEAM(CreateDCW, FakeCreateDCW);
+AMBREL_SEAM(CreateCompatibleDC, FakeCreateCompatibleDC);
 AMBREL_SEAM(DeleteDC, FakeDeleteDC);
 
 FakeDisplay NamedDisplay(int number) {
