@@ -29,6 +29,13 @@ TRIVERTEX Vertex(LONG x, LONG y, COLORREF colour) {
     return vertex;
 }
 
+// The context's own brush, which needs no object for each colour. Valid until the next call with that
+// context.
+HBRUSH BrushOf(HDC dc, COLORREF colour) {
+    SetDCBrushColor(dc, colour);
+    return static_cast<HBRUSH>(GetStockObject(DC_BRUSH));
+}
+
 }  // namespace
 
 void DrawTextLine(HDC dc, FontRole font, COLORREF colour, const RECT& rect, UINT alignment,
@@ -41,8 +48,7 @@ void DrawTextLine(HDC dc, FontRole font, COLORREF colour, const RECT& rect, UINT
 }
 
 void FillBox(HDC dc, const RECT& rect, COLORREF colour) {
-    const OwnedGdi brush(CreateSolidBrush(colour));
-    FillRect(dc, &rect, brush.handle);
+    FillRect(dc, &rect, BrushOf(dc, colour));
 }
 
 void OutlineRoundRect(HDC dc, const RECT& rect, int cornerDiameter, COLORREF colour) {
@@ -54,9 +60,8 @@ void OutlineRoundRect(HDC dc, const RECT& rect, int cornerDiameter, COLORREF col
 
 void DrawRoundBox(HDC dc, const RECT& rect, int cornerDiameter, COLORREF fill, int penWidth,
                   COLORREF outline) {
-    const OwnedGdi brush(CreateSolidBrush(fill));
     const OwnedGdi pen(CreatePen(penWidth > 0 ? PS_SOLID : PS_NULL, penWidth, outline));
-    const SelectedObject selectedBrush(dc, brush.handle);
+    const SelectedObject selectedBrush(dc, BrushOf(dc, fill));
     const SelectedObject selectedPen(dc, pen.handle);
     RoundRect(dc, rect.left, rect.top, rect.right, rect.bottom, cornerDiameter, cornerDiameter);
 }
@@ -118,8 +123,7 @@ void DrawPanelHeader(HDC dc, const wchar_t* subtitle, COLORREF subtitleColour, b
     DrawTextLine(dc, FontRole::Title, kColourDimmed, kMainTitlePlace, kAlignTopLeft, kMainTitle);
     DrawTextLine(dc, FontRole::Small, subtitleColour, kHeaderSubtitle, kAlignTopLeft, subtitle);
     if (showDot) {
-        const OwnedGdi brush(CreateSolidBrush(subtitleColour));
-        const SelectedObject selectedBrush(dc, brush.handle);
+        const SelectedObject selectedBrush(dc, BrushOf(dc, subtitleColour));
         const SelectedObject selectedPen(dc, GetStockObject(NULL_PEN));
         Ellipse(dc, kHeaderDot.left, kHeaderDot.top, kHeaderDot.right, kHeaderDot.bottom);
     }

@@ -156,8 +156,9 @@ struct Gradient {
             use(DrawIconEx) use(DrawTextW) use(Ellipse) use(EndPaint) use(FillRect) use(GetClientRect)   \
                 use(GetClipRgn) use(GetStockObject) use(GetTextExtentPoint32W) use(IsWindowEnabled)      \
                     use(LineTo) use(MoveToEx) use(NotifyWinEvent) use(RoundRect) use(SelectClipRgn)      \
-                        use(SelectObject) use(SetBkMode) use(SetMapMode) use(SetTextColor)               \
-                            use(SetViewportExtEx) use(SetViewportOrgEx) use(SetWindowExtEx)
+                        use(SelectObject) use(SetBkMode) use(SetDCBrushColor) use(SetMapMode)            \
+                            use(SetTextColor) use(SetViewportExtEx) use(SetViewportOrgEx)                \
+                                use(SetWindowExtEx)
 
 #define DECLARE_IMPORT(function) extern "C" decltype(&function) __imp_##function;
 FOR_EACH_FUNCTION(DECLARE_IMPORT)

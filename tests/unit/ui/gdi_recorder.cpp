@@ -40,6 +40,18 @@ HPEN WINAPI FakeCreatePen(int style, int width, COLORREF colour) {
     return reinterpret_cast<HPEN>(Make(Kind::Pen, name));
 }
 
+constexpr char kBrushOfTheContext[] = "brush of the context";
+
+COLORREF WINAPI FakeSetDCBrushColor(HDC dc, COLORREF colour) {
+    ContextOf(dc).brushColour = Rgb(colour);
+    return 0;
+}
+
+// How a brush fills in a context.
+std::string FillOf(HDC dc, const std::string& brush) {
+    return brush == kBrushOfTheContext ? ContextOf(dc).brushColour : brush;
+}
+
 HBRUSH WINAPI FakeCreateSolidBrush(COLORREF colour) {
     return reinterpret_cast<HBRUSH>(Make(Kind::Brush, Rgb(colour)));
 }
@@ -54,8 +66,10 @@ HRGN WINAPI FakeCreateRoundRectRgn(int left, int top, int right, int bottom, int
 }
 
 HGDIOBJ WINAPI FakeGetStockObject(int stock) {
-    static const std::map<int, std::pair<Kind, const char*>> names = {{NULL_BRUSH, {Kind::Brush, "none"}},
-                                                                      {NULL_PEN, {Kind::Pen, "none"}}};
+    static const std::map<int, std::pair<Kind, const char*>> names = {
+        {NULL_BRUSH, {Kind::Brush, "none"}},
+        {DC_BRUSH, {Kind::Brush, kBrushOfTheContext}},
+        {NULL_PEN, {Kind::Pen, "none"}}};
     const auto found = names.find(stock);
     if (found == names.end()) return nullptr;
     return reinterpret_cast<HGDIOBJ>(Make(found->second.first, found->second.second, true));
@@ -106,22 +120,22 @@ int WINAPI FakeSelectClipRgn(HDC dc, HRGN region) {
 
 // Shapes.
 
-int WINAPI FakeFillRect(HDC, const RECT* rect, HBRUSH brush) {
+int WINAPI FakeFillRect(HDC dc, const RECT* rect, HBRUSH brush) {
     if (rect->right > rect->left && rect->bottom > rect->top) {
-        Draw("fill " + Box(*rect) + " " + g_objects[IdOf(brush)].name);
+        Draw("fill " + Box(*rect) + " " + FillOf(dc, g_objects[IdOf(brush)].name));
     }
     return 1;
 }
 
 BOOL WINAPI FakeRoundRect(HDC dc, int left, int top, int right, int bottom, int width, int height) {
     Draw("round " + Box(left, top, right, bottom) + Print(" corner %dx%d pen ", width, height) +
-         NameOf(dc, Kind::Pen) + " fill " + NameOf(dc, Kind::Brush));
+         NameOf(dc, Kind::Pen) + " fill " + FillOf(dc, NameOf(dc, Kind::Brush)));
     return TRUE;
 }
 
 BOOL WINAPI FakeEllipse(HDC dc, int left, int top, int right, int bottom) {
     Draw("ellipse " + Box(left, top, right, bottom) + " pen " + NameOf(dc, Kind::Pen) + " fill " +
-         NameOf(dc, Kind::Brush));
+         FillOf(dc, NameOf(dc, Kind::Brush)));
     return TRUE;
 }
 
@@ -274,6 +288,7 @@ BOOL WINAPI FakeGetClientRect(HWND window, LPRECT rect) {
 
 AMBREL_SEAM(CreatePen, FakeCreatePen);
 AMBREL_SEAM(CreateSolidBrush, FakeCreateSolidBrush);
+AMBREL_SEAM(SetDCBrushColor, FakeSetDCBrushColor);
 AMBREL_SEAM(CreateRectRgn, FakeCreateRectRgn);
 AMBREL_SEAM(CreateRoundRectRgn, FakeCreateRoundRectRgn);
 AMBREL_SEAM(GetStockObject, FakeGetStockObject);

@@ -21,6 +21,7 @@ struct Context {
     std::map<Kind, std::uintptr_t> initial;
     std::string clip = "none";
     std::string textColour = "#000000";
+    std::string brushColour = "#FFFFFF";  // of the context's own brush
     bool transparent = false;
     POINT position = {};
 };
