@@ -1,6 +1,7 @@
-// A paint of each panel. Why the floor cannot do with less: the design prescribes every shape of the panel,
-// each shape is one call, and a device context has no memory for two colours. The floor repeats the recorded
-// calls, so the ratio shows what the program adds to them; how many there are is a figure of its own.
+// A paint of each panel; bench_painting profile also prints where its time goes. Why the floor cannot do with
+// less: the design prescribes every shape of the panel, each shape is one call, and a device context has no
+// memory for two colours. The floor repeats the recorded calls, so the ratio shows what the program adds to
+// them; how many there are is a figure of its own.
 #include <cmath>
 
 #include "app/state/app_state.h"
@@ -13,6 +14,7 @@ namespace {
 constexpr double kLimitAt192 = 2000.0;  // us
 
 std::function<void()> g_replacePaint;
+bool g_profile = false;
 
 std::string Label(const char* panel, UINT dpi) {
     return std::string(panel) + " panel at " + std::to_string(dpi) + " DPI";
@@ -34,6 +36,22 @@ void PrintCalls(const RecordedCalls& calls, const char* panel) {
     PrintCount("objects created again" + frame, again);
 }
 
+// Where the time of a frame goes, on standard error.
+void PrintProfile(RecordedCalls* calls, const std::string& label) {
+    constexpr int kFrames = 20;
+    std::map<std::string, double> times;
+    g_replacePaint = [calls, &times] {
+        for (const auto& [function, time] : calls->ReplayTimed())
+            times[function] += time / kFrames;
+    };
+    for (int i = 0; i < kFrames; ++i)
+        PaintNow();
+    g_replacePaint = nullptr;
+    for (const auto& [function, time] : times) {
+        if (time > 10.0) std::fprintf(stderr, "%s: %s %.0f us\n", label.c_str(), function.c_str(), time);
+    }
+}
+
 void MeasurePanel(Panel panel, const char* name, UINT dpi) {
     g_app.panel = panel;
     PaintNow();
@@ -53,11 +71,13 @@ void MeasurePanel(Panel panel, const char* name, UINT dpi) {
     const double time = Compare({"paint: " + Label(name, dpi), 1.10}, paint, replay);
     if (dpi == 192) PrintFigure({"paint: " + Label(name, dpi) + ", limit", kLimitAt192}, time, 0.0, 0.0, 0.0);
     if (dpi == 96) PrintCalls(calls, name);
+    if (g_profile) PrintProfile(&calls, Label(name, dpi));
 }
 
 }  // namespace
 
-int main() {
+int main(int count, char** words) {
+    g_profile = count > 1 && std::string(words[1]) == "profile";
     SetProcessDPIAware();
     g_app.filterOn = true;
     for (const UINT dpi : {96U, 144U, 192U}) {

@@ -1,7 +1,7 @@
 // Why not less: the report states the machine, its displays and the registry as they are now, so each is
-// asked once. A registry value is read into a buffer that is large enough, with one call, and a library that
-// is loaded anyway is not freed and loaded again. Displays that answer DDC/CI are a figure of their own; here
-// are none.
+// asked once. A registry value is read into a buffer that is large enough, with one call. A report is rare,
+// so the library that it needs is not kept loaded. Displays that answer DDC/CI are a figure of their own;
+// here are none.
 #include "floor_report.h"
 
 #include "floor_files.h"
@@ -71,9 +71,10 @@ void ReadSystem() {
 }
 
 void ReadComposition() {
-    static HMODULE dwmapi = LoadLibraryExW(L"dwmapi.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    HMODULE dwmapi = LoadLibraryExW(L"dwmapi.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
     BOOL enabled = FALSE;
     reinterpret_cast<IsCompositionEnabled>(GetProcAddress(dwmapi, "DwmIsCompositionEnabled"))(&enabled);
+    FreeLibrary(dwmapi);
 }
 
 void ReadOwnFile() {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "import_hook.h"
+#include "measure.h"
 
 namespace {
 
@@ -210,9 +211,20 @@ void RecordedCalls::Replay() {
         results_[i] = calls_[i](results_);
 }
 
+std::map<std::string, double> RecordedCalls::ReplayTimed() {
+    std::map<std::string, double> times;
+    for (std::size_t i = 0; i < calls_.size(); ++i) {
+        const double start = Microseconds();
+        results_[i] = calls_[i](results_);
+        times[names_[i]] += Microseconds() - start;
+    }
+    return times;
+}
+
 void RecordedCalls::Add(const char* name, const std::string& arguments, void* result, Call call) {
     if (result != nullptr) latest_[result] = static_cast<int>(calls_.size());
     calls_.push_back(std::move(call));
+    names_.push_back(name);
     results_.push_back(result);
     if (std::string(name).rfind("Create", 0) != 0) return;
     created_ += 1;

@@ -18,6 +18,9 @@ public:
 
     void Replay();
 
+    // Repeats the calls and returns the microseconds that each function took in all, once.
+    std::map<std::string, double> ReplayTimed();
+
     std::size_t Count() const { return calls_.size(); }
 
     // The number of objects that the calls created.
@@ -34,6 +37,7 @@ public:
 
 private:
     std::vector<Call> calls_;
+    std::vector<const char*> names_;
     std::vector<void*> results_;
     std::map<const void*, int> latest_;
     std::map<std::string, int> creations_;
