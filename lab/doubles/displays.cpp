@@ -9,6 +9,9 @@
 // C:\lab\displays.ramp.NUMBER.
 #include <windows.h>
 
+#include "program_imports.h"
+#include "script_file.h"
+
 #include <cstring>
 #include <cwchar>
 
@@ -39,14 +42,7 @@ Context g_contexts[kMaxContexts];
 
 Desktop ReadDesktop() {
     char text[256] = {};
-    const HANDLE file =
-        CreateFileW(kScriptPath, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                    nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file != INVALID_HANDLE_VALUE) {
-        DWORD size = 0;
-        ReadFile(file, text, sizeof(text) - 1, &size, nullptr);
-        CloseHandle(file);
-    }
+    ReadScriptFile(kScriptPath, text);
     Desktop desktop = {};
     char* rest = nullptr;
     for (const char* word = strtok_s(text, " \r\n", &rest); word && desktop.count < kMaxDisplays;
@@ -173,12 +169,7 @@ BOOL WINAPI GetRampOfDesktop(HDC dc, LPVOID data) {
     return display < 1 ? GetDeviceGammaRamp(dc, data) : ReadRamp(display, static_cast<Ramp*>(data));
 }
 
-template <typename T>
-T* At(ULONG_PTR offset) {
-    return reinterpret_cast<T*>(reinterpret_cast<ULONG_PTR>(GetModuleHandleW(nullptr)) + offset);
-}
-
-void ReplaceImport(const char* name, ULONG_PTR* slot) {
+void ReplaceImports() {
     const struct {
         const char* name;
         void* replacement;
@@ -190,27 +181,8 @@ void ReplaceImport(const char* name, ULONG_PTR* slot) {
         {"GetDeviceGammaRamp", reinterpret_cast<void*>(&GetRampOfDesktop)},
     };
     for (const auto& each : replacements) {
-        if (std::strcmp(each.name, name) == 0) {
-            DWORD before = 0;
-            VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &before);
-            *slot = reinterpret_cast<ULONG_PTR>(each.replacement);
-            VirtualProtect(slot, sizeof(*slot), before, &before);
-        }
-    }
-}
-
-void ReplaceImports() {
-    const auto* dos = At<IMAGE_DOS_HEADER>(0);
-    const auto* headers = At<IMAGE_NT_HEADERS>(static_cast<ULONG_PTR>(dos->e_lfanew));
-    const DWORD table = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-    for (auto* library = At<IMAGE_IMPORT_DESCRIPTOR>(table); library->Name; ++library) {
-        const auto* name = At<IMAGE_THUNK_DATA>(library->OriginalFirstThunk);
-        auto* slot = At<ULONG_PTR>(library->FirstThunk);
-        for (; name->u1.AddressOfData; ++name, ++slot) {
-            if (!IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
-                const auto* byName = At<IMAGE_IMPORT_BY_NAME>(name->u1.AddressOfData);
-                ReplaceImport(reinterpret_cast<const char*>(byName->Name), slot);
-            }
+        if (ULONG_PTR* slot = FindImport(each.name)) {
+            Overwrite(slot, &each.replacement, sizeof(each.replacement));
         }
     }
 }

@@ -13,6 +13,8 @@
 // Numbers are decimal or hexadecimal with 0x.
 #include <windows.h>
 
+#include "program_imports.h"
+
 #include <cstdio>
 #include <cstring>
 #include <initializer_list>
@@ -78,48 +80,14 @@ void WriteStub(unsigned char* stub, Failure* failure, ULONG_PTR original) {
     write.Bytes("\xFF\xE0", 2);  // jmp rax
 }
 
-template <typename T>
-T* At(ULONG_PTR offset) {
-    return reinterpret_cast<T*>(reinterpret_cast<ULONG_PTR>(GetModuleHandleW(nullptr)) + offset);
-}
-
-// Writes over memory of the program, whatever its protection.
-void Overwrite(void* place, const void* bytes, std::size_t count) {
-    DWORD before = 0;
-    VirtualProtect(place, count, PAGE_EXECUTE_READWRITE, &before);
-    std::memcpy(place, bytes, count);
-    VirtualProtect(place, count, before, &before);
-    FlushInstructionCache(GetCurrentProcess(), place, count);
-}
-
-ULONG_PTR* FindImport(const char* wanted) {
-    const auto* dos = At<IMAGE_DOS_HEADER>(0);
-    const auto* headers = At<IMAGE_NT_HEADERS>(static_cast<ULONG_PTR>(dos->e_lfanew));
-    const DWORD table = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-    for (auto* library = At<IMAGE_IMPORT_DESCRIPTOR>(table); library->Name; ++library) {
-        const auto* name = At<IMAGE_THUNK_DATA>(library->OriginalFirstThunk);
-        auto* slot = At<ULONG_PTR>(library->FirstThunk);
-        for (; name->u1.AddressOfData; ++name, ++slot) {
-            if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
-                continue;
-            }
-            const auto* byName = At<IMAGE_IMPORT_BY_NAME>(name->u1.AddressOfData);
-            if (std::strcmp(reinterpret_cast<const char*>(byName->Name), wanted) == 0) {
-                return slot;
-            }
-        }
-    }
-    return nullptr;
-}
-
 // What Wine's functions begin with that may be patched while they run: lea rsp, [rsp + 0]
 constexpr char kPatchable[] = "\x48\x8D\xA4\x24\x00\x00\x00\x00";
 constexpr ULONG_PTR kPatchableSize = sizeof(kPatchable) - 1;
 
-// Memory for code that a relative jump at `place` reaches.
-unsigned char* AllocateNear(ULONG_PTR place) {
+// Memory for code that a relative jump at `jump` reaches.
+unsigned char* AllocateNear(ULONG_PTR jump) {
     constexpr ULONG_PTR kGranularity = 0x10000;
-    const ULONG_PTR start = place & ~(kGranularity - 1);
+    const ULONG_PTR start = jump & ~(kGranularity - 1);
     for (ULONG_PTR distance = kGranularity; distance < 0x40000000; distance += kGranularity) {
         for (const ULONG_PTR address : {start - distance, start + distance}) {
             void* const block = VirtualAlloc(reinterpret_cast<void*>(address), kStubSize,

@@ -1,5 +1,5 @@
 // Double of Magnification.dll, which Wine lacks. Records every call in C:\lab\magnification.log and returns
-// the results that C:\lab\magnification.script defines. The matrix in force is stored in the file
+// the results that C:\lab\magnification.script defines. The applied matrix is stored in the file
 // C:\lab\magnification.effect.PROCESS. The file is deleted when the process ends, even if it is killed, so
 // the effect ends with the process. The gamma ramp does not change.
 //
@@ -13,6 +13,8 @@
 //
 // The same file builds a variant for each missing entry point: see LAB_EXPORT_* in CMakeLists.txt.
 #include <windows.h>
+
+#include "script_file.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -33,7 +35,7 @@ constexpr DWORD kNotInitialized = ERROR_NOT_READY;
 // Wine refuses a channel that does not rise and one that rises at its last entry only. At this factor the
 // last entry is 32, which is still displayed as black.
 constexpr double kMinFactor = 32.0 / 65535.0;
-// Between two looks at the script while it holds a call.
+// The period with which the script is read while it holds a call.
 constexpr DWORD kHoldCheckMs = 10;
 
 HANDLE g_effect = INVALID_HANDLE_VALUE;
@@ -43,14 +45,7 @@ char g_script[4096] = {};
 
 void ReadScript() {
     char text[sizeof(g_script)] = {};
-    const HANDLE file =
-        CreateFileW(kScriptPath, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                    nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file != INVALID_HANDLE_VALUE) {
-        DWORD size = 0;
-        ReadFile(file, text, sizeof(text) - 1, &size, nullptr);
-        CloseHandle(file);
-    }
+    ReadScriptFile(kScriptPath, text);
     if (std::strcmp(text, g_script) != 0) {
         std::memcpy(g_script, text, sizeof(text));
         g_effectCalls = 0;

@@ -19,28 +19,9 @@ bool Same(LPCWSTR name, const wchar_t* wanted) {
 }
 
 // Base of every object: each kind overrides the methods that it supports, and the rest fail.
-class Object : public ObjectWithout {
+class Object : public CountedObject<IWbemClassObject, ObjectWithout> {
 public:
-    explicit Object(const wchar_t* name) : lifetime_(name) {}
-    virtual ~Object() = default;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-        const bool known = iid == __uuidof(IUnknown) || iid == __uuidof(IWbemClassObject);
-        *out = known ? this : nullptr;
-        if (!known) {
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return lifetime_.AddReference(); }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = lifetime_.ReleaseReference();
-        if (left == 0) {
-            delete this;
-        }
-        return left;
-    }
+    using CountedObject::CountedObject;
 
     HRESULT STDMETHODCALLTYPE Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE*, LONG*) override {
         CallRecord record(L"Get", lifetime_.Name());
@@ -68,8 +49,6 @@ public:
 
 protected:
     virtual HRESULT GetProperty(LPCWSTR, VARIANT*, CallRecord&) { return WBEM_E_NOT_FOUND; }
-
-    ObjectLifetime lifetime_;
 };
 
 // A panel as a result of one of the two queries.

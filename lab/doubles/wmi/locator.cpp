@@ -17,25 +17,9 @@ namespace {
 constexpr GUID kLocatorClass = {0x4590f811, 0x1d3a, 0x11d0, {0x89, 0x1f, 0x00, 0xaa, 0x00, 0x4b, 0x2e, 0x24}};
 constexpr wchar_t kNamespace[] = L"ROOT\\WMI";
 
-class Locator final : public IWbemLocator {
+class Locator final : public CountedObject<IWbemLocator> {
 public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-        const bool known = iid == __uuidof(IUnknown) || iid == __uuidof(IWbemLocator);
-        *out = known ? this : nullptr;
-        if (!known) {
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return lifetime_.AddReference(); }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = lifetime_.ReleaseReference();
-        if (left == 0) {
-            delete this;
-        }
-        return left;
-    }
+    Locator() : CountedObject(L"locator") {}
 
     HRESULT STDMETHODCALLTYPE ConnectServer(const BSTR resource, const BSTR user, const BSTR password,
                                             const BSTR locale, LONG flags, const BSTR authority,
@@ -58,9 +42,6 @@ public:
         }
         return record.EndWith(scripted.result);
     }
-
-private:
-    ObjectLifetime lifetime_{L"locator"};
 };
 
 // COM may keep a reference to the factory, so it is neither counted nor deleted.

@@ -28,30 +28,12 @@ void RecordString(CallRecord& record, const wchar_t* name, BSTR text) {
 }
 
 // The panels that were active when the query was executed. Their brightness is read when they are fetched.
-class Enumerator final : public EnumeratorWithout {
+class Enumerator final : public CountedObject<IEnumWbemClassObject, EnumeratorWithout> {
 public:
     explicit Enumerator(bool methods)
-        : lifetime_(L"enumerator"),
+        : CountedObject(L"enumerator"),
           methods_(methods),
           panels_(ActivePanels(methods ? L"methods" : L"brightness")) {}
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-        const bool known = iid == __uuidof(IUnknown) || iid == __uuidof(IEnumWbemClassObject);
-        *out = known ? this : nullptr;
-        if (!known) {
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return lifetime_.AddReference(); }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = lifetime_.ReleaseReference();
-        if (left == 0) {
-            delete this;
-        }
-        return left;
-    }
 
     HRESULT STDMETHODCALLTYPE Next(LONG timeout, ULONG count, IWbemClassObject** objects,
                                    ULONG* returned) override {
@@ -79,7 +61,6 @@ public:
     }
 
 private:
-    ObjectLifetime lifetime_;
     bool methods_;
     Rows panels_;
     size_t next_ = 0;
