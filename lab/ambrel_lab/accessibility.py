@@ -6,7 +6,7 @@ from collections import namedtuple
 from contextlib import contextmanager
 
 from .popup import WINDOW_CLASS, Rect
-from .waiting import LIMIT, wait_until
+from .waiting import TIMEOUT, wait_until
 
 # Microsoft's numbers (oleacc.h, winuser.h) by name.
 ROLES = {0x08: "alert", 0x09: "window", 0x0A: "client", 0x29: "text", 0x2B: "button", 0x2C: "check button",
@@ -78,7 +78,7 @@ class AccessibilityActions:
         answer = self.desktop.request("accessible-navigate", WINDOW_CLASS, direction, child)
         return answer["result"], answer["child"]
 
-    def accessible_random(self, seed, count, acts, timeout=5 * LIMIT):
+    def accessible_random(self, seed, count, acts, timeout=5 * TIMEOUT):
         """Makes random calls, with `acts` also those that act: {"succeeded", "refused", "lost"}."""
         return self.desktop.request("accessible-random", WINDOW_CLASS, seed, count, int(acts), timeout=timeout)
 
@@ -88,7 +88,7 @@ class AccessibilityActions:
         failed and the client has ended, and returns that call's result."""
         child = self.desktop.start_tool("accessible-hold", WINDOW_CLASS)
         try:
-            yield lambda: json.loads(child.communicate(timeout=LIMIT)[0])["result"]
+            yield lambda: json.loads(child.communicate(timeout=TIMEOUT)[0])["result"]
         finally:
             child.kill()
             child.wait()
@@ -132,5 +132,5 @@ class EventRecord:
 
     def wait_for(self, *expected):
         """Waits until these events have come, in any order, and takes them with all others so far."""
-        wait_until(lambda: set(expected) <= set(self.read()), f"the events {expected}", actual=self.read)
+        wait_until(lambda: set(expected) <= set(self.read()), f"the events {expected}", state=self.read)
         return self.take()

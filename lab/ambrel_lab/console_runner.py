@@ -12,7 +12,7 @@ from .evidence import save_evidence
 from .lab import Lab
 from .paths import FAILURES, LabError
 
-# Seconds after which a program is treated as hung. Shorter than CTest's limit, after which there is no evidence.
+# Seconds after which a program is treated as hung. Shorter than CTest's timeout, after which there is no evidence.
 HANG_TIMEOUT = 200.0
 
 

@@ -10,7 +10,7 @@ from pathlib import Path
 from .paths import WINE, LabError, windows_environment
 from .prefix import append_registry
 from .processes import end_processes
-from .waiting import LIMIT, wait_until
+from .waiting import TIMEOUT, wait_until
 
 NAME = "shell"
 TOOL = "C:\\lab\\labtool.exe"
@@ -72,7 +72,7 @@ class Desktop:
         """Runs a Windows program until it exits and returns the low eight bits of its exit code."""
         return self.start(command).wait(timeout)
 
-    def tool(self, name, *arguments, timeout=LIMIT):
+    def tool(self, name, *arguments, timeout=TIMEOUT):
         """Sends a command to the resident tool and returns (result, answer)."""
         if self.tool_process is None or self.tool_process.poll() is not None:
             self.tool_process = self._start([TOOL, "serve"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
@@ -94,7 +94,7 @@ class Desktop:
             line += chunk
         return line
 
-    def request(self, name, *arguments, timeout=LIMIT):
+    def request(self, name, *arguments, timeout=TIMEOUT):
         """The tool's answer (None, a number, text, a list or a dict). Raises ToolError if the command fails."""
         result, answer = self.tool(name, *arguments, timeout=timeout)
         if result != OK:
@@ -110,7 +110,7 @@ class Desktop:
         """The tool's answer as a list, empty if there is nothing to list."""
         return self.facts(name, *arguments) or []
 
-    def start_tool(self, name, *arguments, timeout=LIMIT):
+    def start_tool(self, name, *arguments, timeout=TIMEOUT):
         """Starts a tool that keeps running (foreground, clipboard-hold). Returns its process once it is ready."""
         child = self.start([TOOL, name, *arguments], stdout=subprocess.PIPE)
         ready, _, _ = select.select([child.stdout], [], [], timeout)

@@ -17,7 +17,7 @@ from .popup import PopupActions
 from .prefix import Prefix
 from .program import ProgramActions
 from .run import Run
-from .waiting import LIMIT
+from .waiting import TIMEOUT
 from .windows import WindowsActions
 from .x11 import Connection
 
@@ -121,7 +121,7 @@ class Lab(AccessibilityActions, PopupActions, ProgramActions, WindowsActions):
         return picture
 
     def eye_picture(self, path=None):
-        """The screen as the eye sees it: with the colour matrix and the gamma ramp in force applied."""
+        """The screen as the eye sees it: with the current colour matrix and gamma ramp applied."""
         picture = self.connection.picture().through(self.visible_levels())
         if path:
             picture.save(path)
@@ -132,12 +132,12 @@ class Lab(AccessibilityActions, PopupActions, ProgramActions, WindowsActions):
         return self.connection.picture(x, y, 1, 1).pixel(0, 0)
 
     def ramp(self):
-        """The gamma ramp in force: three lists (red, green, blue) of 256 numbers from 0 to 65535, 8 bits exact."""
+        """The current gamma ramp: three lists (red, green, blue) of 256 numbers from 0 to 65535, 8 bits exact."""
         return self.connection.ramp()
 
     def visible_levels(self):
         """Each level as displayed, with colour matrix and gamma ramp applied: three lists as returned by ramp()."""
-        return as_seen(self.magnification.in_force(), self.connection.ramp())
+        return as_seen(self.magnification.applied_factors(), self.connection.ramp())
 
     def set_ramp(self, ramp):
         self.connection.set_ramp(ramp)
@@ -150,7 +150,7 @@ class Lab(AccessibilityActions, PopupActions, ProgramActions, WindowsActions):
         """Sets the results of Magnification.dll from now on; see Magnification.script."""
         self.magnification.script(effect, initialize)
 
-    def run_tool(self, name, *arguments, timeout=LIMIT):
+    def run_tool(self, name, *arguments, timeout=TIMEOUT):
         """Runs a command of tools/main.cpp and returns its answer. Raises ToolError if it fails."""
         return self.desktop.request(name, *arguments, timeout=timeout)
 

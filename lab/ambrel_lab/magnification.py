@@ -40,8 +40,8 @@ class Call:
 
 
 def diagonal_of(cells):
-    for place, cell in enumerate(cells):
-        if place % 6 and cell or place in (18, 24) and cell != 1.0:
+    for index, cell in enumerate(cells):
+        if index % 6 and cell or index in (18, 24) and cell != 1.0:
             raise LabError(f"the lab shows diagonal matrices only, not {cells}")
     return cells[0], cells[6], cells[12]
 
@@ -75,8 +75,8 @@ class Magnification:
         temporary.write_text(text)
         os.replace(temporary, path)
 
-    def in_force(self):
-        """(red, green, blue): the factors of the matrices in force, multiplied over all processes.
+    def applied_factors(self):
+        """(red, green, blue): the factors of the applied matrices, multiplied over all processes.
 
         An effect ends with its process, even a killed one. Raises LabError for a matrix that is not diagonal.
         """

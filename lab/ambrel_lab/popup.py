@@ -5,23 +5,23 @@ from collections import namedtuple
 
 from .layout import MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT, REOPEN_GUARD, UNITS
 from .paths import LabError
-from .waiting import LIMIT, wait_for_value, wait_until, wait_until_settled
+from .waiting import TIMEOUT, wait_for_value, wait_until, wait_until_settled
 
 WINDOW_CLASS = "Ambrel2Class"
 TASKBAR_CLASS = "Shell_TrayWnd"
 MENU_CLASS = "#32768"
-TIP_START = "Ambrel"
+TOOLTIP_START = "Ambrel"
 WM_TIMER, CHECK_ICONS = 0x113, 1
 # A position where only the desktop is visible.
 NOWHERE = (10, 10)
 
 Rect = namedtuple("Rect", "left top right bottom")
-TrayIcon = namedtuple("TrayIcon", "rect tip")
+TrayIcon = namedtuple("TrayIcon", "rect tooltip")
 # `rows` is {text: Rect on the screen} from the top.
 Menu = namedtuple("Menu", "window rows")
 
-# How often a menu is opened that another window covers, and the seconds after which the icon's tip has gone.
-MENU_ATTEMPTS, TIP_TIMEOUT = 3, 10.0
+# How often a menu is opened that another window covers, and the seconds after which the icon's tooltip has disappeared.
+MENU_ATTEMPTS, TOOLTIP_TIMEOUT = 3, 10.0
 # Distance in pixels from the menu's edge that is certainly inside its first or last row.
 MENU_MARGIN = 8
 # Rows found so far, by (dpi, width, height) of the menu. Menus of one size have the same rows.
@@ -55,36 +55,36 @@ class PopupActions:
     # The tray icon
 
     def tray_icons(self):
-        """Every icon that the notification area shows, as TrayIcon(rect, tip). Omits entries without width,
+        """Every icon that the notification area shows, as TrayIcon(rect, tooltip). Omits entries without width,
         which Wine has for icons that are removed or not yet placed."""
-        return [TrayIcon(Rect(row["left"], row["top"], row["right"], row["bottom"]), row["tip"])
+        return [TrayIcon(Rect(row["left"], row["top"], row["right"], row["bottom"]), row["tooltip"])
                 for row in self.desktop.rows("tray") if row["right"] > row["left"]]
 
     def tray_icon(self):
         """The program's icon, or None."""
-        return next((icon for icon in self.tray_icons() if icon.tip.startswith(TIP_START)), None)
+        return next((icon for icon in self.tray_icons() if icon.tooltip.startswith(TOOLTIP_START)), None)
 
-    def tray_tip(self):
-        """The text of the program's tip, or None if there is no icon."""
+    def tray_tooltip(self):
+        """The text of the program's tooltip, or None if there is no icon."""
         icon = self.tray_icon()
-        return icon and icon.tip
+        return icon and icon.tooltip
 
     def tray_icon_position(self):
         """(x, y) of the icon's centre. It moves when other icons appear or disappear."""
         return centre(self.wait_for_tray_icon().rect)
 
-    def wait_for_tray_icon(self, limit=LIMIT):
+    def wait_for_tray_icon(self, timeout=TIMEOUT):
         """Waits until the shell shows the program's TrayIcon and returns it."""
-        return wait_until(self.tray_icon, "the tray icon", limit, actual=self.tray_icons)
+        return wait_until(self.tray_icon, "the tray icon", timeout, state=self.tray_icons)
 
-    def wait_for_tray_tip(self, text, limit=LIMIT):
-        wait_for_value(self.tray_tip, text, "the tip", limit)
+    def wait_for_tray_tooltip(self, text, timeout=TIMEOUT):
+        wait_for_value(self.tray_tooltip, text, "the tooltip", timeout)
 
     def remove_dead_icons(self):
         """Makes the taskbar remove the icons of ended programs now. By itself it does so every two seconds."""
         if self.desktop.started() and self.tray_icon():
             self.send_message(WM_TIMER, CHECK_ICONS, target=TASKBAR_CLASS)
-            wait_until(lambda: not self.tray_icon(), "the removal of an ended program's icon", actual=self.tray_icons)
+            wait_until(lambda: not self.tray_icon(), "the removal of an ended program's icon", state=self.tray_icons)
 
     def click_tray(self, button=1):
         self.click_window(*self.tray_icon_position(), TASKBAR_CLASS, button)
@@ -99,7 +99,7 @@ class PopupActions:
     def wait_for_window_at(self, x, y, target):
         """Waits until the topmost window at a position has this class or "0x..." handle."""
         wait_until(lambda: (window := self.window_at(x, y)) and target in (window.handle, window.window_class),
-                   f"{target} to be the window at {x}, {y}", actual=lambda: (self.window_at(x, y), self.windows()))
+                   f"{target} to be the window at {x}, {y}", state=lambda: (self.window_at(x, y), self.windows()))
 
     def click_window(self, x, y, target, button=1):
         """Clicks a position of the screen as soon as the window of that class or handle is topmost there."""
@@ -107,7 +107,7 @@ class PopupActions:
         self.input.release(button)
 
     def press_window(self, x, y, target, button=1):
-        # The pointer moves first, because that can show or hide a tip.
+        # The pointer moves first, because that can show or hide a tooltip.
         self.input.move(x, y)
         self.wait_for_window_at(x, y, target)
         self.input.press(x, y, button)
@@ -127,7 +127,7 @@ class PopupActions:
 
     def wait_for_foreground(self):
         """Waits until the popup has the foreground and the program has finished activating it."""
-        wait_until(self.popup_is_foreground, "the popup in the foreground", actual=self.windows)
+        wait_until(self.popup_is_foreground, "the popup in the foreground", state=self.windows)
         self.send_message(0)
 
     def popup_rect(self):
@@ -135,10 +135,10 @@ class PopupActions:
         found = self.window_facts()
         return found and Rect(found["left"], found["top"], found["right"], found["bottom"])
 
-    def wait_for_popup(self, visible=True, limit=LIMIT):
+    def wait_for_popup(self, visible=True, timeout=TIMEOUT):
         """Waits until the popup is shown (or hidden) and no longer moves, and returns its Rect."""
-        wait_until(lambda: self.popup_visible() == visible, f"the popup to be visible={visible}", limit,
-                   actual=lambda: (self.window_facts(), self.windows()))
+        wait_until(lambda: self.popup_visible() == visible, f"the popup to be visible={visible}", timeout,
+                   state=lambda: (self.window_facts(), self.windows()))
         self._window_that_was_shown = (self.window_facts() or {}).get("handle")
         return wait_until_settled(self.popup_rect, "the popup's rectangle", pause=0.002)
 
@@ -207,8 +207,8 @@ class PopupActions:
         return self.wait_for_menu()
 
     def topmost_at(self, x, y, handle):
-        """Whether a window is the topmost at a position, or becomes it soon. The icon's tip goes away by itself."""
-        deadline = time.monotonic() + TIP_TIMEOUT
+        """Whether a window is topmost at a position, or becomes topmost soon: the icon's tooltip disappears by itself."""
+        deadline = time.monotonic() + TOOLTIP_TIMEOUT
         while not ((window := self.window_at(x, y)) and window.handle == handle):
             if time.monotonic() > deadline:
                 return False
@@ -258,7 +258,7 @@ class PopupActions:
                 for text, row in ((MENU_LAUNCH, first), (MENU_LEGACY_MODE, second), (MENU_QUIT, last))}
 
     def click_menu_row(self, menu, text):
-        """Clicks a row of an open Menu once no other window, such as the icon's tip, covers it."""
+        """Clicks a row of an open Menu once no other window, such as the icon's tooltip, covers it."""
         if text not in menu.rows:
             raise LabError(f"the menu has no row '{text}': {list(menu.rows)}")
         self.click_window(*centre(menu.rows[text]), menu.window.handle)
@@ -276,4 +276,4 @@ class PopupActions:
         self.wait_for_menu_end()
 
     def wait_for_menu_end(self):
-        wait_until(lambda: not self.menu_window(), "the tray menu to close", actual=self.windows)
+        wait_until(lambda: not self.menu_window(), "the tray menu to close", state=self.windows)

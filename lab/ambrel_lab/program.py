@@ -6,7 +6,7 @@ from pathlib import Path
 from .paths import LabError
 from .popup import WINDOW_CLASS
 from .processes import kill, processes_named, processor_time
-from .waiting import LIMIT, wait_until
+from .waiting import TIMEOUT, wait_until
 
 
 class ProgramActions:
@@ -38,10 +38,10 @@ class ProgramActions:
             child.poll()
         return bool(self.program_pids())
 
-    def wait_for_exit(self, limit=LIMIT):
+    def wait_for_exit(self, timeout=TIMEOUT):
         """Waits until no instance runs. Returns the low eight bits of the exit code of start_program's last process."""
-        wait_until(lambda: not self.program_running(), f"the exit of {self.program_image}", limit,
-                   actual=lambda: (self.program_pids(), self.windows()))
+        wait_until(lambda: not self.program_running(), f"the exit of {self.program_image}", timeout,
+                   state=lambda: (self.program_pids(), self.windows()))
         return self.program.wait() if self.program else None
 
     def kill_program(self):
@@ -76,16 +76,16 @@ class ProgramActions:
     def post_message(self, message, wparam=0, lparam=0, target=WINDOW_CLASS):
         self.desktop.request("message", target, "post", message, wparam, lparam)
 
-    def send_message(self, message, wparam=0, lparam=0, target=WINDOW_CLASS, timeout=LIMIT):
+    def send_message(self, message, wparam=0, lparam=0, target=WINDOW_CLASS, timeout=TIMEOUT):
         """The window procedure's result as a signed number. Raises ToolError if the message cannot be sent."""
         answer = self.desktop.request("message", target, "send", message, wparam, lparam, int(timeout * 1000),
-                                  timeout=timeout + LIMIT)
+                                  timeout=timeout + TIMEOUT)
         return answer["result"]
 
-    def call_window(self, message, wparam=0, lparam=0, target=WINDOW_CLASS, timeout=LIMIT):
+    def call_window(self, message, wparam=0, lparam=0, target=WINDOW_CLASS, timeout=TIMEOUT):
         """Like send_message, but COM allows the program to make calls during the message, as in a timer."""
         answer = self.desktop.request("message", target, "call", message, wparam, lparam, int(timeout * 1000),
-                                  timeout=timeout + LIMIT)
+                                  timeout=timeout + TIMEOUT)
         return answer["result"]
 
     def send_data(self, message, wparam, data, target=WINDOW_CLASS):
@@ -94,7 +94,7 @@ class ProgramActions:
 
     def random_messages(self, seed, count, target=WINDOW_CLASS):
         """Sends and posts `count` random messages without pointers: {"sent", "posted", "unanswered"}."""
-        return self.desktop.request("messages-random", target, seed, count, timeout=LIMIT + count)
+        return self.desktop.request("messages-random", target, seed, count, timeout=TIMEOUT + count)
 
     @property
     def settings_folder(self):

@@ -13,7 +13,7 @@ from .desktop import TOOL
 from .hardware_selftest import hardware_checks
 from .lab import Lab
 from .paths import STATE
-from .waiting import LIMIT, wait_until
+from .waiting import TIMEOUT, wait_until
 from .x11 import identity_ramp
 
 LONGEST_LINE = "\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%"
@@ -76,7 +76,7 @@ def check_screen(lab):
 def library_of_new_process(lab):
     """The functions of the library that a program that starts now finds."""
     child = lab.desktop.start([TOOL, "magnify", "1", "1", "1"], stdout=subprocess.PIPE)
-    return json.loads(child.communicate(timeout=LIMIT)[0])
+    return json.loads(child.communicate(timeout=TIMEOUT)[0])
 
 
 def white(lab):
@@ -101,7 +101,7 @@ def check_magnification(lab):
     lab.run_tool("magnify", 1000, 1000, 1000, "keep")
     child = lab.desktop.start([TOOL, "magnify", "500", "1000", "1000", "keep"], stdout=subprocess.PIPE)
     child.communicate(timeout=20)
-    wait_until(lambda: lab.magnification.in_force() == (1.0, 1.0, 1.0), "the removal of the effect of an ended process")
+    wait_until(lambda: lab.magnification.applied_factors() == (1.0, 1.0, 1.0), "the removal of the effect of an ended process")
     lab.magnification.install("without-effect")
     # A running program keeps the library that it has loaded; a new one loads the installed one.
     found = library_of_new_process(lab)
@@ -154,7 +154,7 @@ def check_end(build_dir, number):
     folder = Path(process.stdout.readline().strip())
     assert folder.parent == STATE / "runs" and len(still_alive(folder)) > 5, folder
     process.send_signal(number)
-    process.wait(LIMIT)
+    process.wait(TIMEOUT)
     process.stdout.close()
     wait_until(lambda: not still_alive(folder) and not folder.exists(), f"the end of all processes after {number.name}")
 

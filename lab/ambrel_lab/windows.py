@@ -5,7 +5,7 @@ from contextlib import contextmanager
 
 from .desktop import NOT_FOUND, OK, ToolError
 from .prefix import append_registry
-from .waiting import LIMIT, wait_until
+from .waiting import TIMEOUT, wait_until
 
 MessageBox = namedtuple("MessageBox", "handle title text buttons owner process")
 Window = namedtuple("Window", "handle window_class title left top right bottom process")
@@ -84,14 +84,14 @@ class WindowsActions:
             boxes.append(MessageBox(**row))
         return boxes
 
-    def wait_for_message_box(self, limit=LIMIT):
-        return wait_until(self.message_boxes, "a message box", limit, actual=self.windows)[0]
+    def wait_for_message_box(self, timeout=TIMEOUT):
+        return wait_until(self.message_boxes, "a message box", timeout, state=self.windows)[0]
 
     def press_button(self, box, number=None):
         """Presses a button of a message box (the first one if no id is given) and waits until the box is closed."""
         self.desktop.request("press", box.handle, number or next(iter(box.buttons)))
         wait_until(lambda: box.handle not in [other.handle for other in self.message_boxes()],
-                   "the message box to close", actual=self.message_boxes)
+                   "the message box to close", state=self.message_boxes)
 
     def change_mode(self, width, height):
         """Changes the desktop's resolution, which sends WM_DISPLAYCHANGE."""
@@ -107,9 +107,9 @@ class WindowsActions:
 
     def sign_in(self):
         """Starts the programs of the Run keys, as signing in to Windows does."""
-        self.desktop.run(["wineboot"], timeout=4 * LIMIT)
+        self.desktop.run(["wineboot"], timeout=4 * TIMEOUT)
 
     def end_session(self):
         """Ends the session: WM_QUERYENDSESSION, WM_ENDSESSION, then termination of every program with windows."""
         # Without --shutdown Wine signs in again immediately and starts the programs of the Run keys.
-        self.desktop.run(["wineboot", "--end-session", "--shutdown"], timeout=4 * LIMIT)
+        self.desktop.run(["wineboot", "--end-session", "--shutdown"], timeout=4 * TIMEOUT)

@@ -103,7 +103,7 @@ class Connection:
         return size.value if known else 0
 
     def ramp(self):
-        """The gamma ramp in force: three lists (red, green, blue) of numbers from 0 to 65535.
+        """The current gamma ramp: three lists (red, green, blue) of numbers from 0 to 65535.
 
         The lab's screen keeps 8 bits of each value, so a ramp reads back within 256 of the one that was set.
         """

@@ -2,7 +2,7 @@
 
 from ambrel_lab.hardware import Monitor, Panel
 from ambrel_lab.layout import CARD, CARD_OUTLINE
-from ambrel_lab.waiting import LIMIT
+from ambrel_lab.waiting import TIMEOUT
 
 AMBER, GREY, GREEN = (255, 210, 0), (110, 110, 110), (0, 214, 124)
 WM_DISPLAYCHANGE = 0x7E
@@ -17,8 +17,8 @@ def accent_is(stage, colour):
     return colour in column
 
 
-def expect_card(stage, name, what, colour, limit=LIMIT):
-    stage.expect(f"the card says {what}", lambda: accent_is(stage, colour), limit)
+def expect_card(stage, name, what, colour, timeout=TIMEOUT):
+    stage.expect(f"the card says {what}", lambda: accent_is(stage, colour), timeout)
     stage.save(name)
 
 

@@ -11,18 +11,18 @@ IDENTITY_AT_FULL_WHITE = [65535] * 3
 def drag_warmth(stage):
     lab = stage.lab
     lab.click_unit(*POWER)
-    stage.expect("the red button turns the filter on", lambda: (lab.tray_tip() or "").startswith("Ambrel - ON"))
+    stage.expect("the red button turns the filter on", lambda: (lab.tray_tooltip() or "").startswith("Ambrel - ON"))
     x, y = WARMTH_THUMB
     lab.drag_unit(x, y, x, y - 60)
     stage.expect("dragging WARMTH upwards makes the screen warmer",
-                 lambda: lab.tray_tip() == "Ambrel - ON (2028K, 100%)")
+                 lambda: lab.tray_tooltip() == "Ambrel - ON (2028K, 100%)")
     stage.expect("the drag is saved", lambda: stage.setting_is("Intensity", "688"))
     stage.save("2-dragged")
 
 
 def choose_evening(stage):
     stage.lab.click_unit(*PRESETS["EVENING"])
-    stage.expect("EVENING shows 2700 K at 85%", lambda: stage.lab.tray_tip() == "Ambrel - ON (2700K, 85%)")
+    stage.expect("EVENING shows 2700 K at 85%", lambda: stage.lab.tray_tooltip() == "Ambrel - ON (2700K, 85%)")
     stage.expect("the screen has EVENING's colour", lambda: stage.full_white_is(EVENING_AT_FULL_WHITE))
     stage.expect("EVENING is saved", lambda: stage.setting_is("Brightness", "850"))
     stage.save("3-evening")
@@ -30,7 +30,7 @@ def choose_evening(stage):
 
 def press_power(stage):
     stage.lab.click_unit(*POWER)
-    stage.expect("the red button turns the filter off", lambda: stage.lab.tray_tip() == "Ambrel - OFF")
+    stage.expect("the red button turns the filter off", lambda: stage.lab.tray_tooltip() == "Ambrel - OFF")
     stage.expect("the screen is restored", lambda: stage.full_white_is(IDENTITY_AT_FULL_WHITE))
     stage.lab.click_unit(*POWER)
     stage.expect("the red button turns the filter on again", lambda: stage.full_white_is(EVENING_AT_FULL_WHITE))

@@ -2,7 +2,7 @@
 
 from ambrel_lab import LabError
 from ambrel_lab.layout import HEADER, HEADER_COLOUR, MENU_QUIT
-from ambrel_lab.waiting import LIMIT, wait_until
+from ambrel_lab.waiting import TIMEOUT, wait_until
 
 EIGHT_BITS = 256  # the screen's gamma ramp is 8 bits deep
 
@@ -12,15 +12,15 @@ class Stage:
         self.lab, self.pictures = lab, pictures
         self.seen = []
 
-    def expect(self, what, happened, limit=LIMIT):
+    def expect(self, what, happened, timeout=TIMEOUT):
         """Waits until a step has succeeded and prints `what`, which names the expected result."""
-        self.wait(what, happened, limit)
+        self.wait(what, happened, timeout)
         print(f"  {what}", flush=True)
 
-    def wait(self, what, happened, limit=LIMIT):
+    def wait(self, what, happened, timeout=TIMEOUT):
         """Like expect(), but prints nothing on success: for steps that are repeated often."""
         try:
-            wait_until(happened, what, limit)
+            wait_until(happened, what, timeout)
         except LabError as error:
             raise LabError(f"Failed: {what}. ({error})") from None
 

@@ -1,7 +1,7 @@
 """Scenario: the support report is copied with its button and pasted."""
 
 from ambrel_lab.layout import CLOSE, GEAR, SUPPORT, SUPPORT_COPIED, SUPPORT_NORMAL, SUPPORT_SURFACE
-from ambrel_lab.waiting import LIMIT
+from ambrel_lab.waiting import TIMEOUT
 
 HEAD = "TO: support@ambrel.example\r\nSUBJECT: Ambrel Windows "
 END = "\r\n=== END DIAGNOSTICS ===\r\n"
@@ -33,7 +33,7 @@ def show(stage):
     path = stage.pictures / "23-support-bundle.txt"
     path.write_bytes(text.encode("utf-8"))
     stage.expect("after five seconds the button looks as before", lambda: button_is(stage, SUPPORT_NORMAL),
-                 COPIED_DURATION + LIMIT)
+                 COPIED_DURATION + TIMEOUT)
     stage.lab.click_unit(*CLOSE)
     stage.quit()
     stage.expect("the report stays on the clipboard after the program has ended",

@@ -28,8 +28,8 @@ MARK_LENGTH, NUMBERS_BASE, NUMBERS_MARGIN, NUMBERS_COLOUR = 6, 24, 4, (200, 200,
 FONT = ImageFont.truetype(str(DEJAVU / "DejaVuSans.ttf"), 18)
 
 
-def tip_is(stage, text):
-    return stage.lab.tray_tip() == f"Ambrel - {text}"
+def tooltip_is(stage, text):
+    return stage.lab.tray_tooltip() == f"Ambrel - {text}"
 
 
 def button_is_red(stage):
@@ -43,7 +43,7 @@ def strip(stage):
 
 def show_popup(stage):
     stage.lab.click_unit(*PRESETS["EVENING"])
-    stage.expect("EVENING turns the filter on", lambda: tip_is(stage, "ON (2700K, 85%)"))
+    stage.expect("EVENING turns the filter on", lambda: tooltip_is(stage, "ON (2700K, 85%)"))
     stage.expect("the big button is red", lambda: button_is_red(stage))
     return stage.lab.popup_picture()
 
@@ -65,16 +65,16 @@ def drag_warmth_through(stage):
     """Returns the factors for red, green and blue that Windows receives at every step from 6500 K to 0 K."""
     lab = stage.lab
     lab.click_unit(*PRESETS["DAY"])
-    stage.expect("DAY shows 4000 K at 100%", lambda: tip_is(stage, "ON (4000K, 100%)"))
+    stage.expect("DAY shows 4000 K at 100%", lambda: tooltip_is(stage, "ON (4000K, 100%)"))
     lab.drag_unit(*WARMTH_THUMB, WARMTH_X, TRACK_BOTTOM + BEYOND)
-    stage.expect("a drag of WARMTH down to the end is neutral", lambda: tip_is(stage, "ON (6500K, 100%)"))
+    stage.expect("a drag of WARMTH down to the end is neutral", lambda: tooltip_is(stage, "ON (6500K, 100%)"))
     start = TRACK_BOTTOM - 1  # the lowest position within the slider
     lab.press_unit(WARMTH_X, start)
     factors = []
     for step in range(STEPS + 1):
         lab.move_unit(WARMTH_X, start - step * STEP)
-        tip = f"ON ({round(kelvin_at(step))}K, 100%)"
-        stage.wait(f"WARMTH dragged up shows {tip}", lambda: tip_is(stage, tip))
+        tooltip = f"ON ({round(kelvin_at(step))}K, 100%)"
+        stage.wait(f"WARMTH dragged up shows {tooltip}", lambda: tooltip_is(stage, tooltip))
         matrices = [call for call in lab.magnification_calls() if call.matrix]
         factors.append(matrices[-1].diagonal if matrices else None)
     lab.release()

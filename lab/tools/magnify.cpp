@@ -29,7 +29,7 @@ Library LoadMagnification() {
 }  // namespace
 
 // magnify RED GREEN BLUE [keep]: sets that colour (factors in thousandths) with Magnification.dll and reports
-// the functions that the library exports and their results. With "keep" the effect stays in force and the
+// the functions that the library exports and their results. With "keep" the effect stays applied and the
 // library stays loaded.
 int CallMagnification(const Arguments& arguments, Json& answer) {
     const Library library = LoadMagnification();

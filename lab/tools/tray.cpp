@@ -1,6 +1,6 @@
 // Wine's notification area draws its icons itself and registers each as a tool of one tooltip control, which
-// therefore has the rectangle and the tip of every icon. The control belongs to another process, so the query
-// structure is allocated in that process's memory.
+// therefore has the rectangle and the tooltip of every icon. The control belongs to another process, so the
+// query structure is allocated in that process's memory.
 #include "tool.h"
 
 #include <commctrl.h>
@@ -8,11 +8,11 @@
 namespace {
 
 constexpr UINT kQueryTimeoutMs = 2000;
-constexpr size_t kTipLength = 1024;
+constexpr size_t kTooltipLength = 1024;
 
 struct ToolQuery {
     TTTOOLINFOW tool;
-    wchar_t tip[kTipLength];
+    wchar_t tooltip[kTooltipLength];
 };
 
 HWND FindTooltip(DWORD process) {
@@ -40,27 +40,27 @@ std::vector<Json> CollectTools(HWND tooltip, HANDLE process, ToolQuery* remote) 
     for (DWORD_PTR i = 0; i < count; ++i) {
         ToolQuery query = {};
         query.tool.cbSize = sizeof(query.tool);
-        query.tool.lpszText = remote->tip;
+        query.tool.lpszText = remote->tooltip;
         WriteProcessMemory(process, remote, &query, sizeof(query), nullptr);
         if (!SendWithTimeout(tooltip, TTM_ENUMTOOLSW, i, &remote->tool)) {
             continue;
         }
         ReadProcessMemory(process, remote, &query, sizeof(query), nullptr);
-        query.tip[kTipLength - 1] = L'\0';
+        query.tooltip[kTooltipLength - 1] = L'\0';
         RECT rect = query.tool.rect;
         MapWindowPoints(query.tool.hwnd, nullptr, reinterpret_cast<POINT*>(&rect), 2);
         tools.push_back(JsonObject({{"left", rect.left},
                                     {"top", rect.top},
                                     {"right", rect.right},
                                     {"bottom", rect.bottom},
-                                    {"tip", query.tip}}));
+                                    {"tooltip", query.tooltip}}));
     }
     return tools;
 }
 
 }  // namespace
 
-// Every icon of the notification area: left, top, right, bottom on the screen, and tip.
+// Every icon of the notification area: left, top, right, bottom on the screen, and tooltip.
 int ListTrayIcons(const Arguments&, Json& answer) {
     DWORD processId = 0;
     const HWND taskbar = FindWindowW(L"Shell_TrayWnd", nullptr);

@@ -54,12 +54,12 @@ def title_of(document):
 
 def article(document, documents):
     """One document's part of the page. Its anchors start with its name, because two documents may share a heading."""
-    def place(file, part):
+    def anchor_of(file, part):
         return f"{file.stem}-{part}" if part else file.stem
 
     def heading(match):
         level, title = match.groups()
-        return f'<h{level} id="{place(document, anchor(title))}">{title}</h{level}>'
+        return f'<h{level} id="{anchor_of(document, anchor(title))}">{title}</h{level}>'
 
     def picture(match):
         return f'src="{picture_data((document.parent / html.unescape(match.group(1))).resolve())}"'
@@ -73,7 +73,7 @@ def article(document, documents):
         if file not in documents:
             raise PackagingError(f"{document} links to {target}, which is not part of the page")
         # A reader of the page does not know the files' names.
-        return f'<a href="#{place(file, part)}">{title_of(file) if text == path else text}</a>'
+        return f'<a href="#{anchor_of(file, part)}">{title_of(file) if text == path else text}</a>'
 
     def cell(match):
         return match.group(0).replace("\\", "\\<wbr>")
@@ -88,8 +88,8 @@ def article(document, documents):
 
 def check_anchors(page):
     """Raises PackagingError if a link within the page has no target."""
-    places = set(re.findall(r'id="([^"]*)"', page))
-    dead = [target for target in re.findall(r'href="#([^"]*)"', page) if target not in places]
+    anchors = set(re.findall(r'id="([^"]*)"', page))
+    dead = [target for target in re.findall(r'href="#([^"]*)"', page) if target not in anchors]
     if dead:
         raise PackagingError(f"links without a target in the page: {', '.join(dead)}")
 

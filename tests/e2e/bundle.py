@@ -7,7 +7,7 @@ import time
 
 from ambrel_lab.layout import SUPPORT, SUPPORT_COPIED as COPIED, SUPPORT_NORMAL as NORMAL, SUPPORT_SURFACE as SURFACE
 
-from desk import LIMIT, wait_for_value, wait_until
+from desk import TIMEOUT, wait_for_value, wait_until
 from panels import show_settings
 
 COPIED_LINE = re.compile(r"Support bundle copied to clipboard \((\d+) chars\)")
@@ -39,7 +39,7 @@ class Machine:
 
     def __init__(self, desk):
         self.desk = desk
-        self.original = {name: desk.registry_get(*place) for name, place in REGISTRY_VALUES.items()}
+        self.original = {name: desk.registry_get(*key) for name, key in REGISTRY_VALUES.items()}
 
     def set(self, **values):
         """Sets values by name; None deletes a value."""
@@ -103,8 +103,8 @@ def button_state(desk):
     return {NORMAL: "normal", COPIED: "copied"}.get(desk.popup_picture().pixel(*SURFACE))
 
 
-def wait_for_button_state(desk, wanted, limit=LIMIT):
-    wait_for_value(lambda: button_state(desk), wanted, "the state of the support button", limit)
+def wait_for_button_state(desk, wanted, timeout=TIMEOUT):
+    wait_for_value(lambda: button_state(desk), wanted, "the state of the support button", timeout)
 
 
 def press(desk):
@@ -120,7 +120,7 @@ def copy(desk):
     show_settings(desk)
     logged, since = len(copies(desk)), time.time()
     desk.click_unit(*SUPPORT)
-    wait_until(lambda: len(copies(desk)) > logged, "the line that the report was copied", actual=desk.log)
+    wait_until(lambda: len(copies(desk)) > logged, "the line that the report was copied", state=desk.log)
     return Report(desk.clipboard_text(), since, time.time())
 
 

@@ -13,14 +13,14 @@ sys.path.insert(0, str(ROOT / "lab"))
 # pylint: disable=wrong-import-position
 from ambrel_lab import Lab, LabError  # noqa: E402
 from ambrel_lab.layout import (CLOSE, GEAR, MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT, POWER,  # noqa: E402
-                               PRESETS as PRESET_PLACES, REOPEN_GUARD, SETTINGS_ROWS, SLIDER_X, SLIDER_Y)
+                               PRESETS as PRESET_POSITIONS, REOPEN_GUARD, SETTINGS_ROWS, SLIDER_X, SLIDER_Y)
 from ambrel_lab.popup import MENU_CLASS  # noqa: E402
-from ambrel_lab.waiting import LIMIT, wait_for_value, wait_until, wait_until_settled  # noqa: E402
+from ambrel_lab.waiting import TIMEOUT, wait_for_value, wait_until, wait_until_settled  # noqa: E402
 
 import model  # noqa: E402
 
-__all__ = ["ATTEMPTS", "CLOSE", "GEAR", "LIMIT", "MARKER", "MENU_CLASS", "MENU_LAUNCH", "MENU_LEGACY_MODE", "MENU_QUIT",
-           "POWER", "PRESET_PLACES", "REOPEN_GUARD", "ROOT", "SAVE_DELAY", "SETTINGS_ROWS", "SLIDER_X", "SLIDER_Y",
+__all__ = ["ATTEMPTS", "CLOSE", "GEAR", "TIMEOUT", "MARKER", "MENU_CLASS", "MENU_LAUNCH", "MENU_LEGACY_MODE", "MENU_QUIT",
+           "POWER", "PRESET_POSITIONS", "REOPEN_GUARD", "ROOT", "SAVE_DELAY", "SETTINGS_ROWS", "SLIDER_X", "SLIDER_Y",
            "Desk", "LabError", "act_within",  "wait_for_value", "wait_until", "wait_until_settled"]
 
 # The build whose program is tested; by default the lab's own choice.
@@ -58,9 +58,9 @@ class Desk(Lab):
             if (code := program.poll()) is not None:
                 raise LabError(f"the program ended with {code} instead of showing its icon")
             return self.tray_icons()
-        wait_until(shown, "the tray icon", actual=self.windows, pause=0.1)
+        wait_until(shown, "the tray icon", state=self.windows, pause=0.1)
         self.wait_for_icon()
-        wait_until(self.window_facts, "the program's window", actual=self.windows)
+        wait_until(self.window_facts, "the program's window", state=self.windows)
         return self
 
     def start_fresh(self, settings=None, effect=(0,), initialize=0):
@@ -96,7 +96,7 @@ class Desk(Lab):
         return bool(self.tray_icon())
 
     def wait_for_icon(self, shown=True):
-        wait_until(lambda: self.icon_shown() == shown, f"the tray icon to be shown={shown}", actual=self.tray_icons)
+        wait_until(lambda: self.icon_shown() == shown, f"the tray icon to be shown={shown}", state=self.tray_icons)
 
     # Actions
 
@@ -106,7 +106,7 @@ class Desk(Lab):
 
     def choose(self, preset):
         self.show()
-        self.click_unit(*PRESET_PLACES[preset])
+        self.click_unit(*PRESET_POSITIONS[preset])
 
     def slide(self, slider, up, steps=10, release=True):
         """Drags a slider from the middle of its track by `up` design units."""
@@ -150,12 +150,12 @@ class Desk(Lab):
             saved = self.saves() > saves and f"\n{key}={switched}\n" in self.settings_text()
             return (saved or self.message_boxes() != boxes) and not self.menu_window()
         wait_until(done, f"{key}={switched} or a message box",
-                   actual=lambda: (self.log(), self.settings_text(), self.windows()))
+                   state=lambda: (self.log(), self.settings_text(), self.windows()))
 
     # Checks
 
-    def wait_for_tip(self, text):
-        wait_for_value(self.tray_tip, text, "the tip")
+    def wait_for_tooltip(self, text):
+        wait_for_value(self.tray_tooltip, text, "the tooltip")
 
     def shows(self, factors):
         """Whether the screen is displayed with exactly these factors, regardless of the pipeline."""
@@ -165,9 +165,9 @@ class Desk(Lab):
         """Waits until the screen is displayed with these factors and alone() says that one pipeline makes them."""
         white = [channel[255] for channel in model.ramp(factors)]
         wait_until(lambda: self.shows(factors) and alone(), f"a screen that displays white as {white} by one pipeline",
-                   actual=lambda: ([channel[255] for channel in self.visible_levels()],
+                   state=lambda: ([channel[255] for channel in self.visible_levels()],
                                    ramp_distance(self.visible_levels(), model.ramp(factors)),
-                                   f"ramp plain: {self.ramp_is_plain()}", self.magnification.in_force()))
+                                   f"ramp plain: {self.ramp_is_plain()}", self.magnification.applied_factors()))
 
     def ramp_is_plain(self):
         return ramp_distance(self.ramp(), model.ramp(model.IDENTITY)) <= RAMP_TOLERANCE
@@ -180,7 +180,7 @@ class Desk(Lab):
     def wait_for_legacy_colour(self, intensity, brightness):
         """Waits until the filter is on the screen through the gamma ramp only."""
         self.wait_for_factors(model.factors(intensity, brightness),
-                              lambda: self.magnification.in_force() == model.IDENTITY)
+                              lambda: self.magnification.applied_factors() == model.IDENTITY)
 
     def wait_for_plain_screen(self):
         self.wait_for_factors(model.IDENTITY)
@@ -199,7 +199,7 @@ class Desk(Lab):
 
     def wait_for_log(self, message, times=1):
         wait_until(lambda: self.log().count(message) >= times, f"'{message}' in the event log, {times} times",
-                   actual=self.log)
+                   state=self.log)
 
     def saves(self):
         return self.log().count("Saved settings")
@@ -218,7 +218,7 @@ class Desk(Lab):
     def loaded(self):
         """The values that the program logs as read from settings.ini."""
         wait_until(lambda: any(line.startswith("Loaded settings") for line in self.log()), "the settings",
-                   actual=self.log)
+                   state=self.log)
         return next(line for line in self.log() if line.startswith("Loaded settings")).partition(": ")[2]
 
 

@@ -23,10 +23,10 @@ def find_rectangle(exe, condition):
     for name, address, offset, size in sections(data):
         if name != ".rdata":
             continue
-        for place in range(0, size - 16, 4):
-            left, top = struct.unpack_from("<2i", data, offset + place)
+        for position in range(0, size - 16, 4):
+            left, top = struct.unpack_from("<2i", data, offset + position)
             if condition(left, top):
-                return address + place, left, top
+                return address + position, left, top
     raise AssertionError("the program's constants hold no such rectangle")
 
 

@@ -91,15 +91,15 @@ def per_mille(value):
 
 
 def percent(value):
-    """A brightness as tip and panel show it."""
+    """A brightness as the tooltip and the panel show it."""
     return int(value * 100.0)
 
 
-def tip_on(intensity, brightness):
+def tooltip_on(intensity, brightness):
     return f"Ambrel - ON ({whole_kelvin(intensity)}K, {percent(brightness)}%)"
 
 
-TIP_OFF = "Ambrel - OFF"
+TOOLTIP_OFF = "Ambrel - OFF"
 
 
 def dragged(start, up, floor=0.0):

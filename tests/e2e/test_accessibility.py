@@ -90,7 +90,7 @@ def blocked_fixture(file_desk):
     """The file's desk with the popup open and a ramp that Windows refuses."""
     file_desk.start_fresh({"UseLegacyGamma": 1, "Intensity": 1000, "Brightness": 700})
     file_desk.press_power()
-    wait_until(lambda: ("button", BLOCKED, "Press") in told(file_desk), "the banner", actual=lambda: told(file_desk))
+    wait_until(lambda: ("button", BLOCKED, "Press") in told(file_desk), "the banner", state=lambda: told(file_desk))
     return file_desk
 
 
@@ -265,7 +265,7 @@ def round_half_up(value):
 
 def show_settings_by_press(desk):
     press(desk, "SETTINGS")
-    wait_until(lambda: told(desk)[0] == ("text", "SETTINGS"), "the settings panel", actual=lambda: told(desk))
+    wait_until(lambda: told(desk)[0] == ("text", "SETTINGS"), "the settings panel", state=lambda: told(desk))
 
 
 def test_the_hit_test_finds_each_control_and_nothing_outside(popup):
@@ -519,7 +519,7 @@ def test_clients_leave_no_handles_behind(popup):
     for _ in range(20):
         told(popup)
     wait_until(lambda: popup.open_handles() <= before + FEW, "the handles to be closed",
-               actual=lambda: (before, popup.open_handles()))
+               state=lambda: (before, popup.open_handles()))
 
 
 def test_the_page_on_accessibility_shows_the_current_walk(popup):

@@ -43,7 +43,7 @@ class ObjectCount:
 
     def assert_unchanged(self):
         """Waits, because a paint in progress has temporary objects. A leak does not disappear."""
-        wait_until(lambda: self.more() == 0, "no more GDI objects than before", actual=self.more)
+        wait_until(lambda: self.more() == 0, "no more GDI objects than before", state=self.more)
 
 
 def hide(desk):
@@ -123,11 +123,11 @@ def test_two_hundred_drag_steps_leak_no_gdi_object(file_desk, settings):
     desk = file_desk.start_fresh(settings)
     desk.press_power()
     drag_up_and_down(desk, 1)
-    desk.wait_for_tip(model.tip_on(0.385, 1.0))
+    desk.wait_for_tooltip(model.tooltip_on(0.385, 1.0))
     objects = ObjectCount(desk)
     assert desk.gdi_objects() > 0
     drag_up_and_down(desk, 4)
-    desk.wait_for_tip(model.tip_on(0.385, 1.0))
+    desk.wait_for_tooltip(model.tooltip_on(0.385, 1.0))
     objects.assert_unchanged()
 
 
@@ -135,12 +135,12 @@ def test_forty_clicks_leak_no_gdi_object(desk):
     desk.choose("NIGHT")
     desk.choose("DAY")
     desk.press_power()
-    desk.wait_for_tip(model.TIP_OFF)
+    desk.wait_for_tooltip(model.TOOLTIP_OFF)
     objects = ObjectCount(desk)
     x, y = desk.unit_to_screen(*POWER)
     desk.input.click_repeatedly(x, y, 40, 0.015)
     wait_until(lambda: len(desk.effects()) == 43, "forty clicks")
-    desk.wait_for_tip(model.TIP_OFF)
+    desk.wait_for_tooltip(model.TOOLTIP_OFF)
     objects.assert_unchanged()
 
 
@@ -162,7 +162,7 @@ def test_a_drag_sets_one_matrix_per_step_and_makes_no_other_call(desk):
     desk.wait_for_colour(model.DEFAULT_INTENSITY, 1.0)
     before = len(desk.magnification_calls())
     desk.slide("WARMTH", 40, steps=20)
-    desk.wait_for_tip(model.tip_on(model.dragged(0.385, 40), 1.0))
+    desk.wait_for_tooltip(model.tooltip_on(model.dragged(0.385, 40), 1.0))
     calls = desk.magnification_calls()[before:]
     assert {call.function for call in calls} == {"MagSetFullscreenColorEffect"}
     # Moves that arrive faster than they are processed may be merged. None is processed twice.

@@ -71,9 +71,9 @@ def repair_lines(desk):
     return [line for line in desk.log() if "utostart" in line]
 
 
-def switch(desk, place):
+def switch(desk, control):
     saves = desk.saves()
-    if place == "menu":
+    if control == "menu":
         desk.menu(MENU_ITEM)
         desk.wait_for_saves(saves + 1)
     else:
@@ -84,14 +84,14 @@ def switch(desk, place):
 
 # The two switches
 
-@pytest.mark.parametrize("place", ["row", "menu"])
-def test_the_option_writes_and_deletes_the_entry(start_with, place):
+@pytest.mark.parametrize("control", ["row", "menu"])
+def test_the_option_writes_and_deletes_the_entry(start_with, control):
     desk = start_with()
     assert raw_entry(desk) is None
-    switch(desk, place)
+    switch(desk, control)
     assert_entry(desk)
     assert desk.settings()["LaunchAtStart"] == "1"
-    switch(desk, place)
+    switch(desk, control)
     assert raw_entry(desk) is None
     assert desk.settings()["LaunchAtStart"] == "0"
     assert desk.saves() == 2
@@ -301,18 +301,18 @@ def test_without_a_run_key_the_option_is_stored_in_the_file_only(start_with, fil
         desk.registry_delete(RUN_KEY, "Temporary")
 
 
-@pytest.mark.parametrize("place", ["row", "menu"])
-def test_with_a_read_only_run_key_the_option_is_stored_in_the_file_only(start_with, place):
+@pytest.mark.parametrize("control", ["row", "menu"])
+def test_with_a_read_only_run_key_the_option_is_stored_in_the_file_only(start_with, control):
     desk = start_with()
     with read_only_run_key(desk):
         for flag in ("1", "0", "1"):
-            switch(desk, place)
+            switch(desk, control)
             assert desk.settings()["LaunchAtStart"] == flag
             assert raw_entry(desk) is None
         assert repair_lines(desk) == []
         assert desk.message_boxes() == []
         # The program continues to work.
-        if place == "row":
+        if control == "row":
             desk.close_settings()
         desk.press_power()
         desk.wait_for_colour(0.385, 1.0)

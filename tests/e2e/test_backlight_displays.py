@@ -62,12 +62,17 @@ def test_a_reconnected_monitor_is_locked_and_keeps_its_old_value(backlight):
     assert backlight.hardware.value("left") == 40
 
 
-def test_a_monitor_disconnected_when_the_mode_ends_is_not_restored_later(backlight):
+def unplug_before_unlocking(backlight, name):
+    """Locks two monitors, at 40 and 30, and unlocks them after one has been unplugged."""
     backlight.start([Monitor("left", 40), Monitor("right", 30)])
     backlight.lock("left", "right")
-    backlight.hardware.unplug("right")
+    backlight.hardware.unplug(name)
     backlight.tick(POLL)
     backlight.unlock()
+
+
+def test_a_monitor_disconnected_when_the_mode_ends_is_not_restored_later(backlight):
+    unplug_before_unlocking(backlight, "right")
     assert backlight.values("left", "right") == [40, 100]
     backlight.hardware.plug("right")
     backlight.hardware.clear_calls()
@@ -82,11 +87,7 @@ def test_a_monitor_disconnected_when_the_mode_ends_is_not_restored_later(backlig
 
 def test_a_monitor_at_another_position_is_a_different_display(backlight):
     """A display is named by its position: the value saved for a position is restored to the display there."""
-    backlight.start([Monitor("left", 40), Monitor("right", 30)])
-    backlight.lock("left", "right")
-    backlight.hardware.unplug("left")
-    backlight.tick(POLL)
-    backlight.unlock()
+    unplug_before_unlocking(backlight, "left")
     assert backlight.values("left", "right") == [100, 40]
 
 

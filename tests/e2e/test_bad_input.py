@@ -20,7 +20,7 @@ def works(desk):
     """Asserts that the filter works: EVENING reaches the screen, and the filter turns off again."""
     desk.choose("EVENING")
     desk.wait_for_colour(*EVENING)
-    desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
+    desk.wait_for_tooltip("Ambrel - ON (2700K, 85%)")
     desk.press_power()
     desk.wait_for_plain_screen()
     return True
@@ -209,7 +209,7 @@ def test_a_full_disk_loses_only_the_failed_writes(bare_desk):
     put_on_a_full_disk(desk.events_path)
     desk.start()
     assert works(desk)
-    time.sleep(0.8)  # The failing save happens meanwhile.
+    time.sleep(0.8)  # The save fails during this time.
     desk.settings_path.unlink()
     desk.events_path.unlink()
     desk.press_power()
@@ -224,14 +224,14 @@ def desk_without_folder_fixture(make_file_desk):
     return make_file_desk()
 
 
-@pytest.mark.parametrize("place", [
+@pytest.mark.parametrize("folder", [
     "Q:\\nowhere", "C:\\no\\such\\folder", "\\\\nobody\\nothing", "C:\\windows\\win.ini",
 ])
-def test_without_an_application_data_folder_the_program_works_with_the_defaults(desk_without_folder, place):
+def test_without_an_application_data_folder_the_program_works_with_the_defaults(desk_without_folder, folder):
     desk = desk_without_folder
     desk.clear(GOOD)
     for key in ("User Shell Folders", "Shell Folders"):
-        desk.registry_set(FOLDERS + key, "AppData", place)
+        desk.registry_set(FOLDERS + key, "AppData", folder)
     desk.start()
     desk.press_power()
     desk.wait_for_colour(model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
@@ -285,7 +285,7 @@ def test_an_unusable_library_is_reported_once_and_legacy_mode_works(desk_with_li
     desk.press_button(box)
     desk.wait_for_icon()
     desk.choose("EVENING")
-    desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
+    desk.wait_for_tooltip("Ambrel - ON (2700K, 85%)")
     assert desk.screen_is_plain()
     assert desk.message_boxes() == []
     desk.menu(LEGACY)
@@ -335,7 +335,7 @@ def test_a_library_that_fails_to_initialise_is_reported_once(file_desk, error):
     desk.press_button(box)
     desk.wait_for_icon()
     desk.choose("EVENING")
-    desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
+    desk.wait_for_tooltip("Ambrel - ON (2700K, 85%)")
     assert desk.message_boxes() == []
     assert desk.effects() == []
     assert desk.quit() == 0

@@ -50,7 +50,7 @@ def crash_lines(desk):
     return [line for line in desk.log() if line.startswith("Crashed")]
 
 
-def place(function):
+def location(function):
     """(module, offset) of a function of the program."""
     return "ambrel.exe", link_map().symbols[function]
 
@@ -73,7 +73,7 @@ def test_a_crash_restores_the_screen_and_the_cursors_and_logs_its_place(crash_de
     start_coloured(desk, legacy)
     before = resets(desk)
     # Linux passes on eight bits of the exit code.
-    assert crash(desk, kind) == (int(CODES[kind], 16) & 0xFF, CODES[kind], place("HandleWindowMessage"))
+    assert crash(desk, kind) == (int(CODES[kind], 16) & 0xFF, CODES[kind], location("HandleWindowMessage"))
     assert desk.ramp_is_plain()
     assert resets(desk) == before + 1
 
@@ -91,7 +91,7 @@ def test_a_stack_overflow_restores_the_screen_within_the_reserved_stack(crash_de
 
 def test_a_crash_outside_the_window_procedures_frame_is_guarded_too(crash_desk):
     start_coloured(crash_desk, 1)
-    assert crash(crash_desk, "access", "MainWindowProc") == (0x05, CODES["access"], place("MainWindowProc"))
+    assert crash(crash_desk, "access", "MainWindowProc") == (0x05, CODES["access"], location("MainWindowProc"))
     assert crash_desk.ramp_is_plain()
 
 
@@ -136,6 +136,6 @@ def test_after_a_crash_the_program_starts_as_ever(crash_desk):
     start_coloured(desk, 1)
     crash(desk, "access")
     desk.start()
-    wait_until(lambda: "Gamma range: Windows default" in desk.log(), "a complete start", actual=desk.log)
+    wait_until(lambda: "Gamma range: Windows default" in desk.log(), "a complete start", state=desk.log)
     assert not crash_lines(desk)
     assert desk.screen_is_plain()

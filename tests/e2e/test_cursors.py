@@ -89,14 +89,14 @@ def start_with_fixture(file_desk):
 
 
 def choose(desk, name):
-    """Chooses a preset and waits until it is applied. The tip changes after the cursors."""
+    """Chooses a preset and waits until it is applied. The tooltip changes after the cursors."""
     desk.choose(name)
-    desk.wait_for_tip(model.tip_on(*model.PRESETS[name][:2]))
+    desk.wait_for_tooltip(model.tooltip_on(*model.PRESETS[name][:2]))
 
 
 def off(desk):
     desk.press_power()
-    desk.wait_for_tip(model.TIP_OFF)
+    desk.wait_for_tooltip(model.TOOLTIP_OFF)
 
 
 # Start-up
@@ -154,7 +154,7 @@ def test_a_slider_drag_tints_again_without_loading_or_copying(start_with, legacy
     choose(desk, "EVENING")
     cursors.expect(TINTED)
     desk.slide("WARMTH", 20, steps=10)
-    desk.wait_for_tip(model.tip_on(model.dragged(EVENING[0], 20), 0.85))
+    desk.wait_for_tooltip(model.tooltip_on(model.dragged(EVENING[0], 20), 0.85))
     calls = cursors.calls()
     assert calls and calls == TINTED * (len(calls) // len(TINTED))
     assert len(calls) // len(TINTED) <= 11
@@ -200,7 +200,7 @@ def test_the_dead_band_is_measured_from_the_last_tint(start_with):
     choose(desk, "DAY")  # 0.0016 from the tint
     assert cursors.calls() == []
     desk.slide("WARMTH", 1)  # 0.0051 more
-    desk.wait_for_tip(model.tip_on(model.dragged(model.PRESETS["DAY"].intensity, 1), 1.0))
+    desk.wait_for_tooltip(model.tooltip_on(model.dragged(model.PRESETS["DAY"].intensity, 1), 1.0))
     cursors.expect(TINTED)
 
 

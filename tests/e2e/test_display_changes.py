@@ -138,7 +138,7 @@ def test_displays_that_are_already_on_or_only_dimmed_apply_nothing(filtered):
 
 def test_a_display_change_with_the_filter_off_sets_no_colour(desk):
     desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
-    desk.wait_for_tip(model.TIP_OFF)  # The tray icon is updated after the delay.
+    desk.wait_for_tooltip(model.TOOLTIP_OFF)  # The tray icon is updated after the delay.
     assert desk.effects() == []
     assert desk.screen_is_plain()
 
@@ -159,7 +159,7 @@ def test_the_message_box_of_a_failed_load_opens_once(make_desk):
     desk.press_button(desk.wait_for_message_box())
     desk.wait_for_icon()
     desk.press_power()
-    desk.wait_for_tip(model.tip_on(*START))
+    desk.wait_for_tooltip(model.tooltip_on(*START))
     for _ in range(3):
         desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
         desk.wait_for_message_box()
@@ -179,7 +179,7 @@ def test_a_library_that_failed_at_the_start_is_tried_again(file_desk):
     desk.press_button(desk.wait_for_message_box())
     desk.wait_for_icon()
     desk.press_power()
-    desk.wait_for_tip(model.tip_on(*START))
+    desk.wait_for_tooltip(model.tooltip_on(*START))
     assert desk.effects() == []
     desk.magnification_script(initialize=0)
     desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
@@ -213,7 +213,7 @@ def test_after_a_change_of_resolution_the_popup_opens_in_the_new_corner(filtered
 def test_the_resolution_changes_while_a_slider_is_held(filtered, full_size):
     filtered.wait_for_saves(1)
     filtered.slide("WARMTH", 30, release=False)
-    filtered.wait_for_tip(model.tip_on(model.dragged(0.385, 30), 1.0))
+    filtered.wait_for_tooltip(model.tooltip_on(model.dragged(0.385, 30), 1.0))
     applies = len(filtered.effects())
     filtered.change_mode(1280, 720)
     wait_until(lambda: filtered.metrics()["width"] == 1280, "the new resolution")
@@ -222,7 +222,7 @@ def test_the_resolution_changes_while_a_slider_is_held(filtered, full_size):
     filtered.move(600, 300)
     filtered.release()
     filtered.wait_for_saves(2)
-    # Screen, tip and file agree on one value, regardless of the pointer's position.
+    # Screen, tooltip and file agree on one value, regardless of the pointer's position.
     saved = int(filtered.settings()["Intensity"]) / 1000.0
     assert filtered.effects()[-1].diagonal == pytest.approx(model.factors(saved, 1.0), abs=0.004)
     filtered.post_message(WM_CLOSE)
@@ -267,20 +267,20 @@ def test_after_a_new_dpi_clicks_and_drags_follow_it(desk):
     desk.open_popup()
     left, top = send_new_dpi(desk, 144)
     desk.click(left + POWER[0] * 1.5, top + POWER[1] * 1.5)
-    desk.wait_for_tip(model.tip_on(*START))
+    desk.wait_for_tooltip(model.tooltip_on(*START))
     x, y = left + SLIDER_X["WARMTH"] * 1.5, top + SLIDER_Y * 1.5
     desk.drag(x, y, x, y - 45)
-    desk.wait_for_tip(model.tip_on(model.dragged(0.385, 30), 1.0))
+    desk.wait_for_tooltip(model.tooltip_on(model.dragged(0.385, 30), 1.0))
 
 
 def test_the_dpi_changes_while_a_slider_is_held(desk):
     desk.press_power()
     desk.slide("WARMTH", 30, release=False)
-    desk.wait_for_tip(model.tip_on(model.dragged(0.385, 30), 1.0))
+    desk.wait_for_tooltip(model.tooltip_on(model.dragged(0.385, 30), 1.0))
     left, top = send_new_dpi(desk, 192)
     # The drag continues from the position of the press, in the new units.
     desk.move(left + 160, top + 2 * (SLIDER_Y - 50))
-    desk.wait_for_tip(model.tip_on(model.dragged(0.385, 50), 1.0))
+    desk.wait_for_tooltip(model.tooltip_on(model.dragged(0.385, 50), 1.0))
     desk.release()
     desk.wait_for_saves(1)
     desk.wait_for_setting("Intensity", str(model.per_mille(model.dragged(0.385, 50))))

@@ -8,7 +8,7 @@ import model
 from desk import MARKER, wait_until
 
 STAMPED = re.compile(r"\[([01]\d|2[0-3]):[0-5]\d:[0-5]\d\.\d{3}\] .*")
-LIMIT, KEPT = 262144, 65536
+MAX_SIZE, KEPT = 262144, 65536
 HARDWARE_KEY = "HKLM\\HARDWARE\\DESCRIPTION\\System\\BIOS"
 
 
@@ -72,7 +72,7 @@ def test_drags_and_clicks_log_only_the_saves(desk):
     desk.press_power()
     desk.slide("WARMTH", 60)
     desk.slide("BRIGHTNESS", -60)
-    desk.wait_for_tip(model.tip_on(model.dragged(0.385, 60), model.dragged(1.0, -60, 0.1)))
+    desk.wait_for_tooltip(model.tooltip_on(model.dragged(0.385, 60), model.dragged(1.0, -60, 0.1)))
     saves = desk.saves()
     wait_until(lambda: desk.saves() > saves, "the save after the last drag")
     assert set(desk.log()[before:]) == {"Saved settings"}
@@ -87,20 +87,20 @@ def test_the_file_can_be_deleted_while_the_program_runs(desk):
 
 
 def test_a_log_of_exactly_the_limit_is_not_truncated(file_desk):
-    old = (b"0123456789abcde\n" * (LIMIT // 16))[:LIMIT]
+    old = (b"0123456789abcde\n" * (MAX_SIZE // 16))[:MAX_SIZE]
     desk = start_with_events(file_desk, old)
     assert raw(desk).startswith(old + MARKER.encode() + b"\r\n")
 
 
 def test_a_log_one_byte_above_the_limit_is_truncated_to_its_last_part(file_desk):
-    old = b"".join(b"line %07d\r\n" % number for number in range(20000))[:LIMIT + 1]
+    old = b"".join(b"line %07d\r\n" % number for number in range(20000))[:MAX_SIZE + 1]
     desk = start_with_events(file_desk, old)
     assert raw(desk).startswith(old[-KEPT:] + MARKER.encode() + b"\r\n")
     assert raw(desk).count(MARKER.encode()) == 1
 
 
 def test_a_log_is_truncated_by_bytes_even_within_a_character(file_desk):
-    old = "\u00e9".encode() * (LIMIT // 2) + b"."
+    old = "\u00e9".encode() * (MAX_SIZE // 2) + b"."
     assert old[-KEPT:].startswith(b"\xa9")
     desk = start_with_events(file_desk, old)
     assert raw(desk).startswith(old[-KEPT:] + MARKER.encode())

@@ -80,7 +80,7 @@ def test_two_consecutive_errors_87_switch_to_legacy_mode_and_show_a_notice(file_
     assert desk.settings()["LegacyModeAutoSet"] == "1"
     assert desk.settings()["Intensity"] == "584"
     assert desk.log().count(TOLERATED) == 1
-    desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
+    desk.wait_for_tooltip("Ambrel - ON (2700K, 85%)")
 
 
 def test_a_slider_drag_continues_after_a_fallback(file_desk):

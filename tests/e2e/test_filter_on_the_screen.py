@@ -17,7 +17,7 @@ def test_nothing_is_coloured_before_the_first_click(desk):
 def test_a_click_on_the_power_button_colours_the_whole_screen(desk):
     desk.press_power()
     desk.wait_for_colour(*START)
-    desk.wait_for_tip(model.tip_on(*START))
+    desk.wait_for_tooltip(model.tooltip_on(*START))
 
 
 def test_a_second_click_restores_the_screen(desk):
@@ -25,7 +25,7 @@ def test_a_second_click_restores_the_screen(desk):
     desk.wait_for_colour(*START)
     desk.press_power()
     desk.wait_for_plain_screen()
-    desk.wait_for_tip(model.TIP_OFF)
+    desk.wait_for_tooltip(model.TOOLTIP_OFF)
     assert desk.effects()[-1].matrix == model.matrix(model.IDENTITY)
 
 
@@ -34,7 +34,7 @@ def test_every_cell_of_the_colour_matrix_is_right(desk):
     wait_until(desk.effects, "the colour matrix")
     cells = desk.effects()[0].matrix
     assert cells == pytest.approx(model.matrix(model.factors(*START)), abs=1e-6)
-    assert [cell for place, cell in enumerate(cells) if place % 6] == [0.0] * 20
+    assert [cell for index, cell in enumerate(cells) if index % 6] == [0.0] * 20
     assert cells[18] == cells[24] == 1.0
 
 
@@ -50,7 +50,7 @@ def test_every_warmth_reaches_the_screen(file_desk, intensity):
     desk = file_desk.start_fresh({"Intensity": intensity})
     desk.press_power()
     desk.wait_for_colour(intensity / 1000.0, 1.0)
-    desk.wait_for_tip(model.tip_on(intensity / 1000.0, 1.0))
+    desk.wait_for_tooltip(model.tooltip_on(intensity / 1000.0, 1.0))
     assert desk.effects()[-1].diagonal == pytest.approx(model.factors(intensity / 1000.0, 1.0), abs=1e-6)
 
 
@@ -72,13 +72,13 @@ def test_every_brightness_reaches_the_screen(file_desk, brightness):
     desk = file_desk.start_fresh({"Brightness": brightness})
     desk.press_power()
     desk.wait_for_colour(model.DEFAULT_INTENSITY, brightness / 1000.0)
-    desk.wait_for_tip(model.tip_on(model.DEFAULT_INTENSITY, brightness / 1000.0))
+    desk.wait_for_tooltip(model.tooltip_on(model.DEFAULT_INTENSITY, brightness / 1000.0))
 
 
 def test_a_neutral_filter_is_exactly_the_identity(file_desk):
     desk = file_desk.start_fresh({"Intensity": 0, "Brightness": 1000})
     desk.press_power()
-    desk.wait_for_tip("Ambrel - ON (6500K, 100%)")
+    desk.wait_for_tooltip("Ambrel - ON (6500K, 100%)")
     assert [call.matrix for call in desk.effects()] == [model.matrix(model.IDENTITY)]
     assert desk.screen_is_plain()
 

@@ -76,7 +76,7 @@ def wait_for_strip(desk, text, colour):
 
 def box_with(desk, text):
     return wait_until(lambda: next((box for box in desk.message_boxes() if box.text == text), None), text,
-                      actual=desk.message_boxes)
+                      state=desk.message_boxes)
 
 
 def main_process(desk):
@@ -106,7 +106,7 @@ def ask_for_the_fix(desk):
         desk.click_unit(*STATUS_STRIP)
         try:
             return wait_until(lambda: next((box for box in desk.message_boxes() if box.text == QUESTION), None),
-                              QUESTION, limit=5.0)
+                              QUESTION, timeout=5.0)
         except LabError:
             continue
     return box_with(desk, QUESTION)
@@ -150,12 +150,12 @@ def test_a_click_on_the_banner_asks_for_confirmation_and_no_changes_nothing(bloc
     assert picture_of(blocked) == before
 
 
-@pytest.mark.parametrize("place, asks", [
+@pytest.mark.parametrize("position, asks", [
     ((22, 380), True), ((297, 409), True), ((21, 395), False), ((298, 395), False), ((160, 379), False),
     ((160, 410), False),
 ])
-def test_the_banner_reacts_within_its_rectangle_only(blocked, place, asks):
-    blocked.click_unit(*place)
+def test_the_banner_reacts_within_its_rectangle_only(blocked, position, asks):
+    blocked.click_unit(*position)
     if asks:
         blocked.press_button(box_with(blocked, QUESTION), NO)
     else:
@@ -256,15 +256,15 @@ def test_with_the_range_expanded_an_accepted_ramp_removes_the_banner(blocked):
 
 def replace_program_file(desk, windows_path=None):
     """Replaces the running program's file with another (or none). Returns a function that restores it."""
-    place = desk.prefix.path(desk.program_path)
-    aside = place.with_suffix(".aside")
-    place.rename(aside)
+    path = desk.prefix.path(desk.program_path)
+    aside = path.with_suffix(".aside")
+    path.rename(aside)
     if windows_path:
         desk.prefix.put(desk.prefix.path(windows_path), desk.program_path)
 
     def restore():
-        place.unlink(missing_ok=True)
-        aside.rename(place)
+        path.unlink(missing_ok=True)
+        aside.rename(path)
     return restore
 
 

@@ -62,6 +62,6 @@ def test_a_popup_that_another_program_has_minimised_is_shown_again(desk):
     desk.show()
     wait_until(lambda: [desk.window_facts()[edge] for edge in ("left", "top", "right", "bottom")]
                == [full[edge] for edge in ("left", "top", "right", "bottom")], "the popup at its place",
-               actual=desk.window_facts)
+               state=desk.window_facts)
     desk.choose("NIGHT")
     desk.wait_for_colour(*NIGHT)

@@ -11,7 +11,7 @@ import pytest
 from ambrel_lab import lab as lab_module
 from ambrel_lab.console_runner import evidence_of_a_hang
 from ambrel_lab.processes import end_processes, has_memory
-from desk import BUILD, LIMIT, Lab, LabError, wait_until
+from desk import BUILD, TIMEOUT, Lab, LabError, wait_until
 
 ROUNDS = 100
 SHARED_DATA = 0x7FFE0000  # the address of Windows' data for all processes
@@ -45,7 +45,7 @@ def test_closing_a_prefix_ends_processes_whose_first_thread_has_ended(tmp_path):
         wait_until(lambda: not has_memory(child.pid), "the end of the first thread")
         assert end_processes(tmp_path)
         # Its output ends with its last thread.
-        ready, _, _ = select.select([child.stdout], [], [], LIMIT)
+        ready, _, _ = select.select([child.stdout], [], [], TIMEOUT)
         assert ready and child.stdout.read() == b""
     finally:
         child.kill()

@@ -35,7 +35,7 @@ def test_a_start_in_legacy_mode_does_not_call_the_magnification_library(legacy):
 def test_the_ramp_is_a_straight_line_for_each_channel(file_desk, intensity, brightness):
     desk = file_desk.start_fresh({"UseLegacyGamma": 1, "Intensity": intensity, "Brightness": brightness})
     desk.press_power()
-    desk.wait_for_tip(model.tip_on(intensity / 1000.0, brightness / 1000.0))
+    desk.wait_for_tooltip(model.tooltip_on(intensity / 1000.0, brightness / 1000.0))
     desk.wait_for_legacy_colour(intensity / 1000.0, brightness / 1000.0)
     assert not [line for line in desk.log() if line.startswith("Legacy ramp")]
 
@@ -45,7 +45,7 @@ def test_the_power_button_restores_the_screen(legacy):
     legacy.wait_for_legacy_colour(*START)
     legacy.press_power()
     legacy.wait_for_plain_screen()
-    legacy.wait_for_tip(model.TIP_OFF)
+    legacy.wait_for_tooltip(model.TOOLTIP_OFF)
 
 
 def test_the_sliders_behave_as_with_the_matrix(legacy):
@@ -53,7 +53,7 @@ def test_the_sliders_behave_as_with_the_matrix(legacy):
     legacy.slide("WARMTH", 30)
     legacy.slide("BRIGHTNESS", -40)
     warmth, brightness = model.dragged(0.385, 30), model.dragged(1.0, -40, 0.1)
-    legacy.wait_for_tip(model.tip_on(warmth, brightness))
+    legacy.wait_for_tooltip(model.tooltip_on(warmth, brightness))
     legacy.wait_for_legacy_colour(warmth, brightness)
 
 
@@ -74,7 +74,7 @@ def test_the_menu_moves_an_active_filter_to_the_ramp_and_saves_immediately(desk)
     desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
     assert desk.settings()["UseLegacyGamma"] == "1"
     assert desk.settings()["LegacyModeAutoSet"] == "0"
-    assert desk.tray_tip() == "Ambrel - ON (4000K, 100%)"
+    assert desk.tray_tooltip() == "Ambrel - ON (4000K, 100%)"
 
 
 def test_the_menu_moves_an_active_filter_back_to_the_matrix(desk):
@@ -128,7 +128,7 @@ def test_a_refused_ramp_leaves_the_screen_unchanged_and_shows_the_banner(legacy)
     legacy.choose("NIGHT")
     legacy.wait_for_log(REFUSED)
     wait_until(lambda: banner_shown(legacy), "the banner")
-    legacy.wait_for_tip("Ambrel - ON (0K, 70%)")
+    legacy.wait_for_tooltip("Ambrel - ON (0K, 70%)")
     legacy.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
     assert legacy.message_boxes() == []
 
@@ -147,9 +147,9 @@ def test_a_series_of_refusals_is_logged_once(legacy):
     legacy.wait_for_log(REFUSED)
     for brightness_way in (-5, -10, -15):
         legacy.slide("BRIGHTNESS", brightness_way)
-    legacy.wait_for_tip(model.tip_on(1.0, 0.7 - 30 / 198))
+    legacy.wait_for_tooltip(model.tooltip_on(1.0, 0.7 - 30 / 198))
     legacy.choose("NIGHT")
-    legacy.wait_for_tip("Ambrel - ON (0K, 70%)")
+    legacy.wait_for_tooltip("Ambrel - ON (0K, 70%)")
     assert len([line for line in legacy.log() if "REJECTED" in line]) == 1
 
 

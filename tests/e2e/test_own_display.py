@@ -10,7 +10,7 @@ import pytest
 from ambrel_lab.processes import command_line_of
 from ambrel_lab.run import Run
 from ambrel_lab.x11 import Connection
-from desk import BUILD, LIMIT, ROOT, wait_until
+from desk import BUILD, TIMEOUT, ROOT, wait_until
 from failures import OPEN_DESKS
 
 ICON = 20  # The taskbar's height and the icon's width, in pixels.
@@ -57,8 +57,8 @@ def test_the_desktop_fits_a_display_that_is_smaller_than_its_usual_size(small_di
         corner = (connection.width - ICON, connection.height - ICON, ICON, ICON)
         # A desktop larger than the display would show only its background there.
         wait_until(lambda: connection.picture(*corner).colours() > 2, "the tray icon in the display's corner",
-                   actual=lambda: (connection.picture(*corner).colours(), shown.poll()))
+                   state=lambda: (connection.picture(*corner).colours(), shown.poll()))
         assert shown.poll() is None
     finally:
         shown.terminate()
-        shown.wait(LIMIT)
+        shown.wait(TIMEOUT)

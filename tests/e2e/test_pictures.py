@@ -6,7 +6,7 @@ Saves pictures of every state in build/pictures/ for inspection.
 import pytest
 
 import model
-from desk import PRESET_PLACES, wait_until
+from desk import PRESET_POSITIONS, wait_until
 
 WM_PAINT = 0xF
 SCALINGS = [96, 120, 144, 192]
@@ -81,13 +81,13 @@ def settled(desk):
 
 def turn_on(desk):
     desk.press_power()
-    desk.wait_for_tip(model.tip_on(model.DEFAULT_INTENSITY, 1.0))
+    desk.wait_for_tooltip(model.tooltip_on(model.DEFAULT_INTENSITY, 1.0))
 
 
 def choose(name):
     def act(desk):
         desk.choose(name)
-        desk.wait_for_tip(model.tip_on(*model.PRESETS[name][:2]))
+        desk.wait_for_tooltip(model.tooltip_on(*model.PRESETS[name][:2]))
     return act
 
 
@@ -193,7 +193,7 @@ def test_the_popup_with_the_filter_on(panel_of):
     assert_power(panel, True)
 
 
-@pytest.mark.parametrize("name", PRESET_PLACES)
+@pytest.mark.parametrize("name", PRESET_POSITIONS)
 def test_the_popup_with_each_preset(panel_of, name):
     _, panel = panel_of(name.lower(), choose(name))
     preset = model.PRESETS[name]
@@ -245,6 +245,6 @@ def test_the_whole_screen_is_displayed_in_the_filters_colour(panel_of, pictures)
     displayed = desk.eye_picture(pictures / f"screen-{desk.dpi}-evening-as-seen.png")
     plain = desk.screenshot()
     factors = model.factors(*model.PRESETS["EVENING"][:2])
-    for place in ((10, 10), (960, 20)):
-        expected = [channel * factor for channel, factor in zip(plain.pixel(*place), factors)]
-        assert displayed.pixel(*place) == pytest.approx(expected, abs=2)
+    for position in ((10, 10), (960, 20)):
+        expected = [channel * factor for channel, factor in zip(plain.pixel(*position), factors)]
+        assert displayed.pixel(*position) == pytest.approx(expected, abs=2)

@@ -99,7 +99,7 @@ def test_an_ordinary_run_loads_none(planted_desk):
     desk.wait_for_colour(*START)
     desk.show_settings()
     desk.click_unit(160, 489)
-    wait_until(lambda: any(line.startswith("Support bundle") for line in desk.log()), "the report", actual=desk.log)
+    wait_until(lambda: any(line.startswith("Support bundle") for line in desk.log()), "the report", state=desk.log)
     desk.close_settings()
     desk.menu("Legacy Mode (Older Hardware)")
     desk.wait_for_legacy_colour(*START)

@@ -12,7 +12,7 @@ SAVE_TIMER = 1
 PBT_POWERSETTINGCHANGE = 0x8013
 WILD = (0, 1, 0x10, 0xFFFF, 0x7FFF0000, 0x123456789, 0x7FFFFFFFFFFF, -1)
 MINUS_ONE = 0xFFFFFFFF
-CUT, LARGE = 65536, 4 << 20
+TRIMMED, LARGE = 65536, 4 << 20
 
 
 def position(slider):
@@ -80,23 +80,26 @@ def test_a_message_loop_that_fails_every_other_time_goes_on(desk):
     assert desk.quit() == 0
 
 
-def test_an_identity_ramp_that_is_refused_at_the_end_is_tried_once_more(file_desk):
+@pytest.fixture(name="legacy")
+def legacy_fixture(file_desk):
+    """A desk with the filter on in Legacy Mode."""
     desk = file_desk.start_fresh({"UseLegacyGamma": 1})
     desk.press_power()
     desk.wait_for_legacy_colour(*START)
-    desk.faults.inject(desk.faults.failing("SetDeviceGammaRamp", times=1))
-    assert desk.quit() == 0
-    assert desk.ramp_is_plain()
+    return desk
 
 
-def test_quit_ends_the_program_even_if_the_window_cannot_be_destroyed(file_desk):
-    desk = file_desk.start_fresh({"UseLegacyGamma": 1})
-    desk.press_power()
-    desk.wait_for_legacy_colour(*START)
-    desk.faults.inject(desk.faults.failing("DestroyWindow", error=5))
-    assert desk.quit() == 0
-    assert desk.ramp_is_plain()
-    desk.wait_for_icon(False)
+def test_an_identity_ramp_that_is_refused_at_the_end_is_tried_once_more(legacy):
+    legacy.faults.inject(legacy.faults.failing("SetDeviceGammaRamp", times=1))
+    assert legacy.quit() == 0
+    assert legacy.ramp_is_plain()
+
+
+def test_quit_ends_the_program_even_if_the_window_cannot_be_destroyed(legacy):
+    legacy.faults.inject(legacy.faults.failing("DestroyWindow", error=5))
+    assert legacy.quit() == 0
+    assert legacy.ramp_is_plain()
+    legacy.wait_for_icon(False)
 
 
 def test_a_matrix_that_cannot_be_removed_is_removed_with_its_library(desk):
@@ -119,13 +122,13 @@ def test_settings_are_saved_without_timers(desk):
 
 # events.log during a run
 
-def test_a_log_that_passes_4_megabytes_during_a_run_is_cut(desk):
+def test_a_log_that_passes_4_megabytes_during_a_run_is_trimmed(desk):
     desk.loaded()
     desk.write_events("x" * 99 + "\n" + "y" * LARGE + "\n")
     save(desk)
-    wait_until(lambda: len(log_bytes(desk)) < LARGE, "a shorter log", actual=lambda: len(log_bytes(desk)))
+    wait_until(lambda: len(log_bytes(desk)) < LARGE, "a shorter log", state=lambda: len(log_bytes(desk)))
     lines = desk.events_text().splitlines()
-    assert lines[0] == "y" * (CUT - 1) and len(lines) == 2 and lines[1].endswith("] Saved settings")
+    assert lines[0] == "y" * (TRIMMED - 1) and len(lines) == 2 and lines[1].endswith("] Saved settings")
     assert sorted(path.name for path in desk.settings_folder.iterdir()) == ["events.log", "settings.ini"]
 
 
@@ -143,7 +146,7 @@ def test_a_log_that_cannot_be_replaced_is_kept_and_stops_growing(desk):
 def test_a_program_killed_at_its_start_leaves_the_old_log_or_its_end(desk):
     """Before the log is cut, meanwhile and afterwards."""
     old = "".join(f"[00:00:00.000] line {number}\r\n" for number in range(20000))
-    end = old[-CUT:]
+    end = old[-TRIMMED:]
     for _ in range(8):
         desk.kill_program()
         desk.write_events(old)

@@ -100,7 +100,7 @@ def test_hiding_it_keeps_the_filter(desk):
 def test_it_opens_again_at_the_same_position_with_the_current_state(desk):
     first = desk.open_popup()
     desk.choose("NIGHT")
-    desk.wait_for_tip("Ambrel - ON (0K, 70%)")
+    desk.wait_for_tooltip("Ambrel - ON (0K, 70%)")
     # The centre bar of the thumb at the upper end of the track.
     wait_until(lambda: desk.popup_picture().pixel(80, 107) == (255, 0, 0), "the thumb at the upper end")
     shown = desk.popup_picture()

@@ -5,7 +5,7 @@ import time
 import pytest
 
 import model
-from desk import PRESET_PLACES, SAVE_DELAY, act_within, wait_until
+from desk import PRESET_POSITIONS, SAVE_DELAY, act_within, wait_until
 
 
 @pytest.mark.parametrize("name", model.PRESETS)
@@ -17,14 +17,14 @@ def test_a_preset_turns_the_filter_on_with_its_values(desk, name):
         pytest.approx(model.matrix(model.factors(preset.intensity, preset.brightness)), abs=1e-6)]
 
 
-@pytest.mark.parametrize("name, tip", [
+@pytest.mark.parametrize("name, tooltip", [
     ("DAY", "Ambrel - ON (4000K, 100%)"),
     ("EVENING", "Ambrel - ON (2700K, 85%)"),
     ("NIGHT", "Ambrel - ON (0K, 70%)"),
 ])
-def test_the_tip_shows_the_preset(desk, name, tip):
+def test_the_tooltip_shows_the_preset(desk, name, tooltip):
     desk.choose(name)
-    desk.wait_for_tip(tip)
+    desk.wait_for_tooltip(tooltip)
 
 
 @pytest.mark.parametrize("name, intensity, brightness", [
@@ -67,10 +67,10 @@ def test_three_presets_in_a_row_are_saved_once(file_desk):
 
     def show():
         desk.start_fresh().show()
-        places = [desk.unit_to_screen(*PRESET_PLACES[name]) for name in ("DAY", "NIGHT", "EVENING")]
-        return lambda: [desk.input.click(*place) for place in places]
+        positions = [desk.unit_to_screen(*PRESET_POSITIONS[name]) for name in ("DAY", "NIGHT", "EVENING")]
+        return lambda: [desk.input.click(*position) for position in positions]
     act_within(SAVE_DELAY, show)
-    desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
+    desk.wait_for_tooltip("Ambrel - ON (2700K, 85%)")
     desk.wait_for_saves(1)
     time.sleep(0.8)  # No second save may follow.
     assert desk.saves() == 1
@@ -103,13 +103,14 @@ OUTSIDE_THE_CONTROLS = [
 
 
 def test_a_click_between_the_controls_does_nothing(desk):
-    for number, place in enumerate(OUTSIDE_THE_CONTROLS):
+    for number, position in enumerate(OUTSIDE_THE_CONTROLS):
         desk.show()
-        desk.click_unit(*place)
+        desk.click_unit(*position)
         desk.press_power()  # A click that is certainly handled after it.
         on = number % 2 == 0
-        desk.wait_for_tip(model.tip_on(model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS) if on else model.TIP_OFF)
-        assert len(desk.effects()) == number + 1, f"the click at {place} did something"
+        default = model.tooltip_on(model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
+        desk.wait_for_tooltip(default if on else model.TOOLTIP_OFF)
+        assert len(desk.effects()) == number + 1, f"the click at {position} did something"
 
 
 @pytest.mark.parametrize("name, x, y", [
@@ -119,4 +120,4 @@ def test_a_click_between_the_controls_does_nothing(desk):
 def test_a_preset_reacts_in_its_corners(desk, name, x, y):
     desk.show()
     desk.click_unit(x, y)
-    desk.wait_for_tip(model.tip_on(model.PRESETS[name].intensity, model.PRESETS[name].brightness))
+    desk.wait_for_tooltip(model.tooltip_on(model.PRESETS[name].intensity, model.PRESETS[name].brightness))

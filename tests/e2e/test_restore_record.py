@@ -20,7 +20,7 @@ def record(desk):
 
 
 def wait_for_no_record(desk):
-    wait_until(lambda: SECTION not in desk.settings_text(), "a file without the record", actual=desk.settings_text)
+    wait_until(lambda: SECTION not in desk.settings_text(), "a file without the record", state=desk.settings_text)
 
 
 # Legacy Mode's ramp
@@ -189,8 +189,8 @@ def test_a_power_failure_that_damages_the_file_harms_nothing(locked):
     """The tail of the file is zeros, as after a power failure: the last row is lost, the others are restored."""
     kill(locked)
     data = locked.desk.settings_path.read_bytes()
-    place = data.index(b"3=") + 2
-    locked.desk.write_settings(data[:place] + bytes(len(data) - place))
+    offset = data.index(b"3=") + 2
+    locked.desk.write_settings(data[:offset] + bytes(len(data) - offset))
     start(locked, mode=0)
     assert locked.values("panel", "left", "right") == [60, 40, 80]
     wait_for_no_record(locked.desk)

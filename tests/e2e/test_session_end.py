@@ -9,7 +9,7 @@ from ambrel_lab.popup import centre
 from desk import ATTEMPTS, MENU_QUIT, SLIDER_X, SLIDER_Y, wait_for_value
 
 WM_CLOSE, WM_QUERYENDSESSION, WM_ENDSESSION, WM_DISPLAYCHANGE, SHOW_POPUP = 0x10, 0x11, 0x16, 0x7E, 0x8069
-EMPTY_PLACE = (160, 60)  # in design units
+EMPTY_POSITION = (160, 60)  # in design units
 ENDSESSION_CLOSEAPP = 1
 EVENING = model.PRESETS["EVENING"][:2]
 MODES = {"magnification": {}, "legacy": {"UseLegacyGamma": 1}}
@@ -134,7 +134,7 @@ def test_a_session_end_while_a_slider_is_dragged_restores_the_screen_and_saves_n
     wait_for_evening(desk, mode)
     desk.wait_for_saves(1)
     desk.slide("WARMTH", 40, release=False)
-    desk.wait_for_tip(model.tip_on(model.dragged(EVENING[0], 40), 0.85))
+    desk.wait_for_tooltip(model.tooltip_on(model.dragged(EVENING[0], 40), 0.85))
     desk.end_session()
     desk.wait_for_exit()
     desk.release()
@@ -162,7 +162,7 @@ def test_a_cancelled_session_end_changes_nothing(filtered):
     filtered.send_message(WM_ENDSESSION, 0, 0)
     assert filtered.visible_levels() == applied
     filtered.choose("DAY")
-    filtered.wait_for_tip("Ambrel - ON (4000K, 100%)")
+    filtered.wait_for_tooltip("Ambrel - ON (4000K, 100%)")
 
 
 def wait_for_preset(desk, mode, name):
@@ -179,7 +179,7 @@ def test_user_input_after_a_cancelled_session_end_applies_the_filter_again(file_
         desk.send_message(WM_CLOSE)
     desk.send_message(WM_ENDSESSION, 1, 0)
     if way == "popup":
-        desk.click_unit(*EMPTY_PLACE)
+        desk.click_unit(*EMPTY_POSITION)
     elif way == "tray":
         desk.click_tray()
     else:
@@ -193,7 +193,7 @@ def test_nothing_colours_the_screen_again_after_the_session_end(filtered):
     x, y = filtered.unit_to_screen(SLIDER_X["WARMTH"], SLIDER_Y)
     filtered.press(x, y)
     filtered.move(x, y - 20)
-    filtered.wait_for_tip(model.tip_on(model.dragged(EVENING[0], 20), 0.85))
+    filtered.wait_for_tooltip(model.tooltip_on(model.dragged(EVENING[0], 20), 0.85))
     filtered.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
     filtered.send_message(WM_ENDSESSION, 1, 0)
     assert filtered.ramp_is_plain()  # A matrix ends with the process, a ramp does not.
@@ -211,7 +211,7 @@ def test_after_a_crash_the_next_start_reads_the_settings_and_restores_the_screen
     filtered.start()
     assert filtered.loaded().startswith("intensity=0.584 brightness=0.850 ")
     filtered.choose("DAY")
-    filtered.wait_for_tip("Ambrel - ON (4000K, 100%)")
+    filtered.wait_for_tooltip("Ambrel - ON (4000K, 100%)")
     filtered.press_power()
     filtered.wait_for_plain_screen()
 

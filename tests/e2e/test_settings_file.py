@@ -144,7 +144,7 @@ def test_a_burst_of_clicks_is_saved_once(file_desk):
     desk.wait_for_saves(1)
     time.sleep(0.8)  # No second save may follow.
     assert desk.saves() == 1
-    desk.wait_for_tip(model.tip_on(model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS))
+    desk.wait_for_tooltip(model.tooltip_on(model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS))
 
 
 def test_the_tray_menu_saves_immediately(desk):

@@ -7,7 +7,7 @@ import pytest
 import model
 from bundle import copy, wait_for_button_state
 from ambrel_lab.layout import HEADER_COLOUR as HEADER, ROW_COLOUR as ROW
-from desk import CLOSE, GEAR, PRESET_PLACES, SETTINGS_ROWS, SLIDER_X, wait_until
+from desk import CLOSE, GEAR, PRESET_POSITIONS, SETTINGS_ROWS, SLIDER_X, wait_until
 from text_recognition import LABEL, SMALL, TITLE, closest, picture_of, span, matches_text
 from panels import panel_of, wait_for_panel
 
@@ -114,7 +114,7 @@ def test_a_row_switches_its_flag_saves_it_and_shows_it_immediately(panel, row):
     assert {key: panel.settings()[key] for key in KEYS.values()} == {
         key: "1" if name == row else "0" for name, key in KEYS.items()}
     assert [value_of(panel, other) for other in ROW_TOPS if other != row] == ["OFF", "OFF"]
-    panel.wait_for_tip(model.TIP_OFF)
+    panel.wait_for_tooltip(model.TOOLTIP_OFF)
     panel.flip(row)
     wait_until(lambda: picture_of(panel) == before, "the panel as it was")
     assert [panel.settings()[key] for key in KEYS.values()] == ["0", "0", "0"]
@@ -161,8 +161,8 @@ def test_the_rows_react_up_to_their_edges_and_not_beyond(panel):
 
 def test_controls_of_the_main_panel_do_not_react_on_the_settings_panel(panel):
     before = picture_of(panel)
-    for place in (POWER_BELOW_SUPPORT, *PRESET_PLACES.values()):
-        panel.click_unit(*place)
+    for position in (POWER_BELOW_SUPPORT, *PRESET_POSITIONS.values()):
+        panel.click_unit(*position)
     panel.drag_unit(SLIDER_X["WARMTH"], 290, SLIDER_X["WARMTH"], 120)
     time.sleep(LATE_SAVE)
     assert panel.saves() == 0
@@ -172,8 +172,8 @@ def test_controls_of_the_main_panel_do_not_react_on_the_settings_panel(panel):
 
 def test_the_main_panel_has_no_rows(desk):
     desk.show()
-    for place in (*SETTINGS_ROWS.values(), CLOSE):
-        desk.click_unit(*place)
+    for position in (*SETTINGS_ROWS.values(), CLOSE):
+        desk.click_unit(*position)
     desk.press_power()
     desk.wait_for_saves(1)
     time.sleep(0.2)  # No row may save.
@@ -244,12 +244,12 @@ def test_extreme_dim_allows_less_than_10_percent_and_turning_it_off_raises_the_b
     panel.slide("BRIGHTNESS", -188)
     dark = model.dragged(1.0, -188)
     assert dark < 0.06
-    panel.wait_for_tip(model.tip_on(0.385, dark))
+    panel.wait_for_tooltip(model.tooltip_on(0.385, dark))
     panel.wait_for_colour(0.385, dark)
     panel.wait_for_setting("Brightness", str(model.per_mille(dark)))
     panel.show_settings()
     panel.flip("ALLOW EXTREME DIM")
-    panel.wait_for_tip(model.tip_on(0.385, 0.1))
+    panel.wait_for_tooltip(model.tooltip_on(0.385, 0.1))
     panel.wait_for_colour(0.385, 0.1)
     assert panel.settings()["Brightness"] == "100"
 
@@ -257,7 +257,7 @@ def test_extreme_dim_allows_less_than_10_percent_and_turning_it_off_raises_the_b
 def test_without_extreme_dim_the_slider_ends_at_10_percent(desk):
     desk.press_power()
     desk.slide("BRIGHTNESS", -188)
-    desk.wait_for_tip(model.tip_on(0.385, 0.1))
+    desk.wait_for_tooltip(model.tooltip_on(0.385, 0.1))
     desk.wait_for_colour(0.385, 0.1)
 
 
@@ -291,9 +291,9 @@ def test_with_the_filter_on_each_click_applies_the_filter_again(start_with, lega
 
 # Legacy Mode, from the row and from the tray menu
 
-def switch_legacy_mode(desk, place):
+def switch_legacy_mode(desk, control):
     saves = desk.saves()
-    if place == "menu":
+    if control == "menu":
         desk.menu(MENU_LEGACY)
     else:
         if panel_of(desk) != "settings" or not desk.popup_visible():
@@ -303,45 +303,45 @@ def switch_legacy_mode(desk, place):
     desk.wait_for_saves(saves + 1)
 
 
-PLACES = pytest.mark.parametrize("place", ["row", "menu"])
+EACH_CONTROL = pytest.mark.parametrize("control", ["row", "menu"])
 
 
-@PLACES
-def test_legacy_mode_moves_an_active_filter_to_the_ramp_and_back(desk, place):
+@EACH_CONTROL
+def test_legacy_mode_moves_an_active_filter_to_the_ramp_and_back(desk, control):
     desk.choose("DAY")
     desk.wait_for_colour(*DAY)
     desk.wait_for_saves(1)
-    switch_legacy_mode(desk, place)
+    switch_legacy_mode(desk, control)
     desk.wait_for_legacy_colour(*DAY)
     assert desk.effects()[-1].matrix == model.matrix(model.IDENTITY)
     assert (desk.settings()["UseLegacyGamma"], desk.settings()["LegacyModeAutoSet"]) == ("1", "0")
     applied = len(desk.effects())
-    switch_legacy_mode(desk, place)
+    switch_legacy_mode(desk, control)
     desk.wait_for_colour(*DAY)
     assert len(desk.effects()) == applied + 1
     assert desk.effects()[-1].diagonal == pytest.approx(model.factors(*DAY), abs=1e-6)
     assert (desk.settings()["UseLegacyGamma"], desk.settings()["LegacyModeAutoSet"]) == ("0", "0")
-    assert desk.tray_tip() == "Ambrel - ON (4000K, 100%)"
+    assert desk.tray_tooltip() == "Ambrel - ON (4000K, 100%)"
     assert desk.saves() == 3
 
 
-@PLACES
-def test_switching_legacy_mode_with_the_filter_off_sets_no_colour(desk, place):
+@EACH_CONTROL
+def test_switching_legacy_mode_with_the_filter_off_sets_no_colour(desk, control):
     for flag in ("1", "0"):
-        switch_legacy_mode(desk, place)
+        switch_legacy_mode(desk, control)
         assert desk.settings()["UseLegacyGamma"] == flag
         assert desk.effects() == []
         assert desk.screen_is_plain()
     assert [call.function for call in desk.magnification_calls()] == ["MagInitialize"]
 
 
-@PLACES
-def test_leaving_legacy_mode_loads_the_library(start_with, place):
+@EACH_CONTROL
+def test_leaving_legacy_mode_loads_the_library(start_with, control):
     desk = start_with({"UseLegacyGamma": 1})
     desk.choose("DAY")
     desk.wait_for_saves(1)
     assert desk.magnification_calls() == []
-    switch_legacy_mode(desk, place)
+    switch_legacy_mode(desk, control)
     desk.wait_for_colour(*DAY)
     functions = [call.function for call in desk.magnification_calls()]
     assert functions[:2] == ["MagInitialize", "MagSetFullscreenColorEffect"]

@@ -50,7 +50,7 @@ def test_a_second_start_does_not_change_the_filter_or_the_settings(desk):
     desk.wait_for_colour(*model.PRESETS["EVENING"][:2])
     assert len(desk.magnification_calls()) == calls
     assert desk.settings_text() == settings
-    assert desk.tray_tip() == "Ambrel - ON (2700K, 85%)"
+    assert desk.tray_tooltip() == "Ambrel - ON (2700K, 85%)"
 
 
 def test_a_second_start_adds_no_icon(desk):

@@ -11,8 +11,8 @@ WM_CANCELMODE = 0x1F
 TRACK_TOP, TRACK_BOTTOM = 107, 305
 
 
-def warmth_tip(up, start=model.DEFAULT_INTENSITY, brightness=model.DEFAULT_BRIGHTNESS):
-    return model.tip_on(model.dragged(start, up), brightness)
+def warmth_tooltip(up, start=model.DEFAULT_INTENSITY, brightness=model.DEFAULT_BRIGHTNESS):
+    return model.tooltip_on(model.dragged(start, up), brightness)
 
 
 @pytest.fixture(name="filtered")
@@ -33,7 +33,7 @@ def saved_fixture(filtered):
 @pytest.mark.parametrize("up", [40, -35, 1, -1])
 def test_warmth_changes_by_the_distance_of_the_pointer(filtered, up):
     filtered.slide("WARMTH", up)
-    filtered.wait_for_tip(warmth_tip(up))
+    filtered.wait_for_tooltip(warmth_tooltip(up))
     filtered.wait_for_colour(model.dragged(model.DEFAULT_INTENSITY, up), 1.0)
 
 
@@ -41,17 +41,17 @@ def test_warmth_changes_by_the_distance_of_the_pointer(filtered, up):
 def test_brightness_changes_by_the_distance_of_the_pointer(filtered, up):
     filtered.slide("BRIGHTNESS", up)
     value = model.dragged(1.0, up, 0.1)
-    filtered.wait_for_tip(model.tip_on(model.DEFAULT_INTENSITY, value))
+    filtered.wait_for_tooltip(model.tooltip_on(model.DEFAULT_INTENSITY, value))
     filtered.wait_for_colour(model.DEFAULT_INTENSITY, value)
 
 
 def test_each_step_of_a_drag_is_shown_immediately_and_exactly(filtered):
     before = len(filtered.effects())
     filtered.slide("WARMTH", 25, release=False)
-    filtered.wait_for_tip(warmth_tip(25))
+    filtered.wait_for_tooltip(warmth_tooltip(25))
     # A busy machine merges moves that follow each other closely.
     filtered.move_unit(SLIDER_X["WARMTH"], SLIDER_Y - 50)
-    filtered.wait_for_tip(warmth_tip(50))
+    filtered.wait_for_tooltip(warmth_tooltip(50))
     filtered.release()
     steps = [call.matrix for call in filtered.effects()[before:]]
     possible = [model.matrix(model.factors(model.dragged(model.DEFAULT_INTENSITY, up), 1.0)) for up in range(51)]
@@ -65,14 +65,14 @@ def test_the_sliders_are_independent(filtered):
     filtered.slide("WARMTH", 60)
     filtered.slide("BRIGHTNESS", -60)
     warmth, brightness = model.dragged(0.385, 60), model.dragged(1.0, -60, 0.1)
-    filtered.wait_for_tip(model.tip_on(warmth, brightness))
+    filtered.wait_for_tooltip(model.tooltip_on(warmth, brightness))
     filtered.wait_for_colour(warmth, brightness)
 
 
 def test_a_drag_can_start_anywhere_on_the_track(filtered):
     for down, grip in enumerate([TRACK_TOP, 150, TRACK_BOTTOM - 1], start=1):
         filtered.drag_unit(80, grip, 80, grip + 20)
-        filtered.wait_for_tip(warmth_tip(-20 * down))
+        filtered.wait_for_tooltip(warmth_tooltip(-20 * down))
 
 
 def test_a_press_without_a_move_changes_nothing_and_its_release_saves(saved):
@@ -80,7 +80,7 @@ def test_a_press_without_a_move_changes_nothing_and_its_release_saves(saved):
     saved.click_unit(80, 130)
     saved.wait_for_saves(2)
     assert len(saved.effects()) == before
-    assert saved.tray_tip() == warmth_tip(0)
+    assert saved.tray_tooltip() == warmth_tooltip(0)
     assert saved.settings()["Intensity"] == "385"
 
 
@@ -88,22 +88,22 @@ def test_a_move_without_a_press_changes_nothing(filtered):
     for y in (300, 200, 110):
         filtered.move_unit(80, y)
     filtered.press_power()  # A click that is certainly handled after the moves.
-    filtered.wait_for_tip(model.TIP_OFF)
+    filtered.wait_for_tooltip(model.TOOLTIP_OFF)
     filtered.press_power()
-    filtered.wait_for_tip(warmth_tip(0))
+    filtered.wait_for_tooltip(warmth_tooltip(0))
 
 
 def test_a_drag_continues_outside_the_popup(filtered):
     left, top = filtered.unit_to_screen(SLIDER_X["WARMTH"], SLIDER_Y)
     filtered.drag(left, top, 200, top - 25)
-    filtered.wait_for_tip(warmth_tip(25))
+    filtered.wait_for_tooltip(warmth_tooltip(25))
 
 
 @pytest.mark.parametrize("far, value", [(500, 1.0), (-500, 0.0)])
 def test_a_drag_far_beyond_the_track_stops_at_the_end(filtered, far, value):
     x, y = filtered.unit_to_screen(80, SLIDER_Y)
     filtered.drag(x, y, x, max(0, min(1079, y - far)))
-    filtered.wait_for_tip(model.tip_on(value, 1.0))
+    filtered.wait_for_tooltip(model.tooltip_on(value, 1.0))
     filtered.wait_for_colour(value, 1.0)
 
 
@@ -112,20 +112,20 @@ def test_a_value_at_its_end_changes_only_after_the_pointer_returns_to_the_end(fi
     to_the_end = 198 - 76  # The default of 0.385 leaves 121.77 units up to the top.
     filtered.press(x, y)
     filtered.move(x, y - to_the_end - 60)
-    filtered.wait_for_tip("Ambrel - ON (0K, 100%)")
+    filtered.wait_for_tooltip("Ambrel - ON (0K, 100%)")
     filtered.move(x, y - to_the_end - 10)
     filtered.move(x, y - to_the_end)
     applied = len(filtered.effects())
-    assert filtered.tray_tip() == "Ambrel - ON (0K, 100%)"
+    assert filtered.tray_tooltip() == "Ambrel - ON (0K, 100%)"
     filtered.move(x, y - to_the_end + 5)
-    filtered.wait_for_tip(warmth_tip(to_the_end - 5))
+    filtered.wait_for_tooltip(warmth_tooltip(to_the_end - 5))
     assert len(filtered.effects()) > applied
     filtered.release()
 
 
 def test_brightness_ends_at_10_percent(saved):
     saved.slide("BRIGHTNESS", -198)
-    saved.wait_for_tip("Ambrel - ON (3998K, 10%)")
+    saved.wait_for_tooltip("Ambrel - ON (3998K, 10%)")
     saved.wait_for_colour(0.385, 0.1)
     saved.wait_for_saves(2)
     assert saved.settings()["Brightness"] == "100"
@@ -135,7 +135,7 @@ def test_with_extreme_dim_brightness_reaches_black(file_desk):
     desk = file_desk.start_fresh({"AllowExtremeDim": 1})
     desk.press_power()
     desk.slide("BRIGHTNESS", -198)
-    desk.wait_for_tip("Ambrel - ON (3998K, 0%)")
+    desk.wait_for_tooltip("Ambrel - ON (3998K, 0%)")
     assert desk.effects()[-1].diagonal == (0.0, 0.0, 0.0)
 
 
@@ -144,7 +144,7 @@ def test_with_the_filter_off_a_drag_leaves_the_screen_plain(desk):
     desk.wait_for_saves(1)
     assert desk.screen_is_plain()
     assert all(call.matrix == model.matrix(model.IDENTITY) for call in desk.effects())
-    assert desk.tray_tip() == model.TIP_OFF
+    assert desk.tray_tooltip() == model.TOOLTIP_OFF
     assert desk.settings()["Intensity"] == str(model.per_mille(model.dragged(0.385, 70)))
     desk.press_power()
     desk.wait_for_colour(model.dragged(0.385, 70), 1.0)
@@ -152,7 +152,7 @@ def test_with_the_filter_off_a_drag_leaves_the_screen_plain(desk):
 
 def test_a_drag_is_saved_once_after_its_release_truncated_to_thousandths(saved):
     saved.slide("WARMTH", 50, release=False)
-    saved.wait_for_tip(warmth_tip(50))
+    saved.wait_for_tooltip(warmth_tooltip(50))
     # A save follows half a second after its timer starts: none may happen during the drag.
     time.sleep(0.8)
     assert saved.saves() == 1
@@ -178,13 +178,13 @@ def test_two_drags_in_quick_succession_are_saved_together(file_desk):
 
 def test_a_lost_capture_cancels_the_drag_and_saves_nothing(saved):
     saved.slide("WARMTH", 40, release=False)
-    saved.wait_for_tip(warmth_tip(40))
+    saved.wait_for_tooltip(warmth_tooltip(40))
     saved.send_message(WM_CANCELMODE)
     saved.move_unit(80, 250)
     saved.release()
     # The save would follow half a second after the release.
     time.sleep(0.8)
-    assert saved.tray_tip() == warmth_tip(40)
+    assert saved.tray_tooltip() == warmth_tooltip(40)
     assert saved.saves() == 1
     assert saved.settings()["Intensity"] == "385"
 
@@ -196,7 +196,7 @@ def test_a_drag_that_starts_outside_the_track_does_nothing(filtered):
         filtered.press_power()  # Two clicks that are certainly handled after the drag.
         filtered.press_power()
         wait_until(lambda count=before: len(filtered.effects()) >= count + 2, "the two clicks")
-        filtered.wait_for_tip(warmth_tip(0))
+        filtered.wait_for_tooltip(warmth_tooltip(0))
         assert len(filtered.effects()) == before + 2, f"the drag from {x},{y} did something"
 
 
@@ -205,7 +205,7 @@ def test_the_track_reaches_from_edge_to_edge(filtered):
     for x, y in [(54, 206), (105, 206), (80, 107), (80, 304)]:
         filtered.drag_unit(x, y, x, y + 12)
         down += 12
-        filtered.wait_for_tip(warmth_tip(-down))
+        filtered.wait_for_tooltip(warmth_tooltip(-down))
 
 
 def test_the_right_button_drags_nothing(filtered):
@@ -213,7 +213,7 @@ def test_the_right_button_drags_nothing(filtered):
     before = len(filtered.effects())
     filtered.input.drag(x, y, x, y - 40, button=3)
     filtered.press_power()
-    filtered.wait_for_tip(model.TIP_OFF)
+    filtered.wait_for_tooltip(model.TOOLTIP_OFF)
     assert len(filtered.effects()) == before + 1
 
 
@@ -229,7 +229,7 @@ def test_a_dragged_value_survives_a_restart(saved):
 def test_the_panel_is_redrawn_during_a_drag(filtered):
     before = filtered.popup_picture()
     filtered.slide("WARMTH", 60, release=False)
-    filtered.wait_for_tip(warmth_tip(60))
+    filtered.wait_for_tooltip(warmth_tooltip(60))
     # The centre bar of the thumb.
     travelled = int(model.dragged(0.385, 60) * 198)
     wait_until(lambda: filtered.popup_picture().pixel(80, 305 - travelled) == (255, 0, 0),

@@ -65,7 +65,7 @@ def filter_state(desk):
 
 def pipeline(desk):
     lines = filter_state(desk)
-    return lines[next(place for place, line in enumerate(lines) if line.startswith("Pipeline:")):]
+    return lines[next(index for index, line in enumerate(lines) if line.startswith("Pipeline:")):]
 
 
 # The filter

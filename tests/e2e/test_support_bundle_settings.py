@@ -127,13 +127,13 @@ def test_another_copy_of_the_program_is_reported_as_different(start_with):
 def test_an_entry_for_a_moved_program_file_is_reported_as_stale(start_with):
     desk = start_with()
     desk.registry_set(RUN_KEY, RUN_VALUE, PROGRAM)
-    place = desk.prefix.path(PROGRAM)
-    aside = place.with_suffix(".aside")
-    place.rename(aside)
+    path = desk.prefix.path(PROGRAM)
+    aside = path.with_suffix(".aside")
+    path.rename(aside)
     try:
         assert settings(desk) == [*switches(), *entry(PROGRAM, STALE), SETTINGS_FILE]
     finally:
-        aside.rename(place)
+        aside.rename(path)
 
 
 def test_without_a_run_key_the_entry_is_reported_as_not_set(start_with):
@@ -148,11 +148,11 @@ def test_without_a_run_key_the_entry_is_reported_as_not_set(start_with):
 
 # The settings file
 
-@pytest.mark.parametrize("place", ["Q:\\nowhere", "\\\\nobody\\nothing"])
-def test_without_a_settings_folder_there_is_no_settings_line_and_no_log_file(make_desk, place):
+@pytest.mark.parametrize("folder", ["Q:\\nowhere", "\\\\nobody\\nothing"])
+def test_without_a_settings_folder_there_is_no_settings_line_and_no_log_file(make_desk, folder):
     desk = make_desk()
     for key in ("User Shell Folders", "Shell Folders"):
-        desk.registry_set(FOLDERS + key, "AppData", place)
+        desk.registry_set(FOLDERS + key, "AppData", folder)
     desk.start()
     report = copy_without_log(desk)
     assert report.section("SETTINGS") == [*switches(), *NOT_SET]

@@ -176,7 +176,7 @@ def wait_for_the_end(desk):
         desk.send_message(0)
         longest = max(longest, time.monotonic() - started)
         return shown == "normal"
-    wait_until(ended, "the end of the copied indication", actual=lambda: button_state(desk))
+    wait_until(ended, "the end of the copied indication", state=lambda: button_state(desk))
     return time.monotonic(), longest
 
 

@@ -1,4 +1,4 @@
-"""The tray icon: its picture and tip, and clicks on it and its menu."""
+"""The tray icon: its picture and tooltip, and clicks on it and its menu."""
 
 import time
 
@@ -20,27 +20,27 @@ def icon_picture(desk):
     return desk.connection.picture(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top)
 
 
-def test_after_the_start_the_tip_shows_only_the_name(desk):
-    assert desk.tray_tip() == "Ambrel"
+def test_after_the_start_the_tooltip_shows_only_the_name(desk):
+    assert desk.tray_tooltip() == "Ambrel"
 
 
-def test_the_tip_follows_the_filter(desk):
+def test_the_tooltip_follows_the_filter(desk):
     desk.press_power()
-    desk.wait_for_tip("Ambrel - ON (3998K, 100%)")
+    desk.wait_for_tooltip("Ambrel - ON (3998K, 100%)")
     desk.press_power()
-    desk.wait_for_tip("Ambrel - OFF")
+    desk.wait_for_tooltip("Ambrel - OFF")
 
 
-@pytest.mark.parametrize("settings, tip", [
+@pytest.mark.parametrize("settings, tooltip", [
     ({"Intensity": 0}, "Ambrel - ON (6500K, 100%)"),
     ({"Intensity": 1000, "Brightness": 855}, "Ambrel - ON (0K, 85%)"),
     ({"Intensity": 900, "Brightness": 570}, "Ambrel - ON (650K, 56%)"),
     ({"Intensity": 999, "Brightness": 999}, "Ambrel - ON (7K, 99%)"),
 ])
-def test_the_tip_rounds_the_warmth_and_truncates_the_percentage(file_desk, settings, tip):
+def test_the_tooltip_rounds_the_warmth_and_truncates_the_percentage(file_desk, settings, tooltip):
     desk = file_desk.start_fresh(settings)
     desk.press_power()
-    desk.wait_for_tip(tip)
+    desk.wait_for_tooltip(tooltip)
 
 
 def test_the_icon_differs_between_on_and_off(desk):
@@ -54,7 +54,7 @@ def test_the_icon_differs_between_on_and_off(desk):
 
 def test_there_is_one_icon(desk):
     desk.press_power()
-    desk.wait_for_tip("Ambrel - ON (3998K, 100%)")
+    desk.wait_for_tooltip("Ambrel - ON (3998K, 100%)")
     assert len(desk.tray_icons()) == 1
 
 
@@ -108,10 +108,10 @@ def test_a_middle_click_does_nothing(desk):
 
 
 def test_a_right_click_opens_the_menu_at_the_pointer(desk):
-    place = desk.tray_icon_position()
+    position = desk.tray_icon_position()
     menu = desk.open_menu()
     assert menu.window.window_class == MENU_CLASS
-    assert menu.window.right >= place[0] >= menu.window.left
+    assert menu.window.right >= position[0] >= menu.window.left
     assert menu.window.bottom <= 1080
     launch, legacy, last = menu.rows.values()
     assert menu.window.top < launch.top < launch.bottom <= legacy.top < legacy.bottom
@@ -164,7 +164,7 @@ def open_menu_while_busy(desk, icon):
     for _ in range(3):  # The taskbar passes the click on.
         desk.send_message(0, target=TASKBAR_CLASS)
         time.sleep(0.1)
-    assert desk.tray_tip() == "Ambrel" and not desk.menu_window()
+    assert desk.tray_tooltip() == "Ambrel" and not desk.menu_window()
     desk.magnification.script()
     menu = wait_until_settled(desk.menu_window, "the tray menu")
     time.sleep(0.3)  # No row may be chosen.
@@ -184,7 +184,7 @@ def test_a_pending_button_release_chooses_no_row_of_the_menu(desk):
     press_power_of_a_slow_display(desk)
     desk.release()
     menu = open_menu_while_busy(desk, icon)
-    desk.wait_for_tip("Ambrel - ON (3998K, 100%)")
+    desk.wait_for_tooltip("Ambrel - ON (3998K, 100%)")
     choose_quit(desk, menu)
 
 
@@ -194,7 +194,7 @@ def test_a_pending_click_is_handled_before_the_menu_opens(desk):
     desk.release()
     desk.click(*power)
     menu = open_menu_while_busy(desk, icon)
-    desk.wait_for_tip("Ambrel - OFF")
+    desk.wait_for_tooltip("Ambrel - OFF")
     choose_quit(desk, menu)
 
 
@@ -204,7 +204,7 @@ def test_a_pending_slider_release_is_handled_before_the_menu_opens(desk):
     desk.release()
     desk.slide("WARMTH", 40)
     menu = open_menu_while_busy(desk, icon)
-    desk.wait_for_tip(model.tip_on(model.dragged(0.385, 40), 1.0))
+    desk.wait_for_tooltip(model.tooltip_on(model.dragged(0.385, 40), 1.0))
     choose_quit(desk, menu)
 
 
@@ -253,13 +253,13 @@ def test_quit_removes_the_icon_and_exits_with_0(desk):
 
 def test_a_new_taskbar_gets_the_icon_in_its_current_state(desk):
     desk.choose("EVENING")
-    desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
+    desk.wait_for_tooltip("Ambrel - ON (2700K, 85%)")
     # Of these messages the program handles only TaskbarCreated, whose number is unknown here.
     for number in NAMED_MESSAGES:
         desk.post_message(number)
     desk.wait_for_log("TaskbarCreated received - (re)adding tray icon")
     desk.wait_for_icon()
-    desk.wait_for_tip("Ambrel - ON (2700K, 85%)")
+    desk.wait_for_tooltip("Ambrel - ON (2700K, 85%)")
     assert desk.log().count("TaskbarCreated received - (re)adding tray icon") == 1
     assert len(desk.tray_icons()) == 1
     desk.post_message(WM_CLOSE)
@@ -274,18 +274,18 @@ def test_messages_of_timers_that_do_not_run_are_ignored(desk, number):
     log = desk.log()
     desk.send_message(WM_TIMER, number)
     assert desk.log() == log
-    assert desk.tray_tip() == "Ambrel"
+    assert desk.tray_tooltip() == "Ambrel"
     assert not desk.popup_visible()
 
 
-def test_the_menu_command_of_legacy_mode_does_not_change_the_tip(desk):
+def test_the_menu_command_of_legacy_mode_does_not_change_the_tooltip(desk):
     desk.menu("Legacy Mode (Older Hardware)")
     desk.wait_for_saves(1)
-    assert desk.tray_tip() == "Ambrel"
+    assert desk.tray_tooltip() == "Ambrel"
 
 
-def test_the_longest_tip_is_not_truncated(file_desk):
+def test_the_longest_tooltip_is_not_truncated(file_desk):
     desk = file_desk.start_fresh({"Intensity": 0, "Brightness": 1000})
     desk.press_power()
-    desk.wait_for_tip(model.tip_on(0.0, 1.0))
-    assert len(desk.tray_tip()) <= 127
+    desk.wait_for_tooltip(model.tooltip_on(0.0, 1.0))
+    assert len(desk.tray_tooltip()) <= 127

@@ -8,13 +8,13 @@ LABEL = ("Segoe UI", 13, 900)
 TITLE = ("Segoe UI", 14, 900)
 # Drawn letters may start or end a pixel inside or outside the width that GDI returns.
 TOLERANCE = 1
-# The tip of the tray icon may cover the popup below this line.
-ABOVE_THE_TIP = 520
+# The tooltip of the tray icon may cover the popup below this line.
+ABOVE_THE_TOOLTIP = 520
 
 
 def picture_of(desk):
     """A picture of the popup once it is drawn: two consecutive pictures are equal."""
-    return wait_until_settled(lambda: desk.popup_picture().crop(0, 0, 320, ABOVE_THE_TIP), "the popup's picture")
+    return wait_until_settled(lambda: desk.popup_picture().crop(0, 0, 320, ABOVE_THE_TOOLTIP), "the popup's picture")
 
 
 def span(picture, box, ground):

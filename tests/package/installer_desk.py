@@ -76,7 +76,7 @@ class InstallerDesk(Desk):
         def shown():
             return next((box for box in self.message_boxes()
                          if title in box.title and text in box.text.replace("\r\n", "\n")), None)
-        return wait_until(shown, f"a page with '{text}'", actual=lambda: [box.text for box in self.message_boxes()])
+        return wait_until(shown, f"a page with '{text}'", state=lambda: [box.text for box in self.message_boxes()])
 
     def finish_page(self):
         """Waits for the installer's last page with its check boxes."""

@@ -7,7 +7,7 @@ import pytest
 
 import model
 from ambrel_lab.hardware import Monitor
-from ambrel_lab.waiting import LIMIT
+from ambrel_lab.waiting import TIMEOUT
 from desk import MARKER, wait_until
 from failures import open_desk
 from installer_desk import (APPROVED_KEY, FAILED, OTHER_SETUP, OTHER_VERSION, PUBLISHER, RUN_KEY, RUN_VALUE, SETUP,
@@ -123,7 +123,7 @@ def without_temporary(files):
 def without_pending(values):
     """Leaves out two values: Wine updates its driver's date, and lets any user request deletions at the next start."""
     volatile = ("DriverDateData", "PendingFileRenameOperations")
-    return {place: text for place, text in values.items() if place[1] not in volatile}
+    return {key: text for key, text in values.items() if key[1] not in volatile}
 
 
 def test_the_pages_offer_a_start_now_and_a_launch_at_startup(desk):
@@ -140,7 +140,7 @@ def test_the_pages_offer_a_start_now_and_a_launch_at_startup(desk):
             desk.box(LAUNCH, True)
             desk.box(START, False)
         desk.press_page_button(finish)
-        assert setup.wait(LIMIT) == 0
+        assert setup.wait(TIMEOUT) == 0
         assert desk.installed_version() == VERSION
         assert desk.run_entry() == (f"{desk.home}\\ambrel.exe" if change else None)
         if change:
@@ -227,7 +227,7 @@ def test_an_upgrade_asks_for_no_folder_and_keeps_the_run_entry(desk):
     assert START not in finish.buttons.values()
     assert desk.box(LAUNCH) == (True, False)
     desk.press_page_button(finish)
-    assert setup.wait(LIMIT) == 0
+    assert setup.wait(TIMEOUT) == 0
     assert desk.installed_version() == OTHER_VERSION
     assert desk.run_entry() == f"{desk.home}\\ambrel.exe"
     assert starts(desk) == 2
@@ -242,7 +242,7 @@ def test_an_unchecked_box_deletes_no_run_entry(desk):
     assert desk.box(LAUNCH) == (False, True)
     desk.box(START, False)
     desk.press_page_button(finish)
-    assert setup.wait(LIMIT) == 0
+    assert setup.wait(TIMEOUT) == 0
     assert desk.run_entry() == "C:\\Other place\\ambrel.exe"
     assert desk.program_pids() == []
 
@@ -288,7 +288,7 @@ def test_a_copy_that_refuses_to_close_is_shown_and_a_silent_run_changes_nothing(
         desk.press_button(box, 2)  # Cancel
         desk.press_button(desk.page("Nothing was changed"), 1)
         desk.press_page_button(desk.page("Not installed"), 2)
-        assert setup.wait(LIMIT) == FAILED
+        assert setup.wait(TIMEOUT) == FAILED
         assert copy.poll() is None
         assert desk.prefix.path(program).read_bytes() == before
         assert desk.listing() == INSTALLED
@@ -308,7 +308,7 @@ def test_the_installer_continues_once_the_user_has_quit_the_copy(desk):
         assert desk.installed_version() == OTHER_VERSION
         desk.box(START, False)
         desk.press_page_button(finish)
-        assert setup.wait(LIMIT) == 0
+        assert setup.wait(TIMEOUT) == 0
 
 
 def test_the_installer_waits_for_a_copy_that_is_still_starting(desk):
@@ -319,7 +319,7 @@ def test_the_installer_waits_for_a_copy_that_is_still_starting(desk):
         assert setup.poll() is None
         assert desk.listing() == sorted([*INSTALLED, *(f"{file}.new" for file in INSTALLED)])
         copy.stdin.close()
-        assert setup.wait(LIMIT) == 0
+        assert setup.wait(TIMEOUT) == 0
     assert desk.installed_version() == OTHER_VERSION
 
 
@@ -390,7 +390,7 @@ def test_a_cancelled_install_changes_nothing(desk):
     setup = desk.start_setup()
     desk.press_page_button(desk.page("without administrator rights"))
     desk.press_page_button(desk.page("suggested folder"), 2)
-    assert setup.wait(LIMIT) == 1
+    assert setup.wait(TIMEOUT) == 1
     assert difference(before, desk.files()) == ({}, {})
     assert desk.registry_get(UNINSTALL_KEY, "DisplayName") is None
 
@@ -411,7 +411,7 @@ def test_only_one_setup_runs_at_a_time(desk):
     page = desk.page("without administrator rights")
     assert desk.setup(setup=OTHER_SETUP) == FAILED
     desk.press_page_button(page, 2)
-    assert setup.wait(LIMIT) == 1
+    assert setup.wait(TIMEOUT) == 1
     assert desk.listing() is None
 
 

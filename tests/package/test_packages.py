@@ -80,9 +80,9 @@ def test_the_zip_contains_the_program_the_guide_the_changes_and_their_checksums(
 @pytest.mark.parametrize("name", ["guide.html", "changes.html"])
 def test_a_page_is_self_contained(packages, name):
     page = page_of(packages, name)
-    places = set(re.findall(r'id="([^"]+)"', page))
+    anchors = set(re.findall(r'id="([^"]+)"', page))
     for target in re.findall(r'href="([^"]*)"', page):
-        assert target.startswith(("http:", "https:", "mailto:")) or target[1:] in places, target
+        assert target.startswith(("http:", "https:", "mailto:")) or target[1:] in anchors, target
     for source in re.findall(r'src="([^"]*)"', page):
         assert source.startswith("data:image/png;base64,iVBOR")
     assert not re.search(r"<(script|link|iframe)", page)

@@ -52,13 +52,13 @@ def the_loader_initialises_the_stack_guard(program):
     if program.load_configuration() is None:
         yield "there is no load configuration"
         return
-    place = program.cookie_address()
-    if place is None:
+    address = program.cookie_address()
+    if address is None:
         yield "the load configuration names no security cookie"
         return
-    if program.number("Q", place) != DEFAULT_COOKIE:
+    if program.number("Q", address) != DEFAULT_COOKIE:
         yield "the cookie does not have the value that the loader replaces"
-    if not program.pe.get_section_by_rva(place).IMAGE_SCN_MEM_WRITE:
+    if not program.pe.get_section_by_rva(address).IMAGE_SCN_MEM_WRITE:
         yield "the cookie is in a read-only section"
 
 
@@ -154,8 +154,8 @@ def icon_sizes(program, group):
     directory = program.resources(pefile.RESOURCE_TYPE["RT_GROUP_ICON"])[group]
     pictures = program.resources(pefile.RESOURCE_TYPE["RT_ICON"])
     sizes = set()
-    for place in range(6, len(directory), 14):
-        width, height, _, _, _, depth, length, number = struct.unpack_from("<BBBBHHIH", directory, place)
+    for offset in range(6, len(directory), 14):
+        width, height, _, _, _, depth, length, number = struct.unpack_from("<BBBBHHIH", directory, offset)
         picture = pictures[number]
         if picture.startswith(b"\x89PNG"):
             shown = Image.open(io.BytesIO(picture)).size

@@ -53,8 +53,8 @@ LAST_REBUILD = BUILD / "program_file" / "rebuilt.txt"
 def hash_of_inputs():
     digest = hashlib.sha256()
     for name in INPUTS:
-        place = ROOT / name
-        for file in sorted(path for path in [place, *place.rglob("*")] if path.is_file()):
+        root = ROOT / name
+        for file in sorted(path for path in [root, *root.rglob("*")] if path.is_file()):
             digest.update(f"{file.relative_to(ROOT)}\0".encode() + hashlib.sha256(file.read_bytes()).digest())
     for compiler in COMPILERS:
         digest.update(subprocess.run([compiler, "--version"], check=True, capture_output=True).stdout)
@@ -73,7 +73,7 @@ def hash_of_rebuild():
         program = rebuild(folder / "another")
     finally:
         shutil.rmtree(folder)
-    if hash_of_inputs() == inputs:  # Otherwise a source was edited meanwhile.
+    if hash_of_inputs() == inputs:  # Otherwise a source was edited during the build.
         LAST_REBUILD.parent.mkdir(parents=True, exist_ok=True)
         LAST_REBUILD.write_text(f"{inputs} {program}\n", encoding="ascii")
     return program

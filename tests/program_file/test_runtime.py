@@ -83,9 +83,9 @@ def test_only_known_functions_run_before_the_first_statement(program, symbols):
 
 
 def test_an_unknown_initialiser_is_detected(program, symbols):
-    place = symbols.symbols["__xc_a"] + 8
+    address = symbols.symbols["__xc_a"] + 8
     unknown = (symbols.symbols["wWinMain"] + program.base).to_bytes(8, "little")
-    offset = program.pe.get_offset_from_rva(place)
+    offset = program.pe.get_offset_from_rva(address)
     modified = Program(program.data[:offset] + unknown + program.data[offset + 8:])
     assert initialisers(modified, symbols) - set(BEFORE_THE_FIRST_STATEMENT) == {"main.cpp.obj: wWinMain"}
 
