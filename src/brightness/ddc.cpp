@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "brightness/physical_monitors.h"
+#include "brightness/target_name.h"
 
 namespace {
 

@@ -39,8 +39,3 @@ MONITORINFOEXW ReadMonitorInfo(HMONITOR display) {
     if (!GetMonitorInfoW(display, &info)) info.szDevice[0] = L'\0';
     return info;
 }
-
-std::wstring DdcTargetName(const wchar_t* device, DWORD index) {
-    const std::wstring shown = device[0] != L'\0' ? device : L"UNKNOWN";
-    return kDdcNamePrefix + shown + L"#" + std::to_wstring(index);
-}

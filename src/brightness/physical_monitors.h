@@ -2,7 +2,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "brightness/monitor_functions.h"
 
@@ -39,10 +38,3 @@ bool ReadBrightness(const MonitorFunctions& functions, HANDLE monitor, MonitorBr
 
 // Returns the display monitor's device name and flags. The name is empty if Windows does not return it.
 MONITORINFOEXW ReadMonitorInfo(HMONITOR display);
-
-// Every target name below starts with it.
-constexpr wchar_t kDdcNamePrefix[] = L"DXVA2:";
-
-// Returns the target name of a display monitor's physical monitor, such as "DXVA2:\\.\DISPLAY1#0"; "UNKNOWN"
-// stands for an empty device name.
-std::wstring DdcTargetName(const wchar_t* device, DWORD index);

@@ -7,7 +7,7 @@
 
 #include "app/state/app_state.h"
 #include "app/state/messages.h"
-#include "brightness/display_targets.h"
+#include "brightness/restore_brightness.h"
 #include "brightness/saved_brightness.h"
 #include "win32/com_guards.h"
 #include "win32/crash_stack.h"
@@ -48,26 +48,6 @@ void DeleteRestoredFromRecord(PwmReleaseJob* release) {
 }
 
 }  // namespace
-
-std::vector<std::wstring> RestoreBrightness(SavedBrightness* saved) {
-    SavedBrightness attempted;
-    SavedBrightness refused;
-    std::vector<std::wstring> restored;
-    DisplayTargetList list;
-    EnumerateTargets(&list);
-    for (const DisplayTarget& target : list) {
-        attempted.insert(saved->extract(target.name));
-        const auto entry = attempted.find(target.name);  // two targets may have the same name
-        if (entry == attempted.end()) continue;
-        if (SetTargetBrightness(target, entry->second)) {
-            restored.push_back(entry->first);
-        } else {
-            refused.insert(*entry);
-        }
-    }
-    saved->merge(refused);
-    return restored;
-}
 
 bool StartPwmSafeRelease() {
     if (!FinishPwmSafeRelease() || g_app.pwmSavedBrightness.empty()) return true;

@@ -4,16 +4,7 @@
 // access AppState and logs nothing, so it may still be running when the process ends.
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include "app/state/app_state.h"
-
-// Enumerates the displays and sets each to its saved value, which is removed from `saved` before the call.
-// Afterwards `saved` contains the values that no display has accepted. Returns the names of the displays that
-// have accepted theirs. OnEndSession may empty `saved` during the call and then restores the remaining values
-// itself. Any thread that has initialised COM.
-std::vector<std::wstring> RestoreBrightness(SavedBrightness* saved);
+#include "win32/platform.h"
 
 // Moves the saved values out of AppState and starts the thread that restores them. Does nothing if there are
 // no values or a release is running. False if the thread cannot be created; the values are then still in

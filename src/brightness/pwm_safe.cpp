@@ -6,7 +6,7 @@
 #include "app/state/timers.h"
 #include "brightness/display_operation.h"
 #include "brightness/display_targets.h"
-#include "brightness/pwm_release.h"
+#include "brightness/restore_brightness.h"
 #include "brightness/saved_brightness.h"
 #include "store/event_log.h"
 #include "store/settings.h"

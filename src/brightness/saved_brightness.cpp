@@ -6,7 +6,7 @@
 #include "app/state/app_state.h"
 #include "brightness/display_targets.h"
 #include "brightness/monitor_path.h"
-#include "brightness/physical_monitors.h"
+#include "brightness/target_name.h"
 #include "store/restore_record.h"
 
 namespace {
@@ -30,7 +30,7 @@ struct Identity {
 
 // Without a path an external monitor cannot be distinguished from one that is connected later.
 bool IsDistinct(const std::wstring& name, const std::wstring& path) {
-    return !path.empty() || !name.starts_with(kDdcNamePrefix);
+    return !path.empty() || !IsDdcTargetName(name);
 }
 
 RestoreRows::const_iterator FindRow(const RestoreRows& rows, const Identity& identity) {

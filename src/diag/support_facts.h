@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "brightness/monitor_probe.h"
+#include "diag/monitor_probe.h"
 #include "diag/system_probe.h"
 #include "win32/platform.h"
 

@@ -1,6 +1,7 @@
 #include "diag/support_text.h"
 
 #include "app/state/program_names.h"
+#include "filter/model/displayed_values.h"
 #include "filter/model/warmth.h"
 #include "res/version.h"
 #include "win32/control_characters.h"

@@ -14,6 +14,6 @@ bool IsRestartDoneSinceFix();
 // Whether Legacy Mode's ramps are rejected and the user can do something about it.
 bool IsBannerVisible();
 
-// Logs once per run that ramps are still rejected after the restart, which withdraws the banner. Painting and
-// hit testing call this before IsBannerVisible.
+// Logs once per run that ramps are still rejected after the restart, which withdraws the banner. Painting,
+// hit testing and accessibility call this before IsBannerVisible.
 void LogBannerDemotionOnce();

@@ -3,13 +3,14 @@
 #include <iterator>
 
 #include "app/state/program_names.h"
-#include "brightness/pwm_card_label.h"
+#include "filter/gamma_banner.h"
 #include "filter/model/warmth.h"
 #include "ui/panel_texts.h"
+#include "ui/pwm_card_label.h"
 #include "ui/settings_rows.h"
 #include "ui/slider_geometry.h"
 #include "ui/slider_text.h"
-#include "ui/status_strip.h"
+#include "ui/strip_content.h"
 #include "ui/support_copy.h"
 
 #include <oleacc.h>
@@ -74,6 +75,7 @@ ShownControl Hint() {
 }
 
 ShownControl Strip() {
+    LogBannerDemotionOnce();
     switch (CurrentStatusStrip()) {
         case StatusStrip::Banner: return Button(Region::GammaBanner, BannerText());
         case StatusStrip::Card: {

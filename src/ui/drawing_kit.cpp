@@ -2,20 +2,10 @@
 
 #include <algorithm>
 
-#include "app/state/app_state.h"
 #include "app/state/dpi.h"
-#include "ui/canvas.h"
-#include "ui/palette.h"
-#include "ui/panel_texts.h"
-#include "ui/regions.h"
 #include "win32/guards.h"
 
 namespace {
-
-constexpr RECT kHeaderBand = {0, 0, kCanvasWidth, kHeaderHeight};
-constexpr RECT kHeaderSubtitle = {42, 36, 250, 52};
-constexpr RECT kHeaderDot = {20, 38, 28, 46};
-constexpr wchar_t kGearGlyph[] = L"\xE713";
 
 // The channels of a gradient vertex are 16 bits wide, with the colour in the upper 8 bits.
 TRIVERTEX Vertex(LONG x, LONG y, COLORREF colour) {
@@ -49,6 +39,12 @@ void DrawTextLine(HDC dc, FontRole font, COLORREF colour, const RECT& rect, UINT
 
 void FillBox(HDC dc, const RECT& rect, COLORREF colour) {
     FillRect(dc, &rect, BrushOf(dc, colour));
+}
+
+void FillEllipse(HDC dc, const RECT& rect, COLORREF colour) {
+    const SelectedObject selectedBrush(dc, BrushOf(dc, colour));
+    const SelectedObject selectedPen(dc, GetStockObject(NULL_PEN));
+    Ellipse(dc, rect.left, rect.top, rect.right, rect.bottom);
 }
 
 void OutlineRoundRect(HDC dc, const RECT& rect, int cornerDiameter, COLORREF colour) {
@@ -112,22 +108,4 @@ void DrawEdgeLines(HDC dc, const RECT& rect, int inset, COLORREF top, COLORREF b
     const LONG right = rect.right - inset;
     DrawStroke(dc, {left, rect.top + 1}, {right, rect.top + 1}, 1, top);
     DrawStroke(dc, {left, rect.bottom - 2}, {right, rect.bottom - 2}, 1, bottom);
-}
-
-void FillHeaderBand(HDC dc) {
-    FillBox(dc, kHeaderBand, kColourHeader);
-}
-
-void DrawPanelHeader(HDC dc, const wchar_t* subtitle, COLORREF subtitleColour, bool showGear, bool showDot) {
-    FillHeaderBand(dc);
-    DrawTextLine(dc, FontRole::Title, kColourDimmed, kMainTitlePlace, kAlignTopLeft, kMainTitle);
-    DrawTextLine(dc, FontRole::Small, subtitleColour, kHeaderSubtitle, kAlignTopLeft, subtitle);
-    if (showDot) {
-        const SelectedObject selectedBrush(dc, BrushOf(dc, subtitleColour));
-        const SelectedObject selectedPen(dc, GetStockObject(NULL_PEN));
-        Ellipse(dc, kHeaderDot.left, kHeaderDot.top, kHeaderDot.right, kHeaderDot.bottom);
-    }
-    if (showGear) {
-        DrawTextLine(dc, FontRole::Glyph, kColourDimmed, RegionRect(Region::Gear), kAlignCentre, kGearGlyph);
-    }
 }

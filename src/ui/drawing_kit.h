@@ -19,6 +19,9 @@ constexpr UINT kAlignTopCentre = DT_CENTER | DT_TOP;
 // Fills a rectangle with one colour, without an outline.
 void FillBox(HDC dc, const RECT& rect, COLORREF colour);
 
+// Fills an ellipse in a rectangle with one colour, without an outline.
+void FillEllipse(HDC dc, const RECT& rect, COLORREF colour);
+
 // Draws the outline of a rounded rectangle with a one-unit pen, unfilled. `cornerDiameter` is the width and
 // height of the corner ellipse; elsewhere `radius` is half of it.
 void OutlineRoundRect(HDC dc, const RECT& rect, int cornerDiameter, COLORREF colour);
@@ -56,9 +59,3 @@ void DrawEdgeLines(HDC dc, const RECT& rect, int inset, COLORREF top, COLORREF b
 
 // Draws a straight line `width` units wide.
 void DrawStroke(HDC dc, POINT from, POINT to, int width, COLORREF colour);
-
-// Fills the header band of a panel.
-void FillHeaderBand(HDC dc);
-
-// Draws the header band with the title and the subtitle; the gear and the dot are optional.
-void DrawPanelHeader(HDC dc, const wchar_t* subtitle, COLORREF subtitleColour, bool showGear, bool showDot);

@@ -7,6 +7,7 @@
 #include "ui/canvas.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"
+#include "ui/panel_header.h"
 #include "ui/panel_texts.h"
 #include "ui/power_button.h"
 #include "ui/regions.h"

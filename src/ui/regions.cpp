@@ -3,6 +3,7 @@
 #include "app/state/app_state.h"
 #include "filter/gamma_banner.h"
 #include "ui/slider_geometry.h"
+#include "ui/strip_content.h"
 
 namespace {
 
@@ -49,6 +50,10 @@ bool Contains(const RECT& rect, int x, int y) {
     return x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom;
 }
 
+bool IsInStrip(Region region) {
+    return region == Region::GammaBanner || region == Region::PwmCard;
+}
+
 bool Reacts(Region region) {
     if (region == Region::GammaBanner) return CurrentStatusStrip() == StatusStrip::Banner;
     if (region == Region::PwmCard) return CurrentStatusStrip() == StatusStrip::Card;
@@ -69,12 +74,6 @@ Slider SliderOf(Region region) {
     return region == Region::BrightnessTrack ? Slider::Brightness : Slider::None;
 }
 
-StatusStrip CurrentStatusStrip() {
-    LogBannerDemotionOnce();
-    if (IsBannerVisible()) return StatusStrip::Banner;
-    return g_app.pwmTargetsPresent || g_app.pwmSafe ? StatusStrip::Card : StatusStrip::Hint;
-}
-
 bool IsAvailable(Region region) {
     for (const RegionRow& row : kRegions) {
         if (row.region == region) return row.panel == g_app.panel && Reacts(region);
@@ -84,7 +83,9 @@ bool IsAvailable(Region region) {
 
 Region HitTest(int x, int y) {
     for (const RegionRow& row : kRegions) {
-        if (row.panel == g_app.panel && Contains(row.rect, x, y) && Reacts(row.region)) return row.region;
+        if (row.panel != g_app.panel || !Contains(row.rect, x, y)) continue;
+        if (IsInStrip(row.region)) LogBannerDemotionOnce();
+        if (Reacts(row.region)) return row.region;
     }
     return Region::None;
 }

@@ -31,14 +31,10 @@ RECT RegionRect(Region region);
 // The slider that the region belongs to; Slider::None for every other region.
 Slider SliderOf(Region region);
 
-// The content of the strip between the sliders and the presets. Logs once per run that the banner is
-// withdrawn.
-enum class StatusStrip { Banner, Card, Hint };
-StatusStrip CurrentStatusStrip();
-
 // Whether the region belongs to the current panel and reacts now. The banner and the card react only while
 // the strip shows them.
 bool IsAvailable(Region region);
 
-// The first region of the current panel that is available and contains the point, else Region::None.
+// The first region of the current panel that is available and contains the point, else Region::None. A point
+// in the status strip logs once per run that the banner has been withdrawn.
 Region HitTest(int x, int y);

@@ -4,6 +4,7 @@
 #include "ui/canvas.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"
+#include "ui/panel_header.h"
 #include "ui/panel_texts.h"
 #include "ui/regions.h"
 #include "ui/settings_rows.h"

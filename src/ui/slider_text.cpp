@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "filter/model/displayed_values.h"
 #include "filter/model/warmth.h"
 #include "win32/format_text.h"
 

@@ -1,20 +1,19 @@
 #include "ui/status_strip.h"
 
 #include "app/state/app_state.h"
-#include "brightness/pwm_card_label.h"
+#include "filter/gamma_banner.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"
 #include "ui/panel_texts.h"
+#include "ui/pwm_card_label.h"
 #include "ui/regions.h"
+#include "ui/strip_content.h"
 
 namespace {
 
 constexpr RECT kCardTitlePlace = {36, 387, 226, 402};
 constexpr RECT kCardStatus = {36, 400, 226, 414};
 constexpr RECT kCardSwitch = {234, 384, 284, 418};
-
-// The hint is lit below this software brightness.
-constexpr double kHintBrightness = 0.9;
 
 struct CardColours {
     COLORREF accent;
@@ -55,16 +54,8 @@ void DrawHint(HDC dc) {
 
 }  // namespace
 
-const wchar_t* BannerText() {
-    return g_app.gammaRangeExpanded ? L"\u26a0 FIX APPLIED. RESTART YOUR COMPUTER"
-                                    : L"\u26a0 COLORS BLOCKED BY WINDOWS. CLICK TO FIX";
-}
-
-bool IsHintLit() {
-    return g_app.brightness < kHintBrightness;
-}
-
 void DrawStatusStrip(HDC dc) {
+    LogBannerDemotionOnce();
     switch (CurrentStatusStrip()) {
         case StatusStrip::Banner: DrawBanner(dc); return;
         case StatusStrip::Card: DrawCard(dc); return;

@@ -15,7 +15,7 @@ from ambrel_lab import LabError  # noqa: E402
 from documents.support_bundle import replace_report  # noqa: E402
 
 GUIDE = ROOT / "docs" / "guide.md"
-CARD_LABELS = ROOT / "src" / "brightness" / "pwm_card_label.cpp"
+CARD_LABELS = ROOT / "src" / "ui" / "pwm_card_label.cpp"
 
 
 def tracked(*patterns):

@@ -2,7 +2,7 @@
 
 #include "app/state/app_state.h"
 #include "app/state/messages.h"
-#include "filter/model/warmth.h"
+#include "filter/model/displayed_values.h"
 #include "res/resource_ids.h"
 #include "win32/format_text.h"
 

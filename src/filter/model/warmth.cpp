@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "win32/format_text.h"
-
 namespace {
 
 constexpr double kCoolestKelvin = 25000.0;
@@ -52,10 +50,6 @@ double IntensityToKelvin(double intensity) {
     return (1.0 - std::clamp(intensity, 0.0, 1.0)) * kNeutralKelvin;
 }
 
-int RoundedKelvin(double intensity) {
-    return static_cast<int>(std::lround(IntensityToKelvin(intensity)));
-}
-
 void KelvinToRgb(double kelvin, double* red, double* green, double* blue) {
     const double clamped = std::clamp(kelvin, kWarmestKelvin, kCoolestKelvin);
     const Chromaticity c = PlanckianLocus(std::clamp(clamped, kPublishedKelvin, kCoolestKelvin));
@@ -97,17 +91,4 @@ FilterPreset RecognisePreset(double intensity) {
         if (std::fabs(intensity - row.intensity) < kPresetTolerance) return row.preset;
     }
     return FilterPreset::None;
-}
-
-void FormatKelvinLabel(double intensity, wchar_t* label, std::size_t capacity) {
-    const int kelvin = RoundedKelvin(intensity);
-    if (kelvin >= 1000) {
-        FormatTextInto(label, capacity, "%d,%03dK", kelvin / 1000, kelvin % 1000);
-    } else {
-        FormatTextInto(label, capacity, "%dK", kelvin);
-    }
-}
-
-int TruncatedPercent(double brightness) {
-    return static_cast<int>(brightness * 100.0);
 }

@@ -1,8 +1,6 @@
 // The warmth and brightness model: pure arithmetic, without Windows.
 #pragma once
 
-#include <cstddef>
-
 enum class FilterPreset { None, Day, Evening, Night };
 
 // A colour, or the factor of each channel.
@@ -38,9 +36,6 @@ constexpr double kPresetTolerance = 0.02;  // of the intensity, exclusive
 // Colour temperature in kelvin of a warmth intensity, linear from 6500 at 0 to 0 at 1; clamps the intensity.
 double IntensityToKelvin(double intensity);
 
-// IntensityToKelvin, rounded half away from zero.
-int RoundedKelvin(double intensity);
-
 // Raw linear RGB of a black body at `kelvin` (clamped to 2000..25000 K), each channel 0..4.
 // Source: Kim et al., cubic approximation of the Planckian locus in CIE 1931 xy; sRGB matrix of IEC 61966-2-1
 // (D65), rounded to four decimals. One coefficient differs from the source; see warmth.cpp.
@@ -57,9 +52,3 @@ double ClampBrightness(double brightness, bool allowExtremeDim);
 
 // The preset whose intensity is within the tolerance, regardless of brightness.
 FilterPreset RecognisePreset(double intensity);
-
-// "4,000K", or "650K" below 1000 K, truncated to the capacity.
-void FormatKelvinLabel(double intensity, wchar_t* label, std::size_t capacity);
-
-// Brightness in whole percent, truncated: 0.999 is 99.
-int TruncatedPercent(double brightness);

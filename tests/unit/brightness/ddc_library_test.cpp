@@ -7,7 +7,7 @@
 #include "app/state/app_state.h"
 #include "brightness/ddc.h"
 #include "brightness/fake_monitors.h"
-#include "brightness/monitor_probe.h"
+#include "diag/monitor_probe.h"
 #include "support/call_record.h"
 #include "support/fake_libraries.h"
 

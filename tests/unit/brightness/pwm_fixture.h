@@ -11,7 +11,7 @@
 
 #include "app/state/app_state.h"
 #include "brightness/fake_displays.h"
-#include "brightness/pwm_card_label.h"
+#include "ui/pwm_card_label.h"
 #include "brightness/pwm_safe.h"
 #include "support/call_record.h"
 

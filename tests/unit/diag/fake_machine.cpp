@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "brightness/monitor_probe.h"
+#include "diag/monitor_probe.h"
 #include "support/call_record.h"
 #include "support/fake_libraries.h"
 #include "support/seam.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "brightness/monitor_probe.h"
+#include "diag/monitor_probe.h"
 #include "support/seam.h"
 #include "win32/platform.h"
 

@@ -18,41 +18,6 @@ protected:
 
 }  // namespace
 
-TEST_F(DrawingKit, HeaderWithGearDrawsBandTitleAndGlyph) {
-    DrawPanelHeader(dc(), L"", RGB(0x66, 0x66, 0x66), true, false);
-    const Drawing expected = {Fill({0, 0, 320, 56}, 0x191919),
-                              Text("AMBREL", "Title", 0x666666, {22, 20, 180, 40}, kTopLeft),
-                              Text("\\ue713", "Glyph", 0x666666, {280, 17, 304, 41}, kCentre)};
-    EXPECT_EQ(g_gdi.drawn, expected);
-}
-
-TEST_F(DrawingKit, HeaderWithDotDrawsItInTheSubtitlesColourWithoutAnOutline) {
-    DrawPanelHeader(dc(), L"Locked", RGB(0x00, 0xD6, 0x7C), false, true);
-    const Drawing expected = {Fill({0, 0, 320, 56}, 0x191919),
-                              Text("AMBREL", "Title", 0x666666, {22, 20, 180, 40}, kTopLeft),
-                              Text("Locked", "Small", 0x00D67C, {42, 36, 250, 52}, kTopLeft),
-                              "ellipse (20,38)-(28,46) pen none fill #00D67C"};
-    EXPECT_EQ(g_gdi.drawn, expected);
-}
-
-TEST_F(DrawingKit, HeaderWithBothDrawsTheDotBeforeTheGear) {
-    DrawPanelHeader(dc(), L"x", RGB(1, 2, 3), true, true);
-    ASSERT_EQ(g_gdi.drawn.size(), 5U);
-    EXPECT_EQ(g_gdi.drawn[3], "ellipse (20,38)-(28,46) pen none fill #010203");
-    EXPECT_EQ(g_gdi.drawn[4], Text("\\ue713", "Glyph", 0x666666, {280, 17, 304, 41}, kCentre));
-}
-
-TEST_F(DrawingKit, HeaderWithNeitherDrawsBandAndTitleOnly) {
-    DrawPanelHeader(dc(), L"", 0, false, false);
-    EXPECT_EQ(g_gdi.drawn.size(), 2U);
-}
-
-TEST_F(DrawingKit, WithoutItsFontTheGlyphIsDrawnInTheLabelFont) {
-    g_app.fonts[static_cast<int>(FontRole::Glyph)] = nullptr;
-    DrawPanelHeader(dc(), L"", 0, true, false);
-    EXPECT_EQ(g_gdi.drawn.back(), Text("\\ue713", "Label", 0x666666, {280, 17, 304, 41}, kCentre));
-}
-
 TEST_F(DrawingKit, TextWithoutAnyFontIsStillDrawn) {
     for (HFONT& font : g_app.fonts)
         font = nullptr;
@@ -153,12 +118,9 @@ TEST_F(DrawingKit, ShapesOfTheCanvasStayInDesignUnitsAtEveryDpi) {
     FillRoundRect(dc(), 24, 462, 272, 54, 8, RGB(1, 1, 1), RGB(2, 2, 2));
     FillVerticalGradient(dc(), {1, 2, 3, 4}, 0, 0);
     DrawEdgeLines(dc(), {24, 384, 296, 418}, 8, 0, 0);
-    DrawPanelHeader(dc(), L"", 0, false, false);
     const Drawing expected = {Round({24, 462, 296, 516}, 16, "1 #020202", "#010101"),
                               Gradient({1, 2, 3, 4}, 0, 0),
                               Stroke({32, 385, 288, 385}, 1, 0),
-                              Stroke({32, 416, 288, 416}, 1, 0),
-                              Fill({0, 0, 320, 56}, 0x191919),
-                              Text("AMBREL", "Title", 0x666666, {22, 20, 180, 40}, kTopLeft)};
+                              Stroke({32, 416, 288, 416}, 1, 0)};
     EXPECT_EQ(g_gdi.drawn, expected);
 }

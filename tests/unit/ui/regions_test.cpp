@@ -9,6 +9,7 @@
 #include "app/state/app_state.h"
 #include "store/event_log.h"
 #include "support/seam.h"
+#include "ui/strip_content.h"
 #include "win32/platform.h"
 
 namespace {
@@ -228,9 +229,13 @@ TEST_F(Regions, ExactlyOneStripIsCurrent) {
 
 TEST_F(Regions, TheFirstHitTestThatFindsTheBannerDemotedLogsItOnce) {
     ShowDemotedBanner();
-    EXPECT_EQ(HitTest(160, 390), Region::None);
-    EXPECT_EQ(HitTest(160, 390), Region::None);
     CurrentStatusStrip();
+    EXPECT_TRUE(g_logged.empty());
+    CurrentStatusStrip();
+    EXPECT_FALSE(IsAvailable(Region::GammaBanner));
+    EXPECT_TRUE(g_logged.empty());
+    EXPECT_EQ(HitTest(160, 390), Region::None);
+    EXPECT_EQ(HitTest(160, 390), Region::None);
     const std::vector<std::wstring> expected = {
         L"Gamma fix exhausted: ramps still rejected after restart (driver level limit?) - banner demoted"};
     EXPECT_EQ(g_logged, expected);

@@ -1,4 +1,4 @@
-#include "brightness/pwm_card_label.h"
+#include "ui/pwm_card_label.h"
 
 #include "app/state/app_state.h"
 

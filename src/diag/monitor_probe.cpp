@@ -1,4 +1,4 @@
-#include "brightness/monitor_probe.h"
+#include "diag/monitor_probe.h"
 
 #include "brightness/physical_monitors.h"
 

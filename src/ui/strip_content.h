@@ -1,0 +1,14 @@
+// What the status strip between the sliders and the presets shows: the gamma banner, the PWM-safe card or the
+// flicker hint.
+#pragma once
+
+enum class StatusStrip { Banner, Card, Hint };
+
+// The content for the state in AppState.
+StatusStrip CurrentStatusStrip();
+
+// The text of the banner, even if the strip does not show it. Static storage.
+const wchar_t* BannerText();
+
+// Whether the hint is drawn in amber: the filter dims the picture enough to replace the backlight's dimming.
+bool IsHintLit();
