@@ -24,12 +24,12 @@ constinit std::atomic_flag g_crashed;
 
 // The module that contains the address, and the distance from its start. The name is empty outside every
 // module.
-struct CodePlace {
+struct CodeLocation {
     wchar_t module[64] = {};
     std::uintptr_t offset;
 
     // Neither call waits for the loader's lock, which another thread may hold.
-    explicit CodePlace(const void* address) : offset(reinterpret_cast<std::uintptr_t>(address)) {
+    explicit CodeLocation(const void* address) : offset(reinterpret_cast<std::uintptr_t>(address)) {
         MEMORY_BASIC_INFORMATION memory = {};
         if (VirtualQuery(address, &memory, sizeof(memory)) == 0 || memory.Type != MEM_IMAGE) return;
         offset -= reinterpret_cast<std::uintptr_t>(memory.AllocationBase);
@@ -41,10 +41,10 @@ struct CodePlace {
 };
 
 void LogCrash(DWORD code, const void* address) {
-    const CodePlace place(address);
+    const CodeLocation location(address);
     wchar_t message[kLogMessageCapacity];
-    FormatText(message, "Crashed: exception %08lX at %ls+%llX", code, place.module,
-               static_cast<unsigned long long>(place.offset));
+    FormatText(message, "Crashed: exception %08lX at %ls+%llX", code, location.module,
+               static_cast<unsigned long long>(location.offset));
     LogInCrash(message);
 }
 
@@ -68,8 +68,8 @@ void InstallCrashGuard() {
 
 void OnCrash(DWORD code, const void* address) {
     if (g_crashed.test_and_set()) return;
-    if (g_app.rampInForce) LoadIdentityRamp();
-    // Even if none counts as tinted: the fault may have come between the sixteen of them.
+    if (g_app.rampApplied) LoadIdentityRamp();
+    // Even if none is recorded as tinted: the fault may have occurred between two of the sixteen.
     ResetSystemCursors();
     LogCrash(code, address);
 }

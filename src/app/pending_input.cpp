@@ -31,7 +31,7 @@ void HandlePendingPopupInput() {
     }
 }
 
-bool IsSliderHeld() {
+bool CheckSliderHeld() {
     if (g_app.dragSlider == Slider::None) return false;
     if (IsPrimaryButtonDown()) return true;
     ReleaseCapture();

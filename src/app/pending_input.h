@@ -6,6 +6,6 @@
 // that run may open boxes and destroy the window.
 void HandlePendingPopupInput();
 
-// Whether the user holds a slider. Ends a drag whose button is no longer down because another window received
-// the release.
-bool IsSliderHeld();
+// Whether the user holds a slider. First ends a drag whose button is no longer down because another window
+// received the release.
+bool CheckSliderHeld();

@@ -30,7 +30,7 @@ struct Placement {
 };
 
 Placement PlacementOn(const RECT& workArea) {
-    const POINT corner = PlacePopup(workArea);
+    const POINT corner = PopupPosition(workArea);
     return {{corner.x, corner.y, corner.x + ScaleByDpi(kCanvasWidth), corner.y + ScaleByDpi(kCanvasHeight)},
             g_app.dpi};
 }
@@ -58,7 +58,7 @@ void FitToPlacement(const Placement& placement) {
 
 }  // namespace
 
-POINT PlacePopup(const RECT& workArea) {
+POINT PopupPosition(const RECT& workArea) {
     const int margin = ScaleByDpi(kMarginUnits);
     const int x = workArea.right - ScaleByDpi(kCanvasWidth) - margin;
     const int y = workArea.bottom - ScaleByDpi(kCanvasHeight) - margin;

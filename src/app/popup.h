@@ -6,7 +6,7 @@
 // The popup's top-left corner in pixels, at the DPI in AppState: the work area's bottom-right corner minus
 // the popup's size and the margin. On a work area smaller than the popup, the top-left corner of the popup
 // stays visible.
-POINT PlacePopup(const RECT& workArea);
+POINT PopupPosition(const RECT& workArea);
 
 // Queries the displays again, shows the popup on the monitor under the mouse and brings it to the front. If
 // Windows refuses the foreground, the popup stays visible and does not hide itself until it has been active

@@ -49,7 +49,7 @@ void OnPowerSetting(const void* data) {
 
 void RegisterPowerEvents(HWND window) {
     g_app.resumeRegistration = RegisterSuspendResumeNotification(window, DEVICE_NOTIFY_WINDOW_HANDLE);
-    // Windows reports the current state immediately, so only a change from off to on counts as a resume.
+    // Windows reports the current state immediately, so only a change from off to on is treated as a resume.
     g_app.displayRegistration =
         RegisterPowerSettingNotification(window, &kConsoleDisplayState, DEVICE_NOTIFY_WINDOW_HANDLE);
 }

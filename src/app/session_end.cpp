@@ -12,9 +12,9 @@
 namespace {
 
 // All in ms.
-constexpr DWORD kScreenDelay = 1000;      // displays that answer within it are restored before the screen
-constexpr DWORD kSessionLimit = 4000;     // Windows terminates the process after 5 s
-constexpr DWORD kInstallerLimit = 25000;  // an installer terminates the process after 30 s
+constexpr DWORD kScreenDelay = 1000;        // displays that answer within it are restored before the screen
+constexpr DWORD kSessionTimeout = 4000;     // Windows terminates the process after 5 s
+constexpr DWORD kInstallerTimeout = 25000;  // an installer terminates the process after 30 s
 
 bool IsInstallerRequest(LPARAM reason) {
     return (reason & ENDSESSION_CLOSEAPP) != 0;
@@ -32,7 +32,7 @@ void OnEndSession(bool ending, LPARAM reason) {
     StopTimer(TimerId::DisplaySettle);
     SuspendPwmSafe();
     const bool started = StartPwmSafeRelease();
-    RestoreScreen(IsInstallerRequest(reason) ? kInstallerLimit : kSessionLimit);
+    RestoreScreen(IsInstallerRequest(reason) ? kInstallerTimeout : kSessionTimeout);
     if (!started) ReleasePwmSafeLock();
     // The session continues: the installer replaces the program's file and waits for the program to exit.
     if (IsInstallerRequest(reason) && !g_app.windowDestroyed) DestroyWindow(g_app.mainWindow);
@@ -45,11 +45,11 @@ void ContinueSession() {
     RestartTimer(TimerId::DisplaySettle);
 }
 
-void RestoreScreen(DWORD limit) {
+void RestoreScreen(DWORD timeoutMs) {
     const ULONGLONG start = GetTickCount64();
-    WaitForPwmSafeRelease(std::min(limit, kScreenDelay));
+    WaitForPwmSafeRelease(std::min(timeoutMs, kScreenDelay));
     ReleaseCursorCopies();
     RestoreIdentityRamp();
     const ULONGLONG spent = GetTickCount64() - start;
-    if (spent < limit) WaitForPwmSafeRelease(static_cast<DWORD>(limit - spent));
+    if (spent < timeoutMs) WaitForPwmSafeRelease(static_cast<DWORD>(timeoutMs - spent));
 }

@@ -5,11 +5,12 @@
 #include "win32/platform.h"
 
 // How long the destruction of the window may wait, in ms, for a release of the backlight that is running.
-constexpr DWORD kWindowEndLimit = 25000;
+constexpr DWORD kWindowEndTimeout = 25000;
 
 // WM_ENDSESSION: restores the backlight, the cursors and the gamma ramp, since Windows soon terminates the
-// process without WM_DESTROY. Returns after at most 4 s. If an installer requests the end of this program
-// only, returns after at most 25 s and destroys the window. `reason` is the message's lParam. Does nothing if
+// process without WM_DESTROY. Waits at most 4 s for the displays. If an installer requests the end of this
+// program only, waits at most 25 s and destroys the window. If the release thread cannot be created, restores
+// the backlight itself, however long the displays take. `reason` is the message's lParam. Does nothing if
 // `ending` is false.
 void OnEndSession(bool ending, LPARAM reason);
 
@@ -17,6 +18,6 @@ void OnEndSession(bool ending, LPARAM reason);
 // and the lock are applied again as after a display change. Does nothing once the window is destroyed.
 void ContinueSession();
 
-// Restores the cursors and the gamma ramp, and waits up to `limit` ms for a running release of the backlight.
-// The screen is restored after the release, but at the latest after 1 s.
-void RestoreScreen(DWORD limit);
+// Restores the cursors and the gamma ramp, and waits up to `timeoutMs` for a running release of the
+// backlight. The screen is restored after the release, but at the latest after 1 s.
+void RestoreScreen(DWORD timeoutMs);

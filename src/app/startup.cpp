@@ -107,7 +107,7 @@ int RunMessageLoop() {
     return 1;
 }
 
-int FailToStart(const wchar_t* text) {
+int ReportStartFailure(const wchar_t* text) {
     MessageBoxW(nullptr, text, kProgramTitle, MB_ICONERROR);
     return 1;
 }
@@ -131,7 +131,7 @@ void PrepareState(HINSTANCE instance) {
     RepairAutostartEntry();
     // An earlier run may have terminated without restoring the screen.
     ResetSystemCursors();
-    RestoreRampOfLastRun();
+    ResetRampOfLastRun();
     InitMagnification();
 }
 
@@ -146,10 +146,10 @@ int RunAmbrel(HINSTANCE instance, const wchar_t* commandLine) {
         return 0;
     }
     PrepareState(instance);
-    if (!RegisterPopupClass()) return FailToStart(L"Failed to register window class");
+    if (!RegisterPopupClass()) return ReportStartFailure(L"Failed to register window class");
     if (!CreatePopupWindow()) {
         // While the displays were queried, an installer may have ended the program.
-        return g_app.windowDestroyed ? 0 : FailToStart(L"Failed to create window");
+        return g_app.windowDestroyed ? 0 : ReportStartFailure(L"Failed to create window");
     }
     AddFirstTrayIcon();
     ShowWindow(g_app.mainWindow, SW_HIDE);

@@ -80,7 +80,7 @@ void ShowTrayMenu() {
     // have quit the program, or a later click may have opened its own menu.
     if (g_app.mainWindow == nullptr || g_app.menuRequestCount != request) return;
     // The release that ends the drag would choose an item.
-    if (IsSliderHeld()) return;
+    if (CheckSliderHeld()) return;
     HMENU menu = CreatePopupMenu();
     if (menu == nullptr) return;
     AppendCheckItem(menu, kMenuLaunchAtStartup, L"Launch at Startup", g_app.launchAtStart);

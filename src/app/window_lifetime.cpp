@@ -62,7 +62,7 @@ void OnDestroy() {
     if (!sessionEnded) FinishPwmSafeRelease();
     ReleasePwmSafeLock();
     // OnEndSession has already waited for the release that it started.
-    RestoreScreen(sessionEnded ? 0 : kWindowEndLimit);
+    RestoreScreen(sessionEnded ? 0 : kWindowEndTimeout);
     ShutdownMagnification();
     UnregisterPowerEvents();
     RemoveTrayIcon();

@@ -11,6 +11,6 @@ void OnCreate(HWND window);
 // resources, releases the single-instance mutex and ends the message loop. Does not save the settings.
 void OnDestroy();
 
-// Destroys the window. If Windows refuses, does what OnDestroy does all the same, and the end of the process
+// Destroys the window. If Windows refuses, performs the steps of OnDestroy anyway, and the end of the process
 // destroys the window.
 void DestroyMainWindow();

@@ -64,9 +64,9 @@ bool StartPwmSafeRelease() {
     return true;
 }
 
-void WaitForPwmSafeRelease(DWORD limit) {
+void WaitForPwmSafeRelease(DWORD timeoutMs) {
     if (g_app.pwmRelease == nullptr) return;
-    WaitForSingleObject(g_app.pwmRelease->thread, limit);
+    WaitForSingleObject(g_app.pwmRelease->thread, timeoutMs);
     DeleteRestoredFromRecord(g_app.pwmRelease);
 }
 

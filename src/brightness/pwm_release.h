@@ -11,9 +11,9 @@
 // AppState. Window thread.
 bool StartPwmSafeRelease();
 
-// Waits for a running release, for at most `limit` ms. If it has ended, deletes the values that it has
+// Waits for a running release, for at most `timeoutMs`. If it has ended, deletes the values that it has
 // restored from the restore record. Window thread.
-void WaitForPwmSafeRelease(DWORD limit);
+void WaitForPwmSafeRelease(DWORD timeoutMs);
 
 // Frees an ended release and, with the mode on, moves the values that no display has accepted back to
 // AppState, for a session that continues after all. False while a release is running. Window thread.

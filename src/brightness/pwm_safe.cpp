@@ -43,10 +43,9 @@ void SwitchOff() {
     ClearVerification();
 }
 
-// A saved value is never replaced: the first is the user's, later ones are the lock's. False if the session
-// ends while a display is being set. The release may then have restored that display before it accepted the
-// 100 percent, so its value is restored again. If Windows ends the process before that, the release has most
-// likely come second, since it starts by enumerating the displays.
+// Saves the brightness of each display, unless it is saved already: later values are the lock's. False if the
+// session ends while a display is being set. The release may have restored that display before it accepted
+// the 100 percent, so its value is then restored again. If that fails, the value stays saved.
 bool LockTargets(const DisplayTargetList& list) {
     for (const DisplayTarget& target : list) {
         const std::uint32_t before = SaveBrightness(target);

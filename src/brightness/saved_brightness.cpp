@@ -11,8 +11,8 @@
 
 namespace {
 
-constexpr std::uint64_t kDay = 86400;                // seconds
-constexpr std::uint64_t kKeptWhileAway = 30 * kDay;  // seconds
+constexpr std::uint64_t kDay = 86400;              // seconds
+constexpr std::uint64_t kMaxTimeAway = 30 * kDay;  // seconds
 
 std::uint64_t SecondsSince1970() {
     return static_cast<std::uint64_t>(std::time(nullptr));
@@ -83,7 +83,7 @@ void KeepWhileAway(int number, RestoreRow row) {
     if (row.awaySince == 0 || row.awaySince > now) {
         row.awaySince = now;
         WriteRestoreRow(number, row);
-    } else if (now - row.awaySince > kKeptWhileAway) {
+    } else if (now - row.awaySince > kMaxTimeAway) {
         DeleteRestoreRow(number);
     }
 }

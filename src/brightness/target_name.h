@@ -1,5 +1,5 @@
-// The names of DDC/CI targets, such as "DXVA2:\\.\DISPLAY1#0": the display monitor's device name and the index
-// of the physical monitor.
+// The names of DDC/CI targets, such as "DXVA2:\\.\DISPLAY1#0": the display monitor's device name and the
+// index of the physical monitor.
 #pragma once
 
 #include <cstdint>

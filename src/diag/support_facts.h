@@ -40,6 +40,6 @@ struct SupportFacts {
 // Queries Windows for every field. Never fails: a value that cannot be read is empty, 0 or "unknown".
 SupportFacts ReadSupportFacts();
 
-// A stable, anonymous number for a machine: 64-bit FNV-1a (Fowler, Noll, Vo) over the UTF-16LE bytes of its
-// machine GUID. 0 for an empty GUID.
+// A stable pseudonym of a machine, by which support recognises it: 64-bit FNV-1a (Fowler, Noll, Vo) over the
+// UTF-16LE bytes of its machine GUID. 0 for an empty GUID.
 std::uint64_t MachineTag(const std::wstring& machineGuid);

@@ -46,8 +46,8 @@ void AddBlankLine(std::wstring* text) {
     *text += L"\r\n";
 }
 
-// One line, whatever the label and the value contain. `label` includes its padding up to the column of the
-// values.
+// One line, regardless of what the label and the value contain. `label` includes its padding up to the column
+// of the values.
 void AddLine(std::wstring* text, const std::wstring& label, const std::wstring& value) {
     *text += Printable(label);
     *text += Printable(value);

@@ -6,7 +6,7 @@
 
 #include "win32/platform.h"
 
-// Stands in the report for a value that cannot be read.
+// The report shows this for a value that cannot be read.
 inline constexpr wchar_t kUnknown[] = L"unknown";
 
 struct OsInfo {

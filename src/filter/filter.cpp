@@ -38,7 +38,7 @@ void ClearFilter() {
     if (g_app.useLegacyGamma) {
         RestoreIdentityRamp();
     } else if (IsMagnificationUsable() && !SetIdentityMatrix()) {
-        RemoveMatrixInForce();
+        RemoveAppliedMatrix();
     }
 }
 
@@ -59,7 +59,7 @@ void ToggleLegacyMode() {
     g_app.useLegacyGamma = !g_app.useLegacyGamma;
     g_app.displaysWithoutRamps = 0;
     if (g_app.useLegacyGamma) {
-        RemoveMatrixInForce();
+        RemoveAppliedMatrix();
     } else {
         SuppressFallback();
         if (!g_app.magnificationReady) InitMagnification();

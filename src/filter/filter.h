@@ -1,12 +1,13 @@
-// The only entry point for changes of the screen's colour. Every module applies and clears the filter here,
-// whichever pipeline is in use. Window thread only.
+// Applies and clears the filter through the pipeline in use: the Magnification API or gamma ramps. The only
+// ramp that other modules load directly is the identity, at the start, at the end and after a crash. Window
+// thread only.
 #pragma once
 
 #include "filter/model/warmth.h"
 
 // Applies the filter in AppState to the screen, or clears it if it is off or the program is terminating. If
-// the Magnification API refuses the matrix, may switch to Legacy Mode (legacy_fallback.h). Never initialises
-// a pipeline; without one it has no effect.
+// the Magnification API refuses the matrix, may switch to Legacy Mode (legacy_fallback.h). Has no effect if
+// the Magnification API is in use and not initialised.
 void ApplyFilter();
 
 // Removes the effect of the pipeline in use from the screen.
@@ -16,5 +17,6 @@ void ClearFilter();
 // tray icon, and schedules a save. FilterPreset::None does nothing.
 void ApplyPreset(FilterPreset preset);
 
-// Switches to the other pipeline at the user's request. Neither saves nor refreshes.
+// Switches to the other pipeline at the user's request and initialises the Magnification API if needed.
+// Neither saves nor refreshes.
 void ToggleLegacyMode();

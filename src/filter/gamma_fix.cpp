@@ -17,7 +17,7 @@ namespace {
 constexpr std::uint64_t kConfirmationTimeout = 120000;  // ms
 constexpr INT_PTR kMaxShellError = 32;                  // ShellExecuteW returns more than this on success
 
-bool UserAgrees() {
+bool AskForPermission() {
     return MessageBoxW(
                g_app.mainWindow,
                L"Some of your settings are being blocked by Windows.\n\nAmbrel can fix this with your "
@@ -43,7 +43,7 @@ void StartGammaRangeFix() {
             kProgramTitle, MB_ICONINFORMATION);
         return;
     }
-    if (!UserAgrees()) return;
+    if (!AskForPermission()) return;
     const INT_PTR result = LaunchElevatedHelper();
     if (result <= kMaxShellError) {
         LogEvent("Gamma-range fix helper failed to launch (rc=%d)", static_cast<int>(result));

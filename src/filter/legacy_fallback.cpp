@@ -22,8 +22,8 @@ void FallBackToLegacyMode() {
     g_app.legacyModeAutoSet = true;
     g_app.consecutiveError87 = 0;
     SaveSettings();
-    // A matrix in force would tint the screen a second time.
-    RemoveMatrixInForce();
+    // A matrix that is still applied would tint the screen a second time.
+    RemoveAppliedMatrix();
     ApplyLegacyRamp();
     RefreshPopupAndTray();
     if (!noticeShownBefore && g_app.mainWindow != nullptr)

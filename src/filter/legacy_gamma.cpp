@@ -14,7 +14,8 @@ namespace {
 
 constexpr int kMismatchThreshold = 3;  // consecutive; the first two are tolerated
 
-enum class RampResult { Accepted, SetFailed, ReadBackDiffers };
+// The result of LoadRamp for the filter's ramp, with the first mismatches tolerated.
+enum class FilterRampStatus { Accepted, SetFailed, ReadBackDiffers };
 
 void FillLinearChannel(std::uint16_t (&channel)[GammaRamp::kEntries], double slope) {
     for (int i = 0; i < GammaRamp::kEntries; ++i) {
@@ -30,16 +31,16 @@ void FillFilterRamp(GammaRamp* ramp) {
     FillLinearChannel(ramp->channels[2], colour.blue);
 }
 
-RampResult LoadFilterRamp() {
+FilterRampStatus LoadFilterRamp() {
     GammaRamp ramp;
     FillFilterRamp(&ramp);
     switch (LoadRamp(&ramp)) {
-        case RampLoad::Refused: return RampResult::SetFailed;
-        case RampLoad::Matches: g_app.readBackMismatchStreak = 0; return RampResult::Accepted;
-        case RampLoad::Differs: g_app.readBackMismatchStreak += 1; break;
+        case RampLoadResult::Refused: return FilterRampStatus::SetFailed;
+        case RampLoadResult::Matches: g_app.readBackMismatchStreak = 0; return FilterRampStatus::Accepted;
+        case RampLoadResult::Differs: g_app.readBackMismatchStreak += 1; break;
     }
-    return g_app.readBackMismatchStreak < kMismatchThreshold ? RampResult::Accepted
-                                                             : RampResult::ReadBackDiffers;
+    return g_app.readBackMismatchStreak < kMismatchThreshold ? FilterRampStatus::Accepted
+                                                             : FilterRampStatus::ReadBackDiffers;
 }
 
 void CountAccepted() {
@@ -51,13 +52,13 @@ void CountAccepted() {
     RefreshPopupAndTray();
 }
 
-void CountRejected(RampResult result) {
+void CountRejected(FilterRampStatus status) {
     g_app.rampsRejected += 1;
     if (g_app.lastApplyRejected) return;
     g_app.lastApplyRejected = true;
     LogEvent("Legacy ramp REJECTED (intensity=%.3f brightness=%.3f)%ls - Windows range limit%ls",
              g_app.intensity, g_app.brightness,
-             result == RampResult::ReadBackDiffers ? L" (read-back mismatch streak)" : L"",
+             status == FilterRampStatus::ReadBackDiffers ? L" (read-back mismatch streak)" : L"",
              g_app.gammaRangeExpanded ? L" (registry expanded - restart pending?)" : L"");
     RefreshPopupAndTray();
 }
@@ -65,8 +66,8 @@ void CountRejected(RampResult result) {
 // Only switching the filter or the pipeline loads the filter's first ramp. The record is written even if that
 // ramp is the identity, because a later one, during a drag, differs.
 void RecordRampOnce() {
-    if (g_app.rampInForce) return;
-    g_app.rampInForce = true;
+    if (g_app.rampApplied) return;
+    g_app.rampApplied = true;
     RecordRamp();
 }
 
@@ -78,11 +79,11 @@ void ApplyLegacyRamp() {
         return;
     }
     RecordRampOnce();
-    const RampResult result = LoadFilterRamp();
-    if (result == RampResult::Accepted) {
+    const FilterRampStatus status = LoadFilterRamp();
+    if (status == FilterRampStatus::Accepted) {
         CountAccepted();
     } else {
-        CountRejected(result);
+        CountRejected(status);
     }
     // The cursors follow the filter's settings even if the ramp was rejected.
     TintSystemCursors();
@@ -90,14 +91,14 @@ void ApplyLegacyRamp() {
 
 void RestoreIdentityRamp() {
     RestoreSystemCursors();
-    if (!LoadIdentityRamp() || !g_app.rampInForce) return;
-    g_app.rampInForce = false;
+    if (!LoadIdentityRamp() || !g_app.rampApplied) return;
+    g_app.rampApplied = false;
     DeleteRampRecord();
 }
 
-void RestoreRampOfLastRun() {
+void ResetRampOfLastRun() {
     if (!IsRampRecorded()) return;
-    g_app.rampInForce = true;
+    g_app.rampApplied = true;
     // Whether it was loaded into each display is not recorded.
     g_app.rampsPerDisplay = true;
     RestoreIdentityRamp();

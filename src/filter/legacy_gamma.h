@@ -12,5 +12,5 @@ void ApplyLegacyRamp();
 // terminates, the call is retried once.
 void RestoreIdentityRamp();
 
-// At the start: restores the identity ramp if the last run has terminated without doing so.
-void RestoreRampOfLastRun();
+// At the start: loads the identity ramp if the last run has terminated without doing so.
+void ResetRampOfLastRun();

@@ -93,7 +93,7 @@ void ShutdownMagnification() {
         SetIdentityMatrix();
         if (g_app.magUninitialize != nullptr) g_app.magUninitialize();
         g_app.magnificationReady = false;
-        g_app.matrixInForce = false;
+        g_app.matrixApplied = false;
     }
     if (g_app.magnificationModule != nullptr) UnloadModule();
     g_app.magInitialize = nullptr;
@@ -110,7 +110,7 @@ MatrixResult SetFilterMatrix() {
     MAGCOLOREFFECT effect =
         DiagonalMatrix(MatrixCell(colour.red), MatrixCell(colour.green), MatrixCell(colour.blue));
     if (g_app.magSetFullscreenColorEffect(&effect) == FALSE) return {false, GetLastError()};
-    g_app.matrixInForce = !IsIdentity(effect);
+    g_app.matrixApplied = !IsIdentity(effect);
     return {true, ERROR_SUCCESS};
 }
 
@@ -118,13 +118,13 @@ bool SetIdentityMatrix() {
     if (!IsMagnificationUsable()) return false;
     MAGCOLOREFFECT identity = DiagonalMatrix(1.0F, 1.0F, 1.0F);
     if (g_app.magSetFullscreenColorEffect(&identity) == FALSE) return false;
-    g_app.matrixInForce = false;
+    g_app.matrixApplied = false;
     return true;
 }
 
-void RemoveMatrixInForce() {
-    if (!g_app.matrixInForce || SetIdentityMatrix()) return;
-    g_app.matrixInForce = false;
+void RemoveAppliedMatrix() {
+    if (!g_app.matrixApplied || SetIdentityMatrix()) return;
+    g_app.matrixApplied = false;
     if (g_app.magUninitialize == nullptr || g_app.magInitialize == nullptr) return;
     g_app.magUninitialize();
     g_app.magnificationReady = g_app.magInitialize() != FALSE;

@@ -25,7 +25,7 @@ MatrixResult SetFilterMatrix();
 // Sets the identity matrix. False if no matrix can be set or Windows refuses this one.
 bool SetIdentityMatrix();
 
-// Removes a filter matrix that is still in force, before the other pipeline takes over. If Windows refuses
+// Removes a filter matrix that is still applied, before the other pipeline is used. If Windows refuses
 // the identity matrix as well, uninitialises and reinitialises the API; the library stays loaded. Does
-// nothing if no filter matrix is in force.
-void RemoveMatrixInForce();
+// nothing if no filter matrix is applied.
+void RemoveAppliedMatrix();

@@ -25,14 +25,14 @@ bool ReadsBackAsWritten(HDC dc, const GammaRamp& written) {
     return SamplesMatch(written, readBack);
 }
 
-RampLoad LoadInto(HDC dc, GammaRamp* ramp) {
-    if (SetDeviceGammaRamp(dc, ramp) == FALSE) return RampLoad::Refused;
-    return ReadsBackAsWritten(dc, *ramp) ? RampLoad::Matches : RampLoad::Differs;
+RampLoadResult LoadInto(HDC dc, GammaRamp* ramp) {
+    if (SetDeviceGammaRamp(dc, ramp) == FALSE) return RampLoadResult::Refused;
+    return ReadsBackAsWritten(dc, *ramp) ? RampLoadResult::Matches : RampLoadResult::Differs;
 }
 
-RampLoad LoadIntoWholeScreen(GammaRamp* ramp) {
+RampLoadResult LoadIntoWholeScreen(GammaRamp* ramp) {
     const ScreenDc screen;
-    return screen.dc != nullptr ? LoadInto(screen.dc, ramp) : RampLoad::Matches;
+    return screen.dc != nullptr ? LoadInto(screen.dc, ramp) : RampLoadResult::Matches;
 }
 
 void FillIdentityRamp(GammaRamp* ramp) {
@@ -66,26 +66,26 @@ bool HasSeveralActiveDisplays() {
     return found == 2;
 }
 
-// Whether the display accepts gamma ramps at all. Loading the current ramp again has no visible effect. The
-// identity ramp is tried only if that is refused, as a ramp outside Windows' range may be.
-bool AcceptsAnyRamp(HDC dc) {
+// Whether the display accepts gamma ramps at all. Loads the current ramp again, which has no visible effect.
+// If that is refused, as a ramp outside Windows' range may be, loads the identity ramp.
+bool TryAnyRamp(HDC dc) {
     GammaRamp probe = {};
     if (GetDeviceGammaRamp(dc, &probe) != FALSE && SetDeviceGammaRamp(dc, &probe) != FALSE) return true;
     FillIdentityRamp(&probe);
     return SetDeviceGammaRamp(dc, &probe) != FALSE;
 }
 
-// Whether a refused ramp makes the display one to skip. The answer holds until the displays change, since
-// the probes are too slow for every step of a drag.
-bool IsWithoutRamps(DWORD index, HDC dc) {
+// Probes a display that has refused a ramp. True if it accepts none at all; it is then skipped without a
+// probe until the displays change, since probes are too slow for every step of a drag.
+bool SkipIfWithoutRamps(DWORD index, HDC dc) {
     const std::uint64_t bit = index < 64 ? std::uint64_t{1} << index : 0;
     if ((g_app.displaysWithoutRamps & bit) != 0) return true;
-    if (AcceptsAnyRamp(dc)) return false;
+    if (TryAnyRamp(dc)) return false;
     g_app.displaysWithoutRamps |= bit;
     return true;
 }
 
-RampLoad LoadIntoEachDisplay(GammaRamp* ramp) {
+RampLoadResult LoadIntoEachDisplay(GammaRamp* ramp) {
     bool anyLoaded = false;
     bool anyRefused = false;
     bool allMatch = true;
@@ -93,17 +93,17 @@ RampLoad LoadIntoEachDisplay(GammaRamp* ramp) {
     for (DWORD next = 0; NextActiveDisplay(&next, &display);) {
         const DisplayDc context(display.DeviceName);
         if (context.dc == nullptr) continue;
-        const RampLoad load = LoadInto(context.dc, ramp);
-        if (load == RampLoad::Refused) {
-            anyRefused = !IsWithoutRamps(next - 1, context.dc) || anyRefused;
+        const RampLoadResult result = LoadInto(context.dc, ramp);
+        if (result == RampLoadResult::Refused) {
+            anyRefused = !SkipIfWithoutRamps(next - 1, context.dc) || anyRefused;
         } else {
             anyLoaded = true;
-            allMatch = allMatch && load == RampLoad::Matches;
+            allMatch = allMatch && result == RampLoadResult::Matches;
         }
     }
     if (anyLoaded) g_app.rampsPerDisplay = true;
-    if (anyRefused || !anyLoaded) return RampLoad::Refused;
-    return allMatch ? RampLoad::Matches : RampLoad::Differs;
+    if (anyRefused || !anyLoaded) return RampLoadResult::Refused;
+    return allMatch ? RampLoadResult::Matches : RampLoadResult::Differs;
 }
 
 // Tries again if the program is terminating, since nothing loads the ramp later.
@@ -125,9 +125,9 @@ bool LoadIdentityIntoEachDisplay(GammaRamp* identity) {
 
 }  // namespace
 
-RampLoad LoadRamp(GammaRamp* ramp) {
-    const RampLoad load = LoadIntoWholeScreen(ramp);
-    if (load != RampLoad::Refused || !HasSeveralActiveDisplays()) return load;
+RampLoadResult LoadRamp(GammaRamp* ramp) {
+    const RampLoadResult result = LoadIntoWholeScreen(ramp);
+    if (result != RampLoadResult::Refused || !HasSeveralActiveDisplays()) return result;
     return LoadIntoEachDisplay(ramp);
 }
 

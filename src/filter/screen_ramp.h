@@ -12,8 +12,9 @@ struct GammaRamp {
 };
 static_assert(sizeof(GammaRamp) == 1536);
 
-// Matches includes a ramp that cannot be read back and a screen without a device context.
-enum class RampLoad { Matches, Differs, Refused };
+// The result of loading a ramp and reading it back. Matches includes a ramp that cannot be read back and a
+// screen without a device context.
+enum class RampLoadResult { Matches, Differs, Refused };
 
 // Loads the ramp and reads it back. Tries the entire screen's context first. Only if Windows refuses the ramp
 // there and more than one display is active, loads it into each display. Displays that refuse even the
@@ -21,7 +22,7 @@ enum class RampLoad { Matches, Differs, Refused };
 // the pipeline.
 // Refused: another display refuses the ramp, or every display is skipped. Differs: any display reads back a
 // different ramp.
-RampLoad LoadRamp(GammaRamp* ramp);
+RampLoadResult LoadRamp(GammaRamp* ramp);
 
 // Loads the identity ramp into the entire screen and, if Windows refuses that on an extended desktop or the
 // filter's ramp was loaded into each display, into each display. Does not read it back. While the

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "filter/filter_colour.h"
+#include "win32/top_down_dib.h"
 
 namespace {
 
@@ -26,17 +27,6 @@ SIZE SizeOf(const ICONINFO& info) {
     // A monochrome mask contains the AND half above the XOR half.
     const SIZE halves = SizeOfBitmap(info.hbmMask);
     return {halves.cx, halves.cy / 2};
-}
-
-BITMAPINFOHEADER TopDownHeader(LONG width, LONG height, WORD bits) {
-    BITMAPINFOHEADER header = {};
-    header.biSize = sizeof(header);
-    header.biWidth = width;
-    header.biHeight = -height;
-    header.biPlanes = 1;
-    header.biBitCount = bits;
-    header.biCompression = BI_RGB;
-    return header;
 }
 
 // A DIB section of the cursor's size, all pixels zero.

@@ -21,7 +21,7 @@ SRWLOCK g_lock = SRWLOCK_INIT;
 
 // Lines that live until they are replaced. A line that found no memory is null.
 wchar_t* g_ring[kRingLines];
-std::size_t g_ringNext = 0;   // the place of the next line
+std::size_t g_ringNext = 0;   // the index of the next line
 std::size_t g_ringCount = 0;  // lines logged, at most kRingLines
 
 static_assert(kLogLineCapacity >= kLogMessageCapacity + 16, "a message and its time stamp");

@@ -21,7 +21,7 @@ constexpr wchar_t kTemporarySuffix[] = L".new";
 constexpr std::size_t kLineBytes = kLogLineCapacity * std::size_t{3};
 
 std::wstring g_path;
-std::wstring g_temporaryPath;  // the file that a cut writes
+std::wstring g_temporaryPath;  // the file that a trim writes
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -55,8 +55,8 @@ std::unique_ptr<char[]> ReadEndOfLargeFile(long long limit) {
     return end;
 }
 
-// Writes the file beside the log. The bytes are on the disk before the name is: a power cut must not leave
-// the name with bytes that were never written.
+// Writes the file beside the log. The bytes are on the disk before the name is: a power failure must not
+// leave the name with bytes that were never written.
 bool WriteTemporaryFile(const char* bytes) {
     File file = Open(g_temporaryPath, L"wb");
     if (file == nullptr) return false;
@@ -65,7 +65,7 @@ bool WriteTemporaryFile(const char* bytes) {
     return std::fclose(file.release()) == 0 && written;
 }
 
-bool CutFileBeyond(long long limit) {
+bool TrimFileBeyond(long long limit) {
     const std::unique_ptr<char[]> end = ReadEndOfLargeFile(limit);
     if (end == nullptr) return false;
     if (WriteTemporaryFile(end.get()) &&
@@ -91,12 +91,12 @@ struct LineBytes {
     }
 };
 
-// Null when the file cannot be opened or has passed kMaxBytes and cannot be cut.
+// Null when the file cannot be opened or has passed kMaxBytes and cannot be trimmed.
 File OpenForAppending() {
     File file = Open(g_path, L"ab");
     if (file == nullptr || SizeOf(file.get()) <= kMaxBytes) return file;
     file.reset();
-    return CutFileBeyond(kMaxBytes) ? Open(g_path, L"ab") : nullptr;
+    return TrimFileBeyond(kMaxBytes) ? Open(g_path, L"ab") : nullptr;
 }
 
 }  // namespace
@@ -126,7 +126,7 @@ void AppendToLogFileInCrash(std::wstring_view line) {
 }
 
 void TrimLogFile() {
-    CutFileBeyond(kMaxBytesAtStart);
+    TrimFileBeyond(kMaxBytesAtStart);
 }
 
 std::string ReadLogFileTail() {

@@ -10,11 +10,10 @@
 
 // A display's brightness from before its first lock.
 struct RestoreRow {
-    std::uint32_t percent = 0;  // 0..100
-    std::uint64_t awaySince =
-        0;              // not connected since then, in seconds since 1970; 0: connected at the last start
-    std::wstring name;  // of the display target
-    std::wstring path;  // the monitor's device path; empty for a built-in panel
+    std::uint32_t percent = 0;    // 0..100
+    std::uint64_t awaySince = 0;  // seconds since 1970; 0: connected at the last start
+    std::wstring name;            // of the display target
+    std::wstring path;            // the monitor's device path; empty for a built-in panel
 };
 
 using RestoreRows = std::map<int, RestoreRow>;  // by number, from 1
@@ -35,16 +34,16 @@ void AddRestoreRow(const RestoreRow& row);
 // Flushes the file to the disk.
 void FlushRestoreRecord();
 
-// Deletes a row; if the record is empty then, deletes the section.
+// Deletes a row and, if the record is then empty, the section.
 void DeleteRestoreRow(int number);
 
-// Whether the record says that a gamma ramp of the filter may be in force.
+// Whether the record says that a gamma ramp of the filter may be loaded.
 bool IsRampRecorded();
 
-// Records that a gamma ramp of the filter may be in force.
+// Records that a gamma ramp of the filter may be loaded.
 void RecordRamp();
 
-// Deletes that entry; if the record is empty then, deletes the section.
+// Deletes that entry and, if the record is then empty, the section.
 void DeleteRampRecord();
 
 // Deletes the section if it contains nothing valid.

@@ -13,7 +13,7 @@ bool Request(Region region, double value) {
     AccessibleActionQueue& queue = g_app.accessibleActions;
     if (queue.count == kMaxAccessibleActions) return false;
     if (!PostMessageW(g_app.mainWindow, kMessageAccessibleActions, 0, 0)) return false;
-    queue.actions[queue.count++] = {static_cast<std::uint32_t>(region), value};
+    queue.actions[queue.count++] = {region, value};
     return true;
 }
 
@@ -27,7 +27,7 @@ AccessibleAction TakeFirst() {
 }
 
 void Perform(const AccessibleAction& action) {
-    const auto region = static_cast<Region>(action.region);
+    const Region region = action.region;
     if (!IsAvailable(region) || !IsWindowEnabled(g_app.mainWindow)) return;
     // Like a press, an action ends a drag.
     OnMouseUp();

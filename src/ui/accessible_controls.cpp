@@ -21,9 +21,9 @@ constexpr wchar_t kPress[] = L"Press";
 constexpr wchar_t kCheck[] = L"Check";
 constexpr wchar_t kUncheck[] = L"Uncheck";
 
-ShownControl Text(const RECT& place, const wchar_t* text) {
+ShownControl Text(const RECT& rect, const wchar_t* text) {
     ShownControl control;
-    control.place = place;
+    control.rect = rect;
     control.facts.role = ROLE_SYSTEM_STATICTEXT;
     control.facts.state = STATE_SYSTEM_READONLY;
     control.facts.name = text;
@@ -33,7 +33,7 @@ ShownControl Text(const RECT& place, const wchar_t* text) {
 ShownControl Clickable(Region region, DWORD role, const wchar_t* name) {
     ShownControl control;
     control.region = region;
-    control.place = RegionRect(region);
+    control.rect = RegionRect(region);
     control.facts.role = role;
     control.facts.name = name;
     return control;
@@ -66,7 +66,7 @@ ShownControl SliderControl(Region region, const wchar_t* name) {
 }
 
 ShownControl Hint() {
-    ShownControl control = Text(kHintPlace, kHintText);
+    ShownControl control = Text(kHintRect, kHintText);
     if (IsHintLit()) {
         control.facts.role = ROLE_SYSTEM_ALERT;
         control.facts.state |= STATE_SYSTEM_ALERT_MEDIUM;
@@ -100,11 +100,11 @@ void Append(ShownPanel* panel, const ShownControl& control) {
 }
 
 void AppendMainPanel(ShownPanel* panel) {
-    Append(panel, Text(kMainTitlePlace, kMainTitle));
+    Append(panel, Text(kMainTitleRect, kMainTitle));
     Append(panel, Button(Region::Gear, kSettingsTitle));
-    Append(panel, Text(SliderCaptionPlace(kWarmthCentreX), kWarmthCaption));
+    Append(panel, Text(SliderCaptionRect(kWarmthCentreX), kWarmthCaption));
     Append(panel, SliderControl(Region::WarmthTrack, kWarmthCaption));
-    Append(panel, Text(SliderCaptionPlace(kBrightnessCentreX), kBrightnessCaption));
+    Append(panel, Text(SliderCaptionRect(kBrightnessCentreX), kBrightnessCaption));
     Append(panel, SliderControl(Region::BrightnessTrack, kBrightnessCaption));
     Append(panel, Strip());
     const FilterPreset recognised = RecognisePreset(g_app.intensity);
@@ -116,7 +116,7 @@ void AppendMainPanel(ShownPanel* panel) {
 }
 
 void AppendSettingsPanel(ShownPanel* panel) {
-    Append(panel, Text(kSettingsTitlePlace, kSettingsTitle));
+    Append(panel, Text(kSettingsTitleRect, kSettingsTitle));
     Append(panel, Button(Region::Close, kCloseLabel));
     for (const SettingsRow& row : kSettingsRows)
         Append(panel, CheckButton(row.region, row.label, g_app.*row.value));
@@ -137,7 +137,7 @@ ShownPanel ReadShownPanel() {
 
 ShownControl ReadShownPopup() {
     ShownControl popup;
-    popup.place = {0, 0, kCanvasWidth, kCanvasHeight};
+    popup.rect = {0, 0, kCanvasWidth, kCanvasHeight};
     popup.facts.role = ROLE_SYSTEM_CLIENT;
     popup.facts.name = kProgramTitle;
     return popup;

@@ -7,7 +7,7 @@
 
 struct ShownControl {
     Region region = Region::None;  // None: a text
-    RECT place = {};               // design units
+    RECT rect = {};                // design units
     ControlFacts facts;
     const wchar_t* action = nullptr;  // the name of the default action; null: a click alone does nothing
 };

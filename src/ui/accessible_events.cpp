@@ -12,7 +12,7 @@ void Notify(DWORD event, LONG child) {
     NotifyWinEvent(event, g_app.mainWindow, OBJID_CLIENT, child);
 }
 
-bool Same(const wchar_t* one, const wchar_t* other) {
+bool SameText(const wchar_t* one, const wchar_t* other) {
     if (one == nullptr || other == nullptr) return one == other;
     return std::wcscmp(one, other) == 0;
 }
@@ -37,10 +37,10 @@ bool HasOtherRole(const AnnouncedPopup& before, const AnnouncedPopup& now) {
 }
 
 void AnnounceControl(const ControlFacts& before, const ControlFacts& now, LONG child) {
-    if (!Same(before.name, now.name)) Notify(EVENT_OBJECT_NAMECHANGE, child);
-    if (!Same(before.description, now.description)) Notify(EVENT_OBJECT_DESCRIPTIONCHANGE, child);
+    if (!SameText(before.name, now.name)) Notify(EVENT_OBJECT_NAMECHANGE, child);
+    if (!SameText(before.description, now.description)) Notify(EVENT_OBJECT_DESCRIPTIONCHANGE, child);
     if (before.state != now.state) Notify(EVENT_OBJECT_STATECHANGE, child);
-    if (!Same(before.value, now.value)) Notify(EVENT_OBJECT_VALUECHANGE, child);
+    if (!SameText(before.value, now.value)) Notify(EVENT_OBJECT_VALUECHANGE, child);
 }
 
 }  // namespace

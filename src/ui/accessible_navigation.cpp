@@ -36,7 +36,7 @@ int NearestBeside(const ShownPanel& panel, int child, LONG direction) {
     int nearest = kNone;
     LONG least = 0;
     for (int i = 0; i < panel.count; ++i) {
-        const LONG distance = DistanceTo(panel.controls[i].place, panel.controls[child - 1].place, direction);
+        const LONG distance = DistanceTo(panel.controls[i].rect, panel.controls[child - 1].rect, direction);
         if (distance == kNone || (nearest != kNone && distance >= least)) continue;
         nearest = i + 1;
         least = distance;
@@ -59,7 +59,7 @@ int ChildAtScreenPoint(LONG x, LONG y) {
         const ShownControl& control = panel.controls[i];
         const bool hit = region != Region::None
                              ? control.region == region
-                             : control.region == Region::None && PtInRect(&control.place, unit);
+                             : control.region == Region::None && PtInRect(&control.rect, unit);
         if (hit) return i + 1;
     }
     return CHILDID_SELF;

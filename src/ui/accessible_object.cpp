@@ -244,11 +244,11 @@ struct AccessibleObject final : IAccessible {
         if (result != S_OK) return result;
         POINT origin = {};
         ClientToScreen(g_app.mainWindow, &origin);
-        const RECT& place = control.place;
-        *left = origin.x + ScaleByDpi(place.left);
-        *top = origin.y + ScaleByDpi(place.top);
-        *width = ScaleByDpi(place.right) - ScaleByDpi(place.left);
-        *height = ScaleByDpi(place.bottom) - ScaleByDpi(place.top);
+        const RECT& rect = control.rect;
+        *left = origin.x + ScaleByDpi(rect.left);
+        *top = origin.y + ScaleByDpi(rect.top);
+        *width = ScaleByDpi(rect.right) - ScaleByDpi(rect.left);
+        *height = ScaleByDpi(rect.bottom) - ScaleByDpi(rect.top);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE accHitTest(LONG x, LONG y, VARIANT* child) override {

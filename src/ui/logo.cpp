@@ -6,6 +6,7 @@
 #include "res/resource_ids.h"
 #include "win32/com_guards.h"
 #include "win32/guards.h"
+#include "win32/top_down_dib.h"
 
 #include <objbase.h>
 #include <wincodec.h>
@@ -51,12 +52,7 @@ bool ConvertFrame(IWICImagingFactory* factory, IWICBitmapFrameDecode* frame,
 
 HBITMAP CreateTopDownDib(UINT width, UINT height, void** bits) {
     BITMAPINFO info = {};
-    info.bmiHeader.biSize = sizeof(info.bmiHeader);
-    info.bmiHeader.biWidth = static_cast<LONG>(width);
-    info.bmiHeader.biHeight = -static_cast<LONG>(height);
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
+    info.bmiHeader = TopDownHeader(static_cast<LONG>(width), static_cast<LONG>(height), 32);
     return CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, bits, nullptr, 0);
 }
 

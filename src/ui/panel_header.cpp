@@ -21,7 +21,7 @@ void FillHeaderBand(HDC dc) {
 
 void DrawPanelHeader(HDC dc, const wchar_t* subtitle, COLORREF subtitleColour, bool showGear, bool showDot) {
     FillHeaderBand(dc);
-    DrawTextLine(dc, FontRole::Title, kColourDimmed, kMainTitlePlace, kAlignTopLeft, kMainTitle);
+    DrawTextLine(dc, FontRole::Title, kColourDimmed, kMainTitleRect, kAlignTopLeft, kMainTitle);
     DrawTextLine(dc, FontRole::Small, subtitleColour, kHeaderSubtitle, kAlignTopLeft, subtitle);
     if (showDot) FillEllipse(dc, kHeaderDot, subtitleColour);
     if (showGear) {

@@ -26,7 +26,7 @@ void PaintPopup(HWND window) {
     PAINTSTRUCT paint = {};
     HDC windowDc = BeginPaint(window, &paint);
     if (windowDc == nullptr) {
-        // Windows sends WM_PAINT again at once as long as a part of the window is invalid.
+        // Windows sends WM_PAINT again immediately as long as a part of the window is invalid.
         ValidateRect(window, nullptr);
         return;
     }

@@ -18,12 +18,12 @@ constexpr int kLabelRight = 226;
 constexpr int kValueRight = 284;
 
 constexpr int kSupportRadius = 8;
-constexpr RECT kCopiedLabelPlace = {36, 468, 284, 490};
-constexpr RECT kCopiedHintPlace = {36, 490, 284, 510};
+constexpr RECT kCopiedLabelRect = {36, 468, 284, 490};
+constexpr RECT kCopiedHintRect = {36, 490, 284, 510};
 
 void DrawHeader(HDC dc) {
     FillHeaderBand(dc);
-    DrawTextLine(dc, FontRole::Title, kColourText, kSettingsTitlePlace, kAlignLeft, kSettingsTitle);
+    DrawTextLine(dc, FontRole::Title, kColourText, kSettingsTitleRect, kAlignLeft, kSettingsTitle);
     DrawTextLine(dc, FontRole::Small, kColourRed, RegionRect(Region::Close), kAlignCentre, kCloseLabel);
 }
 
@@ -50,8 +50,8 @@ void DrawSupportButton(HDC dc) {
         return;
     }
     DrawSupportSurface(dc, Hex(0x122416), Hex(0x0A180E));
-    DrawTextLine(dc, FontRole::Label, Hex(0x78E696), kCopiedLabelPlace, kAlignLeft, kCopiedLabel);
-    DrawTextLine(dc, FontRole::Small, Hex(0x6EC882), kCopiedHintPlace, kAlignLeft, kCopiedHint);
+    DrawTextLine(dc, FontRole::Label, Hex(0x78E696), kCopiedLabelRect, kAlignLeft, kCopiedLabel);
+    DrawTextLine(dc, FontRole::Small, Hex(0x6EC882), kCopiedHintRect, kAlignLeft, kCopiedHint);
 }
 
 }  // namespace

@@ -75,7 +75,7 @@ void DrawVerticalSlider(HDC dc, const VerticalSlider& slider) {
     DrawTicks(dc, cx);
     FillBox(dc, {cx - 4, y, cx + 4, kSliderBottom}, slider.active ? slider.accent : kColourFillOff);
     DrawThumb(dc, cx, y, slider.active ? slider.accent : kColourThumbBarOff);
-    DrawTextLine(dc, FontRole::Caption, textColour, SliderCaptionPlace(cx), kAlignCentre, slider.caption);
+    DrawTextLine(dc, FontRole::Caption, textColour, SliderCaptionRect(cx), kAlignCentre, slider.caption);
 
     const int left = cx - slider.valueBoxWidth / 2;
     const RECT box = {left, 330, left + slider.valueBoxWidth, 354};

@@ -10,7 +10,7 @@
 
 namespace {
 
-// More than any value in range: a longer number is clamped all the same.
+// Greater than any value in range. Longer numbers are limited to it before they are clamped.
 constexpr int kLargestNumber = 1000000;
 
 constexpr std::size_t kGroup = 3;  // digits between two commas

@@ -11,9 +11,9 @@
 
 namespace {
 
-constexpr RECT kCardTitlePlace = {36, 387, 226, 402};
-constexpr RECT kCardStatus = {36, 400, 226, 414};
-constexpr RECT kCardSwitch = {234, 384, 284, 418};
+constexpr RECT kCardTitleRect = {36, 387, 226, 402};
+constexpr RECT kCardStatusRect = {36, 400, 226, 414};
+constexpr RECT kCardSwitchRect = {234, 384, 284, 418};
 
 struct CardColours {
     COLORREF accent;
@@ -31,7 +31,7 @@ CardColours CurrentCardColours() {
 }
 
 void DrawBanner(HDC dc) {
-    DrawTextLine(dc, FontRole::Small, kColourRed, kHintPlace, kAlignTopCentre, BannerText());
+    DrawTextLine(dc, FontRole::Small, kColourRed, kHintRect, kAlignTopCentre, BannerText());
 }
 
 void DrawCard(HDC dc) {
@@ -40,15 +40,15 @@ void DrawCard(HDC dc) {
     FillRoundedGradient(dc, card, 8, colours.top, colours.bottom);
     DrawEdgeLines(dc, card, 8, g_app.pwmSafe ? Hex(0x787878) : Hex(0x505050), kColourBlack);
     OutlineRoundRect(dc, card, 16, colours.accent);
-    DrawTextLine(dc, FontRole::Label, kColourText, kCardTitlePlace, kAlignLeft, kCardTitle);
-    DrawTextLine(dc, FontRole::Small, colours.accent, kCardStatus, kAlignLeft, PwmCardLabel());
-    DrawTextLine(dc, FontRole::Label, g_app.pwmSafe ? kColourText : kColourDimmed, kCardSwitch, kAlignRight,
-                 g_app.pwmSafe ? L"ON" : L"OFF");
+    DrawTextLine(dc, FontRole::Label, kColourText, kCardTitleRect, kAlignLeft, kCardTitle);
+    DrawTextLine(dc, FontRole::Small, colours.accent, kCardStatusRect, kAlignLeft, PwmCardLabel());
+    DrawTextLine(dc, FontRole::Label, g_app.pwmSafe ? kColourText : kColourDimmed, kCardSwitchRect,
+                 kAlignRight, g_app.pwmSafe ? L"ON" : L"OFF");
 }
 
 // The unlit colour is barely visible by design.
 void DrawHint(HDC dc) {
-    DrawTextLine(dc, FontRole::Small, IsHintLit() ? kColourAmber : kColourHintUnlit, kHintPlace,
+    DrawTextLine(dc, FontRole::Small, IsHintLit() ? kColourAmber : kColourHintUnlit, kHintRect,
                  kAlignTopCentre, kHintText);
 }
 

@@ -77,7 +77,7 @@ struct [[nodiscard]] MemoryDc {
 };
 
 // Restores a device context's current clip region at the end of the scope. When the region cannot be read,
-// the clip in force at the end of the scope stays.
+// the clip region stays as it is at the end of the scope.
 struct [[nodiscard]] SavedClip {
     HDC dc;
     HRGN region;

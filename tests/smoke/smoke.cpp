@@ -49,10 +49,10 @@ bool CheckTrayIcon(HWND window) {
     icon.cbSize = sizeof(icon);
     icon.hWnd = window;
     icon.uID = kTrayIcon;
-    RECT place = {};
+    RECT rect = {};
     HRESULT result = E_FAIL;
     for (DWORD waited = 0; waited < kStartTimeout; waited += kPause) {
-        result = Shell_NotifyIconGetRect(&icon, &place);
+        result = Shell_NotifyIconGetRect(&icon, &rect);
         if (result == S_OK || result == E_NOTIMPL) break;
         Sleep(kPause);
     }
@@ -60,7 +60,7 @@ bool CheckTrayIcon(HWND window) {
         std::printf("skipped: this system cannot report the tray icon\n");
         return true;
     }
-    return Report(result == S_OK && place.right > place.left, "the tray icon is shown");
+    return Report(result == S_OK && rect.right > rect.left, "the tray icon is shown");
 }
 
 bool Send(HWND window, UINT message, WPARAM wParam, LPARAM lParam, DWORD_PTR* answer) {

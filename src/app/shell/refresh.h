@@ -1,6 +1,6 @@
 // The common refresh after a change of state.
 #pragma once
 
-// Invalidates the popup and updates the tray icon and its tip. The popup's layout is not stored, so this also
-// lays it out again. Does nothing without a window.
+// Invalidates the popup and updates the tray icon and its tooltip. The popup's layout is not stored, so this
+// also lays it out again. Does nothing without a window.
 void RefreshPopupAndTray();

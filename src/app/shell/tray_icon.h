@@ -1,11 +1,11 @@
-// The notification-area icon. Its image and tip show whether the filter is on. Uses the original version of
-// the interface, whose callback passes the mouse message in lParam.
+// The notification-area icon. Its image and tooltip show whether the filter is on. Uses the original version
+// of the interface, whose callback passes the mouse message in lParam.
 #pragma once
 
 // Adds the icon. False if the shell refuses, for example before the taskbar exists.
 bool AddTrayIcon();
 
-// Updates the icon and its tip. A refusal is ignored: the next update tries again.
+// Updates the icon and its tooltip. A refusal is ignored: the next update tries again.
 void UpdateTrayIcon();
 
 // Removes the icon, if it exists.

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+enum class Region;  // ui/regions.h
+
 // The properties of one control that assistive technology reads. The strings live for the entire run; null
 // means that there is none.
 struct ControlFacts {
@@ -26,8 +28,8 @@ struct AnnouncedPopup {
 
 // A request to press a control or to set a slider.
 struct AccessibleAction {
-    std::uint32_t region = 0;  // a Region (ui/regions.h)
-    double value = 0.0;        // of a slider, before it is clamped
+    Region region = {};
+    double value = 0.0;  // of a slider, before it is clamped
 };
 
 constexpr int kMaxAccessibleActions = 32;

@@ -96,19 +96,19 @@ struct AppState {
     BOOL(WINAPI* magUninitialize)() = nullptr;
     BOOL(WINAPI* magSetFullscreenColorEffect)(tagMAGCOLOREFFECT* effect) = nullptr;
     bool magnificationReady = false;
-    bool matrixInForce = false;  // the last accepted matrix is not the identity
+    bool matrixApplied = false;  // the last accepted matrix is not the identity
     bool failureNoticeShown = false;
     std::uint32_t openNoticeBoxes = 0;  // one bit for each NoticeBox
     std::int32_t rampsAccepted = 0;
     std::int32_t rampsRejected = 0;
     std::int32_t readBackMismatchStreak = 0;
     bool lastApplyRejected = false;
-    bool rampInForce = false;      // a ramp of the filter may be in force; the restore record contains it
+    bool rampApplied = false;      // a ramp of the filter may be loaded; the restore record contains it
     bool rampsPerDisplay = false;  // the filter's ramp was loaded into each display and not reset since
     std::uint64_t displaysWithoutRamps = 0;  // bit i: display i of the enumeration refuses even the identity
     bool gammaRangeExpanded = false;
-    // From the launch of the elevated run to its confirmation or the deadline. For debugging: only the poll
-    // timer waits, so no code reads it.
+    // From the launch of the elevated run to its confirmation or the deadline. Written for debugging only:
+    // the poll timer does not read it.
     bool gammaFixPending = false;
     std::uint64_t gammaFixDeadline = 0;  // tick, ms
     std::uint64_t gammaFixEpoch = 0;     // seconds since 1970; 0: never confirmed

@@ -25,8 +25,8 @@ bool IsTimerId(WPARAM id);
 bool IsOneShot(TimerId timer);
 
 // Starts the timer with its period, or restarts a running one. TimerPeriod::Long selects the longer period of
-// the two timers that have one. If Windows refuses a one-shot timer, its message is posted at once, so that
-// its action is not lost. Does nothing without a main window.
+// the two timers that have one. If Windows refuses a one-shot timer, its message is posted immediately, so
+// that its action is not lost. Does nothing without a main window.
 void StartTimer(TimerId timer, TimerPeriod period = TimerPeriod::Normal);
 
 // Stops the timer. Does nothing if it is not running.

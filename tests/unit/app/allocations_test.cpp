@@ -115,7 +115,7 @@ protected:
         g_app.filterOn = true;
         g_app.magnificationReady = true;
         g_app.magSetFullscreenColorEffect = &AcceptMatrix;
-        g_app.rampInForce = true;
+        g_app.rampApplied = true;
         for (HCURSOR& cursor : g_app.baseCursors)
             cursor = CreateColourCursor();
         g_app.baseCursorsLoaded = true;

@@ -16,7 +16,7 @@ namespace {
 
 LPTOP_LEVEL_EXCEPTION_FILTER g_filter = nullptr;
 AbnormalEndHandler g_abnormalEnd = nullptr;
-std::function<void()> g_whileRestoring;  // once
+std::function<void()> g_duringRestore;  // once
 
 LPTOP_LEVEL_EXCEPTION_FILTER WINAPI FakeSetUnhandledExceptionFilter(LPTOP_LEVEL_EXCEPTION_FILTER filter) {
     g_filter = filter;
@@ -31,7 +31,7 @@ BOOL WINAPI FakeSetThreadStackGuarantee(ULONG* bytes) {
 
 void Restore(const char* what) {
     Record(what);
-    if (const std::function<void()> fault = std::exchange(g_whileRestoring, nullptr)) fault();
+    if (const std::function<void()> fault = std::exchange(g_duringRestore, nullptr)) fault();
 }
 
 LONG Raise(DWORD code, const void* address) {
@@ -59,7 +59,7 @@ class CrashGuard : public testing::Test {
 protected:
     void SetUp() override {
         g_app = AppState{};
-        g_whileRestoring = nullptr;
+        g_duringRestore = nullptr;
         g_calls.clear();
         InstallCrashGuard();
     }
@@ -90,7 +90,7 @@ TEST_F(CrashGuard, InstallingItReserves64KilobytesOfStack) {
 }
 
 TEST_F(CrashGuard, AnUnhandledExceptionRestoresTheRampThenTheCursorsThenLogsOneLine) {
-    g_app.rampInForce = true;
+    g_app.rampApplied = true;
     g_calls.clear();
     EXPECT_EQ(Raise(0xC0000005, OwnAddress()), EXCEPTION_CONTINUE_SEARCH);
     EXPECT_EQ(g_calls, (CallRecord{"identity ramp", "reset cursors",
@@ -132,9 +132,9 @@ TEST_F(CrashGuard, ASecondFaultDoesNothing) {
 }
 
 TEST_F(CrashGuard, AFaultInTheGuardItselfDoesNotStartItAgain) {
-    g_app.rampInForce = true;
+    g_app.rampApplied = true;
     g_calls.clear();
-    g_whileRestoring = [] { Raise(0xC0000006, OwnAddress()); };
+    g_duringRestore = [] { Raise(0xC0000006, OwnAddress()); };
     Raise(0xC0000005, OwnAddress());
     EXPECT_EQ(g_calls, (CallRecord{"identity ramp", "reset cursors",
                                    "log: Crashed: exception C0000005 at " + OwnName() + "+1234"}));
@@ -142,7 +142,7 @@ TEST_F(CrashGuard, AFaultInTheGuardItselfDoesNotStartItAgain) {
 
 TEST_F(CrashGuard, AnEndByTheRuntimeRestoresTheSame) {
     ASSERT_NE(g_abnormalEnd, nullptr);
-    g_app.rampInForce = true;
+    g_app.rampApplied = true;
     g_calls.clear();
     g_abnormalEnd(OwnAddress());
     EXPECT_EQ(g_calls, (CallRecord{"identity ramp", "reset cursors",

@@ -14,8 +14,8 @@ HWND const kWindow = MakeHandle<HWND>(500);
 
 std::deque<UINT> g_queue;
 bool g_mouseNeverStops = false;
-void (*g_whilePeeking)() = nullptr;
-void (*g_whileHandling)() = nullptr;
+void (*g_duringPeek)() = nullptr;
+void (*g_duringDispatch)() = nullptr;
 int g_buttonDown = 0;
 bool g_buttonsSwapped = false;
 
@@ -24,7 +24,7 @@ BOOL WINAPI FakePeekMessage(MSG* message, HWND window, UINT first, UINT last, UI
     EXPECT_EQ(first, 0x200U);  // WM_MOUSEFIRST
     EXPECT_EQ(last, 0x20EU);   // WM_MOUSELAST
     EXPECT_EQ(flags, 1U);      // PM_REMOVE
-    if (g_whilePeeking != nullptr) g_whilePeeking();
+    if (g_duringPeek != nullptr) g_duringPeek();
     if (g_mouseNeverStops) g_queue = {WM_MOUSEMOVE};
     if (g_queue.empty()) return FALSE;
     message->hwnd = window;
@@ -37,7 +37,7 @@ BOOL WINAPI FakePeekMessage(MSG* message, HWND window, UINT first, UINT last, UI
 LRESULT WINAPI FakeDispatchMessage(const MSG* message) {
     EXPECT_EQ(message->hwnd, kWindow);
     Record("dispatch ", message->message);
-    if (g_whileHandling != nullptr) g_whileHandling();
+    if (g_duringDispatch != nullptr) g_duringDispatch();
     return 0;
 }
 
@@ -68,8 +68,8 @@ protected:
         g_calls.clear();
         g_queue.clear();
         g_mouseNeverStops = false;
-        g_whilePeeking = nullptr;
-        g_whileHandling = nullptr;
+        g_duringPeek = nullptr;
+        g_duringDispatch = nullptr;
         g_buttonDown = 0;
         g_buttonsSwapped = false;
     }
@@ -104,20 +104,20 @@ TEST_F(PendingInput, AtMostAHundredMessagesAreDispatched) {
 // With a null window PeekMessage would retrieve the input of message boxes.
 TEST_F(PendingInput, StopsWhenAHandlerDestroysTheWindow) {
     g_queue = {WM_LBUTTONDOWN, WM_LBUTTONUP};
-    g_whileHandling = [] { g_app.mainWindow = nullptr; };
+    g_duringDispatch = [] { g_app.mainWindow = nullptr; };
     HandlePendingPopupInput();
     EXPECT_EQ(g_calls, (CallRecord{"dispatch 513"}));
 }
 
 TEST_F(PendingInput, StopsWhenASentMessageDestroysTheWindow) {
-    g_whilePeeking = [] { g_app.mainWindow = nullptr; };
+    g_duringPeek = [] { g_app.mainWindow = nullptr; };
     HandlePendingPopupInput();
     EXPECT_TRUE(g_calls.empty());
 }
 
 TEST_F(PendingInput, NothingIsDispatchedWithoutAWindow) {
     g_app.mainWindow = nullptr;
-    g_whilePeeking = [] { Record("peek"); };
+    g_duringPeek = [] { Record("peek"); };
     HandlePendingPopupInput();
     EXPECT_TRUE(g_calls.empty());
 }
@@ -132,7 +132,7 @@ TEST(HeldSlider, WithoutADragNoSliderIsHeldRegardlessOfTheButton) {
     g_app = AppState{};
     g_calls.clear();
     g_buttonDown = VK_LBUTTON;
-    EXPECT_FALSE(IsSliderHeld());
+    EXPECT_FALSE(CheckSliderHeld());
     EXPECT_TRUE(g_calls.empty());
 }
 
@@ -142,10 +142,10 @@ TEST(HeldSlider, ADragIsHeldWhileItsButtonIsDown) {
     g_app.dragSlider = Slider::Warmth;
     g_buttonsSwapped = false;
     g_buttonDown = VK_LBUTTON;
-    EXPECT_TRUE(IsSliderHeld());
+    EXPECT_TRUE(CheckSliderHeld());
     g_buttonsSwapped = true;
     g_buttonDown = VK_RBUTTON;
-    EXPECT_TRUE(IsSliderHeld());
+    EXPECT_TRUE(CheckSliderHeld());
     EXPECT_EQ(g_app.dragSlider, Slider::Warmth);
     EXPECT_TRUE(g_calls.empty());
 }
@@ -156,11 +156,11 @@ TEST(HeldSlider, ADragWhoseReleaseWentToAnotherWindowEnds) {
     g_buttonsSwapped = false;
     g_buttonDown = VK_RBUTTON;
     g_calls.clear();
-    EXPECT_FALSE(IsSliderHeld());
+    EXPECT_FALSE(CheckSliderHeld());
     EXPECT_EQ(g_calls, (CallRecord{"release capture"}));
     EXPECT_EQ(g_app.dragSlider, Slider::None);
     g_app.dragSlider = Slider::Brightness;
     g_buttonsSwapped = true;
     g_buttonDown = VK_LBUTTON;
-    EXPECT_FALSE(IsSliderHeld());
+    EXPECT_FALSE(CheckSliderHeld());
 }

@@ -126,7 +126,7 @@ protected:
     }
 
     // The popup was last shown at the bottom right of this display.
-    static void ShownBeforeOn(std::size_t number) {
+    static void StartOnDisplay(std::size_t number) {
         const Display& display = g_displays.at(number);
         g_app.dpi = display.dpi;
         g_windowDpi = display.dpi;
@@ -165,7 +165,7 @@ protected:
             g_suggestedShift = shift;
             for (std::size_t from = 0; from < g_displays.size(); ++from) {
                 for (std::size_t to = 0; to < g_displays.size(); ++to) {
-                    ShownBeforeOn(from);
+                    StartOnDisplay(from);
                     ShowOn(to);
                     ExpectItOn(to, "from " + std::to_string(from) + " to " + std::to_string(to) + ", shift " +
                                        std::to_string(shift.x));
@@ -199,7 +199,7 @@ AMBREL_SEAM(IsWindowVisible, FakeIsWindowVisible);
 
 TEST_F(PopupOnDisplays, OneDisplayNeedsOneMove) {
     g_displays = {MakeDisplay({0, 0, 1920, 1080}, 96)};
-    ShownBeforeOn(0);
+    StartOnDisplay(0);
     ShowOn(0);
     ExpectItOn(0, "one display");
     EXPECT_EQ(g_moves, 1);

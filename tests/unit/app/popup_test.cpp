@@ -18,12 +18,12 @@ HWND const kWindow = MakeHandle<HWND>(500);
 HMONITOR const kMonitor = MakeHandle<HMONITOR>(31);
 
 HMONITOR g_monitor = kMonitor;
-bool g_monitorTells = true;
+bool g_monitorInfoReadable = true;
 bool g_foregroundGranted = true;
 UINT g_monitorDpi = 96;
 ULONGLONG g_now = 0;
 RECT g_window = {};
-bool g_windowTells = true;
+bool g_windowRectReadable = true;
 bool g_windowVisible = true;
 bool g_windowMinimised = false;
 
@@ -62,7 +62,7 @@ HMONITOR WINAPI FakeMonitorFromPoint(POINT point, DWORD flags) {
 BOOL WINAPI FakeGetMonitorInfo(HMONITOR monitor, MONITORINFO* info) {
     Record("monitor info ", ValueOf(monitor));
     EXPECT_EQ(info->cbSize, 40U);
-    if (!g_monitorTells) return FALSE;
+    if (!g_monitorInfoReadable) return FALSE;
     info->rcMonitor = {-1920, 0, 0, 1080};
     info->rcWork = {-1920, 0, 0, 1040};
     return TRUE;
@@ -88,7 +88,7 @@ BOOL WINAPI FakeSetWindowPos(HWND window, HWND after, int x, int y, int width, i
 BOOL WINAPI FakeGetWindowRect(HWND window, RECT* rectangle) {
     EXPECT_EQ(window, kWindow);
     *rectangle = g_window;
-    return g_windowTells;
+    return g_windowRectReadable;
 }
 
 BOOL WINAPI FakeIsWindowVisible(HWND window) {
@@ -119,20 +119,20 @@ ULONGLONG WINAPI FakeGetTickCount64() {
 
 class Popup : public testing::Test {
 protected:
-    static void PutWindow(int width, int height) { g_window = {-77, 33, -77 + width, 33 + height}; }
+    static void SetWindowSize(int width, int height) { g_window = {-77, 33, -77 + width, 33 + height}; }
 
     void SetUp() override {
         g_app = AppState{};
         g_app.mainWindow = kWindow;
         g_calls.clear();
         g_monitor = kMonitor;
-        g_monitorTells = true;
+        g_monitorInfoReadable = true;
         g_foregroundGranted = true;
         g_monitorDpi = 96;
         g_now = 123456;
         // It was shown here before.
-        PutWindow(320, 540);
-        g_windowTells = true;
+        SetWindowSize(320, 540);
+        g_windowRectReadable = true;
         g_windowVisible = true;
         g_windowMinimised = false;
     }
@@ -180,7 +180,7 @@ TEST_F(Popup, IsRestoredBeforeItIsPlacedIfItIsMinimised) {
 }
 
 TEST_F(Popup, IsNotShownIfTheProgramQuitsDuringTheDisplayQuery) {
-    g_whileDisplaysAnswer = [] { g_app.ending = true; };
+    g_duringDisplayQuery = [] { g_app.ending = true; };
     ShowPopup();
     EXPECT_EQ(g_calls, (CallRecord{"pwm refresh"}));
     EXPECT_FALSE(g_app.popupShown);
@@ -188,14 +188,14 @@ TEST_F(Popup, IsNotShownIfTheProgramQuitsDuringTheDisplayQuery) {
 
 TEST_F(Popup, IsPlacedWithTheScalingOfTheMonitorUnderTheMouse) {
     g_monitorDpi = 144;
-    PutWindow(480, 810);
+    SetWindowSize(480, 810);
     ShowPopup();
     // 480 x 810 and a margin of 15 on the work area that ends at 0, 1040.
     EXPECT_EQ(g_calls[4], "set window pos 500 at -495 215 flags 65");
 }
 
 TEST_F(Popup, AWindowThatKeptTheSizeOfAnotherScalingGetsTheSizeItWasPlacedFor) {
-    PutWindow(640, 1080);
+    SetWindowSize(640, 1080);
     ShowPopup();
     // The second flags are SWP_NOZORDER and SWP_NOACTIVATE.
     EXPECT_EQ(g_calls[4], "set window pos 500 at -330 490 flags 65");
@@ -204,8 +204,8 @@ TEST_F(Popup, AWindowThatKeptTheSizeOfAnotherScalingGetsTheSizeItWasPlacedFor) {
 }
 
 TEST_F(Popup, AWindowWhoseSizeIsUnknownIsShownAsItIs) {
-    PutWindow(640, 1080);
-    g_windowTells = false;
+    SetWindowSize(640, 1080);
+    g_windowRectReadable = false;
     ShowPopup();
     EXPECT_EQ(g_calls[5], "announce shown");
 }
@@ -227,7 +227,7 @@ TEST_F(Popup, WithoutAMonitorThePrimaryWorkAreaIsUsed) {
 }
 
 TEST_F(Popup, WithoutMonitorInfoThePrimaryWorkAreaIsUsedWithThatMonitorsDpi) {
-    g_monitorTells = false;
+    g_monitorInfoReadable = false;
     ShowPopup();
     EXPECT_EQ(g_calls, (CallRecord{
                            "pwm refresh",

@@ -22,17 +22,17 @@ constexpr GUID kConsoleDisplay = {
 constexpr GUID kMonitorPower = {0x02731015, 0x4510, 0x4526, {0x99, 0xE6, 0xE5, 0xA1, 0x7E, 0xBD, 0x1A, 0xEA}};
 
 GUID g_registered = {};
-bool g_registers = true;
+bool g_registrationSucceeds = true;
 
 HPOWERNOTIFY WINAPI FakeRegisterSuspendResume(HANDLE window, DWORD flags) {
     Record("register resume ", ValueOf(window), " ", flags);
-    return g_registers ? MakeHandle<HPOWERNOTIFY>(21) : nullptr;
+    return g_registrationSucceeds ? MakeHandle<HPOWERNOTIFY>(21) : nullptr;
 }
 
 HPOWERNOTIFY WINAPI FakeRegisterPowerSetting(HANDLE window, const GUID* setting, DWORD flags) {
     g_registered = *setting;
     Record("register setting ", ValueOf(window), " ", flags);
-    return g_registers ? MakeHandle<HPOWERNOTIFY>(22) : nullptr;
+    return g_registrationSucceeds ? MakeHandle<HPOWERNOTIFY>(22) : nullptr;
 }
 
 BOOL WINAPI FakeUnregisterSuspendResume(HPOWERNOTIFY handle) {
@@ -58,7 +58,7 @@ protected:
         g_app = AppState{};
         g_app.mainWindow = kWindow;
         g_calls.clear();
-        g_registers = true;
+        g_registrationSucceeds = true;
     }
 
     static void Tell(DWORD state, const GUID& guid = kConsoleDisplay, DWORD length = 4) {
@@ -110,7 +110,7 @@ TEST_F(PowerEvents, BothRegistrationsAreOfTheWindowAndEndTogether) {
 }
 
 TEST_F(PowerEvents, ARegistrationThatFailedIsNotEnded) {
-    g_registers = false;
+    g_registrationSucceeds = false;
     RegisterPowerEvents(kWindow);
     g_calls.clear();
     UnregisterPowerEvents();

@@ -12,10 +12,10 @@
 
 AMBREL_SEAM_SET(recorded_pwm_safe);
 
-void (*g_whileDisplaysAnswer)() = nullptr;
+void (*g_duringDisplayQuery)() = nullptr;
 bool g_noThreadForRelease = false;
-std::uint64_t g_releaseTakes = 0;
-std::uint64_t* g_clockOfWaits = nullptr;
+std::uint64_t g_releaseDuration = 0;
+std::uint64_t* g_waitClock = nullptr;
 int g_releasesCollected = 0;
 
 namespace {
@@ -32,7 +32,7 @@ AMBREL_REPLACE(void, AssertPwmSafeLock, (bool byUser)) {
 AMBREL_REPLACE(void, RefreshPwmSafeTargets, (bool fromTimer)) {
     Record("pwm refresh", fromTimer ? " from timer" : "");
     // The dispatched message may query the displays itself.
-    if (const auto dispatch = std::exchange(g_whileDisplaysAnswer, nullptr)) dispatch();
+    if (const auto dispatch = std::exchange(g_duringDisplayQuery, nullptr)) dispatch();
 }
 AMBREL_REPLACE(void, VerifyPwmLock, ()) {
     Record("pwm verify");
@@ -50,9 +50,9 @@ AMBREL_REPLACE(bool, StartPwmSafeRelease, ()) {
 }
 AMBREL_REPLACE(void, WaitForPwmSafeRelease, (DWORD limit)) {
     Record("pwm wait for release ", limit);
-    const std::uint64_t waited = std::min<std::uint64_t>(limit, g_releaseTakes);
-    g_releaseTakes -= waited;
-    if (g_clockOfWaits != nullptr) *g_clockOfWaits += waited;
+    const std::uint64_t waited = std::min<std::uint64_t>(limit, g_releaseDuration);
+    g_releaseDuration -= waited;
+    if (g_waitClock != nullptr) *g_waitClock += waited;
 }
 AMBREL_REPLACE(bool, FinishPwmSafeRelease, ()) {
     g_releasesCollected += 1;

@@ -127,7 +127,7 @@ HRESULT WINAPI FakeDwmSetWindowAttribute(HWND window, DWORD attribute, const voi
 HANDLE WINAPI FakeCreateMutex(SECURITY_ATTRIBUTES*, BOOL, const wchar_t* name) {
     Record("create mutex ", Narrow(name));
     SetLastError(g_system.mutexError);
-    return g_system.mutexMade ? kMutex : nullptr;
+    return g_system.mutexCreated ? kMutex : nullptr;
 }
 
 HWND WINAPI FakeFindWindow(const wchar_t* className, const wchar_t* title) {
@@ -226,7 +226,7 @@ HWND WINAPI FakeCreateWindowEx(DWORD extendedStyle, const wchar_t* className, co
     g_system.windowMenu = menu;
     g_system.windowInstance = instance;
     g_app.windowDestroyed = g_system.windowDestroyed;
-    if (!g_system.windowMade) return nullptr;
+    if (!g_system.windowCreated) return nullptr;
     g_system.windowClass.lpfnWndProc(kWindow, WM_CREATE, 0, 0);
     return kWindow;
 }

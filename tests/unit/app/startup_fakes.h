@@ -25,10 +25,10 @@ struct FakeSystem {
 
     HRESULT awarenessAnswer = S_OK;
     DWORD mutexError = ERROR_SUCCESS;
-    bool mutexMade = true;
+    bool mutexCreated = true;
     HWND firstInstancesWindow = nullptr;
     bool classRegistered = true;
-    bool windowMade = true;
+    bool windowCreated = true;
     bool windowDestroyed = false;  // while it is created
     UINT windowDpi = 96;
     bool trayAccepts = true;

@@ -22,13 +22,13 @@ protected:
     }
 };
 
-const CallRecord kHelperAlone = {"helper"};
+const CallRecord kHelperOnly = {"helper"};
 const CallRecord kOrdinary = {"ordinary start"};
 
 }  // namespace
 
 TEST_F(StartupHelper, TheSwitchRunsTheHelperAndNothingElse) {
-    EXPECT_EQ(CallsOfStarting(L"\"C:\\Tools\\ambrel.exe\" --expand-gamma-range"), kHelperAlone);
+    EXPECT_EQ(CallsOfStarting(L"\"C:\\Tools\\ambrel.exe\" --expand-gamma-range"), kHelperOnly);
     EXPECT_EQ(g_app.startTick, 0U);
     EXPECT_EQ(g_app.instance, nullptr);
     EXPECT_EQ(g_app.singleInstanceMutex, nullptr);
@@ -48,14 +48,14 @@ TEST_F(StartupHelper, TheHelperRunsWhileAFirstInstanceIsRunning) {
     g_system.firstInstancesWindow = MakeHandle<HWND>(321);
     g_system.helperExitCode = 1;
     EXPECT_EQ(Start(L"ambrel.exe --expand-gamma-range"), 1);
-    EXPECT_EQ(g_calls, kHelperAlone);
+    EXPECT_EQ(g_calls, kHelperOnly);
 }
 
 TEST_F(StartupHelper, TheSwitchIsRecognisedAnywhereInTheCommandLine) {
-    EXPECT_EQ(CallsOfStarting(L"--expand-gamma-range"), kHelperAlone);
-    EXPECT_EQ(CallsOfStarting(L"ambrel.exe /a --expand-gamma-range /b"), kHelperAlone);
-    EXPECT_EQ(CallsOfStarting(L"ambrel.exe \"x--expand-gamma-range=now\""), kHelperAlone);
-    EXPECT_EQ(CallsOfStarting(L"ambrel.exe --expand-gamma-ranges"), kHelperAlone);
+    EXPECT_EQ(CallsOfStarting(L"--expand-gamma-range"), kHelperOnly);
+    EXPECT_EQ(CallsOfStarting(L"ambrel.exe /a --expand-gamma-range /b"), kHelperOnly);
+    EXPECT_EQ(CallsOfStarting(L"ambrel.exe \"x--expand-gamma-range=now\""), kHelperOnly);
+    EXPECT_EQ(CallsOfStarting(L"ambrel.exe --expand-gamma-ranges"), kHelperOnly);
 }
 
 TEST_F(StartupHelper, AnyOtherCommandLineStartsTheProgram) {

@@ -41,7 +41,7 @@ TEST_F(StartupInstance, ASecondInstanceThatFindsNoWindowExitsWith0) {
 }
 
 TEST_F(StartupInstance, AMutexOfAnotherUserIsTreatedAsHeld) {
-    g_system.mutexMade = false;
+    g_system.mutexCreated = false;
     g_system.mutexError = ERROR_ACCESS_DENIED;
     g_system.firstInstancesWindow = MakeHandle<HWND>(321);
     EXPECT_EQ(Start(), 0);
@@ -51,7 +51,7 @@ TEST_F(StartupInstance, AMutexOfAnotherUserIsTreatedAsHeld) {
 }
 
 TEST_F(StartupInstance, WithoutAMutexForAnyOtherReasonTheProgramStarts) {
-    g_system.mutexMade = false;
+    g_system.mutexCreated = false;
     g_system.mutexError = ERROR_NOT_ENOUGH_MEMORY;
     EXPECT_EQ(Start(), 0);
     EXPECT_TRUE(CallsStarting("find window").empty());

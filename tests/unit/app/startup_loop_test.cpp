@@ -10,7 +10,7 @@ AMBREL_USES_SEAMS(recorded_log_file);
 
 namespace {
 
-constexpr char kGaveUp[] = "log: No messages from Windows after 10 attempts - ending";
+constexpr char kGaveUpLine[] = "log: No messages from Windows after 10 attempts - ending";
 
 class MessageLoop : public testing::Test {
 protected:
@@ -25,7 +25,7 @@ TEST_F(MessageLoop, AFailureForAMomentLosesNoMessage) {
     EXPECT_EQ(Start(), 0);
     EXPECT_EQ(CallsStarting("dispatch").size(), 1U);
     EXPECT_TRUE(CallsStarting("destroy window").empty());
-    EXPECT_TRUE(CallsStarting(kGaveUp).empty());
+    EXPECT_TRUE(CallsStarting(kGaveUpLine).empty());
 }
 
 TEST_F(MessageLoop, FailuresAreCountedInARow) {
@@ -41,6 +41,6 @@ TEST_F(MessageLoop, AfterTenFailuresInARowTheWindowIsDestroyedAndTheProgramEnds)
     EXPECT_EQ(Start(), 1);
     EXPECT_EQ(g_system.reads, 10);
     EXPECT_EQ(CallsStarting("destroy window"), (CallRecord{"destroy window 500"}));
-    EXPECT_TRUE(IsBefore(kGaveUp, "destroy window"));
+    EXPECT_TRUE(IsBefore(kGaveUpLine, "destroy window"));
     EXPECT_TRUE(IsBefore("destroy window", "co uninitialize"));
 }

@@ -100,7 +100,7 @@ TEST_F(StartupWindow, AClassThatCannotBeRegisteredIsReportedAndExitsWith1) {
 }
 
 TEST_F(StartupWindow, AWindowThatCannotBeCreatedIsReportedAndExitsWith1) {
-    g_system.windowMade = false;
+    g_system.windowCreated = false;
     EXPECT_EQ(Start(), 1);
     EXPECT_EQ(CallsStarting("box"), (CallRecord{"box \"Failed to create window\" \"Ambrel\" 16"}));
     EXPECT_TRUE(CallsStarting("add tray icon").empty());
@@ -108,7 +108,7 @@ TEST_F(StartupWindow, AWindowThatCannotBeCreatedIsReportedAndExitsWith1) {
 }
 
 TEST_F(StartupWindow, AWindowThatAnInstallerDestroyedDuringItsCreationEndsTheProgramSilently) {
-    g_system.windowMade = false;
+    g_system.windowCreated = false;
     g_system.windowDestroyed = true;
     EXPECT_EQ(Start(), 0);
     EXPECT_TRUE(CallsStarting("box").empty());

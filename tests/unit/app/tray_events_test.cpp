@@ -18,8 +18,8 @@ namespace {
 
 bool g_shellAccepts = false;
 int g_shellAcceptsFrom = 0;  // the number of the add that is accepted first; 0: see g_shellAccepts
-int g_adds = 0;
-void (*g_whileTheShellAnswers)() = nullptr;
+int g_addCount = 0;
+void (*g_duringShellCall)() = nullptr;
 DWORD g_sending = ISMEX_NOSEND;
 bool g_windowVisible = false;
 ULONGLONG g_now = 0;
@@ -59,10 +59,10 @@ AMBREL_REPLACE(void, HidePopup, ()) {
     Record("hide popup");
 }
 AMBREL_REPLACE(bool, AddTrayIcon, ()) {
-    g_adds += 1;
+    g_addCount += 1;
     Record("add icon");
-    if (const auto dispatch = std::exchange(g_whileTheShellAnswers, nullptr)) dispatch();
-    return g_shellAccepts || (g_shellAcceptsFrom != 0 && g_adds >= g_shellAcceptsFrom);
+    if (const auto dispatch = std::exchange(g_duringShellCall, nullptr)) dispatch();
+    return g_shellAccepts || (g_shellAcceptsFrom != 0 && g_addCount >= g_shellAcceptsFrom);
 }
 AMBREL_REPLACE(void, UpdateTrayIcon, ()) {
     Record("update icon");
@@ -85,8 +85,8 @@ protected:
         g_calls.clear();
         g_shellAccepts = false;
         g_shellAcceptsFrom = 0;
-        g_adds = 0;
-        g_whileTheShellAnswers = nullptr;
+        g_addCount = 0;
+        g_duringShellCall = nullptr;
         g_sending = ISMEX_NOSEND;
         g_windowVisible = false;
         g_now = 1'000'000;
@@ -190,7 +190,7 @@ TEST_F(TrayEvents, ASentClickThatHidThePopupIsDiscardedWhenItArrives) {
 TEST_F(TrayEvents, ARetryDuringWhichTheNewTaskbarAddsTheIconSucceeds) {
     g_shellAcceptsFrom = 2;
     // The nested add is the second one and is accepted; the outer one is refused because the icon exists.
-    g_whileTheShellAnswers = [] {
+    g_duringShellCall = [] {
         OnTaskbarCreated();
         g_shellAcceptsFrom = 0;
     };
@@ -198,7 +198,7 @@ TEST_F(TrayEvents, ARetryDuringWhichTheNewTaskbarAddsTheIconSucceeds) {
     EXPECT_TRUE(g_app.trayIconAdded);
     OnTrayRetryTimer();
     EXPECT_EQ(g_calls.back(), "kill timer 7");
-    EXPECT_EQ(g_adds, 2);
+    EXPECT_EQ(g_addCount, 2);
 }
 
 TEST_F(TrayEvents, ANewTaskbarGetsTheIconAndStopsTheRetries) {

@@ -52,17 +52,17 @@ bool g_sliderHeld = false;
 AMBREL_REPLACE(void, HandlePendingPopupInput, ()) {
     if (const auto handle = std::exchange(g_pendingInput, nullptr)) handle();
 }
-AMBREL_REPLACE(bool, IsSliderHeld, ()) {
+AMBREL_REPLACE(bool, CheckSliderHeld, ()) {
     return g_sliderHeld;
 }
 
 namespace {
 
 BOOL g_choice = 0;
-bool g_menuCanBeMade = true;
-bool g_clickedAgainMeanwhile = false;
-bool g_switchedOnMeanwhile = false;
-bool g_sessionEndsMeanwhile = false;
+bool g_menuCreationSucceeds = true;
+bool g_clickWhileMenuOpen = false;
+bool g_switchedOnWhileMenuOpen = false;
+bool g_sessionEndsWhileMenuOpen = false;
 
 HWND const kWindow = MakeHandle<HWND>(500);
 HMENU const kMenu = MakeHandle<HMENU>(60);
@@ -74,7 +74,7 @@ BOOL WINAPI FakeGetCursorPos(POINT* position) {
 
 HMENU WINAPI FakeCreatePopupMenu() {
     Record("create menu");
-    return g_menuCanBeMade ? kMenu : nullptr;
+    return g_menuCreationSucceeds ? kMenu : nullptr;
 }
 
 BOOL WINAPI FakeAppendMenu(HMENU menu, UINT flags, UINT_PTR id, const wchar_t* text) {
@@ -91,10 +91,10 @@ BOOL WINAPI FakeSetForegroundWindow(HWND window) {
 BOOL WINAPI FakeTrackPopupMenu(HMENU menu, UINT flags, int x, int y, int, HWND window, const RECT*) {
     Record("track ", ValueOf(menu), " flags ", flags, " at ", x, " ", y, " for ", ValueOf(window),
            g_app.menuTracking ? " tracking" : "");
-    if (g_clickedAgainMeanwhile) OnTrayCallback(WM_RBUTTONUP);
-    if (g_clickedAgainMeanwhile && !g_app.menuTracking) Record("no longer tracking");
-    if (g_switchedOnMeanwhile) g_app.launchAtStart = true;
-    if (g_sessionEndsMeanwhile) g_app.ending = true;
+    if (g_clickWhileMenuOpen) OnTrayCallback(WM_RBUTTONUP);
+    if (g_clickWhileMenuOpen && !g_app.menuTracking) Record("no longer tracking");
+    if (g_switchedOnWhileMenuOpen) g_app.launchAtStart = true;
+    if (g_sessionEndsWhileMenuOpen) g_app.ending = true;
     return g_choice;
 }
 
@@ -128,10 +128,10 @@ protected:
         g_pendingInput = nullptr;
         g_sliderHeld = false;
         g_choice = 0;
-        g_menuCanBeMade = true;
-        g_clickedAgainMeanwhile = false;
-        g_switchedOnMeanwhile = false;
-        g_sessionEndsMeanwhile = false;
+        g_menuCreationSucceeds = true;
+        g_clickWhileMenuOpen = false;
+        g_switchedOnWhileMenuOpen = false;
+        g_sessionEndsWhileMenuOpen = false;
     }
 
     // The recorded calls of a right click, without the items.
@@ -200,7 +200,7 @@ TEST_F(TrayMenu, QuitDestroysTheWindowAndSavesNothing) {
                           "post 500 0 0 0", "destroy window 500", "destroy menu 60"}));
 }
 
-TEST_F(TrayMenu, LaunchAtStartupIsReversedAndSavedButNeitherPopupNorTipIsRefreshed) {
+TEST_F(TrayMenu, LaunchAtStartupIsReversedAndSavedButNeitherPopupNorTooltipIsRefreshed) {
     EXPECT_EQ(CallsOfChoosing(1),
               (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",
                           "post 500 0 0 0", "set autostart on", "save settings", "destroy menu 60"}));
@@ -214,18 +214,18 @@ TEST_F(TrayMenu, LaunchAtStartupIsReversedAndSavedButNeitherPopupNorTipIsRefresh
 
 // The setting may change while the menu is open, for example in the popup behind it.
 TEST_F(TrayMenu, TheSettingIsReversedFromItsValueAtTheTimeOfTheChoice) {
-    g_switchedOnMeanwhile = true;
+    g_switchedOnWhileMenuOpen = true;
     EXPECT_EQ(CallsOfChoosing(1).at(4), "set autostart off");
 }
 
-TEST_F(TrayMenu, LegacyModeIsToggledAndSavedButNeitherPopupNorTipIsRefreshed) {
+TEST_F(TrayMenu, LegacyModeIsToggledAndSavedButNeitherPopupNorTooltipIsRefreshed) {
     EXPECT_EQ(CallsOfChoosing(3),
               (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",
                           "post 500 0 0 0", "toggle legacy mode", "save settings", "destroy menu 60"}));
 }
 
 TEST_F(TrayMenu, ASecondRightClickWhileTheMenuIsOpenOpensNoOther) {
-    g_clickedAgainMeanwhile = true;
+    g_clickWhileMenuOpen = true;
     EXPECT_EQ(CallsOfChoosing(0),
               (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",
                           "post 500 0 0 0", "destroy menu 60"}));
@@ -233,7 +233,7 @@ TEST_F(TrayMenu, ASecondRightClickWhileTheMenuIsOpenOpensNoOther) {
 }
 
 TEST_F(TrayMenu, WithoutAMenuNothingHappens) {
-    g_menuCanBeMade = false;
+    g_menuCreationSucceeds = false;
     OnTrayCallback(WM_RBUTTONUP);
     EXPECT_EQ(g_calls, (CallRecord{"create menu"}));
     EXPECT_FALSE(g_app.menuTracking);
@@ -277,7 +277,7 @@ TEST_F(TrayMenu, NoMenuOpensWhileASliderIsHeld) {
 TEST_F(TrayMenu, AChoiceContinuesASessionThatWasEndingAndDismissingTheMenuDoesNot) {
     for (const BOOL choice : {1, 2, 3, 0}) {
         g_calls.clear();
-        g_sessionEndsMeanwhile = true;
+        g_sessionEndsWhileMenuOpen = true;
         CallsOfChoosing(choice);
         EXPECT_EQ(g_app.ending, choice == 0) << "command " << choice;
     }

@@ -141,12 +141,12 @@ protected:
         g_calls.clear();
         g_registrations.clear();
         g_noThreadForRelease = false;
-        g_releaseTakes = 0;
-        g_clockOfWaits = &g_tick;
+        g_releaseDuration = 0;
+        g_waitClock = &g_tick;
     }
 
     // Fonts are 801 to 808.
-    static void OwnEverything() {
+    static void CreateAllResources() {
         g_app.filterOn = true;
         g_app.trayIconData.hWnd = kWindow;
         g_app.logoBitmap = MakeHandle<HBITMAP>(600);
@@ -228,7 +228,7 @@ TEST_F(WindowLifetime, PowerEventsAreRegisteredForTheWindowsLife) {
 }
 
 TEST_F(WindowLifetime, DestructionRestoresAndReleasesEverythingInOrderAndSavesNothing) {
-    OwnEverything();
+    CreateAllResources();
     OnDestroy();
     EXPECT_EQ(g_calls, (CallRecord{
                            "kill timer 4",
@@ -259,7 +259,7 @@ TEST_F(WindowLifetime, DestructionRestoresAndReleasesEverythingInOrderAndSavesNo
 }
 
 TEST_F(WindowLifetime, ReleasedHandlesAreCleared) {
-    OwnEverything();
+    CreateAllResources();
     OnDestroy();
     EXPECT_EQ(g_app.logoBitmap, nullptr);
     EXPECT_EQ(g_app.backgroundBrush, nullptr);
@@ -280,7 +280,7 @@ TEST_F(WindowLifetime, TheProgramsReferenceToTheAccessibleObjectIsReleased) {
 }
 
 TEST_F(WindowLifetime, ASecondDestructionFreesNothingAgain) {
-    OwnEverything();
+    CreateAllResources();
     OnDestroy();
     OnDestroy();
     for (const char* call : {"delete object 600", "delete object 700", "delete object 801",
@@ -298,7 +298,7 @@ TEST_F(WindowLifetime, ResourcesThatWereNeverCreatedAreNotFreed) {
 }
 
 TEST_F(WindowLifetime, AReleaseThatIsUnderWayEndsBeforeTheScreenIsRestored) {
-    g_releaseTakes = 900;
+    g_releaseDuration = 900;
     OnDestroy();
     EXPECT_EQ(CallsFrom("pwm wait"),
               (CallRecord{"pwm wait for release 1000", "release cursor copies", "identity ramp",
@@ -307,8 +307,8 @@ TEST_F(WindowLifetime, AReleaseThatIsUnderWayEndsBeforeTheScreenIsRestored) {
 }
 
 TEST_F(WindowLifetime, TheEndOfTheSessionStopsTheTimersAndRestoresBacklightCursorsAndRamp) {
-    OwnEverything();
-    g_releaseTakes = 300;
+    CreateAllResources();
+    g_releaseDuration = 300;
     OnEndSession(true, 0x80000000);  // ENDSESSION_LOGOFF
     EXPECT_EQ(g_calls, (CallRecord{"kill timer 2", "kill timer 4", "kill timer 5",
                                    "pwm start release at the end", "pwm wait for release 1000",
@@ -316,7 +316,7 @@ TEST_F(WindowLifetime, TheEndOfTheSessionStopsTheTimersAndRestoresBacklightCurso
 }
 
 TEST_F(WindowLifetime, AtTheSessionsEndTheScreenWaitsOneSecondForTheDisplaysAndWindowsFour) {
-    g_releaseTakes = 60000;
+    g_releaseDuration = 60000;
     const std::uint64_t start = g_tick;
     OnEndSession(true, 0x80000000);
     EXPECT_EQ(CallsFrom("pwm wait"), (CallRecord{"pwm wait for release 1000", "release cursor copies",
@@ -331,10 +331,10 @@ TEST_F(WindowLifetime, WithoutAThreadTheLockIsReleasedBehindTheScreen) {
               (CallRecord{"identity ramp", "pwm wait for release 4000", "pwm release at the end"}));
 }
 
-// ENDSESSION_CLOSEAPP: the session goes on, and the installer waits up to 30 s for the program to end.
+// ENDSESSION_CLOSEAPP: the session continues, and the installer waits up to 30 s for the program to end.
 TEST_F(WindowLifetime, AnInstallerThatNeedsTheProgramsFileWaitsLongerAndMakesTheWindowDestroyed) {
-    OwnEverything();
-    g_releaseTakes = 60000;
+    CreateAllResources();
+    g_releaseDuration = 60000;
     const std::uint64_t start = g_tick;
     OnEndSession(true, 1);
     EXPECT_EQ(g_calls,
@@ -366,7 +366,7 @@ TEST_F(WindowLifetime, AfterTheSessionEndTheWindowsEndLeavesTheReleaseAlone) {
 }
 
 TEST_F(WindowLifetime, TheWindowThatAnInstallerHasDestroyedWaitsNoLonger) {
-    g_releaseTakes = 60000;
+    g_releaseDuration = 60000;
     OnEndSession(true, 1);
     g_calls.clear();
     const std::uint64_t start = g_tick;
@@ -412,7 +412,7 @@ TEST_F(WindowLifetime, ASessionDoesNotContinueDuringAnOperationOnTheDisplays) {
 }
 
 TEST_F(WindowLifetime, ACancelledSessionEndChangesNothing) {
-    OwnEverything();
+    CreateAllResources();
     g_app.dragSlider = Slider::Brightness;
     g_app.filterOn = true;
     OnEndSession(false, 1);

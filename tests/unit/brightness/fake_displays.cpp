@@ -19,7 +19,7 @@ std::function<void(Moment)> g_whileWaiting;
 
 namespace {
 
-std::vector<const DisplayTargetList*> g_beingFilled;
+std::vector<const DisplayTargetList*> g_incompleteLists;
 
 void Wait(Moment moment) {
     // The call may replace or clear g_whileWaiting.
@@ -28,14 +28,14 @@ void Wait(Moment moment) {
 }
 
 bool IsBeingFilled(const DisplayTargetList* list) {
-    return std::find(g_beingFilled.begin(), g_beingFilled.end(), list) != g_beingFilled.end();
+    return std::find(g_incompleteLists.begin(), g_incompleteLists.end(), list) != g_incompleteLists.end();
 }
 
 void React(const std::wstring& name, std::uint32_t percent, bool* accepted) {
     for (FakeDisplay& display : g_displays) {
         if (!display.present || display.name != name) continue;
         *accepted = !display.refuses;
-        if (!display.refuses && !display.ignores) display.percent = std::min(percent, display.reachesAtMost);
+        if (!display.refuses && !display.ignores) display.percent = std::min(percent, display.maximumPercent);
         return;
     }
 }
@@ -46,16 +46,16 @@ AMBREL_REPLACE(void, EnumerateTargets, (DisplayTargetList * list)) {
     Record("enumerate");
     EXPECT_FALSE(IsBeingFilled(list)) << "a list that is being filled is filled again";
     EXPECT_TRUE(list->empty());
-    g_beingFilled.push_back(list);
+    g_incompleteLists.push_back(list);
     Wait(Moment::BeforeListing);
-    // By index: displays may connect and disconnect meanwhile.
+    // By index: displays may connect and disconnect during the wait.
     for (std::size_t i = 0; i < g_displays.size(); ++i) {
         const FakeDisplay display = g_displays[i];
         if (display.present) list->push_back({display.kind, display.name, 0, 100, display.percent});
         if (i == 0) Wait(Moment::DuringListing);
     }
     Wait(Moment::AfterListing);
-    g_beingFilled.pop_back();
+    g_incompleteLists.pop_back();
     g_lists.push_back(*list);
 }
 
@@ -97,7 +97,7 @@ void StartWithoutDisplays() {
     g_sets.clear();
     g_lists.clear();
     g_whileWaiting = nullptr;
-    g_beingFilled.clear();
+    g_incompleteLists.clear();
     g_calls.clear();
 }
 

@@ -24,9 +24,9 @@ struct FakeDisplay {
     std::uint32_t percent = 50;
     TargetKind kind = TargetKind::DdcMonitor;
     bool present = true;
-    bool ignores = false;               // reports success and does not change
-    bool refuses = false;               // reports failure and does not change
-    std::uint32_t reachesAtMost = 100;  // percent
+    bool ignores = false;                // reports success and does not change
+    bool refuses = false;                // reports failure and does not change
+    std::uint32_t maximumPercent = 100;  // the highest that a set reaches
 };
 
 // One call of SetTargetBrightness.

@@ -55,7 +55,7 @@ protected:
 };
 
 const std::string kPending = "PWM-safe: lock pending (0 of 1 at 100%) - poll will re-assert";
-const std::string kSlowing =
+const std::string kSlowdownLine =
     "PWM-safe: display will not hold 100% after 10 attempts - slowing retries to 30s";
 
 }  // namespace
@@ -194,10 +194,10 @@ TEST_F(PwmSlowing, TheTenthFailureSlowsThePoll) {
     FailTimes(9);
     EXPECT_EQ(Flags(), "on pending-logged");
     EXPECT_EQ(Label(), L"REASSERTING 100% LOCK");
-    EXPECT_THAT(FailOnce(),
-                ElementsAre("enumerate", "count", "enumerate", "count", "A := 100", "kill timer 4",
-                            "set timer 4 2000", "kill timer 5", "set timer 5 750", "kill timer 5",
-                            "enumerate", "count", "log: " + kSlowing, "kill timer 4", "set timer 4 30000"));
+    EXPECT_THAT(FailOnce(), ElementsAre("enumerate", "count", "enumerate", "count", "A := 100",
+                                        "kill timer 4", "set timer 4 2000", "kill timer 5", "set timer 5 750",
+                                        "kill timer 5", "enumerate", "count", "log: " + kSlowdownLine,
+                                        "kill timer 4", "set timer 4 30000"));
     EXPECT_EQ(Flags(), "on slowed pending-logged");
     EXPECT_EQ(Label(), L"DISPLAY WON'T HOLD 100%");
 }
@@ -209,7 +209,7 @@ TEST_F(PwmSlowing, ThirtyFailuresLogThePendingLineAndTheSlowdownLineOnce) {
         VerifyPwmLock();
     }
     EXPECT_EQ(LinesOf(kPending), 1);
-    EXPECT_EQ(LinesOf(kSlowing), 1);
+    EXPECT_EQ(LinesOf(kSlowdownLine), 1);
     EXPECT_EQ(g_app.pwmRetryCount, 30);
 }
 
@@ -248,7 +248,7 @@ TEST_F(PwmSlowing, ASuccessRestoresThePeriodAndTenMoreFailuresSlowItAgain) {
     Display(L"A").ignores = true;
     FailTimes(9);
     EXPECT_FALSE(g_app.pwmRetrySlowed);
-    EXPECT_THAT(FailOnce(), testing::Contains("log: " + kSlowing));
+    EXPECT_THAT(FailOnce(), testing::Contains("log: " + kSlowdownLine));
 }
 
 TEST_F(PwmSlowing, ADisplayTurnedUpByTheUserIsConfirmedByThePollWhileSlowed) {

@@ -11,9 +11,9 @@
 
 #include "app/state/app_state.h"
 #include "brightness/fake_displays.h"
-#include "ui/pwm_card_label.h"
 #include "brightness/pwm_safe.h"
 #include "support/call_record.h"
+#include "ui/pwm_card_label.h"
 
 class PwmFixture : public testing::Test {
 protected:

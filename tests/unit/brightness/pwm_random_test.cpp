@@ -91,7 +91,7 @@ void PwmRandom::ChangeBehaviour(FakeDisplay* display) {
     const std::uint32_t behaviour = RandomBelow(10);
     display->ignores = behaviour == 0;
     display->refuses = behaviour == 1;
-    display->reachesAtMost = behaviour == 2 ? 90 + RandomBelow(11) : 100;
+    display->maximumPercent = behaviour == 2 ? 90 + RandomBelow(11) : 100;
     drifting_.erase(display->name);
     if (behaviour == 3) drifting_[display->name] = RandomBelow(101);
 }
@@ -168,7 +168,7 @@ void PwmRandom::ExpectRestored(const SavedBrightness& savedBefore) {
     for (const FakeDisplay& display : g_displays) {
         if (!display.present || savedBefore.count(display.name) == 0) continue;
         if (display.ignores || display.refuses) continue;
-        EXPECT_EQ(display.percent, std::min(firstRead_[display.name], display.reachesAtMost))
+        EXPECT_EQ(display.percent, std::min(firstRead_[display.name], display.maximumPercent))
             << Narrow(display.name) << " was not restored";
     }
 }
@@ -270,7 +270,7 @@ void PwmRandom::RunRandomEvent() {
     } else if (event < 57) {
         for (FakeDisplay& display : g_displays) {
             display.ignores = display.refuses = false;
-            display.reachesAtMost = 100;
+            display.maximumPercent = 100;
         }
         drifting_.clear();
     } else if (event < 72) {

@@ -98,14 +98,14 @@ const Operation kOperations[] = {
     {"a verification that succeeds", TogglePwmSafeByUser, FireVerification},
     {"a verification that reverts the user's switch",
      [] {
-         Display(L"A").reachesAtMost = 90;
+         Display(L"A").maximumPercent = 90;
          TogglePwmSafeByUser();
      },
      FireVerification},
     {"a verification that fails otherwise",
      [] {
          StartLockedByClick();
-         Display(L"A").reachesAtMost = 90;
+         Display(L"A").maximumPercent = 90;
          Display(L"A").percent = 20;
          FirePoll();
      },

@@ -57,7 +57,7 @@ TEST_F(PwmToggle, SwitchingOnIsRevertedAndSavedAsOffIfTheMonitorIgnoresIt) {
 }
 
 TEST_F(PwmToggle, SwitchingOnIsRevertedAndRestoredIfTheMonitorStopsAt98) {
-    g_displays = {{.name = L"A", .percent = 40, .reachesAtMost = 98}};
+    g_displays = {{.name = L"A", .percent = 40, .maximumPercent = 98}};
     Toggle();
     EXPECT_EQ(Display(L"A").percent, 98U);
     Verify();
@@ -66,7 +66,7 @@ TEST_F(PwmToggle, SwitchingOnIsRevertedAndRestoredIfTheMonitorStopsAt98) {
 }
 
 TEST_F(PwmToggle, SwitchingOnIsConfirmedIfTheMonitorStopsAt99) {
-    g_displays = {{.name = L"A", .percent = 40, .reachesAtMost = 99}};
+    g_displays = {{.name = L"A", .percent = 40, .maximumPercent = 99}};
     Toggle();
     Verify();
     EXPECT_EQ(Flags(), "on confirmed");
@@ -156,11 +156,11 @@ TEST_F(PwmToggle, ASavedValueIsKeptThroughPollsAndDisplayChangesUntilItIsRestore
     g_displays = {{.name = L"A", .percent = 40}};
     Toggle();
     Verify();
-    for (const std::uint32_t turnedTo : {10U, 70U, 0U}) {
-        Display(L"A").percent = turnedTo;
+    for (const std::uint32_t changedTo : {10U, 70U, 0U}) {
+        Display(L"A").percent = changedTo;
         RefreshPwmSafeTargets(true);
         Verify();
-        Display(L"A").percent = turnedTo;
+        Display(L"A").percent = changedTo;
         ReassertPwmSafeAfterChange();
         Verify();
         EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{L"A", 40}}));

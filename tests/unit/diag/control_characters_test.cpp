@@ -5,7 +5,7 @@
 
 namespace {
 
-const std::wstring kForged0(L"x\r\n=== FORGED ===\n\r\x0B\x0C\x85\x2028\x2029\x1B\0y", 27);
+const std::wstring kForgedLine(L"x\r\n=== FORGED ===\n\r\x0B\x0C\x85\x2028\x2029\x1B\0y", 27);
 
 class ControlCharactersInTheReport : public SupportReport {
 protected:
@@ -15,7 +15,7 @@ protected:
         SCOPED_TRACE(source);
         set(L"plain");
         const std::size_t expected = LinesOf(Report()).size();
-        set(kForged0);
+        set(kForgedLine);
         const std::wstring report = Report();
         EXPECT_EQ(LinesOf(report).size(), expected);
         EXPECT_NE(report.find(L"x\xFFFD\xFFFD=== FORGED ===\xFFFD"), std::wstring::npos);
@@ -55,6 +55,6 @@ TEST_F(ControlCharactersInTheReport, FromTheLogStayOnTheirLine) {
 }
 
 TEST_F(ControlCharactersInTheReport, TheSubjectIsOneLine) {
-    facts.os.productName = kForged0;
+    facts.os.productName = kForgedLine;
     EXPECT_EQ(SupportSubjectText(facts).find_first_of(L"\r\n"), std::wstring::npos);
 }

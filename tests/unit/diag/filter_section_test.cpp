@@ -51,7 +51,7 @@ TEST_F(FilterSection, TheExactDayIntensityIsDayAnd4000KelvinWithoutASeparator) {
 TEST_F(FilterSection, IntensityKelvinAndColourBelongTogether) {
     struct Row {
         double intensity;
-        const wchar_t* intensityTold;
+        const wchar_t* intensityText;
         const wchar_t* kelvin;
         const wchar_t* colour;
     };
@@ -65,7 +65,7 @@ TEST_F(FilterSection, IntensityKelvinAndColourBelongTogether) {
           {0.9, L"0.900  (warmth slider)", L"650K", L"(1.000, 0.163, 0.005)"},
           {1.0, L"1.000  (warmth slider)", L"0K", L"(1.000, 0.000, 0.000)"}}) {
         state.intensity = row.intensity;
-        EXPECT_EQ(After(L"Intensity:      "), row.intensityTold);
+        EXPECT_EQ(After(L"Intensity:      "), row.intensityText);
         EXPECT_EQ(After(L"-> Kelvin:      "), row.kelvin) << row.intensity;
         EXPECT_EQ(After(L"-> Target RGB:  "), row.colour) << row.intensity;
     }
@@ -96,7 +96,7 @@ TEST_F(FilterSection, TheColourIsThatOfTheWarmthRegardlessOfBrightness) {
 TEST_F(FilterSection, TheBrightnessIsRoundedWhereThePanelTruncates) {
     struct Row {
         double brightness;
-        const wchar_t* told;
+        const wchar_t* text;
     };
     for (const Row& row : {Row{0.999, L"0.999  (100%)"},
                            {0.996, L"0.996  (100%)"},
@@ -110,7 +110,7 @@ TEST_F(FilterSection, TheBrightnessIsRoundedWhereThePanelTruncates) {
                            {0.0, L"0.000  (0%)"},
                            {1.0, L"1.000  (100%)"}}) {
         state.brightness = row.brightness;
-        EXPECT_EQ(After(L"Brightness:     "), row.told);
+        EXPECT_EQ(After(L"Brightness:     "), row.text);
     }
 }
 

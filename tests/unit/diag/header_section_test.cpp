@@ -9,7 +9,7 @@ class HeaderSection : public SupportReport {};
 // Uptimes: the time since the start and its text.
 struct Uptime {
     std::uint64_t elapsed;  // ms
-    const wchar_t* told;
+    const wchar_t* text;
 };
 
 }  // namespace
@@ -87,13 +87,14 @@ TEST_F(HeaderSection, TheSessionsUptimeFollowsTheTime) {
 }
 
 TEST_F(HeaderSection, TheTimeIsPaddedWithZeros) {
-    facts.now.wYear = 987;
-    facts.now.wMonth = 1;
-    facts.now.wDay = 2;
-    facts.now.wHour = 3;
-    facts.now.wMinute = 4;
-    facts.now.wSecond = 5;
-    facts.now.wMilliseconds = 678;
+    facts.now = {.wYear = 987,
+                 .wMonth = 1,
+                 .wDayOfWeek = 4,
+                 .wDay = 2,
+                 .wHour = 3,
+                 .wMinute = 4,
+                 .wSecond = 5,
+                 .wMilliseconds = 678};
     EXPECT_EQ(After(L"Now:            "), L"0987-01-02 03:04:05");
 }
 
@@ -127,7 +128,7 @@ TEST_F(HeaderSection, AnUptimeUnderAMinuteShowsSeconds) {
     state.startTick = 1;
     for (const Uptime& uptime : {Uptime{999, L"0s"}, {1000, L"1s"}, {59000, L"59s"}, {59999, L"59s"}}) {
         facts.tick = 1 + uptime.elapsed;
-        EXPECT_EQ(After(L"Session uptime: "), uptime.told) << uptime.elapsed;
+        EXPECT_EQ(After(L"Session uptime: "), uptime.text) << uptime.elapsed;
     }
 }
 
@@ -136,7 +137,7 @@ TEST_F(HeaderSection, AnUptimeOf61SecondsShowsMinutesAndSeconds) {
     for (const Uptime& uptime :
          {Uptime{60000, L"1m 0s"}, {61000, L"1m 1s"}, {3599000, L"59m 59s"}, {3599999, L"59m 59s"}}) {
         facts.tick = 1 + uptime.elapsed;
-        EXPECT_EQ(After(L"Session uptime: "), uptime.told) << uptime.elapsed;
+        EXPECT_EQ(After(L"Session uptime: "), uptime.text) << uptime.elapsed;
     }
 }
 
@@ -145,7 +146,7 @@ TEST_F(HeaderSection, AnUptimeOfThreeHoursShowsHoursAndMinutes) {
     for (const Uptime& uptime :
          {Uptime{3600000, L"1h 0m"}, {10800000, L"3h 0m"}, {10859999, L"3h 0m"}, {86399999, L"23h 59m"}}) {
         facts.tick = 1 + uptime.elapsed;
-        EXPECT_EQ(After(L"Session uptime: "), uptime.told) << uptime.elapsed;
+        EXPECT_EQ(After(L"Session uptime: "), uptime.text) << uptime.elapsed;
     }
 }
 
@@ -157,7 +158,7 @@ TEST_F(HeaderSection, AnUptimeOfExactlyOneDayShowsDaysHoursAndMinutes) {
                                  {172799999, L"1d 23h 59m"},
                                  {172800000, L"2d 0h 0m"}}) {
         facts.tick = 1 + uptime.elapsed;
-        EXPECT_EQ(After(L"Session uptime: "), uptime.told) << uptime.elapsed;
+        EXPECT_EQ(After(L"Session uptime: "), uptime.text) << uptime.elapsed;
     }
 }
 

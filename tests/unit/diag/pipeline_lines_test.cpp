@@ -3,7 +3,7 @@
 
 namespace {
 
-struct Fate {
+struct Outcome {
     bool rejected;   // the last ramp
     bool expanded;   // the gamma range
     bool restarted;  // since then
@@ -17,7 +17,7 @@ protected:
     }
 
     // From the pipeline's line through the blank line after the section.
-    std::wstring LinesFor(const Fate& fate) {
+    std::wstring LinesFor(const Outcome& fate) {
         state.lastApplyRejected = fate.rejected;
         state.gammaRangeExpanded = fate.expanded;
         facts.restartDoneSinceFix = fate.restarted;
@@ -27,13 +27,14 @@ protected:
 };
 
 // Every combination, the last one varying fastest.
-const Fate kFates[] = {{false, false, false}, {false, false, true}, {false, true, false}, {false, true, true},
-                       {true, false, false},  {true, false, true},  {true, true, false},  {true, true, true}};
+const Outcome kOutcomes[] = {{false, false, false}, {false, false, true}, {false, true, false},
+                             {false, true, true},   {true, false, false}, {true, false, true},
+                             {true, true, false},   {true, true, true}};
 
 }  // namespace
 
 TEST_F(PipelineLines, WithMagnificationThereIsOneLineRegardlessOfTheRamps) {
-    for (const Fate& fate : kFates)
+    for (const Outcome& fate : kOutcomes)
         EXPECT_EQ(LinesFor(fate), L"Pipeline:       Magnification API\r\n\r\n");
 }
 
@@ -54,8 +55,8 @@ TEST_F(PipelineLines, InLegacyModeEveryResultHasItsWording) {
         taken + applies + wide + L"\r\n",     taken + applies + wide + L"\r\n",
         refused + applies + narrow + L"\r\n", refused + applies + narrow + L"\r\n",
         refused + applies + wide + L"\r\n",   refused + applies + wide + exhausted + L"\r\n"};
-    for (std::size_t i = 0; i < std::size(kFates); ++i)
-        EXPECT_EQ(LinesFor(kFates[i]), expected[i]) << "combination " << i;
+    for (std::size_t i = 0; i < std::size(kOutcomes); ++i)
+        EXPECT_EQ(LinesFor(kOutcomes[i]), expected[i]) << "combination " << i;
 }
 
 TEST_F(PipelineLines, TheCountsAreThoseOfTheSession) {

@@ -30,7 +30,7 @@ std::map<std::wstring, std::map<std::wstring, Value>> g_registry;
 std::vector<OpenedKey> g_opened;
 std::vector<HKEY> g_open;
 std::vector<HKEY> g_closed;
-bool g_growsAfterItsSizeWasAsked = false;
+bool g_growsAfterSizeQuery = false;
 
 LONG g_versionStatus = 0;
 OSVERSIONINFOW g_version = {};
@@ -67,7 +67,7 @@ LSTATUS WINAPI FakeRegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD, LPDWORD typ
     if (type != nullptr) *type = value.type;
     if (bytes != nullptr) *bytes = needed;
     if (data == nullptr) {
-        if (g_growsAfterItsSizeWasAsked) values.find(name)->second.data.resize(needed + 1000, BYTE{0x41});
+        if (g_growsAfterSizeQuery) values.find(name)->second.data.resize(needed + 1000, BYTE{0x41});
         return ERROR_SUCCESS;
     }
     if (room < needed) return ERROR_MORE_DATA;
@@ -125,7 +125,7 @@ protected:
         g_open.clear();
         g_closed.clear();
         g_loaded.clear();
-        g_growsAfterItsSizeWasAsked = false;
+        g_growsAfterSizeQuery = false;
         g_versionStatus = 0;
         g_versionFunctionExists = true;
         g_libraryLoads = true;
@@ -309,7 +309,7 @@ TEST_F(SystemProbe, ATextOf4KilobytesIsReadCompletely) {
 
 TEST_F(SystemProbe, ATextThatGrowsDuringTheReadIsUnreadable) {
     g_registry[kCpu] = {{L"ProcessorNameString", Text(L"CPU")}};
-    g_growsAfterItsSizeWasAsked = true;
+    g_growsAfterSizeQuery = true;
     EXPECT_EQ(ReadCpuName(), L"unknown");
 }
 

@@ -87,7 +87,7 @@ TEST_F(SystemSection, TheCoresAreCounted) {
 TEST_F(SystemSection, TheMemoryIsRoundedToATenth) {
     struct Memory {
         std::uint64_t bytes;
-        const wchar_t* told;
+        const wchar_t* text;
     };
     for (const Memory& memory : {Memory{1073741824, L"1.0 GB"},
                                  {17025859584, L"15.9 GB"},
@@ -98,7 +98,7 @@ TEST_F(SystemSection, TheMemoryIsRoundedToATenth) {
                                  {2199023255552, L"2048.0 GB"},
                                  {18446744073709551615u, L"17179869184.0 GB"}}) {
         facts.memoryBytes = memory.bytes;
-        EXPECT_EQ(After(L"Memory:         "), memory.told) << memory.bytes;
+        EXPECT_EQ(After(L"Memory:         "), memory.text) << memory.bytes;
     }
 }
 
@@ -108,10 +108,10 @@ TEST_F(SystemSection, UnknownMemoryIsZeroGigabytes) {
 }
 
 TEST_F(SystemSection, TheDpiIsThatOfTheStateAndZeroIsTreatedAs96) {
-    for (const auto& [dpi, told] :
+    for (const auto& [dpi, text] :
          {std::pair{96u, L"96 dpi"}, {144u, L"144 dpi"}, {192u, L"192 dpi"}, {0u, L"96 dpi"}}) {
         state.dpi = dpi;
-        EXPECT_EQ(After(L"UI DPI:         "), told);
+        EXPECT_EQ(After(L"UI DPI:         "), text);
     }
 }
 

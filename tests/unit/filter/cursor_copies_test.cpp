@@ -42,7 +42,7 @@ protected:
     }
 
     // The calls that create the copy of one row.
-    static CallRecord MakingOf(int id) {
+    static CallRecord CallsOfCopying(int id) {
         CallRecord calls;
         for (const std::string& call : g_calls) {
             const bool making = call.rfind("load", 0) == 0 || call.rfind("copy", 0) == 0;
@@ -84,7 +84,7 @@ TEST_F(CursorCopies, ACursorThatLoadImageRefusesIsLoadedWithLoadCursor) {
         g_cursors.noImage = {id};
         g_calls.clear();
         TintSystemCursors();
-        EXPECT_EQ(MakingOf(id),
+        EXPECT_EQ(CallsOfCopying(id),
                   (CallRecord{"load image " + std::to_string(id), "load cursor " + std::to_string(id),
                               Call("copy image ", kFromCursor, id)}));
         EXPECT_EQ(CopyOf(row), CursorHandle(kCopied, id));
@@ -97,14 +97,14 @@ TEST_F(CursorCopies, ACursorThatCannotBeLoadedAtAllIsNeitherCopiedNorTinted) {
     for (int row = 0; row < 16; ++row) {
         const int id = kIds[row];
         g_cursors.noImage = g_cursors.noCursor = {id};
-        g_cursors.inForce.clear();
+        g_cursors.current.clear();
         g_calls.clear();
         TintSystemCursors();
-        EXPECT_EQ(MakingOf(id),
+        EXPECT_EQ(CallsOfCopying(id),
                   (CallRecord{"load image " + std::to_string(id), "load cursor " + std::to_string(id)}));
         EXPECT_EQ(CopyOf(row), nullptr);
-        EXPECT_EQ(g_cursors.inForce.size(), 15U);
-        EXPECT_EQ(g_cursors.inForce.count(id), 0U);
+        EXPECT_EQ(g_cursors.current.size(), 15U);
+        EXPECT_EQ(g_cursors.current.count(id), 0U);
         EXPECT_TRUE(g_app.cursorsTinted);
         ReleaseCursorCopies();
     }
@@ -116,7 +116,7 @@ TEST_F(CursorCopies, ACursorThatCannotBeCopiedAsAnImageIsCopiedAsAnIcon) {
         g_cursors.noCopyImage = {id};
         g_calls.clear();
         TintSystemCursors();
-        EXPECT_EQ(MakingOf(id),
+        EXPECT_EQ(CallsOfCopying(id),
                   (CallRecord{"load image " + std::to_string(id), Call("copy image ", kFromImage, id),
                               Call("copy icon ", kFromImage, id)}));
         EXPECT_EQ(CopyOf(row), CursorHandle(kIconCopied, id));
@@ -129,12 +129,12 @@ TEST_F(CursorCopies, ACursorThatCannotBeCopiedKeepsItsSystemForm) {
     for (int row = 0; row < 16; ++row) {
         const int id = kIds[row];
         g_cursors.noCopyImage = g_cursors.noCopyIcon = {id};
-        g_cursors.inForce.clear();
+        g_cursors.current.clear();
         g_calls.clear();
         TintSystemCursors();
         EXPECT_EQ(CopyOf(row), nullptr);
-        EXPECT_EQ(g_cursors.inForce.size(), 15U);
-        EXPECT_EQ(g_cursors.inForce.count(id), 0U);
+        EXPECT_EQ(g_cursors.current.size(), 15U);
+        EXPECT_EQ(g_cursors.current.count(id), 0U);
         ReleaseCursorCopies();
     }
 }

@@ -1,6 +1,7 @@
 #include "filter/cursor_factory.h"
 
 #include "support/seam.h"
+#include "win32/top_down_dib.h"
 
 namespace {
 
@@ -9,28 +10,18 @@ struct MonochromeInfo {
     RGBQUAD colours[2];
 };
 
-BITMAPINFOHEADER TopDown(int width, int height, WORD bits) {
-    BITMAPINFOHEADER header = {};
-    header.biSize = sizeof(header);
-    header.biWidth = width;
-    header.biHeight = -height;
-    header.biPlanes = 1;
-    header.biBitCount = bits;
-    return header;
-}
-
-std::size_t Place(int x, int y, int width) {
+std::size_t Index(int x, int y, int width) {
     return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
 }
 
 // CreateBitmap expects rows of 16 bits with the first pixel in the highest bit.
 HBITMAP MakeMask(int width, int height, const std::vector<std::uint8_t>& mask) {
     const int rowBytes = (width + 15) / 16 * 2;
-    std::vector<std::uint8_t> bits(Place(0, height, rowBytes));
+    std::vector<std::uint8_t> bits(Index(0, height, rowBytes));
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
-            std::uint8_t& byte = bits[Place(x / 8, y, rowBytes)];
-            if (mask[Place(x, y, width)] != 0) byte = static_cast<std::uint8_t>(byte | (0x80 >> (x % 8)));
+            std::uint8_t& byte = bits[Index(x / 8, y, rowBytes)];
+            if (mask[Index(x, y, width)] != 0) byte = static_cast<std::uint8_t>(byte | (0x80 >> (x % 8)));
         }
     }
     return Real(&CreateBitmap)(width, height, 1, 1, bits.data());
@@ -38,7 +29,7 @@ HBITMAP MakeMask(int width, int height, const std::vector<std::uint8_t>& mask) {
 
 HBITMAP MakePixels(const CursorPicture& picture) {
     BITMAPINFO info = {};
-    info.bmiHeader = TopDown(picture.width, picture.height, 32);
+    info.bmiHeader = TopDownHeader(picture.width, picture.height, 32);
     void* bits = nullptr;
     HBITMAP bitmap = Real(&CreateDIBSection)(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
     if (bitmap == nullptr) return nullptr;
@@ -49,22 +40,22 @@ HBITMAP MakePixels(const CursorPicture& picture) {
 
 std::vector<std::uint8_t> ReadMask(HDC dc, HBITMAP bitmap, int width, int height) {
     const int rowBytes = (width + 31) / 32 * 4;
-    std::vector<std::uint8_t> bits(Place(0, height, rowBytes));
-    MonochromeInfo info = {TopDown(width, height, 1), {}};
+    std::vector<std::uint8_t> bits(Index(0, height, rowBytes));
+    MonochromeInfo info = {TopDownHeader(width, height, 1), {}};
     Real (&GetDIBits)(dc, bitmap, 0, static_cast<UINT>(height), bits.data(),
                       reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS);
-    std::vector<std::uint8_t> mask(Place(0, height, width));
+    std::vector<std::uint8_t> mask(Index(0, height, width));
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x)
-            mask[Place(x, y, width)] = (bits[Place(x / 8, y, rowBytes)] & (0x80 >> (x % 8))) != 0;
+            mask[Index(x, y, width)] = (bits[Index(x / 8, y, rowBytes)] & (0x80 >> (x % 8))) != 0;
     }
     return mask;
 }
 
 std::vector<Argb> ReadPixels(HDC dc, HBITMAP bitmap, int width, int height) {
-    std::vector<Argb> pixels(Place(0, height, width));
+    std::vector<Argb> pixels(Index(0, height, width));
     BITMAPINFO info = {};
-    info.bmiHeader = TopDown(width, height, 32);
+    info.bmiHeader = TopDownHeader(width, height, 32);
     Real (&GetDIBits)(dc, bitmap, 0, static_cast<UINT>(height), pixels.data(), &info, DIB_RGB_COLORS);
     return pixels;
 }
@@ -76,19 +67,19 @@ void Delete(HGDIOBJ object) {
 }  // namespace
 
 Argb CursorPicture::PixelAt(int x, int y) const {
-    return pixels[Place(x, y, width)];
+    return pixels[Index(x, y, width)];
 }
 
 bool CursorPicture::MaskAt(int x, int y) const {
-    return mask[Place(x, y, width)] != 0;
+    return mask[Index(x, y, width)] != 0;
 }
 
 CursorPicture PlainPicture(int width, int height, Argb colour) {
     CursorPicture picture;
     picture.width = width;
     picture.height = height;
-    picture.pixels.assign(Place(0, height, width), colour);
-    picture.mask.assign(Place(0, height, width), false);
+    picture.pixels.assign(Index(0, height, width), colour);
+    picture.mask.assign(Index(0, height, width), false);
     return picture;
 }
 
@@ -137,6 +128,6 @@ std::vector<Argb> DrawnPixels(HCURSOR cursor, int width, int height) {
     return pixels;
 }
 
-void DestroyMadeCursor(HCURSOR cursor) {
+void DestroyCreatedCursor(HCURSOR cursor) {
     if (cursor != nullptr) Real (&DestroyCursor)(cursor);
 }

@@ -35,4 +35,4 @@ CursorPicture ReadCursor(HCURSOR cursor);
 // The pixels that Windows draws for the cursor on an empty bitmap.
 std::vector<Argb> DrawnPixels(HCURSOR cursor, int width, int height);
 
-void DestroyMadeCursor(HCURSOR cursor);
+void DestroyCreatedCursor(HCURSOR cursor);

@@ -15,41 +15,41 @@ bool Fails(GdiCall call) {
     return g_open && g_tracker.failing.count(call) != 0;
 }
 
-void Enter(HANDLE handle, const char* kind) {
+void Track(HANDLE handle, const char* kind) {
     if (!g_open || handle == nullptr) return;
-    if (g_tracker.kept.count(handle) != 0) g_tracker.wrongs.push_back(std::string("made again: ") + kind);
-    g_tracker.kept[handle] = kind;
-    g_tracker.made[kind] += 1;
+    if (g_tracker.open.count(handle) != 0) g_tracker.errors.push_back(std::string("made again: ") + kind);
+    g_tracker.open[handle] = kind;
+    g_tracker.created[kind] += 1;
 }
 
-void Strike(HANDLE handle, const char* how) {
+void Untrack(HANDLE handle, const char* how) {
     if (!g_open) return;
-    if (g_tracker.kept.erase(handle) == 0)
-        g_tracker.wrongs.push_back(std::string(how) + " of what is not ours");
+    if (g_tracker.open.erase(handle) == 0)
+        g_tracker.errors.push_back(std::string(how) + " of what is not ours");
 }
 
 template <typename... Parts>
-void Note(const Parts&... parts) {
+void RecordOpen(const Parts&... parts) {
     if (g_open) Record(parts...);
 }
 
-void KeepBack(HBITMAP* bitmap) {
+void DeleteAndClear(HBITMAP* bitmap) {
     if (*bitmap != nullptr) Real (&DeleteObject)(*bitmap);
     *bitmap = nullptr;
 }
 
 BOOL WINAPI FakeGetIconInfo(HICON icon, ICONINFO* info) {
-    Note("ask");
+    RecordOpen("ask");
     if (Fails(GdiCall::GetIconInfo)) {
         if (g_tracker.staleOnFailure) info->hbmMask = info->hbmColor = MakeHandle<HBITMAP>(0xBAD0);
         return FALSE;
     }
     const BOOL known = Real(&GetIconInfo)(icon, info);
     if (!g_open || known == FALSE) return known;
-    if (g_tracker.withoutColour) KeepBack(&info->hbmColor);
-    if (g_tracker.withoutMask) KeepBack(&info->hbmMask);
-    Enter(info->hbmColor, "info bitmap");
-    Enter(info->hbmMask, "info bitmap");
+    if (g_tracker.withoutColour) DeleteAndClear(&info->hbmColor);
+    if (g_tracker.withoutMask) DeleteAndClear(&info->hbmMask);
+    Track(info->hbmColor, "info bitmap");
+    Track(info->hbmMask, "info bitmap");
     g_tracker.source = *info;
     return TRUE;
 }
@@ -70,36 +70,36 @@ int WINAPI FakeGetSystemMetrics(int index) {
 HDC WINAPI FakeGetDC(HWND window) {
     if (Fails(GdiCall::GetDC)) return nullptr;
     HDC dc = Real(&GetDC)(window);
-    Enter(dc, "screen context");
+    Track(dc, "screen context");
     return dc;
 }
 
 int WINAPI FakeReleaseDC(HWND window, HDC dc) {
-    Strike(dc, "release");
+    Untrack(dc, "release");
     return Real(&ReleaseDC)(window, dc);
 }
 
 HDC WINAPI FakeCreateCompatibleDC(HDC like) {
     if (Fails(GdiCall::CreateCompatibleDC)) return nullptr;
     HDC dc = Real(&CreateCompatibleDC)(like);
-    Enter(dc, "memory context");
+    Track(dc, "memory context");
     return dc;
 }
 
 BOOL WINAPI FakeDeleteDC(HDC dc) {
-    Strike(dc, "deletion");
+    Untrack(dc, "deletion");
     return Real(&DeleteDC)(dc);
 }
 
 HBITMAP WINAPI FakeCreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, VOID** bits, HANDLE section,
                                     DWORD offset) {
     const BITMAPINFOHEADER& header = info->bmiHeader;
-    Note("dib ", header.biWidth, "x", header.biHeight, " planes=", header.biPlanes,
-         " bits=", header.biBitCount, " compression=", header.biCompression, " header=", header.biSize,
-         " usage=", usage);
+    RecordOpen("dib ", header.biWidth, "x", header.biHeight, " planes=", header.biPlanes,
+               " bits=", header.biBitCount, " compression=", header.biCompression, " header=", header.biSize,
+               " usage=", usage);
     if (Fails(GdiCall::CreateDIBSection)) return nullptr;
     HBITMAP dib = Real(&CreateDIBSection)(dc, info, usage, bits, section, offset);
-    Enter(dib, "dib");
+    Track(dib, "dib");
     g_tracker.lastDib = dib;
     return dib;
 }
@@ -107,8 +107,8 @@ HBITMAP WINAPI FakeCreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, 
 int WINAPI FakeGetDIBits(HDC dc, HBITMAP bitmap, UINT first, UINT lines, LPVOID bits, LPBITMAPINFO info,
                          UINT usage) {
     const BITMAPINFOHEADER& header = info->bmiHeader;
-    Note("read ", bitmap == g_tracker.source.hbmMask ? "mask " : "something else ", header.biWidth, "x",
-         header.biHeight, " bits=", header.biBitCount, " lines ", first, "+", lines);
+    RecordOpen("read ", bitmap == g_tracker.source.hbmMask ? "mask " : "something else ", header.biWidth, "x",
+               header.biHeight, " bits=", header.biBitCount, " lines ", first, "+", lines);
     if (Fails(GdiCall::GetDIBits)) return 0;
     const UINT wanted = g_open ? lines - g_tracker.linesMissing : lines;
     return Real(&GetDIBits)(dc, bitmap, first, wanted, bits, info, usage);
@@ -116,21 +116,21 @@ int WINAPI FakeGetDIBits(HDC dc, HBITMAP bitmap, UINT first, UINT lines, LPVOID 
 
 BOOL WINAPI FakeDrawIconEx(HDC dc, int x, int y, HICON icon, int width, int height, UINT step, HBRUSH brush,
                            UINT flags) {
-    Note("draw at ", x, ",", y, " ", width, "x", height, " step=", step, " brush=", ValueOf(brush),
-         " flags=", flags);
+    RecordOpen("draw at ", x, ",", y, " ", width, "x", height, " step=", step, " brush=", ValueOf(brush),
+               " flags=", flags);
     if (Fails(GdiCall::DrawIconEx)) return FALSE;
     return Real(&DrawIconEx)(dc, x, y, icon, width, height, step, brush, flags);
 }
 
 HBITMAP WINAPI FakeCreateBitmap(int width, int height, UINT planes, UINT bitCount, const void* bits) {
-    Note("mask ", width, "x", height, " planes=", planes, " bits=", bitCount);
+    RecordOpen("mask ", width, "x", height, " planes=", planes, " bits=", bitCount);
     if (g_open && bits != nullptr) {
         const auto* bytes = static_cast<const unsigned char*>(bits);
         g_tracker.maskBits.assign(bytes, bytes + (width + 15) / 16 * 2 * height);
     }
     if (Fails(GdiCall::CreateBitmap)) return nullptr;
     HBITMAP bitmap = Real(&CreateBitmap)(width, height, planes, bitCount, bits);
-    Enter(bitmap, "mask");
+    Track(bitmap, "mask");
     g_tracker.lastMask = bitmap;
     return bitmap;
 }
@@ -140,22 +140,22 @@ HICON WINAPI FakeCreateIconIndirect(PICONINFO info) {
                        : info->hbmMask == g_tracker.source.hbmMask ? "its own"
                        : info->hbmMask == g_tracker.lastMask       ? "new"
                                                                    : "unknown";
-    Note("make icon=", info->fIcon, " hot=", info->xHotspot, ",", info->yHotspot, " mask=", mask,
-         " colour=", info->hbmColor == g_tracker.lastDib ? "dib" : "unknown");
+    RecordOpen("make icon=", info->fIcon, " hot=", info->xHotspot, ",", info->yHotspot, " mask=", mask,
+               " colour=", info->hbmColor == g_tracker.lastDib ? "dib" : "unknown");
     g_tracker.result = *info;
     if (Fails(GdiCall::CreateIconIndirect)) return nullptr;
     HICON icon = Real(&CreateIconIndirect)(info);
-    Enter(icon, "cursor");
+    Track(icon, "cursor");
     return icon;
 }
 
 BOOL WINAPI FakeDeleteObject(HGDIOBJ object) {
-    Strike(object, "deletion");
+    Untrack(object, "deletion");
     return Real(&DeleteObject)(object);
 }
 
 BOOL WINAPI FakeDestroyCursor(HCURSOR cursor) {
-    Strike(cursor, "destruction");
+    Untrack(cursor, "destruction");
     return Real(&DestroyCursor)(cursor);
 }
 

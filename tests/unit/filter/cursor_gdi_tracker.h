@@ -33,14 +33,14 @@ struct CursorGdiTracker {
     UINT linesMissing = 0;        // GetDIBits reads this many fewer than requested
     SIZE cursorMetrics = {};      // 0: the real ones
 
-    std::map<HANDLE, std::string> kept;  // created and not released, by kind
-    std::vector<std::string> wrongs;     // released twice, or never created
-    std::map<std::string, int> made;     // by kind
+    std::map<HANDLE, std::string> open;  // created and not released, by kind
+    std::vector<std::string> errors;     // released twice, or never created
+    std::map<std::string, int> created;  // by kind
     ICONINFO source = {};                // of the last GetIconInfo
     ICONINFO result = {};                // of the last CreateIconIndirect
     HBITMAP lastDib = nullptr;
     HBITMAP lastMask = nullptr;           // of CreateBitmap
-    std::vector<unsigned char> maskBits;  // that CreateBitmap was given
+    std::vector<unsigned char> maskBits;  // passed to CreateBitmap
 };
 
 extern CursorGdiTracker g_tracker;

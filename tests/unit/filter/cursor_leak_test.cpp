@@ -35,7 +35,7 @@ BOOL WINAPI FakeSetSystemCursor(HCURSOR cursor, DWORD id) {
     if (g_system.refuseEvery != 0 && count % g_system.refuseEvery == 0) return FALSE;
     g_system.set[id] += 1;
     if (g_system.looking) g_system.seen[id] = ReadCursor(cursor);
-    DestroyMadeCursor(cursor);
+    DestroyCreatedCursor(cursor);
     return TRUE;
 }
 
@@ -179,9 +179,9 @@ TEST_F(CursorLeak, AThousandCopiesOfAMonochromeCursorDoNotChangeTheCounts) {
     const HCURSOR source = MakeCursor(picture);
     const GdiCounts withSource = CurrentGdiCounts();
     for (int i = 0; i < 1000; ++i)
-        DestroyMadeCursor(BuildTintedCursor(source, i / 1000.0, 0.5));
+        DestroyCreatedCursor(BuildTintedCursor(source, i / 1000.0, 0.5));
     EXPECT_EQ(CurrentGdiCounts(), withSource);
-    DestroyMadeCursor(source);
+    DestroyCreatedCursor(source);
     ExpectNothingKept();
 }
 
@@ -203,7 +203,7 @@ TEST_F(CursorLeak, ALeakedCursorIsDetected) {
     HCURSOR kept = BuildTintedCursor(g_app.baseCursors[0], 0.5, 0.5);
     EXPECT_EQ(CurrentGdiCounts().icons, before_.icons + 1);
     EXPECT_GT(CurrentGdiCounts().gdiObjects, before_.gdiObjects);
-    DestroyMadeCursor(kept);
+    DestroyCreatedCursor(kept);
     ExpectNothingKept();
 }
 

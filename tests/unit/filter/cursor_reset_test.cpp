@@ -8,14 +8,14 @@
 namespace {
 
 int g_refusals = 0;
-int g_resets = 0;
+int g_resetCount = 0;
 
 BOOL WINAPI FakeSystemParametersInfoW(UINT action, UINT parameter, PVOID data, UINT flags) {
     EXPECT_EQ(action, static_cast<UINT>(SPI_SETCURSORS));
     EXPECT_EQ(parameter, 0U);
     EXPECT_EQ(data, nullptr);
     EXPECT_EQ(flags, 0U);
-    return ++g_resets > g_refusals ? TRUE : FALSE;
+    return ++g_resetCount > g_refusals ? TRUE : FALSE;
 }
 
 class CursorReset : public testing::Test {
@@ -24,7 +24,7 @@ protected:
         g_app = AppState{};
         g_app.cursorsTinted = true;
         g_refusals = 0;
-        g_resets = 0;
+        g_resetCount = 0;
     }
     void TearDown() override { g_app = AppState{}; }
 
@@ -33,7 +33,7 @@ protected:
         g_refusals = refusals;
         ReleaseCursorCopies();
         EXPECT_FALSE(g_app.cursorsTinted);
-        return g_resets;
+        return g_resetCount;
     }
 };
 
@@ -56,5 +56,5 @@ TEST_F(CursorReset, ItIsTriedNoMoreThanTwice) {
 TEST_F(CursorReset, ARefusedOneIsNotRepeatedBeforeTheEnd) {
     g_refusals = 5;
     RestoreSystemCursors();
-    EXPECT_EQ(g_resets, 1);
+    EXPECT_EQ(g_resetCount, 1);
 }

@@ -48,7 +48,7 @@ protected:
 
     void TearDown() override { ReleaseCursorCopies(); }
 
-    static void BeTinted(bool legacy) {
+    static void StartTinted(bool legacy) {
         g_app.useLegacyGamma = legacy;
         ApplyFilter();
         ExpectTinted();
@@ -59,14 +59,14 @@ protected:
         EXPECT_TRUE(g_app.cursorsTinted);
         EXPECT_EQ(g_app.lastCursorTint.intensity, g_app.intensity);
         EXPECT_EQ(g_app.lastCursorTint.brightness, g_app.brightness);
-        EXPECT_EQ(g_cursors.inForce.size(), 16U);
+        EXPECT_EQ(g_cursors.current.size(), 16U);
     }
 
     static void ExpectRestored() {
         EXPECT_FALSE(g_app.cursorsTinted);
         EXPECT_EQ(g_app.lastCursorTint.intensity, -1.0);
         EXPECT_EQ(g_app.lastCursorTint.brightness, -1.0);
-        EXPECT_THAT(g_cursors.inForce, IsEmpty());
+        EXPECT_THAT(g_cursors.current, IsEmpty());
     }
 
     // Restored, and the same settings tint them again.
@@ -83,39 +83,39 @@ protected:
 AMBREL_SEAM(PostMessageW, FakePostMessageW);
 
 TEST_F(CursorRestorePaths, AMatrixAndARampAreEachFollowedByATintInTheirColour) {
-    BeTinted(false);
+    StartTinted(false);
     g_app.intensity = 0.6;
-    BeTinted(true);
+    StartTinted(true);
     EXPECT_EQ(g_cursors.built.front(), WhiteAt(0.5, 0.75));
     EXPECT_EQ(g_cursors.built.back(), WhiteAt(0.6, 0.75));
 }
 
 TEST_F(CursorRestorePaths, ARefusedRampStillTints) {
     g_screen.acceptsRamps = false;
-    BeTinted(true);
+    StartTinted(true);
     EXPECT_TRUE(g_app.lastApplyRejected);
 }
 
 TEST_F(CursorRestorePaths, ARampThatReadsBackDifferentlyStillTints) {
     g_screen.deviations = {{kRed, 0, 5000}};
     g_app.readBackMismatchStreak = 2;
-    BeTinted(true);
+    StartTinted(true);
     EXPECT_TRUE(g_app.lastApplyRejected);
 }
 
 TEST_F(CursorRestorePaths, WithoutAScreenTheCursorsAreStillTinted) {
     g_screen.givesContext = false;
-    BeTinted(true);
+    StartTinted(true);
 }
 
 TEST_F(CursorRestorePaths, SwitchingTheFilterOffRestoresThemBeforeTheScreen) {
-    BeTinted(false);
+    StartTinted(false);
     g_app.filterOn = false;
     ApplyFilter();
     EXPECT_THAT(g_calls, ElementsAre("system cursors", "identity matrix"));
     ExpectRestoredAndTintedAgain();
 
-    BeTinted(true);
+    StartTinted(true);
     g_app.filterOn = false;
     ApplyFilter();
     EXPECT_THAT(g_calls, ElementsAre("system cursors", "get dc", "set ramp", "release dc"));
@@ -123,19 +123,19 @@ TEST_F(CursorRestorePaths, SwitchingTheFilterOffRestoresThemBeforeTheScreen) {
 }
 
 TEST_F(CursorRestorePaths, ClearingTheFilterRestoresThemBeforeTheScreen) {
-    BeTinted(false);
+    StartTinted(false);
     ClearFilter();
     EXPECT_THAT(g_calls, ElementsAre("system cursors", "identity matrix"));
     ExpectRestoredAndTintedAgain();
 
-    BeTinted(true);
+    StartTinted(true);
     ClearFilter();
     EXPECT_THAT(g_calls, ElementsAre("system cursors", "get dc", "set ramp", "release dc"));
     ExpectRestoredAndTintedAgain();
 }
 
 TEST_F(CursorRestorePaths, ClearingWithoutAPipelineRestoresThem) {
-    BeTinted(false);
+    StartTinted(false);
     g_app.magnificationReady = false;
     ClearFilter();
     EXPECT_THAT(g_calls, ElementsAre("system cursors"));
@@ -144,7 +144,7 @@ TEST_F(CursorRestorePaths, ClearingWithoutAPipelineRestoresThem) {
 
 TEST_F(CursorRestorePaths, RestoringTheIdentityRampRestoresThemInBothPipelines) {
     for (const bool legacy : {false, true}) {
-        BeTinted(legacy);
+        StartTinted(legacy);
         RestoreIdentityRamp();
         EXPECT_THAT(g_calls, ElementsAre("system cursors", "get dc", "set ramp", "release dc"));
         ExpectRestoredAndTintedAgain();
@@ -152,7 +152,7 @@ TEST_F(CursorRestorePaths, RestoringTheIdentityRampRestoresThemInBothPipelines) 
 }
 
 TEST_F(CursorRestorePaths, RestoringTheIdentityRampWithoutAScreenRestoresThem) {
-    BeTinted(true);
+    StartTinted(true);
     g_screen.givesContext = false;
     RestoreIdentityRamp();
     ExpectRestored();
@@ -160,7 +160,7 @@ TEST_F(CursorRestorePaths, RestoringTheIdentityRampWithoutAScreenRestoresThem) {
 
 TEST_F(CursorRestorePaths, ARefusedMatrixRestoresThemAndTheNextAcceptedOneTintsAgain) {
     for (const DWORD error : {DWORD{5}, DWORD{87}}) {
-        BeTinted(false);
+        StartTinted(false);
         g_magnification.effectErrors = {error};
         ApplyFilter();
         ASSERT_GE(g_calls.size(), 2U);
@@ -171,7 +171,7 @@ TEST_F(CursorRestorePaths, ARefusedMatrixRestoresThemAndTheNextAcceptedOneTintsA
 }
 
 TEST_F(CursorRestorePaths, RepeatedlyRefusedMatricesRestoreThemOnce) {
-    BeTinted(false);
+    StartTinted(false);
     g_magnification.laterEffectErrors = 5;
     for (int i = 0; i < 3; ++i)
         ApplyFilter();
@@ -180,7 +180,7 @@ TEST_F(CursorRestorePaths, RepeatedlyRefusedMatricesRestoreThemOnce) {
 }
 
 TEST_F(CursorRestorePaths, TheFallbackToLegacyModeTintsThemAgainWithItsRamp) {
-    BeTinted(false);
+    StartTinted(false);
     g_magnification.laterEffectErrors = 87;
     ApplyFilter();
     ExpectRestored();
@@ -190,7 +190,7 @@ TEST_F(CursorRestorePaths, TheFallbackToLegacyModeTintsThemAgainWithItsRamp) {
 }
 
 TEST_F(CursorRestorePaths, SwitchingThePipelineRestoresThemAndTintsThemAgain) {
-    BeTinted(false);
+    StartTinted(false);
     ToggleLegacyMode();
     EXPECT_EQ(std::count(g_calls.begin(), g_calls.end(), "system cursors"), 1);
     ExpectTinted();
@@ -205,18 +205,18 @@ TEST_F(CursorRestorePaths, WithTheFilterOffSwitchingThePipelineLeavesThemAlone) 
     ToggleLegacyMode();
     ToggleLegacyMode();
     EXPECT_FALSE(g_app.baseCursorsLoaded);
-    EXPECT_THAT(g_cursors.inForce, IsEmpty());
+    EXPECT_THAT(g_cursors.current, IsEmpty());
 }
 
 TEST_F(CursorRestorePaths, DuringShutdownAnApplyRestoresThem) {
-    BeTinted(false);
+    StartTinted(false);
     g_app.ending = true;
     ApplyFilter();
     ExpectRestored();
 }
 
 TEST_F(CursorRestorePaths, ATintDuringShutdownCreatesNoNewCopies) {
-    BeTinted(false);
+    StartTinted(false);
     g_app.ending = true;
     ReleaseCursorCopies();
     g_calls.clear();
@@ -226,7 +226,7 @@ TEST_F(CursorRestorePaths, ATintDuringShutdownCreatesNoNewCopies) {
 }
 
 TEST_F(CursorRestorePaths, AMoveInsideTheDeadBandSetsTheScreenAndNoCursor) {
-    BeTinted(false);
+    StartTinted(false);
     g_app.intensity = 0.501;
     ApplyFilter();
     EXPECT_THAT(g_calls, ElementsAre("matrix"));

@@ -52,7 +52,7 @@ protected:
         return g_calls;
     }
 
-    static bool IsTintedAnew() { return !CallsOfOneTint().empty(); }
+    static bool IsTintedAgain() { return !CallsOfOneTint().empty(); }
 
     static void ExpectCache(double intensity, double brightness) {
         EXPECT_EQ(g_app.lastCursorTint.intensity, intensity);
@@ -89,7 +89,7 @@ TEST_F(CursorTinting, QueriesBuildsAndSetsEachRowInTheTablesOrderAndStoresTheTin
     EXPECT_TRUE(g_app.cursorsTinted);
     ExpectCache(0.5, 0.75);
     for (const int id : kIds)
-        EXPECT_EQ(g_cursors.inForce[id], ValueOf(CursorHandle(kTinted, id)));
+        EXPECT_EQ(g_cursors.current[id], ValueOf(CursorHandle(kTinted, id)));
 }
 
 TEST_F(CursorTinting, BuildsWithTheCurrentWarmthAndBrightness) {
@@ -125,10 +125,10 @@ TEST_F(CursorTinting, ARowWithoutACopyIsSkipped) {
 TEST_F(CursorTinting, AMonochromeCursorKeepsItsSystemLook) {
     for (const int id : kIds) {
         g_cursors.monochrome = {id};
-        g_cursors.inForce.clear();
+        g_cursors.current.clear();
         RestoreSystemCursors();
         EXPECT_EQ(CallsOfOneTint(), AllBut(id, {"ask " + Number(kCopied, id)}));
-        EXPECT_EQ(g_cursors.inForce.count(id), 0U);
+        EXPECT_EQ(g_cursors.current.count(id), 0U);
         EXPECT_THAT(g_cursors.bitmaps, IsEmpty());
     }
 }
@@ -153,11 +153,11 @@ TEST_F(CursorTinting, AFailureHalfWayThroughTheQueryLeavesNothingToDelete) {
 TEST_F(CursorTinting, ACursorThatCannotBeBuiltKeepsItsSystemFormAndTheOthersAreSet) {
     for (const int id : kIds) {
         g_cursors.notBuilt = {id};
-        g_cursors.inForce.clear();
+        g_cursors.current.clear();
         RestoreSystemCursors();
         EXPECT_EQ(CallsOfOneTint(),
                   AllBut(id, {"ask " + Number(kCopied, id), "build " + Number(kCopied, id)}));
-        EXPECT_EQ(g_cursors.inForce.size(), 15U);
+        EXPECT_EQ(g_cursors.current.size(), 15U);
         EXPECT_TRUE(g_app.cursorsTinted);
     }
 }
@@ -165,13 +165,13 @@ TEST_F(CursorTinting, ACursorThatCannotBeBuiltKeepsItsSystemFormAndTheOthersAreS
 TEST_F(CursorTinting, ACursorThatCannotBeSetIsDestroyedAndTheOthersAreSet) {
     for (const int id : kIds) {
         g_cursors.notSet = {id};
-        g_cursors.inForce.clear();
+        g_cursors.current.clear();
         RestoreSystemCursors();
         EXPECT_EQ(CallsOfOneTint(),
                   AllBut(id, {"ask " + Number(kCopied, id), "build " + Number(kCopied, id),
                               "refuse " + Number(kTinted, id) + " for " + std::to_string(id),
                               "destroy " + Number(kTinted, id)}));
-        EXPECT_EQ(g_cursors.inForce.size(), 15U);
+        EXPECT_EQ(g_cursors.current.size(), 15U);
         EXPECT_TRUE(g_app.cursorsTinted);
     }
 }
@@ -214,7 +214,7 @@ TEST_F(CursorTinting, ALaterTintThatSetsNothingLeavesTheEarlierOnesFlagAndValues
     TintSystemCursors();
     EXPECT_TRUE(g_app.cursorsTinted);
     ExpectCache(0.5, 0.75);
-    EXPECT_TRUE(IsTintedAnew()) << "the values in force are still the earlier ones";
+    EXPECT_TRUE(IsTintedAgain()) << "the current values are still the earlier ones";
 }
 
 TEST_F(CursorTinting, TheSameSettingsAgainCallNothing) {
@@ -225,22 +225,22 @@ TEST_F(CursorTinting, TheSameSettingsAgainCallNothing) {
 TEST_F(CursorTinting, TwoStepsOfAThousandthOfWarmthTintOnlyAtTheSecond) {
     TintSystemCursors();
     g_app.intensity = 0.501;
-    EXPECT_FALSE(IsTintedAnew());
+    EXPECT_FALSE(IsTintedAgain());
     ExpectCache(0.5, 0.75);
     g_app.intensity = 0.502;
-    EXPECT_TRUE(IsTintedAnew());
+    EXPECT_TRUE(IsTintedAgain());
     ExpectCache(0.502, 0.75);
     g_app.intensity = 0.503;
-    EXPECT_FALSE(IsTintedAnew());
+    EXPECT_FALSE(IsTintedAgain());
 }
 
 TEST_F(CursorTinting, TwoStepsOfAThousandthOfBrightnessTintOnlyAtTheSecond) {
     g_app.brightness = 0.5;
     TintSystemCursors();
     g_app.brightness = 0.501;
-    EXPECT_FALSE(IsTintedAnew());
+    EXPECT_FALSE(IsTintedAgain());
     g_app.brightness = 0.502;
-    EXPECT_TRUE(IsTintedAnew());
+    EXPECT_TRUE(IsTintedAgain());
     ExpectCache(0.5, 0.502);
 }
 
@@ -249,43 +249,43 @@ TEST_F(CursorTinting, TheDeadBandEndsExactlyAtTwoThousandths) {
     g_app.intensity = 0.0;
     TintSystemCursors();
     g_app.intensity = std::nextafter(0.002, 0.0);
-    EXPECT_FALSE(IsTintedAnew());
+    EXPECT_FALSE(IsTintedAgain());
     g_app.intensity = 0.002;
-    EXPECT_TRUE(IsTintedAnew());
+    EXPECT_TRUE(IsTintedAgain());
     g_app.intensity = 0.0001;
-    EXPECT_FALSE(IsTintedAnew()) << "in the other direction too";
+    EXPECT_FALSE(IsTintedAgain()) << "in the other direction too";
     g_app.intensity = 0.0;
-    EXPECT_TRUE(IsTintedAnew());
+    EXPECT_TRUE(IsTintedAgain());
 
     g_app.brightness = 0.0;
     TintSystemCursors();
     g_app.brightness = std::nextafter(0.002, 0.0);
-    EXPECT_FALSE(IsTintedAnew());
+    EXPECT_FALSE(IsTintedAgain());
     g_app.brightness = 0.002;
-    EXPECT_TRUE(IsTintedAnew());
+    EXPECT_TRUE(IsTintedAgain());
     g_app.brightness = 0.0001;
-    EXPECT_FALSE(IsTintedAnew());
+    EXPECT_FALSE(IsTintedAgain());
     g_app.brightness = 0.0;
-    EXPECT_TRUE(IsTintedAnew());
+    EXPECT_TRUE(IsTintedAgain());
 }
 
 TEST_F(CursorTinting, AChangeOfEitherValueAloneLeavesTheDeadBand) {
     TintSystemCursors();
     g_app.intensity = 0.49;
-    EXPECT_TRUE(IsTintedAnew());
+    EXPECT_TRUE(IsTintedAgain());
     g_app.brightness = 0.76;
-    EXPECT_TRUE(IsTintedAnew());
+    EXPECT_TRUE(IsTintedAgain());
     g_app.intensity = 0.4905;
     g_app.brightness = 0.7605;
-    EXPECT_FALSE(IsTintedAnew());
+    EXPECT_FALSE(IsTintedAgain());
 }
 
 TEST_F(CursorTinting, TheDeadBandAppliesOnlyWhileTheCursorsAreTinted) {
     TintSystemCursors();
     g_app.cursorsTinted = false;
-    EXPECT_TRUE(IsTintedAnew());
+    EXPECT_TRUE(IsTintedAgain());
     RestoreSystemCursors();
-    EXPECT_TRUE(IsTintedAnew());
+    EXPECT_TRUE(IsTintedAgain());
 }
 
 TEST_F(CursorTinting, ADragTintsAtEveryStepAndLoadsAndCopiesNothing) {
@@ -302,7 +302,7 @@ TEST_F(CursorTinting, ASlowDragTintsOnlyWhereItLeavesTheDeadBandOfTheLastTint) {
     TintSystemCursors();
     for (int step = 1; step <= 100; ++step) {
         g_app.intensity = step / 2048.0;
-        EXPECT_EQ(IsTintedAnew(), step % 5 == 0) << step;
+        EXPECT_EQ(IsTintedAgain(), step % 5 == 0) << step;
     }
 }
 
@@ -354,5 +354,5 @@ TEST_F(CursorTinting, ResettingRestoresTheSystemCursorsRegardlessOfTheState) {
     EXPECT_THAT(g_calls, ElementsAre("system cursors", "system cursors"));
     EXPECT_FALSE(g_app.cursorsTinted);
     ExpectCache(-1.0, -1.0);
-    EXPECT_TRUE(IsTintedAnew());
+    EXPECT_TRUE(IsTintedAgain());
 }

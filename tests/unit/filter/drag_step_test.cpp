@@ -41,7 +41,7 @@ protected:
     // Legacy Mode with the filter on: its first ramp was loaded and recorded when the filter was switched on.
     static void StartInLegacyMode() {
         g_app.useLegacyGamma = true;
-        g_app.rampInForce = true;
+        g_app.rampApplied = true;
     }
 
     void Press(int x) {
@@ -84,7 +84,7 @@ protected:
     }
 
     // The drag step that falls back to Legacy Mode: it saves eight settings and records the first ramp.
-    static CallRecord FallenBack(const CallRecord& ramp) {
+    static CallRecord WithFallback(const CallRecord& ramp) {
         CallRecord steps = {"matrix", "restore cursors"};
         steps.insert(steps.end(), 8 + 1, "write settings");
         steps.insert(steps.end(), ramp.begin(), ramp.end());
@@ -261,7 +261,7 @@ TEST_F(DragStep, TheSecondError87OfADragSavesAppliesTheRampRefreshesAndPosts) {
 
     ClearSteps();
     OnMouseMove(kWarmthX, 180);
-    EXPECT_EQ(Steps(), FallenBack(kRampAndTint));
+    EXPECT_EQ(Steps(), WithFallback(kRampAndTint));
     EXPECT_EQ(g_app.dragSlider, Slider::Warmth);
 }
 
@@ -271,7 +271,7 @@ TEST_F(DragStep, AFallbackWhoseRampIsRefusedTooShowsTheBannerBeforeItsOwnRefresh
     g_app.consecutiveError87 = 1;
     Press(kWarmthX);
     OnMouseMove(kWarmthX, 190);
-    EXPECT_EQ(Steps(), FallenBack(FirstRefusal()));
+    EXPECT_EQ(Steps(), WithFallback(FirstRefusal()));
     EXPECT_TRUE(g_app.useLegacyGamma);
     EXPECT_TRUE(g_app.lastApplyRejected);
 }

@@ -16,10 +16,10 @@ FakeCursors g_cursors;
 
 namespace {
 
-constexpr std::uintptr_t kKindStep = 1000000;
+constexpr std::uintptr_t kKindOffset = 1000000;
 
 int IdOf(HANDLE handle) {
-    return static_cast<int>(ValueOf(handle) % kKindStep);
+    return static_cast<int>(ValueOf(handle) % kKindOffset);
 }
 
 int IdOfName(LPCWSTR name) {
@@ -37,7 +37,7 @@ HCURSOR Owned(HandleKind kind, int id) {
     return cursor;
 }
 
-void TakeOut(std::multiset<std::uintptr_t>& from, std::uintptr_t value, const char* what) {
+void Remove(std::multiset<std::uintptr_t>& from, std::uintptr_t value, const char* what) {
     const auto found = from.find(value);
     if (found == from.end()) {
         ADD_FAILURE() << what << " " << value << " is not ours, or no longer";
@@ -98,7 +98,7 @@ BOOL WINAPI FakeGetIconInfo(HICON icon, ICONINFO* info) {
 }
 
 BOOL WINAPI FakeDeleteObject(HGDIOBJ object) {
-    TakeOut(g_cursors.bitmaps, ValueOf(object), "bitmap");
+    Remove(g_cursors.bitmaps, ValueOf(object), "bitmap");
     return TRUE;
 }
 
@@ -109,14 +109,14 @@ BOOL WINAPI FakeSetSystemCursor(HCURSOR cursor, DWORD id) {
         return FALSE;
     }
     Record("set ", ValueOf(cursor), " for ", id);
-    TakeOut(g_cursors.cursors, ValueOf(cursor), "cursor");
-    g_cursors.inForce[row] = ValueOf(cursor);
+    Remove(g_cursors.cursors, ValueOf(cursor), "cursor");
+    g_cursors.current[row] = ValueOf(cursor);
     return TRUE;
 }
 
 BOOL WINAPI FakeDestroyCursor(HCURSOR cursor) {
     Record("destroy ", ValueOf(cursor));
-    TakeOut(g_cursors.cursors, ValueOf(cursor), "cursor");
+    Remove(g_cursors.cursors, ValueOf(cursor), "cursor");
     return TRUE;
 }
 
@@ -126,7 +126,7 @@ BOOL WINAPI FakeSystemParametersInfoW(UINT action, UINT number, void* data, UINT
     EXPECT_EQ(data, nullptr);
     EXPECT_EQ(flags, 0U);
     Record("system cursors");
-    g_cursors.inForce.clear();
+    g_cursors.current.clear();
     // Returns what Wine returns; the program must ignore it.
     return FALSE;
 }
@@ -151,7 +151,7 @@ AMBREL_REPLACE(HCURSOR, BuildTintedCursor,
 }
 
 HCURSOR CursorHandle(HandleKind kind, int id) {
-    return MakeHandle<HCURSOR>(kind * kKindStep + static_cast<std::uintptr_t>(id));
+    return MakeHandle<HCURSOR>(kind * kKindOffset + static_cast<std::uintptr_t>(id));
 }
 
 std::array<int, 3> WhiteAt(double intensity, double brightness) {
@@ -162,7 +162,7 @@ std::array<int, 3> WhiteAt(double intensity, double brightness) {
     return {white(colour.red), white(colour.green), white(colour.blue)};
 }
 
-std::vector<std::string> CallsWithoutAsking() {
+std::vector<std::string> CallsWithoutQueries() {
     CallRecord calls = g_calls;
     std::erase_if(calls, [](const std::string& call) { return call.rfind("ask ", 0) == 0; });
     return calls;

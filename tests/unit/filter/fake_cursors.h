@@ -35,7 +35,7 @@ struct FakeCursors {
     std::set<int> notSet;
     std::multiset<std::uintptr_t> bitmaps;  // of GetIconInfo, not deleted yet
     std::multiset<std::uintptr_t> cursors;  // copies and tinted ones that are ours to destroy
-    std::map<int, std::uintptr_t> inForce;  // what SetSystemCursor was given last
+    std::map<int, std::uintptr_t> current;  // what SetSystemCursor was given last
     std::vector<std::array<int, 3>> built;  // what white becomes in each building: red, green, blue
 };
 
@@ -47,4 +47,4 @@ HCURSOR CursorHandle(HandleKind kind, int id);
 std::array<int, 3> WhiteAt(double intensity, double brightness);
 
 // Every call except the queries.
-std::vector<std::string> CallsWithoutAsking();
+std::vector<std::string> CallsWithoutQueries();

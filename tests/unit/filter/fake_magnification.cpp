@@ -13,7 +13,7 @@ FakeMagnification g_magnification;
 namespace {
 
 BOOL Succeed() {
-    SetLastError(kNobodysError);
+    SetLastError(kUnrelatedError);
     return TRUE;
 }
 

@@ -12,7 +12,7 @@
 
 AMBREL_USES_SEAMS(fake_magnification);
 
-constexpr DWORD kNobodysError = 7777;
+constexpr DWORD kUnrelatedError = 7777;
 
 struct FakeMagnification {
     DWORD loadError = 0;  // 0: the library loads

@@ -20,7 +20,7 @@ AMBREL_REPLACE(void, IntensityToFilterRgb, (double intensity, double* red, doubl
     EXPECT_EQ(*red, 1.0);
     EXPECT_EQ(*green, 1.0);
     EXPECT_EQ(*blue, 1.0);
-    g_model.askedIntensity = intensity;
+    g_model.requestedIntensity = intensity;
     g_model.calls += 1;
     *red = g_model.red;
     *green = g_model.green;

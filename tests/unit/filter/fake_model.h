@@ -10,7 +10,7 @@ struct FakeModel {
     double red = 1.0;
     double green = 1.0;
     double blue = 1.0;
-    double askedIntensity = -1.0;  // of the last call
+    double requestedIntensity = -1.0;  // of the last call
     int calls = 0;
 };
 

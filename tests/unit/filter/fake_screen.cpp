@@ -145,7 +145,7 @@ BOOL WINAPI FakeGetDeviceGammaRamp(HDC dc, LPVOID ramp) {
     Record("read ramp");
     const auto* bytes = static_cast<const unsigned char*>(ramp);
     if (std::any_of(bytes, bytes + sizeof(Ramp), [](unsigned char byte) { return byte != 0; })) {
-        g_screen.handedZeroesToRead = false;
+        g_screen.readBuffersWereZeroed = false;
     }
     if (!g_screen.canBeRead) {
         std::memset(ramp, 0x55, sizeof(Ramp));

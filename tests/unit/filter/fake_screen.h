@@ -53,9 +53,9 @@ struct FakeScreen {
     bool acceptsRamps = true;
     bool canBeRead = true;
     std::vector<Deviation> deviations;
-    bool handedZeroesToRead = true;  // every buffer for a read-back was zero throughout
-    std::vector<Ramp> seen;          // every ramp, refused ones too
-    int contextsHeld = 0;            // acquired and not released
+    bool readBuffersWereZeroed = true;  // every buffer for a read-back was zero throughout
+    std::vector<Ramp> seen;             // every ramp, refused ones too
+    int contextsHeld = 0;               // acquired and not released
     std::vector<FakeDisplay> displays{NamedDisplay(1)};
 };
 

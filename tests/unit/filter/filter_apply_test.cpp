@@ -1,5 +1,5 @@
-// The only entry point for the screen's colour: the pipeline in use, the consequences of a refused matrix,
-// and the order of the calls.
+// Applying and clearing the filter: the pipeline in use, the consequences of a refused matrix, and the order
+// of the calls.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -324,7 +324,7 @@ TEST_F(FilterApply, TheFallbackRemovesTheLastMatrixBeforeTheRamp) {
     ApplyWith({87});
     EXPECT_THAT(g_calls, ElementsAre("matrix", kRestore, kFallback, "save legacy=1 auto=1 count=0",
                                      "identity matrix", "ramp legacy=1", "refresh", kNotice));
-    EXPECT_FALSE(g_app.matrixInForce);
+    EXPECT_FALSE(g_app.matrixApplied);
     EXPECT_TRUE(g_app.magnificationReady);
 }
 
@@ -337,7 +337,7 @@ TEST_F(FilterApply, AFallbackWhoseIdentityMatrixIsRefusedReinitialisesTheApi) {
                 ElementsAre("matrix", kRestore, kFallback, "save legacy=1 auto=1 count=0", "identity matrix",
                             "MagUninitialize", "MagInitialize", "ramp legacy=1", "refresh", kNotice));
     EXPECT_TRUE(g_app.magnificationReady);
-    EXPECT_FALSE(g_app.matrixInForce);
+    EXPECT_FALSE(g_app.matrixApplied);
     EXPECT_EQ(g_magnification.modulesHeld, 1) << "the library stays loaded";
 }
 
@@ -381,7 +381,7 @@ TEST_F(FilterApply, AMatrixWhoseRemovalIsRefusedTwiceIsRemovedWithTheApi) {
     EXPECT_EQ(CountOf("identity matrix"), 2);
     EXPECT_EQ(CountOf("MagUninitialize"), 1);
     EXPECT_EQ(CountOf("MagInitialize"), 1);
-    EXPECT_FALSE(g_app.matrixInForce);
+    EXPECT_FALSE(g_app.matrixApplied);
     EXPECT_TRUE(g_app.magnificationReady);
 }
 
@@ -389,16 +389,16 @@ TEST_F(FilterApply, ANeutralFilterLeavesNothingToRemove) {
     g_app.intensity = 0.0;
     g_app.brightness = 1.0;
     ApplyWith({0});
-    EXPECT_FALSE(g_app.matrixInForce);
+    EXPECT_FALSE(g_app.matrixApplied);
     g_app.intensity = 0.6;
     g_calls.clear();
     ApplyWith({87, 87});
     EXPECT_EQ(CountOf("identity matrix"), 0);
 }
 
-TEST_F(FilterApply, DimmingAloneIsAMatrixInForce) {
+TEST_F(FilterApply, DimmingAloneIsAnAppliedMatrix) {
     g_app.intensity = 0.0;
     g_app.brightness = 0.999;
     ApplyWith({0});
-    EXPECT_TRUE(g_app.matrixInForce);
+    EXPECT_TRUE(g_app.matrixApplied);
 }

@@ -123,7 +123,7 @@ TEST_F(FilterMatrix, TheModelIsCalledOnceForTheCurrentIntensity) {
     g_app.intensity = 0.731;
     Applied(1.0, 0.5, 0.25, 1.0);
     EXPECT_EQ(g_model.calls, 1);
-    EXPECT_EQ(g_model.askedIntensity, 0.731);
+    EXPECT_EQ(g_model.requestedIntensity, 0.731);
 }
 
 TEST_F(FilterMatrix, ClearingSetsTheIdentityWithoutCallingTheModel) {

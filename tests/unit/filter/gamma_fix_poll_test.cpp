@@ -46,8 +46,8 @@ constexpr std::uint64_t kNow = 1'800'000'000;
 const CallRecord kConfirmed = {"read registry", "kill timer 8", "save expanded=1 pending=0 epoch=1800000000",
                                "log: Gamma-range expansion confirmed in registry - restart pending",
                                "refresh expanded=1 pending=0 epoch=1800000000"};
-const CallRecord kGivenUp = {"read registry", "kill timer 8",
-                             "log: Gamma-range fix not confirmed (helper cancelled?)"};
+const CallRecord kCallsOfTimeout = {"read registry", "kill timer 8",
+                                    "log: Gamma-range fix not confirmed (helper cancelled?)"};
 const CallRecord kWaiting = {"read registry"};
 
 class GammaFixPoll : public testing::Test {
@@ -93,7 +93,7 @@ TEST_F(GammaFixPoll, AtTheDeadlineThePollContinues) {
 }
 
 TEST_F(GammaFixPoll, PastTheDeadlineThePollStops) {
-    EXPECT_EQ(CallsOfPolling(kNow, kDeadline + 1), kGivenUp);
+    EXPECT_EQ(CallsOfPolling(kNow, kDeadline + 1), kCallsOfTimeout);
     EXPECT_FALSE(g_app.gammaFixPending);
     EXPECT_FALSE(g_app.gammaRangeExpanded);
     EXPECT_EQ(g_app.gammaFixEpoch, 0U);
@@ -114,7 +114,7 @@ TEST_F(GammaFixPoll, AFixThatAppearsAfterSomePollsIsConfirmed) {
 
 TEST_F(GammaFixPoll, GivingUpKeepsTheTimeOfAnEarlierFix) {
     g_app.gammaFixEpoch = 1'700'000'000;
-    EXPECT_EQ(CallsOfPolling(kNow, kDeadline + 1), kGivenUp);
+    EXPECT_EQ(CallsOfPolling(kNow, kDeadline + 1), kCallsOfTimeout);
     EXPECT_EQ(g_app.gammaFixEpoch, 1'700'000'000U);
 }
 
@@ -134,7 +134,7 @@ TEST_F(GammaFixPoll, TheTimeOfTheFixHasMoreThan32Bits) {
 TEST_F(GammaFixPoll, TheClockDoesNotDecideWhetherItGivesUp) {
     EXPECT_EQ(CallsOfPolling(kNow + 86'400, kDeadline), kWaiting);
     EXPECT_EQ(CallsOfPolling(kNow - 86'400, kDeadline), kWaiting);
-    EXPECT_EQ(CallsOfPolling(0, kDeadline + 1), kGivenUp);
+    EXPECT_EQ(CallsOfPolling(0, kDeadline + 1), kCallsOfTimeout);
 }
 
 TEST_F(GammaFixPoll, TheTimerPollsWithTheClockAndTheTimeSinceTheStart) {
@@ -144,7 +144,7 @@ TEST_F(GammaFixPoll, TheTimerPollsWithTheClockAndTheTimeSinceTheStart) {
     g_calls.clear();
     g_tick = kDeadline + 1;
     OnGammaFixTimer();
-    EXPECT_EQ(g_calls, kGivenUp);
+    EXPECT_EQ(g_calls, kCallsOfTimeout);
     g_calls.clear();
     g_expanded = true;
     OnGammaFixTimer();

@@ -28,7 +28,7 @@ class GammaFixSettings : public settings_fixture::SettingsTest {
 protected:
     void SetUp() override {
         SettingsTest::SetUp();
-        ForgetTheLimit();
+        DeleteGammaRange();
         g_calls.clear();
         g_tick = 3'600'000;
         g_clock = kFixed;
@@ -36,18 +36,18 @@ protected:
         g_app.mainWindow = MakeHandle<HWND>(500);
     }
     void TearDown() override {
-        ForgetTheLimit();
+        DeleteGammaRange();
         SettingsTest::TearDown();
     }
 
-    static void ForgetTheLimit() {
+    static void DeleteGammaRange() {
         RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM",
                            L"GdiIcmGammaRange");
     }
 
     // Simulates a later run: reloads settings and registry, and ramps are refused.
-    static void StartAgain() {
-        LoadAfresh();
+    static void StartNextRun() {
+        Reload();
         g_log.clear();
         g_app.gammaRangeExpanded = IsGammaRangeExpanded();
         g_app.useLegacyGamma = true;
@@ -60,7 +60,7 @@ protected:
         OnGammaFixTimer();
     }
 
-    bool HoldsLine(const std::string& wanted) const {
+    bool ContainsLine(const std::string& wanted) const {
         for (const std::string& line : FileLines()) {
             if (line == wanted) return true;
         }
@@ -74,7 +74,7 @@ TEST_F(GammaFixSettings, AnExpandedRangeIsSavedWithItsTime) {
     OnGammaFixTimer();
     EXPECT_FALSE(FileExists(path)) << "nothing to confirm yet";
     ConfirmTheFix();
-    EXPECT_TRUE(HoldsLine("GammaFixEpoch=1800000000"));
+    EXPECT_TRUE(ContainsLine("GammaFixEpoch=1800000000"));
     EXPECT_TRUE(g_app.gammaRangeExpanded);
 }
 
@@ -82,7 +82,7 @@ TEST_F(GammaFixSettings, BeforeTheRestartTheNextRunStillShowsTheBanner) {
     ConfirmTheFix();
     g_clock += 7'200;
     g_tick += 7'200'000;
-    StartAgain();
+    StartNextRun();
     EXPECT_TRUE(g_app.gammaRangeExpanded);
     EXPECT_EQ(g_app.gammaFixEpoch, kFixed);
     EXPECT_FALSE(IsRestartDoneSinceFix());
@@ -95,7 +95,7 @@ TEST_F(GammaFixSettings, AfterARestartThatDidNotHelpEveryRunWithdrawsTheBannerAn
     g_clock += 7'200;
     g_tick = 30'000;
     for (int run = 0; run < 2; ++run) {
-        StartAgain();
+        StartNextRun();
         EXPECT_TRUE(IsRestartDoneSinceFix());
         EXPECT_FALSE(IsBannerVisible());
         LogBannerDemotionOnce();
@@ -109,7 +109,7 @@ TEST_F(GammaFixSettings, AfterARestartThatDidNotHelpEveryRunWithdrawsTheBannerAn
 TEST_F(GammaFixSettings, ARangeExpandedOutsideTheProgramKeepsAskingForARestart) {
     EXPECT_TRUE(ExpandGammaRange());
     g_tick = 30'000;
-    StartAgain();
+    StartNextRun();
     EXPECT_TRUE(g_app.gammaRangeExpanded);
     EXPECT_EQ(g_app.gammaFixEpoch, 0U);
     EXPECT_TRUE(IsBannerVisible());
@@ -118,10 +118,10 @@ TEST_F(GammaFixSettings, ARangeExpandedOutsideTheProgramKeepsAskingForARestart) 
 
 TEST_F(GammaFixSettings, AFixThatWasRevertedIsOfferedAgain) {
     ConfirmTheFix();
-    ForgetTheLimit();
+    DeleteGammaRange();
     g_clock += 7'200;
     g_tick = 30'000;
-    StartAgain();
+    StartNextRun();
     EXPECT_FALSE(g_app.gammaRangeExpanded);
     EXPECT_FALSE(IsRestartDoneSinceFix());
     EXPECT_TRUE(IsBannerVisible());

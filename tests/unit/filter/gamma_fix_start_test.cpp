@@ -34,7 +34,7 @@ HWND const kWindow = MakeHandle<HWND>(500);
 
 int g_answer = IDYES;
 INT_PTR g_shellResult = 42;
-ULONGLONG g_timeAtThePrompt = 0;  // ms that the user takes over the elevation prompt
+ULONGLONG g_promptDuration = 0;  // ms until the user answers the elevation prompt
 std::wstring g_ownPath;
 
 int WINAPI FakeMessageBox(HWND owner, const wchar_t* text, const wchar_t* title, UINT type) {
@@ -59,7 +59,7 @@ HINSTANCE WINAPI FakeShellExecute(HWND owner, const wchar_t* verb, const wchar_t
     EXPECT_EQ(owner, kWindow);
     EXPECT_EQ(folder, nullptr);
     Record("execute ", Narrow(verb), " [", Narrow(file), "] [", Narrow(parameters), "] show ", show);
-    g_tick += g_timeAtThePrompt;
+    g_tick += g_promptDuration;
     return MakeHandle<HINSTANCE>(static_cast<std::uintptr_t>(g_shellResult));
 }
 
@@ -84,7 +84,7 @@ protected:
         g_answer = IDYES;
         g_shellResult = 42;
         g_tick = 5'000'000;
-        g_timeAtThePrompt = 0;
+        g_promptDuration = 0;
         g_ownPath = L"C:\\Tools\\ambrel.exe";
     }
     void TearDown() override { g_ownPath.clear(); }
@@ -118,7 +118,7 @@ TEST_F(GammaFixStart, YesLaunchesTheProgramElevatedAndStartsThePoll) {
 }
 
 TEST_F(GammaFixStart, TheTwoMinutesStartWhenTheElevationPromptCloses) {
-    g_timeAtThePrompt = 90'000;
+    g_promptDuration = 90'000;
     StartGammaRangeFix();
     EXPECT_EQ(g_app.gammaFixDeadline, 5'210'000U);
 }

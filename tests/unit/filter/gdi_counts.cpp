@@ -9,8 +9,8 @@
 // Windows counts the objects of a process. Wine always returns 0; there the handle table in the process
 // environment block contains only the objects of this process.
 int CountGdiObjects() {
-    const DWORD told = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
-    if (told != 0) return static_cast<int>(told);
+    const DWORD reported = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
+    if (reported != 0) return static_cast<int>(reported);
 
     struct HandleEntry {
         std::uint64_t object;
@@ -38,8 +38,8 @@ namespace {
 // Wine accepts a user handle without its upper half as the object of that index, and knows only the icons of
 // this process. Querying every index finds them all.
 int CountIcons() {
-    const DWORD told = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS);
-    if (told != 0) return static_cast<int>(told);
+    const DWORD reported = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS);
+    if (reported != 0) return static_cast<int>(reported);
 
     constexpr std::uintptr_t kFirst = 0x20, kLast = 0xFFEF;
     const auto ask = Real(&GetIconInfo);

@@ -116,7 +116,7 @@ TEST_F(LegacyRamp, TheModelIsCalledOnceForTheCurrentIntensity) {
     g_app.intensity = 0.731;
     Applied(1.0, 1.0, 1.0, 1.0);
     EXPECT_EQ(g_model.calls, 1);
-    EXPECT_EQ(g_model.askedIntensity, 0.731);
+    EXPECT_EQ(g_model.requestedIntensity, 0.731);
 }
 
 TEST_F(LegacyRamp, WithTheFilterOffTheIdentityIsSetWithoutCallingTheModel) {

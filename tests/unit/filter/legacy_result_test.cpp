@@ -50,7 +50,7 @@ CallRecord Followed(CallRecord first, const CallRecord& then) {
 }
 
 // The cursors are tinted last, regardless of the ramp's result.
-CallRecord AnApply(const CallRecord& ramp, const CallRecord& shown = {}) {
+CallRecord CallsOfApplying(const CallRecord& ramp, const CallRecord& shown = {}) {
     return Followed(Followed(ramp, shown), {"tint cursors"});
 }
 
@@ -86,7 +86,7 @@ protected:
         g_screen.acceptsRamps = true;
     }
 
-    static void ReadWrong() {
+    static void ApplyWithMismatch() {
         g_screen.deviations = {{kGreen, 128, 2049}};
         ApplyLegacyRamp();
         g_screen.deviations.clear();
@@ -105,15 +105,15 @@ AMBREL_SEAM(MessageBoxW, FakeMessageBoxW);
 AMBREL_SEAM(PostMessageW, FakePostMessageW);
 
 TEST_F(LegacyResult, AnAcceptedRampUsesOneContextTintsTheCursorsAndLogsAndShowsNothing) {
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kReadBack));
     ExpectCounts(1, 0, 0);
     EXPECT_FALSE(g_app.lastApplyRejected);
-    EXPECT_TRUE(g_screen.handedZeroesToRead);
+    EXPECT_TRUE(g_screen.readBuffersWereZeroed);
 }
 
 TEST_F(LegacyResult, ARefusedRampIsNotReadBackAndIsLoggedAndShownAndTheCursorsAreTinted) {
     g_screen.acceptsRamps = false;
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kNotReadBack, {kRefused, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kNotReadBack, {kRefused, "refresh"}));
     ExpectCounts(0, 1, 0);
     EXPECT_TRUE(g_app.lastApplyRejected);
 }
@@ -121,20 +121,20 @@ TEST_F(LegacyResult, ARefusedRampIsNotReadBackAndIsLoggedAndShownAndTheCursorsAr
 TEST_F(LegacyResult, ARefusalAfterTheRangeWasExpandedLogsThatARestartMayBePending) {
     g_app.gammaRangeExpanded = true;
     g_screen.acceptsRamps = false;
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kNotReadBack, {kRefused + kPending, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kNotReadBack, {kRefused + kPending, "refresh"}));
 }
 
 TEST_F(LegacyResult, TwoReadBackMismatchesAreToleratedAndTheThirdIsARejection) {
     g_screen.deviations = {{kBlue, 240, -2049}};
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kReadBack));
     ExpectCounts(1, 0, 1);
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kReadBack));
     ExpectCounts(2, 0, 2);
     EXPECT_FALSE(g_app.lastApplyRejected);
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack, {kReadWrong, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kReadBack, {kReadWrong, "refresh"}));
     ExpectCounts(2, 1, 3);
     EXPECT_TRUE(g_app.lastApplyRejected);
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kReadBack));
     ExpectCounts(2, 2, 4);
 }
 
@@ -142,7 +142,7 @@ TEST_F(LegacyResult, MismatchesAfterTheRangeWasExpandedLogThatARestartMayBePendi
     g_app.gammaRangeExpanded = true;
     g_app.readBackMismatchStreak = 2;
     g_screen.deviations = {{kRed, 16, 2049}};
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack, {kReadWrong + kPending, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kReadBack, {kReadWrong + kPending, "refresh"}));
 }
 
 TEST_F(LegacyResult, ADifferenceOf2048StillMatchesAndOf2049DoesNotEitherWay) {
@@ -194,70 +194,70 @@ TEST_F(LegacyResult, ADifferenceInBothDirectionsDoesNotCancelOut) {
 }
 
 TEST_F(LegacyResult, AnInterveningMatchEndsTheStreak) {
-    ReadWrong();
-    ReadWrong();
+    ApplyWithMismatch();
+    ApplyWithMismatch();
     ApplyLegacyRamp();
     ExpectCounts(3, 0, 0);
-    ReadWrong();
-    ReadWrong();
+    ApplyWithMismatch();
+    ApplyWithMismatch();
     ExpectCounts(5, 0, 2);
     EXPECT_FALSE(g_app.lastApplyRejected);
-    ReadWrong();
+    ApplyWithMismatch();
     ExpectCounts(5, 1, 3);
 }
 
 TEST_F(LegacyResult, AFailedReadBackIsTreatedAsAMatchAndEndsTheStreak) {
-    ReadWrong();
-    ReadWrong();
+    ApplyWithMismatch();
+    ApplyWithMismatch();
     g_screen.canBeRead = false;
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kReadBack));
     ExpectCounts(3, 0, 0);
     g_screen.canBeRead = true;
-    ReadWrong();
+    ApplyWithMismatch();
     ExpectCounts(4, 0, 1);
 }
 
 TEST_F(LegacyResult, WithoutAContextTheApplyIsTreatedAsAcceptedAndEndsTheStreak) {
-    ReadWrong();
-    ReadWrong();
+    ApplyWithMismatch();
+    ApplyWithMismatch();
     g_screen.givesContext = false;
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kWithoutContext));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kWithoutContext));
     ExpectCounts(3, 0, 0);
 }
 
 TEST_F(LegacyResult, WithoutAContextARejectionIsCleared) {
     Refuse();
     g_screen.givesContext = false;
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kWithoutContext, {kAcceptedAgain, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kWithoutContext, {kAcceptedAgain, "refresh"}));
     EXPECT_FALSE(g_app.lastApplyRejected);
 }
 
 TEST_F(LegacyResult, ARefusalDoesNotChangeTheStreak) {
-    ReadWrong();
-    ReadWrong();
+    ApplyWithMismatch();
+    ApplyWithMismatch();
     Refuse();
     ExpectCounts(2, 1, 2);
-    ReadWrong();
+    ApplyWithMismatch();
     ExpectCounts(2, 2, 3);
 }
 
 TEST_F(LegacyResult, AfterARefusalAFirstMismatchIsTreatedAsAcceptedAgain) {
     Refuse();
     g_screen.deviations = {{kRed, 32, 5000}};
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack, {kAcceptedAgain, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kReadBack, {kAcceptedAgain, "refresh"}));
     ExpectCounts(1, 1, 1);
     EXPECT_FALSE(g_app.lastApplyRejected);
 }
 
 TEST_F(LegacyResult, AfterAStreakAMatchIsAcceptedAgainAndTheNextStreakNeedsThree) {
     for (int i = 0; i < 4; ++i)
-        ReadWrong();
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack, {kAcceptedAgain, "refresh"}));
+        ApplyWithMismatch();
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kReadBack, {kAcceptedAgain, "refresh"}));
     ExpectCounts(3, 2, 0);
-    ReadWrong();
-    ReadWrong();
+    ApplyWithMismatch();
+    ApplyWithMismatch();
     EXPECT_FALSE(g_app.lastApplyRejected);
-    ReadWrong();
+    ApplyWithMismatch();
     EXPECT_TRUE(g_app.lastApplyRejected);
     ExpectCounts(5, 3, 3);
 }
@@ -267,15 +267,15 @@ TEST_F(LegacyResult, TenConsecutiveRejectionsLogOneLineAndCountTenAndTheNextAcce
     g_screen.acceptsRamps = false;
     for (int i = 0; i < 10; ++i) {
         ApplyLegacyRamp();
-        expected =
-            Followed(expected, i == 0 ? AnApply(kNotReadBack, {kRefused, "refresh"}) : AnApply(kNotReadBack));
+        expected = Followed(expected, i == 0 ? CallsOfApplying(kNotReadBack, {kRefused, "refresh"})
+                                             : CallsOfApplying(kNotReadBack));
     }
     EXPECT_EQ(g_calls, expected);
     ExpectCounts(0, 10, 0);
 
     g_screen.acceptsRamps = true;
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack, {kAcceptedAgain, "refresh"}));
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kReadBack, {kAcceptedAgain, "refresh"}));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kReadBack));
     ExpectCounts(2, 10, 0);
 }
 
@@ -283,7 +283,7 @@ TEST_F(LegacyResult, ARejectionOfAnotherKindAfterTheFirstIsNotLogged) {
     g_app.readBackMismatchStreak = 2;
     Refuse();
     g_screen.deviations = {{kRed, 32, 5000}};
-    EXPECT_EQ(CallsOfOneApply(), AnApply(kReadBack));
+    EXPECT_EQ(CallsOfOneApply(), CallsOfApplying(kReadBack));
     ExpectCounts(0, 2, 3);
 }
 
@@ -298,14 +298,14 @@ TEST_F(LegacyResult, TheLoggedValuesAreThoseOfTheApply) {
 
 TEST_F(LegacyResult, CountersAndStreakPersistWhenTheFilterIsOffAndTheIdentityIsRestored) {
     Refuse();
-    ReadWrong();
-    ReadWrong();
+    ApplyWithMismatch();
+    ApplyWithMismatch();
     g_app.filterOn = false;
     ApplyLegacyRamp();
     RestoreIdentityRamp();
     ExpectCounts(2, 1, 2);
     g_app.filterOn = true;
-    ReadWrong();
+    ApplyWithMismatch();
     ExpectCounts(2, 2, 3);
 }
 

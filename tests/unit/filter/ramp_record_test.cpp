@@ -141,14 +141,14 @@ TEST_F(RampRecord, OnAnExtendedDesktopWhereEveryDisplayRefusesTheRecordStays) {
 // The next start.
 
 TEST_F(RampRecord, AStartWithoutARecordLoadsNothing) {
-    EXPECT_TRUE(During([] { RestoreRampOfLastRun(); }).empty());
+    EXPECT_TRUE(During([] { ResetRampOfLastRun(); }).empty());
 }
 
 TEST_F(RampRecord, AStartWithARecordLoadsTheIdentityAndDeletesIt) {
     for (const bool legacy : {true, false}) {
         g_app.useLegacyGamma = legacy;
         g_recorded = true;
-        EXPECT_EQ(During([] { RestoreRampOfLastRun(); }),
+        EXPECT_EQ(During([] { ResetRampOfLastRun(); }),
                   (CallRecord{"set ramp", "set ramp of \\\\.\\DISPLAY1", "delete record"}));
         EXPECT_TRUE(g_screen.seen.back() == IdentityRamp());
     }
@@ -159,7 +159,7 @@ TEST_F(RampRecord, AStartResetsEveryDisplayOfAnExtendedDesktop) {
     g_screen.displays = {NamedDisplay(1), NamedDisplay(2)};
     for (FakeDisplay& display : g_screen.displays)
         display.shown.channels[kRed][255] = 7;
-    RestoreRampOfLastRun();
+    ResetRampOfLastRun();
     for (const FakeDisplay& display : g_screen.displays)
         EXPECT_TRUE(display.shown == IdentityRamp());
     EXPECT_FALSE(g_recorded);
@@ -169,7 +169,7 @@ TEST_F(RampRecord, ARefusalAtTheStartKeepsTheRecordForTheEnd) {
     g_recorded = true;
     g_screen.acceptsRamps = false;
     g_screen.displays[0].accepts = Accepts::Nothing;
-    RestoreRampOfLastRun();
+    ResetRampOfLastRun();
     EXPECT_TRUE(g_recorded);
     g_screen.acceptsRamps = true;
     RestoreIdentityRamp();

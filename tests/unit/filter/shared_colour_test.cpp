@@ -53,7 +53,7 @@ INSTANTIATE_TEST_SUITE_P(BothPipelines, SharedColour, testing::Bool(),
 TEST_P(SharedColour, IsComputedOncePerStep) {
     Step(0.5, 1.0);
     EXPECT_EQ(g_model.calls, 1);
-    EXPECT_EQ(g_model.askedIntensity, 0.5);
+    EXPECT_EQ(g_model.requestedIntensity, 0.5);
     ASSERT_EQ(g_cursors.built.size(), 16U);
     const std::array<int, 3> white = {255, 128, 64};  // halves are rounded up
     EXPECT_EQ(g_cursors.built.front(), white);
@@ -64,7 +64,7 @@ TEST_P(SharedColour, IsComputedAgainForAnotherWarmthOrBrightness) {
     Step(0.5, 1.0);
     Step(0.501, 1.0);
     EXPECT_EQ(g_model.calls, 1);
-    EXPECT_EQ(g_model.askedIntensity, 0.501);
+    EXPECT_EQ(g_model.requestedIntensity, 0.501);
     Step(0.501, 0.5);
     EXPECT_EQ(g_model.calls, 1);
     const std::array<int, 3> white = {128, 64, 32};

@@ -79,7 +79,7 @@ protected:
     void SetUp() override {
         // On the first use of a cursor Windows creates objects that it keeps for the entire run.
         Use(Coloured(2, 2));
-        BuildWatched();
+        BuildTracked();
         StopTracking();
         Forget();
         before_ = CurrentGdiCounts();
@@ -87,12 +87,12 @@ protected:
 
     void TearDown() override {
         StopTracking();
-        EXPECT_THAT(g_tracker.wrongs, IsEmpty());
+        EXPECT_THAT(g_tracker.errors, IsEmpty());
         if (tinted_ != nullptr) {
-            EXPECT_EQ(g_tracker.kept[tinted_], "cursor");
-            g_tracker.kept.erase(tinted_);
+            EXPECT_EQ(g_tracker.open[tinted_], "cursor");
+            g_tracker.open.erase(tinted_);
         }
-        EXPECT_THAT(g_tracker.kept, IsEmpty());
+        EXPECT_THAT(g_tracker.open, IsEmpty());
         Forget();
         EXPECT_EQ(CurrentGdiCounts(), before_);
     }
@@ -105,19 +105,19 @@ protected:
     }
 
     // At the settings of the NIGHT button.
-    HCURSOR BuildWatched() {
+    HCURSOR BuildTracked() {
         tinted_ = BuildTintedCursor(source_, 1.0, 0.7);
         return tinted_;
     }
 
     void ExpectNothingBuilt(GdiCall failing) {
         g_tracker.failing = {failing};
-        EXPECT_EQ(BuildWatched(), nullptr);
+        EXPECT_EQ(BuildTracked(), nullptr);
     }
 
     void Forget() {
-        DestroyMadeCursor(source_);
-        DestroyMadeCursor(tinted_);
+        DestroyCreatedCursor(source_);
+        DestroyCreatedCursor(tinted_);
         source_ = tinted_ = nullptr;
     }
 
@@ -132,13 +132,13 @@ private:
 
 TEST_F(TintedCursorCalls, ACursorWithColoursIsDrawnAndKeepsItsOwnMask) {
     Use(Coloured(48, 32));
-    ASSERT_NE(BuildWatched(), nullptr);
+    ASSERT_NE(BuildTracked(), nullptr);
     EXPECT_THAT(g_calls, ElementsAre(kAsk, Dib(48, 32), Draw(48, 32), Make("its own")));
 }
 
 TEST_F(TintedCursorCalls, AMonochromeCursorIsReadAndGetsANewMask) {
     Use(Monochrome(20, 12));
-    ASSERT_NE(BuildWatched(), nullptr);
+    ASSERT_NE(BuildTracked(), nullptr);
     EXPECT_THAT(g_calls, ElementsAre(kAsk, Dib(20, 12), ReadMask(20, 12), NewMask(20, 12), Make("new")));
     ASSERT_EQ(g_tracker.maskBits.size(), 48U) << "rows are padded to 16 bits";
     for (std::size_t row = 0; row < 12; ++row) {
@@ -152,7 +152,7 @@ TEST_F(TintedCursorCalls, AMonochromeCursorIsReadAndGetsANewMask) {
 TEST_F(TintedCursorCalls, ColoursWithoutAMaskGetOneBuiltFromWhatIsDrawn) {
     Use(Coloured(33, 8));
     g_tracker.withoutMask = true;
-    ASSERT_NE(BuildWatched(), nullptr);
+    ASSERT_NE(BuildTracked(), nullptr);
     EXPECT_THAT(g_calls, ElementsAre(kAsk, Dib(33, 8), Draw(33, 8), NewMask(33, 8), Make("new")));
     ASSERT_EQ(g_tracker.maskBits.size(), 48U);
     for (std::size_t row = 0; row < 8; ++row) {
@@ -172,7 +172,7 @@ TEST_F(TintedCursorCalls, ColoursWithNeitherMaskNorAlphaBecomeOpaque) {
     picture.pixels[2] = 0;
     Use(picture);
     g_tracker.withoutMask = true;
-    ASSERT_NE(BuildWatched(), nullptr);
+    ASSERT_NE(BuildTracked(), nullptr);
     EXPECT_EQ(g_tracker.maskBits, (std::vector<unsigned char>{0x20, 0x00}));
     const CursorPicture result = ReadCursor(tinted_);
     EXPECT_EQ(result.PixelAt(1, 0), 0xFFB30000U);
@@ -183,7 +183,7 @@ TEST_F(TintedCursorCalls, ACursorWithoutAnyBitmapIsDrawnInTheSizeOfTheSystem) {
     Use(Coloured(32, 32));
     g_tracker.withoutColour = g_tracker.withoutMask = true;
     g_tracker.cursorMetrics = {20, 12};
-    ASSERT_NE(BuildWatched(), nullptr);
+    ASSERT_NE(BuildTracked(), nullptr);
     EXPECT_THAT(g_calls, ElementsAre(kAsk, Dib(20, 12), Draw(20, 12), NewMask(20, 12), Make("new")));
     const CursorPicture result = ReadCursor(tinted_);
     EXPECT_EQ(result.width, 20);
@@ -194,30 +194,30 @@ TEST_F(TintedCursorCalls, ACursorWithoutSizeIsNotBuilt) {
     Use(Coloured(32, 32));
     g_tracker.withoutColour = g_tracker.withoutMask = true;
     g_tracker.cursorMetrics = {20, 0};
-    EXPECT_EQ(BuildWatched(), nullptr);
+    EXPECT_EQ(BuildTracked(), nullptr);
     EXPECT_THAT(g_calls, ElementsAre(kAsk));
 }
 
 TEST_F(TintedCursorCalls, AMonochromeMaskOfOneRowHasNoTwoHalves) {
     Use(PlainPicture(1, 1, 0xFFFFFFFF));
     g_tracker.withoutColour = true;
-    EXPECT_EQ(BuildWatched(), nullptr);
+    EXPECT_EQ(BuildTracked(), nullptr);
     EXPECT_THAT(g_calls, ElementsAre(kAsk));
-    EXPECT_EQ(g_tracker.made["info bitmap"], 1);
+    EXPECT_EQ(g_tracker.created["info bitmap"], 1);
 }
 
 TEST_F(TintedCursorCalls, ANullCursorIsNotQueried) {
     StartTracking();
     EXPECT_EQ(BuildTintedCursor(nullptr, 1.0, 0.7), nullptr);
     EXPECT_THAT(g_calls, IsEmpty());
-    EXPECT_THAT(g_tracker.made, IsEmpty());
+    EXPECT_THAT(g_tracker.created, IsEmpty());
 }
 
 TEST_F(TintedCursorCalls, ACursorThatCannotBeQueriedIsNotBuilt) {
     Use(Coloured(32, 32));
     ExpectNothingBuilt(GdiCall::GetIconInfo);
     EXPECT_THAT(g_calls, ElementsAre(kAsk));
-    EXPECT_THAT(g_tracker.made, IsEmpty());
+    EXPECT_THAT(g_tracker.created, IsEmpty());
 }
 
 TEST_F(TintedCursorCalls, AFailureHalfWayThroughTheQueryLeavesNothingToDelete) {
@@ -231,8 +231,8 @@ TEST_F(TintedCursorCalls, BitmapsThatCannotBeMeasuredAreReleased) {
         Use(picture);
         ExpectNothingBuilt(GdiCall::GetObjectW);
         EXPECT_THAT(g_calls, ElementsAre(kAsk));
-        EXPECT_EQ(g_tracker.made["info bitmap"], picture.coloured ? 2 : 1);
-        EXPECT_THAT(g_tracker.kept, IsEmpty());
+        EXPECT_EQ(g_tracker.created["info bitmap"], picture.coloured ? 2 : 1);
+        EXPECT_THAT(g_tracker.open, IsEmpty());
     }
 }
 
@@ -241,14 +241,14 @@ TEST_F(TintedCursorCalls, WithoutAPictureToDrawIntoNothingIsBuilt) {
         Use(picture);
         ExpectNothingBuilt(GdiCall::CreateDIBSection);
         EXPECT_THAT(g_calls, ElementsAre(kAsk, Dib(32, 32)));
-        EXPECT_THAT(g_tracker.kept, IsEmpty());
+        EXPECT_THAT(g_tracker.open, IsEmpty());
     }
 }
 
 TEST_F(TintedCursorCalls, AMonochromeCursorThatCannotBeReadIsDrawnInstead) {
     Use(Monochrome(20, 12));
     g_tracker.failing = {GdiCall::GetDIBits};
-    ASSERT_NE(BuildWatched(), nullptr);
+    ASSERT_NE(BuildTracked(), nullptr);
     EXPECT_THAT(g_calls,
                 ElementsAre(kAsk, Dib(20, 12), ReadMask(20, 12), Draw(20, 12), NewMask(20, 12), Make("new")));
     // Drawn on an empty bitmap, only white and inverting pixels leave a colour; all others are transparent.
@@ -264,7 +264,7 @@ TEST_F(TintedCursorCalls, AMonochromeCursorThatCannotBeReadIsDrawnInstead) {
 TEST_F(TintedCursorCalls, AMonochromeCursorThatIsReadOnlyInPartIsDrawnInstead) {
     Use(Monochrome(20, 12));
     g_tracker.linesMissing = 1;
-    ASSERT_NE(BuildWatched(), nullptr);
+    ASSERT_NE(BuildTracked(), nullptr);
     EXPECT_THAT(g_calls,
                 ElementsAre(kAsk, Dib(20, 12), ReadMask(20, 12), Draw(20, 12), NewMask(20, 12), Make("new")));
     EXPECT_EQ(ReadCursor(tinted_).PixelAt(0, 0), 0U);
@@ -274,13 +274,13 @@ TEST_F(TintedCursorCalls, ACursorThatCannotBeDrawnIsNotBuilt) {
     Use(Coloured(32, 32));
     ExpectNothingBuilt(GdiCall::DrawIconEx);
     EXPECT_THAT(g_calls, ElementsAre(kAsk, Dib(32, 32), Draw(32, 32)));
-    EXPECT_EQ(g_tracker.made["memory context"], 1);
+    EXPECT_EQ(g_tracker.created["memory context"], 1);
 }
 
 TEST_F(TintedCursorCalls, AMonochromeCursorThatCanNeitherBeReadNorDrawnIsNotBuilt) {
     Use(Monochrome(32, 32));
     g_tracker.failing = {GdiCall::GetDIBits, GdiCall::DrawIconEx};
-    EXPECT_EQ(BuildWatched(), nullptr);
+    EXPECT_EQ(BuildTracked(), nullptr);
     EXPECT_THAT(g_calls, ElementsAre(kAsk, Dib(32, 32), ReadMask(32, 32), Draw(32, 32)));
 }
 
@@ -292,15 +292,15 @@ TEST_F(TintedCursorCalls, WithoutAContextToDrawInNothingIsBuilt) {
 TEST_F(TintedCursorCalls, WithoutTheScreensContextACopyIsStillBuilt) {
     Use(Coloured(32, 32));
     g_tracker.failing = {GdiCall::GetDC};
-    ASSERT_NE(BuildWatched(), nullptr);
+    ASSERT_NE(BuildTracked(), nullptr);
     EXPECT_EQ(ReadCursor(tinted_).PixelAt(9, 0), 0xFFB30000U);
 }
 
 TEST_F(TintedCursorCalls, WithoutANewMaskNothingIsBuilt) {
     Use(Monochrome(32, 32));
     ExpectNothingBuilt(GdiCall::CreateBitmap);
-    EXPECT_EQ(g_tracker.made["dib"], 1);
-    EXPECT_EQ(g_tracker.made["mask"], 0);
+    EXPECT_EQ(g_tracker.created["dib"], 1);
+    EXPECT_EQ(g_tracker.created["mask"], 0);
 }
 
 TEST_F(TintedCursorCalls, ACursorThatCannotBeCreatedLeaksNoneOfItsParts) {
@@ -308,10 +308,10 @@ TEST_F(TintedCursorCalls, ACursorThatCannotBeCreatedLeaksNoneOfItsParts) {
         Use(picture);
         ExpectNothingBuilt(GdiCall::CreateIconIndirect);
         EXPECT_EQ(g_calls.back(), Make(picture.coloured ? "its own" : "new"));
-        EXPECT_EQ(g_tracker.made["info bitmap"], picture.coloured ? 2 : 1);
-        EXPECT_EQ(g_tracker.made["dib"], 1);
-        EXPECT_EQ(g_tracker.made["mask"], picture.coloured ? 0 : 1);
-        EXPECT_THAT(g_tracker.kept, IsEmpty());
+        EXPECT_EQ(g_tracker.created["info bitmap"], picture.coloured ? 2 : 1);
+        EXPECT_EQ(g_tracker.created["dib"], 1);
+        EXPECT_EQ(g_tracker.created["mask"], picture.coloured ? 0 : 1);
+        EXPECT_THAT(g_tracker.open, IsEmpty());
     }
 }
 
@@ -319,14 +319,14 @@ TEST_F(TintedCursorCalls, EveryObjectOfACopyIsReleasedExactlyOnce) {
     for (const int size : {1, 32, 48, 64, 96}) {
         for (const CursorPicture& picture : {Coloured(size, size), Monochrome(size, size)}) {
             Use(picture);
-            ASSERT_NE(BuildWatched(), nullptr) << size;
-            EXPECT_EQ(g_tracker.made["info bitmap"], picture.coloured ? 2 : 1);
-            EXPECT_EQ(g_tracker.made["dib"], 1);
-            EXPECT_EQ(g_tracker.made["mask"], picture.coloured ? 0 : 1);
-            EXPECT_EQ(g_tracker.made["memory context"], 1);
-            EXPECT_EQ(g_tracker.made["cursor"], 1);
-            EXPECT_EQ(g_tracker.kept.size(), 1U) << "the new cursor";
-            EXPECT_THAT(g_tracker.wrongs, IsEmpty());
+            ASSERT_NE(BuildTracked(), nullptr) << size;
+            EXPECT_EQ(g_tracker.created["info bitmap"], picture.coloured ? 2 : 1);
+            EXPECT_EQ(g_tracker.created["dib"], 1);
+            EXPECT_EQ(g_tracker.created["mask"], picture.coloured ? 0 : 1);
+            EXPECT_EQ(g_tracker.created["memory context"], 1);
+            EXPECT_EQ(g_tracker.created["cursor"], 1);
+            EXPECT_EQ(g_tracker.open.size(), 1U) << "the new cursor";
+            EXPECT_THAT(g_tracker.errors, IsEmpty());
         }
     }
 }
@@ -335,17 +335,17 @@ TEST_F(TintedCursorCalls, EveryObjectOfACopyIsReleasedExactlyOnce) {
 TEST_F(TintedCursorCalls, TheTrackerAndTheCountsDetectLeaks) {
     StartTracking();
     const HBITMAP kept = CreateBitmap(1, 1, 1, 1, nullptr);
-    EXPECT_EQ(g_tracker.kept.size(), 1U);
+    EXPECT_EQ(g_tracker.open.size(), 1U);
     const GdiCounts one = CurrentGdiCounts();
     DeleteObject(kept);
-    EXPECT_THAT(g_tracker.kept, IsEmpty());
+    EXPECT_THAT(g_tracker.open, IsEmpty());
     EXPECT_EQ(CurrentGdiCounts().gdiObjects, one.gdiObjects - 1);
     DeleteObject(kept);
-    EXPECT_EQ(g_tracker.wrongs.size(), 1U);
-    g_tracker.wrongs.clear();
+    EXPECT_EQ(g_tracker.errors.size(), 1U);
+    g_tracker.errors.clear();
 
     const HCURSOR cursor = MakeCursor(Coloured(8, 8));
     EXPECT_EQ(CurrentGdiCounts().icons, one.icons + 1);
-    DestroyMadeCursor(cursor);
+    DestroyCreatedCursor(cursor);
     EXPECT_EQ(CurrentGdiCounts().icons, one.icons);
 }

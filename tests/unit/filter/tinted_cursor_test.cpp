@@ -41,8 +41,8 @@ protected:
     void SetUp() override { before_ = CountsAfterWarmUp(); }
 
     void TearDown() override {
-        DestroyMadeCursor(source_);
-        DestroyMadeCursor(tinted_);
+        DestroyCreatedCursor(source_);
+        DestroyCreatedCursor(tinted_);
         EXPECT_EQ(CurrentGdiCounts(), before_) << "something was kept";
     }
 
@@ -51,15 +51,15 @@ protected:
         HCURSOR source = MakeCursor(PlainPicture(2, 2, 0xFF123456));
         HCURSOR tinted = BuildTintedCursor(source, 0.5, 0.5);
         ReadCursor(tinted);
-        DestroyMadeCursor(source);
-        DestroyMadeCursor(tinted);
+        DestroyCreatedCursor(source);
+        DestroyCreatedCursor(tinted);
         return CurrentGdiCounts();
     }
 
     // The copy of a cursor of this picture, read back.
     CursorPicture TintedCopy(const CursorPicture& picture, double intensity, double brightness) {
-        DestroyMadeCursor(source_);
-        DestroyMadeCursor(tinted_);
+        DestroyCreatedCursor(source_);
+        DestroyCreatedCursor(tinted_);
         source_ = MakeCursor(picture);
         EXPECT_NE(source_, nullptr);
         tinted_ = BuildTintedCursor(source_, intensity, brightness);
@@ -212,7 +212,7 @@ TEST_F(TintedCursor, DoesNotChangeTheOriginal) {
 
 TEST_F(TintedCursor, OutlivesTheOriginal) {
     TintedCopy(PlainPicture(32, 32, 0xFFFFFFFF), kNight, kNightBrightness);
-    DestroyMadeCursor(source_);
+    DestroyCreatedCursor(source_);
     source_ = nullptr;
     EXPECT_EQ(ReadCursor(tinted_).PixelAt(31, 31), 0xFFB30000U);
 }
@@ -277,13 +277,13 @@ TEST_F(TintedCursor, ACopyOfANullCursorIsNull) {
 
 TEST_F(TintedCursor, ACopyOfADestroyedCursorIsNull) {
     HCURSOR gone = MakeCursor(PlainPicture(32, 32, 0xFFFFFFFF));
-    DestroyMadeCursor(gone);
+    DestroyCreatedCursor(gone);
     EXPECT_EQ(BuildTintedCursor(gone, kNight, kNightBrightness), nullptr);
 }
 
 TEST_F(TintedCursor, CanBeTintedAgainWhichCombinesBothTints) {
     TintedCopy(PlainPicture(32, 32, 0xFFFFFFFF), 0.0, 0.5);
-    DestroyMadeCursor(source_);
+    DestroyCreatedCursor(source_);
     source_ = tinted_;
     tinted_ = BuildTintedCursor(source_, 0.0, 0.5);
     EXPECT_EQ(ReadCursor(tinted_).PixelAt(0, 0), 0xFF404040U);

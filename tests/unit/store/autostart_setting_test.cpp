@@ -22,7 +22,7 @@ protected:
         SettingsTest::TearDown();
     }
 
-    int LinesSaying(const std::string& wanted) const {
+    int LinesContaining(const std::string& wanted) const {
         int count = 0;
         for (const std::string& line : FileLines())
             count += line == wanted ? 1 : 0;
@@ -41,7 +41,7 @@ TEST_F(AutostartSetting, TheRepairDoesNotSaveButTheNextSaveContainsItsFlag) {
     EXPECT_TRUE(g_app.launchAtStart);
     EXPECT_EQ(ReadBytes(path), off);
     SaveSettings();
-    EXPECT_EQ(LinesSaying("LaunchAtStart=1"), 1);
+    EXPECT_EQ(LinesContaining("LaunchAtStart=1"), 1);
 }
 
 TEST_F(AutostartSetting, SettingItDoesNotSave) {
@@ -50,7 +50,7 @@ TEST_F(AutostartSetting, SettingItDoesNotSave) {
     SetAutostart(false);
     EXPECT_EQ(ReadBytes(path), "[Settings]\r\nLaunchAtStart=1\r\n");
     SaveSettings();
-    EXPECT_EQ(LinesSaying("LaunchAtStart=0"), 1);
+    EXPECT_EQ(LinesContaining("LaunchAtStart=0"), 1);
 }
 
 TEST_F(AutostartSetting, OffAndSavedStaysOffAfterTheNextStart) {
@@ -60,7 +60,7 @@ TEST_F(AutostartSetting, OffAndSavedStaysOffAfterTheNextStart) {
     SetAutostart(false);
     SaveSettings();
     g_log.clear();
-    LoadAfresh();
+    Reload();
     RepairAutostartEntry();
     EXPECT_FALSE(g_app.launchAtStart);
     EXPECT_EQ(ReadAutostartValue(), L"");

@@ -10,17 +10,17 @@ using log_fixture::kMarker;
 
 // A full disk: only this many more bytes can be written.
 constexpr std::size_t kEndless = static_cast<std::size_t>(-1);
-std::size_t g_room = kEndless;
+std::size_t g_diskSpace = kEndless;
 std::function<void()> g_beforeEachWrite;
-bool g_replaces = true;
-bool g_crashesInTheCut = false;
+bool g_replaceSucceeds = true;
+bool g_crashDuringTrim = false;
 
 class EventLogFailures : public log_fixture::EventLogTest {
 protected:
     void TearDown() override {
-        g_room = kEndless;
+        g_diskSpace = kEndless;
         g_beforeEachWrite = nullptr;
-        g_replaces = true;
+        g_replaceSucceeds = true;
         EventLogTest::TearDown();
     }
 };
@@ -30,16 +30,16 @@ const std::string kOld = "---------- session start ----------\r\n[01:02:03.004] 
 std::size_t FakeWrite(const void* data, std::size_t size, std::size_t count, std::FILE* file) {
     const auto real = Real(&fwrite);
     if (g_beforeEachWrite) g_beforeEachWrite();
-    if (g_room == kEndless) return real(data, size, count, file);
-    const std::size_t fits = size * count < g_room ? size * count : g_room;
-    g_room -= fits;
+    if (g_diskSpace == kEndless) return real(data, size, count, file);
+    const std::size_t fits = size * count < g_diskSpace ? size * count : g_diskSpace;
+    g_diskSpace -= fits;
     return real(data, 1, fits, file) / size;
 }
 
 BOOL WINAPI FakeMoveFileEx(const wchar_t* from, const wchar_t* to, DWORD flags) {
     EXPECT_EQ(flags, DWORD{MOVEFILE_REPLACE_EXISTING});
-    if (g_crashesInTheCut) LogInCrash(L"Crashed");
-    return g_replaces ? Real(&MoveFileExW)(from, to, flags) : FALSE;
+    if (g_crashDuringTrim) LogInCrash(L"Crashed");
+    return g_replaceSucceeds ? Real(&MoveFileExW)(from, to, flags) : FALSE;
 }
 
 }  // namespace
@@ -148,13 +148,13 @@ TEST_F(EventLogFailures, AFileMarkedReadOnlyKeepsItsContentAndTheRingItsLines) {
 TEST_F(EventLogFailures, OnAFullDiskTheLinesStayInTheRing) {
     OpenEventLogFile(path);
     const std::string before = ReadBytes(path);
-    g_room = 0;
+    g_diskSpace = 0;
     LogEvent("no room");
     LogEvent("still no room");
     EXPECT_EQ(LastLine(), L"[21:04:07.031] still no room");
     EXPECT_EQ(ReadBytes(path), before);
 
-    g_room = kEndless;
+    g_diskSpace = kEndless;
     LogEvent("room again");
     EXPECT_EQ(ReadBytes(path), before + "[21:04:07.031] room again\r\n");
 }
@@ -162,9 +162,9 @@ TEST_F(EventLogFailures, OnAFullDiskTheLinesStayInTheRing) {
 TEST_F(EventLogFailures, ADiskThatFillsWithinALineDoesNotStopTheNext) {
     OpenEventLogFile(path);
     const std::string before = ReadBytes(path);
-    g_room = 17;
+    g_diskSpace = 17;
     LogEvent("cut off");
-    g_room = kEndless;
+    g_diskSpace = kEndless;
     LogEvent("whole");
     EXPECT_EQ(ReadBytes(path), before + "[21:04:07.031] cu[21:04:07.031] whole\r\n");
 }
@@ -172,9 +172,9 @@ TEST_F(EventLogFailures, ADiskThatFillsWithinALineDoesNotStopTheNext) {
 TEST_F(EventLogFailures, ADiskThatIsFullDuringTheTrimKeepsTheOldFile) {
     const std::string old(300000, 'o');
     WriteBytes(path, old);
-    g_room = 1000;
+    g_diskSpace = 1000;
     OpenEventLogFile(path);
-    g_room = kEndless;
+    g_diskSpace = kEndless;
     LogEvent("whole");
     EXPECT_EQ(ReadBytes(path), old + "[21:04:07.031] whole\r\n");
     EXPECT_FALSE(FileExists(path + L".new"));
@@ -197,32 +197,32 @@ TEST_F(EventLogFailures, WhileTheTrimWritesTheOldFileIsComplete) {
 TEST_F(EventLogFailures, AReplacementThatWindowsRefusesKeepsTheOldFile) {
     const std::string old(262145, 'o');
     WriteBytes(path, old);
-    g_replaces = false;
+    g_replaceSucceeds = false;
     OpenEventLogFile(path);
     EXPECT_EQ(ReadBytes(path), old + kMarker + FillerBytes());
     EXPECT_FALSE(FileExists(path + L".new"));
 }
 
-TEST_F(EventLogFailures, AFileThatCannotBeCutStopsGrowingAndTheRingKeepsItsLines) {
+TEST_F(EventLogFailures, AFileThatCannotBeTrimmedStopsGrowingAndTheRingKeepsItsLines) {
     OpenEventLogFile(path);
     const std::string large(4194305, 'o');
     WriteBytes(path, large);
-    g_replaces = false;
+    g_replaceSucceeds = false;
     LogEvent("not in the file");
     EXPECT_EQ(ReadBytes(path), large);
     EXPECT_EQ(LastLine(), L"[21:04:07.031] not in the file");
-    g_replaces = true;
+    g_replaceSucceeds = true;
     LogEvent("in the file");
     EXPECT_EQ(ReadBytes(path), std::string(65536, 'o') + "[21:04:07.031] in the file\r\n");
 }
 
-// In the middle of a cut this thread holds the log's lock.
+// In the middle of a trim this thread holds the log's lock.
 TEST_F(EventLogFailures, ACrashInTheLogItselfIsLoggedWithoutWaiting) {
     const std::string old(262145, 'o');
     WriteBytes(path, old);
-    g_replaces = false;
-    g_crashesInTheCut = true;
+    g_replaceSucceeds = false;
+    g_crashDuringTrim = true;
     OpenEventLogFile(path);
-    g_crashesInTheCut = false;
+    g_crashDuringTrim = false;
     EXPECT_EQ(ReadBytes(path), old + "[21:04:07.031] Crashed\r\n" + kMarker + FillerBytes());
 }

@@ -169,7 +169,7 @@ TEST_F(EventLogFile, TheFileIsTrimmedOnlyWhenItIsOpened) {
     EXPECT_EQ(ReadBytes(path), Numbered(300000) + "[21:04:07.031] one more\r\n");
 }
 
-TEST_F(EventLogFile, AFileThatHasPassed4MegabytesIsCutBeforeTheNextLine) {
+TEST_F(EventLogFile, AFileThatHasPassed4MegabytesIsTrimmedBeforeTheNextLine) {
     OpenEventLogFile(path);
     const std::string large = Numbered(4194305);
     WriteBytes(path, large);
@@ -177,7 +177,7 @@ TEST_F(EventLogFile, AFileThatHasPassed4MegabytesIsCutBeforeTheNextLine) {
     EXPECT_EQ(ReadBytes(path), large.substr(large.size() - 65536) + "[21:04:07.031] one more\r\n");
 }
 
-TEST_F(EventLogFile, AFileOf4MegabytesIsNotCut) {
+TEST_F(EventLogFile, AFileOf4MegabytesIsNotTrimmed) {
     OpenEventLogFile(path);
     const std::string large = Numbered(4194304);
     WriteBytes(path, large);
@@ -198,7 +198,7 @@ TEST_F(EventLogFile, ItNeverGrowsBeyond4MegabytesAndOneLine) {
     }
 }
 
-TEST_F(EventLogFile, WhatAnInterruptedCutLeftIsDeletedAtTheNextStart) {
+TEST_F(EventLogFile, TheFileOfAnInterruptedTrimIsDeletedAtTheNextStart) {
     WriteBytes(path, "old\r\n");
     WriteBytes(path + L".new", "half a cu");
     OpenEventLogFile(path);
@@ -206,7 +206,7 @@ TEST_F(EventLogFile, WhatAnInterruptedCutLeftIsDeletedAtTheNextStart) {
     EXPECT_EQ(AfterOpening("old\r\n"), "");
 }
 
-TEST_F(EventLogFile, ACutLeavesNoOtherFile) {
+TEST_F(EventLogFile, ATrimLeavesNoOtherFile) {
     WriteBytes(path, Numbered(262145));
     OpenEventLogFile(path);
     EXPECT_FALSE(FileExists(path + L".new"));

@@ -209,26 +209,26 @@ TEST_F(EventLogTail, AFileOneByteLargerLosesItsTruncatedFirstLine) {
     EXPECT_EQ(TailOf(bytes), (Lines{L"one", L"two"}));
 }
 
-TEST_F(EventLogTail, ALineCutByTheStartOfTheTailIsDropped) {
+TEST_F(EventLogTail, ALineTruncatedByTheStartOfTheTailIsDropped) {
     const std::string tail = "rest of a line\r\n" + std::string(kTail - 23, 'x') + "\r\none\r\n";
     ASSERT_EQ(tail.size(), kTail);
     EXPECT_EQ(TailOf("old\r\nthe " + tail), (Lines{std::wstring(kTail - 23, L'x'), L"one"}));
 }
 
-TEST_F(EventLogTail, ACutWithinACharacterLeavesNoTraceOfIt) {
+TEST_F(EventLogTail, ATruncationWithinACharacterLeavesNoTraceOfIt) {
     // The tail starts with the last two bytes of a three-byte character.
     const std::string tail = "\x97\xA5 rest\r\n" + std::string(kTail - 16, 'x') + "\r\none\r\n";
     ASSERT_EQ(tail.size(), kTail);
     EXPECT_EQ(TailOf("old\r\n\xE6" + tail), (Lines{std::wstring(kTail - 16, L'x'), L"one"}));
 }
 
-TEST_F(EventLogTail, ACutBetweenCrAndLfLosesNoLine) {
+TEST_F(EventLogTail, ATruncationBetweenCrAndLfLosesNoLine) {
     const std::string tail = "\n" + std::string(kTail - 8, 'x') + "\r\none\r\n";
     ASSERT_EQ(tail.size(), kTail);
     EXPECT_EQ(TailOf("old\r" + tail), (Lines{std::wstring(kTail - 8, L'x'), L"one"}));
 }
 
-TEST_F(EventLogTail, ACutBetweenTwoLinesLosesNoLine) {
+TEST_F(EventLogTail, ATruncationBetweenTwoLinesLosesNoLine) {
     const std::string tail = "whole\r\n" + std::string(kTail - 14, 'x') + "\r\none\r\n";
     ASSERT_EQ(tail.size(), kTail);
     EXPECT_EQ(TailOf("old\r\n" + tail), (Lines{L"whole", std::wstring(kTail - 14, L'x'), L"one"}));

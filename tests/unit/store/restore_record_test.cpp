@@ -157,7 +157,7 @@ TEST_F(RestoreRecord, ARowTakesTheLowestFreeNumber) {
 }
 
 TEST_F(RestoreRecord, ADamagedRowsNumberIsFree) {
-    StoredRecord("1=rubbish\r\n2=10 0 two\r\n");
+    StoredRecord("1=garbage\r\n2=10 0 two\r\n");
     AddRestoreRow(kPanel);
     EXPECT_EQ(ReadRestoreRows().at(1).name, kPanel.name);
 }
@@ -348,7 +348,7 @@ TEST_F(RestoreRecord, TheLongestRowThatIsWrittenIsRead) {
 }
 
 TEST_F(RestoreRecord, ASectionWithNothingValidIsDeleted) {
-    const char* const sections[] = {"", "1=rubbish\r\n", "33=40 0 n\r\n", "Ramp=0\r\n",
+    const char* const sections[] = {"", "1=garbage\r\n", "33=40 0 n\r\n", "Ramp=0\r\n",
                                     "\r\n; a comment\r\nx=y\r\n"};
     for (const char* lines : sections) {
         StoredRecord(lines);
@@ -360,7 +360,7 @@ TEST_F(RestoreRecord, ASectionWithNothingValidIsDeleted) {
 }
 
 TEST_F(RestoreRecord, ASectionWithOneValidEntryIsKept) {
-    for (const char* lines : {"Ramp=1\r\n1=rubbish\r\n", "Ramp=7\r\n32=40 0 n\r\n"}) {
+    for (const char* lines : {"Ramp=1\r\n1=garbage\r\n", "Ramp=7\r\n32=40 0 n\r\n"}) {
         StoredRecord(lines);
         TidyRestoreRecord();
         EXPECT_TRUE(HasSection()) << lines;

@@ -32,7 +32,7 @@ protected:
         g_app.intensity = 0.123;
         g_app.pwmSafe = true;
         SaveSettings();
-        LoadAfresh();
+        Reload();
         EXPECT_EQ(g_app.intensity, 0.123);
         EXPECT_TRUE(g_app.pwmSafe);
     }
@@ -142,7 +142,7 @@ TEST_F(SettingsBadFile, AFileLockedByAnotherProgramIsNeitherReadNorChanged) {
         EXPECT_EQ(g_log, std::vector<std::wstring>{kSaved});
     }
     EXPECT_EQ(ReadBytes(path), stored);
-    LoadAfresh();
+    Reload();
     EXPECT_EQ(g_app.intensity, 0.585);
 }
 
@@ -170,7 +170,7 @@ TEST_F(SettingsBadFile, AFileMarkedReadOnlyIsReadAndDoesNotStopTheSave) {
     g_log.clear();
     SaveSettings();
     EXPECT_EQ(g_log, std::vector<std::wstring>{kSaved});
-    LoadAfresh();
+    Reload();
     EXPECT_EQ(g_app.intensity, 0.585);
 }
 

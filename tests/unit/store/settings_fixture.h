@@ -68,7 +68,7 @@ protected:
         WriteBytes(path, bytes);
     }
 
-    static void LoadAfresh() {
+    static void Reload() {
         g_app = AppState{};
         LoadSettings();
     }

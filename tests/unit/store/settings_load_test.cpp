@@ -11,7 +11,7 @@ protected:
     // Loads a file of one line in the section of its key.
     void LoadWith(const std::string& filter, const std::string& settings = {}) const {
         Stored("[Filter]\r\n" + filter + "\r\n[Settings]\r\n" + settings + "\r\n");
-        LoadAfresh();
+        Reload();
     }
 
     double Intensity(const std::string& text) const {

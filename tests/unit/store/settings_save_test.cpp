@@ -84,7 +84,7 @@ TEST_F(SettingsSave, EveryThousandthSurvivesALoadAndASave) {
     for (int perMille = 0; perMille <= 1000; perMille += 37) {
         g_app.intensity = perMille / 1000.0;
         SaveSettings();
-        LoadAfresh();
+        Reload();
         EXPECT_EQ(g_app.intensity, perMille / 1000.0);
         SaveSettings();
         EXPECT_EQ(FileLines()[1], "Intensity=" + std::to_string(perMille));
@@ -95,14 +95,14 @@ TEST_F(SettingsSave, AnyEpochSurvivesALoadAndASave) {
     for (const std::uint64_t epoch : {1ull, 4294967295ull, 9223372036854775807ull, 18446744073709551615ull}) {
         g_app.gammaFixEpoch = epoch;
         SaveSettings();
-        LoadAfresh();
+        Reload();
         EXPECT_EQ(g_app.gammaFixEpoch, epoch);
     }
 }
 
 TEST_F(SettingsSave, ALaunchValueOf7IsWrittenBackAs1) {
     Stored("[Settings]\r\nLaunchAtStart=7\r\n");
-    LoadAfresh();
+    Reload();
     SaveSettings();
     const Lines lines = FileLines();
     EXPECT_EQ(lines[0], "[Settings]");
@@ -111,7 +111,7 @@ TEST_F(SettingsSave, ALaunchValueOf7IsWrittenBackAs1) {
 
 TEST_F(SettingsSave, ClampedValuesAreWrittenBackClamped) {
     Stored("[Filter]\r\nIntensity=-5\r\nBrightness=50\r\n");
-    LoadAfresh();
+    Reload();
     SaveSettings();
     EXPECT_EQ(FileLines()[1], "Intensity=1000");
     EXPECT_EQ(FileLines()[2], "Brightness=100");
@@ -121,7 +121,7 @@ TEST_F(SettingsSave, ForeignSectionsAndKeysStayAsTheyAre) {
     Stored(
         "[Window]\r\nLeft=12\r\nName=my name\r\n[Filter]\r\nIntensity=1\r\nHue=77\r\n"
         "[Settings]\r\nPWMSafeMode=0\r\nFuture=x y\r\n[Last]\r\nEmpty=\r\n");
-    LoadAfresh();
+    Reload();
     g_app.intensity = 0.5;
     g_app.pwmSafe = true;
     SaveSettings();

@@ -38,7 +38,7 @@ std::string HexBytes(const BYTE* data, DWORD size) {
     return text;
 }
 
-LSTATUS HandOut(LSTATUS answer, HKEY* key) {
+LSTATUS ReturnKey(LSTATUS answer, HKEY* key) {
     if (answer != ERROR_SUCCESS) return answer;
     ++g_registry.openKeys;
     *key = kKey;
@@ -47,7 +47,7 @@ LSTATUS HandOut(LSTATUS answer, HKEY* key) {
 
 LSTATUS WINAPI FakeRegOpenKeyEx(HKEY root, const wchar_t* path, DWORD options, REGSAM access, HKEY* key) {
     Record("open ", RootName(root), " ", Narrow(path), " options ", options, " access ", Hex(access));
-    return HandOut((access & KEY_SET_VALUE) != 0 ? g_registry.openToSet : g_registry.openToQuery, key);
+    return ReturnKey((access & KEY_SET_VALUE) != 0 ? g_registry.openToSet : g_registry.openToQuery, key);
 }
 
 LSTATUS WINAPI FakeRegCreateKeyEx(HKEY root, const wchar_t* path, DWORD reserved, wchar_t* keyClass,
@@ -56,7 +56,7 @@ LSTATUS WINAPI FakeRegCreateKeyEx(HKEY root, const wchar_t* path, DWORD reserved
     EXPECT_EQ(reserved, 0U);
     EXPECT_TRUE(keyClass == nullptr && security == nullptr && disposition == nullptr);
     Record("create ", RootName(root), " ", Narrow(path), " options ", options, " access ", Hex(access));
-    return HandOut(g_registry.create, key);
+    return ReturnKey(g_registry.create, key);
 }
 
 LSTATUS WINAPI FakeRegQueryValueEx(HKEY key, const wchar_t* name, DWORD* reserved, DWORD* type, BYTE* data,

@@ -32,7 +32,7 @@ std::vector<UsedSet>& Uses() {
 }
 
 // The file itself, the sets that it uses and the sets that those use.
-std::set<std::string_view> FilesInForce(std::string_view file) {
+std::set<std::string_view> UsedFiles(std::string_view file) {
     std::set<std::string_view> files = {file};
     for (bool grows = true; grows;) {
         grows = false;
@@ -43,8 +43,8 @@ std::set<std::string_view> FilesInForce(std::string_view file) {
     return files;
 }
 
-std::vector<Seam*> SeamsInForce(std::string_view file) {
-    const std::set<std::string_view> files = FilesInForce(file);
+std::vector<Seam*> UsedSeams(std::string_view file) {
+    const std::set<std::string_view> files = UsedFiles(file);
     std::vector<Seam*> chosen;
     for (Seam* seam : Seams()) {
         if (files.count(seam->file) != 0) chosen.push_back(seam);
@@ -81,8 +81,8 @@ bool HasRoomForJump(void* code) {
            function->EndAddress - function->BeginAddress >= kJumpSize;
 }
 
-std::size_t SizeOf(Place place) {
-    return place == Place::kImportPointer ? sizeof(void*) : kJumpSize;
+std::size_t SizeOf(SeamKind kind) {
+    return kind == SeamKind::kImportPointer ? sizeof(void*) : kJumpSize;
 }
 
 [[noreturn]] void Fail(const char* what, const char* name) {
@@ -92,19 +92,19 @@ std::size_t SizeOf(Place place) {
 }
 
 void WriteBytes(const Seam& seam, const unsigned char* bytes) {
-    const std::size_t size = SizeOf(seam.place);
-    const DWORD access = seam.place == Place::kImportPointer ? PAGE_READWRITE : PAGE_EXECUTE_READWRITE;
+    const std::size_t size = SizeOf(seam.kind);
+    const DWORD access = seam.kind == SeamKind::kImportPointer ? PAGE_READWRITE : PAGE_EXECUTE_READWRITE;
     DWORD before = 0;
     if (!VirtualProtect(seam.target, size, access, &before)) Fail("cannot be written to", seam.name);
     std::memcpy(seam.target, bytes, size);
     if (!VirtualProtect(seam.target, size, before, &before)) Fail("cannot be protected again", seam.name);
-    if (seam.place == Place::kCode) FlushInstructionCache(GetCurrentProcess(), seam.target, size);
+    if (seam.kind == SeamKind::kCode) FlushInstructionCache(GetCurrentProcess(), seam.target, size);
 }
 
 void Activate(Seam* seam) {
-    std::memcpy(seam->saved, seam->target, SizeOf(seam->place));
+    std::memcpy(seam->saved, seam->target, SizeOf(seam->kind));
     unsigned char bytes[sizeof(void*)] = {};
-    if (seam->place == Place::kImportPointer) {
+    if (seam->kind == SeamKind::kImportPointer) {
         std::memcpy(bytes, &seam->replacement, sizeof(seam->replacement));
     } else {
         // Both lie in the program's image, which is far smaller than a jump reaches.
@@ -125,7 +125,7 @@ void Deactivate(Seam* seam) {
 
 bool VerifySeam(const Seam& seam) {
     const char* problem = nullptr;
-    if (seam.place == Place::kImportPointer) {
+    if (seam.kind == SeamKind::kImportPointer) {
         if (!IsImportPointer(seam.target)) problem = "is not imported by this program";
     } else if (!HasRoomForJump(seam.target)) {
         problem = "has no room for a jump";
@@ -137,7 +137,7 @@ bool VerifySeam(const Seam& seam) {
 bool VerifyFile(std::string_view file) {
     std::map<const void*, const Seam*> taken;
     bool good = true;
-    for (const Seam* seam : SeamsInForce(file)) {
+    for (const Seam* seam : UsedSeams(file)) {
         const auto [other, isFirst] = taken.emplace(seam->target, seam);
         if (isFirst) continue;
         std::fprintf(stderr, "%s: %s has two fakes, in %s and in %s\n", std::string(file).c_str(), seam->name,
@@ -149,9 +149,9 @@ bool VerifyFile(std::string_view file) {
 
 }  // namespace
 
-Seam::Seam(const char* sourceFile, const char* functionName, Place what, void* where, void* function,
+Seam::Seam(const char* sourceFile, const char* functionName, SeamKind what, void* where, void* function,
            void* fake)
-    : file(sourceFile), name(functionName), place(what), target(where), address(function), replacement(fake) {
+    : file(sourceFile), name(functionName), kind(what), target(where), address(function), replacement(fake) {
     Seams().push_back(this);
 }
 
@@ -174,7 +174,7 @@ bool Verify() {
 }
 
 void Install(const char* file) {
-    for (Seam* seam : SeamsInForce(file))
+    for (Seam* seam : UsedSeams(file))
         Activate(seam);
 }
 
@@ -186,7 +186,7 @@ void Remove() {
 
 void* RealAddress(void* current) {
     for (const Seam* seam : Seams()) {
-        if (!seam->active || seam->place != Place::kImportPointer) continue;
+        if (!seam->active || seam->kind != SeamKind::kImportPointer) continue;
         if (current != seam->replacement && current != seam->address) continue;
         void* original = nullptr;
         std::memcpy(&original, seam->saved, sizeof(original));

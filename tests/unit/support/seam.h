@@ -25,22 +25,23 @@
 
 namespace seams {
 
-enum class Place { kImportPointer, kCode };
+enum class SeamKind { kImportPointer, kCode };
 
 // Registers one replacement. The macros below create it before main.
 struct Seam {
     template <typename Function>
     Seam(const char* sourceFile, const char* functionName, Function** importPointer, Function* function,
          Function* fake)
-        : Seam(sourceFile, functionName, Place::kImportPointer, importPointer, Address(function),
+        : Seam(sourceFile, functionName, SeamKind::kImportPointer, importPointer, Address(function),
                Address(fake)) {}
     template <typename Function>
     Seam(const char* sourceFile, const char* functionName, Function* function, Function* fake)
-        : Seam(sourceFile, functionName, Place::kCode, Address(function), Address(function), Address(fake)) {}
+        : Seam(sourceFile, functionName, SeamKind::kCode, Address(function), Address(function),
+               Address(fake)) {}
 
     const char* file;
     const char* name;
-    Place place;
+    SeamKind kind;
     void* target;       // the import pointer, or the function's code
     void* address;      // the value of a pointer to the function, possibly a thunk in the program
     void* replacement;  // the fake
@@ -48,7 +49,7 @@ struct Seam {
     unsigned char saved[sizeof(void*)] = {};
 
 private:
-    Seam(const char* sourceFile, const char* functionName, Place what, void* where, void* function,
+    Seam(const char* sourceFile, const char* functionName, SeamKind what, void* where, void* function,
          void* fake);
 
     template <typename Function>

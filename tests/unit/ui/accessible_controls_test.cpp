@@ -172,7 +172,7 @@ TEST_F(AccessibleControls, EveryRegionOfAPanelIsOneControlAtItsRectangle) {
                 if (panel.controls[i].region != region) continue;
                 ++times;
                 const RECT rect = RegionRect(region);
-                EXPECT_TRUE(EqualRect(&panel.controls[i].place, &rect)) << number;
+                EXPECT_TRUE(EqualRect(&panel.controls[i].rect, &rect)) << number;
             }
             EXPECT_EQ(times, IsAvailable(region) ? 1 : 0) << number;
         }

@@ -13,14 +13,14 @@
 namespace {
 
 LRESULT g_answer = 0;
-IUnknown* g_given = nullptr;
+IUnknown* g_passedObject = nullptr;
 bool g_windowEndsInside = false;
 ULONG g_referencesInside = 0;
 
 LRESULT WINAPI FakeLresultFromObject(REFIID iid, WPARAM wParam, IUnknown* object) {
     EXPECT_TRUE(IsEqualIID(iid, __uuidof(IAccessible)));
     Record("object for ", wParam);
-    g_given = object;
+    g_passedObject = object;
     if (g_windowEndsInside) {
         ReleaseAccessibleObject();
         object->AddRef();
@@ -35,7 +35,7 @@ protected:
         g_app = AppState{};
         g_app.mainWindow = MakeHandle<HWND>(0x1234);
         g_answer = 49152;
-        g_given = nullptr;
+        g_passedObject = nullptr;
         g_windowEndsInside = false;
         g_referencesInside = 0;
         RemoveLibraries();
@@ -62,10 +62,10 @@ TEST_F(AccessibleHost, NothingIsLoadedWithoutARequest) {
 TEST_F(AccessibleHost, EveryRequestGetsANewAnswerForTheSameObject) {
     Install();
     EXPECT_EQ(AnswerAccessibilityRequest(5), 49152);
-    IUnknown* const first = g_given;
+    IUnknown* const first = g_passedObject;
     g_answer = 49153;
     EXPECT_EQ(AnswerAccessibilityRequest(6), 49153);
-    EXPECT_EQ(g_given, first);
+    EXPECT_EQ(g_passedObject, first);
     EXPECT_EQ(g_calls, (CallRecord{"load oleacc.dll", "object for 5", "object for 6"}));
 }
 
@@ -96,19 +96,19 @@ TEST_F(AccessibleHost, AWindowThatIsBeingDestroyedGivesNoObject) {
 TEST_F(AccessibleHost, TheClientsReferenceOutlivesThePrograms) {
     Install();
     AnswerAccessibilityRequest(5);
-    g_given->AddRef();
+    g_passedObject->AddRef();
     ReleaseAccessibleObject();
     EXPECT_EQ(g_app.accessibleObject, nullptr);
-    EXPECT_EQ(g_given->Release(), 0U);
+    EXPECT_EQ(g_passedObject->Release(), 0U);
 }
 
 TEST_F(AccessibleHost, AWindowThatIsDestroyedInsideTheCallDoesNotTakeTheObjectAway) {
     Install();
     AnswerAccessibilityRequest(5);
-    g_given->AddRef();  // keeps the object for the checks, whatever the program does
+    g_passedObject->AddRef();  // keeps the object for the checks, whatever the program does
     g_windowEndsInside = true;
     EXPECT_EQ(AnswerAccessibilityRequest(6), 49152);
     EXPECT_EQ(g_referencesInside, 2U) << "this test's and the call's";
     EXPECT_EQ(g_app.accessibleObject, nullptr);
-    EXPECT_EQ(g_given->Release(), 0U);
+    EXPECT_EQ(g_passedObject->Release(), 0U);
 }

@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::uint64_t kFixed = 1'800'000'000;
 
-const CallRecord kSaidOnce = {
+const CallRecord kLoggedOnce = {
     "log: Gamma fix exhausted: ramps still rejected after restart (driver level limit?) - banner demoted"};
 
 void Paint() {
@@ -67,22 +67,22 @@ TEST_F(BannerDemotion, BeforeTheRestartPaintingAndHitTestShowIt) {
 TEST_F(BannerDemotion, AfterTheRestartPaintingFirstLogsItOnce) {
     Restart();
     Paint();
-    EXPECT_EQ(g_calls, kSaidOnce);
+    EXPECT_EQ(g_calls, kLoggedOnce);
     EXPECT_TRUE(IsPainted("FOR LOWEST FLICKER"));
     EXPECT_FALSE(IsPainted("RESTART YOUR COMPUTER"));
     EXPECT_EQ(Hit(), Region::None);
     Paint();
-    EXPECT_EQ(g_calls, kSaidOnce);
+    EXPECT_EQ(g_calls, kLoggedOnce);
 }
 
 TEST_F(BannerDemotion, AfterTheRestartAHitTestFirstLogsItOnce) {
     Restart();
     EXPECT_EQ(Hit(), Region::None);
-    EXPECT_EQ(g_calls, kSaidOnce);
+    EXPECT_EQ(g_calls, kLoggedOnce);
     Paint();
     EXPECT_FALSE(IsPainted("RESTART YOUR COMPUTER"));
     EXPECT_EQ(Hit(), Region::None);
-    EXPECT_EQ(g_calls, kSaidOnce);
+    EXPECT_EQ(g_calls, kLoggedOnce);
 }
 
 TEST_F(BannerDemotion, AnInterveningAcceptedRampDoesNotRepeatTheLine) {
@@ -94,7 +94,7 @@ TEST_F(BannerDemotion, AnInterveningAcceptedRampDoesNotRepeatTheLine) {
     g_app.lastApplyRejected = true;
     Paint();
     Hit();
-    EXPECT_EQ(g_calls, kSaidOnce);
+    EXPECT_EQ(g_calls, kLoggedOnce);
     EXPECT_TRUE(g_app.bannerDemotedLogged);
 }
 

@@ -119,8 +119,7 @@ TEST_F(DrawingKit, ShapesOfTheCanvasStayInDesignUnitsAtEveryDpi) {
     FillVerticalGradient(dc(), {1, 2, 3, 4}, 0, 0);
     DrawEdgeLines(dc(), {24, 384, 296, 418}, 8, 0, 0);
     const Drawing expected = {Round({24, 462, 296, 516}, 16, "1 #020202", "#010101"),
-                              Gradient({1, 2, 3, 4}, 0, 0),
-                              Stroke({32, 385, 288, 385}, 1, 0),
+                              Gradient({1, 2, 3, 4}, 0, 0), Stroke({32, 385, 288, 385}, 1, 0),
                               Stroke({32, 416, 288, 416}, 1, 0)};
     EXPECT_EQ(g_gdi.drawn, expected);
 }

@@ -19,7 +19,7 @@ struct Font {
     bool operator==(const Font&) const = default;
 };
 
-std::vector<Font> g_made;
+std::vector<Font> g_createdFonts;
 std::vector<HGDIOBJ> g_deleted;
 int g_failFrom = 1000;  // calls from this one on return no font
 
@@ -30,9 +30,9 @@ HFONT HandleOf(int call) {
 HFONT WINAPI FakeCreateFontW(int height, int width, int escapement, int orientation, int weight, DWORD italic,
                              DWORD underline, DWORD strikeOut, DWORD charset, DWORD, DWORD, DWORD quality,
                              DWORD pitchAndFamily, LPCWSTR face) {
-    const int call = static_cast<int>(g_made.size());
-    g_made.push_back({height, width, escapement, orientation, weight, italic, underline, strikeOut, charset,
-                      quality, pitchAndFamily & 3, face});
+    const int call = static_cast<int>(g_createdFonts.size());
+    g_createdFonts.push_back({height, width, escapement, orientation, weight, italic, underline, strikeOut,
+                              charset, quality, pitchAndFamily & 3, face});
     return call < g_failFrom ? HandleOf(call) : nullptr;
 }
 
@@ -52,15 +52,15 @@ class Fonts : public testing::Test {
 protected:
     void SetUp() override {
         g_app = AppState{};
-        g_made.clear();
+        g_createdFonts.clear();
         g_deleted.clear();
         g_failFrom = 1000;
     }
 
     // The arguments that created the font of a role.
-    static Font MadeFor(FontRole role) {
-        for (int call = 0; call < static_cast<int>(g_made.size()); ++call) {
-            if (FontFor(role) == HandleOf(call)) return g_made[static_cast<std::size_t>(call)];
+    static Font CreatedFor(FontRole role) {
+        for (int call = 0; call < static_cast<int>(g_createdFonts.size()); ++call) {
+            if (FontFor(role) == HandleOf(call)) return g_createdFonts[static_cast<std::size_t>(call)];
         }
         return {};
     }
@@ -78,22 +78,22 @@ AMBREL_SEAM(DeleteObject, FakeDeleteObject);
 
 TEST_F(Fonts, EachRoleHasItsFaceHeightWeightAndQuality) {
     CreateFonts();
-    ASSERT_EQ(g_made.size(), 8U);
-    EXPECT_EQ(MadeFor(FontRole::Title), Row(L"Segoe UI", 14, 900, CLEARTYPE_QUALITY));
-    EXPECT_EQ(MadeFor(FontRole::Caption), Row(L"Segoe UI", 17, 900, CLEARTYPE_QUALITY));
-    EXPECT_EQ(MadeFor(FontRole::Small), Row(L"Segoe UI", 12, 700, CLEARTYPE_QUALITY));
-    EXPECT_EQ(MadeFor(FontRole::Value), Row(L"Consolas", 12, 700, CLEARTYPE_QUALITY, FIXED_PITCH));
-    EXPECT_EQ(MadeFor(FontRole::Label), Row(L"Segoe UI", 13, 900, CLEARTYPE_QUALITY));
-    EXPECT_EQ(MadeFor(FontRole::Preset), Row(L"Segoe UI", 12, 700, ANTIALIASED_QUALITY));
-    EXPECT_EQ(MadeFor(FontRole::Toggle), Row(L"Segoe UI", 18, 900, ANTIALIASED_QUALITY));
-    EXPECT_EQ(MadeFor(FontRole::Glyph), Row(L"Segoe MDL2 Assets", 18, 400, CLEARTYPE_QUALITY));
+    ASSERT_EQ(g_createdFonts.size(), 8U);
+    EXPECT_EQ(CreatedFor(FontRole::Title), Row(L"Segoe UI", 14, 900, CLEARTYPE_QUALITY));
+    EXPECT_EQ(CreatedFor(FontRole::Caption), Row(L"Segoe UI", 17, 900, CLEARTYPE_QUALITY));
+    EXPECT_EQ(CreatedFor(FontRole::Small), Row(L"Segoe UI", 12, 700, CLEARTYPE_QUALITY));
+    EXPECT_EQ(CreatedFor(FontRole::Value), Row(L"Consolas", 12, 700, CLEARTYPE_QUALITY, FIXED_PITCH));
+    EXPECT_EQ(CreatedFor(FontRole::Label), Row(L"Segoe UI", 13, 900, CLEARTYPE_QUALITY));
+    EXPECT_EQ(CreatedFor(FontRole::Preset), Row(L"Segoe UI", 12, 700, ANTIALIASED_QUALITY));
+    EXPECT_EQ(CreatedFor(FontRole::Toggle), Row(L"Segoe UI", 18, 900, ANTIALIASED_QUALITY));
+    EXPECT_EQ(CreatedFor(FontRole::Glyph), Row(L"Segoe MDL2 Assets", 18, 400, CLEARTYPE_QUALITY));
 }
 
 TEST_F(Fonts, HeightsAreDesignUnitsAtEveryDpi) {
     g_app.dpi = 192;
     CreateFonts();
-    EXPECT_EQ(MadeFor(FontRole::Title).height, 14);
-    EXPECT_EQ(MadeFor(FontRole::Toggle).height, 18);
+    EXPECT_EQ(CreatedFor(FontRole::Title).height, 14);
+    EXPECT_EQ(CreatedFor(FontRole::Toggle).height, 18);
 }
 
 TEST_F(Fonts, ARoleWhoseFontExistsUsesIt) {
@@ -126,7 +126,7 @@ TEST_F(Fonts, TheOtherRolesHaveNoFallback) {
     for (FontRole role :
          {FontRole::Title, FontRole::Small, FontRole::Value, FontRole::Label, FontRole::Toggle}) {
         g_app = AppState{};
-        g_made.clear();
+        g_createdFonts.clear();
         CreateFonts();
         Lose(role);
         EXPECT_EQ(FontFor(role), nullptr) << static_cast<int>(role);

@@ -21,23 +21,23 @@ HGLOBAL const kBlock = MakeHandle<HGLOBAL>(900);
 
 std::wstring g_text;
 std::uint64_t g_tick = 0;
-ULONGLONG g_buildingTakes = 0;
-bool g_opens = true;
-bool g_empties = true;
+ULONGLONG g_buildDuration = 0;
+bool g_clipboardOpens = true;
+bool g_clipboardEmpties = true;
 bool g_allocates = true;
 bool g_locks = true;
-bool g_accepts = true;
+bool g_clipboardAccepts = true;
 bool g_hasMemory = true;
 std::vector<wchar_t> g_memory;  // the block's
 
 BOOL WINAPI FakeOpenClipboard(HWND owner) {
     Record("open clipboard ", ValueOf(owner));
-    return g_opens;
+    return g_clipboardOpens;
 }
 
 BOOL WINAPI FakeEmptyClipboard() {
     Record("empty clipboard");
-    return g_empties;
+    return g_clipboardEmpties;
 }
 
 BOOL WINAPI FakeCloseClipboard() {
@@ -81,7 +81,7 @@ void* WINAPI FakeVirtualAlloc(void* address, SIZE_T bytes, DWORD type, DWORD pro
 HANDLE WINAPI FakeSetClipboardData(UINT format, HANDLE block) {
     EXPECT_EQ(block, kBlock);
     Record("hand over as format ", format);
-    return g_accepts ? block : nullptr;
+    return g_clipboardAccepts ? block : nullptr;
 }
 
 ULONGLONG WINAPI FakeGetTickCount64() {
@@ -96,14 +96,15 @@ protected:
         g_app.mainWindow = kPopup;
         g_text = L"report";
         g_tick = 1000000;
-        g_buildingTakes = 0;
-        g_opens = g_empties = g_allocates = g_locks = g_accepts = g_hasMemory = true;
+        g_buildDuration = 0;
+        g_clipboardOpens = g_clipboardEmpties = g_allocates = g_locks = g_clipboardAccepts = g_hasMemory =
+            true;
         g_memory.clear();
     }
 
     void TearDown() override { g_app = AppState{}; }
 
-    static std::wstring HandedOver() { return {g_memory.begin(), g_memory.end()}; }
+    static std::wstring ClipboardText() { return {g_memory.begin(), g_memory.end()}; }
 
     static bool Did(const std::string& call) {
         return std::find(g_calls.begin(), g_calls.end(), call) != g_calls.end();
@@ -128,7 +129,7 @@ AMBREL_SEAM(VirtualAlloc, FakeVirtualAlloc);
 
 AMBREL_REPLACE(std::wstring, BuildSupportBundle, ()) {
     Record("build report");
-    g_tick += g_buildingTakes;
+    g_tick += g_buildDuration;
     return g_text;
 }
 
@@ -142,7 +143,7 @@ TEST_F(SupportCopy, CopiesTheReportToTheClipboardAndLeaksNothing) {
                                    "allocate 14 movable", "lock", "unlock", "hand over as format 13",
                                    "close clipboard", "log: Support bundle copied to clipboard (6 chars)",
                                    "set timer 3 5100", "refresh"}));
-    EXPECT_EQ(HandedOver(), std::wstring(L"report\0", 7));
+    EXPECT_EQ(ClipboardText(), std::wstring(L"report\0", 7));
 }
 
 TEST_F(SupportCopy, WithoutMemoryForTheReportNothingIsBuiltAndTheClipboardIsLeftAlone) {
@@ -168,7 +169,7 @@ TEST_F(SupportCopy, ASecondCopyWithinFiveSecondsExtendsTheIndication) {
 
 // Slow displays delay the report; the indication lasts five seconds from the copy.
 TEST_F(SupportCopy, TheTimeThatTheReportTakesDoesNotShortenTheIndication) {
-    g_buildingTakes = 3500;
+    g_buildDuration = 3500;
     CopySupportBundle();
     EXPECT_EQ(g_app.copiedUntil, 1008500u);
 }
@@ -184,7 +185,7 @@ TEST_F(SupportCopy, TheLengthIsCountedInUtf16Units) {
     CopySupportBundle();
     EXPECT_TRUE(Did("allocate 10 movable"));
     EXPECT_TRUE(Did("log: Support bundle copied to clipboard (4 chars)"));
-    EXPECT_EQ(HandedOver(), g_text + L'\0');
+    EXPECT_EQ(ClipboardText(), g_text + L'\0');
 }
 
 TEST_F(SupportCopy, ALongReportIsCopiedCompletely) {
@@ -192,11 +193,11 @@ TEST_F(SupportCopy, ALongReportIsCopiedCompletely) {
     CopySupportBundle();
     EXPECT_TRUE(Did("allocate 500012 movable"));
     EXPECT_TRUE(Did("log: Support bundle copied to clipboard (250005 chars)"));
-    EXPECT_EQ(HandedOver(), g_text + L'\0');
+    EXPECT_EQ(ClipboardText(), g_text + L'\0');
 }
 
 TEST_F(SupportCopy, WithTheClipboardHeldByAnotherProgramNothingIsEmptiedAllocatedOrClosed) {
-    g_opens = false;
+    g_clipboardOpens = false;
     CopySupportBundle();
     EXPECT_EQ(g_calls, (CallRecord{"build report", "open clipboard 500", kFailed, "refresh"}));
     EXPECT_EQ(g_app.copiedUntil, 0u);
@@ -220,7 +221,7 @@ TEST_F(SupportCopy, ABlockThatCannotBeLockedIsFreed) {
 }
 
 TEST_F(SupportCopy, ABlockThatTheClipboardRefusesIsFreed) {
-    g_accepts = false;
+    g_clipboardAccepts = false;
     CopySupportBundle();
     EXPECT_EQ(g_calls, (CallRecord{"build report", "open clipboard 500", "empty clipboard",
                                    "allocate 14 movable", "lock", "unlock", "hand over as format 13", "free",
@@ -229,7 +230,7 @@ TEST_F(SupportCopy, ABlockThatTheClipboardRefusesIsFreed) {
 }
 
 TEST_F(SupportCopy, AClipboardThatCannotBeEmptiedMayStillTakeTheReport) {
-    g_empties = false;
+    g_clipboardEmpties = false;
     CopySupportBundle();
     EXPECT_TRUE(Did("log: Support bundle copied to clipboard (6 chars)"));
     EXPECT_FALSE(Did("free"));
@@ -239,7 +240,7 @@ TEST_F(SupportCopy, AClipboardThatCannotBeEmptiedMayStillTakeTheReport) {
 TEST_F(SupportCopy, AFailureSoonAfterACopyEndsTheIndication) {
     CopySupportBundle();
     g_tick += 1000;
-    g_accepts = false;
+    g_clipboardAccepts = false;
     g_calls.clear();
     CopySupportBundle();
     EXPECT_EQ(g_app.copiedUntil, 0u);
@@ -251,7 +252,7 @@ TEST_F(SupportCopy, AFailureSoonAfterACopyEndsTheIndication) {
 TEST_F(SupportCopy, AClipboardThatDoesNotOpenLeavesTheLookOfAnEarlierCopy) {
     CopySupportBundle();
     g_tick += 1000;
-    g_opens = false;
+    g_clipboardOpens = false;
     g_calls.clear();
     CopySupportBundle();
     EXPECT_EQ(g_app.copiedUntil, 1005000u);
@@ -262,14 +263,14 @@ TEST_F(SupportCopy, AClipboardThatDoesNotOpenLeavesTheLookOfAnEarlierCopy) {
 
 TEST_F(SupportCopy, AFailureWithAClipboardThatWasNotEmptiedLeavesTheLookOfAnEarlierCopy) {
     CopySupportBundle();
-    g_empties = false;
+    g_clipboardEmpties = false;
     g_allocates = false;
     CopySupportBundle();
     EXPECT_EQ(g_app.copiedUntil, 1005000u);
 }
 
 TEST_F(SupportCopy, AnyFailureAfterTheClipboardWasEmptiedEndsTheLook) {
-    for (bool* step : {&g_allocates, &g_locks, &g_accepts}) {
+    for (bool* step : {&g_allocates, &g_locks, &g_clipboardAccepts}) {
         CopySupportBundle();
         EXPECT_EQ(g_app.copiedUntil, 1005000u);
         *step = false;
@@ -280,9 +281,9 @@ TEST_F(SupportCopy, AnyFailureAfterTheClipboardWasEmptiedEndsTheLook) {
 }
 
 TEST_F(SupportCopy, ACopyAfterAFailureSucceeds) {
-    g_opens = false;
+    g_clipboardOpens = false;
     CopySupportBundle();
-    g_opens = true;
+    g_clipboardOpens = true;
     g_calls.clear();
     CopySupportBundle();
     EXPECT_TRUE(Did("log: Support bundle copied to clipboard (6 chars)"));

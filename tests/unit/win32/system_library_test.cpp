@@ -29,22 +29,22 @@ std::wstring InSystemFolder(const wchar_t* name) {
     return std::wstring(folder) + L"\\" + name;
 }
 
-constexpr wchar_t kStranger[] = L"ambrel_stranger.dll";
+constexpr wchar_t kPlantedDll[] = L"ambrel_stranger.dll";
 
 // A DLL with a unique name in the current folder, which an ordinary search finds.
-struct StrangerInCurrentFolder {
+struct PlantedDllInCurrentFolder {
     TempFolder folder;
     wchar_t previous[MAX_PATH] = {};
 
-    StrangerInCurrentFolder() {
+    PlantedDllInCurrentFolder() {
         GetCurrentDirectoryW(MAX_PATH, previous);
         EXPECT_TRUE(
-            CopyFileW(InSystemFolder(L"version.dll").c_str(), folder.Child(kStranger).c_str(), FALSE));
+            CopyFileW(InSystemFolder(L"version.dll").c_str(), folder.Child(kPlantedDll).c_str(), FALSE));
         SetCurrentDirectoryW(folder.path.c_str());
     }
-    ~StrangerInCurrentFolder() { SetCurrentDirectoryW(previous); }
-    StrangerInCurrentFolder(const StrangerInCurrentFolder&) = delete;
-    StrangerInCurrentFolder& operator=(const StrangerInCurrentFolder&) = delete;
+    ~PlantedDllInCurrentFolder() { SetCurrentDirectoryW(previous); }
+    PlantedDllInCurrentFolder(const PlantedDllInCurrentFolder&) = delete;
+    PlantedDllInCurrentFolder& operator=(const PlantedDllInCurrentFolder&) = delete;
 };
 
 }  // namespace
@@ -67,18 +67,18 @@ TEST(SystemLibrary, AMissingDllIsNullAndSetsTheLastError) {
 }
 
 TEST(SystemLibrary, ADllNextToTheProgramIsNotLoaded) {
-    const StrangerInCurrentFolder stranger;
+    const PlantedDllInCurrentFolder stranger;
 
     // Windows' ordinary search finds it: without the restriction it would have been loaded.
-    const HMODULE found = LoadLibraryW(kStranger);
+    const HMODULE found = LoadLibraryW(kPlantedDll);
     EXPECT_NE(found, nullptr);
     if (found != nullptr) FreeLibrary(found);
 
-    EXPECT_EQ(LoadSystemLibrary(kStranger), nullptr);
+    EXPECT_EQ(LoadSystemLibrary(kPlantedDll), nullptr);
 
     RestrictDllSearchToSystem32();
-    EXPECT_EQ(LoadLibraryW(kStranger), nullptr);
-    EXPECT_EQ(LoadSystemLibrary(kStranger), nullptr);
+    EXPECT_EQ(LoadLibraryW(kPlantedDll), nullptr);
+    EXPECT_EQ(LoadSystemLibrary(kPlantedDll), nullptr);
     const HMODULE ordinary = LoadLibraryW(L"version.dll");
     EXPECT_NE(ordinary, nullptr);
     FreeLibrary(ordinary);

@@ -81,12 +81,12 @@ BOOL WINAPI FakeAttachThreadInput(DWORD from, DWORD to, BOOL attach) {
     return g_system.attachable;
 }
 
-const CallRecord kInsisted = {
+const CallRecord kCallsOfRetry = {
     "to top 500",       "ask 500",    "read time-out", "set time-out 0",   "allow 4294967295",
     "attach own other", "to top 500", "ask 500",       "detach own other", "set time-out 200000",
 };
 // The calls without attached input.
-const CallRecord kInsistedAlone = {
+const CallRecord kCallsOfRetryWithoutInput = {
     "to top 500",       "ask 500",    "read time-out", "set time-out 0",
     "allow 4294967295", "to top 500", "ask 500",       "set time-out 200000",
 };
@@ -118,34 +118,34 @@ TEST_F(Foreground, AnImmediateGrantChangesNothingElse) {
 TEST_F(Foreground, ARefusalIsRetriedWithoutTheLockAndWithTheInputAttached) {
     g_system.grantedRequest = 2;
     EXPECT_TRUE(BringToForeground(kPopup));
-    EXPECT_EQ(g_calls, kInsisted);
+    EXPECT_EQ(g_calls, kCallsOfRetry);
 }
 
 TEST_F(Foreground, AfterASecondRefusalInputAndTimeOutAreRestored) {
     g_system.grantedRequest = 0;
     EXPECT_FALSE(BringToForeground(kPopup));
-    EXPECT_EQ(g_calls, kInsisted);
+    EXPECT_EQ(g_calls, kCallsOfRetry);
 }
 
 TEST_F(Foreground, TheInputOfAHungWindowsThreadIsNotAttached) {
     g_system.hung = true;
     g_system.grantedRequest = 2;
     EXPECT_TRUE(BringToForeground(kPopup));
-    EXPECT_EQ(g_calls, kInsistedAlone);
+    EXPECT_EQ(g_calls, kCallsOfRetryWithoutInput);
 }
 
 TEST_F(Foreground, TheCurrentThreadIsNotAttachedToItself) {
     g_system.foregroundThread = GetCurrentThreadId();
     g_system.grantedRequest = 2;
     EXPECT_TRUE(BringToForeground(kPopup));
-    EXPECT_EQ(g_calls, kInsistedAlone);
+    EXPECT_EQ(g_calls, kCallsOfRetryWithoutInput);
 }
 
 TEST_F(Foreground, WithoutAForegroundWindowNoInputIsAttached) {
     g_system.foreground = nullptr;
     g_system.grantedRequest = 2;
     EXPECT_TRUE(BringToForeground(kPopup));
-    EXPECT_EQ(g_calls, kInsistedAlone);
+    EXPECT_EQ(g_calls, kCallsOfRetryWithoutInput);
 }
 
 TEST_F(Foreground, AnInputThatCouldNotBeAttachedIsNotDetached) {

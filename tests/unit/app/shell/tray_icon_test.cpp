@@ -52,7 +52,7 @@ protected:
         g_shellAccepts = true;
     }
 
-    static std::wstring TipFor(double intensity, double brightness) {
+    static std::wstring TooltipFor(double intensity, double brightness) {
         g_app.filterOn = true;
         g_app.intensity = intensity;
         g_app.brightness = brightness;
@@ -93,7 +93,7 @@ TEST_F(TrayIcon, ARefusedAddIsReported) {
     EXPECT_FALSE(AddTrayIcon());
 }
 
-TEST_F(TrayIcon, AnUpdateChangesIconAndTipOnly) {
+TEST_F(TrayIcon, AnUpdateChangesIconAndTooltipOnly) {
     AddTrayIcon();
     UpdateTrayIcon();
     ASSERT_EQ(g_shellCalls.size(), 2U);
@@ -117,49 +117,49 @@ TEST_F(TrayIcon, TheOnIconIsShownWhileTheFilterIsOn) {
     EXPECT_STREQ(g_shellCalls[1].data.szTip, L"Ambrel - OFF");
 }
 
-TEST_F(TrayIcon, TheTipShowsTheDayPreset) {
-    EXPECT_EQ(TipFor(0.3846153846153846, 1.0), L"Ambrel - ON (4000K, 100%)");
+TEST_F(TrayIcon, TheTooltipShowsTheDayPreset) {
+    EXPECT_EQ(TooltipFor(0.3846153846153846, 1.0), L"Ambrel - ON (4000K, 100%)");
 }
 
-TEST_F(TrayIcon, TheTipShowsTheEveningAndTheNightPreset) {
-    EXPECT_EQ(TipFor(1.0 - 2700.0 / 6500.0, 0.85), L"Ambrel - ON (2700K, 85%)");
-    EXPECT_EQ(TipFor(1.0, 0.7), L"Ambrel - ON (0K, 70%)");
+TEST_F(TrayIcon, TheTooltipShowsTheEveningAndTheNightPreset) {
+    EXPECT_EQ(TooltipFor(1.0 - 2700.0 / 6500.0, 0.85), L"Ambrel - ON (2700K, 85%)");
+    EXPECT_EQ(TooltipFor(1.0, 0.7), L"Ambrel - ON (0K, 70%)");
 }
 
 TEST_F(TrayIcon, IntensityZeroIs6500KelvinAndOutOfRangeValuesAreClamped) {
-    EXPECT_EQ(TipFor(0.0, 1.0), L"Ambrel - ON (6500K, 100%)");
-    EXPECT_EQ(TipFor(-0.5, 1.0), L"Ambrel - ON (6500K, 100%)");
-    EXPECT_EQ(TipFor(1.5, 1.0), L"Ambrel - ON (0K, 100%)");
+    EXPECT_EQ(TooltipFor(0.0, 1.0), L"Ambrel - ON (6500K, 100%)");
+    EXPECT_EQ(TooltipFor(-0.5, 1.0), L"Ambrel - ON (6500K, 100%)");
+    EXPECT_EQ(TooltipFor(1.5, 1.0), L"Ambrel - ON (0K, 100%)");
 }
 
 TEST_F(TrayIcon, ThePercentIsTruncated) {
-    EXPECT_EQ(TipFor(0.0, 0.855), L"Ambrel - ON (6500K, 85%)");
-    EXPECT_EQ(TipFor(0.0, 0.999), L"Ambrel - ON (6500K, 99%)");
-    EXPECT_EQ(TipFor(0.0, 0.1), L"Ambrel - ON (6500K, 10%)");
-    EXPECT_EQ(TipFor(0.0, 0.0), L"Ambrel - ON (6500K, 0%)");
+    EXPECT_EQ(TooltipFor(0.0, 0.855), L"Ambrel - ON (6500K, 85%)");
+    EXPECT_EQ(TooltipFor(0.0, 0.999), L"Ambrel - ON (6500K, 99%)");
+    EXPECT_EQ(TooltipFor(0.0, 0.1), L"Ambrel - ON (6500K, 10%)");
+    EXPECT_EQ(TooltipFor(0.0, 0.0), L"Ambrel - ON (6500K, 0%)");
 }
 
 TEST_F(TrayIcon, TheKelvinAreRoundedHalvesUp) {
     // An eighth of 6500 is 812.5 exactly.
-    EXPECT_EQ(TipFor(0.5, 1.0), L"Ambrel - ON (3250K, 100%)");
-    EXPECT_EQ(TipFor(0.875, 1.0), L"Ambrel - ON (813K, 100%)");
-    EXPECT_EQ(TipFor(0.9999, 1.0), L"Ambrel - ON (1K, 100%)");
+    EXPECT_EQ(TooltipFor(0.5, 1.0), L"Ambrel - ON (3250K, 100%)");
+    EXPECT_EQ(TooltipFor(0.875, 1.0), L"Ambrel - ON (813K, 100%)");
+    EXPECT_EQ(TooltipFor(0.9999, 1.0), L"Ambrel - ON (1K, 100%)");
 }
 
-TEST_F(TrayIcon, ATipNeverExceeds127CharactersRegardlessOfTheState) {
+TEST_F(TrayIcon, ATooltipNeverExceeds127CharactersRegardlessOfTheState) {
     for (const double intensity : {-1.0e9, 0.0, 1.0e7}) {
         for (const double brightness : {-1.0e7, 0.0, 1.0e7}) {
-            const std::wstring tip = TipFor(intensity, brightness);
-            EXPECT_LE(tip.size(), 127U);
-            EXPECT_EQ(tip.substr(0, 13), L"Ambrel - ON (");
-            EXPECT_EQ(tip.back(), L')');
+            const std::wstring tooltip = TooltipFor(intensity, brightness);
+            EXPECT_LE(tooltip.size(), 127U);
+            EXPECT_EQ(tooltip.substr(0, 13), L"Ambrel - ON (");
+            EXPECT_EQ(tooltip.back(), L')');
         }
     }
     EXPECT_EQ(sizeof(g_app.trayIconData.szTip), 128 * sizeof(wchar_t));
 }
 
-TEST_F(TrayIcon, AShorterTipContainsNothingOfALongerPreviousOne) {
-    TipFor(0.3846153846153846, 1.0);
+TEST_F(TrayIcon, AShorterTooltipContainsNothingOfALongerPreviousOne) {
+    TooltipFor(0.3846153846153846, 1.0);
     g_app.filterOn = false;
     UpdateTrayIcon();
     EXPECT_STREQ(g_shellCalls.back().data.szTip, L"Ambrel - OFF");
