@@ -29,4 +29,4 @@ SETTINGS_ROW_SURFACE, MAIN_PANEL_BACKGROUND, ROW_COLOUR = (200, 136), (200, 500)
 MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT = "Launch at Startup", "Legacy Mode (Older Hardware)", "Quit"
 
 # Seconds after the popup is hidden during which a click on the icon does not open it.
-REOPEN_GUARD = 0.25
+REOPEN_DELAY = 0.25

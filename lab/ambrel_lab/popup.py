@@ -3,7 +3,7 @@
 import time
 from collections import namedtuple
 
-from .layout import MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT, REOPEN_GUARD, UNITS
+from .layout import MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT, REOPEN_DELAY, UNITS
 from .paths import LabError
 from .waiting import TIMEOUT, wait_for_value, wait_until, wait_until_settled
 
@@ -148,7 +148,7 @@ class PopupActions:
         if facts and facts["handle"] == self._window_that_was_shown:
             self.wait_for_popup(False)
             # A click directly after the popup was hidden does not open it.
-            time.sleep(2 * REOPEN_GUARD)
+            time.sleep(2 * REOPEN_DELAY)
         self.click_tray()
         return self.wait_for_popup()
 

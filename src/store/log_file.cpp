@@ -39,7 +39,7 @@ long long SizeOf(std::FILE* file) {
     return _fseeki64(file, 0, SEEK_END) == 0 ? _ftelli64(file) : -1;
 }
 
-// Whether a line starts at that byte offset of the file.
+// Whether a line starts at that byte offset of the file. Moves the position.
 bool IsLineStart(std::FILE* file, long long offset) {
     return offset == 0 || (_fseeki64(file, offset - 1, SEEK_SET) == 0 && std::fgetc(file) == '\n');
 }

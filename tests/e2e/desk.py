@@ -13,14 +13,14 @@ sys.path.insert(0, str(ROOT / "lab"))
 # pylint: disable=wrong-import-position
 from ambrel_lab import Lab, LabError  # noqa: E402
 from ambrel_lab.layout import (CLOSE, GEAR, MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT, POWER,  # noqa: E402
-                               PRESETS as PRESET_POSITIONS, REOPEN_GUARD, SETTINGS_ROWS, SLIDER_X, SLIDER_Y)
+                               PRESETS as PRESET_POSITIONS, REOPEN_DELAY, SETTINGS_ROWS, SLIDER_X, SLIDER_Y)
 from ambrel_lab.popup import MENU_CLASS  # noqa: E402
 from ambrel_lab.waiting import TIMEOUT, wait_for_value, wait_until, wait_until_settled  # noqa: E402
 
 import model  # noqa: E402
 
 __all__ = ["ATTEMPTS", "CLOSE", "GEAR", "TIMEOUT", "MARKER", "MENU_CLASS", "MENU_LAUNCH", "MENU_LEGACY_MODE", "MENU_QUIT",
-           "POWER", "PRESET_POSITIONS", "REOPEN_GUARD", "ROOT", "SAVE_DELAY", "SETTINGS_ROWS", "SLIDER_X", "SLIDER_Y",
+           "POWER", "PRESET_POSITIONS", "REOPEN_DELAY", "ROOT", "SAVE_DELAY", "SETTINGS_ROWS", "SLIDER_X", "SLIDER_Y",
            "Desk", "LabError", "act_within",  "wait_for_value", "wait_until", "wait_until_settled"]
 
 # The build whose program is tested; by default the lab's own choice.
@@ -162,12 +162,12 @@ class Desk(Lab):
         return ramp_distance(self.visible_levels(), model.ramp(factors)) <= RAMP_TOLERANCE
 
     def wait_for_factors(self, factors, alone=lambda: True):
-        """Waits until the screen is displayed with these factors and alone() says that one pipeline makes them."""
+        """Waits until the screen is displayed with these factors and alone() confirms that one pipeline produces them."""
         white = [channel[255] for channel in model.ramp(factors)]
         wait_until(lambda: self.shows(factors) and alone(), f"a screen that displays white as {white} by one pipeline",
                    state=lambda: ([channel[255] for channel in self.visible_levels()],
-                                   ramp_distance(self.visible_levels(), model.ramp(factors)),
-                                   f"ramp plain: {self.ramp_is_plain()}", self.magnification.applied_factors()))
+                                  ramp_distance(self.visible_levels(), model.ramp(factors)),
+                                  f"ramp plain: {self.ramp_is_plain()}", self.magnification.applied_factors()))
 
     def ramp_is_plain(self):
         return ramp_distance(self.ramp(), model.ramp(model.IDENTITY)) <= RAMP_TOLERANCE

@@ -21,7 +21,7 @@ def open_desk(make, request, **options):
         OPEN_DESKS.append(desk)
         try:
             yield desk
-        except Exception as error:  # In the preparation; a test's own failure comes to the hook below.
+        except Exception as error:  # In the preparation; the hook below handles a test's own failure.
             save_evidence(desk, desk.evidence)
             error.add_note(f"evidence: {desk.evidence}")
             raise

@@ -27,7 +27,7 @@ def find_rectangle(exe, condition):
             left, top = struct.unpack_from("<2i", data, offset + position)
             if condition(left, top):
                 return address + position, left, top
-    raise AssertionError("the program's constants hold no such rectangle")
+    raise AssertionError("the program's constants contain no such rectangle")
 
 
 def is_at_its_own_base(exe, pid):

@@ -7,7 +7,7 @@ import uuid
 import pytest
 
 import model
-from desk import POWER, REOPEN_GUARD, SLIDER_X, SLIDER_Y, act_within, wait_until
+from desk import POWER, REOPEN_DELAY, SLIDER_X, SLIDER_Y, act_within, wait_until
 from image import is_at_its_own_base, find_rectangle
 
 WM_DISPLAYCHANGE, WM_POWERBROADCAST, WM_DPICHANGED, WM_CLOSE = 0x7E, 0x218, 0x2E0, 0x10
@@ -201,7 +201,7 @@ def test_after_a_change_of_resolution_the_popup_opens_in_the_new_corner(filtered
     filtered.post_message(WM_CLOSE)
     filtered.wait_for_popup(False)
     wait_for_applies(filtered, 2)
-    time.sleep(2 * REOPEN_GUARD)
+    time.sleep(2 * REOPEN_DELAY)
     # Wine's taskbar moves its icons but reports their old positions.
     filtered.click(1280 - 10, 720 - 10)
     rect = filtered.wait_for_popup()
@@ -227,7 +227,7 @@ def test_the_resolution_changes_while_a_slider_is_held(filtered, full_size):
     assert filtered.effects()[-1].diagonal == pytest.approx(model.factors(saved, 1.0), abs=0.004)
     filtered.post_message(WM_CLOSE)
     filtered.wait_for_popup(False)
-    time.sleep(2 * REOPEN_GUARD)
+    time.sleep(2 * REOPEN_DELAY)
     filtered.click(1280 - 10, 720 - 10)
     filtered.wait_for_popup()
     # Wine does not move the work area's lower edge, so only the popup's upper part is on the screen.

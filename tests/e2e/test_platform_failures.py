@@ -43,7 +43,7 @@ def test_two_presses_without_a_release_leave_the_sliders_alive(desk):
 @pytest.mark.parametrize("message, wparam", [(WM_DPICHANGED, 96 << 16 | 96), (WM_DPICHANGED, 144 << 16 | 144),
                                              (WM_DPICHANGED, 0xFFFFFFFF), (WM_POWERBROADCAST, PBT_POWERSETTINGCHANGE)],
                          ids=["same dpi", "other dpi", "absurd dpi", "power setting"])
-def test_an_address_of_another_program_is_survived(desk, message, wparam):
+def test_an_address_of_another_program_does_not_end_the_program(desk, message, wparam):
     for address in WILD:
         desk.send_message(message, wparam, address)
     assert desk.program_running()

@@ -6,7 +6,7 @@ import pytest
 
 import model
 from ambrel_lab.popup import TASKBAR_CLASS
-from desk import MENU_CLASS, POWER, REOPEN_GUARD, act_within, wait_until, wait_until_settled
+from desk import MENU_CLASS, POWER, REOPEN_DELAY, act_within, wait_until, wait_until_settled
 
 WM_USER_TRAY, WM_ACTIVATE, WM_CLOSE, WM_TIMER = 0x401, 0x6, 0x10, 0x113
 WA_INACTIVE = 0
@@ -85,10 +85,10 @@ def test_a_click_directly_after_the_popup_was_hidden_opens_nothing(desk):
         desk.post_message(WM_CLOSE)
         desk.post_message(WM_USER_TRAY, 1, WM_LBUTTONUP)
         desk.send_message(0)
-    act_within(REOPEN_GUARD, show)
+    act_within(REOPEN_DELAY, show)
     time.sleep(0.1)  # No popup may open.
     assert not desk.popup_visible()
-    time.sleep(max(0.0, started[0] + 2 * REOPEN_GUARD - time.monotonic()))
+    time.sleep(max(0.0, started[0] + 2 * REOPEN_DELAY - time.monotonic()))
     desk.click_tray()
     desk.wait_for_popup()
 
@@ -243,7 +243,7 @@ def test_the_popup_can_be_opened_and_closed_repeatedly(desk):
         desk.wait_for_popup()
         desk.click_tray()
         desk.wait_for_popup(False)
-        time.sleep(REOPEN_GUARD + 0.05)
+        time.sleep(REOPEN_DELAY + 0.05)
 
 
 def test_quit_removes_the_icon_and_exits_with_0(desk):
@@ -264,7 +264,7 @@ def test_a_new_taskbar_gets_the_icon_in_its_current_state(desk):
     assert len(desk.tray_icons()) == 1
     desk.post_message(WM_CLOSE)
     desk.wait_for_popup(False)
-    time.sleep(REOPEN_GUARD + 0.05)
+    time.sleep(REOPEN_DELAY + 0.05)
     desk.click_tray()
     desk.wait_for_popup()
 
