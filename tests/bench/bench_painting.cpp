@@ -36,19 +36,20 @@ void PrintCalls(const RecordedCalls& calls, const char* panel) {
     PrintCount("objects created again" + frame, again);
 }
 
-// Where the time of a frame goes, on standard error.
+// Where the time of a frame goes, on standard error: the median of each function's time in a frame.
 void PrintProfile(RecordedCalls* calls, const std::string& label) {
-    constexpr int kFrames = 20;
-    std::map<std::string, double> times;
+    constexpr int kFrames = 41;
+    std::map<std::string, std::vector<double>> times;
     g_replacePaint = [calls, &times] {
         for (const auto& [function, time] : calls->ReplayTimed())
-            times[function] += time / kFrames;
+            times[function].push_back(time);
     };
     for (int i = 0; i < kFrames; ++i)
         PaintNow();
     g_replacePaint = nullptr;
-    for (const auto& [function, time] : times) {
-        if (time > 10.0) std::fprintf(stderr, "%s: %s %.0f us\n", label.c_str(), function.c_str(), time);
+    for (const auto& [function, samples] : times) {
+        const double median = Summarise(samples).median;
+        if (median > 10.0) std::fprintf(stderr, "%s: %s %.0f us\n", label.c_str(), function.c_str(), median);
     }
 }
 

@@ -14,7 +14,7 @@ from figures import compared, plain
 FLOOR, FLOOR_CLASS = "C:\\Ambrel\\floor.exe", "FloorProgram"
 START_ROUNDS, FULL_START_ROUNDS = 11, 41
 MEMORY_ROUNDS, FULL_MEMORY_ROUNDS = 3, 7
-REST_SECONDS, FULL_REST_SECONDS = 10, 60
+REST_SECONDS, FULL_REST_SECONDS, REST_WINDOWS = 10, 60, 3
 CLICK_ROUNDS, FULL_CLICK_ROUNDS = 7, 25
 SETTLE_SECONDS = 1.5
 
@@ -84,11 +84,17 @@ class Subject:
         wait_until(lambda: (self.lab.window_facts(self.window_class) or {}).get("visible"), "the popup")
         time.sleep(SETTLE_SECONDS)
 
-    def at_rest(self, seconds):
-        """(milliseconds of processor time, wake-ups) in so many seconds."""
-        spent, woken = self.processor_ms(), self.wake_ups()
-        time.sleep(seconds)
-        return self.processor_ms() - spent, self.wake_ups() - woken
+    def work(self):
+        """(milliseconds of processor time, wake-ups) so far."""
+        return self.processor_ms(), self.wake_ups()
+
+
+def at_rest(seconds, *subjects):
+    """(milliseconds of processor time, wake-ups) of each subject in the same so many seconds."""
+    before = [subject.work() for subject in subjects]
+    time.sleep(seconds)
+    return [tuple(now - then for now, then in zip(subject.work(), start, strict=True))
+            for subject, start in zip(subjects, before, strict=True)]
 
 
 def start(build, full):
@@ -119,19 +125,19 @@ def rest(build, full):
     seconds = FULL_REST_SECONDS if full else REST_SECONDS
     monitors = [Monitor("monitor", 100)]
     with Subject(build, False, monitors) as program:
-        spent, woken = program.at_rest(seconds)
+        (spent, woken), = at_rest(seconds, program)
         yield plain(f"processor time in {seconds} s, hidden", "ms", [spent], 0)
         yield plain(f"wake-ups in {seconds} s, hidden", "", [woken], 0)
         program.open()
-        spent, woken = program.at_rest(seconds)
+        (spent, woken), = at_rest(seconds, program)
         yield plain(f"processor time in {seconds} s, popup open", "ms", [spent])
         yield plain(f"wake-ups in {seconds} s, popup open", "", [woken])
     with Subject(build, True, monitors, words=["poll"]) as floor, \
             Subject(build, False, monitors, settings=MODE_ON) as program:
-        floor_spent, floor_woken = floor.at_rest(seconds)
-        spent, woken = program.at_rest(seconds)
-        yield compared(f"processor time in {seconds} s, hidden, mode on", "ms", [spent], [floor_spent], 1.10)
-        yield compared(f"wake-ups in {seconds} s, hidden, mode on", "", [woken], [floor_woken], 1.10)
+        windows = [at_rest(seconds, program, floor) for _ in range(REST_WINDOWS)]
+        for name, unit, part in (("processor time", "ms", 0), ("wake-ups", "", 1)):
+            values, floors = zip(*((window[0][part], window[1][part]) for window in windows))
+            yield compared(f"{name} in {seconds} s, hidden, mode on", unit, list(values), list(floors), 1.10)
 
 
 DISPLAYS = {"no display": {},
