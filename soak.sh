@@ -5,12 +5,13 @@
 #   ./soak.sh accessibility makes 5,000 random calls of another process to the popup's accessible object
 #   ./soak.sh input [PART]  random messages, mouse, frames, files, registry and clipboard; SEED=S repeats a run
 #   ./soak.sh messages [N]  sends N (100,000) random messages of another program; SEED=S repeats a run
+#   ./soak.sh fuzz [SECONDS [TARGET]] fuzzes parsing and text natively, SECONDS (60) for each target; SEED=S repeats a run
 #   ./soak.sh kills [N]     kills the program at N (500) random moments; SEED=S repeats a run
 #   ./soak.sh options [N]   switches every option of the settings panel in N (1000) rounds and counts objects and handles
 set -euo pipefail
 cd "$(dirname "$0")"
 
-attacks=(faults input messages accessibility kills options)
+attacks=(faults input messages accessibility fuzz kills options)
 
 usage() {
     sed -n '2,/^set/s/^# \{0,1\}//p' "$0" >&2
@@ -33,6 +34,10 @@ attack_faults() {
 attack_accessibility() {
     AMBREL_RANDOM_CALLS=5000 AMBREL_BUILD_DIR=$PWD/build/release \
         tests/run_pytest.sh tests/e2e/test_accessibility.py -k random_calls
+}
+
+attack_fuzz() {
+    tests/fuzz/run.sh "$@"
 }
 
 attack_input() {

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <cstdio>
+
+#define _fileno fileno
+int _commit(int file);
