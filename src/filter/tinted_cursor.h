@@ -15,7 +15,7 @@ struct [[nodiscard]] TintContexts {
 // the cursor is null, has no size or cannot be rebuilt; nothing leaks in that case.
 HCURSOR BuildTintedCursor(HCURSOR cursor, double intensity, double brightness);
 
-// BuildTintedCursor with what the caller already has: the cursor's `source`, which it has queried, and the
-// contexts and tables of several cursors.
+// BuildTintedCursor for several cursors: they share the contexts and the tables, and the caller has queried
+// each cursor's `source`.
 HCURSOR BuildTintedCursor(HCURSOR cursor, const IconInfo& source, const TintContexts& contexts,
                           const TintTables& tables);

@@ -25,13 +25,13 @@ NEXT, PREVIOUS, FIRST_CHILD, LAST_CHILD, RIGHT, DOWN = 5, 6, 7, 8, 4, 2
 TAKE_FOCUS, TAKE_SELECTION, ADD_SELECTION = 1, 2, 8
 SCALINGS = [96, 120, 144, 192]
 PANEL_DELAY = 6000  # ms
-FEW = 5  # handles that come and go
+FEW = 5  # handles that are opened and closed in the meantime
 # A call takes a millisecond or two. AMBREL_RANDOM_CALLS=5000 runs the long form.
 RANDOM_CALLS = int(os.environ.get("AMBREL_RANDOM_CALLS", "1600"))
 
 
-def told(desk):
-    """The panel as a client is told it: (role, name, and what else there is) of each control."""
+def read_panel(desk):
+    """The panel as a client reads it: (role, name, and whatever else it has) of each control."""
     rows = []
     for control in desk.accessible_controls():
         more = [*sorted(control.state - {"read-only"}), control.value, control.description, control.action]
@@ -60,12 +60,12 @@ def settings_panel(launch=False, dim=False, legacy=False, support=("button", "CO
             check("ALLOW EXTREME DIM", dim), check("LEGACY MODE", legacy), support]
 
 
-def told_calls(desk):
+def hardware_calls(desk):
     return [call.function for call in desk.hardware.calls()]
 
 
-def wait_until_told(desk, expected):
-    wait_for_value(lambda: told(desk), expected, "what a client is told")
+def wait_for_panel_read(desk, expected):
+    wait_for_value(lambda: read_panel(desk), expected, "the panel that a client reads")
 
 
 def press(desk, name):
@@ -90,54 +90,55 @@ def blocked_fixture(file_desk):
     """The file's desk with the popup open and a ramp that Windows refuses."""
     file_desk.start_fresh({"UseLegacyGamma": 1, "Intensity": 1000, "Brightness": 700})
     file_desk.press_power()
-    wait_until(lambda: ("button", BLOCKED, "Press") in told(file_desk), "the banner", state=lambda: told(file_desk))
+    wait_until(lambda: ("button", BLOCKED, "Press") in read_panel(file_desk), "the banner",
+               state=lambda: read_panel(file_desk))
     return file_desk
 
 
-@pytest.fixture(name="file_bench", scope="module")
-def file_bench_fixture(make_file_desk):
+@pytest.fixture(name="hardware_desk", scope="module")
+def hardware_desk_fixture(make_file_desk):
     return make_file_desk(build_dir=BUILD)
 
 
-@pytest.fixture(name="bench")
-def bench_fixture(file_bench):
+@pytest.fixture(name="start_with_displays")
+def start_with_displays_fixture(hardware_desk):
     """A function that opens the popup of a program with these displays, and the filter off at DAY."""
     def begin(monitors=(), panels=()):
-        if file_bench.program_running():
-            file_bench.kill_program()
-        file_bench.hardware.monitors(monitors)
-        file_bench.hardware.panels(panels)
-        file_bench.hardware.wmi()
-        file_bench.start_fresh()
-        file_bench.show()
-        return file_bench
+        if hardware_desk.program_running():
+            hardware_desk.kill_program()
+        hardware_desk.hardware.monitors(monitors)
+        hardware_desk.hardware.panels(panels)
+        hardware_desk.hardware.wmi()
+        hardware_desk.start_fresh()
+        hardware_desk.show()
+        return hardware_desk
     return begin
 
 
-# What a client is told
+# What a client reads
 
 def test_the_main_panel_reads_as_it_looks(popup):
-    assert told(popup) == main_panel("6,500K", "100%", ("text", HINT))
+    assert read_panel(popup) == main_panel("6,500K", "100%", ("text", HINT))
     popup.choose("EVENING")
     lit = ("alert", HINT, "alert")
-    wait_until_told(popup, main_panel("2,700K", "85%", lit, "EVENING", True))
+    wait_for_panel_read(popup, main_panel("2,700K", "85%", lit, "EVENING", True))
     popup.choose("DAY")
-    wait_until_told(popup, main_panel("4,000K", "100%", ("text", HINT), "DAY", True))
+    wait_for_panel_read(popup, main_panel("4,000K", "100%", ("text", HINT), "DAY", True))
     popup.press_power()
-    wait_until_told(popup, main_panel("4,000K", "100%", ("text", HINT), "DAY", False))
+    wait_for_panel_read(popup, main_panel("4,000K", "100%", ("text", HINT), "DAY", False))
 
 
 def test_the_settings_panel_reads_as_it_looks(popup):
     show_settings(popup)
-    assert told(popup) == settings_panel()
+    assert read_panel(popup) == settings_panel()
     for row in ("LAUNCH AT STARTUP", "ALLOW EXTREME DIM", "LEGACY MODE"):
         popup.flip(row)
-    wait_until_told(popup, settings_panel(True, True, True))
+    wait_for_panel_read(popup, settings_panel(True, True, True))
 
 
 def test_the_banner_is_a_button(blocked):
     banner = ("button", BLOCKED, "Press")
-    assert told(blocked) == main_panel("0K", "70%", banner, "NIGHT", True)
+    assert read_panel(blocked) == main_panel("0K", "70%", banner, "NIGHT", True)
 
 
 def test_the_window_contains_the_popup_and_nothing_has_the_focus(popup):
@@ -265,7 +266,8 @@ def round_half_up(value):
 
 def show_settings_by_press(desk):
     press(desk, "SETTINGS")
-    wait_until(lambda: told(desk)[0] == ("text", "SETTINGS"), "the settings panel", state=lambda: told(desk))
+    wait_until(lambda: read_panel(desk)[0] == ("text", "SETTINGS"), "the settings panel",
+               state=lambda: read_panel(desk))
 
 
 def test_the_hit_test_finds_each_control_and_nothing_outside(popup):
@@ -286,7 +288,7 @@ def test_presets_and_the_power_button_reach_the_screen_and_the_settings(popup):
         wanted = model.PRESETS[name]
         popup.wait_for_colour(wanted.intensity, wanted.brightness)
         popup.wait_for_setting("Brightness", str(model.per_mille(wanted.brightness)))
-        wait_until(lambda: ("radio button", name, "checked", "Check") in told(popup), f"{name} selected")
+        wait_until(lambda: ("radio button", name, "checked", "Check") in read_panel(popup), f"{name} selected")
     press(popup, "KIVO")
     popup.wait_for_plain_screen()
     press(popup, "KIVO")
@@ -308,7 +310,7 @@ def test_the_sliders_take_values_as_they_show_them(popup):
     assert put(popup, "WARMTH", "2,700K") == OK
     assert put(popup, "BRIGHTNESS", "57%") == OK
     popup.wait_for_colour(model.PRESETS["EVENING"].intensity, 0.57)
-    wait_until_told(popup, main_panel("2,700K", "57%", ("alert", HINT, "alert"), "EVENING", True))
+    wait_for_panel_read(popup, main_panel("2,700K", "57%", ("alert", HINT, "alert"), "EVENING", True))
     popup.wait_for_setting("Brightness", "570")
     assert popup.settings()["Intensity"] == "584"
     assert put(popup, "WARMTH", "3000K") == OK
@@ -327,11 +329,11 @@ def test_values_are_clamped_as_in_a_drag(popup):
 
 @pytest.mark.parametrize("text", ["", "2700", "85", "2700k", " 2700K", "27,00K", "-5%", "85.5%", "warm", "9" * 5000])
 def test_any_other_value_is_refused_and_changes_nothing(popup, text):
-    before = told(popup)
+    before = read_panel(popup)
     assert put(popup, "WARMTH", text) == put(popup, "BRIGHTNESS", text) == INVALID_ARGUMENT
     assert put(popup, "BRIGHTNESS", "2700K") == INVALID_ARGUMENT
     popup.send_message(0)
-    assert told(popup) == before and popup.effects() == []
+    assert read_panel(popup) == before and popup.effects() == []
 
 
 def test_what_cannot_be_pressed_or_set_says_so(popup):
@@ -350,22 +352,22 @@ def test_gear_rows_support_button_and_close(popup):
         popup.wait_for_setting(key, "1")
     press(popup, "COPY FEEDBACK FOR SUPPORT")
     copied = ("button", "COPIED", COPIED_HINT, "Press")
-    wait_until_told(popup, settings_panel(True, True, True, copied))
+    wait_for_panel_read(popup, settings_panel(True, True, True, copied))
     assert popup.clipboard_text().startswith("TO: support@")
-    wait_until_told(popup, settings_panel(True, True, True))
+    wait_for_panel_read(popup, settings_panel(True, True, True))
     press(popup, "CLOSE")
     wait_for_panel(popup, "main")
 
 
-def test_the_card_locks_and_unlocks(bench):
-    desk = bench([Monitor("desk", 40)])
-    wait_until_told(desk, main_panel("3,998K", "100%", check("PWM-SAFE MODE", False, "LOCK DISPLAY AT 100%"), "DAY"))
+def test_the_card_locks_and_unlocks(start_with_displays):
+    desk = start_with_displays([Monitor("desk", 40)])
+    wait_for_panel_read(desk, main_panel("3,998K", "100%", check("PWM-SAFE MODE", False, "LOCK DISPLAY AT 100%"), "DAY"))
     press(desk, "PWM-SAFE MODE")
     desk.wait_for_log(CONFIRMED % 1)
     assert desk.hardware.value("desk") == 100
     assert desk.accessible_control("PWM-SAFE MODE").help == "DISPLAY LOCKED AT 100%"
     locked = check("PWM-SAFE MODE", True, "DISPLAY LOCKED AT 100%")
-    wait_until_told(desk, main_panel("3,998K", "100%", locked, "DAY"))
+    wait_for_panel_read(desk, main_panel("3,998K", "100%", locked, "DAY"))
     press(desk, "PWM-SAFE MODE")
     wait_for_value(lambda: desk.hardware.value("desk"), 40, "the monitor's brightness")
 
@@ -428,7 +430,7 @@ def test_the_panels_and_the_popup_announce_themselves(popup):
 def test_a_drag_announces_the_steps_that_change_the_text_and_no_others(file_desk):
     desk = file_desk.start_fresh({"Brightness": 850})
     desk.press_power()
-    wait_until(lambda: told(desk)[-1][-1] == "Uncheck", "the filter")
+    wait_until(lambda: read_panel(desk)[-1][-1] == "Uncheck", "the filter")
     x, y = SLIDER_X["BRIGHTNESS"], SLIDER_Y
     desk.press_unit(x, y)
     shown = [model.percent(0.85)]
@@ -446,9 +448,9 @@ def test_a_drag_announces_the_steps_that_change_the_text_and_no_others(file_desk
         assert events.take() == [("value", 6)] * changes
 
 
-def test_a_lock_announces_the_status_of_the_strip(bench):
-    desk = bench([Monitor("desk", 40, present=False)])
-    assert told(desk)[6] == ("text", HINT)
+def test_a_lock_announces_the_status_of_the_strip(start_with_displays):
+    desk = start_with_displays([Monitor("desk", 40, present=False)])
+    assert read_panel(desk)[6] == ("text", HINT)
     with desk.accessible_events() as events:
         desk.hardware.plug("desk")
         desk.post_message(WM_DISPLAYCHANGE)
@@ -456,23 +458,23 @@ def test_a_lock_announces_the_status_of_the_strip(bench):
         press(desk, "PWM-SAFE MODE")
         events.wait_for(("state", 7), ("description", 7))
         desk.wait_for_log(CONFIRMED % 1)
-        wait_until(lambda: told(desk)[6][3] == "DISPLAY LOCKED AT 100%", "the confirmed lock")
+        wait_until(lambda: read_panel(desk)[6][3] == "DISPLAY LOCKED AT 100%", "the confirmed lock")
         events.wait_for(("description", 7))
 
 
 # At any moment
 
-def test_requests_are_answered_and_actions_wait_while_a_panel_answers(bench):
-    desk = bench(panels=[Panel("panel", 40)])
+def test_requests_are_answered_and_actions_wait_while_a_panel_answers(start_with_displays):
+    desk = start_with_displays(panels=[Panel("panel", 40)])
     card, night, brightness = (desk.accessible_control(name) for name in ("PWM-SAFE MODE", "NIGHT", "BRIGHTNESS"))
     desk.hardware.wmi(delay_exec=PANEL_DELAY)
     assert desk.accessible_press(card) == OK
-    wait_until(lambda: told_calls(desk)[-1:] == ["Put"] and desk.hardware.waiting(), "the wait for the panel")
+    wait_until(lambda: hardware_calls(desk)[-1:] == ["Put"] and desk.hardware.waiting(), "the wait for the panel")
     assert desk.accessible_press(night) == desk.accessible_set(brightness, "50%") == OK
     # The wait dispatches sent messages only. Another program may send this one.
     for message_sent in (desk.send_message, desk.call_window):
         message_sent(ACTIONS_REQUESTED)
-    while_waiting = desk.effects(), told(desk)
+    while_waiting = desk.effects(), read_panel(desk)
     assert desk.hardware.waiting(), "the panel answered too early for this test"
     assert while_waiting[0] == [] and while_waiting[1][3] == ("slider", "WARMTH", "3,998K")
     desk.wait_for_colour(model.PRESETS["NIGHT"].intensity, 0.5)
@@ -486,9 +488,9 @@ def test_random_calls_from_outside_leave_a_program_that_works(popup):
     popup.send_message(0)
     for box in popup.message_boxes():
         popup.press_button(box, NO if NO in box.buttons else None)
-    if told(popup)[0] == ("text", "SETTINGS"):
+    if read_panel(popup)[0] == ("text", "SETTINGS"):
         press(popup, "CLOSE")
-        wait_until(lambda: told(popup)[0] == ("text", "AMBREL"), "the main panel")
+        wait_until(lambda: read_panel(popup)[0] == ("text", "AMBREL"), "the main panel")
     press(popup, "EVENING")
     popup.wait_for_factors(model.factors(*model.PRESETS["EVENING"][:2]))
     assert popup.quit() == 0
@@ -509,15 +511,15 @@ def test_the_accessibility_library_is_loaded_on_the_first_request(popup):
     popup.wait_for_colour(*model.PRESETS["EVENING"][:2])
     maps = Path(f"/proc/{popup.program_pids()[0]}/maps")
     assert "oleaut32.dll" in maps.read_text(encoding="utf-8") and "oleacc.dll" not in maps.read_text(encoding="utf-8")
-    told(popup)
+    read_panel(popup)
     assert "oleacc.dll" in maps.read_text(encoding="utf-8")
 
 
 def test_clients_leave_no_handles_behind(popup):
-    told(popup)
+    read_panel(popup)
     before = popup.open_handles()
     for _ in range(20):
-        told(popup)
+        read_panel(popup)
     wait_until(lambda: popup.open_handles() <= before + FEW, "the handles to be closed",
                state=lambda: (before, popup.open_handles()))
 

@@ -39,7 +39,7 @@ def test_a_monitor_that_ignores_the_lock_undoes_the_users_switch(backlight):
 
 @pytest.mark.parametrize("stubborn", [{"behaviour": "ignores"}, {"behaviour": "sticks", "at": 98},
                                       {"behaviour": "drifts", "at": 70, "after": 0}, {"fails": "set"}], ids=str)
-def test_a_refusing_monitor_makes_the_other_one_restored_too(backlight, stubborn):
+def test_a_monitor_that_refuses_also_restores_the_other_one(backlight, stubborn):
     backlight.start([Monitor("left", 40), Monitor("right", 30, **stubborn)])
     backlight.lock_and_expect_revert()
     monitors = ["left", "right"]

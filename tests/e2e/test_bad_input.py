@@ -26,8 +26,8 @@ def works(desk):
     return True
 
 
-@pytest.fixture(name="bare_desk")
-def bare_desk_fixture(file_desk):
+@pytest.fixture(name="desk_without_traces")
+def desk_without_traces_fixture(file_desk):
     """The file's desk without a running program and without the program's folder, also afterwards."""
     end_without_traces(file_desk)
     yield file_desk
@@ -87,8 +87,8 @@ def test_a_settings_file_in_utf_16_is_read_and_written(file_desk):
     assert desk.loaded().startswith("intensity=0.584 brightness=0.850 extremeDim=1")
 
 
-def test_the_program_works_with_a_folder_named_settings_ini(bare_desk):
-    desk = bare_desk
+def test_the_program_works_with_a_folder_named_settings_ini(desk_without_traces):
+    desk = desk_without_traces
     desk.settings_path.mkdir(parents=True)
     (desk.settings_path / "precious.txt").write_text("kept", encoding="ascii")
     desk.start()
@@ -99,8 +99,8 @@ def test_the_program_works_with_a_folder_named_settings_ini(bare_desk):
     assert (desk.settings_path / "precious.txt").read_text(encoding="ascii") == "kept"
 
 
-def test_a_read_only_settings_file_is_read_and_kept(bare_desk):
-    desk = bare_desk
+def test_a_read_only_settings_file_is_read_and_kept(desk_without_traces):
+    desk = desk_without_traces
     desk.write_settings(GOOD)
     with read_only(desk.settings_path):
         desk.start()
@@ -113,8 +113,8 @@ def test_a_read_only_settings_file_is_read_and_kept(bare_desk):
     desk.wait_for_setting("Intensity", "584")
 
 
-def test_with_a_locked_settings_file_the_defaults_are_used_and_the_file_is_unchanged(bare_desk):
-    desk = bare_desk
+def test_with_a_locked_settings_file_the_defaults_are_used_and_the_file_is_unchanged(desk_without_traces):
+    desk = desk_without_traces
     desk.write_settings(GOOD)
     with held_by_another_program(desk, desk.settings_path):
         desk.start()
@@ -125,8 +125,8 @@ def test_with_a_locked_settings_file_the_defaults_are_used_and_the_file_is_uncha
     assert desk.program_running()
 
 
-def test_settings_can_be_saved_again_after_another_program_releases_the_file(bare_desk):
-    desk = bare_desk
+def test_settings_can_be_saved_again_after_another_program_releases_the_file(desk_without_traces):
+    desk = desk_without_traces
     desk.write_settings(GOOD)
     desk.start()
     with held_by_another_program(desk, desk.settings_path):
@@ -169,8 +169,8 @@ def test_an_event_log_of_ten_megabytes_of_noise_is_truncated_to_its_last_part(fi
     assert works(desk)
 
 
-def test_the_program_works_with_a_folder_named_events_log(bare_desk):
-    desk = bare_desk
+def test_the_program_works_with_a_folder_named_events_log(desk_without_traces):
+    desk = desk_without_traces
     desk.events_path.mkdir(parents=True)
     desk.start()
     assert works(desk)
@@ -179,8 +179,8 @@ def test_the_program_works_with_a_folder_named_events_log(bare_desk):
     assert list(desk.events_path.iterdir()) == []
 
 
-def test_a_read_only_event_log_is_kept(bare_desk):
-    desk = bare_desk
+def test_a_read_only_event_log_is_kept(desk_without_traces):
+    desk = desk_without_traces
     desk.write_events("old\r\n")
     with read_only(desk.events_path):
         desk.start()
@@ -189,8 +189,8 @@ def test_a_read_only_event_log_is_kept(bare_desk):
         assert desk.events_text() == "old\n"
 
 
-def test_the_event_log_continues_after_another_program_releases_the_file(bare_desk):
-    desk = bare_desk
+def test_the_event_log_continues_after_another_program_releases_the_file(desk_without_traces):
+    desk = desk_without_traces
     desk.write_events(b"x" * 300000)
     with held_by_another_program(desk, desk.events_path):
         desk.start()
@@ -203,8 +203,8 @@ def test_the_event_log_continues_after_another_program_releases_the_file(bare_de
 
 # The folder, the disk, the command line
 
-def test_a_full_disk_loses_only_the_failed_writes(bare_desk):
-    desk = bare_desk
+def test_a_full_disk_loses_only_the_failed_writes(desk_without_traces):
+    desk = desk_without_traces
     put_on_a_full_disk(desk.settings_path)
     put_on_a_full_disk(desk.events_path)
     desk.start()
@@ -262,13 +262,13 @@ def test_the_program_starts_with_any_command_line(file_desk, arguments):
 # Magnification.dll
 
 @pytest.fixture(name="desk_with_library")
-def desk_with_library_fixture(bare_desk):
-    """bare_desk with a library of one kind: desk_with_library(kind)."""
+def desk_with_library_fixture(desk_without_traces):
+    """desk_without_traces with a library of one kind: desk_with_library(kind)."""
     def install(kind):
-        bare_desk.magnification.install(kind)
-        return bare_desk
+        desk_without_traces.magnification.install(kind)
+        return desk_without_traces
     yield install
-    bare_desk.magnification.install("ok")
+    desk_without_traces.magnification.install("ok")
 
 
 @pytest.mark.parametrize("library, text", [

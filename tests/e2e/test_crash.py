@@ -68,7 +68,7 @@ def crash(desk, kind, function="HandleWindowMessage"):
 
 @MODES
 @pytest.mark.parametrize("kind", ["access", "illegal", "divide"])
-def test_a_crash_restores_the_screen_and_the_cursors_and_logs_its_place(crash_desk, kind, legacy):
+def test_a_crash_restores_the_screen_and_the_cursors_and_logs_its_location(crash_desk, kind, legacy):
     desk = crash_desk
     start_coloured(desk, legacy)
     before = resets(desk)

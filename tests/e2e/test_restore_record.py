@@ -173,7 +173,7 @@ def test_another_monitor_in_the_slot_is_not_set(locked):
     wait_for_no_record(locked.desk)
 
 
-def test_a_display_that_is_away_is_restored_when_it_is_there_at_a_later_start(locked):
+def test_a_display_that_is_away_is_restored_when_it_is_connected_at_a_later_start(locked):
     kill(locked)
     locked.hardware.unplug("right")
     start(locked, mode=0)

@@ -44,8 +44,8 @@ def button_of(desk):
 
 # The clipboard
 
-def gdi_objects_at_rest(desk):
-    """The number of GDI objects once the popup paints no more, which takes some for a moment."""
+def gdi_objects_while_idle(desk):
+    """The number of GDI objects once the popup no longer paints, which creates some for a moment."""
     return wait_until_settled(desk.gdi_objects, "the number of GDI objects", pause=0.2)
 
 
@@ -213,7 +213,7 @@ def test_the_copied_indication_ends_after_five_seconds(panel):
 
 def test_a_repaint_within_five_seconds_keeps_the_copied_indication(panel):
     """Without the repaint the button would keep the state that was drawn first."""
-    def flip_a_row_near_the_end():
+    def switch_a_row_near_the_end():
         since = time.monotonic()
         press_by_message(panel, *SUPPORT)
         wait_for_button_state(panel, "copied")
@@ -225,7 +225,7 @@ def test_a_repaint_within_five_seconds_keeps_the_copied_indication(panel):
             picture = panel.popup_picture()
             return picture.crop(*EXTREME_DIM_VALUE) != before.crop(*EXTREME_DIM_VALUE) and picture
         return wait_until(redrawn, "the row to be redrawn")
-    picture = act_within(DURATION, lambda: wait_for_button_state(panel, "normal") or flip_a_row_near_the_end)
+    picture = act_within(DURATION, lambda: wait_for_button_state(panel, "normal") or switch_a_row_near_the_end)
     assert picture.pixel(*SURFACE) == COPIED
 
 
@@ -253,7 +253,7 @@ def test_a_second_copy_restarts_the_five_seconds(panel):
 
 
 def test_the_button_is_up_to_date_when_the_panel_is_shown_again(panel):
-    def copy_and_look_again():
+    def copy_and_reopen_panel():
         copy(panel)
         wait_for_button_state(panel, "copied")
         panel.close_settings()
@@ -261,7 +261,7 @@ def test_the_button_is_up_to_date_when_the_panel_is_shown_again(panel):
         panel.click_unit(*GEAR)
         wait_until(lambda: button_state(panel), "the support button")
         return button_state(panel)
-    assert act_within(DURATION, lambda: wait_for_button_state(panel, "normal") or copy_and_look_again) == "copied"
+    assert act_within(DURATION, lambda: wait_for_button_state(panel, "normal") or copy_and_reopen_panel) == "copied"
     panel.close_settings()
     wait_for_panel(panel, "main")
     time.sleep(DURATION)  # The indication ends while it is not visible.
@@ -361,12 +361,12 @@ def test_a_locked_clipboard_keeps_the_copied_indication(panel):
 def test_a_hundred_copies_leak_no_gdi_object(panel):
     copy(panel)
     wait_for_button_state(panel, "copied")
-    held = gdi_objects_at_rest(panel)
+    held = gdi_objects_while_idle(panel)
     assert held > 0
     for times in range(2, 102):
         panel.click_unit(*SUPPORT)
         wait_until(lambda: len(copies(panel)) == times, f"copy {times}")
-    assert gdi_objects_at_rest(panel) == held
+    assert gdi_objects_while_idle(panel) == held
     assert failures(panel) == 0
     text = panel.clipboard_text()
     assert f"({utf_16_length(text)} chars)" in copies(panel)[-1] and COPIED_LINE.fullmatch(copies(panel)[-1])
@@ -382,8 +382,8 @@ def test_failed_copies_leak_no_gdi_object(panel):
     with panel.clipboard_held():
         panel.click_unit(*SUPPORT)
         wait_until(lambda: failures(panel) == 1, "the line of the failure")
-        held = gdi_objects_at_rest(panel)
+        held = gdi_objects_while_idle(panel)
         for _ in range(30):
             press_by_message(panel, *SUPPORT)
         assert failures(panel) == 31
-        assert gdi_objects_at_rest(panel) == held
+        assert gdi_objects_while_idle(panel) == held
