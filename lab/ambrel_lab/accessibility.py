@@ -14,7 +14,7 @@ ROLES = {0x08: "alert", 0x09: "window", 0x0A: "client", 0x29: "text", 0x2B: "but
 STATES = {0x1: "unavailable", 0x4: "focused", 0x10: "checked", 0x40: "read-only", 0x8000: "invisible",
           0x100000: "focusable", 0x200000: "selectable", 0x8000000: "alert"}
 EVENTS = {0x8002: "show", 0x8003: "hide", 0x8004: "reorder", 0x800A: "state", 0x800C: "name", 0x800D: "description",
-          0x800E: "value"}
+          0x800E: "value", 0x8010: "help"}
 OBJID_CLIENT = 0xFFFFFFFC
 OK, NONE = 0, 1  # S_OK, S_FALSE
 INVALID_ARGUMENT, NOT_SUPPORTED, ACCESS_DENIED = 0x80070057, 0x80020003, 0x80070005

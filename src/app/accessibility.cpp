@@ -1,5 +1,6 @@
 #include "app/accessibility.h"
 
+#include "app/sent_message.h"
 #include "app/session_end.h"
 #include "app/state/app_state.h"
 #include "app/state/messages.h"
@@ -18,8 +19,7 @@ LRESULT OnGetObject(HWND window, WPARAM wParam, LPARAM lParam) {
 void OnAccessibleActions() {
     // Any program can post the message.
     if (g_app.accessibleActions.count == 0) return;
-    // COM rejects the WMI calls of a sent message; post it again.
-    if (InSendMessageEx(nullptr) != ISMEX_NOSEND) {
+    if (ShouldPostAgain()) {
         PostMessageW(g_app.mainWindow, kMessageAccessibleActions, 0, 0);
         return;
     }

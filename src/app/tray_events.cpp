@@ -2,6 +2,7 @@
 
 #include "app/pending_input.h"
 #include "app/popup.h"
+#include "app/sent_message.h"
 #include "app/session_end.h"
 #include "app/shell/ensure_tray_icon.h"
 #include "app/shell/tray_icon.h"
@@ -96,9 +97,8 @@ void ShowTrayMenu() {
 void OnTrayCallback(LPARAM mouseMessage) {
     if (mouseMessage != WM_LBUTTONUP && mouseMessage != WM_RBUTTONUP) return;
     ContinueSession();
-    // If the shell sends the message, COM rejects the WMI calls that built-in panels need; post it again. The
-    // reopen delay counts from this arrival, so check it first.
-    if (InSendMessageEx(nullptr) != ISMEX_NOSEND) {
+    if (ShouldPostAgain()) {
+        // The reopen delay counts from this arrival.
         if (mouseMessage == WM_LBUTTONUP && WasJustHidden()) return;
         PostMessageW(g_app.mainWindow, kMessageTray, 0, mouseMessage);
         return;

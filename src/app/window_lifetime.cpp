@@ -13,6 +13,7 @@
 #include "brightness/pwm_release.h"
 #include "brightness/pwm_safe.h"
 #include "filter/magnification.h"
+#include "ui/accessible_events.h"
 #include "ui/accessible_host.h"
 #include "ui/fonts.h"
 #include "ui/logo.h"
@@ -66,6 +67,7 @@ void OnDestroy() {
     ShutdownMagnification();
     UnregisterPowerEvents();
     RemoveTrayIcon();
+    AnnouncePopup(false);
     ReleaseAccessibleObject();
     FreeDrawingResources();
     ReleaseSingleInstance();

@@ -38,7 +38,10 @@ bool HasOtherRole(const AnnouncedPopup& before, const AnnouncedPopup& now) {
 
 void AnnounceControl(const ControlFacts& before, const ControlFacts& now, LONG child) {
     if (!SameText(before.name, now.name)) Notify(EVENT_OBJECT_NAMECHANGE, child);
-    if (!SameText(before.description, now.description)) Notify(EVENT_OBJECT_DESCRIPTIONCHANGE, child);
+    if (!SameText(before.description, now.description)) {
+        Notify(EVENT_OBJECT_DESCRIPTIONCHANGE, child);
+        Notify(EVENT_OBJECT_HELPCHANGE, child);  // The help text repeats the description.
+    }
     if (before.state != now.state) Notify(EVENT_OBJECT_STATECHANGE, child);
     if (!SameText(before.value, now.value)) Notify(EVENT_OBJECT_VALUECHANGE, child);
 }

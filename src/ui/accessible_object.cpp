@@ -139,9 +139,11 @@ struct AccessibleObject final : IAccessible {
         return static_cast<ULONG>(left);
     }
 
-    // C++ clients and UI Automation do not use IDispatch.
+    // Windows implements IDispatch for clients of a server that does not ("IDispatch Interface and
+    // Accessibility").
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
-        return Clear(count) ? S_OK : E_INVALIDARG;
+        Clear(count);
+        return E_NOTIMPL;
     }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo** information) override {
         Clear(information);

@@ -18,6 +18,7 @@ HINT = "\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%"
 BLOCKED = "\u26a0 COLORS BLOCKED BY WINDOWS. CLICK TO FIX"
 COPIED_HINT = "PASTE INTO AN EMAIL TO SUPPORT@AMBREL.EXAMPLE"
 WM_DISPLAYCHANGE, WM_CLOSE, WM_PAINT = 0x7E, 0x10, 0xF
+WM_QUERYENDSESSION, WM_ENDSESSION, ENDSESSION_CLOSEAPP = 0x11, 0x16, 1
 ACTIONS_REQUESTED = 0x806C  # the program's own message
 RUN_KEY = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run"
 NO = 7  # the button of a message box
@@ -420,7 +421,8 @@ def test_the_panels_and_the_popup_announce_themselves(popup):
         press(popup, "ALLOW EXTREME DIM")
         assert events.wait_for(("state", 4)) == [("state", 4)]
         press(popup, "COPY FEEDBACK FOR SUPPORT")
-        assert events.wait_for(("name", 6), ("description", 6)) == [("name", 6), ("description", 6)]
+        copied = [("name", 6), ("description", 6), ("help", 6)]
+        assert events.wait_for(*copied) == copied
         popup.post_message(WM_CLOSE)
         assert ("hide", 0) in events.wait_for(("hide", 0))
         popup.show()
@@ -454,12 +456,21 @@ def test_a_lock_announces_the_status_of_the_strip(start_with_displays):
     with desk.accessible_events() as events:
         desk.hardware.plug("desk")
         desk.post_message(WM_DISPLAYCHANGE)
-        events.wait_for(("reorder", 0), ("name", 7), ("description", 7))
+        events.wait_for(("reorder", 0), ("name", 7), ("description", 7), ("help", 7))
         press(desk, "PWM-SAFE MODE")
-        events.wait_for(("state", 7), ("description", 7))
+        events.wait_for(("state", 7), ("description", 7), ("help", 7))
         desk.wait_for_log(CONFIRMED % 1)
         wait_until(lambda: read_panel(desk)[6][3] == "DISPLAY LOCKED AT 100%", "the confirmed lock")
-        events.wait_for(("description", 7))
+        events.wait_for(("description", 7), ("help", 7))
+
+
+def test_an_end_of_the_program_announces_that_the_popup_disappears(popup):
+    with popup.accessible_events() as events:
+        # As an installer that replaces the program's file.
+        popup.send_message(WM_QUERYENDSESSION, 0, ENDSESSION_CLOSEAPP)
+        popup.send_message(WM_ENDSESSION, 1, ENDSESSION_CLOSEAPP)
+        assert ("hide", 0) in events.wait_for(("hide", 0))
+    assert popup.wait_for_exit() == 0
 
 
 # At any moment

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/sent_message.h"
 #include "app/session_end.h"
 #include "app/state/app_state.h"
 #include "support/call_record.h"
@@ -15,11 +16,7 @@ constexpr LRESULT kObject = 4321;
 constexpr LRESULT kDefaultAnswer = 4711;
 
 LRESULT g_answer = kObject;
-DWORD g_sent = ISMEX_NOSEND;
-
-DWORD WINAPI FakeInSendMessage(void*) {
-    return g_sent;
-}
+bool g_sent = false;
 
 BOOL WINAPI FakePostMessage(HWND window, UINT message, WPARAM, LPARAM) {
     Record("post ", ValueOf(window), " ", message);
@@ -40,7 +37,7 @@ protected:
     void SetUp() override {
         g_app = AppState{};
         g_answer = kObject;
-        g_sent = ISMEX_NOSEND;
+        g_sent = false;
         g_calls.clear();
     }
 };
@@ -48,9 +45,11 @@ protected:
 }  // namespace
 
 AMBREL_SEAM(DefWindowProcW, FakeDefWindowProc);
-AMBREL_SEAM(InSendMessageEx, FakeInSendMessage);
 AMBREL_SEAM(PostMessageW, FakePostMessage);
 
+AMBREL_REPLACE(bool, ShouldPostAgain, ()) {
+    return g_sent;
+}
 AMBREL_REPLACE(LRESULT, AnswerAccessibilityRequest, (WPARAM wParam)) {
     Record("answer ", wParam);
     return g_answer;
@@ -91,7 +90,7 @@ TEST_F(Accessibility, ARequestIsUseOfTheProgramLikeAClick) {
 TEST_F(Accessibility, AMessageThatWasSentIsPosted) {
     g_app.mainWindow = MakeHandle<HWND>(500);
     g_app.accessibleActions.count = 1;
-    g_sent = ISMEX_SEND;
+    g_sent = true;
     OnAccessibleActions();
     EXPECT_EQ(g_calls, (CallRecord{"post 500 32876"}));
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "app/popup.h"
+#include "app/sent_message.h"
 #include "app/session_end.h"
 #include "app/shell/tray_icon.h"
 #include "app/state/app_state.h"
@@ -20,7 +21,7 @@ bool g_shellAccepts = false;
 int g_shellAcceptsFrom = 0;  // the number of the add that is accepted first; 0: see g_shellAccepts
 int g_addCount = 0;
 void (*g_duringShellCall)() = nullptr;
-DWORD g_sending = ISMEX_NOSEND;
+bool g_sent = false;
 bool g_windowVisible = false;
 ULONGLONG g_now = 0;
 
@@ -35,10 +36,6 @@ ULONGLONG WINAPI FakeGetTickCount64() {
     return g_now;
 }
 
-DWORD WINAPI FakeInSendMessageEx(void*) {
-    return g_sending;
-}
-
 BOOL WINAPI FakePostMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     EXPECT_EQ(window, kWindow);
     Record("post ", message, " ", wParam, " ", lParam);
@@ -47,11 +44,13 @@ BOOL WINAPI FakePostMessage(HWND window, UINT message, WPARAM wParam, LPARAM lPa
 
 }  // namespace
 
-AMBREL_SEAM(InSendMessageEx, FakeInSendMessageEx);
 AMBREL_SEAM(PostMessageW, FakePostMessage);
 AMBREL_SEAM(IsWindowVisible, FakeIsWindowVisible);
 AMBREL_SEAM(GetTickCount64, FakeGetTickCount64);
 
+AMBREL_REPLACE(bool, ShouldPostAgain, ()) {
+    return g_sent;
+}
 AMBREL_REPLACE(void, ShowPopup, ()) {
     Record("show popup");
 }
@@ -87,7 +86,7 @@ protected:
         g_shellAcceptsFrom = 0;
         g_addCount = 0;
         g_duringShellCall = nullptr;
-        g_sending = ISMEX_NOSEND;
+        g_sent = false;
         g_windowVisible = false;
         g_now = 1'000'000;
     }
@@ -149,23 +148,20 @@ TEST_F(TrayEvents, OtherMessagesOfTheIconAreIgnored) {
 
 // COM rejects the WMI calls of built-in panels in a sent message. WM_USER + 1 is 1025, WM_LBUTTONUP 514.
 TEST_F(TrayEvents, AClickThatTheShellSendsIsPostedAgain) {
-    for (const DWORD sending : {DWORD{ISMEX_SEND}, DWORD{ISMEX_NOTIFY}}) {
-        g_calls.clear();
-        g_sending = sending;
-        OnTrayCallback(WM_LBUTTONUP);
-        EXPECT_EQ(g_calls, (CallRecord{"post 1025 0 514"}));
-    }
+    g_sent = true;
+    OnTrayCallback(WM_LBUTTONUP);
+    EXPECT_EQ(g_calls, (CallRecord{"post 1025 0 514"}));
     g_calls.clear();
     OnTrayCallback(WM_RBUTTONUP);
     EXPECT_EQ(g_calls, (CallRecord{"post 1025 0 517"}));
     g_calls.clear();
-    g_sending = ISMEX_NOSEND;
+    g_sent = false;
     OnTrayCallback(WM_LBUTTONUP);
     EXPECT_EQ(g_calls, (CallRecord{"show popup"}));
 }
 
 TEST_F(TrayEvents, MovesOverTheIconAreNotPostedAgain) {
-    g_sending = ISMEX_NOTIFY;
+    g_sent = true;
     for (const UINT message : {WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_RBUTTONDOWN, WM_LBUTTONDBLCLK})
         OnTrayCallback(message);
     EXPECT_TRUE(g_calls.empty());
@@ -173,7 +169,7 @@ TEST_F(TrayEvents, MovesOverTheIconAreNotPostedAgain) {
 
 // The display query may take longer than the reopen delay before a posted click is handled.
 TEST_F(TrayEvents, ASentClickThatHidThePopupIsDiscardedWhenItArrives) {
-    g_sending = ISMEX_NOTIFY;
+    g_sent = true;
     g_app.popupHiddenAt = g_now - 249;
     OnTrayCallback(WM_LBUTTONUP);
     EXPECT_TRUE(g_calls.empty());
@@ -295,7 +291,7 @@ TEST_F(TrayEvents, AClickOnTheIconContinuesASessionThatWasEnding) {
 TEST_F(TrayEvents, AClickThatOnlyHidThePopupContinuesTheSessionToo) {
     g_app.ending = true;
     g_app.popupHiddenAt = g_now;
-    g_sending = ISMEX_SEND | ISMEX_NOTIFY;
+    g_sent = true;
     OnTrayCallback(WM_LBUTTONUP);
     EXPECT_EQ(g_calls, (CallRecord{"continue session"}));
 }

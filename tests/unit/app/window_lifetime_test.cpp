@@ -1,5 +1,4 @@
 #include "app/window_lifetime.h"
-#include "app/recorded_pwm_safe.h"
 
 #include <gtest/gtest.h>
 
@@ -15,11 +14,18 @@
 #include "support/call_record.h"
 #include "support/fake_clock.h"
 #include "support/seam.h"
+#include "ui/accessible_events.h"
 #include "ui/accessible_object.h"
 
 #include <oleacc.h>
 
 AMBREL_USES_SEAMS(recorded_timers);
+
+namespace {
+
+bool g_announcedHidden = false;
+
+}  // namespace
 
 // Before `ending` is set, a handler that is still running could tint the cursors again.
 AMBREL_REPLACE(void, ReleaseCursorCopies, ()) {
@@ -39,6 +45,10 @@ AMBREL_REPLACE(void, RestoreIdentityRamp, ()) {
 }
 AMBREL_REPLACE(void, ShutdownMagnification, ()) {
     Record("shut magnification down");
+}
+AMBREL_REPLACE(void, AnnouncePopup, (bool shown)) {
+    EXPECT_NE(g_app.mainWindow, nullptr);
+    g_announcedHidden = !shown;
 }
 AMBREL_REPLACE(void, SaveSettings, ()) {
     Record("save settings");
@@ -268,6 +278,12 @@ TEST_F(WindowLifetime, ReleasedHandlesAreCleared) {
     EXPECT_EQ(g_app.headerIcon, nullptr);
     EXPECT_EQ(g_app.singleInstanceMutex, nullptr);
     EXPECT_EQ(g_app.mainWindow, nullptr);
+}
+
+TEST_F(WindowLifetime, TheEndAnnouncesThatThePopupIsHidden) {
+    g_announcedHidden = false;
+    OnDestroy();
+    EXPECT_TRUE(g_announcedHidden);
 }
 
 TEST_F(WindowLifetime, TheProgramsReferenceToTheAccessibleObjectIsReleased) {

@@ -20,6 +20,11 @@ std::string NameOf(int child) {
 std::string DescriptionOf(int child) {
     return "event 800d of " + std::to_string(child);
 }
+
+// The help text repeats the description.
+std::string HelpOf(int child) {
+    return "event 8010 of " + std::to_string(child);
+}
 std::string ValueOf(int child) {
     return "event 800e of " + std::to_string(child);
 }
@@ -93,13 +98,15 @@ TEST_F(AccessibleEvents, TheLitHintIsAnotherControlWithAnotherState) {
 
 TEST_F(AccessibleEvents, TheStripAnnouncesItsNameAndItsStatus) {
     g_app.pwmTargetsPresent = true;
-    EXPECT_EQ(Paint(), (CallRecord{kReorder, NameOf(kIdStrip), DescriptionOf(kIdStrip), StateOf(kIdStrip)}));
+    EXPECT_EQ(Paint(), (CallRecord{kReorder, NameOf(kIdStrip), DescriptionOf(kIdStrip), HelpOf(kIdStrip),
+                                   StateOf(kIdStrip)}));
     g_app.pwmSafe = true;
-    EXPECT_EQ(Paint(), (CallRecord{DescriptionOf(kIdStrip), StateOf(kIdStrip)}));
+    EXPECT_EQ(Paint(), (CallRecord{DescriptionOf(kIdStrip), HelpOf(kIdStrip), StateOf(kIdStrip)}));
     g_app.pwmLockConfirmed = true;
-    EXPECT_EQ(Paint(), CallRecord{DescriptionOf(kIdStrip)});
+    EXPECT_EQ(Paint(), (CallRecord{DescriptionOf(kIdStrip), HelpOf(kIdStrip)}));
     g_app.useLegacyGamma = g_app.lastApplyRejected = true;
-    EXPECT_EQ(Paint(), (CallRecord{kReorder, NameOf(kIdStrip), DescriptionOf(kIdStrip), StateOf(kIdStrip)}));
+    EXPECT_EQ(Paint(), (CallRecord{kReorder, NameOf(kIdStrip), DescriptionOf(kIdStrip), HelpOf(kIdStrip),
+                                   StateOf(kIdStrip)}));
     g_app.gammaRangeExpanded = true;
     EXPECT_EQ(Paint(), CallRecord{NameOf(kIdStrip)});
 }
@@ -118,9 +125,9 @@ TEST_F(AccessibleEvents, TheSettingsPanelAnnouncesItsSwitchesAndTheCopiedLook) {
     g_app.allowExtremeDim = true;
     EXPECT_EQ(Paint(), CallRecord{StateOf(kIdExtremeDim)});
     g_app.copiedUntil = UINT64_MAX;
-    EXPECT_EQ(Paint(), (CallRecord{NameOf(kIdSupport), DescriptionOf(kIdSupport)}));
+    EXPECT_EQ(Paint(), (CallRecord{NameOf(kIdSupport), DescriptionOf(kIdSupport), HelpOf(kIdSupport)}));
     g_app.copiedUntil = 0;
-    EXPECT_EQ(Paint(), (CallRecord{NameOf(kIdSupport), DescriptionOf(kIdSupport)}));
+    EXPECT_EQ(Paint(), (CallRecord{NameOf(kIdSupport), DescriptionOf(kIdSupport), HelpOf(kIdSupport)}));
 }
 
 TEST_F(AccessibleEvents, AMessageBoxChangesTheStateOfThePopupAndOfEachControl) {
