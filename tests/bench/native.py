@@ -34,17 +34,30 @@ def in_one_process(name):
     return measure
 
 
+def monitors(count, kind=""):
+    return f"{count} {kind}monitor{'s' if count > 1 else ''}"
+
+
+def proportion(of_many, of_few, times):
+    """The Figure that shows whether the time grows faster than the number of monitors."""
+    return Figure(f"{of_many.name}, beside {times} x that of 4", of_many.value, of_many.unit, times * of_few.value,
+                  of_many.value / (times * of_few.value), of_many.goal, max(of_many.spread, of_few.spread))
+
+
 def polls(build, full):
     with Lab(build) as lab:
         lab.hardware.panels([])
+        measured = {}
         for count in (1, 4, 16, 64):
             lab.hardware.monitors([Monitor(f"monitor {i}", 100) for i in range(count)])
-            yield from run(lab, build, "polls", [f"poll of {count} monitors that answer at once", str(count)],
-                           FULL_ROUNDS if full else ROUNDS)
+            measured[count], = run(lab, build, "polls", [f"poll of {monitors(count)}", str(count)],
+                                   FULL_ROUNDS if full else ROUNDS)
+            yield measured[count]
             lab.hardware.clear_calls()
+        yield proportion(measured[64], measured[4], 16)
         for count in (1, 4, 16, 64) if full else (1, 4):
             lab.hardware.monitors([Monitor(f"monitor {i}", 100, **REAL) for i in range(count)])
-            yield from run(lab, build, "polls", [f"poll of {count} real monitors", str(count)], REAL_ROUNDS)
+            yield from run(lab, build, "polls", [f"poll of {monitors(count, 'real ')}", str(count)], REAL_ROUNDS)
             lab.hardware.clear_calls()
 
 
