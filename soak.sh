@@ -4,6 +4,7 @@
 #   ./soak.sh faults        makes every function of Windows fail in turn, in every way, during a session
 #   ./soak.sh accessibility makes 5,000 random calls of another process to the popup's accessible object
 #   ./soak.sh input [PART]  random messages, mouse, frames, files, registry and clipboard; SEED=S repeats a run
+#   ./soak.sh month         30 days of use on a simulated clock; prints objects, memory and the log by day
 #   ./soak.sh messages [N]  sends N (100,000) random messages of another program; SEED=S repeats a run
 #   ./soak.sh fuzz [SECONDS [TARGET]] fuzzes parsing and text natively, SECONDS (60) for each target; SEED=S repeats a run
 #   ./soak.sh kills [N]     kills the program at N (500) random moments; SEED=S repeats a run
@@ -11,7 +12,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-attacks=(faults input messages accessibility fuzz kills options)
+attacks=(faults input month messages accessibility fuzz kills options)
 
 usage() {
     sed -n '2,/^set/s/^# \{0,1\}//p' "$0" >&2
@@ -44,6 +45,10 @@ attack_input() {
     lab/run-in-lab build/release/unit/input_attack.exe ${1:+--only "$1"} ${SEED:+--seed "$SEED"}
 }
 
+attack_month() {
+    lab/run-in-lab build/release/unit/month.exe
+}
+
 attack_messages() {
     AMBREL_RANDOM_MESSAGES="${1:-100000}" AMBREL_BUILD_DIR=$PWD/build/release \
         tests/run_pytest.sh tests/e2e/test_hostile_messages.py -s
@@ -66,7 +71,7 @@ fi
 
 scripts/install-packages.sh scripts/packages.txt lab/packages.txt
 mkdir -p build
-if ! { cmake --preset tests && cmake --build --preset tests --target ambrel lab fault_matrix input_attack; } >build/soak.log 2>&1; then
+if ! { cmake --preset tests && cmake --build --preset tests --target ambrel lab fault_matrix input_attack month; } >build/soak.log 2>&1; then
     grep -v '^\[' build/soak.log | tail -n 60 >&2
     echo "The build failed. The full log is in build/soak.log." >&2
     exit 1

@@ -93,7 +93,11 @@ int RunMessageLoop() {
     MSG message = {};
     for (int failures = 0; failures < kMaxFailures;) {
         const BOOL result = GetMessageW(&message, nullptr, 0, 0);
-        if (result == 0) return static_cast<int>(message.wParam);
+        if (result == 0) {
+            // Another program can post WM_QUIT, which leaves the window.
+            if (!g_app.windowDestroyed) DestroyMainWindow();
+            return static_cast<int>(message.wParam);
+        }
         if (result < 0) {
             failures += 1;
             continue;

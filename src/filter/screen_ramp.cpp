@@ -112,6 +112,15 @@ bool LoadIdentityInto(HDC dc, GammaRamp* identity) {
            (g_app.ending && SetDeviceGammaRamp(dc, identity) != FALSE);
 }
 
+// False if Windows refuses it or provides no context; *refused is true in the first case.
+bool LoadIdentityIntoWholeScreen(GammaRamp* identity, bool* refused) {
+    const ScreenDc screen;
+    if (screen.dc == nullptr) return false;
+    const bool accepted = LoadIdentityInto(screen.dc, identity);
+    *refused = !accepted;
+    return accepted;
+}
+
 // False if no display accepts it.
 bool LoadIdentityIntoEachDisplay(GammaRamp* identity) {
     bool anyLoaded = false;
@@ -134,13 +143,9 @@ RampLoadResult LoadRamp(GammaRamp* ramp) {
 bool LoadIdentityRamp() {
     GammaRamp identity;
     FillIdentityRamp(&identity);
-    bool accepted = false;
     bool refused = false;
-    {
-        const ScreenDc screen;
-        accepted = screen.dc != nullptr && LoadIdentityInto(screen.dc, &identity);
-        refused = screen.dc != nullptr && !accepted;
-    }
+    bool accepted = LoadIdentityIntoWholeScreen(&identity, &refused);
+    if (!accepted && !refused && g_app.ending) accepted = LoadIdentityIntoWholeScreen(&identity, &refused);
     // The entire screen's context may reach the primary display only.
     if (g_app.rampsPerDisplay || (refused && HasSeveralActiveDisplays())) {
         accepted = LoadIdentityIntoEachDisplay(&identity) || accepted;

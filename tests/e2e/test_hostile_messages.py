@@ -10,16 +10,24 @@ from desk import wait_until
 MESSAGES = int(os.environ.get("AMBREL_RANDOM_MESSAGES", "3000"))
 SEED = int(os.environ.get("SEED", "1"))
 CHUNK = 500
-NO = "&No"
+NO = 7  # the button's id
 OWN_BRIGHTNESS = 40
-WM_NULL, WM_CLOSE, WM_SYSCOMMAND = 0, 0x10, 0x112
-SC_MINIMIZE = 0xF020
-NIGHT = model.PRESETS["NIGHT"][:2]
+WM_NULL, WM_CLOSE, WM_QUIT, WM_CANCELMODE = 0, 0x10, 0x12, 0x1F
+WM_KEYDOWN, WM_COMMAND, WM_SYSCOMMAND = 0x100, 0x111, 0x112
+SC_MINIMIZE, VK_ESCAPE = 0xF020, 0x1B
+EVENING, NIGHT = model.PRESETS["EVENING"][:2], model.PRESETS["NIGHT"][:2]
 
 
 def close_boxes(desk):
-    for box in desk.message_boxes():
-        desk.press_button(box, NO if NO in box.buttons else None)
+    """Closes menus and boxes, and ends moving and sizing, all of which Windows' own loops can nest in each other, as a
+    user would with Escape and No."""
+    def closed():
+        desk.post_message(WM_CANCELMODE)
+        desk.post_message(WM_KEYDOWN, VK_ESCAPE)
+        for box in desk.message_boxes():
+            desk.post_message(WM_COMMAND, NO if NO in box.buttons else next(iter(box.buttons)), target=box.handle)
+        return not desk.message_boxes() and not desk.menu_window()
+    wait_until(closed, "neither boxes nor menus", actual=desk.windows, pause=0.1)
 
 
 def show_main_panel(desk):
@@ -49,6 +57,19 @@ def test_random_messages_leave_a_program_that_works_and_restores_everything(desk
     desk.wait_for_factors(model.factors(*NIGHT))
     assert desk.quit() == 0
     assert desk.screen_is_plain()
+    assert desk.hardware.value("desk") == OWN_BRIGHTNESS
+    assert "[Restore]" not in desk.settings_text()
+
+
+def test_a_quit_message_of_another_program_restores_everything(desk):
+    desk.hardware.monitors([Monitor("desk", OWN_BRIGHTNESS)])
+    desk.start_fresh({"UseLegacyGamma": 1, "PWMSafeMode": 1})
+    wait_until(lambda: desk.hardware.value("desk") == 100, "the locked display", actual=lambda: desk.hardware.value("desk"))
+    desk.choose("EVENING")
+    desk.wait_for_legacy_colour(*EVENING)
+    desk.post_message(WM_QUIT)
+    assert desk.wait_for_exit() == 0
+    assert desk.ramp_is_plain()
     assert desk.hardware.value("desk") == OWN_BRIGHTNESS
     assert "[Restore]" not in desk.settings_text()
 

@@ -15,6 +15,7 @@
 #include "app/state/program_names.h"
 #include "faults/fault_injector.h"
 #include "faults/fault_table.h"
+#include "faults/handle_count.h"
 #include "faults/script.h"
 #include "faults/session.h"
 #include "faults/simulated_platform.h"
@@ -115,13 +116,11 @@ Outcome RunSession(const Case& each, std::size_t number) {
 
 struct Held {
     int gdiObjects;
-    DWORD handles;
+    int handles;
 };
 
 Held CountHeld() {
-    Held held = {CountGdiObjects(), 0};
-    GetProcessHandleCount(GetCurrentProcess(), &held.handles);
-    return held;
+    return {CountGdiObjects(), CountHandles()};
 }
 
 // Functions whose failure leaks the object that they should free.

@@ -173,7 +173,7 @@ BOOL WINAPI MagSetFullscreenColorEffect(const ColourMatrix* effect) {
 }
 
 BOOL WINAPI GetNumberOfPhysicalMonitors(HMONITOR, DWORD* found) {
-    *found = 1;
+    *found = g_platform.monitorConnected ? 1 : 0;
     return TRUE;
 }
 
@@ -193,6 +193,8 @@ BOOL WINAPI GetCapabilities(HANDLE, DWORD* capabilities, DWORD* temperatures) {
 }
 
 BOOL WINAPI GetBrightness(HANDLE, DWORD* minimum, DWORD* current, DWORD* maximum) {
+    g_platform.monitorAnswers += 1;
+    if (g_platform.monitorMissesAnswers && g_platform.monitorAnswers % 2 == 0) return FALSE;
     *minimum = 0;
     *current = g_platform.monitorPercent;
     *maximum = 100;

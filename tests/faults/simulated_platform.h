@@ -15,6 +15,9 @@ struct SimulatedPlatform {
     bool refusesRamps = false;  // all but the identity
     bool matrixIsIdentity = true;
     DWORD monitorPercent = 40;
+    bool monitorConnected = true;
+    bool monitorMissesAnswers = false;  // every other one
+    unsigned monitorAnswers = 0;
     bool cursorsReplaced = false;
     int boxes = 0;
     std::set<UINT_PTR> timers;

@@ -29,6 +29,9 @@ struct Round {
     std::string fault;  // the first property that did not hold; empty: none
 };
 
+// Runs a round that g_currentCase describes. Prints its fault and the last steps; false if there is one.
+bool RunRound(Round* round, void (*attack)());
+
 // The running round.
 extern Round* g_round;
 

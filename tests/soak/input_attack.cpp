@@ -6,15 +6,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <deque>
 #include <iterator>
 
+#include "faults/handle_count.h"
 #include "faults/session.h"
 #include "faults/simulated_platform.h"
 #include "filter/gdi_counts.h"
 #include "soak/attack.h"
-
-Round* g_round = nullptr;
 
 namespace {
 
@@ -37,7 +35,6 @@ constexpr Part kParts[] = {
     {"clipboard", "owners", 20, 2000, 4, AttackClipboard},
 };
 
-constexpr std::size_t kStepsPrinted = 6;
 constexpr int kWarmUpRounds = 2;  // Windows and Wine create cached objects once
 
 struct Options {
@@ -48,18 +45,13 @@ struct Options {
     int round = -1;  // this round alone
 };
 
-std::deque<std::string> g_steps;
-std::size_t g_caseLength = 0;  // of g_currentCase without the step
-
 struct Held {
     GdiCounts objects;
-    DWORD handles;
+    int handles;
 };
 
 Held CountHeld() {
-    Held held = {CurrentGdiCounts(), 0};
-    GetProcessHandleCount(GetCurrentProcess(), &held.handles);
-    return held;
+    return {CurrentGdiCounts(), CountHandles()};
 }
 
 // Of this process; Wine's server is another one.
@@ -78,23 +70,12 @@ double ProcessorSeconds() {
     return static_cast<double>(kernel.QuadPart + user.QuadPart) / 1e7;
 }
 
-bool RunRound(const Part& part, unsigned number, const Options& options, int steps) {
+bool RunNumberedRound(const Part& part, unsigned number, const Options& options, int steps) {
     const auto partNumber = static_cast<unsigned>(&part - kParts);
     Round round = {Dice(options.seed, partNumber, number), steps, {}};
-    g_round = &round;
-    g_steps.clear();
     std::snprintf(g_currentCase, sizeof(g_currentCase), "%s: --only %s --seed %llu --round %u", part.name,
                   part.name, static_cast<unsigned long long>(options.seed), number);
-    g_caseLength = std::strlen(g_currentCase);
-    part.attack();
-    NoteProgress();
-    g_currentCase[g_caseLength] = '\0';
-    if (round.fault.empty()) return true;
-    std::printf("FAULT: %s: %s\n", g_currentCase, round.fault.c_str());
-    for (const std::string& step : g_steps)
-        std::printf("    %s\n", step.c_str());
-    std::fflush(stdout);
-    return false;
+    return RunRound(&round, part.attack);
 }
 
 // A leak grows with each round.
@@ -102,12 +83,11 @@ bool CheckHeld(const Part& part, int rounds, const Held& before) {
     const Held after = CountHeld();
     const bool leaks = after.objects.gdiObjects >= before.objects.gdiObjects + rounds ||
                        after.objects.icons >= before.objects.icons + rounds ||
-                       after.handles >= before.handles + static_cast<DWORD>(rounds);
+                       after.handles >= before.handles + rounds;
     if (!leaks) return true;
-    std::printf("FAULT: %s leaks: %d GDI objects, %d icons, %ld handles more after %d rounds\n", part.name,
+    std::printf("FAULT: %s leaks: %d GDI objects, %d icons, %d handles more after %d rounds\n", part.name,
                 after.objects.gdiObjects - before.objects.gdiObjects,
-                after.objects.icons - before.objects.icons,
-                static_cast<long>(after.handles) - static_cast<long>(before.handles), rounds);
+                after.objects.icons - before.objects.icons, after.handles - before.handles, rounds);
     return false;
 }
 
@@ -121,7 +101,7 @@ bool RunPart(const Part& part, const Options& options) {
     for (int number = 0; number < rounds; ++number) {
         if (options.round >= 0 && number != options.round) continue;
         if (number == kWarmUpRounds) before = CountHeld();
-        failed += RunRound(part, static_cast<unsigned>(number), options, part.perRound) ? 0 : 1;
+        failed += RunNumberedRound(part, static_cast<unsigned>(number), options, part.perRound) ? 0 : 1;
         run += 1;
     }
     if (options.round < 0 && rounds > 2 * kWarmUpRounds && !CheckHeld(part, rounds - kWarmUpRounds, before))
@@ -150,23 +130,6 @@ Options ReadOptions(int argc, char** argv) {
 }
 
 }  // namespace
-
-Dice::Dice(std::uint64_t seed, unsigned part, unsigned round) {
-    std::seed_seq sequence{static_cast<unsigned>(seed), static_cast<unsigned>(seed >> 32), part, round};
-    engine_.seed(sequence);
-}
-
-void Require(bool holds, const std::string& fault) {
-    if (!holds && g_round->fault.empty()) g_round->fault = fault;
-}
-
-void RecordStep(const std::string& step) {
-    if (Failed()) return;
-    // For the report of a crash or a hang.
-    std::snprintf(g_currentCase + g_caseLength, sizeof(g_currentCase) - g_caseLength, ": %s", step.c_str());
-    g_steps.push_back(step);
-    if (g_steps.size() > kStepsPrinted) g_steps.pop_front();
-}
 
 int main(int argc, char** argv) {
     const Options options = ReadOptions(argc, argv);

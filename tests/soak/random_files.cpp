@@ -105,6 +105,17 @@ std::string AnySettings(Dice& dice) {
     return text;
 }
 
+std::string Escaped(const std::string& bytes) {
+    std::string text;
+    for (const char byte : bytes) {
+        char code[8];
+        std::snprintf(code, sizeof(code), byte >= 0x20 && byte < 0x7F ? "%c" : "\\x%02X",
+                      static_cast<unsigned char>(byte));
+        text += code;
+    }
+    return text;
+}
+
 struct Settings {
     double intensity, brightness;
     bool launchAtStart, allowExtremeDim, useLegacyGamma, legacyModeAutoSet, pwmSafe;
@@ -154,7 +165,7 @@ void WriteSettingsAndStart() {
 void TestSettings(Dice& dice, int number) {
     const std::wstring path = ProgramFolder() + L"settings.ini";
     g_settings = AnySettings(dice);
-    RecordStep("settings.ini: " + g_settings.substr(0, 2000));
+    RecordStep("settings.ini: " + Escaped(g_settings.substr(0, 2000)));
     WriteBytes(path, g_settings);
     if (number % 20 == 0) {
         RunSessionWith(WriteSettingsAndStart);
@@ -166,7 +177,7 @@ void TestSettings(Dice& dice, int number) {
 std::string AnyLog(Dice& dice) {
     std::string text;
     const unsigned kind = dice.Below(6);
-    const unsigned longest = dice.OneIn(20) ? 400000 : 20000;
+    const unsigned longest = dice.OneIn(6) ? 900000 : 20000;
     if (kind == 0) return AnyBytes(dice, longest);
     if (kind == 1) return std::string(dice.Below(longest), static_cast<char>(dice.Any()));
     while (text.size() < longest) {

@@ -262,6 +262,8 @@ BOOL WINAPI FakeGetMessage(MSG* message, HWND window, UINT first, UINT last) {
     if (g_system.everyOtherReadFails && g_system.reads % 2 == 1) return -1;
     if (g_system.messages.empty()) {
         Record("quit message");
+        // WM_DESTROY posts it; another program can do that as well.
+        g_app.windowDestroyed = !g_system.otherProgramQuits;
         *message = {nullptr, WM_QUIT, g_system.quitCode, 0, 0, {}};
         return FALSE;
     }

@@ -34,6 +34,7 @@ struct FakeSystem {
     bool trayAccepts = true;
     std::vector<MSG> messages;  // before WM_QUIT
     WPARAM quitCode = 0;
+    bool otherProgramQuits = false;
     int failingReads = 0;  // of the message queue, at first
     bool everyOtherReadFails = false;
     int reads = 0;

@@ -1,4 +1,4 @@
-// A message loop whose calls to Windows fail.
+// A message loop whose calls to Windows fail, or that another program ends.
 #include <gtest/gtest.h>
 
 #include "app/startup_fakes.h"
@@ -42,5 +42,14 @@ TEST_F(MessageLoop, AfterTenFailuresInARowTheWindowIsDestroyedAndTheProgramEnds)
     EXPECT_EQ(g_system.reads, 10);
     EXPECT_EQ(CallsStarting("destroy window"), (CallRecord{"destroy window 500"}));
     EXPECT_TRUE(IsBefore(kGaveUpLine, "destroy window"));
+    EXPECT_TRUE(IsBefore("destroy window", "co uninitialize"));
+}
+
+TEST_F(MessageLoop, AQuitMessageOfAnotherProgramDestroysTheWindowAndGivesTheExitCode) {
+    g_system.otherProgramQuits = true;
+    g_system.quitCode = 7;
+    EXPECT_EQ(Start(), 7);
+    EXPECT_EQ(CallsStarting("destroy window"), (CallRecord{"destroy window 500"}));
+    EXPECT_TRUE(IsBefore("quit message", "destroy window"));
     EXPECT_TRUE(IsBefore("destroy window", "co uninitialize"));
 }

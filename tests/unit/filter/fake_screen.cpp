@@ -20,6 +20,10 @@ HDC WINAPI FakeGetDC(HWND window) {
     EXPECT_EQ(window, nullptr);
     Record("get dc");
     if (!g_screen.givesContext) return nullptr;
+    if (g_screen.contextsRefused > 0) {
+        g_screen.contextsRefused -= 1;
+        return nullptr;
+    }
     g_screen.contextsHeld += 1;
     return kContext;
 }

@@ -50,6 +50,7 @@ bool operator==(const Ramp& one, const Ramp& other);
 
 struct FakeScreen {
     bool givesContext = true;
+    int contextsRefused = 0;  // the first ones
     bool acceptsRamps = true;
     bool canBeRead = true;
     std::vector<Deviation> deviations;

@@ -133,3 +133,15 @@ TEST_F(LegacyRamp, RestoringSetsTheIdentityRegardlessOfTheState) {
     ExpectIdentity(g_screen.seen.front());
     EXPECT_EQ(g_model.calls, 0);
 }
+
+TEST_F(LegacyRamp, TheIdentityIsTriedAgainAtTheEndIfWindowsProvidesNoContext) {
+    g_screen.contextsRefused = 1;
+    RestoreIdentityRamp();
+    EXPECT_TRUE(g_screen.seen.empty()) << "a later event restores it";
+    g_app.ending = true;
+    g_screen.contextsRefused = 1;
+    RestoreIdentityRamp();
+    ASSERT_EQ(g_screen.seen.size(), 1U);
+    EXPECT_TRUE(g_screen.seen[0] == IdentityRamp());
+    EXPECT_EQ(g_screen.contextsHeld, 0);
+}
