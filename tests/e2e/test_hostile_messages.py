@@ -27,7 +27,7 @@ def close_boxes(desk):
         for box in desk.message_boxes():
             desk.post_message(WM_COMMAND, NO if NO in box.buttons else next(iter(box.buttons)), target=box.handle)
         return not desk.message_boxes() and not desk.menu_window()
-    wait_until(closed, "neither boxes nor menus", actual=desk.windows, pause=0.1)
+    wait_until(closed, "neither boxes nor menus", state=desk.windows, pause=0.1)
 
 
 def show_main_panel(desk):
@@ -64,7 +64,7 @@ def test_random_messages_leave_a_program_that_works_and_restores_everything(desk
 def test_a_quit_message_of_another_program_restores_everything(desk):
     desk.hardware.monitors([Monitor("desk", OWN_BRIGHTNESS)])
     desk.start_fresh({"UseLegacyGamma": 1, "PWMSafeMode": 1})
-    wait_until(lambda: desk.hardware.value("desk") == 100, "the locked display", actual=lambda: desk.hardware.value("desk"))
+    wait_until(lambda: desk.hardware.value("desk") == 100, "the locked display", state=lambda: desk.hardware.value("desk"))
     desk.choose("EVENING")
     desk.wait_for_legacy_colour(*EVENING)
     desk.post_message(WM_QUIT)
