@@ -296,6 +296,27 @@ def test_presets_and_the_power_button_reach_the_screen_and_the_settings(popup):
     popup.wait_for_colour(*model.PRESETS["DAY"][:2])
 
 
+def test_the_panel_is_drawn_as_after_clicks(popup):
+    """The picture after EVENING, after its values as texts, and with the filter off."""
+    press(popup, "EVENING")
+    wait_for_panel_read(popup, main_panel("2,700K", "85%", ("alert", HINT, "alert"), "EVENING", True))
+    chosen = drawn_picture(popup, lambda picture: True)
+    press(popup, "KIVO")
+    wait_for_panel_read(popup, main_panel("2,700K", "85%", ("alert", HINT, "alert"), "EVENING"))
+    switched_off = drawn_picture(popup, lambda picture: picture != chosen)
+
+    popup.start_fresh({"Intensity": 0, "Brightness": 1000}).open_popup()
+    start = drawn_picture(popup, lambda picture: picture not in (chosen, switched_off))
+    popup.choose("EVENING")
+    assert drawn_picture(popup, lambda picture: picture != start) == chosen
+    popup.press_power()
+    assert drawn_picture(popup, lambda picture: picture != chosen) == switched_off
+
+    popup.start_fresh({"Intensity": 0, "Brightness": 1000}).open_popup()
+    assert put(popup, "WARMTH", "2,700K") == put(popup, "BRIGHTNESS", "85%") == OK
+    assert drawn_picture(popup, lambda picture: picture != start) == switched_off
+
+
 def test_a_preset_can_be_selected(popup):
     assert popup.accessible_select(popup.accessible_control("NIGHT"), TAKE_SELECTION) == OK
     popup.wait_for_colour(*model.PRESETS["NIGHT"][:2])
