@@ -64,6 +64,12 @@ bool MayRestore(const Case& each, std::initializer_list<const char*> functions) 
     return each.occasion != Occasion::Always || !IsAnyOf(each, functions);
 }
 
+bool IsBrightnessRecorded() {
+    wchar_t row[8] = L"";
+    GetPrivateProfileStringW(L"Restore", L"1", L"", row, 8, (ProgramFolder() + L"settings.ini").c_str());
+    return row[0] != L'\0';
+}
+
 void CheckRestored(const Case& each, Outcome* outcome) {
     if (!IsRampIdentity() && MayRestore(each, {"SetDeviceGammaRamp", "GetDC"}))
         outcome->faults.push_back("the gamma ramp is not the identity");
@@ -73,7 +79,12 @@ void CheckRestored(const Case& each, Outcome* outcome) {
         outcome->faults.push_back("the colour matrix is not the identity");
     if (g_platform.cursorsReplaced && MayRestore(each, {"SystemParametersInfoW"}))
         outcome->faults.push_back("the cursors are tinted");
-    if (g_platform.monitorPercent != 40 &&
+    // The brightness of a monitor that refuses it or does not answer is recorded, and the next start restores
+    // it.
+    const bool recorded =
+        IsAnyOf(each, {"SetMonitorBrightness", "GetMonitorBrightness", "GetMonitorCapabilities"}) &&
+        IsBrightnessRecorded();
+    if (g_platform.monitorPercent != 40 && !recorded &&
         MayRestore(each,
                    {"SetMonitorBrightness", "EnumDisplayMonitors", "GetMonitorInfoW",
                     "GetNumberOfPhysicalMonitorsFromHMONITOR", "GetPhysicalMonitorsFromHMONITOR",
