@@ -132,10 +132,8 @@ bool MayBePosted(UINT message) {
     return !IsKey(message) && !(message >= WM_MOUSEFIRST && message <= WM_MOUSELAST);
 }
 
-// Closes a menu and ends moving and sizing, as the user would with Escape. The loop for a button of the title
-// bar, which the window does not have, waits for the release of the mouse alone.
+// Closes a menu and ends moving and sizing, as the user would with Escape.
 void EndLoops(HWND window) {
-    PostMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(-1, -1));
     PostMessageW(window, WM_CANCELMODE, 0, 0);
     PostMessageW(window, WM_KEYDOWN, VK_ESCAPE, 1);
 }

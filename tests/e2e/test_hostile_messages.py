@@ -13,17 +13,15 @@ CHUNK = 500
 NO = 7  # the button's id
 OWN_BRIGHTNESS = 40
 WM_NULL, WM_CLOSE, WM_QUIT, WM_CANCELMODE = 0, 0x10, 0x12, 0x1F
-WM_KEYDOWN, WM_COMMAND, WM_SYSCOMMAND, WM_LBUTTONUP = 0x100, 0x111, 0x112, 0x202
-OUTSIDE = 0xFFFFFFFF  # (-1, -1)
+WM_KEYDOWN, WM_COMMAND, WM_SYSCOMMAND = 0x100, 0x111, 0x112
 SC_MINIMIZE, VK_ESCAPE = 0xF020, 0x1B
 EVENING, NIGHT = model.PRESETS["EVENING"][:2], model.PRESETS["NIGHT"][:2]
 
 
 def close_boxes(desk):
     """Closes menus and boxes, and ends moving and sizing, all of which Windows' own loops can nest in each other, as a
-    user would with Escape, a click and No."""
+    user would with Escape and No."""
     def closed():
-        desk.post_message(WM_LBUTTONUP, 0, OUTSIDE)
         desk.post_message(WM_CANCELMODE)
         desk.post_message(WM_KEYDOWN, VK_ESCAPE)
         for box in desk.message_boxes():
