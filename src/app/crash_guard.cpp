@@ -28,7 +28,7 @@ struct CodeLocation {
     wchar_t module[64] = {};
     std::uintptr_t offset;
 
-    // Neither call waits for the loader's lock, which another thread may hold.
+    // Neither call takes the loader lock, which another thread may hold.
     explicit CodeLocation(const void* address) : offset(reinterpret_cast<std::uintptr_t>(address)) {
         MEMORY_BASIC_INFORMATION memory = {};
         if (VirtualQuery(address, &memory, sizeof(memory)) == 0 || memory.Type != MEM_IMAGE) return;

@@ -15,7 +15,8 @@ constexpr DWORD kWindowEndTimeout = 25000;
 void OnEndSession(bool ending, LPARAM reason);
 
 // Called when the user uses the program: if the session was ending, it continues after all, and the filter
-// and the lock are applied again as after a display change. Does nothing once the window is destroyed.
+// and the lock are applied again as after a display change. Does nothing while a display operation runs or
+// once the window is destroyed.
 void ContinueSession();
 
 // Restores the cursors and the gamma ramp, and waits up to `timeoutMs` for a running release of the

@@ -6,8 +6,8 @@
 extern "C" {
 
 // The registered procedure: HandleWindowMessage inside a frame that calls the crash guard for an exception
-// which nothing below it handles. On 64-bit Windows an exception does not pass from a window procedure to the
-// code that called Windows, and what becomes of it then depends on the version: the process's filter for
+// that no inner frame handles. On 64-bit Windows an exception does not pass from a window procedure to the
+// code that called Windows. What happens next depends on the Windows version: the process's filter for
 // unhandled exceptions may never see it.
 LRESULT CALLBACK MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 

@@ -9,7 +9,7 @@
 #include "win32/platform.h"
 
 // Callback of EnumDisplayMonitors: appends each physical monitor of one display monitor whose brightness can
-// be controlled to the DisplayTargetList that `context` points to. Returns TRUE, to go on with the next.
+// be controlled to the DisplayTargetList that `context` points to. Returns TRUE to continue the enumeration.
 BOOL CALLBACK EnumerateDdcTargets(HMONITOR display, HDC dc, RECT* rect, LPARAM context);
 
 // Sets the monitor with the target name to a percentage of its range; above 100 is treated as 100. If several

@@ -7,11 +7,11 @@
 // until the displays have answered.
 void EnumerateTargets(DisplayTargetList* list);
 
-// Whether a display reads what the lock sets. Some read back slightly less.
+// Whether the display is at 100 percent. 99 counts, since some displays report slightly less.
 bool IsAt100(const DisplayTarget& target);
 
-// Stores in AppState how many targets there are and how many are at 100 percent, and logs a change of the
-// former.
+// Stores in AppState how many targets there are, how many are at 100 percent and whether all are built-in
+// panels, and logs a change of the number of targets.
 void CountTargets(const DisplayTargetList& list);
 
 // Finds the target by its name and sets it to a percentage; above 100 is treated as 100. False if the display

@@ -8,6 +8,6 @@
 
 // Enumerates the displays and sets each to its saved value, which is removed from `saved` before the call.
 // Afterwards `saved` contains the values that no display has accepted. Returns the names of the displays that
-// have accepted theirs. OnEndSession may empty `saved` during the call and then restores the remaining values
-// itself. Any thread that has initialised COM.
+// have accepted theirs. StartPwmSafeRelease may empty `saved` during the call and then restores the remaining
+// values itself. Any thread that has initialised COM.
 std::vector<std::wstring> RestoreBrightness(SavedBrightness* saved);

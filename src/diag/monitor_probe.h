@@ -25,5 +25,6 @@ struct MonitorProbe {
 using MonitorProbeList = std::vector<MonitorProbe>;
 
 // Callback of EnumDisplayMonitors: appends the properties of the display monitor to the MonitorProbeList that
-// `context` points to. A property that cannot be read is 0 or empty. Returns TRUE, to go on with the next.
+// `context` points to. A property that cannot be read is 0 or empty. Returns TRUE to continue the
+// enumeration.
 BOOL CALLBACK ProbeMonitor(HMONITOR display, HDC dc, RECT* rect, LPARAM context);

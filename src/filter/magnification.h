@@ -13,7 +13,7 @@ struct MatrixResult {
 // is already initialised. A failure is shown in one message box and leaves the pipeline without effect.
 void InitMagnification();
 
-// Sets the identity matrix, uninitialises the API and unloads it; skips what was not done.
+// Sets the identity matrix, uninitialises the API and unloads it; skips steps that were never performed.
 void ShutdownMagnification();
 
 // Whether a matrix can be set.

@@ -1,6 +1,6 @@
 // The file events.log. It is opened and closed for every line, so that no line is lost when the process is
 // killed and other programs can open it between two lines. A failure leaves the file as it is and loses the
-// line. Any thread; callers hold the event log's lock.
+// line. Any thread; callers hold the event log's lock, except for AppendToLogFileInCrash.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@ void SetLogFile(const std::wstring& path);
 // the file never grows beyond 4 MiB and one line.
 void AppendToLogFile(std::wstring_view line);
 
-// Appends a line and CR LF through Windows alone: no code of the program or of the C runtime allocates in it.
+// Appends a line and CR LF through the Win32 API only; neither the program nor the C runtime allocates.
 void AppendToLogFileInCrash(std::wstring_view line);
 
 // Trims a file of more than 256 KiB to its last 64 KiB: to a byte count, so the first line may be partial.

@@ -8,7 +8,7 @@ using AbnormalEndHandler = void (*)(const void* address);
 // default, for none. Call before the process has a second thread.
 void SetAbnormalEndHandler(AbnormalEndHandler handler);
 
-// Calls the handler and ends the process. The runtime calls this when an allocation fails or when the
-// standard library detects a violated precondition, on any thread and possibly in the middle of a change to
-// AppState. Stack corruption does not reach this function: it calls FastFail directly.
+// Calls the handler and ends the process. The runtime calls this when an allocation that must not fail does,
+// or when the standard library detects a violated precondition, on any thread and possibly in the middle of a
+// change to AppState. Stack corruption does not reach this function: it calls FastFail directly.
 [[noreturn]] void EndProcessAbnormally();

@@ -1,5 +1,5 @@
-// Reads memory at an address that may be invalid. Any program of the user can send the window a message, and
-// with it a pointer that means nothing in this process.
+// Reads memory at an address that may be invalid. Any program of the user can send the window a message
+// whose pointer is invalid in this process.
 #pragma once
 
 #include <cstddef>

@@ -32,5 +32,6 @@ void StartTimer(TimerId timer, TimerPeriod period = TimerPeriod::Normal);
 // Stops the timer. Does nothing if it is not running.
 void StopTimer(TimerId timer);
 
-// Debounces: the period restarts with each call.
+// Stops the timer, then starts it. Debounces: the period restarts with each call, even if Windows refuses the
+// new timer.
 void RestartTimer(TimerId timer, TimerPeriod period = TimerPeriod::Normal);
