@@ -1,7 +1,7 @@
 #include "app/display_events.h"
 
+#include "app/shell/popup_dpi.h"
 #include "app/shell/refresh.h"
-#include "app/shell/scaled_resources.h"
 #include "app/state/app_state.h"
 #include "app/state/dpi.h"
 #include "app/state/timers.h"

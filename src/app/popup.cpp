@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "app/shell/foreground.h"
-#include "app/shell/scaled_resources.h"
+#include "app/shell/popup_dpi.h"
 #include "app/state/app_state.h"
 #include "app/state/dpi.h"
 #include "app/state/timers.h"

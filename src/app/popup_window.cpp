@@ -1,6 +1,6 @@
 #include "app/popup_window.h"
 
-#include "app/shell/scaled_resources.h"
+#include "app/shell/popup_dpi.h"
 #include "app/state/app_state.h"
 #include "app/state/dpi.h"
 #include "app/state/program_names.h"

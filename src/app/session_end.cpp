@@ -1,18 +1,14 @@
 #include "app/session_end.h"
 
-#include <algorithm>
-
+#include "app/restore_screen.h"
 #include "app/state/app_state.h"
 #include "app/state/timers.h"
 #include "brightness/pwm_release.h"
 #include "brightness/pwm_safe.h"
-#include "filter/cursor_tint.h"
-#include "filter/legacy_gamma.h"
 
 namespace {
 
 // All in ms.
-constexpr DWORD kScreenDelay = 1000;        // displays that answer within it are restored before the screen
 constexpr DWORD kSessionTimeout = 4000;     // Windows terminates the process after 5 s
 constexpr DWORD kInstallerTimeout = 25000;  // an installer terminates the process after 30 s
 
@@ -43,13 +39,4 @@ void ContinueSession() {
     if (!g_app.ending || g_app.windowDestroyed || g_app.pwmOperationRunning) return;
     g_app.ending = false;
     RestartTimer(TimerId::DisplaySettle);
-}
-
-void RestoreScreen(DWORD timeoutMs) {
-    const ULONGLONG start = GetTickCount64();
-    WaitForPwmSafeRelease(std::min(timeoutMs, kScreenDelay));
-    ReleaseCursorCopies();
-    RestoreIdentityRamp();
-    const ULONGLONG spent = GetTickCount64() - start;
-    if (spent < timeoutMs) WaitForPwmSafeRelease(static_cast<DWORD>(timeoutMs - spent));
 }

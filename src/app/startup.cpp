@@ -5,7 +5,7 @@
 #include "app/crash_guard.h"
 #include "app/popup_window.h"
 #include "app/shell/ensure_tray_icon.h"
-#include "app/shell/scaled_resources.h"
+#include "app/shell/header_icon.h"
 #include "app/single_instance.h"
 #include "app/state/app_state.h"
 #include "app/state/program_names.h"

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "app/power_events.h"
-#include "app/session_end.h"
+#include "app/restore_screen.h"
 #include "app/shell/refresh.h"
 #include "app/shell/tray_icon.h"
 #include "app/single_instance.h"
@@ -19,6 +19,9 @@
 #include "ui/logo.h"
 
 namespace {
+
+// How long the destruction of the window may wait, in ms, for a running release of the backlight.
+constexpr DWORD kWindowEndTimeout = 25000;
 
 // If this program runs as administrator, Windows blocks messages from processes of lower integrity: the
 // taskbar's broadcast, its clicks on the icon and the message of a second instance.

@@ -5,6 +5,7 @@
 
 #include "app/state/messages.h"
 #include "app/state/timers.h"
+#include "ui/popup_actions.h"
 #include "ui/popup_input.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include <iterator>
 
-#include "app/shell/scaled_resources.h"
+#include "app/shell/header_icon.h"
 #include "app/state/app_state.h"
 #include "ui/drawing_kit.h"
 #include "ui/palette.h"

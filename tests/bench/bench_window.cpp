@@ -1,6 +1,6 @@
 #include "bench_window.h"
 
-#include "app/shell/scaled_resources.h"
+#include "app/shell/popup_dpi.h"
 #include "app/state/app_state.h"
 #include "app/window_proc.h"
 #include "ui/accessible_events.h"

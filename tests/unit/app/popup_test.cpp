@@ -4,7 +4,7 @@
 
 #include "app/recorded_pwm_safe.h"
 #include "app/shell/foreground.h"
-#include "app/shell/scaled_resources.h"
+#include "app/shell/popup_dpi.h"
 #include "app/state/app_state.h"
 #include "support/call_record.h"
 #include "support/seam.h"

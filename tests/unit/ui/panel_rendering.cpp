@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "app/shell/scaled_resources.h"
+#include "app/shell/header_icon.h"
 #include "app/state/app_state.h"
 #include "support/seam.h"
 #include "ui/popup_painter.h"

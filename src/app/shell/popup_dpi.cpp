@@ -1,8 +1,7 @@
-#include "app/shell/scaled_resources.h"
+#include "app/shell/popup_dpi.h"
 
+#include "app/shell/header_icon.h"
 #include "app/state/app_state.h"
-#include "app/state/dpi.h"
-#include "res/resource_ids.h"
 #include "win32/system_library.h"
 
 #include <shellscalingapi.h>
@@ -21,17 +20,6 @@ UINT EffectiveDpiOf(HMONITOR monitor) {
 }
 
 }  // namespace
-
-void RebuildScaledResources() {
-    const int size = ScaleByDpi(kHeaderIconUnits);
-    HANDLE loaded =
-        LoadImageW(g_app.instance, MAKEINTRESOURCEW(IDI_TRAY_ON), IMAGE_ICON, size, size, LR_DEFAULTCOLOR);
-    if (loaded == nullptr) return;
-    HICON previous = g_app.headerIcon;
-    g_app.headerIcon = static_cast<HICON>(loaded);
-    if (previous != nullptr) DestroyIcon(previous);
-    g_app.scaledResourcesBuilt = true;
-}
 
 void SetDpi(UINT dpi) {
     const UINT effective = dpi != 0 ? dpi : kDesignDpi;

@@ -1,4 +1,4 @@
-#include "app/shell/scaled_resources.h"
+#include "app/shell/popup_dpi.h"
 
 #include <gtest/gtest.h>
 
@@ -51,7 +51,7 @@ HRESULT WINAPI FakeGetDpiForMonitor(HMONITOR monitor, MONITOR_DPI_TYPE type, UIN
     return g_monitorAnswer;
 }
 
-class ScaledResources : public testing::Test {
+class PopupDpi : public testing::Test {
 protected:
     void SetUp() override {
         g_app = AppState{};
@@ -68,14 +68,6 @@ protected:
         InstallLibrary(L"Shcore.dll", {{"GetDpiForMonitor", EntryPoint(&FakeGetDpiForMonitor)}});
         g_calls.clear();
     }
-
-    static void ExpectIconAt(std::uint32_t dpi, const char* call) {
-        g_calls.clear();
-        g_app.dpi = dpi;
-        g_app.headerIcon = nullptr;
-        RebuildScaledResources();
-        EXPECT_EQ(g_calls, (CallRecord{call}));
-    }
 };
 
 }  // namespace
@@ -84,36 +76,7 @@ AMBREL_SEAM(LoadImageW, FakeLoadImage);
 AMBREL_SEAM(DestroyIcon, FakeDestroyIcon);
 AMBREL_SEAM(GetDpiForWindow, FakeGetDpiForWindow);
 
-TEST_F(ScaledResources, TheIconIs22UnitsSquareAtEveryScale) {
-    ExpectIconAt(96, "load icon 103 22x22");
-    ExpectIconAt(120, "load icon 103 28x28");
-    ExpectIconAt(144, "load icon 103 33x33");
-    ExpectIconAt(192, "load icon 103 44x44");
-    ExpectIconAt(0, "load icon 103 22x22");
-}
-
-TEST_F(ScaledResources, ThePreviousIconIsDestroyedOnceTheNewOneIsInPlace) {
-    RebuildScaledResources();
-    EXPECT_EQ(g_calls, (CallRecord{"load icon 103 22x22", "destroy icon 70 with 71 in place"}));
-    EXPECT_EQ(g_app.headerIcon, kNewIcon);
-}
-
-TEST_F(ScaledResources, TheFirstIconReplacesNone) {
-    g_app.headerIcon = nullptr;
-    g_app.scaledResourcesBuilt = false;
-    RebuildScaledResources();
-    EXPECT_EQ(g_calls, (CallRecord{"load icon 103 22x22"}));
-    EXPECT_TRUE(g_app.scaledResourcesBuilt);
-}
-
-TEST_F(ScaledResources, WithoutANewIconThePreviousOneStays) {
-    g_iconLoads = false;
-    RebuildScaledResources();
-    EXPECT_EQ(g_calls, (CallRecord{"load icon 103 22x22"}));
-    EXPECT_EQ(g_app.headerIcon, kOldIcon);
-}
-
-TEST_F(ScaledResources, TheMonitorsHorizontalDpiIsTaken) {
+TEST_F(PopupDpi, TheMonitorsHorizontalDpiIsTaken) {
     g_monitorDpi = 144;
     g_mainWindowDpi = 192;
     UpdateDpiForMonitor(kMainWindow, kMonitor);
@@ -122,14 +85,14 @@ TEST_F(ScaledResources, TheMonitorsHorizontalDpiIsTaken) {
     EXPECT_EQ(g_app.dpi, 144U);
 }
 
-TEST_F(ScaledResources, TheSameDpiRebuildsNothing) {
+TEST_F(PopupDpi, TheSameDpiRebuildsNothing) {
     g_monitorDpi = 96;
     UpdateDpiForMonitor(kMainWindow, kMonitor);
     EXPECT_EQ(g_calls, (CallRecord{"load Shcore.dll", "dpi of monitor 31", "free Shcore.dll"}));
     EXPECT_EQ(g_app.headerIcon, kOldIcon);
 }
 
-TEST_F(ScaledResources, TheSameDpiBuildsWhatWasNeverBuilt) {
+TEST_F(PopupDpi, TheSameDpiBuildsWhatWasNeverBuilt) {
     g_monitorDpi = 96;
     g_app.headerIcon = nullptr;
     g_app.scaledResourcesBuilt = false;
@@ -139,7 +102,7 @@ TEST_F(ScaledResources, TheSameDpiBuildsWhatWasNeverBuilt) {
     EXPECT_TRUE(g_app.scaledResourcesBuilt);
 }
 
-TEST_F(ScaledResources, WithoutShcoreTheMainWindowsDpiIsTaken) {
+TEST_F(PopupDpi, WithoutShcoreTheMainWindowsDpiIsTaken) {
     RemoveLibraries();
     g_mainWindowDpi = 120;
     g_otherWindowDpi = 192;
@@ -149,7 +112,7 @@ TEST_F(ScaledResources, WithoutShcoreTheMainWindowsDpiIsTaken) {
     EXPECT_EQ(g_app.dpi, 120U);
 }
 
-TEST_F(ScaledResources, WithoutTheFunctionTheMainWindowsDpiIsTaken) {
+TEST_F(PopupDpi, WithoutTheFunctionTheMainWindowsDpiIsTaken) {
     RemoveLibraries();
     InstallLibrary(L"Shcore.dll", {});
     g_mainWindowDpi = 120;
@@ -158,7 +121,7 @@ TEST_F(ScaledResources, WithoutTheFunctionTheMainWindowsDpiIsTaken) {
                                    "load icon 103 28x28", "destroy icon 70 with 71 in place"}));
 }
 
-TEST_F(ScaledResources, WhenTheMonitorsDpiCannotBeReadTheMainWindowsDpiIsUsed) {
+TEST_F(PopupDpi, WhenTheMonitorsDpiCannotBeReadTheMainWindowsDpiIsUsed) {
     g_monitorAnswer = E_INVALIDARG;
     g_monitorDpi = 144;
     g_mainWindowDpi = 192;
@@ -167,14 +130,14 @@ TEST_F(ScaledResources, WhenTheMonitorsDpiCannotBeReadTheMainWindowsDpiIsUsed) {
     EXPECT_EQ(g_calls.back(), "destroy icon 70 with 71 in place");
 }
 
-TEST_F(ScaledResources, AMonitorDpiOfZeroIsIgnored) {
+TEST_F(PopupDpi, AMonitorDpiOfZeroIsIgnored) {
     g_monitorDpi = 0;
     g_mainWindowDpi = 144;
     UpdateDpiForMonitor(kOtherWindow, kMonitor);
     EXPECT_EQ(g_app.dpi, 144U);
 }
 
-TEST_F(ScaledResources, WithoutAMonitorDpiAndAMainWindowTheDpiIs96) {
+TEST_F(PopupDpi, WithoutAMonitorDpiAndAMainWindowTheDpiIs96) {
     g_app.mainWindow = nullptr;
     g_app.dpi = 144;
     g_otherWindowDpi = 192;
@@ -182,13 +145,13 @@ TEST_F(ScaledResources, WithoutAMonitorDpiAndAMainWindowTheDpiIs96) {
     EXPECT_EQ(g_app.dpi, 96U);
 }
 
-TEST_F(ScaledResources, WithoutAMonitorDpiAndWithAWindowDpiOfZeroTheDpiIs96) {
+TEST_F(PopupDpi, WithoutAMonitorDpiAndWithAWindowDpiOfZeroTheDpiIs96) {
     g_app.dpi = 144;
     UpdateDpiForMonitor(kOtherWindow, kMonitor);
     EXPECT_EQ(g_app.dpi, 96U);
 }
 
-TEST_F(ScaledResources, WithoutAMonitorTheGivenWindowsDpiIsTaken) {
+TEST_F(PopupDpi, WithoutAMonitorTheGivenWindowsDpiIsTaken) {
     g_otherWindowDpi = 144;
     g_mainWindowDpi = 192;
     UpdateDpiForMonitor(kOtherWindow, nullptr);
@@ -197,14 +160,14 @@ TEST_F(ScaledResources, WithoutAMonitorTheGivenWindowsDpiIsTaken) {
     EXPECT_EQ(g_app.dpi, 144U);
 }
 
-TEST_F(ScaledResources, WithoutAMonitorAWindowDpiOfZeroIsTreatedAs96) {
+TEST_F(PopupDpi, WithoutAMonitorAWindowDpiOfZeroIsTreatedAs96) {
     g_app.dpi = 192;
     UpdateDpiForMonitor(kOtherWindow, nullptr);
     EXPECT_EQ(g_app.dpi, 96U);
     EXPECT_EQ(g_calls[1], "load icon 103 22x22");
 }
 
-TEST_F(ScaledResources, WithoutMonitorAndWindowTheDpiIs96RegardlessOfTheMainWindow) {
+TEST_F(PopupDpi, WithoutMonitorAndWindowTheDpiIs96RegardlessOfTheMainWindow) {
     g_app.dpi = 192;
     g_mainWindowDpi = 144;
     UpdateDpiForMonitor(nullptr, nullptr);
@@ -212,7 +175,7 @@ TEST_F(ScaledResources, WithoutMonitorAndWindowTheDpiIs96RegardlessOfTheMainWind
     EXPECT_EQ(g_calls, (CallRecord{"load icon 103 22x22", "destroy icon 70 with 71 in place"}));
 }
 
-TEST_F(ScaledResources, WithoutAMonitorTheSameDpiBuildsOnlyWhatWasNeverBuilt) {
+TEST_F(PopupDpi, WithoutAMonitorTheSameDpiBuildsOnlyWhatWasNeverBuilt) {
     g_otherWindowDpi = 96;
     UpdateDpiForMonitor(kOtherWindow, nullptr);
     EXPECT_EQ(g_calls, (CallRecord{"dpi of window 600"}));
