@@ -1,7 +1,10 @@
-// What the shipped code allocates with operator new, its only allocator, on the paths that run again and
-// again: a drag step, a timer, a poll and a paint. The window, GDI and the cursors are real; the monitors are
-// not.
+// What the shipped code allocates with operator new, the allocator of all its C++ objects, on the paths that
+// run again and again: a drag step, a timer, a poll and a paint. The window, GDI and the cursors are real;
+// the monitors are not. WMI is not connected, so the strings that a query passes to COM are not counted, and
+// neither is the block that the support report puts on the clipboard.
 #include <gtest/gtest.h>
+
+#include <cstring>
 
 #include "app/state/app_state.h"
 #include "app/state/timers.h"
@@ -25,6 +28,9 @@ constexpr COLORREF kHeaderColour = RGB(0x19, 0x19, 0x19);
 int g_matrices = 0;
 int g_cursorsSet = 0;
 int g_ramps = 0;
+int g_rampsRead = 0;
+int g_announcements = 0;
+std::uint16_t g_ramp[3][256];
 int g_tips = 0;
 bool g_acceptsTips = true;
 DWORD g_monitorCount = 0;
@@ -40,13 +46,20 @@ BOOL WINAPI TakeSystemCursor(HCURSOR cursor, DWORD) {
     return DestroyCursor(cursor);
 }
 
-BOOL WINAPI AcceptRamp(HDC, LPVOID) {
+BOOL WINAPI AcceptRamp(HDC, LPVOID ramp) {
     g_ramps += 1;
+    std::memcpy(g_ramp, ramp, sizeof(g_ramp));
     return TRUE;
 }
 
-BOOL WINAPI RefuseToReadRamp(HDC, LPVOID) {
-    return FALSE;
+BOOL WINAPI ReadAcceptedRamp(HDC, LPVOID ramp) {
+    g_rampsRead += 1;
+    std::memcpy(ramp, g_ramp, sizeof(g_ramp));
+    return TRUE;
+}
+
+void WINAPI CountAnnouncement(DWORD, HWND, LONG, LONG) {
+    g_announcements += 1;
 }
 
 BOOL WINAPI AcceptTip(DWORD, NOTIFYICONDATAW*) {
@@ -104,7 +117,7 @@ class Allocations : public testing::Test {
 protected:
     void SetUp() override {
         g_app = AppState{};
-        g_matrices = g_cursorsSet = g_ramps = g_tips = g_monitorsRead = 0;
+        g_matrices = g_cursorsSet = g_ramps = g_rampsRead = g_tips = g_monitorsRead = 0;
         g_monitorCount = 0;
         g_acceptsTips = true;
         g_app.instance = GetModuleHandleW(nullptr);
@@ -182,7 +195,8 @@ protected:
 
 AMBREL_SEAM(SetSystemCursor, TakeSystemCursor);
 AMBREL_SEAM(SetDeviceGammaRamp, AcceptRamp);
-AMBREL_SEAM(GetDeviceGammaRamp, RefuseToReadRamp);
+AMBREL_SEAM(GetDeviceGammaRamp, ReadAcceptedRamp);
+AMBREL_SEAM(NotifyWinEvent, CountAnnouncement);
 AMBREL_SEAM(Shell_NotifyIconW, AcceptTip);
 
 TEST_F(Allocations, TheCounterDetectsThem) {
@@ -205,6 +219,8 @@ TEST_F(Allocations, ADragStepThatTintsTheCursorsMakesNone) {
     }
     EXPECT_EQ(g_matrices, 1);
     EXPECT_EQ(g_ramps, 1);
+    EXPECT_EQ(g_rampsRead, 1);
+    EXPECT_TRUE(g_app.useLegacyGamma) << "the ramp that was read back is the one that was written";
 }
 
 TEST_F(Allocations, APaintOfEitherPanelMakesNone) {
@@ -219,7 +235,9 @@ TEST_F(Allocations, APaintThatAnnouncesAChangeMakesNone) {
     AllocationsOfPaint();
     g_app.intensity = 0.9;
     g_app.pwmSafe = true;
+    g_announcements = 0;
     EXPECT_EQ(AllocationsOfPaint(), 0);
+    EXPECT_GE(g_announcements, 2);
 }
 
 TEST_F(Allocations, ATimerThatFindsNothingToDoMakesNone) {
@@ -234,6 +252,15 @@ TEST_F(Allocations, ATimerThatFindsNothingToDoMakesNone) {
     EXPECT_EQ(g_app.trayRetryCount, 1);
 }
 
+TEST_F(Allocations, ASettledDisplayChangeMakesNone) {
+    ConnectMonitors(0);
+    AllocationsOfTimer(TimerId::DisplaySettle);
+    g_matrices = g_tips = 0;
+    EXPECT_EQ(AllocationsOfTimer(TimerId::DisplaySettle), 0);
+    EXPECT_EQ(g_matrices, 1);
+    EXPECT_EQ(g_tips, 1);
+}
+
 // The log keeps each line until five hundred later ones have replaced it.
 TEST_F(Allocations, ASaveMakesOneForItsLineOfTheLog) {
     g_app.settingsPath = L"C:\\windows\\temp\\allocations.ini";
@@ -243,6 +270,29 @@ TEST_F(Allocations, ASaveMakesOneForItsLineOfTheLog) {
 TEST_F(Allocations, APollWithoutMonitorsMakesNone) {
     ConnectMonitors(0);
     EXPECT_EQ(PollWithoutChange().allocations, 0);
+}
+
+// The first logs that the lock is pending.
+TEST_F(Allocations, AVerificationThatStillFindsNoMonitorMakesNone) {
+    ConnectMonitors(0);
+    g_app.pwmSafe = true;
+    AllocationsOfTimer(TimerId::PwmSafeVerify);
+    g_app.pwmVerifyPending = true;
+    EXPECT_EQ(AllocationsOfTimer(TimerId::PwmSafeVerify), 0);
+    EXPECT_FALSE(g_app.pwmVerifyPending);
+}
+
+TEST_F(Allocations, AVerificationThatConfirmsTheLockKeepsOneForItsLineOfTheLog) {
+    ConnectMonitors(4);
+    g_app.pwmSafe = true;
+    Handling(WM_TIMER, static_cast<WPARAM>(TimerId::PwmSafeVerify));
+    g_app.pwmVerifyPending = true;
+    g_app.pwmLockConfirmed = false;
+    g_monitorsRead = 0;
+    const Counts counts = Handling(WM_TIMER, static_cast<WPARAM>(TimerId::PwmSafeVerify));
+    EXPECT_TRUE(g_app.pwmLockConfirmed);
+    EXPECT_EQ(g_monitorsRead, 4);
+    EXPECT_EQ(counts.allocations, counts.frees + 1);
 }
 
 // They are the array of handles, the list of targets and their names.

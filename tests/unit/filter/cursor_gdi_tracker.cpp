@@ -12,7 +12,9 @@ namespace {
 bool g_open = false;
 
 bool Fails(GdiCall call) {
-    return g_open && g_tracker.failing.count(call) != 0;
+    if (!g_open || g_tracker.failing.count(call) == 0) return false;
+    const int time = ++g_tracker.failingSoFar[call];
+    return g_tracker.failingTime == 0 || g_tracker.failingTime == time;
 }
 
 void Track(HANDLE handle, const char* kind) {

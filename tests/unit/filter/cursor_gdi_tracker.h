@@ -27,7 +27,9 @@ enum class GdiCall {
 
 struct CursorGdiTracker {
     std::set<GdiCall> failing;
-    bool withoutColour = false;  // GetIconInfo omits one of the two bitmaps, or both
+    int failingTime = 0;                  // 1: only the first call of each fails, and so on; 0: every call
+    std::map<GdiCall, int> failingSoFar;  // calls of those that fail
+    bool withoutColour = false;           // GetIconInfo omits one of the two bitmaps, or both
     bool withoutMask = false;
     bool staleOnFailure = false;  // a failing GetIconInfo leaves the handles of bitmaps that it has deleted
     UINT linesMissing = 0;        // GetDIBits reads this many fewer than requested
