@@ -4,12 +4,19 @@
 set -euo pipefail
 folder=$PWD
 cd "$(dirname "$0")"
-scripts/install-packages.sh scripts/packages.txt lab/packages.txt
-mkdir -p build
-if ! { cmake --preset tests && cmake --build --preset tests --target ambrel lab bench; } >build/bench.log 2>&1; then
-    grep -v '^\[' build/bench.log | tail -n 60 >&2
-    echo "The build failed. The full log is in build/bench.log." >&2
-    exit 1
+# These measure nothing.
+builds=yes
+for word in "$@"; do
+    case $word in --document | --document=* | --help | -h) builds=no ;; esac
+done
+if [ $builds = yes ]; then
+    scripts/install-packages.sh scripts/packages.txt lab/packages.txt
+    mkdir -p build
+    if ! { cmake --preset tests && cmake --build --preset tests --target ambrel lab bench; } >build/bench.log 2>&1; then
+        grep -v '^\[' build/bench.log | tail -n 60 >&2
+        echo "The build failed. The full log is in build/bench.log." >&2
+        exit 1
+    fi
 fi
 # Names of files are relative to the caller's folder.
 cd "$folder"

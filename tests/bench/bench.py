@@ -4,6 +4,8 @@
 import argparse
 import subprocess
 import sys
+import time
+import traceback
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
@@ -24,7 +26,7 @@ def arguments():
     parser = argparse.ArgumentParser(prog="bench.sh", description="Measures time, memory, wake-ups and size.")
     parser.add_argument("groups", nargs="*", metavar="GROUP", help=f"of {', '.join(GROUPS)}; all by default")
     parser.add_argument("--full", action="store_true", help="more rounds, and waits of 60 s instead of shorter ones")
-    parser.add_argument("--json", type=Path, metavar="FILE", help="write the figures to FILE")
+    parser.add_argument("--json", type=Path, metavar="FILE", help="write the figures to FILE, after each group")
     parser.add_argument("--compare", type=Path, metavar="FILE", help="mark what has grown since the run in FILE")
     parser.add_argument("--document", type=Path, metavar="FILE",
                         help="measure nothing; write the table of docs/performance.md from FILE")
@@ -34,34 +36,56 @@ def arguments():
     return options
 
 
-def commit():
-    return subprocess.run(["git", "rev-parse", "--short", "HEAD"], cwd=ROOT, capture_output=True, text=True,
-                          check=True).stdout.strip()
+def git(*words):
+    return subprocess.run(["git", *words], cwd=ROOT, capture_output=True, text=True, check=False).stdout.strip()
+
+
+def measured_commit():
+    """The commit, and whether something that is measured differs from it."""
+    changed = git("status", "--porcelain", "--", "src", "tests/bench", "cmake", "CMakeLists.txt")
+    return (git("rev-parse", "--short", "HEAD") or "unknown") + (" with changes" if changed else "")
+
+
+def measure_group(name, full, commit, found):
+    """Appends the figures of a group to `found` as they are measured. Returns whether all were."""
+    started = time.monotonic()
+    try:
+        for figure in GROUPS[name](BUILD, full):
+            figure.commit = commit
+            figures.print_figure(figure)
+            found.append(figure)
+    except Exception:  # The other groups are measured anyway.
+        traceback.print_exc()
+        return False
+    print(f"({name}: {time.monotonic() - started:.0f} s)", file=sys.stderr, flush=True)
+    return True
 
 
 def measure(options):
-    found = []
+    """(figures, names of the groups that failed)."""
+    found, failed, commit = [], [], measured_commit()
     figures.print_heading()
     for name in options.groups or GROUPS:
-        for figure in GROUPS[name](BUILD, options.full):
-            figures.print_figure(figure)
-            found.append(figure)
-    return found
+        if not measure_group(name, options.full, commit, found):
+            failed.append(name)
+        if options.json:
+            figures.save(found, options.json)
+    return found, failed
 
 
 def main():
     options = arguments()
     if options.document:
-        figures.write_document(figures.load(options.document), DOCUMENT, commit())
+        figures.write_document(figures.load(options.document), DOCUMENT)
         return
     # Before the long measurement: a wrong name should fail at once.
     earlier = options.compare and figures.load(options.compare)
-    found = measure(options)
-    if options.json:
-        figures.save(found, options.json)
+    found, failed = measure(options)
     if earlier:
         figures.print_comparison(found, [old for old in earlier if not options.groups or
                                          old.name in {figure.name for figure in found}])
+    if failed:
+        sys.exit(f"failed: {', '.join(failed)}")
 
 
 if __name__ == "__main__":

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr double kLimitAt192 = 2000.0;  // us
+constexpr double kLimitAt192 = 2000.0;  // us, from BeginPaint until the picture has been transferred
 
 std::function<void()> g_replacePaint;
 bool g_profile = false;
@@ -20,8 +20,8 @@ std::string Label(const char* panel, UINT dpi) {
     return std::string(panel) + " panel at " + std::to_string(dpi) + " DPI";
 }
 
-void PrintCount(const std::string& name, double count) {
-    PrintFigure({name, kNoGoal, ""}, count, 0.0, 0.0, 0.0);
+void PrintCount(const std::string& name, double count, double goal = kNoGoal) {
+    PrintFigure({name, goal, ""}, {count});
 }
 
 void PrintCalls(const RecordedCalls& calls, const char* panel) {
@@ -33,7 +33,7 @@ void PrintCalls(const RecordedCalls& calls, const char* panel) {
         std::fprintf(stderr, "%s: %s with the same arguments, %d more\n", panel, function.c_str(), count);
         again += count;
     }
-    PrintCount("objects created again" + frame, again);
+    PrintCount("objects created again" + frame, again, 0.0);
 }
 
 // Where the time of a frame goes, on standard error: the median of each function's time in a frame.
@@ -48,7 +48,7 @@ void PrintProfile(RecordedCalls* calls, const std::string& label) {
         PaintNow();
     g_replacePaint = nullptr;
     for (const auto& [function, samples] : times) {
-        const double median = Summarise(samples).median;
+        const double median = Median(samples);
         if (median > 10.0) std::fprintf(stderr, "%s: %s %.0f us\n", label.c_str(), function.c_str(), median);
     }
 }
@@ -69,8 +69,8 @@ void MeasurePanel(Panel panel, const char* name, UINT dpi) {
         GdiFlush();
         g_replacePaint = nullptr;
     };
-    const double time = Compare({"paint: " + Label(name, dpi), 1.10}, paint, replay);
-    if (dpi == 192) PrintFigure({"paint: " + Label(name, dpi) + ", limit", kLimitAt192}, time, 0.0, 0.0, 0.0);
+    const std::vector<double> times = Compare({"paint: " + Label(name, dpi), 1.10}, paint, replay);
+    if (dpi == 192) PrintFigure({"paint: " + Label(name, dpi) + ", limit", kLimitAt192}, times);
     if (dpi == 96) PrintCalls(calls, name);
     if (g_profile) PrintProfile(&calls, Label(name, dpi));
 }

@@ -1,5 +1,6 @@
 // A poll of PWM-safe mode that finds nothing changed: bench_polls NAME MONITORS. The displays are the lab's
-// doubles; bench.py sets them up with all brightness at 100%.
+// doubles; bench.py sets them up with all brightness at 100%. Real ones take so long that the first poll is
+// measured too.
 #include <objbase.h>
 
 #include <cstdlib>
@@ -9,17 +10,30 @@
 #include "floor_polls.h"
 #include "measure.h"
 
+namespace {
+
+void Poll(int) {
+    RefreshPwmSafeTargets(true);
+}
+
+}  // namespace
+
 int main(int count, char** words) {
     if (count != 3) return 2;
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     g_app.pwmSafe = true;
     const int expected = std::atoi(words[2]);
-    RefreshPwmSafeTargets(true);
-    if (FloorPoll() != expected || g_app.pwmTargetsAt100 != expected) {
-        std::fprintf(stderr, "%d of %d displays at 100%%\n", g_app.pwmTargetsAt100, expected);
-        return 1;
+    int answered = 0;
+    const auto floor = [&answered](int) { answered = FloorPoll(); };
+    const Figure figure = {words[1], 1.05};
+    if (figure.name.find("real") != std::string::npos) {
+        CompareTimes(
+            figure, [] { return TimeOf(Poll, 1, nullptr); }, [&] { return TimeOf(floor, 1, nullptr); });
+    } else {
+        Compare(figure, Poll, floor);
     }
-    Compare(
-        {words[1], 1.05}, [](int) { RefreshPwmSafeTargets(true); }, [](int) { FloorPoll(); });
-    return 0;
+    if (answered == expected && g_app.pwmTargetsAt100 == expected) return 0;
+    std::fprintf(stderr, "%d of %d displays at 100%%, %d answered\n", g_app.pwmTargetsAt100, expected,
+                 answered);
+    return 1;
 }

@@ -1,6 +1,7 @@
 """The figures of a run: the table, the JSON file, the comparison with an earlier run and the table of the document."""
 
 import json
+import math
 import statistics
 from dataclasses import asdict, dataclass
 
@@ -8,7 +9,8 @@ from dataclasses import asdict, dataclass
 @dataclass
 class Figure:
     """One measured figure. `goal` is the highest acceptable ratio or, without a floor, the highest acceptable value.
-    `spread` is half the range of the middle half of the rounds, as a share of the median."""
+    `spread` is half the range of the middle half of the rounds, `error` the distance from the median to the farther
+    end of its 95 % confidence interval, both as a share of the median. `commit` is what was measured."""
 
     name: str
     value: float
@@ -17,6 +19,8 @@ class Figure:
     ratio: float | None = None
     goal: float | None = None
     spread: float = 0.0
+    error: float = 0.0
+    commit: str = ""
 
     @property
     def judged(self):
@@ -24,29 +28,53 @@ class Figure:
         return self.value if self.ratio is None else self.ratio
 
     @property
-    def met(self):
-        return self.goal is None or self.judged <= self.goal
+    def verdict(self):
+        """"met" or "over" if the goal is outside the error of the measurement, otherwise "unclear"; "" without goal."""
+        if self.goal is None:
+            return ""
+        if self.judged * (1 + self.error) <= self.goal:
+            return "met"
+        return "over" if self.judged * (1 - self.error) > self.goal else "unclear"
+
+
+def error_of_median(values, middle):
+    """The distance from the median to the farther end of its 95 % confidence interval. The ends are order statistics,
+    so no distribution is assumed; of fewer than six values they are the extremes."""
+    ordered, count = sorted(values), len(values)
+    rank = max(0, math.floor((count - 1.96 * math.sqrt(count)) / 2) - 1)
+    return max(middle - ordered[rank], ordered[count - 1 - rank] - middle)
 
 
 def summary(values):
-    """(median, spread) of a list of numbers."""
+    """(median, spread, error) of a list of numbers."""
     middle = statistics.median(values)
     if len(values) < 2 or not middle:
-        return middle, 0.0
+        return middle, 0.0, 0.0
     low, _, high = statistics.quantiles(values, n=4, method="inclusive")
-    return middle, (high - low) / 2 / abs(middle)
+    return middle, (high - low) / 2 / abs(middle), error_of_median(values, middle) / abs(middle)
 
 
 def compared(name, unit, values, floors, goal=None):
     """The Figure of values and floors that were measured in pairs."""
-    ratio, spread = summary([value / floor for value, floor in zip(values, floors, strict=True)])
-    return Figure(name, summary(values)[0], unit, summary(floors)[0], ratio, goal, spread)
+    ratio, spread, error = summary([value / floor for value, floor in zip(values, floors, strict=True)])
+    return Figure(name, statistics.median(values), unit, statistics.median(floors), ratio, goal, spread, error)
 
 
 def plain(name, unit, values, goal=None):
     """The Figure of values without a floor."""
-    value, spread = summary(values)
-    return Figure(name, value, unit, goal=goal, spread=spread)
+    value, spread, error = summary(values)
+    return Figure(name, value, unit, goal=goal, spread=spread, error=error)
+
+
+def in_both_orders(measure, floor, rounds):
+    """(values, floors): one of each per round, which is subject, floor, floor, subject, so that each follows each
+    equally often."""
+    values, floors = [], []
+    for _ in range(rounds):
+        before, floor_before, floor_after = measure(), floor(), floor()
+        values.append(math.sqrt(before * measure()))
+        floors.append(math.sqrt(floor_before * floor_after))
+    return values, floors
 
 
 def number(value):
@@ -59,17 +87,16 @@ def number(value):
 def cells(figure):
     ratio = "" if figure.ratio is None else f"{figure.ratio:.2f}"
     goal = "" if figure.goal is None else f"{figure.goal:.2f} x" if figure.ratio is not None else number(figure.goal)
-    verdict = "" if figure.goal is None else "met" if figure.met else "over"
     return [figure.name, number(figure.value), figure.unit, number(figure.floor), ratio, goal,
-            f"{100 * figure.spread:.0f} %", verdict]
+            f"{100 * figure.spread:.0f} %", f"{100 * figure.error:.0f} %", figure.verdict]
 
 
-HEADINGS = ["figure", "value", "unit", "floor", "ratio", "goal", "spread", ""]
-WIDTHS = [66, 9, 5, 9, 6, 8, 6, 5]
+HEADINGS = ["figure", "value", "unit", "floor", "ratio", "goal", "spread", "error", ""]
+WIDTHS = [66, 9, 5, 9, 6, 8, 6, 5, 7]
 
 
 def text_row(row):
-    return " ".join(cell.ljust(width) if column in (0, 2, 7) else cell.rjust(width)
+    return " ".join(cell.ljust(width) if column in (0, 2, 8) else cell.rjust(width)
                     for column, (cell, width) in enumerate(zip(row, WIDTHS, strict=True))).rstrip()
 
 
@@ -90,11 +117,14 @@ def load(path):
 
 
 def growth(figure, before):
-    """By how much a figure has grown beyond the spread, as a share; None if it has not."""
-    if not before.judged or (figure.ratio is None) != (before.ratio is None):
-        return None
+    """By how much a figure has grown beyond the spread, as a text; "" if it has not. Any growth from 0 counts."""
+    change = f"{number(before.judged)} to {number(figure.judged)}"
+    if (figure.ratio is None) != (before.ratio is None):
+        return f"{change}, no longer {'a ratio' if figure.ratio is None else 'a value'}"
+    if not before.judged:
+        return change if figure.judged > 0 else ""
     share = figure.judged / before.judged - 1
-    return share if share > max(figure.spread, before.spread) else None
+    return f"{change}, +{100 * share:.0f} %" if share > max(figure.spread, before.spread) else ""
 
 
 def print_comparison(figures, earlier):
@@ -105,26 +135,29 @@ def print_comparison(figures, earlier):
         old = before.pop(figure.name, None)
         if old is None:
             lines.append(f"new:     {figure.name}")
-        elif (share := growth(figure, old)) is not None:
-            lines.append(f"grew:    {figure.name}: {number(old.judged)} to {number(figure.judged)}, +{100 * share:.0f} %")
+        elif change := growth(figure, old):
+            lines.append(f"grew:    {figure.name}: {change}")
     lines += [f"missing: {name}" for name in before]
     print("\n".join(["", "Compared with the earlier run:", *(lines or ["nothing grew by more than its spread"])]))
 
 
 def document_table(figures):
-    rows = [HEADINGS, ["---", "--:", "---", "--:", "--:", "--:", "--:", "---"], *map(cells, figures)]
+    rows = [HEADINGS, ["---", "--:", "---", "--:", "--:", "--:", "--:", "--:", "---"], *map(cells, figures)]
     return "\n".join("| " + " | ".join(row) + " |" for row in rows) + "\n"
 
 
 START, END = "<!-- table: ./bench.sh --document -->\n", "<!-- end of the table -->\n"
 
 
-def write_document(figures, path, commit):
+def write_document(figures, path):
     """Replaces the table of the document and the commit that it was measured at."""
+    commits = {figure.commit for figure in figures}
+    if len(commits) != 1 or "" in commits:
+        raise SystemExit(f"the figures are not of one commit: {', '.join(sorted(commits))}")
     text = path.read_text(encoding="utf-8")
     head, _, rest = text.partition(START)
     _, found, tail = rest.partition(END)
     if not found:
         raise SystemExit(f"{path} has no place for the table")
-    path.write_text(f"{head}{START}Measured at commit {commit}.\n\n{document_table(figures)}{END}{tail}",
+    path.write_text(f"{head}{START}Measured at commit {commits.pop()}.\n\n{document_table(figures)}{END}{tail}",
                     encoding="utf-8")

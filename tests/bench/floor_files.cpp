@@ -1,6 +1,7 @@
 // Why not less: a line of the log must be in the file when the program is killed after it, and other programs
 // may rename or delete the file between two lines, so it is opened and closed for each. The size decides
-// whether the file has grown too large. Windows writes a private profile one value at a time.
+// whether the file has grown too large. Windows could replace a section of a private profile in one call, but
+// that deletes the keys which the program does not know, such as those of a later version.
 #include "floor_files.h"
 
 void FloorAppend(const wchar_t* path, const char* bytes, DWORD length) {

@@ -1,6 +1,8 @@
 // Why a click cannot do with less: the popup shows the displays as they are when it opens, it appears on the
 // monitor of the pointer with that monitor's scaling, and it hides when another window is in the foreground,
-// which Windows does not announce to a window that never had it.
+// which Windows does not announce to a window that never had it. The refresh of the popup and of the icon's
+// tip after a poll is part of the floor although nothing has changed: an earlier one may have failed, since
+// the call fails while the taskbar does not answer. A hidden window is not painted.
 #include "floor_popup.h"
 
 #include "floor_polls.h"

@@ -1,7 +1,8 @@
 // Why not less: the report states the machine, its displays and the registry as they are now, so each is
-// asked once. A registry value is read into a buffer that is large enough, with one call. A report is rare,
-// so the library that it needs is not kept loaded. Displays that answer DDC/CI are a figure of their own;
-// here are none.
+// asked once. Most of the report is not in files: its floor contains the calls to the registry and the system
+// beside those to the log. A registry value is read into a buffer that is large enough, with one call. A
+// report is rare, so the library that it needs is not kept loaded. Displays that answer DDC/CI are a figure
+// of their own; here are none.
 #include "floor_report.h"
 
 #include "floor_files.h"

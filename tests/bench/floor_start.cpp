@@ -48,7 +48,10 @@ void ReadMachine() {
     static constexpr const wchar_t* kCpu[] = {L"ProcessorNameString"};
     OSVERSIONINFOW version = {};
     version.dwOSVersionInfoSize = sizeof(version);
-    CallOnce<LONG WINAPI(OSVERSIONINFOW*)>(L"ntdll.dll", "RtlGetVersion", &version);
+    // Every process has loaded this library.
+    const auto getVersion = reinterpret_cast<LONG(WINAPI*)(OSVERSIONINFOW*)>(
+        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion"));
+    getVersion(&version);
     ReadValues(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", kWindows, 3);
     ReadValues(HKEY_LOCAL_MACHINE, L"HARDWARE\\DESCRIPTION\\System\\BIOS", kBios, 2);
     ReadValues(HKEY_LOCAL_MACHINE, L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", kCpu, 1);

@@ -1,9 +1,10 @@
 // Compares a piece of the program's work with its floor: the least that the platform can do it with. Both run
 // alternately in short batches, so that the load of the machine affects both alike. One line of JSON per
-// figure on standard output, for bench.py.
+// figure on standard output, for native.py.
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -11,7 +12,7 @@
 
 #include "win32/platform.h"
 
-constexpr double kNoGoal = 0.0;
+constexpr double kNoGoal = -1.0;
 
 struct Figure {
     std::string name;
@@ -19,20 +20,9 @@ struct Figure {
     const char* unit = "us";
 };
 
-struct Summary {
-    double median;
-    double spread;  // half the range of the middle half, as a share of the median
-};
-
-inline double Quantile(const std::vector<double>& sorted, double share) {
-    return sorted[static_cast<std::size_t>(static_cast<double>(sorted.size() - 1) * share + 0.5)];
-}
-
-inline Summary Summarise(std::vector<double> values) {
+inline double Median(std::vector<double> values) {
     std::sort(values.begin(), values.end());
-    const double median = Quantile(values, 0.5);
-    const double range = Quantile(values, 0.75) - Quantile(values, 0.25);
-    return {median, median > 0.0 ? range / 2.0 / median : 0.0};
+    return values[values.size() / 2];
 }
 
 inline double Microseconds() {
@@ -45,7 +35,7 @@ inline double Microseconds() {
 // The number of rounds; bench.py sets it.
 inline int Rounds() {
     const char* rounds = std::getenv("AMBREL_BENCH_ROUNDS");
-    return rounds != nullptr ? std::max(1, std::atoi(rounds)) : 41;
+    return rounds != nullptr ? std::max(1, std::atoi(rounds)) : 20;
 }
 
 // Work that is undone between two batches, outside the measured time.
@@ -73,43 +63,47 @@ int RepeatsFor(Work work, AfterBatch after) {
     return std::clamp(static_cast<int>(kBatchTime / one), 1, 10000);
 }
 
-inline void PrintOptional(const char* name, double number) {
-    if (number > 0.0) {
-        std::printf(", \"%s\": %.6g", name, number);
-    } else {
-        std::printf(", \"%s\": null", name);
-    }
+inline void PrintNumbers(const char* name, const std::vector<double>& numbers) {
+    std::printf(", \"%s\": [", name);
+    for (std::size_t i = 0; i < numbers.size(); ++i)
+        std::printf(i == 0 ? "%.6g" : ", %.6g", numbers[i]);
+    std::printf("]");
 }
 
-// `floor` and `ratio` are 0 for a figure without a floor.
-inline void PrintFigure(const Figure& figure, double value, double floor, double ratio, double spread) {
-    std::printf("{\"name\": \"%s\", \"unit\": \"%s\", \"value\": %.6g", figure.name.c_str(), figure.unit,
-                value);
-    PrintOptional("floor", floor);
-    PrintOptional("ratio", ratio);
-    PrintOptional("goal", figure.goal);
-    std::printf(", \"spread\": %.4f}\n", spread);
+// Prints the value of each round and, unless the figure has no floor, the floor's.
+inline void PrintFigure(const Figure& figure, const std::vector<double>& values,
+                        const std::vector<double>& floors = {}) {
+    std::printf("{\"name\": \"%s\", \"unit\": \"%s\"", figure.name.c_str(), figure.unit);
+    if (figure.goal != kNoGoal) std::printf(", \"goal\": %.6g", figure.goal);
+    PrintNumbers("values", values);
+    if (!floors.empty()) PrintNumbers("floors", floors);
+    std::printf("}\n");
     std::fflush(stdout);
 }
 
-// Prints the medians of both and the median of the rounds' ratios with its spread. Returns the subject's
-// median in microseconds.
+// `time` and `floorTime` return the microseconds of one batch. A round is subject, floor, floor, subject, so
+// that each follows each equally often. Returns the subject's time of each round.
+template <typename Time, typename FloorTime>
+std::vector<double> CompareTimes(const Figure& figure, Time time, FloorTime floorTime) {
+    std::vector<double> times, floors;
+    for (int round = 0; round < Rounds(); ++round) {
+        const double before = time();
+        const double floorBefore = floorTime();
+        const double floorAfter = floorTime();
+        // The geometric mean: the quotient of two is the mean of both orders' ratios.
+        times.push_back(std::sqrt(before * time()));
+        floors.push_back(std::sqrt(floorBefore * floorAfter));
+    }
+    PrintFigure(figure, times, floors);
+    return times;
+}
+
+// CompareTimes of work that is short or whose first execution takes longer than the others.
 template <typename Subject, typename Floor>
-double Compare(const Figure& figure, Subject subject, Floor floor, AfterBatch after = nullptr) {
+std::vector<double> Compare(const Figure& figure, Subject subject, Floor floor, AfterBatch after = nullptr) {
     const int repeats = RepeatsFor(floor, after);
     TimeOf(subject, 1, after);
-    std::vector<double> times, floors, ratios;
-    for (int round = 0; round < Rounds(); ++round) {
-        // The order changes from round to round: neither always follows the other.
-        double time = 0.0;
-        if (round % 2 == 0) time = TimeOf(subject, repeats, after);
-        floors.push_back(TimeOf(floor, repeats, after));
-        if (round % 2 != 0) time = TimeOf(subject, repeats, after);
-        times.push_back(time);
-        ratios.push_back(time / floors.back());
-    }
-    const Summary ratio = Summarise(ratios);
-    const double value = Summarise(times).median;
-    PrintFigure(figure, value, Summarise(floors).median, ratio.median, ratio.spread);
-    return value;
+    return CompareTimes(
+        figure, [&] { return TimeOf(subject, repeats, after); },
+        [&] { return TimeOf(floor, repeats, after); });
 }

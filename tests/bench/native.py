@@ -1,32 +1,49 @@
 """The figures of the shipped objects: programs that run the program's work and its floor alternately in one process."""
 
+import contextlib
 import json
 import subprocess
 
 from ambrel_lab import Lab
 from ambrel_lab.hardware import Monitor
 
-from figures import Figure
+from figures import Figure, compared, plain
 
-ROUNDS, FULL_ROUNDS = 41, 201
+ROUNDS, FULL_ROUNDS = 20, 60
+# Seconds after which a benchmark hangs.
+LIMIT = 300
 # Milliseconds that real monitors take.
 REAL = {"capabilities_delay": 300, "read_delay": 40, "set_delay": 50}
 
 
-def real_rounds(count):
-    """The rounds of a poll of real monitors, which takes as many thirds of a second."""
-    return 3 if count <= 4 else 1
+# The rounds of a poll of so many real monitors, which takes as many thirds of a second. In a full run all together take
+# as long as the last.
+REAL_ROUNDS = {1: 3, 4: 3}
+FULL_REAL_ROUNDS = {1: 9, 4: 9, 16: 3, 64: 1}
+
+
+def figure_of(name, unit, values, floors=None, goal=None):
+    return plain(name, unit, values, goal) if floors is None else compared(name, unit, values, floors, goal)
+
+
+def start(lab, build, name, arguments, rounds):
+    """Starts a benchmark in the lab."""
+    program = build / f"bench/bench_{name}.exe"
+    environment = {**lab.desktop.environment, "AMBREL_BENCH_ROUNDS": str(rounds)}
+    return lab.desktop.start([str(program), *arguments], env=environment, stdout=subprocess.PIPE)
+
+
+def finish(lab, child):
+    """Waits for a benchmark and returns its Figures."""
+    output, _ = child.communicate(timeout=LIMIT)
+    if child.returncode != 0:
+        raise RuntimeError(f"{' '.join(child.args)} failed: {lab.wine_log()[-2000:]}")
+    return [figure_of(**json.loads(line)) for line in output.decode().splitlines()]
 
 
 def run(lab, build, name, arguments, rounds):
     """Runs a benchmark in the lab and returns its Figures."""
-    program = build / f"bench/bench_{name}.exe"
-    environment = {**lab.desktop.environment, "AMBREL_BENCH_ROUNDS": str(rounds)}
-    child = lab.desktop.start([str(program), *arguments], env=environment, stdout=subprocess.PIPE)
-    output, _ = child.communicate()
-    if child.returncode != 0:
-        raise SystemExit(f"bench_{name} {' '.join(arguments)} failed: {lab.wine_log()[-2000:]}")
-    return [Figure(**json.loads(line)) for line in output.decode().splitlines()]
+    return finish(lab, start(lab, build, name, arguments, rounds))
 
 
 def in_one_process(name):
@@ -44,7 +61,8 @@ def monitors(count, kind=""):
 def proportion(of_many, of_few, times):
     """The Figure that shows whether the time grows faster than the number of monitors."""
     return Figure(f"{of_many.name}, beside {times} x that of 4", of_many.value, of_many.unit, times * of_few.value,
-                  of_many.value / (times * of_few.value), of_many.goal, max(of_many.spread, of_few.spread))
+                  of_many.value / (times * of_few.value), of_many.goal, max(of_many.spread, of_few.spread),
+                  of_many.error + of_few.error)
 
 
 def polls(build, full):
@@ -58,12 +76,22 @@ def polls(build, full):
             yield measured[count]
             lab.hardware.clear_calls()
         yield proportion(measured[64], measured[4], 16)
-        for count in (1, 4, 16, 64) if full else (1, 4):
+
+
+def real_polls(build, full):
+    """Side by side, since a poll of real monitors mostly waits."""
+    with contextlib.ExitStack() as stack:
+        running = []
+        for count, rounds in (FULL_REAL_ROUNDS if full else REAL_ROUNDS).items():
+            lab = stack.enter_context(Lab(build))
+            lab.hardware.panels([])
             lab.hardware.monitors([Monitor(f"monitor {i}", 100, **REAL) for i in range(count)])
-            yield from run(lab, build, "polls", [f"poll of {monitors(count, 'real ')}", str(count)],
-                           real_rounds(count))
-            lab.hardware.clear_calls()
+            arguments = [f"poll of {monitors(count, 'real ')}", str(count)]
+            running.append((lab, start(lab, build, "polls", arguments, rounds)))
+        for lab, child in running:
+            yield from finish(lab, child)
 
 
 GROUPS = {"drag": in_one_process("drag"), "cursors": in_one_process("cursors"),
-          "painting": in_one_process("painting"), "files": in_one_process("files"), "polls": polls}
+          "painting": in_one_process("painting"), "files": in_one_process("files"), "polls": polls,
+          "real-polls": real_polls}
