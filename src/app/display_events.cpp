@@ -26,7 +26,7 @@ void OnDpiChanged(UINT dpi, const RECT* suggested) {
     if (dpi > kMaxDpi) return;
     SetDpi(dpi);
     RECT rectangle = {};
-    if (CopyOwnMemory(suggested, &rectangle, sizeof(rectangle))) {
+    if (TryCopyMemory(suggested, &rectangle, sizeof(rectangle))) {
         SetWindowPos(g_app.mainWindow, nullptr, rectangle.left, rectangle.top, ScaleByDpi(kCanvasWidth),
                      ScaleByDpi(kCanvasHeight), SWP_NOZORDER | SWP_NOACTIVATE);
     }

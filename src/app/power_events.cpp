@@ -41,7 +41,7 @@ void OnDisplayState(DWORD state) {
 // Settings with less data may end before the state; they are not this one.
 void OnPowerSetting(const void* data) {
     DisplayStateSetting setting = {};
-    if (CopyOwnMemory(data, &setting, sizeof(setting)) && IsDisplayState(setting))
+    if (TryCopyMemory(data, &setting, sizeof(setting)) && IsDisplayState(setting))
         OnDisplayState(setting.state);
 }
 

@@ -29,7 +29,7 @@ struct Identity {
 };
 
 // Without a path an external monitor cannot be distinguished from one that is connected later.
-bool IsDistinct(const std::wstring& name, const std::wstring& path) {
+bool IsIdentifiable(const std::wstring& name, const std::wstring& path) {
     return !path.empty() || !IsDdcTargetName(name);
 }
 
@@ -43,7 +43,7 @@ RestoreRows::const_iterator FindRow(const RestoreRows& rows, const Identity& ide
 std::uint32_t RecordBrightness(const DisplayTarget& target) {
     if (g_app.settingsPath.empty()) return target.percent;
     const Identity identity(target.name);
-    if (!IsDistinct(identity.name, identity.path)) return target.percent;
+    if (!IsIdentifiable(identity.name, identity.path)) return target.percent;
     const RestoreRows rows = ReadRestoreRows();
     const auto known = FindRow(rows, identity);
     RestoreRow row = {target.percent, 0, identity.name, identity.path};
@@ -100,7 +100,7 @@ std::uint32_t SaveBrightness(const DisplayTarget& target) {
 
 void RecallBrightness(const DisplayTargetList& list) {
     for (const auto& [number, row] : ReadRestoreRows()) {
-        if (!IsDistinct(row.name, row.path)) {
+        if (!IsIdentifiable(row.name, row.path)) {
             DeleteRestoreRow(number);
         } else if (const DisplayTarget* target = TargetOf(row, list)) {
             RecallRow(number, row, *target);
@@ -108,7 +108,7 @@ void RecallBrightness(const DisplayTargetList& list) {
             KeepWhileAway(number, row);
         }
     }
-    TidyRestoreRecord();
+    DeleteEmptyRestoreRecord();
 }
 
 void DeleteRecordedBrightness(const std::vector<std::wstring>& names) {

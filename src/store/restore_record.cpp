@@ -219,6 +219,6 @@ void DeleteRampRecord() {
     }
 }
 
-void TidyRestoreRecord() {
+void DeleteEmptyRestoreRecord() {
     if (HasPath() && HasSection() && !IsRampRecorded() && ReadRestoreRows().empty()) DeleteSection();
 }

@@ -48,4 +48,4 @@ void RecordRamp();
 void DeleteRampRecord();
 
 // Deletes the section if it contains nothing valid.
-void TidyRestoreRecord();
+void DeleteEmptyRestoreRecord();

@@ -76,14 +76,14 @@ ShownControl Hint() {
 
 ShownControl Strip() {
     LogBannerDemotionOnce();
-    switch (CurrentStatusStrip()) {
-        case StatusStrip::Banner: return Button(Region::GammaBanner, BannerText());
-        case StatusStrip::Card: {
+    switch (CurrentStripContent()) {
+        case StripContent::Banner: return Button(Region::GammaBanner, BannerText());
+        case StripContent::Card: {
             ShownControl card = CheckButton(Region::PwmCard, kCardTitle, g_app.pwmSafe);
             card.facts.description = PwmCardLabel();
             return card;
         }
-        case StatusStrip::Hint: return Hint();
+        case StripContent::Hint: return Hint();
     }
     return Hint();
 }

@@ -112,7 +112,7 @@ HRESULT SetValue(const ShownControl& control, BSTR text) {
 }
 
 // Whether the flags are SELFLAG_... in a combination that their documentation allows.
-bool IsSelection(LONG flags) {
+bool IsValidSelectFlags(LONG flags) {
     constexpr LONG kAddAndRemove = SELFLAG_ADDSELECTION | SELFLAG_REMOVESELECTION;
     if ((flags & ~static_cast<LONG>(SELFLAG_VALID)) != 0) return false;
     if ((flags & SELFLAG_TAKESELECTION) != 0) return (flags & (kAddAndRemove | SELFLAG_EXTENDSELECTION)) == 0;
@@ -229,7 +229,7 @@ struct AccessibleObject final : IAccessible {
         ShownControl control;
         const HRESULT result = Find(child, &control);
         if (result != S_OK) return result;
-        if (!IsSelection(flags)) return E_INVALIDARG;
+        if (!IsValidSelectFlags(flags)) return E_INVALIDARG;
         const bool selects = (flags & SELFLAG_TAKESELECTION) != 0;
         if (!selects || control.facts.role != ROLE_SYSTEM_RADIOBUTTON) return DISP_E_MEMBERNOTFOUND;
         return Press(control);

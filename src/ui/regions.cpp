@@ -55,8 +55,8 @@ bool IsInStrip(Region region) {
 }
 
 bool Reacts(Region region) {
-    if (region == Region::GammaBanner) return CurrentStatusStrip() == StatusStrip::Banner;
-    if (region == Region::PwmCard) return CurrentStatusStrip() == StatusStrip::Card;
+    if (region == Region::GammaBanner) return CurrentStripContent() == StripContent::Banner;
+    if (region == Region::PwmCard) return CurrentStripContent() == StripContent::Card;
     return true;
 }
 

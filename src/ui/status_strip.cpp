@@ -56,9 +56,9 @@ void DrawHint(HDC dc) {
 
 void DrawStatusStrip(HDC dc) {
     LogBannerDemotionOnce();
-    switch (CurrentStatusStrip()) {
-        case StatusStrip::Banner: DrawBanner(dc); return;
-        case StatusStrip::Card: DrawCard(dc); return;
-        case StatusStrip::Hint: DrawHint(dc); return;
+    switch (CurrentStripContent()) {
+        case StripContent::Banner: DrawBanner(dc); return;
+        case StripContent::Card: DrawCard(dc); return;
+        case StripContent::Hint: DrawHint(dc); return;
     }
 }

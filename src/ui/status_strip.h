@@ -3,5 +3,5 @@
 
 #include "win32/platform.h"
 
-// Draws the content that CurrentStatusStrip returns. Logs once per run that the banner has been withdrawn.
+// Draws the content that CurrentStripContent returns. Logs once per run that the banner has been withdrawn.
 void DrawStatusStrip(HDC dc);

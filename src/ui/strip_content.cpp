@@ -10,9 +10,9 @@ constexpr double kHintBrightness = 0.9;
 
 }  // namespace
 
-StatusStrip CurrentStatusStrip() {
-    if (IsBannerVisible()) return StatusStrip::Banner;
-    return g_app.pwmTargetsPresent || g_app.pwmSafe ? StatusStrip::Card : StatusStrip::Hint;
+StripContent CurrentStripContent() {
+    if (IsBannerVisible()) return StripContent::Banner;
+    return g_app.pwmTargetsPresent || g_app.pwmSafe ? StripContent::Card : StripContent::Hint;
 }
 
 const wchar_t* BannerText() {

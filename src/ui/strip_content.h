@@ -2,10 +2,10 @@
 // flicker hint.
 #pragma once
 
-enum class StatusStrip { Banner, Card, Hint };
+enum class StripContent { Banner, Card, Hint };
 
 // The content for the state in AppState.
-StatusStrip CurrentStatusStrip();
+StripContent CurrentStripContent();
 
 // The text of the banner, even if the strip does not show it. Static storage.
 const wchar_t* BannerText();

@@ -2,7 +2,7 @@
 
 #include "win32/platform.h"
 
-bool CopyOwnMemory(const void* address, void* copy, std::size_t bytes) {
+bool TryCopyMemory(const void* address, void* copy, std::size_t bytes) {
     SIZE_T copied = 0;
     return ReadProcessMemory(GetCurrentProcess(), address, copy, bytes, &copied) != FALSE && copied == bytes;
 }

@@ -6,4 +6,4 @@
 
 // Copies `bytes` bytes from an address of this process without ever raising an exception. False if any of
 // them cannot be read; `copy` is then undefined.
-bool CopyOwnMemory(const void* address, void* copy, std::size_t bytes);
+bool TryCopyMemory(const void* address, void* copy, std::size_t bytes);

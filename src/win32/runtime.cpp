@@ -24,7 +24,7 @@ void* AllocateAligned(std::size_t bytes, std::align_val_t alignment) noexcept {
     return __mingw_aligned_malloc(bytes != 0 ? bytes : 1, static_cast<std::size_t>(alignment));
 }
 
-void* OrEnd(void* block) noexcept {
+void* BlockOrEndProcess(void* block) noexcept {
     if (block == nullptr) EndProcessAbnormally();
     return block;
 }
@@ -32,10 +32,10 @@ void* OrEnd(void* block) noexcept {
 }  // namespace
 
 void* operator new(std::size_t bytes) {
-    return OrEnd(Allocate(bytes));
+    return BlockOrEndProcess(Allocate(bytes));
 }
 void* operator new[](std::size_t bytes) {
-    return OrEnd(Allocate(bytes));
+    return BlockOrEndProcess(Allocate(bytes));
 }
 void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
     return Allocate(bytes);
@@ -44,10 +44,10 @@ void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
     return Allocate(bytes);
 }
 void* operator new(std::size_t bytes, std::align_val_t alignment) {
-    return OrEnd(AllocateAligned(bytes, alignment));
+    return BlockOrEndProcess(AllocateAligned(bytes, alignment));
 }
 void* operator new[](std::size_t bytes, std::align_val_t alignment) {
-    return OrEnd(AllocateAligned(bytes, alignment));
+    return BlockOrEndProcess(AllocateAligned(bytes, alignment));
 }
 void* operator new(std::size_t bytes, std::align_val_t alignment, const std::nothrow_t&) noexcept {
     return AllocateAligned(bytes, alignment);

@@ -131,7 +131,7 @@ def test_without_memory_for_the_report_the_program_goes_on(crash_desk):
     desk.wait_for_colour(*START)
 
 
-def test_after_a_crash_the_program_starts_as_ever(crash_desk):
+def test_after_a_crash_the_program_starts_normally(crash_desk):
     desk = crash_desk
     start_coloured(desk, 1)
     crash(desk, "access")

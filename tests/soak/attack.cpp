@@ -17,7 +17,7 @@ std::size_t g_caseLength = 0;  // of g_currentCase without the step
 
 }  // namespace
 
-Dice::Dice(std::uint64_t seed, unsigned part, unsigned round) {
+RandomSource::RandomSource(std::uint64_t seed, unsigned part, unsigned round) {
     std::seed_seq sequence{static_cast<unsigned>(seed), static_cast<unsigned>(seed >> 32), part, round};
     engine_.seed(sequence);
 }

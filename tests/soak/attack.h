@@ -8,9 +8,9 @@
 
 #include "win32/platform.h"
 
-class Dice {
+class RandomSource {
 public:
-    Dice(std::uint64_t seed, unsigned part, unsigned round);
+    RandomSource(std::uint64_t seed, unsigned part, unsigned round);
 
     std::uint64_t Any() { return engine_(); }
     unsigned Below(unsigned end) { return static_cast<unsigned>(engine_() % end); }
@@ -24,7 +24,7 @@ private:
 };
 
 struct Round {
-    Dice dice;
+    RandomSource random;
     int steps;
     std::string fault;  // the first property that did not hold; empty: none
 };

@@ -72,7 +72,7 @@ double ProcessorSeconds() {
 
 bool RunNumberedRound(const Part& part, unsigned number, const Options& options, int steps) {
     const auto partNumber = static_cast<unsigned>(&part - kParts);
-    Round round = {Dice(options.seed, partNumber, number), steps, {}};
+    Round round = {RandomSource(options.seed, partNumber, number), steps, {}};
     std::snprintf(g_currentCase, sizeof(g_currentCase), "%s: --only %s --seed %llu --round %u", part.name,
                   part.name, static_cast<unsigned long long>(options.seed), number);
     return RunRound(&round, part.attack);

@@ -229,7 +229,7 @@ bool Run(bool quick, std::uint64_t days, bool monitorMissesAnswers) {
                 "day", "answers", "openings", "steps", "GDI", "icons", "handles", "heap", "private",
                 "events.log", "logged");
     std::snprintf(g_currentCase, sizeof(g_currentCase), "%s", monitor);
-    Round round = {Dice(0, 0, 0), 0, {}};
+    Round round = {RandomSource(0, 0, 0), 0, {}};
     return RunRound(&round, LiveAndCompare);
 }
 

@@ -175,7 +175,7 @@ void RequireOneRegionPerPoint() {
         }
     }
     for (int i = 0; i < 200; ++i)
-        RequireOneRegionAt(g_round->dice.Between(-10, 330), g_round->dice.Between(-10, 550));
+        RequireOneRegionAt(g_round->random.Between(-10, 330), g_round->random.Between(-10, 550));
 }
 
 // A pixel well inside a painted surface hits it, one well outside does not.

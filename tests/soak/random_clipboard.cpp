@@ -125,7 +125,7 @@ void CopyWith(Owner owner) {
 void CopyReports() {
     StartOwnerOnce();
     for (int i = 0; i < g_round->steps && !Failed(); ++i) {
-        CopyWith(static_cast<Owner>(g_round->dice.Below(static_cast<unsigned>(Owner::Last))));
+        CopyWith(static_cast<Owner>(g_round->random.Below(static_cast<unsigned>(Owner::Last))));
         DispatchQueue();
         RequireConsistentState();
     }

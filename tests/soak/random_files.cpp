@@ -64,44 +64,44 @@ void WriteBytes(const std::wstring& path, const std::string& bytes) {
     std::fclose(file);
 }
 
-std::string AnyBytes(Dice& dice, unsigned longest) {
-    std::string bytes(dice.Below(longest + 1), '\0');
+std::string AnyBytes(RandomSource& random, unsigned longest) {
+    std::string bytes(random.Below(longest + 1), '\0');
     for (char& byte : bytes)
-        byte = static_cast<char>(dice.Any());
+        byte = static_cast<char>(random.Any());
     return bytes;
 }
 
-std::string AnyValue(Dice& dice) {
-    switch (dice.Below(4)) {
-        case 0: return std::to_string(static_cast<long long>(dice.Any()));
-        case 1: return std::to_string(dice.Below(2000));
-        case 2: return dice.OneIn(50) ? std::string(70000, '7') : AnyBytes(dice, 30);
-        default: return kValues[dice.Below(std::size(kValues))];
+std::string AnyValue(RandomSource& random) {
+    switch (random.Below(4)) {
+        case 0: return std::to_string(static_cast<long long>(random.Any()));
+        case 1: return std::to_string(random.Below(2000));
+        case 2: return random.OneIn(50) ? std::string(70000, '7') : AnyBytes(random, 30);
+        default: return kValues[random.Below(std::size(kValues))];
     }
 }
 
-std::string AnyLine(Dice& dice) {
-    switch (dice.Below(12)) {
-        case 0: return AnyBytes(dice, 100);
+std::string AnyLine(RandomSource& random) {
+    switch (random.Below(12)) {
+        case 0: return AnyBytes(random, 100);
         case 1: return "";
-        case 2: return std::string("[") + kSections[dice.Below(std::size(kSections))];
-        case 3: return ";" + AnyValue(dice);
+        case 2: return std::string("[") + kSections[random.Below(std::size(kSections))];
+        case 3: return ";" + AnyValue(random);
         case 4:
         case 5:
-        case 6: return std::string("[") + kSections[dice.Below(std::size(kSections))] + "]";
+        case 6: return std::string("[") + kSections[random.Below(std::size(kSections))] + "]";
         default:
-            return std::string(kKeys[dice.Below(std::size(kKeys))]) + (dice.OneIn(10) ? " = " : "=") +
-                   AnyValue(dice);
+            return std::string(kKeys[random.Below(std::size(kKeys))]) + (random.OneIn(10) ? " = " : "=") +
+                   AnyValue(random);
     }
 }
 
-std::string AnySettings(Dice& dice) {
-    if (dice.OneIn(20)) return AnyBytes(dice, 5000);
-    std::string text = dice.OneIn(20) ? "\xEF\xBB\xBF" : "";
-    const char* end = dice.OneIn(5) ? "\n" : "\r\n";
-    for (unsigned lines = dice.Below(40); lines > 0; --lines)
-        text += AnyLine(dice) + end;
-    if (dice.OneIn(30)) text.resize(dice.Below(static_cast<unsigned>(text.size() + 1)));
+std::string AnySettings(RandomSource& random) {
+    if (random.OneIn(20)) return AnyBytes(random, 5000);
+    std::string text = random.OneIn(20) ? "\xEF\xBB\xBF" : "";
+    const char* end = random.OneIn(5) ? "\n" : "\r\n";
+    for (unsigned lines = random.Below(40); lines > 0; --lines)
+        text += AnyLine(random) + end;
+    if (random.OneIn(30)) text.resize(random.Below(static_cast<unsigned>(text.size() + 1)));
     return text;
 }
 
@@ -134,7 +134,7 @@ bool IsUnicode(const std::string& bytes) {
     return bytes.rfind("\xFF\xFE", 0) == 0 || bytes.rfind("\xFE\xFF", 0) == 0;
 }
 
-void LoadSaveAndLoad(Dice& dice, const std::string& bytes) {
+void LoadSaveAndLoad(RandomSource& random, const std::string& bytes) {
     g_app = AppState{};
     LoadSettings();
     RequireValuesInRange();
@@ -144,8 +144,8 @@ void LoadSaveAndLoad(Dice& dice, const std::string& bytes) {
     LoadSettings();
     if (!IsUnicode(bytes)) Require(CurrentSettings() == loaded, "the settings change in a save and a load");
     // Values of a session are not whole thousandths.
-    g_app.intensity = dice.Below(1000001) / 1000000.0;
-    g_app.brightness = dice.Between(g_app.allowExtremeDim ? 0 : 100000, 1000000) / 1000000.0;
+    g_app.intensity = random.Below(1000001) / 1000000.0;
+    g_app.brightness = random.Between(g_app.allowExtremeDim ? 0 : 100000, 1000000) / 1000000.0;
     const Settings changed = CurrentSettings();
     SaveSettings();
     LoadSettings();
@@ -162,37 +162,37 @@ void WriteSettingsAndStart() {
     RequireConsistentState();
 }
 
-void TestSettings(Dice& dice, int number) {
+void TestSettings(RandomSource& random, int number) {
     const std::wstring path = ProgramFolder() + L"settings.ini";
-    g_settings = AnySettings(dice);
+    g_settings = AnySettings(random);
     RecordStep("settings.ini: " + Escaped(g_settings.substr(0, 2000)));
     WriteBytes(path, g_settings);
     if (number % 20 == 0) {
         RunSessionWith(WriteSettingsAndStart);
         return;
     }
-    LoadSaveAndLoad(dice, g_settings);
+    LoadSaveAndLoad(random, g_settings);
 }
 
-std::string AnyLog(Dice& dice) {
+std::string AnyLog(RandomSource& random) {
     std::string text;
-    const unsigned kind = dice.Below(6);
-    const unsigned longest = dice.OneIn(6) ? 900000 : 20000;
-    if (kind == 0) return AnyBytes(dice, longest);
-    if (kind == 1) return std::string(dice.Below(longest), static_cast<char>(dice.Any()));
+    const unsigned kind = random.Below(6);
+    const unsigned longest = random.OneIn(6) ? 900000 : 20000;
+    if (kind == 0) return AnyBytes(random, longest);
+    if (kind == 1) return std::string(random.Below(longest), static_cast<char>(random.Any()));
     while (text.size() < longest) {
-        text += kind == 2 ? AnyBytes(dice, 200)
-                          : "[12:00:00.000] \xE2\x80\x94 line " + std::to_string(dice.Any());
-        text += dice.OneIn(10) ? "\n" : "\r\n";
-        if (dice.OneIn(100)) break;
+        text += kind == 2 ? AnyBytes(random, 200)
+                          : "[12:00:00.000] \xE2\x80\x94 line " + std::to_string(random.Any());
+        text += random.OneIn(10) ? "\n" : "\r\n";
+        if (random.OneIn(100)) break;
     }
-    if (dice.OneIn(5)) text.resize(dice.Below(static_cast<unsigned>(text.size() + 1)));
+    if (random.OneIn(5)) text.resize(random.Below(static_cast<unsigned>(text.size() + 1)));
     return text;
 }
 
-void TestLog(Dice& dice, int number) {
+void TestLog(RandomSource& random, int number) {
     const std::wstring path = ProgramFolder() + L"events.log";
-    const std::string bytes = AnyLog(dice);
+    const std::string bytes = AnyLog(random);
     RecordStep("events.log of " + std::to_string(bytes.size()) + " bytes");
     WriteBytes(path, bytes);
     OpenEventLogFile(path);
@@ -217,7 +217,7 @@ void TestLog(Dice& dice, int number) {
 
 void AttackSettings() {
     for (int i = 0; i < g_round->steps && !Failed(); ++i)
-        TestSettings(g_round->dice, i);
+        TestSettings(g_round->random, i);
     CleanUpSession();
 }
 
@@ -225,7 +225,7 @@ void AttackLog() {
     PrepareSession({});
     g_app.settingsPath = GetSettingsPath();
     for (int i = 0; i < g_round->steps && !Failed(); ++i)
-        TestLog(g_round->dice, i);
+        TestLog(g_round->random, i);
     OpenEventLogFile(L"");
     CleanUpSession();
 }

@@ -112,53 +112,53 @@ struct Sent {
     LPARAM lParam;
 };
 
-std::uint64_t AnyParameter(Dice& dice) {
-    switch (dice.Below(5)) {
+std::uint64_t AnyParameter(RandomSource& random) {
+    switch (random.Below(5)) {
         case 0: return 0;
-        case 1: return dice.Below(10);
-        case 2: return dice.Below(0x10000);
-        case 3: return static_cast<std::uint32_t>(dice.Any());
-        default: return dice.Any();
+        case 1: return random.Below(10);
+        case 2: return random.Below(0x10000);
+        case 3: return static_cast<std::uint32_t>(random.Any());
+        default: return random.Any();
     }
 }
 
-LPARAM AnyPosition(Dice& dice) {
-    if (dice.OneIn(5)) return static_cast<LPARAM>(dice.Any());
-    return MAKELPARAM(ScaleByDpi(dice.Between(-20, 340)), ScaleByDpi(dice.Between(-20, 560)));
+LPARAM AnyPosition(RandomSource& random) {
+    if (random.OneIn(5)) return static_cast<LPARAM>(random.Any());
+    return MAKELPARAM(ScaleByDpi(random.Between(-20, 340)), ScaleByDpi(random.Between(-20, 560)));
 }
 
 RECT g_suggested;
 
-LPARAM SuggestedPlace(Dice& dice) {
-    if (dice.OneIn(3)) return static_cast<LPARAM>(AnyParameter(dice));
-    g_suggested = {dice.Between(-3000, 3000), dice.Between(-3000, 3000), 0, 0};
+LPARAM SuggestedPlace(RandomSource& random) {
+    if (random.OneIn(3)) return static_cast<LPARAM>(AnyParameter(random));
+    g_suggested = {random.Between(-3000, 3000), random.Between(-3000, 3000), 0, 0};
     return reinterpret_cast<LPARAM>(&g_suggested);
 }
 
-Sent HandledMessage(Dice& dice) {
-    Sent sent = {kHandled[dice.Below(std::size(kHandled))], AnyParameter(dice),
-                 static_cast<LPARAM>(AnyParameter(dice))};
+Sent HandledMessage(RandomSource& random) {
+    Sent sent = {kHandled[random.Below(std::size(kHandled))], AnyParameter(random),
+                 static_cast<LPARAM>(AnyParameter(random))};
     switch (sent.message) {
         case WM_MOUSEMOVE:
         case WM_LBUTTONDOWN:
-        case WM_LBUTTONUP: sent.lParam = AnyPosition(dice); break;
-        case WM_TIMER: sent.wParam = dice.OneIn(8) ? sent.wParam : dice.Below(10); break;
+        case WM_LBUTTONUP: sent.lParam = AnyPosition(random); break;
+        case WM_TIMER: sent.wParam = random.OneIn(8) ? sent.wParam : random.Below(10); break;
         case WM_DPICHANGED:
-            if (!dice.OneIn(4)) sent.wParam = dice.Below(300);
-            sent.lParam = SuggestedPlace(dice);
+            if (!random.OneIn(4)) sent.wParam = random.Below(300);
+            sent.lParam = SuggestedPlace(random);
             break;
         case WM_ENDSESSION: sent.wParam = 0; break;
         case WM_GETOBJECT:
-            if (dice.OneIn(2)) sent.lParam = static_cast<DWORD>(OBJID_CLIENT);
+            if (random.OneIn(2)) sent.lParam = static_cast<DWORD>(OBJID_CLIENT);
             break;
         case WM_POWERBROADCAST:
-            if (dice.OneIn(2)) sent.wParam = PBT_POWERSETTINGCHANGE;
+            if (random.OneIn(2)) sent.wParam = PBT_POWERSETTINGCHANGE;
             break;
         case WM_CAPTURECHANGED:
-            if (dice.OneIn(2)) sent.lParam = reinterpret_cast<LPARAM>(g_app.mainWindow);
+            if (random.OneIn(2)) sent.lParam = reinterpret_cast<LPARAM>(g_app.mainWindow);
             break;
         case kMessageTray:
-            sent.lParam = dice.OneIn(4) ? sent.lParam : dice.OneIn(2) ? WM_LBUTTONUP : WM_RBUTTONUP;
+            sent.lParam = random.OneIn(4) ? sent.lParam : random.OneIn(2) ? WM_LBUTTONUP : WM_RBUTTONUP;
             break;
     }
     return sent;
@@ -169,29 +169,29 @@ bool IsLeftOut(const Sent& sent) {
            (sent.message == WM_ENDSESSION && sent.wParam != 0);
 }
 
-Sent AnyMessage(Dice& dice) {
+Sent AnyMessage(RandomSource& random) {
     for (;;) {
-        const unsigned range = dice.OneIn(2) ? 0x400 : 0x10000;
-        Sent sent = {dice.Below(range), AnyParameter(dice), static_cast<LPARAM>(AnyParameter(dice))};
-        if (dice.OneIn(50)) sent.message = g_app.taskbarCreatedMessage;
+        const unsigned range = random.OneIn(2) ? 0x400 : 0x10000;
+        Sent sent = {random.Below(range), AnyParameter(random), static_cast<LPARAM>(AnyParameter(random))};
+        if (random.OneIn(50)) sent.message = g_app.taskbarCreatedMessage;
         if (sent.message == WM_SYSCOMMAND)
-            sent.wParam = kHarmlessCommands[dice.Below(std::size(kHarmlessCommands))];
+            sent.wParam = kHarmlessCommands[random.Below(std::size(kHarmlessCommands))];
         if (sent.message == WM_TIMER) sent.lParam = 0;
         if (!IsLeftOut(sent)) return sent;
     }
 }
 
-void SendOne(Dice& dice) {
-    const Sent sent = dice.OneIn(3) ? AnyMessage(dice) : HandledMessage(dice);
+void SendOne(RandomSource& random) {
+    const Sent sent = random.OneIn(3) ? AnyMessage(random) : HandledMessage(random);
     char text[128];
     std::snprintf(text, sizeof(text), "message %#x, wParam %#llx, lParam %#llx", sent.message,
                   static_cast<unsigned long long>(sent.wParam), static_cast<unsigned long long>(sent.lParam));
     RecordStep(text);
     // The row of the next menu: none, or one of those that do not quit.
     constexpr UINT kRows[] = {0, 1, 3};
-    g_platform.menuChoice = kRows[dice.Below(std::size(kRows))];
-    if (dice.OneIn(200)) g_platform.refusesRamps = !g_platform.refusesRamps;
-    if (dice.OneIn(10)) {
+    g_platform.menuChoice = kRows[random.Below(std::size(kRows))];
+    if (random.OneIn(200)) g_platform.refusesRamps = !g_platform.refusesRamps;
+    if (random.OneIn(10)) {
         PostMessageW(g_app.mainWindow, sent.message, sent.wParam, sent.message == WM_TIMER ? 0 : sent.lParam);
     } else {
         Send(sent.message, sent.wParam, sent.lParam);
@@ -200,8 +200,8 @@ void SendOne(Dice& dice) {
 
 void SendMessages() {
     for (int i = 0; i < g_round->steps && !Failed(); ++i) {
-        SendOne(g_round->dice);
-        if (g_round->dice.OneIn(20)) DispatchQueue();
+        SendOne(g_round->random);
+        if (g_round->random.OneIn(20)) DispatchQueue();
         RequireConsistentState();
     }
     if (!Failed()) RequirePopupCanBeShown();

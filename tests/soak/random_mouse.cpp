@@ -35,13 +35,13 @@ double ValueOf(Slider slider) {
     return slider == Slider::Warmth ? g_app.intensity : g_app.brightness;
 }
 
-POINT AnyPixel(Dice& dice) {
-    if (dice.OneIn(20)) return {dice.Between(-32768, 32767), dice.Between(-32768, 32767)};
-    if (dice.OneIn(2)) {
-        return {ScaleByDpi(dice.Between(50, 110) + (dice.OneIn(2) ? 160 : 0)),
-                ScaleByDpi(dice.Between(95, 315))};
+POINT AnyPixel(RandomSource& random) {
+    if (random.OneIn(20)) return {random.Between(-32768, 32767), random.Between(-32768, 32767)};
+    if (random.OneIn(2)) {
+        return {ScaleByDpi(random.Between(50, 110) + (random.OneIn(2) ? 160 : 0)),
+                ScaleByDpi(random.Between(95, 315))};
     }
-    return {ScaleByDpi(dice.Between(-20, 340)), ScaleByDpi(dice.Between(-20, 560))};
+    return {ScaleByDpi(random.Between(-20, 340)), ScaleByDpi(random.Between(-20, 560))};
 }
 
 LRESULT SendMouse(UINT message, POINT pixel) {
@@ -61,12 +61,12 @@ void RequireDragged(Slider slider, double start, POINT from, POINT to) {
         "the slider is at " + std::to_string(ValueOf(slider)) + " instead of " + std::to_string(expected));
 }
 
-void Drag(Dice& dice, Slider slider, double start, POINT from) {
-    for (unsigned moves = dice.Below(6); moves > 0; --moves) {
-        const POINT to = AnyPixel(dice);
+void Drag(RandomSource& random, Slider slider, double start, POINT from) {
+    for (unsigned moves = random.Below(6); moves > 0; --moves) {
+        const POINT to = AnyPixel(random);
         SendMouse(WM_MOUSEMOVE, to);
         RequireDragged(slider, start, from, to);
-        if (dice.OneIn(200)) RequireThumbPainted(slider);
+        if (random.OneIn(200)) RequireThumbPainted(slider);
     }
 }
 
@@ -77,8 +77,8 @@ void LoseCapture() {
     DispatchQueue();
 }
 
-void RunSequence(Dice& dice) {
-    const POINT from = AnyPixel(dice);
+void RunSequence(RandomSource& random) {
+    const POINT from = AnyPixel(random);
     const Slider slider = SliderAt(from);
     const double start = slider != Slider::None ? ValueOf(slider) : 0.0;
     SendMouse(WM_LBUTTONDOWN, from);
@@ -86,27 +86,27 @@ void RunSequence(Dice& dice) {
     if (slider == Slider::None) {
         // A move without a drag changes nothing.
         const double warmth = g_app.intensity;
-        SendMouse(WM_MOUSEMOVE, AnyPixel(dice));
+        SendMouse(WM_MOUSEMOVE, AnyPixel(random));
         Require(std::abs(g_app.intensity - warmth) < kTolerance, "a move without a drag changes the warmth");
     } else {
-        Drag(dice, slider, start, from);
+        Drag(random, slider, start, from);
     }
-    if (dice.OneIn(20)) return;  // the release goes to another window
-    if (dice.OneIn(20)) {
+    if (random.OneIn(20)) return;  // the release goes to another window
+    if (random.OneIn(20)) {
         LoseCapture();
     } else {
-        SendMouse(WM_LBUTTONUP, AnyPixel(dice));
+        SendMouse(WM_LBUTTONUP, AnyPixel(random));
     }
     Require(g_app.dragSlider == Slider::None, "the drag goes on after its end");
     Require(GetCapture() != g_app.mainWindow, "the capture is kept after the drag");
 }
 
 void RunSequences() {
-    Dice& dice = g_round->dice;
+    RandomSource& random = g_round->random;
     for (int i = 0; i < g_round->steps && !Failed(); ++i) {
-        if (i % 50 == 0) MoveToMonitorOf(kScalings[dice.Below(std::size(kScalings))]);
-        RunSequence(dice);
-        if (dice.OneIn(20)) DispatchQueue();
+        if (i % 50 == 0) MoveToMonitorOf(kScalings[random.Below(std::size(kScalings))]);
+        RunSequence(random);
+        if (random.OneIn(20)) DispatchQueue();
         RequireConsistentState();
     }
 }

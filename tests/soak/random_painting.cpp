@@ -8,23 +8,23 @@
 
 namespace {
 
-void SetAnyState(Dice& dice) {
-    g_app.panel = dice.OneIn(3) ? Panel::Settings : Panel::Main;
-    g_app.filterOn = dice.OneIn(2);
-    g_app.allowExtremeDim = dice.OneIn(2);
-    g_app.intensity = dice.Below(1001) / 1000.0;
-    g_app.brightness = dice.Between(g_app.allowExtremeDim ? 0 : 100, 1000) / 1000.0;
-    g_app.useLegacyGamma = dice.OneIn(2);
-    g_app.lastApplyRejected = dice.OneIn(2);
-    g_app.gammaRangeExpanded = dice.OneIn(2);
-    g_app.gammaFixEpoch = dice.OneIn(2) ? 1 : 0;
-    g_app.pwmTargetsPresent = dice.OneIn(2);
-    g_app.pwmSafe = dice.OneIn(3);
-    g_app.pwmLockConfirmed = g_app.pwmSafe && dice.OneIn(2);
-    g_app.pwmTargetCount = g_app.pwmTargetsPresent ? dice.Between(1, 4) : 0;
-    g_app.pwmTargetsAt100 = dice.Between(0, g_app.pwmTargetCount);
-    g_app.launchAtStart = dice.OneIn(2);
-    g_app.copiedUntil = dice.OneIn(4) ? UINT64_MAX : 0;
+void SetAnyState(RandomSource& random) {
+    g_app.panel = random.OneIn(3) ? Panel::Settings : Panel::Main;
+    g_app.filterOn = random.OneIn(2);
+    g_app.allowExtremeDim = random.OneIn(2);
+    g_app.intensity = random.Below(1001) / 1000.0;
+    g_app.brightness = random.Between(g_app.allowExtremeDim ? 0 : 100, 1000) / 1000.0;
+    g_app.useLegacyGamma = random.OneIn(2);
+    g_app.lastApplyRejected = random.OneIn(2);
+    g_app.gammaRangeExpanded = random.OneIn(2);
+    g_app.gammaFixEpoch = random.OneIn(2) ? 1 : 0;
+    g_app.pwmTargetsPresent = random.OneIn(2);
+    g_app.pwmSafe = random.OneIn(3);
+    g_app.pwmLockConfirmed = g_app.pwmSafe && random.OneIn(2);
+    g_app.pwmTargetCount = g_app.pwmTargetsPresent ? random.Between(1, 4) : 0;
+    g_app.pwmTargetsAt100 = random.Between(0, g_app.pwmTargetCount);
+    g_app.launchAtStart = random.OneIn(2);
+    g_app.copiedUntil = random.OneIn(4) ? UINT64_MAX : 0;
 }
 
 void RecordState() {
@@ -38,10 +38,10 @@ void RecordState() {
 
 void PaintFrames() {
     const AppState before = g_app;
-    Dice& dice = g_round->dice;
+    RandomSource& random = g_round->random;
     for (int i = 0; i < g_round->steps && !Failed(); ++i) {
-        if (i % 10 == 0) MoveToMonitorOf(kScalings[dice.Below(std::size(kScalings))]);
-        SetAnyState(dice);
+        if (i % 10 == 0) MoveToMonitorOf(kScalings[random.Below(std::size(kScalings))]);
+        SetAnyState(random);
         RecordState();
         RequirePaintedAsHit();
     }

@@ -53,19 +53,19 @@ struct Data {
     std::vector<BYTE> bytes;
 };
 
-Data AnyData(Dice& dice) {
+Data AnyData(RandomSource& random) {
     Data data;
-    data.type = kTypes[dice.Below(std::size(kTypes))];
-    const unsigned longest = dice.OneIn(10) ? 70000 : dice.OneIn(3) ? 3000 : 40;
-    data.bytes.resize(dice.OneIn(4) ? dice.Below(5) + 2 : dice.Below(longest));
-    const bool text = dice.OneIn(2);
+    data.type = kTypes[random.Below(std::size(kTypes))];
+    const unsigned longest = random.OneIn(10) ? 70000 : random.OneIn(3) ? 3000 : 40;
+    data.bytes.resize(random.OneIn(4) ? random.Below(5) + 2 : random.Below(longest));
+    const bool text = random.OneIn(2);
     for (std::size_t i = 0; i < data.bytes.size(); ++i) {
         // Text: mostly printable, without a terminator, with line ends now and then.
         const bool high = text && i % 2 == 1;
-        const auto any = static_cast<BYTE>(dice.Any());
-        data.bytes[i] = high                     ? static_cast<BYTE>(dice.OneIn(20) ? 0x20 : 0)
-                        : text && dice.OneIn(10) ? BYTE{'\n'}
-                                                 : any;
+        const auto any = static_cast<BYTE>(random.Any());
+        data.bytes[i] = high                       ? static_cast<BYTE>(random.OneIn(20) ? 0x20 : 0)
+                        : text && random.OneIn(10) ? BYTE{'\n'}
+                                                   : any;
     }
     return data;
 }
@@ -81,18 +81,18 @@ bool IsExpanded(const Data& data) {
     return data.bytes[1] != 0 || data.bytes[2] != 0 || data.bytes[3] != 0;
 }
 
-void TestGammaRange(Dice& dice) {
-    const Data data = AnyData(dice);
+void TestGammaRange(RandomSource& random) {
+    const Data data = AnyData(random);
     Write(kGammaPlace, data);
     Require(IsGammaRangeExpanded() == IsExpanded(data), "the gamma range is misread: type " +
                                                             std::to_string(data.type) + ", " +
                                                             std::to_string(data.bytes.size()) + " bytes");
 }
 
-void TestAutostart(Dice& dice) {
-    Write(kRunPlace, AnyData(dice));
+void TestAutostart(RandomSource& random) {
+    Write(kRunPlace, AnyData(random));
     Require(ReadAutostartValue().size() < 1024, "the autostart value is too long");
-    g_app.launchAtStart = dice.OneIn(2);
+    g_app.launchAtStart = random.OneIn(2);
     RepairAutostartEntry();
     Require(ReadAutostartValue() == OwnProgramPath() && g_app.launchAtStart,
             "the autostart entry is not repaired");
@@ -104,9 +104,9 @@ int LinesWithoutEdition(const std::wstring& report) {
     return CountLines(report) - (report.find(L"\r\nEdition:") != std::wstring::npos ? 1 : 0);
 }
 
-void TestReport(Dice& dice, int expectedLines) {
+void TestReport(RandomSource& random, int expectedLines) {
     for (const Place& place : kPlaces)
-        Write(place, AnyData(dice));
+        Write(place, AnyData(random));
     for (int i = 0; i < kLoggedLines; ++i)
         LogEvent("OS: %ls", ReadOsInfo().productName.c_str());
     const std::wstring report = BuildSupportBundle();
@@ -129,9 +129,9 @@ void AttackRegistry() {
     const int lines = LinesOfAnOrdinaryReport();
     for (int i = 0; i < g_round->steps && !Failed(); ++i) {
         RecordStep("machine " + std::to_string(i));
-        TestGammaRange(g_round->dice);
-        TestAutostart(g_round->dice);
-        TestReport(g_round->dice, lines);
+        TestGammaRange(g_round->random);
+        TestAutostart(g_round->random);
+        TestReport(g_round->random, lines);
     }
     CleanUpSession();
 }

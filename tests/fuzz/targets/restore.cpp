@@ -76,6 +76,6 @@ void FuzzRestoreRecord(Input input) {
         DeleteRestoreRow(number);
     CHECK(ReadRestoreRows().empty() && IsRampRecorded());
     DeleteRampRecord();
-    TidyRestoreRecord();
+    DeleteEmptyRestoreRecord();
     CHECK(!IsRampRecorded() && !HasProfileSection(L"Restore"));
 }

@@ -340,7 +340,7 @@ TEST_F(WindowLifetime, AtTheSessionsEndTheScreenWaitsOneSecondForTheDisplaysAndW
     EXPECT_EQ(g_tick - start, 4000U);
 }
 
-TEST_F(WindowLifetime, WithoutAThreadTheLockIsReleasedBehindTheScreen) {
+TEST_F(WindowLifetime, WithoutAThreadTheLockIsReleasedAfterTheScreen) {
     g_noThreadForRelease = true;
     OnEndSession(true, 0);
     EXPECT_EQ(CallsFrom("identity ramp"),

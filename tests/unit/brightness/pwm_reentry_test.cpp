@@ -398,7 +398,7 @@ TEST_F(PwmReentry, DisplayChangeAtAnyMoment) {
     InterruptEverything(FireDisplayChange);
 }
 
-TEST_F(PwmReentry, EndOfTheSessionAtAnyMoment) {
+TEST_F(PwmReentry, AnEndOfTheSessionAtAnyMomentRestoresEveryDisplay) {
     InterruptEverything(EndTheSession);
 }
 

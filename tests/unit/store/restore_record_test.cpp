@@ -83,7 +83,7 @@ AMBREL_SEAM(FlushFileBuffers, FakeFlushFileBuffers);
 TEST_F(RestoreRecord, AFileWithoutTheSectionHasNoRowsAndIsNotWritten) {
     EXPECT_TRUE(Rows().empty());
     EXPECT_FALSE(IsRampRecorded());
-    TidyRestoreRecord();
+    DeleteEmptyRestoreRecord();
     DeleteRestoreRow(1);
     EXPECT_TRUE(g_writes.empty());
     EXPECT_EQ(ReadBytes(path), kOthers);
@@ -93,7 +93,7 @@ TEST_F(RestoreRecord, AMissingFileIsNotCreatedByReading) {
     DeleteFileW(path.c_str());
     EXPECT_TRUE(Rows().empty());
     EXPECT_FALSE(IsRampRecorded());
-    TidyRestoreRecord();
+    DeleteEmptyRestoreRecord();
     EXPECT_FALSE(FileExists(path));
 }
 
@@ -247,7 +247,7 @@ TEST_F(RestoreRecord, WithoutASettingsPathNothingIsReadOrWritten) {
     RecordRamp();
     DeleteRestoreRow(1);
     DeleteRampRecord();
-    TidyRestoreRecord();
+    DeleteEmptyRestoreRecord();
     EXPECT_TRUE(ReadRestoreRows().empty());
     EXPECT_FALSE(IsRampRecorded());
     EXPECT_TRUE(g_writes.empty());
@@ -352,7 +352,7 @@ TEST_F(RestoreRecord, ASectionWithNothingValidIsDeleted) {
                                     "\r\n; a comment\r\nx=y\r\n"};
     for (const char* lines : sections) {
         StoredRecord(lines);
-        TidyRestoreRecord();
+        DeleteEmptyRestoreRecord();
         EXPECT_FALSE(HasSection()) << lines;
         ExpectOtherSectionsKept();
         g_app.settingsPath = path;
@@ -362,7 +362,7 @@ TEST_F(RestoreRecord, ASectionWithNothingValidIsDeleted) {
 TEST_F(RestoreRecord, ASectionWithOneValidEntryIsKept) {
     for (const char* lines : {"Ramp=1\r\n1=garbage\r\n", "Ramp=7\r\n32=40 0 n\r\n"}) {
         StoredRecord(lines);
-        TidyRestoreRecord();
+        DeleteEmptyRestoreRecord();
         EXPECT_TRUE(HasSection()) << lines;
     }
 }
@@ -378,7 +378,7 @@ TEST_F(RestoreRecord, NoiseInTheFileYieldsNoRow) {
         Stored(bytes);
         EXPECT_TRUE(Rows().empty());
         EXPECT_FALSE(IsRampRecorded());
-        TidyRestoreRecord();
+        DeleteEmptyRestoreRecord();
         AddRestoreRow(kMonitor);
         EXPECT_EQ(Rows().size(), 1u);
     }

@@ -94,7 +94,7 @@ protected:
 
 AMBREL_SEAM(SysAllocString, FakeSysAllocString);
 
-TEST_F(AccessibleArguments, WithoutMemoryForATextTheCallSaysSo) {
+TEST_F(AccessibleArguments, WithoutMemoryForATextTheCallReturnsOutOfMemory) {
     g_app.pwmTargetsPresent = true;
     g_noMemory = true;
     const TextAnswer refused = {E_OUTOFMEMORY, L""};

@@ -117,7 +117,7 @@ TEST_F(AccessibleClient, ReadsTheTreeAndLeavesNoReference) {
     EXPECT_EQ(References(), 1U);
 }
 
-TEST_F(AccessibleClient, AWindowThatIsDestroyedLeavesItsClientsAnObjectThatSaysSo) {
+TEST_F(AccessibleClient, AWindowThatIsDestroyedLeavesItsClientsAnObjectThatReturnsNotConnected) {
     const FromWindow fromWindow = AccessibleFromWindow();
     HWND window = g_app.mainWindow;
     IAccessible* kept = nullptr;
@@ -144,7 +144,7 @@ TEST_F(AccessibleClient, AWindowThatIsDestroyedLeavesItsClientsAnObjectThatSaysS
     EXPECT_EQ(kept->Release(), 0U) << "references are left";
 }
 
-TEST_F(AccessibleClient, AnObjectThatOutlivesTheWindowSaysSo) {
+TEST_F(AccessibleClient, AnObjectThatOutlivesTheWindowReturnsNotConnected) {
     const FromWindow fromWindow = AccessibleFromWindow();
     HWND window = g_app.mainWindow;
     IAccessible* object = nullptr;

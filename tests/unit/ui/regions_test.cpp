@@ -218,20 +218,20 @@ TEST_F(Regions, ABannerWhoseFixAwaitsTheRestartStillReacts) {
 }
 
 TEST_F(Regions, ExactlyOneStripIsCurrent) {
-    EXPECT_EQ(CurrentStatusStrip(), StatusStrip::Hint);
+    EXPECT_EQ(CurrentStripContent(), StripContent::Hint);
     ShowCard();
-    EXPECT_EQ(CurrentStatusStrip(), StatusStrip::Card);
+    EXPECT_EQ(CurrentStripContent(), StripContent::Card);
     ShowBanner();
-    EXPECT_EQ(CurrentStatusStrip(), StatusStrip::Banner);
+    EXPECT_EQ(CurrentStripContent(), StripContent::Banner);
     ShowDemotedBanner();
-    EXPECT_EQ(CurrentStatusStrip(), StatusStrip::Card);
+    EXPECT_EQ(CurrentStripContent(), StripContent::Card);
 }
 
 TEST_F(Regions, TheFirstHitTestThatFindsTheBannerDemotedLogsItOnce) {
     ShowDemotedBanner();
-    CurrentStatusStrip();
+    CurrentStripContent();
     EXPECT_TRUE(g_logged.empty());
-    CurrentStatusStrip();
+    CurrentStripContent();
     EXPECT_FALSE(IsAvailable(Region::GammaBanner));
     EXPECT_TRUE(g_logged.empty());
     EXPECT_EQ(HitTest(160, 390), Region::None);

@@ -128,7 +128,7 @@ TEST_F(StatusStripDrawing, WithLegacyModeOffRejectedRampsNeverShowTheBanner) {
     EXPECT_TRUE(g_logged.empty());
 }
 
-TEST_F(StatusStripDrawing, ABannerThatOutlivedTheRestartGivesWayAndIsLoggedOnce) {
+TEST_F(StatusStripDrawing, ABannerThatOutlivedTheRestartIsReplacedAndLoggedOnce) {
     RejectLegacyRamps();
     g_app.gammaRangeExpanded = true;
     g_app.gammaFixEpoch = 1;
