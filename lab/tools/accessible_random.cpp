@@ -11,7 +11,7 @@ namespace {
 // Most calls ask for something that exists, so that they get past the checks of the arguments.
 constexpr LONG kUsualChildren = 14;
 
-struct Dice {
+struct RandomSource {
     std::mt19937 engine;
 
     unsigned Below(unsigned end) { return static_cast<unsigned>(engine() % end); }
@@ -33,11 +33,11 @@ struct Dice {
     }
 };
 
-HRESULT CallText(IAccessible* object, Dice& dice) {
+HRESULT CallText(IAccessible* object, RandomSource& random) {
     BSTR text = nullptr;
-    const VARIANT child = dice.Child();
+    const VARIANT child = random.Child();
     HRESULT result = S_OK;
-    switch (dice.Below(6)) {
+    switch (random.Below(6)) {
         case 0: result = object->get_accName(child, &text); break;
         case 1: result = object->get_accValue(child, &text); break;
         case 2: result = object->get_accDescription(child, &text); break;
@@ -49,18 +49,19 @@ HRESULT CallText(IAccessible* object, Dice& dice) {
     return result;
 }
 
-HRESULT CallVariant(IAccessible* object, Dice& dice) {
+HRESULT CallVariant(IAccessible* object, RandomSource& random) {
     VARIANT answer = {};
     HRESULT result = S_OK;
-    switch (dice.Below(6)) {
-        case 0: result = object->get_accRole(dice.Child(), &answer); break;
-        case 1: result = object->get_accState(dice.Child(), &answer); break;
+    switch (random.Below(6)) {
+        case 0: result = object->get_accRole(random.Child(), &answer); break;
+        case 1: result = object->get_accState(random.Child(), &answer); break;
         case 2: result = object->get_accFocus(&answer); break;
         case 3: result = object->get_accSelection(&answer); break;
-        case 4: result = object->accHitTest(dice.Coordinate(), dice.Coordinate(), &answer); break;
+        case 4: result = object->accHitTest(random.Coordinate(), random.Coordinate(), &answer); break;
         default: {
-            const LONG direction = dice.Below(5) == 0 ? dice.AnyNumber() : static_cast<LONG>(dice.Below(10));
-            result = object->accNavigate(direction, dice.Child(), &answer);
+            const LONG direction =
+                random.Below(5) == 0 ? random.AnyNumber() : static_cast<LONG>(random.Below(10));
+            result = object->accNavigate(direction, random.Child(), &answer);
             break;
         }
     }
@@ -68,16 +69,16 @@ HRESULT CallVariant(IAccessible* object, Dice& dice) {
     return result;
 }
 
-HRESULT CallObject(IAccessible* object, Dice& dice) {
+HRESULT CallObject(IAccessible* object, RandomSource& random) {
     IDispatch* other = nullptr;
     LONG numbers[4] = {};
     HRESULT result = S_OK;
-    switch (dice.Below(4)) {
+    switch (random.Below(4)) {
         case 0: result = object->get_accParent(&other); break;
-        case 1: result = object->get_accChild(dice.Child(), &other); break;
+        case 1: result = object->get_accChild(random.Child(), &other); break;
         case 2: result = object->get_accChildCount(&numbers[0]); break;
         default:
-            result = object->accLocation(&numbers[0], &numbers[1], &numbers[2], &numbers[3], dice.Child());
+            result = object->accLocation(&numbers[0], &numbers[1], &numbers[2], &numbers[3], random.Child());
             break;
     }
     if (other) {
@@ -86,15 +87,15 @@ HRESULT CallObject(IAccessible* object, Dice& dice) {
     return result;
 }
 
-HRESULT CallAction(IAccessible* object, Dice& dice) {
-    const std::wstring value = dice.Value();
+HRESULT CallAction(IAccessible* object, RandomSource& random) {
+    const std::wstring value = random.Value();
     const BSTR text = SysAllocStringLen(value.data(), static_cast<UINT>(value.size()));
     HRESULT result = S_OK;
-    switch (dice.Below(4)) {
-        case 0: result = object->accDoDefaultAction(dice.Child()); break;
-        case 1: result = object->put_accValue(dice.Child(), text); break;
-        case 2: result = object->put_accName(dice.Child(), text); break;
-        default: result = object->accSelect(dice.AnyNumber() & 0x3F, dice.Child()); break;
+    switch (random.Below(4)) {
+        case 0: result = object->accDoDefaultAction(random.Child()); break;
+        case 1: result = object->put_accValue(random.Child(), text); break;
+        case 2: result = object->put_accName(random.Child(), text); break;
+        default: result = object->accSelect(random.AnyNumber() & 0x3F, random.Child()); break;
     }
     SysFreeString(text);
     return result;
@@ -109,18 +110,18 @@ int CallAtRandom(const Arguments& arguments, Json& answer) {
     if (!client.object) {
         return kToolNotFound;
     }
-    Dice dice{std::mt19937(static_cast<unsigned>(Number(arguments[1])))};
+    RandomSource random{std::mt19937(static_cast<unsigned>(Number(arguments[1])))};
     const bool acts = Number(arguments[3]) != 0;
     int succeeded = 0;
     int refused = 0;
     int lost = 0;
     for (long long left = Number(arguments[2]); left > 0; --left) {
         HRESULT result = S_OK;
-        switch (dice.Below(acts ? 4 : 3)) {
-            case 0: result = CallText(client.object, dice); break;
-            case 1: result = CallVariant(client.object, dice); break;
-            case 2: result = CallObject(client.object, dice); break;
-            default: result = CallAction(client.object, dice); break;
+        switch (random.Below(acts ? 4 : 3)) {
+            case 0: result = CallText(client.object, random); break;
+            case 1: result = CallVariant(client.object, random); break;
+            case 2: result = CallObject(client.object, random); break;
+            default: result = CallAction(client.object, random); break;
         }
         if (SUCCEEDED(result)) {
             ++succeeded;

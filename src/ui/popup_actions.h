@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/state/app_state.h"
-#include "ui/regions.h"
+#include "app/state/region.h"
 
 // Performs the action of a clickable region. A press on a slider does nothing by itself.
 void PressRegion(Region region);

@@ -1,26 +1,10 @@
-// The clickable regions of the popup, in design units. The panels draw their controls at the same rectangles.
+// Where the clickable regions of the popup are, in design units, and when they react. The panels draw their
+// controls at the same rectangles.
 #pragma once
 
 #include "app/state/app_state.h"
+#include "app/state/region.h"
 #include "win32/platform.h"
-
-enum class Region {
-    WarmthTrack,
-    BrightnessTrack,
-    GammaBanner,
-    PwmCard,
-    DayPreset,
-    EveningPreset,
-    NightPreset,
-    Power,
-    Gear,
-    Close,
-    LaunchRow,
-    ExtremeDimRow,
-    LegacyRow,
-    Support,
-    None,
-};
 
 // In the order of kPresets (filter/model/warmth.h).
 inline constexpr Region kPresetRegions[] = {Region::DayPreset, Region::EveningPreset, Region::NightPreset};

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-enum class Region;  // ui/regions.h
+#include "app/state/region.h"
 
 // The properties of one control that assistive technology reads. The strings live for the entire run; null
 // means that there is none.

@@ -75,7 +75,7 @@ TEST_F(SettingsSave, ThousandthsAreTruncated) {
     EXPECT_EQ(FileLines()[2], "Brightness=0");
 }
 
-TEST_F(SettingsSave, OneLineOfTheLogSaysSo) {
+TEST_F(SettingsSave, LogsOneLine) {
     SaveSettings();
     EXPECT_EQ(g_log, std::vector<std::wstring>{L"Saved settings"});
 }
