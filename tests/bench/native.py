@@ -9,7 +9,7 @@ from ambrel_lab.hardware import Monitor
 
 from figures import Figure, compared, plain
 
-ROUNDS, FULL_ROUNDS = 20, 120
+ROUNDS, FULL_ROUNDS = 20, 100
 # Seconds after which a benchmark hangs.
 LIMIT = 300
 # Milliseconds that real monitors take.
