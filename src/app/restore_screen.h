@@ -1,4 +1,4 @@
-// The restoration of the screen, which the end of a session and the destruction of the window share.
+// Restores the screen when the session ends or the window is destroyed.
 #pragma once
 
 #include "win32/platform.h"

@@ -23,7 +23,7 @@ void OnEndSession(bool ending, LPARAM reason) {
     // The process keeps running for a moment. No poll, display change or slider drag may undo the restoration
     // in that time.
     g_app.ending = true;
-    // Performed later, they would continue the session.
+    // Drops the queued actions: performed later, they would continue the session.
     g_app.accessibleActions.count = 0;
     StopTimer(TimerId::DisplaySettle);
     SuspendPwmSafe();

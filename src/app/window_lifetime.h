@@ -3,8 +3,9 @@
 
 #include "win32/platform.h"
 
-// WM_CREATE, once: registers for power events and asserts the lock on the backlight if the settings have
-// PWM-safe mode on. The queries of the displays dispatch messages.
+// WM_CREATE, once: stores the window in AppState, admits the taskbar's messages to an elevated process,
+// registers for power events, recalls the brightness that an earlier run did not restore, and asserts the
+// lock on the backlight if the settings have PWM-safe mode on. The queries of the displays dispatch messages.
 void OnCreate(HWND window);
 
 // WM_DESTROY, once: restores the backlight and the screen, removes the tray icon, frees the drawing

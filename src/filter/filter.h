@@ -1,6 +1,6 @@
-// Applies and clears the filter through the pipeline in use: the Magnification API or gamma ramps. The only
-// ramp that other modules load directly is the identity, at the start, at the end and after a crash. Window
-// thread only.
+// Applies and clears the filter through the pipeline in use: the Magnification API or gamma ramps. Modules
+// outside this folder load only the identity ramp directly, at the start, at the end and after a crash.
+// Window thread only.
 #pragma once
 
 #include "filter/model/warmth.h"

@@ -19,9 +19,8 @@ enum class RampLoadResult { Matches, Differs, Refused };
 // Loads the ramp and reads it back. Tries the entire screen's context first. Only if Windows refuses the ramp
 // there and more than one display is active, loads it into each display. Displays that refuse even the
 // identity ramp, as some USB, virtual and HDR displays do, are skipped until a display change or a switch of
-// the pipeline.
-// Refused: another display refuses the ramp, or every display is skipped. Differs: any display reads back a
-// different ramp.
+// the pipeline. Refused: another display refuses the ramp, or every display is skipped. Differs: any display
+// reads back a different ramp.
 RampLoadResult LoadRamp(GammaRamp* ramp);
 
 // Loads the identity ramp into the entire screen and, if Windows refuses that on an extended desktop or the

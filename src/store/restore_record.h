@@ -1,8 +1,8 @@
 // The restore record: the section [Restore] of settings.ini. It contains the changes to the machine that this
 // run has not undone yet, so that the next start can undo them after a kill, a crash or a power failure.
 // Every write and every deletion is one call of a private-profile function; a kill between two of them loses
-// nothing. Failures are
-// silent, nothing is logged, and without a settings path nothing is read or written. Window thread only.
+// nothing. Failures are silent, nothing is logged, and without a settings path nothing is read or written.
+// Window thread only.
 #pragma once
 
 #include <cstdint>

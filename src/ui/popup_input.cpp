@@ -20,7 +20,7 @@ void StartDrag(Slider slider, double value, int y) {
 }  // namespace
 
 void OnMouseDown(int x, int y) {
-    // The release of the drag before was lost: another window received it.
+    // The release of a previous drag may have been lost to another window.
     OnMouseUp();
     const int unitY = UnscaleForDpi(y);
     const Region region = HitTest(UnscaleForDpi(x), unitY);

@@ -19,6 +19,6 @@ Slider SliderOf(Region region);
 // the strip shows them.
 bool IsAvailable(Region region);
 
-// The first region of the current panel that is available and contains the point, else Region::None. A point
-// in the status strip logs once per run that the banner has been withdrawn.
+// The first region of the current panel that is available and contains the point, else Region::None. If the
+// banner has been withdrawn and the point is in the strip, logs that once per run.
 Region HitTest(int x, int y);

@@ -3,5 +3,6 @@
 
 #include "win32/platform.h"
 
-// Draws the content that CurrentStripContent returns. Logs once per run that the banner has been withdrawn.
+// Draws the content that CurrentStripContent returns. If the banner has been withdrawn, logs that once per
+// run.
 void DrawStatusStrip(HDC dc);

@@ -10,5 +10,5 @@ StripContent CurrentStripContent();
 // The text of the banner, even if the strip does not show it. Static storage.
 const wchar_t* BannerText();
 
-// Whether the hint is drawn in amber: the filter dims the picture enough to replace the backlight's dimming.
+// Whether the hint is drawn in amber: BRIGHTNESS is below 90 percent, whether or not the filter is on.
 bool IsHintLit();

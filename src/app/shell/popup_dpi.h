@@ -8,7 +8,7 @@
 void SetDpi(UINT dpi);
 
 // Calls SetDpi with the DPI of the monitor on which the popup will appear; without a monitor, with the
-// window's DPI.
+// window's DPI; if the query fails, with the main window's.
 void UpdateDpiForMonitor(HWND window, HMONITOR monitor);
 
 // The window's DPI; 96 without a window or if Windows returns 0.

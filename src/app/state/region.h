@@ -1,4 +1,4 @@
-// The clickable regions of the popup. ui/regions knows their rectangles.
+// The clickable regions of the popup. ui/regions defines their rectangles.
 #pragma once
 
 enum class Region {
