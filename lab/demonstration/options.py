@@ -4,6 +4,7 @@ from ambrel_lab import LabError
 from ambrel_lab.layout import CLOSE, GEAR, MENU_LEGACY_MODE, PRESETS, SETTINGS_ROWS, STATUS_STRIP
 
 YES, OK = 6, 1
+RED = (255, 0, 0)
 ICM_KEY = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM"
 
 
@@ -23,12 +24,18 @@ def answer(stage, what, text, button):
     stage.lab.press_button(box(), button)
 
 
-def fix_gamma_range(stage):
+def block_colours(stage):
     stage.choose_from_menu(MENU_LEGACY_MODE)
     stage.expect("Legacy Mode is on", lambda: stage.setting_is("UseLegacyGamma", "1"))
     stage.open_popup()
     stage.lab.click_unit(*PRESETS["NIGHT"])
     stage.expect("Windows refuses NIGHT's ramp", lambda: stage.log_has("Legacy ramp REJECTED"))
+    # Neither the card nor the button contains that red.
+    stage.expect("the banner appears", lambda: stage.strip().contains(RED))
+
+
+def fix_gamma_range(stage):
+    block_colours(stage)
     stage.save("8-blocked")
     stage.lab.click_unit(*STATUS_STRIP)
     answer(stage, "a click on the banner asks for confirmation", "Fix it now?", YES)

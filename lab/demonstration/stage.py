@@ -4,6 +4,7 @@ from ambrel_lab import LabError
 from ambrel_lab.layout import HEADER, HEADER_COLOUR, MENU_QUIT
 from ambrel_lab.waiting import TIMEOUT, wait_until
 
+STRIP = (22, 378, 298, 424)  # card and banner with a little margin, in design units
 EIGHT_BITS = 256  # the screen's gamma ramp is 8 bits deep
 
 
@@ -54,6 +55,10 @@ class Stage:
         self.open_popup()
         picture = self.lab.popup_picture()
         return picture if picture.pixel(*HEADER) == HEADER_COLOUR else None
+
+    def strip(self):
+        """A picture of the strip above the presets."""
+        return self.lab.popup_picture().crop(*STRIP)
 
     def open_popup(self):
         self.lab.show()

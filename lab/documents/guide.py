@@ -3,17 +3,14 @@
 from PIL import Image, ImageDraw, ImageFont
 
 from ambrel_lab.hardware import Monitor
-from ambrel_lab.layout import (CARD, CLOSE, GEAR, MENU_LEGACY_MODE, POWER_SURFACE, PRESETS, SUPPORT_NORMAL,
-                               TRACK_BOTTOM, TRAVEL)
+from ambrel_lab.layout import CARD, CLOSE, GEAR, POWER_SURFACE, PRESETS, SUPPORT_NORMAL, TRACK_BOTTOM, TRAVEL
 from ambrel_lab.picture import Picture
 from ambrel_lab.paths import DEJAVU
 from demonstration.backlight import AMBER, GREEN, accent_is, displays_changed
 from demonstration.filter_scenario import WARMTH_THUMB
+from demonstration.options import block_colours
 from demonstration.stage import Stage
 from demonstration.support import button_is
-
-STRIP = (22, 378, 298, 424)  # card and banner with a little margin, in design units
-RED = (255, 0, 0)
 
 # The travel of WARMTH's thumb and the distance of each move of the drag, in design units.
 WARMTH_X = WARMTH_THUMB[0]
@@ -35,10 +32,6 @@ def tooltip_is(stage, text):
 def button_is_red(stage):
     red, green, blue = stage.lab.popup_picture().pixel(*POWER_SURFACE)
     return red > 0x80 and green == blue == 0
-
-
-def strip(stage):
-    return stage.lab.popup_picture().crop(*STRIP)
 
 
 def show_popup(stage):
@@ -112,18 +105,12 @@ def show_locked_card(stage):
     stage.expect("the card appears when a monitor is connected", lambda: accent_is(stage, AMBER))
     stage.lab.click_unit(*CARD)
     stage.expect("the card says DISPLAY LOCKED AT 100%", lambda: accent_is(stage, GREEN))
-    return strip(stage)
+    return stage.strip()
 
 
 def show_banner(stage):
-    stage.choose_from_menu(MENU_LEGACY_MODE)
-    stage.expect("Legacy Mode is on", lambda: stage.setting_is("UseLegacyGamma", "1"))
-    stage.open_popup()
-    stage.lab.click_unit(*PRESETS["NIGHT"])
-    stage.expect("Windows refuses NIGHT's ramp", lambda: stage.log_has("Legacy ramp REJECTED"))
-    # Neither the card nor the button contains that red.
-    stage.expect("the banner appears", lambda: strip(stage).contains(RED))
-    return strip(stage)
+    block_colours(stage)
+    return stage.strip()
 
 
 def generate(lab):
