@@ -4,6 +4,5 @@
 constexpr int kHeaderIconUnits = 22;  // its width and height in design units; never stretched
 
 // Rebuilds the resources that depend on the DPI, of which the icon is the only one: loads it for the DPI in
-// AppState, then destroys the previous one. If loading fails, the previous icon
-// stays.
+// AppState, then destroys the previous one. If loading fails, the previous icon stays.
 void RebuildScaledResources();
