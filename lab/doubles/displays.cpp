@@ -75,15 +75,20 @@ Ramp IdentityRamp() {
     return ramp;
 }
 
-HANDLE OpenRamp(int display, DWORD access, DWORD disposition) {
-    wchar_t path[MAX_PATH] = {};
-    wsprintfW(path, L"C:\\lab\\displays.ramp.%d", display + 1);
-    return CreateFileW(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, 0, nullptr);
+struct Path {
+    wchar_t text[MAX_PATH];
+};
+
+Path RampPath(int display) {
+    Path path = {};
+    wsprintfW(path.text, L"C:\\lab\\displays.ramp.%d", display + 1);
+    return path;
 }
 
 BOOL ReadRamp(int display, Ramp* ramp) {
     *ramp = IdentityRamp();
-    const HANDLE file = OpenRamp(display, GENERIC_READ, OPEN_EXISTING);
+    const HANDLE file = CreateFileW(RampPath(display).text, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    nullptr, OPEN_EXISTING, 0, nullptr);
     if (file != INVALID_HANDLE_VALUE) {
         DWORD size = 0;
         ReadFile(file, ramp, sizeof(*ramp), &size, nullptr);
@@ -92,12 +97,17 @@ BOOL ReadRamp(int display, Ramp* ramp) {
     return TRUE;
 }
 
+// Replaces the file in one step, because the tests read it while the program runs.
 BOOL WriteRamp(int display, const Ramp& ramp) {
-    const HANDLE file = OpenRamp(display, GENERIC_WRITE, OPEN_ALWAYS);
+    const wchar_t* const incomplete = L"C:\\lab\\displays.incomplete";
+    const HANDLE file = CreateFileW(incomplete, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return FALSE;
+    }
     DWORD size = 0;
     const BOOL written = WriteFile(file, &ramp, sizeof(ramp), &size, nullptr);
     CloseHandle(file);
-    return written;
+    return written && MoveFileExW(incomplete, RampPath(display).text, MOVEFILE_REPLACE_EXISTING);
 }
 
 bool AcceptsRamp(const Desktop& desktop, int display, const Ramp& ramp) {

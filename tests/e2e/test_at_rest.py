@@ -5,7 +5,7 @@ import time
 import pytest
 
 import model
-from desk import POWER, wait_until
+from desk import POWER, wait_until, wait_until_settled
 
 WATCHED = 1.5
 CLOCK_TICK = 0.01
@@ -28,11 +28,14 @@ def desk_fixture(file_desk):
 
 
 class ObjectCount:
-    """The change of the number of the program's own GDI objects since this was created."""
+    """The change of the number of the program's own GDI objects since this was created.
+
+    It must be created after the program has processed its input. A paint still in progress has temporary objects.
+    """
 
     def __init__(self, desk):
         self.desk = desk
-        self.at_first = self.now()
+        self.at_first = wait_until_settled(self.now, "the number of GDI objects", pause=0.2)
 
     def now(self):
         replaced = self.desk.wine_log().count("SetSystemCursor")
@@ -123,11 +126,15 @@ def test_two_hundred_drag_steps_leak_no_gdi_object(file_desk, settings):
     desk = file_desk.start_fresh(settings)
     desk.press_power()
     drag_up_and_down(desk, 1)
-    desk.wait_for_tooltip(model.tooltip_on(0.385, 1.0))
+    # The tooltip of a value that no other step reaches shows that all steps are processed.
+    desk.slide("WARMTH", 60, steps=1)
+    higher = model.dragged(0.385, 60)
+    desk.wait_for_tooltip(model.tooltip_on(higher, 1.0))
     objects = ObjectCount(desk)
     assert desk.gdi_objects() > 0
     drag_up_and_down(desk, 4)
-    desk.wait_for_tooltip(model.tooltip_on(0.385, 1.0))
+    desk.slide("WARMTH", -70, steps=1)
+    desk.wait_for_tooltip(model.tooltip_on(model.dragged(higher, -70), 1.0))
     objects.assert_unchanged()
 
 
@@ -135,6 +142,7 @@ def test_forty_clicks_leak_no_gdi_object(desk):
     desk.choose("NIGHT")
     desk.choose("DAY")
     desk.press_power()
+    wait_until(lambda: len(desk.effects()) == 3, "three clicks")
     desk.wait_for_tooltip(model.TOOLTIP_OFF)
     objects = ObjectCount(desk)
     x, y = desk.unit_to_screen(*POWER)
