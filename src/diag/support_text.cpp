@@ -49,8 +49,10 @@ void AddBlankLine(std::wstring* text) {
 // One line, regardless of what the label and the value contain. `label` includes its padding up to the column
 // of the values.
 void AddLine(std::wstring* text, const std::wstring& label, const std::wstring& value) {
-    *text += Printable(label);
-    *text += Printable(value);
+    const std::size_t start = text->size();
+    *text += label;
+    *text += value;
+    ReplaceControlCharacters(text->data() + start, text->size() - start);
     *text += L"\r\n";
 }
 

@@ -1,5 +1,7 @@
 #include "diag/system_probe.h"
 
+#include <algorithm>
+
 #include "win32/format_text.h"
 #include "win32/guards.h"
 #include "win32/system_library.h"
@@ -11,23 +13,18 @@ constexpr wchar_t kCpuKey[] = L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\
 constexpr wchar_t kBiosKey[] = L"HARDWARE\\DESCRIPTION\\System\\BIOS";
 constexpr wchar_t kCryptographyKey[] = L"SOFTWARE\\Microsoft\\Cryptography";
 
-constexpr DWORD kMaxValueBytes = 65536;
+constexpr std::size_t kMaxTextCharacters = 2048;
 
-// A REG_SZ value of an open key; empty when it is missing, has another type or exceeds kMaxValueBytes. The
-// stored data may lack the terminating zero.
+// A REG_SZ value of an open key; empty when it is missing, has another type or exceeds kMaxTextCharacters.
+// The stored data may lack the terminating zero.
 std::wstring ReadText(HKEY key, const wchar_t* value) {
+    wchar_t text[kMaxTextCharacters];
     DWORD type = 0;
-    DWORD bytes = 0;
-    if (RegQueryValueExW(key, value, nullptr, &type, nullptr, &bytes) != ERROR_SUCCESS) return {};
-    if (type != REG_SZ || bytes == 0 || bytes > kMaxValueBytes) return {};
-
-    std::wstring text((bytes + 1) / sizeof(wchar_t), L'\0');
-    if (RegQueryValueExW(key, value, nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &bytes) !=
-        ERROR_SUCCESS) {
-        return {};
-    }
-    text.resize(bytes / sizeof(wchar_t));
-    return text.substr(0, text.find(L'\0'));
+    DWORD bytes = sizeof(text);
+    const LSTATUS status =
+        RegQueryValueExW(key, value, nullptr, &type, reinterpret_cast<BYTE*>(text), &bytes);
+    if (status != ERROR_SUCCESS || type != REG_SZ) return {};
+    return {text, std::find(text, text + bytes / sizeof(wchar_t), L'\0')};
 }
 
 std::wstring ReadNumberAsText(HKEY key, const wchar_t* value) {

@@ -56,9 +56,9 @@ void OutlineRoundRect(HDC dc, const RECT& rect, int cornerDiameter, COLORREF col
 
 void DrawRoundBox(HDC dc, const RECT& rect, int cornerDiameter, COLORREF fill, int penWidth,
                   COLORREF outline) {
-    const OwnedGdi pen(CreatePen(penWidth > 0 ? PS_SOLID : PS_NULL, penWidth, outline));
+    const OwnedGdi pen(penWidth > 0 ? CreatePen(PS_SOLID, penWidth, outline) : nullptr);
     const SelectedObject selectedBrush(dc, BrushOf(dc, fill));
-    const SelectedObject selectedPen(dc, pen.handle);
+    const SelectedObject selectedPen(dc, penWidth > 0 ? pen.handle : GetStockObject(NULL_PEN));
     RoundRect(dc, rect.left, rect.top, rect.right, rect.bottom, cornerDiameter, cornerDiameter);
 }
 

@@ -22,8 +22,8 @@ PLANTED = {
     "log_message": ("store/event_log.cpp", "ReplaceControlCharacters(line->text, line->length);",
                     "ReplaceControlCharacters(line->text, line->length - 1);"),
     "log_tail": ("store/log_file.cpp", "bytes.substr(firstEnd + 1)", "bytes.substr(firstEnd + 2)"),
-    "registry": ("diag/system_probe.cpp", "bytes > kMaxValueBytes", "bytes > 2 * kMaxValueBytes"),
-    "report": ("diag/support_text.cpp", "*text += Printable(label);", "*text += label;"),
+    "registry": ("diag/system_probe.cpp", "DWORD bytes = sizeof(text);", "DWORD bytes = 2 * sizeof(text);"),
+    "report": ("diag/support_text.cpp", "text->size() - start);", "value.size());"),
     "slider": ("ui/slider_text.cpp", "while (TruncatedPercent(fraction) < percent)", "while (false)"),
     "cursor": ("filter/model/cursor_pixels.cpp", "if (product <= 0.0) return 0;", ""),
 }

@@ -10,15 +10,14 @@
 
 namespace {
 
-constexpr std::size_t kMaxUnits = 65536 / sizeof(wchar_t);
+constexpr std::size_t kMaxUnits = 2048;
 
 void CheckText(const std::wstring& text, std::size_t maximum) {
     CHECK(text.size() <= maximum && text.find(L'\0') == std::wstring::npos);
 }
 
 // The sizes around the program's limits.
-constexpr std::size_t kLengths[] = {0,     1,     2,     2044,  2046,  2047, 2048,
-                                    65534, 65535, 65536, 65537, 65538, 70000};
+constexpr std::size_t kLengths[] = {0, 1, 2, 2044, 2046, 2047, 2048, 4094, 4095, 4096, 4097, 4098, 70000};
 
 std::vector<RegistryAnswer> Answers(Input* input) {
     std::vector<RegistryAnswer> answers;

@@ -33,18 +33,14 @@ LSTATUS WINAPI FakeRegQueryValueEx(HKEY key, const wchar_t* name, DWORD* reserve
     RegistryValues& values = g_keys.keys[g_keys.opened.at(ValueOf(key) - kFirstKey).path];
     const auto found = values.find(name);
     if (found == values.end()) return ERROR_FILE_NOT_FOUND;
-    RegistryValue& value = found->second;
+    const RegistryValue& value = found->second;
     const auto needed = static_cast<DWORD>(value.data.size());
     if (type != nullptr) *type = value.type;
     const DWORD room = size != nullptr ? *size : 0;
     if (size != nullptr) *size = needed;
-    if (data == nullptr) {
-        if (g_keys.growsBetweenQueries) value.data.resize(needed + 1024, BYTE{0x41});
-        return ERROR_SUCCESS;
-    }
     // Like Windows, leaves truncated data in the buffer if it does not fit.
-    if (needed > 0) std::memcpy(data, value.data.data(), std::min(needed, room));
-    return needed <= room ? ERROR_SUCCESS : ERROR_MORE_DATA;
+    if (data != nullptr && needed > 0) std::memcpy(data, value.data.data(), std::min(needed, room));
+    return data == nullptr || needed <= room ? ERROR_SUCCESS : ERROR_MORE_DATA;
 }
 
 LSTATUS WINAPI FakeRegCloseKey(HKEY key) {

@@ -27,7 +27,6 @@ struct FakeRegistry {
     std::vector<OpenedKey> opened;
     std::size_t closed = 0;
     LSTATUS queryAnswer = ERROR_SUCCESS;  // of every query, unless ERROR_SUCCESS
-    bool growsBetweenQueries = false;     // by a kilobyte after its size is queried
 };
 
 extern FakeRegistry g_keys;

@@ -96,8 +96,9 @@ TEST_F(MachineGuid, IsEmptyIfWindowsRefusesTheQuery) {
     ExpectUnreadable();
 }
 
-TEST_F(MachineGuid, IsEmptyIfTheValueGrowsDuringTheRead) {
-    Store(RegistryText(kGuid));
-    g_keys.growsBetweenQueries = true;
-    EXPECT_EQ(ReadMachineGuid(), L"");
+TEST_F(MachineGuid, IsEmptyIfTheValueIsLongerThan4Kilobytes) {
+    Store(RegistryText(std::wstring(2048, L'A')));
+    ExpectUnreadable();
+    Store(UnterminatedText(std::wstring(2049, L'A')));
+    ExpectUnreadable();
 }

@@ -1,5 +1,5 @@
 // Every other text that the report reads from the registry, with the same defects in turn: missing key,
-// missing value, another type, empty, unterminated, 4 KB.
+// missing value, another type, empty, unterminated, 4 KB, longer.
 #include <gtest/gtest.h>
 
 #include "diag/fake_registry.h"
@@ -102,6 +102,11 @@ TEST_P(RegistryTexts, OneOf4KilobytesIsReadCompletely) {
     EXPECT_EQ(ReadOf(RegistryText(terminated)), terminated);
     const std::wstring unterminated = std::wstring(2047, L'N') + L"!";
     EXPECT_EQ(ReadOf(UnterminatedText(unterminated)), unterminated);
+}
+
+TEST_P(RegistryTexts, ALongerOneIsUnreadable) {
+    EXPECT_EQ(ReadOf(RegistryText(std::wstring(2048, L'N'))), GetParam().unreadable);
+    EXPECT_EQ(ReadOf(UnterminatedText(std::wstring(2049, L'N'))), GetParam().unreadable);
 }
 
 TEST_P(RegistryTexts, OneWhoseQueryWindowsRefusesIsUnreadable) {
