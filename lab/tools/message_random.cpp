@@ -11,12 +11,14 @@ constexpr UINT kTray = WM_USER + 1;
 constexpr UINT kFirstPrivate = WM_APP + 104;
 constexpr UINT kPrivateCount = 5;
 constexpr UINT kAnswerTimeout = 200;  // ms; a message that opens a box or a menu is answered when that closes
-constexpr unsigned kReleasePeriod = 20;  // messages between two attempts to end a loop of Windows
+constexpr unsigned kReleasePeriod = 20;  // messages between two attempts to close a menu
+constexpr unsigned kHitTestEnd = 22;     // after HTHELP, the last part of a window
 
 constexpr UINT kHandled[] = {
     WM_MOUSEMOVE,  WM_LBUTTONDOWN,   WM_LBUTTONUP,     WM_CAPTURECHANGED, WM_TIMER, WM_POWERBROADCAST,
     WM_DPICHANGED, WM_DISPLAYCHANGE, WM_MOUSEACTIVATE, WM_ACTIVATE,       WM_PAINT, WM_CLOSE,
     WM_ERASEBKGND, WM_GETOBJECT,     WM_CREATE,        WM_ENDSESSION,     kTray,    kFirstPrivate,
+    WM_SYSCOMMAND, WM_NCLBUTTONDOWN, WM_NCRBUTTONDOWN,
 };
 
 struct Range {
@@ -83,7 +85,14 @@ struct Message {
     LPARAM lParam;
 };
 
-// Fits the parameters to a message that the program handles.
+// Neither the task list nor the screen saver nor the monitor's power is the program's. Windows uses the low
+// bits.
+WPARAM AnyCommand(Sender& sender) {
+    const WPARAM command = sender.Below(10) == 0 ? SC_KEYMENU : SC_SIZE + 0x10 * sender.Below(10);
+    return command + sender.Below(10);
+}
+
+// Fits the parameters to a message that the program or DefWindowProcW handles.
 void FitParameters(Sender& sender, Message& message) {
     switch (message.number) {
         case WM_MOUSEMOVE:
@@ -100,8 +109,10 @@ void FitParameters(Sender& sender, Message& message) {
         case WM_ENDSESSION: message.wParam = FALSE; break;
         case WM_GETOBJECT: message.lParam = sender.Below(2) == 0 ? OBJID_CLIENT : message.lParam; break;
         case kTray: message.lParam = sender.Below(2) == 0 ? WM_LBUTTONUP : WM_RBUTTONUP; break;
-        // Neither the task list nor the screen saver nor the monitor's power is the program's.
-        case WM_SYSCOMMAND: message.wParam = SC_SIZE + 0x10 * sender.Below(13); break;
+        case WM_SYSCOMMAND: message.wParam = AnyCommand(sender); break;
+        case WM_NCLBUTTONDOWN:
+        case WM_NCLBUTTONDBLCLK:
+        case WM_NCRBUTTONDOWN: message.wParam = sender.Below(kHitTestEnd); break;
         default: break;
     }
 }
@@ -132,8 +143,8 @@ bool MayBePosted(UINT message) {
     return !IsKey(message) && !(message >= WM_MOUSEFIRST && message <= WM_MOUSELAST);
 }
 
-// Closes a menu and ends moving and sizing, as the user would with Escape.
-void EndLoops(HWND window) {
+// Closes a menu, as the user would with Escape.
+void CloseMenu(HWND window) {
     PostMessageW(window, WM_CANCELMODE, 0, 0);
     PostMessageW(window, WM_KEYDOWN, VK_ESCAPE, 1);
 }
@@ -152,10 +163,8 @@ void SendOne(Sender& sender) {
         }
         ++sender.sent;
     }
-    const bool startsLoop =
-        message.number == kTray || message.number == WM_SYSCOMMAND || message.number == WM_NCLBUTTONDOWN;
-    if (startsLoop || sender.Below(kReleasePeriod) == 0) {
-        EndLoops(sender.window);
+    if (message.number == kTray || sender.Below(kReleasePeriod) == 0) {
+        CloseMenu(sender.window);
     }
 }
 

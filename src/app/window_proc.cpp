@@ -5,6 +5,7 @@
 #include "app/accessibility.h"
 #include "app/auto_hide.h"
 #include "app/display_events.h"
+#include "app/frame_input.h"
 #include "app/notices.h"
 #include "app/popup.h"
 #include "app/power_events.h"
@@ -97,6 +98,7 @@ bool IsTaskbarCreated(UINT message) {
 // clang-format off
 LRESULT CALLBACK HandleWindowMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (IsTaskbarCreated(message)) { OnTaskbarCreated(); return 0; }
+    if (IsFrameInput(message, wParam)) return 0;
     switch (message) {
         case kMessageLegacyNotice:       ShowLegacyNotice();                                          return 0;
         case kMessageShowPopup:          OnSecondStart();                                             return 0;

@@ -2,6 +2,8 @@
 
 import os
 
+import pytest
+
 import model
 from ambrel_lab.hardware import Monitor
 from desk import wait_until
@@ -13,14 +15,24 @@ CHUNK = 500
 NO = 7  # the button's id
 OWN_BRIGHTNESS = 40
 WM_NULL, WM_CLOSE, WM_QUIT, WM_CANCELMODE = 0, 0x10, 0x12, 0x1F
+WM_NCLBUTTONDOWN, WM_NCRBUTTONDOWN = 0xA1, 0xA4
 WM_KEYDOWN, WM_COMMAND, WM_SYSCOMMAND = 0x100, 0x111, 0x112
+WM_APP = 0x8000
+SHOW_MAGNIFICATION_ERROR = WM_APP + 106
 SC_MINIMIZE, VK_ESCAPE = 0xF020, 0x1B
+HTCAPTION, HTSYSMENU, HTCLOSE = 2, 3, 20
+SC_SIZE, SC_MOVE, SC_VSCROLL, SC_HSCROLL, SC_MOUSEMENU, SC_KEYMENU = 0xF000, 0xF010, 0xF070, 0xF080, 0xF090, 0xF100
+FRAME_INPUT = [
+    *[(WM_NCRBUTTONDOWN, part) for part in (HTCAPTION, HTSYSMENU)],
+    *[(WM_NCLBUTTONDOWN, part) for part in range(HTCLOSE + 2)],
+    *[(WM_SYSCOMMAND, command) for command in (SC_SIZE, SC_SIZE + 8, SC_MOVE, SC_MOVE + HTCAPTION, SC_VSCROLL + 7,
+                                               SC_HSCROLL + 6, SC_MOUSEMENU + HTSYSMENU, SC_KEYMENU)],
+]
 EVENING, NIGHT = model.PRESETS["EVENING"][:2], model.PRESETS["NIGHT"][:2]
 
 
 def close_boxes(desk):
-    """Closes menus and boxes, and ends moving and sizing, all of which Windows' own loops can nest in each other, as a
-    user would with Escape and No."""
+    """Closes menus and boxes, whose loops can be nested in each other, as a user would with Escape and No."""
     def closed():
         desk.post_message(WM_CANCELMODE)
         desk.post_message(WM_KEYDOWN, VK_ESCAPE)
@@ -84,5 +96,22 @@ def test_a_popup_that_another_program_has_minimised_is_shown_again(desk):
     wait_until(lambda: [desk.window_facts()[edge] for edge in ("left", "top", "right", "bottom")]
                == [full[edge] for edge in ("left", "top", "right", "bottom")], "the popup at its place",
                state=desk.window_facts)
+    desk.choose("NIGHT")
+    desk.wait_for_colour(*NIGHT)
+
+
+@pytest.mark.parametrize("with_box", [False, True], ids=["popup", "message box"])
+def test_input_for_a_frame_starts_no_loop(desk, with_box):
+    """DefWindowProcW would answer only when a mouse button is released or a menu is closed."""
+    desk.open_popup()
+    if with_box:
+        desk.post_message(SHOW_MAGNIFICATION_ERROR, 5)
+        box = desk.wait_for_message_box()
+    for message, part in FRAME_INPUT:
+        desk.send_message(message, part)
+    if with_box:
+        desk.press_button(box)
+    desk.call_window(WM_CLOSE)
+    desk.wait_for_popup(False)
     desk.choose("NIGHT")
     desk.wait_for_colour(*NIGHT)

@@ -1,6 +1,5 @@
-// Random messages to the window procedure. Left out are those that end the program by design, those whose
-// parameters are pointers, and those with which DefWindowProcW starts a loop that only the user ends (moving,
-// sizing, menus).
+// Random messages to the window procedure. Left out are those that end the program by design and those whose
+// parameters are pointers.
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
@@ -35,6 +34,9 @@ constexpr UINT kHandled[] = {
     WM_GETOBJECT,
     WM_ENDSESSION,
     WM_CREATE,
+    WM_SYSCOMMAND,
+    WM_NCLBUTTONDOWN,
+    WM_NCRBUTTONDOWN,
     kMessageTray,
     kMessageTray,
     kMessageShowPopup,
@@ -46,65 +48,28 @@ constexpr UINT kHandled[] = {
 
 constexpr UINT kLeftOut[] = {
     // They end the program.
-    WM_DESTROY,
-    WM_NCDESTROY,
-    WM_QUIT,
+    WM_DESTROY, WM_NCDESTROY, WM_QUIT,
     // Their parameters are pointers.
-    WM_GETTEXT,
-    WM_SETTEXT,
-    WM_GETMINMAXINFO,
-    WM_WINDOWPOSCHANGING,
-    WM_WINDOWPOSCHANGED,
-    WM_COPYDATA,
-    WM_NOTIFY,
-    WM_HELP,
-    WM_STYLECHANGING,
-    WM_STYLECHANGED,
-    WM_NCCREATE,
-    WM_NCCALCSIZE,
-    WM_SETTINGCHANGE,
-    WM_DEVMODECHANGE,
-    WM_DRAWITEM,
-    WM_MEASUREITEM,
-    WM_DELETEITEM,
-    WM_COMPAREITEM,
-    WM_DEVICECHANGE,
-    WM_SIZING,
-    WM_MOVING,
-    WM_MDICREATE,
-    WM_NEXTMENU,
-    WM_DROPFILES,
-    WM_GETDLGCODE,
-    WM_IME_REQUEST,
-    WM_IME_CONTROL,
-    WM_IME_COMPOSITION,
-    WM_IME_SELECT,
-    WM_INPUTLANGCHANGE,
-    WM_INPUTLANGCHANGEREQUEST,
-    WM_ASKCBFORMATNAME,
-    0x91,
-    0x92,
-    0x93,
-    0x94,
+    WM_GETTEXT, WM_SETTEXT, WM_GETMINMAXINFO, WM_WINDOWPOSCHANGING, WM_WINDOWPOSCHANGED, WM_COPYDATA,
+    WM_NOTIFY, WM_HELP, WM_STYLECHANGING, WM_STYLECHANGED, WM_NCCREATE, WM_NCCALCSIZE, WM_SETTINGCHANGE,
+    WM_DEVMODECHANGE, WM_DRAWITEM, WM_MEASUREITEM, WM_DELETEITEM, WM_COMPAREITEM, WM_DEVICECHANGE, WM_SIZING,
+    WM_MOVING, WM_MDICREATE, WM_NEXTMENU, WM_DROPFILES, WM_GETDLGCODE, WM_IME_REQUEST, WM_IME_CONTROL,
+    WM_IME_COMPOSITION, WM_IME_SELECT, WM_INPUTLANGCHANGE, WM_INPUTLANGCHANGEREQUEST, WM_ASKCBFORMATNAME,
+    0x91, 0x92, 0x93, 0x94,
     0x95,   // menus drawn by the theme
     0x118,  // a timer of the system: DispatchMessageW calls lParam
     0x33F,  // WM_GETTITLEBARINFOEX
-    0x3E0,
-    0x3E1,
-    0x3E2,
-    0x3E3,
-    0x3E4,
-    0x3E5,
-    0x3E6,
-    0x3E7,
+    0x3E0, 0x3E1, 0x3E2, 0x3E3, 0x3E4, 0x3E5, 0x3E6, 0x3E7,
     0x3E8,  // DDE
-    // They start a loop.
-    WM_NCLBUTTONDOWN,
-    WM_NCLBUTTONDBLCLK,
-    WM_NCRBUTTONDOWN,
 };
 
-constexpr WPARAM kHarmlessCommands[] = {SC_MINIMIZE, SC_MAXIMIZE, SC_RESTORE, SC_CLOSE, SC_NEXTWINDOW};
+// Neither the task list nor the screen saver nor the monitor's power is the program's.
+constexpr WPARAM kSystemCommands[] = {
+    SC_SIZE,  SC_MOVE,       SC_MINIMIZE, SC_MAXIMIZE,  SC_RESTORE, SC_NEXTWINDOW,
+    SC_CLOSE, SC_PREVWINDOW, SC_VSCROLL,  SC_MOUSEMENU, SC_HSCROLL, SC_KEYMENU,
+};
+
+constexpr UINT kHitTestEnd = 22;  // after HTHELP, the last part of a window
 
 struct Sent {
     UINT message;
@@ -135,9 +100,18 @@ LPARAM SuggestedPlace(RandomSource& random) {
     return reinterpret_cast<LPARAM>(&g_suggested);
 }
 
+// Windows tells the parts of a frame and its own commands by wParam.
+void FitToFrame(RandomSource& random, Sent& sent) {
+    if (sent.message == WM_SYSCOMMAND)
+        sent.wParam = kSystemCommands[random.Below(std::size(kSystemCommands))] + random.Below(10);
+    if (sent.message >= WM_NCMOUSEMOVE && sent.message <= WM_NCXBUTTONDBLCLK)
+        sent.wParam = random.Below(kHitTestEnd);
+}
+
 Sent HandledMessage(RandomSource& random) {
     Sent sent = {kHandled[random.Below(std::size(kHandled))], AnyParameter(random),
                  static_cast<LPARAM>(AnyParameter(random))};
+    FitToFrame(random, sent);
     switch (sent.message) {
         case WM_MOUSEMOVE:
         case WM_LBUTTONDOWN:
@@ -174,8 +148,7 @@ Sent AnyMessage(RandomSource& random) {
         const unsigned range = random.OneIn(2) ? 0x400 : 0x10000;
         Sent sent = {random.Below(range), AnyParameter(random), static_cast<LPARAM>(AnyParameter(random))};
         if (random.OneIn(50)) sent.message = g_app.taskbarCreatedMessage;
-        if (sent.message == WM_SYSCOMMAND)
-            sent.wParam = kHarmlessCommands[random.Below(std::size(kHarmlessCommands))];
+        FitToFrame(random, sent);
         if (sent.message == WM_TIMER) sent.lParam = 0;
         if (!IsLeftOut(sent)) return sent;
     }

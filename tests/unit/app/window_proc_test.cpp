@@ -303,6 +303,31 @@ TEST_F(WindowProc, EveryOtherMessageGoesToDefWindowProc) {
     EXPECT_EQ(g_calls, (CallRecord{"default 500 5 1 2", "default 500 17 0 5", "default 500 32877 3 4"}));
 }
 
+TEST_F(WindowProc, InputForAFrameNeverReachesDefWindowProc) {
+    // On a title bar, window menu, scroll bar, button and border.
+    for (const WPARAM part : {2, 3, 6, 7, 8, 9, 17, 20, 21}) {
+        EXPECT_EQ(Send(WM_NCLBUTTONDOWN, part, 5), 0);
+        EXPECT_EQ(Send(WM_NCRBUTTONDOWN, part, 5), 0);
+    }
+    // Size, move, both scroll bars, the window menu by mouse and by keyboard, with and without Windows' own
+    // bits.
+    for (const WPARAM command : {0xF000, 0xF010, 0xF070, 0xF080, 0xF090, 0xF100}) {
+        EXPECT_EQ(Send(WM_SYSCOMMAND, command, 5), 0);
+        EXPECT_EQ(Send(WM_SYSCOMMAND, command + 3, 5), 0);
+    }
+    EXPECT_EQ(g_calls, CallRecord{});
+}
+
+TEST_F(WindowProc, EveryOtherCommandOfWindowsReachesDefWindowProc) {
+    // Minimise, maximise, next, previous, close, restore, task list, screen saver, hot key, monitor power.
+    for (const WPARAM command :
+         {0xF020, 0xF030, 0xF040, 0xF050, 0xF060, 0xF120, 0xF130, 0xF140, 0xF150, 0xF170})
+        EXPECT_EQ(Send(WM_SYSCOMMAND, command), kDefaultAnswer) << command;
+    EXPECT_EQ(Send(WM_NCHITTEST), kDefaultAnswer);
+    EXPECT_EQ(Send(WM_NCLBUTTONDBLCLK, 2), kDefaultAnswer);
+    EXPECT_EQ(g_calls.size(), 12U);
+}
+
 TEST_F(WindowProc, AnotherRegisteredMessageIsNotMistakenForTheTaskbars) {
     g_app.taskbarCreatedMessage = 0xC123;
     EXPECT_EQ(Send(0xC124), kDefaultAnswer);
