@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "filter/gamma_banner.h"
+#include "filter/gamma_restart.h"
 #include "store/autostart.h"
 #include "store/event_log.h"
 #include "win32/own_path.h"

@@ -2,7 +2,7 @@
 
 #include "brightness/display_targets.h"
 #include "diag/system_probe.h"
-#include "filter/gamma_banner.h"
+#include "filter/gamma_restart.h"
 #include "store/autostart.h"
 #include "store/event_log.h"
 #include "support/call_record.h"

@@ -5,6 +5,7 @@
 #include "filter/gamma_banner.h"
 #include "filter/gamma_fix.h"
 #include "filter/gamma_range.h"
+#include "filter/gamma_restart.h"
 #include "support/call_record.h"
 #include "support/fake_clock.h"
 #include "support/seam.h"

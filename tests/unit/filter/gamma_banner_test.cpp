@@ -1,4 +1,3 @@
-// When the banner of rejected ramps is shown, and what is treated as a restart.
 #include "filter/gamma_banner.h"
 
 #include <gmock/gmock.h>
@@ -24,7 +23,7 @@ constexpr std::uint64_t kUp = 5'000;            // seconds since then
 const std::string kDemoted =
     "log: Gamma fix exhausted: ramps still rejected after restart (driver level limit?) - banner demoted";
 
-class GammaRange : public testing::Test {
+class GammaBanner : public testing::Test {
 protected:
     void SetUp() override {
         g_app = AppState{};
@@ -33,69 +32,13 @@ protected:
         g_tick = kUp * 1000;
     }
 
-    static bool RestartDoneSince(std::uint64_t epoch) {
-        g_app.gammaRangeExpanded = true;
-        g_app.gammaFixEpoch = epoch;
-        return IsRestartDoneSinceFix();
-    }
-
     static void RejectRamps() {
         g_app.useLegacyGamma = true;
         g_app.lastApplyRejected = true;
     }
 };
 
-class GammaBanner : public GammaRange {};
-
 }  // namespace
-
-TEST_F(GammaRange, ARestartCountsOnlyWhenTheMachineStartedLaterThanTheFix) {
-    EXPECT_TRUE(RestartDoneSince(kBoot - 1));
-    EXPECT_FALSE(RestartDoneSince(kBoot));
-    EXPECT_FALSE(RestartDoneSince(kBoot + 1));
-}
-
-TEST_F(GammaRange, AnOldFixCountsThroughLaterRestarts) {
-    EXPECT_TRUE(RestartDoneSince(kBoot - 90 * 86'400));
-}
-
-TEST_F(GammaRange, TheUptimeIsTruncatedToSeconds) {
-    g_clock = kBoot;
-    g_tick = 999;
-    EXPECT_TRUE(RestartDoneSince(kBoot - 1));
-    g_tick = 1'999;
-    EXPECT_FALSE(RestartDoneSince(kBoot - 1));
-    EXPECT_TRUE(RestartDoneSince(kBoot - 2));
-}
-
-TEST_F(GammaRange, WithoutTheExpandedRangeNoRestartCounts) {
-    g_app.gammaFixEpoch = kBoot - 1;
-    EXPECT_FALSE(IsRestartDoneSinceFix());
-}
-
-TEST_F(GammaRange, AnExpansionMadeOutsideTheProgramHasNoRestartToCount) {
-    EXPECT_FALSE(RestartDoneSince(0));
-}
-
-TEST_F(GammaRange, AfterAFixJustNowTimeAndSleepAloneAreNoRestart) {
-    const std::uint64_t fixed = g_clock;
-    EXPECT_FALSE(RestartDoneSince(fixed));
-    g_clock += 30 * 86'400;
-    g_tick += std::uint64_t{30} * 86'400 * 1000;
-    EXPECT_FALSE(RestartDoneSince(fixed));
-    g_tick = 20'000;
-    EXPECT_TRUE(RestartDoneSince(fixed));
-}
-
-TEST_F(GammaRange, AnEpochInTheFarFutureIsNotPassed) {
-    EXPECT_FALSE(RestartDoneSince(UINT64_MAX));
-    EXPECT_FALSE(RestartDoneSince(std::uint64_t{1} << 63));
-}
-
-TEST_F(GammaRange, AClockSetBackBelowTheUptimeIsNoRestart) {
-    g_clock = 100;
-    EXPECT_FALSE(RestartDoneSince(50));
-}
 
 TEST_F(GammaBanner, ShowsWhileLegacyModesRampsAreRejected) {
     RejectRamps();
