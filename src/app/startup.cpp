@@ -3,6 +3,7 @@
 #include <cwchar>
 
 #include "app/crash_guard.h"
+#include "app/message_loop.h"
 #include "app/popup_window.h"
 #include "app/shell/ensure_tray_icon.h"
 #include "app/shell/header_icon.h"
@@ -10,7 +11,6 @@
 #include "app/state/app_state.h"
 #include "app/state/program_names.h"
 #include "app/state/timers.h"
-#include "app/window_lifetime.h"
 #include "diag/system_probe.h"
 #include "filter/cursor_tint.h"
 #include "filter/gamma_range.h"
@@ -84,31 +84,6 @@ void AddFirstTrayIcon() {
     LogEvent("Tray icon add failed (taskbar not ready?) - retry timer armed");
     g_app.trayRetryCount = 0;
     StartTimer(TimerId::TrayRetry);
-}
-
-// GetMessageW may fail for a moment. If it keeps failing, no message arrives any more, Quit included: the
-// program ends and restores what it has changed.
-int RunMessageLoop() {
-    constexpr int kMaxFailures = 10;  // in a row
-    MSG message = {};
-    for (int failures = 0; failures < kMaxFailures;) {
-        const BOOL result = GetMessageW(&message, nullptr, 0, 0);
-        if (result == 0) {
-            // Another program can post WM_QUIT, which leaves the window.
-            if (!g_app.windowDestroyed) DestroyMainWindow();
-            return static_cast<int>(message.wParam);
-        }
-        if (result < 0) {
-            failures += 1;
-            continue;
-        }
-        failures = 0;
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
-    LogEvent("No messages from Windows after %d attempts - ending", kMaxFailures);
-    DestroyMainWindow();
-    return 1;
 }
 
 int ReportStartFailure(const wchar_t* text) {

@@ -1,4 +1,4 @@
-// The start-up sequence and the message loop.
+// The start-up sequence.
 #pragma once
 
 #include "win32/platform.h"
