@@ -8,12 +8,6 @@ namespace {
 // Bounds the loop: a drag produces new moves as long as the mouse moves.
 constexpr int kMaxPendingMessages = 100;
 
-// GetAsyncKeyState reports physical buttons; mouse messages report logical ones.
-bool IsPrimaryButtonDown() {
-    const int button = GetSystemMetrics(SM_SWAPBUTTON) != 0 ? VK_RBUTTON : VK_LBUTTON;
-    return GetAsyncKeyState(button) < 0;
-}
-
 }  // namespace
 
 void HandlePendingPopupInput() {
@@ -29,11 +23,4 @@ void HandlePendingPopupInput() {
         }
         DispatchMessageW(&message);
     }
-}
-
-bool CheckSliderHeld() {
-    if (g_app.dragSlider == Slider::None) return false;
-    if (IsPrimaryButtonDown()) return true;
-    ReleaseCapture();
-    return false;
 }

@@ -5,7 +5,3 @@
 // input, so a press or release may still be queued behind a posted message that arrived later. The handlers
 // that run may open boxes and destroy the window.
 void HandlePendingPopupInput();
-
-// Whether the user holds a slider. First ends a drag whose button is no longer down because another window
-// received the release.
-bool CheckSliderHeld();

@@ -1,4 +1,4 @@
-// Events from the notification area: clicks on the icon, its menu, and the creation of the taskbar.
+// Events from the notification area: clicks on the icon and the creation of the taskbar.
 #pragma once
 
 #include "win32/platform.h"

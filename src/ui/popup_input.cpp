@@ -6,8 +6,15 @@
 #include "ui/popup_actions.h"
 #include "ui/regions.h"
 #include "ui/slider_geometry.h"
+#include "win32/platform.h"
 
 namespace {
+
+// GetAsyncKeyState reports physical buttons; mouse messages report logical ones.
+bool IsPrimaryButtonDown() {
+    const int button = GetSystemMetrics(SM_SWAPBUTTON) != 0 ? VK_RBUTTON : VK_LBUTTON;
+    return GetAsyncKeyState(button) < 0;
+}
 
 // The drag is recorded last: SetCapture may report the loss of an earlier capture.
 void StartDrag(Slider slider, double value, int y) {
@@ -45,5 +52,11 @@ void OnMouseUp() {
 }
 
 void OnCaptureLost() {
+    g_app.dragSlider = Slider::None;
+}
+
+void EndDragIfReleased() {
+    if (g_app.dragSlider == Slider::None || IsPrimaryButtonDown()) return;
+    ReleaseCapture();
     g_app.dragSlider = Slider::None;
 }

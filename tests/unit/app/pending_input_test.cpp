@@ -16,8 +16,6 @@ std::deque<UINT> g_queue;
 bool g_mouseNeverStops = false;
 void (*g_duringPeek)() = nullptr;
 void (*g_duringDispatch)() = nullptr;
-int g_buttonDown = 0;
-bool g_buttonsSwapped = false;
 
 BOOL WINAPI FakePeekMessage(MSG* message, HWND window, UINT first, UINT last, UINT flags) {
     EXPECT_EQ(window, kWindow);
@@ -45,21 +43,6 @@ void WINAPI FakePostQuitMessage(int code) {
     Record("post quit ", code);
 }
 
-SHORT WINAPI FakeGetAsyncKeyState(int key) {
-    return key == g_buttonDown ? static_cast<SHORT>(0x8000) : SHORT{1};
-}
-
-int WINAPI FakeGetSystemMetrics(int metric) {
-    EXPECT_EQ(metric, SM_SWAPBUTTON);
-    return g_buttonsSwapped;
-}
-
-BOOL WINAPI FakeReleaseCapture() {
-    Record("release capture");
-    g_app.dragSlider = Slider::None;
-    return TRUE;
-}
-
 class PendingInput : public testing::Test {
 protected:
     void SetUp() override {
@@ -70,8 +53,6 @@ protected:
         g_mouseNeverStops = false;
         g_duringPeek = nullptr;
         g_duringDispatch = nullptr;
-        g_buttonDown = 0;
-        g_buttonsSwapped = false;
     }
 };
 
@@ -80,9 +61,6 @@ protected:
 AMBREL_SEAM(PeekMessageW, FakePeekMessage);
 AMBREL_SEAM(DispatchMessageW, FakeDispatchMessage);
 AMBREL_SEAM(PostQuitMessage, FakePostQuitMessage);
-AMBREL_SEAM(GetAsyncKeyState, FakeGetAsyncKeyState);
-AMBREL_SEAM(GetSystemMetrics, FakeGetSystemMetrics);
-AMBREL_SEAM(ReleaseCapture, FakeReleaseCapture);
 
 TEST_F(PendingInput, IsDispatchedInOrderUntilNoneIsLeft) {
     g_queue = {WM_LBUTTONUP, WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONUP};
@@ -126,41 +104,4 @@ TEST_F(PendingInput, AQuitMessageIsPostedAgainForTheMessageLoop) {
     g_queue = {WM_QUIT, WM_LBUTTONUP};
     HandlePendingPopupInput();
     EXPECT_EQ(g_calls, (CallRecord{"post quit 3"}));
-}
-
-TEST(HeldSlider, WithoutADragNoSliderIsHeldRegardlessOfTheButton) {
-    g_app = AppState{};
-    g_calls.clear();
-    g_buttonDown = VK_LBUTTON;
-    EXPECT_FALSE(CheckSliderHeld());
-    EXPECT_TRUE(g_calls.empty());
-}
-
-TEST(HeldSlider, ADragIsHeldWhileItsButtonIsDown) {
-    g_app = AppState{};
-    g_calls.clear();
-    g_app.dragSlider = Slider::Warmth;
-    g_buttonsSwapped = false;
-    g_buttonDown = VK_LBUTTON;
-    EXPECT_TRUE(CheckSliderHeld());
-    g_buttonsSwapped = true;
-    g_buttonDown = VK_RBUTTON;
-    EXPECT_TRUE(CheckSliderHeld());
-    EXPECT_EQ(g_app.dragSlider, Slider::Warmth);
-    EXPECT_TRUE(g_calls.empty());
-}
-
-TEST(HeldSlider, ADragWhoseReleaseWentToAnotherWindowEnds) {
-    g_app = AppState{};
-    g_app.dragSlider = Slider::Brightness;
-    g_buttonsSwapped = false;
-    g_buttonDown = VK_RBUTTON;
-    g_calls.clear();
-    EXPECT_FALSE(CheckSliderHeld());
-    EXPECT_EQ(g_calls, (CallRecord{"release capture"}));
-    EXPECT_EQ(g_app.dragSlider, Slider::None);
-    g_app.dragSlider = Slider::Brightness;
-    g_buttonsSwapped = true;
-    g_buttonDown = VK_LBUTTON;
-    EXPECT_FALSE(CheckSliderHeld());
 }

@@ -9,6 +9,7 @@
 #include "app/session_end.h"
 #include "app/shell/tray_icon.h"
 #include "app/state/app_state.h"
+#include "app/tray_menu.h"
 #include "support/call_record.h"
 #include "support/seam.h"
 
@@ -56,6 +57,9 @@ AMBREL_REPLACE(void, ShowPopup, ()) {
 }
 AMBREL_REPLACE(void, HidePopup, ()) {
     Record("hide popup");
+}
+AMBREL_REPLACE(void, ShowTrayMenu, ()) {
+    Record("show menu");
 }
 AMBREL_REPLACE(bool, AddTrayIcon, ()) {
     g_addCount += 1;
@@ -135,6 +139,15 @@ TEST_F(TrayEvents, AClick250MillisecondsAfterTheHideOpensThePopup) {
     g_now = 1'000'250;
     OnTrayCallback(WM_LBUTTONUP);
     EXPECT_EQ(g_calls, (CallRecord{"show popup"}));
+}
+
+TEST_F(TrayEvents, ARightClickOnTheIconShowsTheMenu) {
+    for (const bool visible : {false, true}) {
+        g_windowVisible = visible;
+        g_calls.clear();
+        OnTrayCallback(WM_RBUTTONUP);
+        EXPECT_EQ(g_calls, (CallRecord{"show menu"}));
+    }
 }
 
 TEST_F(TrayEvents, OtherMessagesOfTheIconAreIgnored) {
@@ -281,7 +294,6 @@ TEST_F(TrayEvents, AFailedReAddLeavesARunningRetryRunning) {
 TEST_F(TrayEvents, AClickOnTheIconContinuesASessionThatWasEnding) {
     for (const LPARAM message : {WM_LBUTTONUP, WM_RBUTTONUP}) {
         g_app.ending = true;
-        g_app.menuTracking = true;  // No second menu.
         g_calls.clear();
         OnTrayCallback(message);
         EXPECT_EQ(g_calls.front(), "continue session");

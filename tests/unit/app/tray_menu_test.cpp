@@ -1,3 +1,5 @@
+#include "app/tray_menu.h"
+
 #include <gtest/gtest.h>
 
 #include <utility>
@@ -5,14 +7,13 @@
 #include "app/pending_input.h"
 #include "app/session_end.h"
 #include "app/shell/refresh.h"
-#include "app/shell/tray_icon.h"
 #include "app/state/app_state.h"
-#include "app/tray_events.h"
 #include "filter/filter.h"
 #include "store/autostart.h"
 #include "store/settings.h"
 #include "support/call_record.h"
 #include "support/seam.h"
+#include "ui/popup_input.h"
 
 AMBREL_REPLACE(void, ToggleLegacyMode, ()) {
     Record("toggle legacy mode", g_app.menuTracking ? " while tracking" : "");
@@ -26,16 +27,6 @@ AMBREL_REPLACE(void, SaveSettings, ()) {
 }
 AMBREL_REPLACE(void, RefreshPopupAndTray, ()) {
     Record("refresh");
-}
-AMBREL_REPLACE(bool, AddTrayIcon, ()) {
-    Record("add icon");
-    return true;
-}
-AMBREL_REPLACE(void, UpdateTrayIcon, ()) {
-    Record("update icon");
-}
-AMBREL_REPLACE(void, RemoveTrayIcon, ()) {
-    Record("remove icon");
 }
 AMBREL_REPLACE(void, ContinueSession, ()) {
     if (g_app.ending) Record("continue session");
@@ -52,15 +43,15 @@ bool g_sliderHeld = false;
 AMBREL_REPLACE(void, HandlePendingPopupInput, ()) {
     if (const auto handle = std::exchange(g_pendingInput, nullptr)) handle();
 }
-AMBREL_REPLACE(bool, CheckSliderHeld, ()) {
-    return g_sliderHeld;
+AMBREL_REPLACE(void, EndDragIfReleased, ()) {
+    if (!g_sliderHeld) g_app.dragSlider = Slider::None;
 }
 
 namespace {
 
 BOOL g_choice = 0;
 bool g_menuCreationSucceeds = true;
-bool g_clickWhileMenuOpen = false;
+bool g_requestWhileMenuOpen = false;
 bool g_switchedOnWhileMenuOpen = false;
 bool g_sessionEndsWhileMenuOpen = false;
 
@@ -91,8 +82,8 @@ BOOL WINAPI FakeSetForegroundWindow(HWND window) {
 BOOL WINAPI FakeTrackPopupMenu(HMENU menu, UINT flags, int x, int y, int, HWND window, const RECT*) {
     Record("track ", ValueOf(menu), " flags ", flags, " at ", x, " ", y, " for ", ValueOf(window),
            g_app.menuTracking ? " tracking" : "");
-    if (g_clickWhileMenuOpen) OnTrayCallback(WM_RBUTTONUP);
-    if (g_clickWhileMenuOpen && !g_app.menuTracking) Record("no longer tracking");
+    if (g_requestWhileMenuOpen) ShowTrayMenu();
+    if (g_requestWhileMenuOpen && !g_app.menuTracking) Record("no longer tracking");
     if (g_switchedOnWhileMenuOpen) g_app.launchAtStart = true;
     if (g_sessionEndsWhileMenuOpen) g_app.ending = true;
     return g_choice;
@@ -129,15 +120,15 @@ protected:
         g_sliderHeld = false;
         g_choice = 0;
         g_menuCreationSucceeds = true;
-        g_clickWhileMenuOpen = false;
+        g_requestWhileMenuOpen = false;
         g_switchedOnWhileMenuOpen = false;
         g_sessionEndsWhileMenuOpen = false;
     }
 
-    // The recorded calls of a right click, without the items.
+    // The recorded calls of showing the menu, without the items.
     static CallRecord CallsOfChoosing(BOOL command) {
         g_choice = command;
-        OnTrayCallback(WM_RBUTTONUP);
+        ShowTrayMenu();
         std::erase_if(g_calls, [](const std::string& call) { return call.starts_with("append"); });
         return g_calls;
     }
@@ -155,8 +146,8 @@ AMBREL_SEAM(DestroyWindow, FakeDestroyWindow);
 AMBREL_SEAM(DestroyMenu, FakeDestroyMenu);
 AMBREL_SEAM(InvalidateRect, FakeInvalidateRect);
 
-TEST_F(TrayMenu, ARightClickShowsTheMenuAtTheMouseAndClosesItProperly) {
-    OnTrayCallback(WM_RBUTTONUP);
+TEST_F(TrayMenu, IsShownAtTheMouseAndClosesProperly) {
+    ShowTrayMenu();
     EXPECT_EQ(g_calls, (CallRecord{
                            "create menu",
                            "append 1 flags 0 Launch at Startup",
@@ -173,14 +164,14 @@ TEST_F(TrayMenu, ARightClickShowsTheMenuAtTheMouseAndClosesItProperly) {
 
 TEST_F(TrayMenu, LaunchAtStartupIsCheckedWhenItIsOn) {
     g_app.launchAtStart = true;
-    OnTrayCallback(WM_RBUTTONUP);
+    ShowTrayMenu();
     EXPECT_EQ(g_calls[1], "append 1 flags 8 Launch at Startup");
     EXPECT_EQ(g_calls[2], "append 3 flags 0 Legacy Mode (Older Hardware)");
 }
 
 TEST_F(TrayMenu, LegacyModeIsCheckedWhenItIsOn) {
     g_app.useLegacyGamma = true;
-    OnTrayCallback(WM_RBUTTONUP);
+    ShowTrayMenu();
     EXPECT_EQ(g_calls[1], "append 1 flags 0 Launch at Startup");
     EXPECT_EQ(g_calls[2], "append 3 flags 8 Legacy Mode (Older Hardware)");
 }
@@ -224,8 +215,8 @@ TEST_F(TrayMenu, LegacyModeIsToggledAndSavedButNeitherPopupNorTooltipIsRefreshed
                           "post 500 0 0 0", "toggle legacy mode", "save settings", "destroy menu 60"}));
 }
 
-TEST_F(TrayMenu, ASecondRightClickWhileTheMenuIsOpenOpensNoOther) {
-    g_clickWhileMenuOpen = true;
+TEST_F(TrayMenu, ASecondRequestWhileTheMenuIsOpenOpensNoOther) {
+    g_requestWhileMenuOpen = true;
     EXPECT_EQ(CallsOfChoosing(0),
               (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",
                           "post 500 0 0 0", "destroy menu 60"}));
@@ -234,7 +225,7 @@ TEST_F(TrayMenu, ASecondRightClickWhileTheMenuIsOpenOpensNoOther) {
 
 TEST_F(TrayMenu, WithoutAMenuNothingHappens) {
     g_menuCreationSucceeds = false;
-    OnTrayCallback(WM_RBUTTONUP);
+    ShowTrayMenu();
     EXPECT_EQ(g_calls, (CallRecord{"create menu"}));
     EXPECT_FALSE(g_app.menuTracking);
 }
@@ -245,7 +236,7 @@ TEST_F(TrayMenu, QueuedPopupInputIsHandledBeforeTheMenuIsCreated) {
         Record("pending input", g_app.menuTracking ? " while tracking" : "");
         g_app.useLegacyGamma = true;
     };
-    OnTrayCallback(WM_RBUTTONUP);
+    ShowTrayMenu();
     EXPECT_EQ(g_calls[0], "pending input");
     EXPECT_EQ(g_calls[1], "create menu");
     EXPECT_EQ(g_calls[3], "append 3 flags 8 Legacy Mode (Older Hardware)");
@@ -253,23 +244,24 @@ TEST_F(TrayMenu, QueuedPopupInputIsHandledBeforeTheMenuIsCreated) {
 
 TEST_F(TrayMenu, NoMenuOpensWhenTheHandledInputEndedTheProgram) {
     g_pendingInput = [] { g_app.mainWindow = nullptr; };
-    OnTrayCallback(WM_RBUTTONUP);
+    ShowTrayMenu();
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(TrayMenu, ARightClickDuringTheHandledInputOpensTheOnlyMenu) {
-    g_pendingInput = [] { OnTrayCallback(WM_RBUTTONUP); };
+TEST_F(TrayMenu, ARequestDuringTheHandledInputOpensTheOnlyMenu) {
+    g_pendingInput = [] { ShowTrayMenu(); };
     EXPECT_EQ(CallsOfChoosing(0),
               (CallRecord{"create menu", "foreground 500", "track 60 flags 258 at -7 1050 for 500 tracking",
                           "post 500 0 0 0", "destroy menu 60"}));
 }
 
 TEST_F(TrayMenu, NoMenuOpensWhileASliderIsHeld) {
+    g_app.dragSlider = Slider::Warmth;
     g_sliderHeld = true;
-    OnTrayCallback(WM_RBUTTONUP);
+    ShowTrayMenu();
     EXPECT_TRUE(g_calls.empty());
     g_sliderHeld = false;
-    OnTrayCallback(WM_RBUTTONUP);
+    ShowTrayMenu();
     EXPECT_EQ(g_calls[0], "create menu");
 }
 

@@ -46,6 +46,18 @@ BOOL WINAPI FakeKillTimer(HWND, UINT_PTR id) {
     return TRUE;
 }
 
+int g_buttonDown = 0;  // the virtual key of the physical button
+bool g_buttonsSwapped = false;
+
+SHORT WINAPI FakeGetAsyncKeyState(int key) {
+    return key == g_buttonDown ? static_cast<SHORT>(0x8000) : SHORT{1};
+}
+
+int WINAPI FakeGetSystemMetrics(int metric) {
+    EXPECT_EQ(metric, SM_SWAPBUTTON);
+    return g_buttonsSwapped;
+}
+
 // Pixels to design units, rounded half away from zero.
 int Units(int pixels, int dpi) {
     return static_cast<int>(std::lround(static_cast<double>(pixels) * 96.0 / dpi));
@@ -59,6 +71,8 @@ protected:
         g_app.intensity = 0.5;
         g_app.brightness = 0.5;
         g_calls.clear();
+        g_buttonDown = 0;
+        g_buttonsSwapped = false;
     }
 
     void PressWarmth(int y) {
@@ -79,6 +93,8 @@ const Calls kReleased = {"release", "kill 1", "set 1 500"};
 
 AMBREL_SEAM(SetCapture, FakeSetCapture);
 AMBREL_SEAM(ReleaseCapture, FakeReleaseCapture);
+AMBREL_SEAM(GetAsyncKeyState, FakeGetAsyncKeyState);
+AMBREL_SEAM(GetSystemMetrics, FakeGetSystemMetrics);
 AMBREL_SEAM(SetTimer, FakeSetTimer);
 AMBREL_SEAM(KillTimer, FakeKillTimer);
 
@@ -289,6 +305,33 @@ TEST_F(PopupDrag, ALostCaptureEndsTheDragAndSavesNothing) {
     EXPECT_EQ(g_app.dragSlider, Slider::None);
     EXPECT_EQ(g_app.intensity, 10.0 / 198.0 + 0.5);
     EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(PopupDrag, WithoutADragNothingIsReleased) {
+    EndDragIfReleased();
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(PopupDrag, ADragContinuesWhileThePrimaryButtonIsDown) {
+    PressWarmth(200);
+    for (const bool swapped : {false, true}) {
+        g_buttonsSwapped = swapped;
+        g_buttonDown = swapped ? VK_RBUTTON : VK_LBUTTON;
+        EndDragIfReleased();
+        EXPECT_EQ(g_app.dragSlider, Slider::Warmth);
+    }
+    EXPECT_TRUE(g_calls.empty());
+}
+
+TEST_F(PopupDrag, ADragWhoseReleaseWentToAnotherWindowEndsAndSavesNothing) {
+    for (const bool swapped : {false, true}) {
+        PressBrightness(200);
+        g_buttonsSwapped = swapped;
+        g_buttonDown = swapped ? VK_LBUTTON : VK_RBUTTON;
+        EndDragIfReleased();
+        EXPECT_EQ(g_calls, Calls{"release"});
+        EXPECT_EQ(g_app.dragSlider, Slider::None);
+    }
 }
 
 TEST_F(PopupDrag, PixelsBecomeDesignUnitsRoundedHalfAwayFromZero) {
