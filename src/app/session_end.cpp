@@ -3,6 +3,7 @@
 #include "app/restore_screen.h"
 #include "app/state/app_state.h"
 #include "app/state/timers.h"
+#include "app/window_lifetime.h"
 #include "brightness/pwm_release.h"
 #include "brightness/pwm_safe.h"
 
@@ -31,7 +32,7 @@ void OnEndSession(bool ending, LPARAM reason) {
     RestoreScreen(IsInstallerRequest(reason) ? kInstallerTimeout : kSessionTimeout);
     if (!started) ReleasePwmSafeLock();
     // The session continues: the installer replaces the program's file and waits for the program to exit.
-    if (IsInstallerRequest(reason) && !g_app.windowDestroyed) DestroyWindow(g_app.mainWindow);
+    if (IsInstallerRequest(reason) && !g_app.windowDestroyed) DestroyMainWindow();
 }
 
 void ContinueSession() {

@@ -6,7 +6,7 @@
 
 // WM_ENDSESSION: restores the backlight, the cursors and the gamma ramp, since Windows soon terminates the
 // process without WM_DESTROY. Waits at most 4 s for the displays. If an installer requests the end of this
-// program only, waits at most 25 s and destroys the window. If the release thread cannot be created, restores
+// program only, waits at most 25 s and ends the program. If the release thread cannot be created, restores
 // the backlight itself, however long the displays take. `reason` is the message's lParam. Does nothing if
 // `ending` is false.
 void OnEndSession(bool ending, LPARAM reason);

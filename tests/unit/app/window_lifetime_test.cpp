@@ -24,6 +24,7 @@ AMBREL_USES_SEAMS(recorded_timers);
 namespace {
 
 bool g_announcedHidden = false;
+bool g_destructionFails = false;
 
 }  // namespace
 
@@ -76,7 +77,7 @@ BOOL WINAPI FakeInvalidateRect(HWND window, const RECT*, BOOL) {
 BOOL WINAPI FakeDestroyWindow(HWND window) {
     EXPECT_EQ(window, g_app.mainWindow);
     Record("destroy window");
-    return TRUE;
+    return g_destructionFails ? FALSE : TRUE;
 }
 
 BOOL WINAPI FakeDeleteObject(HGDIOBJ object) {
@@ -150,6 +151,7 @@ protected:
         g_app.mainWindow = kWindow;
         g_calls.clear();
         g_registrations.clear();
+        g_destructionFails = false;
         g_noThreadForRelease = false;
         g_releaseDuration = 0;
         g_waitClock = &g_tick;
@@ -358,6 +360,33 @@ TEST_F(WindowLifetime, AnInstallerThatNeedsTheProgramsFileWaitsLongerAndMakesThe
                           "pwm wait for release 1000", "release cursor copies", "identity ramp",
                           "pwm wait for release 24000", "destroy window"}));
     EXPECT_EQ(g_tick - start, 25000U);
+}
+
+TEST_F(WindowLifetime, AWindowThatCannotBeDestroyedEndsTheProgramAnyway) {
+    g_destructionFails = true;
+    DestroyMainWindow();
+    EXPECT_EQ(g_calls.front(), "destroy window");
+    EXPECT_EQ(CallsFrom("release cursor copies"),
+              (CallRecord{"release cursor copies", "identity ramp", "pwm wait for release 25000",
+                          "shut magnification down", "tray icon delete of 0", "quit 0"}));
+    EXPECT_TRUE(g_app.windowDestroyed);
+    g_calls.clear();
+    g_destructionFails = false;
+    g_app.mainWindow = kWindow;
+    g_app.windowDestroyed = false;
+    DestroyMainWindow();
+    EXPECT_EQ(g_calls, (CallRecord{"destroy window"})) << "WM_DESTROY performs the steps";
+}
+
+// The installer waits for the process to exit, and nothing else would end it.
+TEST_F(WindowLifetime, AnInstallerEndsTheProgramEvenIfTheWindowCannotBeDestroyed) {
+    g_destructionFails = true;
+    OnEndSession(true, 1);
+    EXPECT_EQ(CallsFrom("destroy window"),
+              (CallRecord{"destroy window", "kill timer 4", "kill timer 5", "kill timer 6",
+                          "pwm release at the end", "pwm wait for release 0", "release cursor copies",
+                          "identity ramp", "shut magnification down", "tray icon delete of 0", "quit 0"}));
+    EXPECT_TRUE(g_app.windowDestroyed);
 }
 
 TEST_F(WindowLifetime, TheWindowsEndRetriesWhatACancelledSessionEndCouldNotRestore) {
