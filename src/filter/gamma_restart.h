@@ -1,4 +1,4 @@
-// The restart after the gamma range fix: Windows applies the expanded range from its next start.
+// Detects the restart after the gamma range fix. Windows applies the expanded range from its next start.
 #pragma once
 
 #include <cstdint>
