@@ -59,11 +59,12 @@ void ForEachRingLine(Use use) {
     }
 }
 
+// A text has at most as many UTF-16 units as bytes in UTF-8.
 std::wstring FromUtf8(const std::string& bytes) {
     const int size = static_cast<int>(bytes.size());
-    const int length = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, nullptr, 0);
-    std::wstring text(static_cast<std::size_t>(length), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.data(), length);
+    std::wstring text(bytes.size(), L'\0');
+    text.resize(
+        static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.data(), size)));
     return text;
 }
 

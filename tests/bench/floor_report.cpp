@@ -1,11 +1,13 @@
 // Why not less: the report states the machine, its displays and the registry as they are now, so each is
 // asked once. Most of the report is not in files: its floor contains the calls to the registry and the system
 // beside those to the log. A registry value is read into a buffer that is large enough, with one call. A
-// report is rare, so the library that it needs is not kept loaded. Displays that answer DDC/CI are a figure
-// of their own; here are none.
+// report is rare, so the library that it needs is not kept loaded. Each display is asked for its physical
+// monitors; there are none here, since a monitor's answer takes longer than everything else.
 #include "floor_report.h"
 
 #include "floor_files.h"
+
+#include <physicalmonitorenumerationapi.h>
 
 namespace {
 
@@ -43,6 +45,11 @@ BOOL CALLBACK ReadDisplay(HMONITOR display, HDC, RECT*, LPARAM) {
     DEVMODEW mode = {};
     mode.dmSize = sizeof(mode);
     EnumDisplaySettingsW(info.szDevice, ENUM_CURRENT_SETTINGS, &mode);
+    static const auto countMonitors = reinterpret_cast<decltype(&GetNumberOfPhysicalMonitorsFromHMONITOR)>(
+        GetProcAddress(LoadLibraryExW(L"dxva2.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32),
+                       "GetNumberOfPhysicalMonitorsFromHMONITOR"));
+    DWORD count = 0;
+    countMonitors(display, &count);
     return TRUE;
 }
 

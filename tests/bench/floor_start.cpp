@@ -1,6 +1,7 @@
 #include "floor_start.h"
 
 #include "floor_files.h"
+#include "floor_panel.h"
 #include "floor_polls.h"
 #include "floor_popup.h"
 
@@ -57,15 +58,6 @@ void ReadMachine() {
     ReadValues(HKEY_LOCAL_MACHINE, L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", kCpu, 1);
 }
 
-void CreateResources() {
-    static constexpr int kHeights[] = {14, 17, 12, 12, 13, 12, 18, 18};
-    for (const int height : kHeights)
-        CreateFontW(height, 0, 0, 0, 700, FALSE, FALSE, FALSE, DEFAULT_CHARSET, 0, 0, CLEARTYPE_QUALITY, 0,
-                    L"Segoe UI");
-    CreateSolidBrush(RGB(13, 13, 13));
-    LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(103), IMAGE_ICON, 22, 22, LR_DEFAULTCOLOR);
-}
-
 const wchar_t* File(const wchar_t* name) {
     static wchar_t path[MAX_PATH];
     lstrcpyW(path, g_folder);
@@ -102,7 +94,8 @@ void FloorPrepareProcess() {
     CallOnce<HRESULT WINAPI(int)>(L"Shcore.dll", "SetProcessDpiAwareness", 2);
     CreateMutexW(nullptr, TRUE, L"Global\\FloorProgram");
     RegisterWindowMessageW(L"TaskbarCreated");
-    CreateResources();
+    CreateSolidBrush(RGB(13, 13, 13));
+    FloorCreateResources();
 }
 
 void FloorReadFiles() {

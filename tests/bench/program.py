@@ -19,8 +19,10 @@ REST_SECONDS, FULL_REST_SECONDS, REST_WINDOWS = 10, 60, 3
 CLICK_ROUNDS, FULL_CLICK_ROUNDS = 4, 12
 SETTLE_SECONDS = 1.5
 POLL_SECONDS = 2
-# Of both windows where the point of click() is: the background of the panel, which the floor paints everywhere.
-BACKGROUND = (0x0D, 0x0D, 0x0D)
+# The place of the popup, from the right and the lower edge of the screen: above the taskbar, 10 pixels from the edges.
+POPUP_WIDTH, POPUP_HEIGHT, POPUP_MARGIN, TASKBAR_HEIGHT = 320, 540, 10, 20
+# The panel's background, at a point near its left edge that has nothing else.
+BACKGROUND, BACKGROUND_LEFT, BACKGROUND_TOP = (0x0D, 0x0D, 0x0D), 6, 230
 
 WM_CLOSE, WM_LBUTTONUP, MESSAGE_TRAY = 0x10, 0x202, 0x401
 REOPEN_PAUSE = 0.6
@@ -70,20 +72,29 @@ class Subject:
         return sum(int(line.split()[1]) for task in self.tasks()
                    for line in (task / "status").read_text().splitlines() if line.startswith("voluntary_ctxt"))
 
+    def popup_place(self):
+        """(x, y) of the popup's upper left corner on the screen."""
+        return (self.lab.size[0] - POPUP_MARGIN - POPUP_WIDTH,
+                self.lab.size[1] - TASKBAR_HEIGHT - POPUP_MARGIN - POPUP_HEIGHT)
+
     def click(self):
-        """Clicks the icon. Returns the milliseconds until the popup is painted, and hides it."""
-        # Near the left edge, where the panel has only its background.
-        x, y = self.lab.size[0] - 324, self.lab.size[1] - 300
+        """Clicks the icon and hides the popup. Returns (milliseconds until it is painted, its picture)."""
+        left, top = self.popup_place()
+        x, y = left + BACKGROUND_LEFT, top + BACKGROUND_TOP
         before = self.lab.pixel(x, y)
         assert before != BACKGROUND
         started = time.monotonic()
         self.lab.post_message(MESSAGE_TRAY, 0, WM_LBUTTONUP, target=self.window_class)
         wait_until(lambda: self.lab.pixel(x, y) == BACKGROUND, "the painted popup", pause=0.001)
         taken = 1000 * (time.monotonic() - started)
+        picture = self.lab.connection.picture(left, top, POPUP_WIDTH, POPUP_HEIGHT)
         self.lab.post_message(WM_CLOSE, target=self.window_class)
         wait_until(lambda: self.lab.pixel(x, y) == before, "the hidden popup", pause=0.01)
         time.sleep(REOPEN_PAUSE)
-        return taken
+        return taken, picture
+
+    def click_time(self):
+        return self.click()[0]
 
     def open(self):
         self.lab.post_message(MESSAGE_TRAY, 0, WM_LBUTTONUP, target=self.window_class)
@@ -168,11 +179,13 @@ DISPLAYS = (("no display", [], 12),
 def click(build, full):
     with Subject(build, True) as floor, Subject(build, False) as program:
         for name, monitors, most in DISPLAYS:
+            pictures = []
             for subject in (floor, program):
                 subject.lab.hardware.monitors(monitors)
-                subject.click()
+                pictures.append(subject.click()[1])
+            assert pictures[0].rgb == pictures[1].rgb, "the floor paints another picture than the program"
             rounds = min(most, FULL_CLICK_ROUNDS if full else CLICK_ROUNDS)
-            values, floors = in_both_orders(program.click, floor.click, rounds)
+            values, floors = in_both_orders(program.click_time, floor.click_time, rounds)
             yield compared(f"click until the popup is painted, {name}", "ms", values, floors, 1.10)
 
 
