@@ -13,7 +13,7 @@ from .lab import Lab
 from .paths import FAILURES, LabError
 
 # Seconds after which a program is treated as hung. Shorter than CTest's timeout, after which there is no evidence.
-HANG_TIMEOUT = 200.0
+HANG_TIMEOUT = 400.0
 
 
 def end_on_signals():
