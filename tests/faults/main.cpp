@@ -33,7 +33,7 @@ struct Case {
     End end;
 };
 
-std::set<std::string> g_notCalled;
+std::set<std::string> g_called;
 bool g_short = false;
 
 void Describe(const Case& each, std::size_t number) {
@@ -163,7 +163,7 @@ bool RunCase(const Case& each, std::size_t number) {
     if (!FreesOrEndsTheProcess(each)) CheckHeld(each, number, &outcome, before);
     for (const std::string& fault : outcome.faults)
         std::printf("FAULT: %s: %s\n", g_currentCase, fault.c_str());
-    if (each.row != nullptr && outcome.calls == 0) g_notCalled.insert(each.row->function);
+    if (each.row != nullptr && outcome.calls != 0) g_called.insert(each.row->function);
     std::fflush(stdout);
     return outcome.faults.empty();
 }
@@ -216,8 +216,9 @@ int main(int argc, char** argv) {
     std::set<std::string> functions;
     for (const Case& each : cases)
         functions.insert(each.row->function);
-    for (const std::string& function : g_notCalled)
-        std::printf("not called: %s\n", function.c_str());
+    for (const std::string& function : functions) {
+        if (g_called.count(function) == 0) std::printf("not called: %s\n", function.c_str());
+    }
     std::printf("%zu functions, %zu rows, %zu cases, %zu failed\n", functions.size(), rows.size(),
                 cases.size() - from, failed);
     return good && failed == 0 ? 0 : 1;
