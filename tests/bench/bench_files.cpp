@@ -39,15 +39,14 @@ void EmptyLogs() {
 
 void MeasureLogLine() {
     Compare(
-        {"one line of the log", 1.20},
-        [](int) { LogEvent("PWM-safe: %d display(s) confirmed locked at 100%%", 1); },
+        {"one log line", 1.20}, [](int) { LogEvent("PWM-safe: %d display(s) confirmed locked at 100%%", 1); },
         [](int) { FloorAppend(g_floorLog.c_str(), kLine, kLineBytes); }, EmptyLogs);
 }
 
 // The save logs a line.
 void MeasureSave() {
     Compare(
-        {"a save of the settings", 1.20}, [](int) { SaveSettings(); },
+        {"one save of the settings", 1.20}, [](int) { SaveSettings(); },
         [](int) {
             FloorWriteSettings(g_floorSettings.c_str());
             FloorAppend(g_floorLog.c_str(), kLine, kLineBytes);
@@ -60,7 +59,7 @@ void MeasureReport() {
         LogEvent("PWM-safe: %d display(s) confirmed locked at 100%%", i);
     FillLog(g_log);
     Compare(
-        {"the support report, full ring, log of 256 KB", 1.20},
+        {"one support report, 500 lines in memory, log file of 256 KB", 1.20},
         [](int) { static_cast<void>(BuildSupportBundle()); }, [](int) { FloorReport(g_log.c_str()); });
 }
 

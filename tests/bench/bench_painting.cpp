@@ -26,14 +26,14 @@ void PrintCount(const std::string& name, double count, double goal = kNoGoal) {
 
 void PrintCalls(const RecordedCalls& calls, const char* panel) {
     const std::string frame = std::string(" in a frame of the ") + panel + " panel";
-    PrintCount("calls" + frame, static_cast<double>(calls.Count()));
-    PrintCount("objects created" + frame, calls.Created());
+    PrintCount("GDI calls" + frame, static_cast<double>(calls.Count()));
+    PrintCount("GDI objects created" + frame, calls.Created());
     double again = 0;
     for (const auto& [function, count] : calls.MadeAgain()) {
         std::fprintf(stderr, "%s: %s with the same arguments, %d more\n", panel, function.c_str(), count);
         again += count;
     }
-    PrintCount("objects created again" + frame, again, 0.0);
+    PrintCount("GDI objects created again" + frame, again, 0.0);
 }
 
 // Where the time of a frame goes, on standard error: the median of each function's time in a frame.
@@ -70,7 +70,7 @@ void MeasurePanel(Panel panel, const char* name, UINT dpi) {
         g_replacePaint = nullptr;
     };
     const std::vector<double> times = Compare({"paint: " + Label(name, dpi), 1.10}, paint, replay);
-    if (dpi == 192) PrintFigure({"paint: " + Label(name, dpi) + ", limit", kLimitAt192}, times);
+    if (dpi == 192) PrintFigure({"paint: " + Label(name, dpi) + ", absolute", kLimitAt192}, times);
     if (dpi == 96) PrintCalls(calls, name);
     if (g_profile) PrintProfile(&calls, Label(name, dpi));
 }

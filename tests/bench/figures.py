@@ -92,7 +92,7 @@ def cells(figure):
 
 
 HEADINGS = ["figure", "value", "unit", "floor", "ratio", "goal", "spread", "error", ""]
-WIDTHS = [66, 9, 5, 9, 6, 8, 6, 5, 7]
+WIDTHS = [70, 9, 5, 9, 6, 8, 6, 5, 7]
 
 
 def text_row(row):

@@ -60,8 +60,9 @@ def monitors(count, kind=""):
 
 def proportion(of_many, of_few, times):
     """The Figure that shows whether the time grows faster than the number of monitors."""
-    return Figure(f"{of_many.name}, beside {times} x that of 4", of_many.value, of_many.unit, times * of_few.value,
-                  of_many.value / (times * of_few.value), of_many.goal, max(of_many.spread, of_few.spread),
+    expected = times * of_few.value
+    return Figure(f"{of_many.name}, compared with {times} x a {of_few.name}", of_many.value, of_many.unit, expected,
+                  of_many.value / expected, of_many.goal, max(of_many.spread, of_few.spread),
                   of_many.error + of_few.error)
 
 
@@ -81,15 +82,18 @@ def polls(build, full):
 def real_polls(build, full):
     """Side by side, since a poll of real monitors mostly waits."""
     with contextlib.ExitStack() as stack:
-        running = []
-        for count, rounds in (FULL_REAL_ROUNDS if full else REAL_ROUNDS).items():
+        running, measured = [], []
+        counts = FULL_REAL_ROUNDS if full else REAL_ROUNDS
+        for count, rounds in counts.items():
             lab = stack.enter_context(Lab(build))
             lab.hardware.panels([])
             lab.hardware.monitors([Monitor(f"monitor {i}", 100, **REAL) for i in range(count)])
             arguments = [f"poll of {monitors(count, 'real ')}", str(count)]
             running.append((lab, start(lab, build, "polls", arguments, rounds)))
         for lab, child in running:
-            yield from finish(lab, child)
+            measured += finish(lab, child)
+            yield measured[-1]
+        yield proportion(measured[-1], measured[0], max(counts))
 
 
 GROUPS = {"drag": in_one_process("drag"), "cursors": in_one_process("cursors"),

@@ -25,4 +25,4 @@ def size(build, _full):
     floor = (own_bytes((build / "ambrel.exe.map").read_text()) + pictures) / 1024
     yield Figure("size of the program", program, "KiB", goal=LIMIT_KIB)
     # The rest is the C runtime, which every program of the compiler contains, and the file's format.
-    yield Figure("size of the program beside its own code and pictures", program, "KiB", floor, program / floor)
+    yield Figure("size of the program, compared with its own code and pictures", program, "KiB", floor, program / floor)
