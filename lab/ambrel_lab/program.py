@@ -10,7 +10,7 @@ from .waiting import TIMEOUT, wait_until
 
 
 class ProgramActions:
-    """Needs `prefix`, `desktop` and `build_dir` of Lab."""
+    """Needs `prefix`, `desktop`, `build_dir` and the icons of Lab."""
 
     def install_program(self, exe=None, target="C:\\Ambrel\\ambrel.exe"):
         """Copies the program (by default the built one) to `target` and makes the copy this lab's program."""
@@ -45,7 +45,7 @@ class ProgramActions:
         return self.program.wait() if self.program else None
 
     def kill_program(self):
-        """Kills every instance, like a crash: without its clean-up."""
+        """Kills every instance, like a crash: without its clean-up. Then removes its icon from the taskbar."""
         killed = self.program_pids()
         for pid in killed:
             kill(pid)
@@ -54,6 +54,7 @@ class ProgramActions:
         if killed:
             wait_until(lambda: not self.desktop.facts("process", self.program_image),
                        f"the removal of {self.program_image} from Windows' list of processes")
+            self.remove_dead_icons()
 
     def processor_seconds(self):
         """Processor time used so far by the first running instance."""

@@ -2,9 +2,9 @@
 
 namespace {
 
-// Another program may hold the clipboard for a moment.
+// Another program may hold the clipboard for a moment, and one that is killed until Wine's server notices.
 bool OpenClipboardWithRetries(HWND owner) {
-    for (int attempt = 0; attempt < 40; ++attempt) {
+    for (int attempt = 0; attempt < 1200; ++attempt) {
         if (OpenClipboard(owner)) {
             return true;
         }

@@ -7,13 +7,14 @@ import time
 
 from ambrel_lab.layout import SUPPORT, SUPPORT_COPIED as COPIED, SUPPORT_NORMAL as NORMAL, SUPPORT_SURFACE as SURFACE
 
-from desk import TIMEOUT, wait_for_value, wait_until
+from desk import ATTEMPTS, TIMEOUT, LabError, wait_for_value, wait_until
 from panels import show_settings
 
 COPIED_LINE = re.compile(r"Support bundle copied to clipboard \((\d+) chars\)")
 FAILED_LINE = "Support bundle copy failed"
 BEFORE = "what was on the clipboard before"
 STAMP = re.compile(r"\[\d\d:\d\d:\d\d\.\d{3}\] ")
+COPIED_DURATION = 5.0  # seconds
 HEADING = re.compile(r"^=== ([A-Z-]+(?: [A-Z-]+)*)(?: \([^)]*\))? ===\r\n", re.MULTILINE)
 
 WINDOWS_KEY = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion"
@@ -133,6 +134,30 @@ def copy_without_log(desk):
     desk.click_unit(*SUPPORT)
     wait_for_button_state(desk, "copied")
     return Report(desk.clipboard_text(), since, time.time())
+
+
+def copied_is_seen(desk, pressed):
+    """Waits for the copied indication of a press at the time `pressed` (time.monotonic()). False if it has ended before
+    a look at the button."""
+    def seen_or_ended():
+        shown = button_state(desk)
+        return "ended" if time.monotonic() - pressed >= COPIED_DURATION else shown == "copied" and "seen"
+    return wait_until(seen_or_ended, "the copied indication", state=lambda: button_state(desk)) == "seen"
+
+
+def while_copied(desk, act):
+    """Copies the report, and returns the result of act(report), which is called while the button shows the copied
+    indication. Repeats both until act() ends before the indication does, which a busy machine can prevent."""
+    for _ in range(ATTEMPTS):
+        show_settings(desk)
+        wait_for_button_state(desk, "normal")
+        pressed = time.monotonic()
+        report = copy(desk)
+        if copied_is_seen(desk, pressed):
+            result = act(report)
+            if time.monotonic() - pressed < COPIED_DURATION:
+                return result
+    raise LabError(f"the indication ended too early in each of {ATTEMPTS} attempts")
 
 
 def messages(lines):

@@ -6,7 +6,7 @@ import pefile
 import pytest
 
 from ambrel_lab.layout import STATUS_STRIP
-from desk import wait_until
+from desk import TIMEOUT, wait_until
 from text_recognition import SMALL, picture_of, span, matches_text
 
 ICM_KEY, ICM_VALUE = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM", "GdiIcmGammaRange"
@@ -141,7 +141,7 @@ def test_a_click_on_the_banner_asks_for_confirmation_and_no_changes_nothing(bloc
     assert gamma_range(blocked) is None
     assert len(blocked.program_pids()) == 1
     assert blocked.log() in (log, log + ["Saved settings"])
-    assert picture_of(blocked) == before
+    wait_until(lambda: picture_of(blocked) == before, "the popup as it was")
 
 
 @pytest.mark.parametrize("position, asks", [
@@ -393,7 +393,7 @@ def test_the_switch_anywhere_in_the_command_line_only_expands_the_range(stopped,
     assert stopped.window_facts() is None
     assert not stopped.icon_shown()
     stopped.press_button(box)
-    assert helper.wait(10) == 0
+    assert helper.wait(TIMEOUT) == 0
     assert (sorted(stopped.settings_folder.iterdir()) if stopped.settings_folder.exists() else None) == before
     assert stopped.magnification_calls() == []
 
@@ -405,7 +405,7 @@ def test_a_start_while_the_helper_runs_is_a_first_instance(stopped):
     stopped.wait_for_log(EXPANDED)
     assert len(stopped.program_pids()) == 2
     stopped.press_button(box)
-    assert helper.wait(10) == 0
+    assert helper.wait(TIMEOUT) == 0
     assert stopped.program_running()
 
 
@@ -417,7 +417,7 @@ def test_a_helper_does_not_show_the_popup_of_the_running_program(desk):
     helper = desk.start_program(SWITCH)
     desk.program = first
     desk.press_button(box_with(desk, DONE))
-    assert helper.wait(10) == 0
+    assert helper.wait(TIMEOUT) == 0
     assert not desk.popup_visible()
     assert desk.events_path.read_bytes() == log
     desk.registry_delete(ICM_KEY, ICM_VALUE)
@@ -426,6 +426,7 @@ def test_a_helper_does_not_show_the_popup_of_the_running_program(desk):
 @pytest.mark.parametrize("word", ["--expand-gamma", "--Expand-Gamma-Range", "expand-gamma-range"])
 def test_a_similar_argument_starts_the_program(stopped, word):
     stopped.start_program(word)
+    stopped.wait_for_log(DEFAULT)
     stopped.wait_for_icon()
     assert stopped.message_boxes() == []
     assert gamma_range(stopped) is None
@@ -442,6 +443,6 @@ def test_a_helper_that_windows_denies_the_change_reports_it_and_exits_with_1(mak
     box = wait_until(desk.message_boxes, "the helper's box")[0]
     assert (box.title, box.text) == ("Ambrel", NOT_ALLOWED)
     desk.press_button(box)
-    assert helper.wait(10) == 1
+    assert helper.wait(TIMEOUT) == 1
     desk.start()
     desk.wait_for_log(DEFAULT)

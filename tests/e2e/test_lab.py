@@ -3,6 +3,7 @@
 import select
 import subprocess
 import sys
+import threading
 import time
 from pathlib import Path
 
@@ -30,7 +31,7 @@ def test_closing_a_prefix_ends_processes_during_an_exec(tmp_path):
         children = [subprocess.Popen(["/bin/sh", script], env={"WINEPREFIX": str(tmp_path)}) for _ in range(3)]
         try:
             time.sleep(0.01)
-            assert end_processes(tmp_path)
+            assert end_processes(tmp_path, TIMEOUT)
             wait_until(lambda: all(child.poll() is not None for child in children), "the exit of all three")
         finally:
             for child in children:
@@ -43,7 +44,7 @@ def test_closing_a_prefix_ends_processes_whose_first_thread_has_ended(tmp_path):
                              stdout=subprocess.PIPE)
     try:
         wait_until(lambda: not has_memory(child.pid), "the end of the first thread")
-        assert end_processes(tmp_path)
+        assert end_processes(tmp_path, TIMEOUT)
         # Its output ends with its last thread.
         ready, _, _ = select.select([child.stdout], [], [], TIMEOUT)
         assert ready and child.stdout.read() == b""
@@ -80,7 +81,9 @@ def test_a_hang_saves_evidence_and_continues(desk, tmp_path, capsys):
 
 
 def test_a_program_that_ends_in_time_saves_no_evidence(desk, tmp_path):
-    with evidence_of_a_hang(desk, tmp_path / "evidence", timeout=3.0):
-        pass
-    time.sleep(3.3)  # No evidence may be saved.
+    before = threading.active_count()
+    with evidence_of_a_hang(desk, tmp_path / "evidence", timeout=TIMEOUT):
+        assert threading.active_count() == before + 1
+    # The thread that would save the evidence ends without doing so.
+    wait_until(lambda: threading.active_count() == before, "the end of the thread", timeout=2 * TIMEOUT)
     assert not (tmp_path / "evidence").exists()

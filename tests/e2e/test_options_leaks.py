@@ -4,12 +4,12 @@ import os
 
 import pytest
 
-from desk import CLOSE, GEAR, SETTINGS_ROWS, wait_until
+from desk import CLOSE, GEAR, SETTINGS_ROWS, wait_until, wait_until_settled
 
 # The soak test runs a thousand.
 ROUNDS, BATCH = int(os.environ.get("AMBREL_OPTION_ROUNDS", "200")), 25
 SAVES = 2 * len(SETTINGS_ROWS)  # per round
-WM_LBUTTONDOWN, WM_CLOSE, WM_PAINT, SHOW_POPUP = 0x201, 0x10, 0xF, 0x8000 + 105
+WM_NULL, WM_LBUTTONDOWN, WM_CLOSE, WM_PAINT, SHOW_POPUP = 0, 0x201, 0x10, 0xF, 0x8000 + 105
 RUN_KEY, RUN_VALUE = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run", "Ambrel2"
 FLAGS = ("LaunchAtStart", "AllowExtremeDim", "UseLegacyGamma")
 
@@ -40,6 +40,7 @@ class Rounds:
                 self.saves += SAVES * (number % BATCH or BATCH)
                 wait_until(lambda: self.desk.saves() >= self.saves, "the rounds to be handled")
         self.desk.wait_for_popup(False)
+        self.desk.send_message(WM_NULL)  # Hiding goes on after the window has become invisible.
         assert self.desk.saves() == self.saves
 
 
@@ -50,8 +51,8 @@ def options_fixture(desk):
 
 
 def objects_of(desk):
-    """(GDI objects, handles) of the program. An open registry key is a handle."""
-    return desk.gdi_objects(), desk.open_handles()
+    """(GDI objects, handles) of the program at rest. An open registry key is a handle."""
+    return wait_until_settled(lambda: (desk.gdi_objects(), desk.open_handles()), "the program's objects", pause=0.2)
 
 
 def test_rounds_leak_no_gdi_object_and_no_handle(options):

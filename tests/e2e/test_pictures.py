@@ -3,9 +3,12 @@
 Saves pictures of every state in build/pictures/ for inspection.
 """
 
+import itertools
+
 import pytest
 
 import model
+from ambrel_lab.popup import WINDOW_CLASS
 from desk import PRESET_POSITIONS, wait_until
 
 WM_PAINT = 0xF
@@ -62,12 +65,21 @@ def panel_of_fixture(request, make_file_desk, pictures):
     desk.close()
 
 
+def is_uncovered(desk):
+    """Whether no window, such as the icon's tooltip, covers a part of the popup."""
+    popup = desk.popup_rect()
+    above = itertools.takewhile(lambda window: window.window_class != WINDOW_CLASS, desk.windows())
+    return not any(window.left < popup.right and window.right > popup.left
+                   and window.top < popup.bottom and window.bottom > popup.top for window in above)
+
+
 def settled(desk):
     """A picture of the popup once it is drawn: two consecutive pictures are equal and contain the header.
 
     Windows paints when no other message waits, which may be long after the state has changed. The message that is sent
     here waits for the handler that is under way and paints what is out of date.
     """
+    wait_until(lambda: is_uncovered(desk), "a popup that no tooltip covers", state=desk.windows)
     desk.send_message(WM_PAINT)
     last = [None]
 

@@ -11,7 +11,7 @@ import pefile
 import pytest
 
 import model
-from desk import wait_until
+from desk import TIMEOUT, wait_until
 
 BESIDE, WORKING = "C:\\Pl\u00e1nted  by the pr\u00f6gram\\", "C:\\w\u00f6rking \u00e9 directory \\b\\"
 SWITCH = "--expand-gamma-range"
@@ -85,7 +85,7 @@ def start(desk, *arguments):
 def test_a_planted_library_is_noticed(planted_desk):
     """The check itself: a program that does not restrict its search loads what lies beside it."""
     desk = planted_desk
-    desk.desktop.start(["rundll32", "textshaping.dll,Entry"], cwd=desk.prefix.path(WORKING)).wait(20)
+    desk.desktop.start(["rundll32", "textshaping.dll,Entry"], cwd=desk.prefix.path(WORKING)).wait(TIMEOUT)
     assert [line.lower().rpartition("\\")[2] for line in loaded(desk)] == ["textshaping.dll"]
     desk.prefix.path(LOG).unlink()
 
@@ -112,7 +112,7 @@ def test_the_elevated_run_loads_none_and_writes_one_value_only(planted_desk):
     before = {path: path.lstat().st_mtime_ns for path in desk.prefix.roaming.rglob("*")}
     helper = start(desk, SWITCH)
     desk.press_button(desk.wait_for_message_box())
-    assert helper.wait(20) == 0
+    assert helper.wait(TIMEOUT) == 0
     assert desk.registry_get(ICM_KEY, ICM_VALUE)
     assert {path: path.lstat().st_mtime_ns for path in desk.prefix.roaming.rglob("*")} == before
     assert loaded(desk) == []

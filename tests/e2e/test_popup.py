@@ -6,6 +6,7 @@ import pytest
 
 import model
 from desk import wait_until
+from text_recognition import picture_of
 
 WS_POPUP, WS_CLIPCHILDREN, WS_CAPTION, WS_THICKFRAME = 0x80000000, 0x02000000, 0x00C00000, 0x00040000
 WS_EX_TOPMOST, WS_EX_TOOLWINDOW = 0x8, 0x80
@@ -66,9 +67,11 @@ def test_it_hides_when_another_window_is_clicked(desk):
 
 def test_it_stays_open_while_it_is_used(desk):
     desk.open_popup()
+    desk.wait_for_foreground()
     for up in (20, -20):
         desk.slide("WARMTH", up)
     desk.press_power()
+    desk.wait_for_tooltip(model.tooltip_on(model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS))
     time.sleep(SEVERAL_CHECKS)
     assert desk.popup_visible() and desk.popup_is_foreground()
 
@@ -103,11 +106,11 @@ def test_it_opens_again_at_the_same_position_with_the_current_state(desk):
     desk.wait_for_tooltip("Ambrel - ON (0K, 70%)")
     # The centre bar of the thumb at the upper end of the track.
     wait_until(lambda: desk.popup_picture().pixel(80, 107) == (255, 0, 0), "the thumb at the upper end")
-    shown = desk.popup_picture()
+    shown = picture_of(desk)
     desk.post_message(WM_CLOSE)
     desk.wait_for_popup(False)
     assert desk.open_popup() == first
-    wait_until(lambda: desk.popup_picture() == shown, "the same picture")
+    wait_until(lambda: picture_of(desk) == shown, "the same picture")
 
 
 @pytest.mark.parametrize("pointer", [(5, 5), (960, 540), (1915, 5)])

@@ -68,9 +68,13 @@ def test_three_presets_in_a_row_are_saved_once(file_desk):
     def show():
         desk.start_fresh().show()
         positions = [desk.unit_to_screen(*PRESET_POSITIONS[name]) for name in ("DAY", "NIGHT", "EVENING")]
-        return lambda: [desk.input.click(*position) for position in positions]
+        return lambda: click_all(positions)
+
+    def click_all(positions):
+        for position in positions:
+            desk.input.click(*position)
+        desk.wait_for_tooltip("Ambrel - ON (2700K, 85%)")
     act_within(SAVE_DELAY, show)
-    desk.wait_for_tooltip("Ambrel - ON (2700K, 85%)")
     desk.wait_for_saves(1)
     time.sleep(0.8)  # No second save may follow.
     assert desk.saves() == 1

@@ -5,7 +5,7 @@ import time
 import pytest
 
 import model
-from bundle import copy, wait_for_button_state
+from bundle import while_copied
 from ambrel_lab.layout import HEADER_COLOUR as HEADER, ROW_COLOUR as ROW
 from desk import CLOSE, GEAR, PRESET_POSITIONS, SETTINGS_ROWS, SLIDER_X, wait_until
 from text_recognition import LABEL, SMALL, TITLE, closest, picture_of, span, matches_text
@@ -202,12 +202,10 @@ def test_the_next_start_shows_the_main_panel(panel):
 
 def test_the_support_button_copies_the_report_and_changes_nothing_else(panel):
     before, settings = picture_of(panel), panel.settings()
-    report = copy(panel)
+    report, after = while_copied(panel, lambda report: (report, picture_of(panel)))
     assert report.text.startswith("TO: support@ambrel.example\r\nSUBJECT: Ambrel Windows 2.23 - Feedback (")
     assert report.text.endswith("\r\n=== END DIAGNOSTICS ===\r\n")
-    wait_for_button_state(panel, "copied")
     button = (0, 460, 320, 518)
-    after = picture_of(panel)
     assert after.crop(0, 0, 320, button[1]) == before.crop(0, 0, 320, button[1])
     assert after.crop(*button) != before.crop(*button)
     assert after.crop(0, button[3], 320, after.height) == before.crop(0, button[3], 320, before.height)
@@ -241,12 +239,14 @@ def test_extreme_dim_allows_less_than_10_percent_and_turning_it_off_raises_the_b
     panel.flip("ALLOW EXTREME DIM")
     panel.close_settings()
     panel.press_power()
+    panel.wait_for_saves(2)
     panel.slide("BRIGHTNESS", -188)
     dark = model.dragged(1.0, -188)
     assert dark < 0.06
     panel.wait_for_tooltip(model.tooltip_on(0.385, dark))
     panel.wait_for_colour(0.385, dark)
-    panel.wait_for_setting("Brightness", str(model.per_mille(dark)))
+    panel.wait_for_saves(3)
+    assert panel.settings()["Brightness"] == str(model.per_mille(dark))
     panel.show_settings()
     panel.flip("ALLOW EXTREME DIM")
     panel.wait_for_tooltip(model.tooltip_on(0.385, 0.1))
@@ -370,6 +370,7 @@ def test_an_automatic_fallback_persists_is_shown_and_can_be_left_in_the_next_run
     desk.restart()
     desk.choose("DAY")
     desk.wait_for_legacy_colour(*DAY)
+    desk.wait_for_saves(1)
     desk.show_settings()
     wait_for_panel(desk, "settings")
     assert value_of(desk, "LEGACY MODE") == "ON"
@@ -385,6 +386,7 @@ def test_an_automatic_fallback_persists_is_shown_and_can_be_left_in_the_next_run
         desk.choose(preset)
     assert_no_message_box(desk)
     assert FALLEN_BACK not in desk.log()
+    desk.wait_for_setting("Brightness", "700")
     assert desk.settings()["UseLegacyGamma"] == "0"
 
     # After the user has left Legacy Mode, a later fallback shows the notice again.
@@ -413,12 +415,15 @@ def test_an_accepted_ramp_after_a_refusal_is_logged_even_after_leaving_legacy_mo
     desk = start_with({"UseLegacyGamma": 1})
     desk.choose("NIGHT")
     desk.wait_for_log("Legacy ramp REJECTED (intensity=1.000 brightness=0.700) - Windows range limit")
+    desk.wait_for_saves(1)
     switch_legacy_mode(desk, "row")
     desk.wait_for_colour(*NIGHT)
     assert not [line for line in desk.log() if "accepted again" in line]
     desk.close_settings()
+    wait_for_panel(desk, "main")
     desk.choose("DAY")
     desk.wait_for_colour(*DAY)
+    desk.wait_for_saves(3)
     switch_legacy_mode(desk, "row")
     desk.wait_for_log("Legacy ramp accepted again (intensity=0.385 brightness=1.000)")
     desk.wait_for_legacy_colour(*DAY)

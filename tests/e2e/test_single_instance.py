@@ -5,7 +5,7 @@ import time
 import pytest
 
 import model
-from desk import MARKER, wait_until
+from desk import MARKER, TIMEOUT, wait_until
 
 UNKNOWN = "--unknown-option"
 
@@ -14,7 +14,7 @@ def second_start(desk, *arguments):
     """Runs a second instance until it exits. Returns its exit code."""
     first = desk.program
     try:
-        return desk.start_program(*arguments).wait(20)
+        return desk.start_program(*arguments).wait(TIMEOUT)
     finally:
         desk.program = first
 
@@ -70,7 +70,7 @@ def test_a_copy_in_another_folder_is_a_second_start_too(desk):
     copy = desk.prefix.path("C:\\Other place\\renamed.exe")
     copy.parent.mkdir(exist_ok=True)
     copy.write_bytes(desk.prefix.path(desk.program_path).read_bytes())
-    assert desk.desktop.start(["C:\\Other place\\renamed.exe"]).wait(20) == 0
+    assert desk.desktop.start(["C:\\Other place\\renamed.exe"]).wait(TIMEOUT) == 0
     desk.wait_for_popup()
 
 

@@ -6,6 +6,7 @@ import pytest
 
 import model
 from desk import SAVE_DELAY, SLIDER_X, SLIDER_Y, act_within, wait_until
+from panels import wait_for_panel
 
 WM_CANCELMODE = 0x1F
 TRACK_TOP, TRACK_BOTTOM = 107, 305
@@ -167,7 +168,13 @@ def test_a_drag_is_saved_once_after_its_release_truncated_to_thousandths(saved):
 def test_two_drags_in_quick_succession_are_saved_together(file_desk):
     def drag_both():
         file_desk.start_fresh().show()
-        return lambda: (file_desk.slide("WARMTH", 20, steps=1), file_desk.slide("BRIGHTNESS", -30, steps=1))
+        return drags
+
+    def drags():
+        file_desk.slide("WARMTH", 20, steps=1)
+        file_desk.slide("BRIGHTNESS", -30, steps=1)
+        file_desk.show_settings()  # A click that is certainly handled after the second release.
+        wait_for_panel(file_desk, "settings")
     act_within(SAVE_DELAY, drag_both)
     file_desk.wait_for_saves(1)
     time.sleep(0.8)  # No second save may follow.

@@ -9,7 +9,7 @@ from ambrel_lab.popup import TASKBAR_CLASS
 from desk import MENU_CLASS, POWER, REOPEN_DELAY, act_within, wait_until, wait_until_settled
 
 WM_USER_TRAY, WM_ACTIVATE, WM_CLOSE, WM_TIMER = 0x401, 0x6, 0x10, 0x113
-WA_INACTIVE = 0
+WA_INACTIVE, SAVE_TIMER = 0, 1
 WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_RBUTTONUP, WM_MBUTTONUP, WM_MOUSEMOVE = 0x202, 0x203, 0x205, 0x208, 0x200
 # The range in which Windows registers messages by name.
 NAMED_MESSAGES = range(0xC000, 0xC100)
@@ -17,6 +17,7 @@ NAMED_MESSAGES = range(0xC000, 0xC100)
 
 def icon_picture(desk):
     rect = desk.wait_for_tray_icon().rect
+    desk.wait_for_window_at(rect.left, rect.top, TASKBAR_CLASS)  # The tooltip covers the icon's upper part.
     return desk.connection.picture(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top)
 
 
@@ -44,8 +45,10 @@ def test_the_tooltip_rounds_the_warmth_and_truncates_the_percentage(file_desk, s
 
 
 def test_the_icon_differs_between_on_and_off(desk):
-    wait_until(lambda: icon_picture(desk).colours() > 2, "the drawn icon")
-    off = icon_picture(desk)
+    def icon():
+        picture = icon_picture(desk)
+        return picture.colours() > 2 and picture
+    off = wait_until_settled(icon, "the drawn icon")
     desk.press_power()
     wait_until(lambda: icon_picture(desk) != off, "the icon for an active filter")
     desk.press_power()
@@ -81,10 +84,12 @@ def test_a_click_directly_after_the_popup_was_hidden_opens_nothing(desk):
     started = []
 
     def hide_and_click():
+        saves = desk.saves()
         started[:] = [time.monotonic()]
         desk.post_message(WM_CLOSE)
         desk.post_message(WM_USER_TRAY, 1, WM_LBUTTONUP)
-        desk.send_message(0)
+        desk.post_message(WM_TIMER, SAVE_TIMER)  # Its save shows that both messages before it have been handled.
+        desk.wait_for_saves(saves + 1)
     act_within(REOPEN_DELAY, show)
     time.sleep(0.1)  # No popup may open.
     assert not desk.popup_visible()
@@ -254,10 +259,14 @@ def test_quit_removes_the_icon_and_exits_with_0(desk):
 def test_a_new_taskbar_gets_the_icon_in_its_current_state(desk):
     desk.choose("EVENING")
     desk.wait_for_tooltip("Ambrel - ON (2700K, 85%)")
+    desk.wait_for_saves(1)
     # Of these messages the program handles only TaskbarCreated, whose number is unknown here.
     for number in NAMED_MESSAGES:
         desk.post_message(number)
     desk.wait_for_log("TaskbarCreated received - (re)adding tray icon")
+    # Until the icon has been removed and added again, the old one may still be shown.
+    desk.post_message(WM_TIMER, SAVE_TIMER)
+    desk.wait_for_saves(2)
     desk.wait_for_icon()
     desk.wait_for_tooltip("Ambrel - ON (2700K, 85%)")
     assert desk.log().count("TaskbarCreated received - (re)adding tray icon") == 1

@@ -8,7 +8,7 @@ import pytest
 import model
 from ambrel_lab.hardware import Monitor
 from ambrel_lab.waiting import TIMEOUT
-from desk import MARKER, wait_until
+from desk import MARKER, wait_for_value, wait_until
 from failures import open_desk
 from installer_desk import (APPROVED_KEY, FAILED, OTHER_SETUP, OTHER_VERSION, PUBLISHER, RUN_KEY, RUN_VALUE, SETUP,
                             STAND_IN, UNINSTALL_KEY, UNINSTALLER, VERSION, InstallerDesk, difference)
@@ -315,9 +315,11 @@ def test_the_installer_waits_for_a_copy_that_is_still_starting(desk):
     program = install_stand_in(desk)
     with desk.stand_in("starting", program=program) as copy:
         setup = desk.start_setup("/S", setup=OTHER_SETUP)
-        time.sleep(1.5)
+        unpacked = sorted([*INSTALLED, *(f"{file}.new" for file in INSTALLED)])
+        wait_for_value(desk.listing, unpacked, "the files in the folder")
+        time.sleep(1.0)  # The installer must not continue.
         assert setup.poll() is None
-        assert desk.listing() == sorted([*INSTALLED, *(f"{file}.new" for file in INSTALLED)])
+        assert desk.listing() == unpacked
         copy.stdin.close()
         assert setup.wait(TIMEOUT) == 0
     assert desk.installed_version() == OTHER_VERSION

@@ -53,7 +53,7 @@ void RunClient(Client client) {
         }
         SetEvent(ended);
     });
-    while (MsgWaitForMultipleObjects(1, &ended, FALSE, 20000, QS_ALLINPUT) == WAIT_OBJECT_0 + 1) {
+    while (MsgWaitForMultipleObjects(1, &ended, FALSE, INFINITE, QS_ALLINPUT) == WAIT_OBJECT_0 + 1) {
         MSG message = {};
         while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
             DispatchMessageW(&message);
