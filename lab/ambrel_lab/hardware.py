@@ -16,13 +16,15 @@ LOG = "C:\\lab\\hardware.log"
 STATE = "C:\\lab\\hardware.state"
 
 # The layout of the shared state, which consists of 64-bit numbers: see doubles/hardware/state.h.
-SCRIPT_SERIAL, WAITING, INVALID_CALLS = 1, 3, 8
+SCRIPT_SERIAL, WAITING, INVALID_CALLS, ENDED_DELAYS, HELD_CALLS = 1, 3, 8, 9, 10
 LEAKS = {"handles": 4, "objects": 5, "values": 6, "arguments": 7}
 FIRST_DISPLAY, DISPLAY_SIZE, MAX_DISPLAYS = 16, 4, 500
 VALUE, DRIFT_TIME, DRIFT_VALUE = range(3)
 
 BEHAVIOURS = ("ok", "ignores", "sticks", "drifts")
 MONITOR_DELAYS = ("capabilities_delay", "read_delay", "set_delay")
+# A delay that lasts until end_delays().
+UNTIL_ENDED = 3_600_000
 
 
 def escape(field):
@@ -168,7 +170,7 @@ class Hardware:
     def __init__(self, lab, double_folder):
         self.lab, self.double_folder = lab, double_folder
         self.displays, self.devices, self.wmi_results = {}, {}, {}
-        self.slots, self.numbers, self.installed = {}, None, set()
+        self.slots, self.numbers, self.installed, self.held_timers = {}, None, set(), ()
         self.dxva2_disabled = False
 
     def install_monitors(self, without=()):
@@ -272,9 +274,10 @@ class Hardware:
         """Returns the calls that have ended, in the order in which they started; optionally only those of a function
         or of a target."""
         path = self.lab.prefix.path(LOG)
-        text = path.read_text(encoding="utf-8") if path.exists() else ""
+        data = path.read_bytes() if path.exists() else b""
         # An incomplete last line is still being written.
-        calls = sorted(map(parse_call, text.split("\n")[:-1]), key=lambda call: call.number)
+        lines = data[:data.rfind(b"\n") + 1].decode().split("\n")[:-1]
+        calls = sorted(map(parse_call, lines), key=lambda call: call.number)
         return [call for call in calls if function in (None, call.function) and target in (None, call.target)]
 
     def clear_calls(self):
@@ -284,6 +287,20 @@ class Hardware:
     def waiting(self):
         """Returns the number of calls whose delay is running."""
         return self._counter(WAITING)
+
+    def held_calls(self):
+        """Returns the number of calls whose delay is UNTIL_ENDED and is running."""
+        return self._counter(HELD_CALLS)
+
+    def end_delays(self):
+        """Ends the delays that are running. Later calls take as long as they are set to."""
+        self.numbers[ENDED_DELAYS] += 1
+
+    def hold_timers(self, *ids):
+        """From now on the program's timers with these ids do not fire by themselves, and all others do. A timer that
+        is running is held when the program starts it again."""
+        self.held_timers = ids
+        self._write()
 
     def leaks(self):
         """Returns the numbers of resources that are not released: open monitor handles, WMI objects, strings that the
@@ -296,7 +313,7 @@ class Hardware:
 
     def reset_outstanding(self):
         """Resets the counters, for instance after the program has been killed."""
-        for index in (*LEAKS.values(), WAITING, INVALID_CALLS):
+        for index in (*LEAKS.values(), WAITING, HELD_CALLS, INVALID_CALLS):
             self.numbers[index] = 0
 
     def invalid_calls(self):
@@ -361,6 +378,7 @@ class Hardware:
             values = {item.name: getattr(device, item.name) for item in fields(device) if item.name != "current"}
             lines.append(script_line(kind, {"display": display, "slot": self.slots[name], **values}))
         lines.append(script_line("wmi", self.wmi_results))
+        lines.append(script_line("timers", {"held": self.held_timers}))
         path = self.lab.prefix.path(SCRIPT)
         temporary = path.with_suffix(".new")
         temporary.write_text("\n".join(lines) + "\n", encoding="utf-8")

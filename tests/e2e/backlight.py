@@ -1,13 +1,12 @@
 """The program with simulated displays, and the exact calls that each of its operations makes to them."""
 
 import os
-import time
 from pathlib import Path
 
 import pytest
 
 from ambrel_lab import hardware as simulated
-from ambrel_lab.hardware import Panel  # noqa: F401
+from ambrel_lab.hardware import UNTIL_ENDED, Panel  # noqa: F401
 from ambrel_lab.layout import CARD, CLOSE, GEAR  # noqa: F401
 from ambrel_lab.paths import DEFAULT_BUILD
 from desk import MENU_QUIT, LabError, wait_for_value, wait_until
@@ -15,7 +14,8 @@ from desk import MENU_QUIT, LabError, wait_for_value, wait_until
 BUILD = Path(os.environ.get("AMBREL_BUILD_DIR", DEFAULT_BUILD))
 WM_TIMER, WM_DISPLAYCHANGE, WM_POWERBROADCAST, WM_ENDSESSION = 0x113, 0x7E, 0x218, 0x16
 SAVE, SETTLED, POLL, VERIFY = 1, 2, 4, 5
-POLL_PERIOD = 2.0
+# Seconds.
+POLL_PERIOD, VERIFY_DELAY = 2.0, 0.75
 CONFIRMED = "PWM-safe: %d display(s) confirmed locked at 100%%"
 SLOWDOWN = "PWM-safe: display will not hold 100% after 10 attempts - slowing retries to 30s"
 # The short name of each call in the lists below, and the argument that is listed with it.
@@ -94,12 +94,33 @@ class Backlight:
         self.hardware.clear_calls()
         self.hardware.reset_outstanding()
 
-    def start(self, monitors=(), panels=(), on=False, **display):
-        """Starts the program with these displays. Its enumeration at start-up is in the record."""
+    def start(self, monitors=(), panels=(), on=False, timers=False, **display):
+        """Starts the program with these displays. Its enumeration at start-up is in the record.
+
+        The poll and the verification run only in tick(), so that neither is ever due between two steps of a test. With
+        `timers` they also run by themselves."""
         self.hardware.monitors(monitors, **display)
         self.hardware.panels(panels)
+        self.hardware.hold_timers(*() if timers else (POLL, VERIFY))
         self.desk.start_fresh({"PWMSafeMode": int(on)})
         return self
+
+    def run_timers(self, *timers):
+        """From now on these timers of the program, or all of them, run by themselves once the program starts them."""
+        self.hardware.hold_timers(*(timer for timer in (POLL, VERIFY) if timers and timer not in timers))
+
+    def hold_timers(self):
+        """From now on the poll and the verification of a lock run only in tick(). Reasserts the lock and verifies it."""
+        self.hardware.hold_timers(POLL, VERIFY)
+        self.tick(SETTLED, VERIFY)
+
+    def verify(self, message, times):
+        """Runs the verification of the lock, or waits for it if it runs by itself. It must log this message."""
+        if VERIFY in self.hardware.held_timers:
+            self.tick(VERIFY)
+        else:
+            self.wait_for_log(message, times)
+        assert self.log().count(message) == times
 
     def show(self):
         """Opens the popup, then clears the record."""
@@ -111,14 +132,14 @@ class Backlight:
         self.desk.click_unit(*CARD)
 
     def lock(self, *names):
-        """Switches the mode on by a click and verifies the lock immediately. All the named displays must be locked."""
+        """Switches the mode on by a click and verifies the lock. All the named displays must be locked."""
         saves, confirmed = self.desk.saves(), CONFIRMED % len(names)
         confirmations = self.log().count(confirmed)
         self.show()
         self.click_card()
         self.desk.wait_for_saves(saves + 1)
-        self.tick(VERIFY)
-        assert self.log().count(confirmed) == confirmations + 1 and self.setting() == "1"
+        self.verify(confirmed, confirmations + 1)
+        assert self.setting() == "1"
 
     def lock_and_expect_revert(self):
         """Switches the mode on by a click. The verification must revert it."""
@@ -126,7 +147,9 @@ class Backlight:
         self.show()
         self.click_card()
         self.desk.wait_for_saves(saves + 1)
-        self.tick(VERIFY)
+        if VERIFY in self.hardware.held_timers:
+            self.tick(VERIFY)
+        self.desk.wait_for_saves(saves + 2)
         assert self.desk.saves() == saves + 2 and self.setting() == "0"
 
     def unlock(self):
@@ -143,7 +166,7 @@ class Backlight:
             self.desk.call_window(WM_TIMER, timer, 0)
 
     def relock(self):
-        """Reasserts and verifies the lock, so that the next poll is two seconds away, and clears the record."""
+        """Reasserts and verifies the lock, and clears the record."""
         self.tick(SETTLED, VERIFY)
         self.hardware.clear_calls()
 
@@ -166,15 +189,11 @@ class Backlight:
         self.desk.post_message(WM_TIMER, SAVE, 0)
         self.desk.wait_for_saves(saves + 1)
 
-    def open_menu_between_polls(self):
-        """Opens the tray menu and reasserts the lock, so that no poll is due when the test clicks. Opening the menu
-        must not query a display."""
-        began = time.time()
-        self.relock()
+    def open_menu(self):
+        """Opens the tray menu, which must not query a display."""
+        self.hardware.clear_calls()
         menu = self.desk.open_menu()
-        # Only a poll may have queried displays, and only when it was due.
-        assert [describe(call) for call in self.hardware.calls() if call.time < began + POLL_PERIOD - 0.1] == []
-        self.relock()
+        assert self.record() == []
         return menu
 
     def click_quit(self, menu):
@@ -196,6 +215,14 @@ class Backlight:
         except LabError:
             pass
         assert self.record()[:len(calls)] == calls
+
+    def expect_after_polls(self, poll, *expected, start=0):
+        """Asserts that from `start` the record consists of any number of polls and then of the expected operations.
+        Others may follow."""
+        calls, record = [call for operation in expected for call in operation], self.record()[start:]
+        while record[:len(poll)] == poll and record[:len(calls)] != calls:
+            record = record[len(poll):]
+        assert record[:len(calls)] == calls
 
     def wait_for_value(self, name, value):
         wait_for_value(lambda: self.hardware.value(name), value, f"the brightness of {name}")

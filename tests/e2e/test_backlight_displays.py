@@ -6,12 +6,15 @@ import pytest
 
 from backlight import (CONFIRMED, POLL, SETTLED, VERIFY, WM_DISPLAYCHANGE, WM_POWERBROADCAST, Monitor, Panel,
                        enumeration, monitor_set, panel_set)
+from desk import act_within
+from panels import wait_for_panel
 from backlight import backlight_desk_fixture, backlight_fixture  # noqa: F401
 
 RESTORED = "PWM-safe restored from settings: %d target(s) visible at startup"
 NONE_YET = " (none yet - will re-probe via poll)"
 TARGETS = "PWM-safe targets: %d controllable (was %d)"
 RESUME_AUTOMATIC, RESUME_SUSPEND, SUSPEND = 18, 7, 4
+SETTLE_DELAY = 0.3  # seconds
 
 
 def test_the_mode_of_the_last_run_locks_at_the_start(backlight):
@@ -26,21 +29,20 @@ def test_the_mode_of_the_last_run_locks_at_the_start(backlight):
 
 
 def test_a_start_without_a_display_waits_for_one_and_locks_it_at_the_next_poll(backlight):
-    backlight.start([Monitor("left", 40, present=False)], on=True)
+    backlight.start([Monitor("left", 40, present=False)], on=True, timers=True)
     assert backlight.pwm_log() == [RESTORED % 0 + NONE_YET]
     none, one = enumeration(), enumeration(monitors=["left"])
     backlight.wait_for_calls(none, none)
-    backlight.hardware.clear_calls()
     backlight.hardware.plug("left")
-    backlight.wait_for_calls(one, one, monitor_set("left", 100), one)
     backlight.wait_for_log(CONFIRMED % 1)
+    backlight.expect_after_polls(none, one, one, monitor_set("left", 100), one)
     assert backlight.pwm_log()[1:] == [TARGETS % (1, 0), CONFIRMED % 1]
     backlight.unlock()
     assert backlight.hardware.value("left") == 40
 
 
 def test_a_start_with_the_mode_off_queries_the_displays_once(backlight):
-    backlight.start([Monitor("left", 40)])
+    backlight.start([Monitor("left", 40)], timers=True)
     assert backlight.record() == enumeration(monitors=["left"])
     time.sleep(2.3)  # A poll would have run by now.
     assert backlight.record() == enumeration(monitors=["left"])
@@ -94,12 +96,13 @@ def test_a_monitor_at_another_position_is_a_different_display(backlight):
 def test_without_a_display_there_is_no_card_to_click(backlight):
     backlight.start().show()
     backlight.click_card()
-    backlight.tick(POLL)  # Handled after the click.
+    backlight.desk.show_settings()
+    wait_for_panel(backlight.desk, "settings")  # The click before has been handled, too.
     assert "PWM-safe toggled ON by user" not in backlight.log() and backlight.desk.saves() == 0
 
 
 def test_a_click_on_the_card_after_the_display_disconnected_turns_the_mode_off(backlight):
-    backlight.start([Monitor("left", 40)]).show()
+    backlight.start([Monitor("left", 40)], timers=True).show()
     backlight.hardware.unplug("left")
     backlight.click_card()
     backlight.desk.wait_for_saves(1)
@@ -122,28 +125,34 @@ def test_the_mode_can_be_turned_off_without_a_display(backlight):
 def test_a_burst_of_display_changes_asserts_the_lock_once(backlight):
     backlight.start([Monitor("left", 40)])
     backlight.lock("left")
-    backlight.tick(SETTLED)  # Reasserts the lock: the next poll is two seconds away.
-    backlight.tick(VERIFY)
-    backlight.hardware.clear_calls()
-    for _ in range(8):
-        backlight.desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
+
+    def post_burst():
+        backlight.wait_until_idle()
+        backlight.tick(SETTLED, VERIFY)
+        backlight.hardware.clear_calls()
+        return lambda: [backlight.desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780) for _ in range(8)]
+
+    act_within(SETTLE_DELAY, post_burst)
     one = enumeration(monitors=["left"])
-    backlight.wait_for_calls(one, one, monitor_set("left", 100), one)
-    assert backlight.sets() == ["set left 100"]
+    backlight.wait_for_calls(one, one, monitor_set("left", 100))
+    backlight.tick(VERIFY)
+    assert backlight.record() == one + one + monitor_set("left", 100) + one
 
 
 @pytest.mark.parametrize("event", [RESUME_AUTOMATIC, RESUME_SUSPEND])
 def test_a_display_that_sleep_has_reset_is_locked_again(backlight, event):
     backlight.start([Monitor("left", 40)])
     backlight.lock("left")
-    backlight.slow_down("left")  # So that the poll, half a minute away, does not lock it.
+    backlight.slow_down("left")
     backlight.desk.send_message(WM_POWERBROADCAST, SUSPEND, 0)
     backlight.hardware.change("left", behaviour="ok")
     backlight.hardware.clear_calls()
     assert backlight.hardware.value("left") == 40
     assert backlight.desk.send_message(WM_POWERBROADCAST, event, 0) == 1
     one = enumeration(monitors=["left"])
-    backlight.wait_for_calls(one, one, monitor_set("left", 100), one)
+    backlight.wait_for_calls(one, one, monitor_set("left", 100))
+    backlight.tick(VERIFY)
+    assert backlight.record() == one + one + monitor_set("left", 100) + one
     backlight.unlock()
     assert backlight.hardware.value("left") == 40
 

@@ -4,7 +4,7 @@ import re
 
 import pytest
 
-from backlight import BUILD, POLL, SETTLED, VERIFY, LabError, Monitor, Panel, wait_until
+from backlight import BUILD, POLL, SETTLED, UNTIL_ENDED, VERIFY, WM_TIMER, LabError, Monitor, Panel, wait_until
 from backlight import backlight_fixture  # noqa: F401
 
 SCALE = 2
@@ -86,11 +86,14 @@ def test_the_card_when_off_with_every_display_at_100(backlight, pictures):
 def test_the_card_during_the_verification(backlight, pictures):
     backlight.start([Monitor("left", 40)]).show()
     backlight.click_card()
-    backlight.wait_for_value("left", 100)
+    backlight.desk.wait_for_saves(1)
     # The verification waits for WMI, and the popup is painted during the wait.
-    backlight.hardware.wmi(delay_query=3000)
+    backlight.hardware.wmi(delay_query=UNTIL_ENDED)
+    backlight.desk.post_message(WM_TIMER, VERIFY)
+    wait_until(backlight.hardware.held_calls, "a call that waits")
     check(backlight, pictures, "VERIFYING 100% LOCK", AMBER, on=True)
     backlight.hardware.wmi()
+    backlight.hardware.end_delays()
 
 
 def test_the_card_of_a_lock(backlight, pictures):
@@ -112,7 +115,7 @@ def test_the_card_while_waiting_for_a_display(backlight, pictures):
 
 def test_the_card_while_the_lock_is_reasserted(backlight, pictures):
     backlight.start([Monitor("left", 40, behaviour="ignores")], on=True)
-    backlight.tick(SETTLED, VERIFY)  # Reasserts the lock: the next poll is two seconds away.
+    backlight.tick(SETTLED, VERIFY)
     check(backlight, pictures, "REASSERTING 100% LOCK", AMBER, on=True)
 
 
@@ -125,11 +128,11 @@ def test_the_card_of_a_display_that_does_not_hold_100(backlight, pictures):
 def test_opening_the_popup_detects_a_display_that_was_turned_down(backlight, pictures):
     backlight.start([Monitor("left", 40)])
     backlight.lock("left")
-    backlight.tick(SETTLED, VERIFY)  # Reasserts the lock: the next poll is two seconds away.
     backlight.desk.send_message(WM_CLOSE)
     backlight.hardware.set_by_user("left", 40)
     backlight.desk.call_window(SHOW_POPUP)
     check(backlight, pictures, "REASSERTING 100% LOCK", AMBER, on=True)
+    backlight.tick(POLL, VERIFY)
     check(backlight, pictures, "DISPLAY LOCKED AT 100%", GREEN, on=True)
 
 

@@ -2,15 +2,16 @@
 
 import time
 
-from backlight import (CLOSE, CONFIRMED, GEAR, POLL, SETTLED, VERIFY, WM_ENDSESSION, Monitor, Panel, enumeration,
-                       monitor_set, panel_set)
+from backlight import (CLOSE, CONFIRMED, GEAR, POLL, SETTLED, VERIFY, VERIFY_DELAY, WM_ENDSESSION, Monitor, Panel,
+                       enumeration, monitor_set, panel_set, without_delays)
 from backlight import backlight_desk_fixture, backlight_fixture  # noqa: F401
+from desk import act_within
 
 WM_CLOSE, SHOW_POPUP = 0x10, 0x8069
 
 
 def test_one_monitor_is_locked_and_restored(backlight):
-    backlight.start([Monitor("left", 40)]).show()
+    backlight.start([Monitor("left", 40)], timers=True).show()
     backlight.click_card()
     backlight.wait_for_calls(enumeration(monitors=["left"]), monitor_set("left", 100), enumeration(monitors=["left"]))
     backlight.wait_for_log(CONFIRMED % 1)
@@ -61,8 +62,6 @@ def test_a_second_panel_is_found(backlight):
 
 def expect_calls(backlight, act, *expected):
     """Performs `act` and compares its calls with the expected operations; no other call may follow."""
-    if backlight.setting() == "1":
-        backlight.tick(SETTLED, VERIFY)  # Reasserts the lock: the next poll is two seconds away.
     backlight.hardware.clear_calls()
     act()
     backlight.wait_for_calls(*expected)
@@ -89,18 +88,20 @@ def test_each_operation_makes_the_minimum_of_display_calls(backlight):
     expect_calls(backlight, desk.quit)
     desk.start_fresh({"PWMSafeMode": 1})
     backlight.wait_for_calls(one, one, lock)
+    backlight.tick(VERIFY)
     expect_calls(backlight, lambda: desk.send_message(WM_ENDSESSION, 1, 0), one, restore)
 
 
 def test_a_monitor_that_the_user_turns_down_is_reset_at_the_next_poll(backlight):
-    backlight.start([Monitor("left", 40)])
+    backlight.start([Monitor("left", 40)], timers=True)
     backlight.lock("left")
-    backlight.hardware.clear_calls()
-    backlight.hardware.set_by_user("left", 20)
     one = enumeration(monitors=["left"])
-    backlight.wait_for_calls(one, one, monitor_set("left", 100), one)
-    assert backlight.hardware.value("left") == 100
+    locked = one + monitor_set("left", 100) + one
+    assert backlight.record()[:len(locked)] == locked
+    backlight.hardware.set_by_user("left", 20)
     backlight.wait_for_log(CONFIRMED % 1, times=2)
+    backlight.expect_after_polls(one, one, one, monitor_set("left", 100), one, start=len(locked))
+    assert backlight.hardware.value("left") == 100
     # The value from before the first lock, not the one that the user set during it.
     backlight.unlock()
     assert backlight.hardware.value("left") == 40
@@ -147,10 +148,19 @@ def test_a_second_lock_stores_new_values(backlight):
 
 
 def test_a_click_during_the_verification_restores_the_value_and_cancels_the_verification(backlight):
-    backlight.start([Monitor("left", 40)]).show()
-    backlight.click_card()
-    backlight.click_card()
-    backlight.wait_for_log("PWM-safe toggled OFF by user")
+    def click_twice():
+        backlight.clear()
+        backlight.start([without_delays(Monitor("left", 40))], timers=True).show()
+        return clicks
+
+    def clicks():
+        backlight.click_card()
+        backlight.click_card()
+        backlight.wait_for_log("PWM-safe toggled OFF by user")
+
+    # Otherwise the verification may be first.
+    act_within(VERIFY_DELAY, click_twice)
+    backlight.desk.wait_for_saves(2)
     one = enumeration(monitors=["left"])
     backlight.wait_for_calls(one, monitor_set("left", 100), one, monitor_set("left", 40), one)
     assert backlight.hardware.value("left") == 40 and backlight.setting() == "0"

@@ -7,6 +7,7 @@ import pytest
 from backlight import (CONFIRMED, POLL, POLL_PERIOD, SETTLED, SLOWDOWN, VERIFY, Monitor, Panel, enumeration,
                        monitor_set, panel_set, wait_until)
 from backlight import backlight_desk_fixture, backlight_fixture  # noqa: F401
+from desk import TIMEOUT
 
 REVERTING = "PWM-safe: 100%% lock not confirmed (%d of %d) - reverting toggle"
 PENDING = "PWM-safe: lock pending (%d of %d at 100%%) - poll will re-assert"
@@ -15,9 +16,9 @@ PACE_RESET = "PWM-safe: display change - retry pace reset"
 
 
 def wait_for_a_poll(backlight):
-    """Waits for a poll, for less than the long period."""
+    """Waits for a poll, for less than the long period of 30 seconds."""
     backlight.hardware.clear_calls()
-    wait_until(backlight.record, "a poll with the normal period")
+    wait_until(backlight.record, "a poll with the normal period", timeout=25)
 
 
 def check_that_no_poll_comes(backlight):
@@ -27,8 +28,8 @@ def check_that_no_poll_comes(backlight):
 
 
 def test_a_monitor_that_ignores_the_lock_undoes_the_users_switch(backlight):
-    backlight.start([Monitor("left", 40, behaviour="ignores")]).show()
-    backlight.click_card()  # Timer 5 fires by itself in this test.
+    backlight.start([Monitor("left", 40, behaviour="ignores")], timers=True).show()
+    backlight.click_card()
     backlight.desk.wait_for_saves(2)
     one = enumeration(monitors=["left"])
     backlight.wait_for_calls(one, monitor_set("left", 100), one, one, monitor_set("left", 40), one)
@@ -72,7 +73,7 @@ def test_two_panels_of_one_name_cannot_both_be_locked(backlight):
 def test_a_monitor_that_becomes_unreadable_undoes_the_switch(backlight):
     backlight.start([Monitor("left", 40)]).show()
     backlight.click_card()
-    backlight.wait_for_value("left", 100)
+    backlight.desk.wait_for_saves(1)
     backlight.hardware.change("left", fails=("read",))
     backlight.tick(VERIFY)
     assert backlight.pwm_log()[-2:] == ["PWM-safe targets: 0 controllable (was 1)", REVERTING % (0, 0)]
@@ -81,7 +82,8 @@ def test_a_monitor_that_becomes_unreadable_undoes_the_switch(backlight):
 
 def test_a_later_failure_keeps_the_mode_on(backlight):
     backlight.start([Monitor("left", 40, behaviour="ignores")], on=True)
-    backlight.wait_for_log(PENDING % (0, 1))
+    backlight.tick(VERIFY)
+    assert backlight.log().count(PENDING % (0, 1)) == 1
     backlight.tick(POLL, VERIFY, POLL, VERIFY)
     assert backlight.log().count(PENDING % (0, 1)) == 1
     assert backlight.setting() == "1" and backlight.desk.saves() == 0
@@ -116,15 +118,18 @@ def test_the_ninth_failure_does_not_slow_the_poll_yet(backlight):
 def test_a_success_restores_the_normal_poll_period(backlight):
     slowed(backlight)
     backlight.hardware.change("left", behaviour="ok")
+    backlight.run_timers(POLL)
     backlight.tick(POLL, VERIFY)
     assert backlight.pwm_log()[-2:] == [RECOVERED, CONFIRMED % 1]
     wait_for_a_poll(backlight)
+    backlight.hold_timers()
     backlight.fail("left", 9)
     assert backlight.log().count(SLOWDOWN) == 1
 
 
 def test_a_display_change_restores_the_normal_poll_period(backlight):
     slowed(backlight)
+    backlight.run_timers(POLL)
     backlight.tick(SETTLED)
     assert backlight.pwm_log()[-1] == PACE_RESET
     backlight.tick(VERIFY)  # The verification must not be mistaken for the poll.
@@ -138,18 +143,17 @@ def test_the_users_toggle_restores_the_normal_poll_period(backlight):
     backlight.unlock()
     assert backlight.hardware.value("left") == 40
     backlight.hardware.change("left", behaviour="ok")
+    backlight.run_timers(POLL)
     backlight.lock("left")
     wait_for_a_poll(backlight)
     assert RECOVERED not in backlight.log()
 
 
 def test_ten_consecutive_failures_slow_the_poll(backlight):
-    """The timers fire by themselves in this test."""
-    backlight.start([Monitor("left", 40, behaviour="ignores")], on=True)
+    backlight.start([Monitor("left", 40, behaviour="ignores")], on=True, timers=True)
     backlight.desk.wait_for_log(PENDING % (0, 1))
-    deadline = time.monotonic() + 45
-    while SLOWDOWN not in backlight.log() and time.monotonic() < deadline:
-        time.sleep(0.2)
+    # Ten polls take 20 seconds.
+    wait_until(lambda: SLOWDOWN in backlight.log(), SLOWDOWN, timeout=2 * TIMEOUT, state=backlight.log)
     one = enumeration(monitors=["left"])
     attempt = one + monitor_set("left", 100) + one
     assert backlight.record() == one + attempt + (one + attempt) * 9

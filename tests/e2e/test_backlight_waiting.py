@@ -1,19 +1,13 @@
 """Slow and dead displays are not queried more often than fast ones; messages during the waits."""
 
-import threading
-
 import pytest
 
-from backlight import (CARD, CONFIRMED, POLL, SAVE, SETTLED, VERIFY, WM_ENDSESSION, WM_TIMER, Monitor,
+from backlight import (CARD, CONFIRMED, POLL, SAVE, SETTLED, UNTIL_ENDED, VERIFY, WM_ENDSESSION, WM_TIMER, Monitor,
                        Panel, enumeration, monitor_set, wait_until)
 from backlight import backlight_desk_fixture, backlight_fixture  # noqa: F401
 
 MONITORS = ["left", "right"]
 SHOW_POPUP = 0x8069
-# Milliseconds. Long enough for a test to act while the call waits.
-SHORT_DELAY = 200
-# Longer than the period of the timer that settles display changes.
-LONG_DELAY = 1500
 THREE_SECONDS = 3000
 CLOSEAPP = 1
 
@@ -31,15 +25,17 @@ def test_slow_monitors_are_queried_as_often_as_fast_ones(backlight):
 def test_a_dead_channel_delays_only_its_own_call(backlight):
     backlight.start([Monitor("left", 40), Monitor("dead", 30), Monitor("right", 20)]).show()
     monitors = ["left", "dead", "right"]
-    backlight.hardware.change("dead", delay=3500, fails=("capabilities", "read", "set"))
+    backlight.hardware.change("dead", delay=UNTIL_ENDED, fails=("capabilities", "read", "set"))
     backlight.click_card()
-    wait_until(lambda: backlight.hardware.value("right") == 100, "the lock of the others")
+    wait_until(backlight.hardware.held_calls, "a call that waits")
+    backlight.hardware.change("dead", delay=0)
+    backlight.hardware.end_delays()
+    backlight.desk.wait_for_saves(1)
+    assert backlight.values(*monitors) == [100, 30, 100]
     # Setting the others makes no call to it.
     backlight.wait_for_calls(enumeration(monitors=monitors, unreadable=["dead"]), monitor_set("left", 100, monitors),
                              monitor_set("right", 100, monitors))
-    assert backlight.hardware.value("dead") == 30
-    backlight.hardware.change("dead", delay=0)
-    backlight.wait_for_log(CONFIRMED % 2)
+    backlight.verify(CONFIRMED % 2, 1)
     backlight.unlock()
     assert backlight.values(*monitors) == [40, 30, 20]
 
@@ -49,7 +45,7 @@ def test_a_locked_display_with_a_dead_channel_delays_the_restore_once(backlight)
     backlight.start([Monitor("dead", 30), Monitor("left", 40)])
     backlight.lock("dead", "left")
     backlight.hardware.change("dead", fails=("capabilities", "read", "set"))
-    menu = backlight.open_menu_between_polls()
+    menu = backlight.open_menu()
     backlight.hardware.change("dead", delay=300)
     backlight.click_quit(menu)
     assert backlight.desk.wait_for_exit() == 0
@@ -59,11 +55,13 @@ def test_a_locked_display_with_a_dead_channel_delays_the_restore_once(backlight)
 
 
 def during_a_wait(backlight, start, act):
-    """Acts while the operation that `start` posts waits for a display, then waits until the operation has ended."""
+    """Acts while the operation that `start` posts waits for a display, then ends the wait."""
     start()
-    wait_until(backlight.hardware.waiting, "a call that waits")
+    wait_until(backlight.hardware.held_calls, "a call that waits")
     act()
-    wait_until(lambda: not backlight.hardware.waiting(), "the end of the wait")
+    assert backlight.hardware.held_calls()
+    backlight.hardware.end_delays()
+    wait_until(lambda: not backlight.hardware.held_calls(), "the end of the wait")
 
 
 def post_tick(backlight, timer):
@@ -72,7 +70,7 @@ def post_tick(backlight, timer):
 
 def test_a_monitor_disconnected_during_a_query_is_skipped(backlight):
     backlight.start([Monitor("left", 40), Monitor("right", 30)])
-    backlight.hardware.change("right", delay=LONG_DELAY)
+    backlight.hardware.change("right", delay=UNTIL_ENDED)
     backlight.hardware.clear_calls()
     during_a_wait(backlight, post_tick(backlight, SETTLED), lambda: backlight.hardware.unplug("right"))
     backlight.desk.send_message(0)  # Handled after the operation.
@@ -83,31 +81,28 @@ def test_a_monitor_disconnected_during_a_query_is_skipped(backlight):
 
 def test_a_monitor_unplugged_between_counting_and_fetching_hides_the_others_once(backlight):
     backlight.start([Monitor("left", 40), Monitor("right", 30)])
-    backlight.hardware.display(delay=SHORT_DELAY)
+    backlight.hardware.display(delay=UNTIL_ENDED)
     backlight.hardware.clear_calls()
-    during_a_wait(backlight, post_tick(backlight, SETTLED), lambda: backlight.hardware.unplug("right"))
+
+    def unplug():
+        backlight.hardware.display(delay=0)
+        backlight.hardware.unplug("right")
+
+    during_a_wait(backlight, post_tick(backlight, SETTLED), unplug)
     backlight.wait_for_calls(enumeration()[:-1] + ["count display0", "fetch display0"])
-    backlight.hardware.display(delay=0)
     backlight.tick(SETTLED)
     assert backlight.pwm_log()[-2:] == ["PWM-safe targets: 0 controllable (was 2)",
                                         "PWM-safe targets: 1 controllable (was 0)"]
 
 
-def during_an_enumeration(backlight, start, act, delay=LONG_DELAY):
+def during_an_enumeration(backlight, start, act):
     """Acts while the enumeration that `start` posts waits for a panel. Later calls to the panel do not wait."""
     def act_once():
         backlight.hardware.wmi()
         act()
 
-    backlight.hardware.wmi(delay_next=delay)
+    backlight.hardware.wmi(delay_next=UNTIL_ENDED)
     during_a_wait(backlight, start, act_once)
-
-
-def call_on_thread(backlight, message, *parameters):
-    """Makes the program handle a message now as it would a timer. A thread waits for the result."""
-    thread = threading.Thread(target=lambda: backlight.desk.call_window(message, *parameters))
-    thread.start()
-    return thread
 
 
 def filtering(backlight):
@@ -122,10 +117,8 @@ def filtering(backlight):
 def test_polls_do_not_accumulate_during_a_display_operation(backlight):
     backlight.start([Monitor("left", 40)], [Panel("panel", 60)])
     backlight.lock("left", "panel")
-    backlight.relock()  # The program's next poll is two seconds away.
-    during_an_enumeration(backlight, post_tick(backlight, POLL),
-                          lambda: [call_on_thread(backlight, WM_TIMER, POLL, 0).join(10) for _ in range(5)],
-                          delay=700)  # The operation ends before the program's next poll.
+    backlight.hardware.clear_calls()
+    during_an_enumeration(backlight, post_tick(backlight, POLL), lambda: backlight.tick(*[POLL] * 5))
     backlight.wait_until_idle()
     assert backlight.record().count("count display0") == 1
 
@@ -134,8 +127,7 @@ def test_a_display_change_during_a_display_operation_applies_the_filter_once(bac
     """It enumerates the displays once the operation has ended."""
     filtering(backlight)
     one = enumeration(1, MONITORS)
-    during_an_enumeration(backlight, post_tick(backlight, POLL),
-                          lambda: call_on_thread(backlight, WM_TIMER, SETTLED, 0).join(10))
+    during_an_enumeration(backlight, post_tick(backlight, POLL), lambda: backlight.tick(SETTLED))
     backlight.wait_for_calls(one, one)
     backlight.wait_until_idle()
     assert backlight.record() == one * 2 and len(backlight.desk.effects()) == 2
@@ -160,8 +152,7 @@ def test_a_second_start_during_an_enumeration_stays_in_the_queue(backlight):
 
 def test_a_click_during_an_enumeration_locks_the_displays_afterwards(backlight):
     backlight.start([Monitor("left", 40)], [Panel("panel", 60)]).show()
-    position = backlight.desk.unit_to_screen(*CARD)
-    during_an_enumeration(backlight, post_tick(backlight, SETTLED), lambda: backlight.desk.click(*position))
+    during_an_enumeration(backlight, post_tick(backlight, SETTLED), lambda: backlight.desk.click_unit(*CARD))
     backlight.desk.wait_for_saves(1)
     backlight.tick(VERIFY)
     assert CONFIRMED % 2 in backlight.log()
@@ -182,25 +173,21 @@ def lose_lock(backlight):
     """Locks a panel and a monitor, lets both lose the lock, and delays the panel's next set."""
     backlight.start([Monitor("left", 40)], [Panel("panel", 60)])
     backlight.lock("panel", "left")
-    backlight.relock()
     backlight.hardware.set_by_user("panel", 50)
-    backlight.hardware.change("panel", delay=SHORT_DELAY)
+    backlight.hardware.change("panel", delay=UNTIL_ENDED)
     backlight.hardware.set_by_user("left", 50)
-
-
-def end_delays(backlight):
-    backlight.hardware.change("panel", delay=0)
-    wait_until(lambda: not backlight.hardware.waiting(), "the end of the wait")
-    backlight.desk.send_message(0)  # Handled after the operation.
 
 
 def test_a_poll_during_a_restore_does_not_lock_again(backlight):
     backlight.start([Monitor("left", 40)], [Panel("panel", 60), Panel("second", 30)])
     backlight.lock("panel", "second", "left")
-    backlight.relock()
-    backlight.hardware.change("second", delay=LONG_DELAY)
-    during_a_wait(backlight, lambda: backlight.desk.click_unit(*CARD),
-                  lambda: call_on_thread(backlight, WM_TIMER, POLL, 0).join(10))
+    backlight.hardware.change("second", delay=UNTIL_ENDED)
+
+    def poll():
+        backlight.hardware.change("second", delay=0)
+        backlight.tick(POLL)
+
+    during_a_wait(backlight, lambda: backlight.desk.click_unit(*CARD), poll)
     backlight.desk.wait_for_saves(2)
     assert backlight.setting() == "0" and backlight.values("panel", "second", "left") == [60, 30, 40]
 
@@ -208,8 +195,8 @@ def test_a_poll_during_a_restore_does_not_lock_again(backlight):
 def test_an_installers_request_during_an_enumeration_restores_the_displays(backlight):
     backlight.start([Monitor("left", 40), Monitor("right", 30)], [Panel("panel", 60)])
     backlight.lock("panel", "left", "right")
-    ending = threading.Thread(target=lambda: backlight.desk.send_message(WM_ENDSESSION, 1, CLOSEAPP))
-    during_an_enumeration(backlight, post_tick(backlight, POLL), lambda: (ending.start(), ending.join(20)))
+    during_an_enumeration(backlight, post_tick(backlight, POLL),
+                          lambda: backlight.desk.send_message(WM_ENDSESSION, 1, CLOSEAPP))
     assert backlight.desk.wait_for_exit() == 0
     assert backlight.values("panel", "left", "right") == [60, 40, 30] and backlight.setting() == "1"
 
@@ -217,9 +204,13 @@ def test_an_installers_request_during_an_enumeration_restores_the_displays(backl
 @pytest.mark.parametrize("operation", [POLL, SETTLED])
 def test_a_session_end_while_a_panel_is_locked_restores_every_display(backlight, operation):
     lose_lock(backlight)
-    ending = threading.Thread(target=lambda: backlight.desk.send_message(WM_ENDSESSION, 1, 0))
-    during_a_wait(backlight, post_tick(backlight, operation), lambda: (ending.start(), ending.join(10)))
-    end_delays(backlight)
+
+    def end_session():
+        backlight.hardware.change("panel", delay=0)
+        backlight.desk.send_message(WM_ENDSESSION, 1, 0)
+
+    during_a_wait(backlight, post_tick(backlight, operation), end_session)
+    backlight.desk.send_message(0)  # Handled after the operation.
     assert backlight.values("panel", "left") == [60, 40] and backlight.setting() == "1"
 
 
@@ -232,6 +223,6 @@ def test_a_monitor_that_takes_three_seconds_is_locked_and_released(backlight):
     wait_until(lambda: backlight.hardware.value("slow") == 100, "the lock")
     wait_until(lambda: backlight.desk.saves() == 1, "the end of the click's operation")
     backlight.hardware.change("slow", delay=0)
-    backlight.wait_for_log(CONFIRMED % 1)
+    backlight.verify(CONFIRMED % 1, 1)
     backlight.unlock()
     assert backlight.hardware.value("slow") == 40

@@ -120,6 +120,7 @@ def start(backlight, mode):
     text = backlight.desk.settings_text()
     backlight.desk.write_settings(re.sub("PWMSafeMode=.", f"PWMSafeMode={mode}", text).replace("\n", "\r\n"))
     backlight.hardware.clear_calls()
+    backlight.run_timers()
     backlight.desk.start()
     return backlight
 

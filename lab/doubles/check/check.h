@@ -20,6 +20,9 @@ int SetMonitor(const Arguments& arguments);
 // monitor-misuse: leaks all handles. monitor-misuse destroyed: uses and destroys a destroyed handle.
 int MisuseMonitors(const Arguments& arguments);
 
+// timer: whether a timer with the id 4 fires.
+int TryTimer(const Arguments& arguments);
+
 // panels: the results of the brightness query.
 int ListPanels(const Arguments& arguments);
 // panel-set INSTANCE PERCENT

@@ -15,6 +15,7 @@ constexpr UINT kTimerPeriod = 20;
 const CheckCommand kCommands[] = {
     {L"monitors", 0, ListMonitors}, {L"monitor-set", 2, SetMonitor}, {L"monitor-misuse", 0, MisuseMonitors},
     {L"panels", 0, ListPanels},     {L"panel-set", 2, SetPanel},     {L"panel-misuse", 1, MisusePanels},
+    {L"timer", 0, TryTimer},
 };
 
 int g_timerMessages = 0;

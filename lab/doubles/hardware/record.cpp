@@ -1,5 +1,6 @@
 #include "record.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <iterator>
 
@@ -61,7 +62,9 @@ void Wait(LONG64 delay) {
     if (delay <= 0) {
         return;
     }
-    Count(Counter::kWaiting, 1);
-    Sleep(static_cast<DWORD>(delay));
-    Count(Counter::kWaiting, -1);
+    constexpr LONG64 kCheckPeriod = 5;  // ms
+    const Delay running(delay);
+    for (LONG64 left = running.Left(); left > 0; left = running.Left()) {
+        Sleep(static_cast<DWORD>(std::min(left, kCheckPeriod)));
+    }
 }

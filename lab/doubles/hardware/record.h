@@ -34,5 +34,5 @@ private:
     std::wstring arguments_;
 };
 
-// Blocks for `delay` milliseconds. The thread dispatches nothing.
+// Blocks for `delay` milliseconds or until the lab ends the delay. The thread dispatches nothing.
 void Wait(LONG64 delay);

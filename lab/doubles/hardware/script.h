@@ -16,6 +16,7 @@
 //               capabilities_delay, read_delay, set_delay, and the behaviour (see brightness.h)
 //     panel     see wmi/panel.h
 //     wmi       see wmi/scripted_calls.h
+//     timers    see timers.cpp
 //
 // Every delay is the duration of a call in milliseconds.
 struct Row {

@@ -1,5 +1,7 @@
 #include "state.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr wchar_t kStatePath[] = L"C:\\lab\\hardware.state";
@@ -71,4 +73,24 @@ LONG64 Now() {
     GetSystemTimePreciseAsFileTime(&time);
     const LONG64 ticks = (LONG64{time.dwHighDateTime} << 32) | time.dwLowDateTime;
     return (ticks - kUnixEpoch) / kFileTimesPerMillisecond;
+}
+
+Delay::Delay(LONG64 milliseconds)
+    : held_(milliseconds >= kUntilEnded),
+      end_(Now() + milliseconds),
+      endedBefore_(Count(Counter::kEndedDelays, 0)) {
+    Count(Counter::kWaiting, 1);
+    Count(Counter::kHeldCalls, held_);
+}
+
+Delay::~Delay() {
+    Count(Counter::kHeldCalls, -LONG64{held_});
+    Count(Counter::kWaiting, -1);
+}
+
+LONG64 Delay::Left() const {
+    if (Count(Counter::kEndedDelays, 0) != endedBefore_) {
+        return 0;
+    }
+    return held_ ? kUntilEnded : std::max(end_ - Now(), LONG64{0});
 }

@@ -24,6 +24,10 @@ enum class Counter : int {
     kPassedStrings = 7,
     // Calls that no correct program makes.
     kInvalidCalls = 8,
+    // Incremented by the lab to end the delays that are running.
+    kEndedDelays = 9,
+    // Calls whose delay lasts until the lab ends it.
+    kHeldCalls = 10,
 };
 
 // Adds `change` to a counter and returns its new value; 0 without the shared file.
@@ -41,3 +45,23 @@ void WriteBrightnessState(LONG64 slot, const BrightnessState& state);
 
 // Milliseconds since 1970, UTC, on the same clock as the lab's.
 LONG64 Now();
+
+// A delay of this many milliseconds or more lasts until the lab ends it.
+constexpr LONG64 kUntilEnded = 3600000;
+
+// The delay of a call that begins now. The lab can end it early. Counts the call until it is destroyed.
+class Delay {
+public:
+    explicit Delay(LONG64 milliseconds);
+    ~Delay();
+    Delay(const Delay&) = delete;
+    Delay& operator=(const Delay&) = delete;
+
+    // Milliseconds; 0 at the end.
+    LONG64 Left() const;
+
+private:
+    bool held_;
+    LONG64 end_;
+    LONG64 endedBefore_;
+};

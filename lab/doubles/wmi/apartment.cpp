@@ -53,10 +53,10 @@ bool PeekDispatchedMessage(HWND apartment, MSG* message) {
 }
 
 // PeekMessage removes WM_QUIT regardless of the filter. It is posted again afterwards, as COM does.
-void DispatchUntil(LONG64 end) {
+void DispatchDuring(const Delay& delay) {
     HWND const apartment = ApartmentWindow();
     MSG quit = {};
-    for (LONG64 left = end - Now(); left > 0; left = end - Now()) {
+    for (LONG64 left = delay.Left(); left > 0; left = delay.Left()) {
         MSG message = {};
         while (PeekDispatchedMessage(apartment, &message)) {
             if (message.message == WM_QUIT) {
@@ -85,9 +85,7 @@ HRESULT SimulateComCall(LONG64 delay) {
         return RPC_E_CANTCALLOUT_ININPUTSYNCCALL;
     }
     if (delay > 0) {
-        Count(Counter::kWaiting, 1);
-        DispatchUntil(Now() + delay);
-        Count(Counter::kWaiting, -1);
+        DispatchDuring(Delay(delay));
     }
     return S_OK;
 }
