@@ -102,8 +102,10 @@ class Desktop:
         return answer
 
     def facts(self, name, *arguments):
-        """The tool's answer, or None if the object does not exist."""
+        """The tool's answer, or None if the object does not exist. Raises ToolError if the command fails."""
         result, answer = self.tool(name, *arguments)
+        if result not in (OK, NOT_FOUND):
+            raise ToolError(f"the tool '{name}' {arguments} returned {result}: {answer}")
         return answer if result == OK else None
 
     def rows(self, name, *arguments):

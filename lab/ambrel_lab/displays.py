@@ -1,5 +1,6 @@
 """An extended desktop: simulated displays next to the lab's screen, each with its own rule for gamma ramps."""
 
+import os
 import struct
 
 from .popup import WINDOW_CLASS
@@ -34,7 +35,10 @@ class Displays:
 
     def change(self, *kinds):
         """Changes the number or the kinds of the displays after connect()."""
-        self.lab.prefix.path(SCRIPT).write_text(" ".join(kinds))
+        path = self.lab.prefix.path(SCRIPT)
+        temporary = path.with_suffix(".new")
+        temporary.write_text(" ".join(kinds))
+        os.replace(temporary, path)
 
     def ramp(self, number):
         """The gamma ramp of a display, as three lists. Displays are numbered from 1."""

@@ -98,7 +98,8 @@ class Magnification:
         """Every call so far, oldest first."""
         path = self.prefix.path(LOG)
         calls = []
-        for line in path.read_text().splitlines() if path.exists() else []:
+        # An incomplete last line is still being written.
+        for line in path.read_text().split("\n")[:-1] if path.exists() else []:
             function, result, error, matrix = line.split("\t")
             calls.append(Call(function, int(result), int(error), [float(cell) for cell in matrix.split()]))
         return calls

@@ -154,7 +154,11 @@ class PopupActions:
 
     def show(self):
         """Opens the popup unless it is open. Returns its Rect."""
-        return self.popup_rect() if self.popup_visible() else self.open_popup()
+        facts = self.window_facts()
+        if not (facts and facts["visible"]):
+            return self.open_popup()
+        self._window_that_was_shown = facts["handle"]
+        return self.popup_rect()
 
     def unit_to_screen(self, x, y):
         """The screen pixel of a position in design units (96 DPI) of the popup."""
@@ -233,6 +237,7 @@ class PopupActions:
 
     def menu_drawn(self, window):
         """The menu's picture, or None before it is drawn."""
+        self.synchronise(window.handle)  # A menu is drawn as it opens, before it handles a message.
         picture = self.connection.picture(window.left, window.top, window.right - window.left,
                                           window.bottom - window.top)
         return picture if picture.colours() > 2 else None

@@ -93,7 +93,11 @@ def describe_processes(prefix):
     lines = []
     for pid in processes_of(prefix):
         command = read_bytes(f"/proc/{pid}/cmdline").replace(b"\0", b" ").decode("utf-8", "replace").strip()
-        for thread in sorted(Path(f"/proc/{pid}/task").glob("*")):
+        try:
+            threads = sorted(os.listdir(f"/proc/{pid}/task"))
+        except OSError:  # It has ended.
+            continue
+        for thread in (Path(f"/proc/{pid}/task/{name}") for name in threads):
             state = read_bytes(thread / "stat").rpartition(b") ")[2][:1].decode()
             lines.append(f"{pid} {thread.name} {state} {read_bytes(thread / 'wchan').decode() or '-'} {command}")
     return "\n".join(lines) + "\n"

@@ -93,6 +93,10 @@ class ProgramActions:
         """Sends a message whose lParam points to a copy of `data` in the program's memory. Returns the result."""
         return self.desktop.request("message-data", target, message, wparam, data.hex())["result"]
 
+    def synchronise(self, target=WINDOW_CLASS):
+        """Waits until a window has handled what its program is doing. Does nothing if the window does not exist."""
+        self.desktop.tool("message", target, "send", 0, 0, 0, int(TIMEOUT * 1000), timeout=2 * TIMEOUT)
+
     def random_messages(self, seed, count, target=WINDOW_CLASS):
         """Sends and posts `count` random messages without pointers: {"sent", "posted", "unanswered"}."""
         return self.desktop.request("messages-random", target, seed, count, timeout=TIMEOUT + count)
@@ -131,7 +135,10 @@ class ProgramActions:
 
     @staticmethod
     def _text(path):
-        return path.read_bytes().decode("utf-8", "replace").replace("\r\n", "\n") if path.exists() else ""
+        try:
+            return path.read_bytes().decode("utf-8", "replace").replace("\r\n", "\n")
+        except FileNotFoundError:
+            return ""
 
     @staticmethod
     def _write(path, content):

@@ -13,7 +13,7 @@ from .desktop import TOOL
 from .hardware_selftest import hardware_checks
 from .lab import Lab
 from .paths import STATE
-from .waiting import TIMEOUT, wait_until
+from .waiting import TIMEOUT, wait_for_value, wait_until
 from .x11 import identity_ramp
 
 LONGEST_LINE = "\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%"
@@ -64,12 +64,12 @@ def check_screen(lab):
     ramp = [[step * 257 // divisor for step in range(256)] for divisor in (1, 2, 4)]
     lab.set_ramp(ramp)
     assert all(close_enough(got, wanted) for pair in zip(lab.ramp(), ramp) for got, wanted in zip(*pair))
-    red, green, blue = lab.screenshot().pixel(5, 5)
+    red, green, blue = wait_until(lambda: any(colour := lab.pixel(5, 5)) and colour, "the desktop's colour")
     assert lab.eye_picture().pixel(5, 5) == (red, green // 2, blue // 4)
     lab.set_ramp(identity_ramp())
     lab.move(300, 200)
     metrics = lab.metrics()
-    assert (metrics["cursor_x"], metrics["cursor_y"]) == (300, 200), metrics
+    wait_for_value(lambda: (lab.metrics()["cursor_x"], lab.metrics()["cursor_y"]), (300, 200), "the pointer's position")
     assert metrics["work_bottom"] == 1060 and metrics["dpi"] == 96, metrics
 
 
@@ -100,7 +100,7 @@ def check_magnification(lab):
     lab.magnification_script()
     lab.run_tool("magnify", 1000, 1000, 1000, "keep")
     child = lab.desktop.start([TOOL, "magnify", "500", "1000", "1000", "keep"], stdout=subprocess.PIPE)
-    child.communicate(timeout=20)
+    child.communicate(timeout=TIMEOUT)
     wait_until(lambda: lab.magnification.applied_factors() == (1.0, 1.0, 1.0), "the removal of the effect of an ended process")
     lab.magnification.install("without-effect")
     # A running program keeps the library that it has loaded; a new one loads the installed one.

@@ -71,6 +71,7 @@ class WindowsActions:
         finally:
             child.kill()
             child.wait()
+            wait_until(lambda: not self.desktop.facts("window", "LabOtherWindow"), "the other window to disappear")
 
     def windows(self):
         """Every visible top-level window, topmost first."""

@@ -4,13 +4,14 @@ namespace {
 
 // Another program may hold the clipboard for a moment, and one that is killed until Wine's server notices.
 bool OpenClipboardWithRetries(HWND owner) {
-    for (int attempt = 0; attempt < 1200; ++attempt) {
-        if (OpenClipboard(owner)) {
-            return true;
+    const ULONGLONG end = GetTickCount64() + kAnswerTimeoutMs;
+    while (!OpenClipboard(owner)) {
+        if (GetTickCount64() >= end) {
+            return false;
         }
         Sleep(25);
     }
-    return false;
+    return true;
 }
 
 HGLOBAL CopyToGlobal(const std::wstring& text) {

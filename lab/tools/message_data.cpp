@@ -59,9 +59,9 @@ int SendWithData(const Arguments& arguments, Json& answer) {
         return kToolFailed;
     }
     DWORD_PTR result = 0;
-    if (!SendMessageTimeoutW(window, static_cast<UINT>(Number(arguments[1])),
-                             static_cast<WPARAM>(Number(arguments[2])),
-                             reinterpret_cast<LPARAM>(data.address), SMTO_NORMAL, 10000, &result)) {
+    if (!SendMessageTimeoutW(
+            window, static_cast<UINT>(Number(arguments[1])), static_cast<WPARAM>(Number(arguments[2])),
+            reinterpret_cast<LPARAM>(data.address), SMTO_NORMAL, kAnswerTimeoutMs, &result)) {
         answer = JsonObject({{"error", GetLastError()}});
         return kToolFailed;
     }

@@ -37,6 +37,9 @@ void PrintReady();
 std::wstring FromUtf8(const std::string& text);
 std::string ToUtf8(const std::wstring& text);
 
+// How long a command waits for another program, in ms. Less than the lab waits for the command.
+constexpr UINT kAnswerTimeoutMs = 20000;
+
 // Decimal, or hexadecimal with 0x; a minus sign is allowed. 0 if the text is not a number.
 long long Number(const std::wstring& text);
 

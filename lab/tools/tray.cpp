@@ -5,9 +5,10 @@
 
 #include <commctrl.h>
 
+#include <optional>
+
 namespace {
 
-constexpr UINT kQueryTimeoutMs = 2000;
 constexpr size_t kTooltipLength = 1024;
 
 struct ToolQuery {
@@ -27,22 +28,32 @@ HWND FindTooltip(DWORD process) {
     return nullptr;
 }
 
-DWORD_PTR SendWithTimeout(HWND window, UINT message, WPARAM wParam, void* remote) {
+// The result of a message. Empty if the taskbar does not answer.
+std::optional<DWORD_PTR> Ask(HWND window, UINT message, WPARAM wParam, void* remote) {
     DWORD_PTR result = 0;
-    SendMessageTimeoutW(window, message, wParam, reinterpret_cast<LPARAM>(remote), SMTO_ABORTIFHUNG,
-                        kQueryTimeoutMs, &result);
+    if (!SendMessageTimeoutW(window, message, wParam, reinterpret_cast<LPARAM>(remote), SMTO_NORMAL,
+                             kAnswerTimeoutMs, &result)) {
+        return {};
+    }
     return result;
 }
 
-std::vector<Json> CollectTools(HWND tooltip, HANDLE process, ToolQuery* remote) {
-    std::vector<Json> tools;
-    const DWORD_PTR count = SendWithTimeout(tooltip, TTM_GETTOOLCOUNT, 0, nullptr);
-    for (DWORD_PTR i = 0; i < count; ++i) {
+// Appends every icon. False if the taskbar does not answer: it may have icons then.
+bool CollectTools(HWND tooltip, HANDLE process, ToolQuery* remote, std::vector<Json>& tools) {
+    const std::optional<DWORD_PTR> count = Ask(tooltip, TTM_GETTOOLCOUNT, 0, nullptr);
+    if (!count) {
+        return false;
+    }
+    for (DWORD_PTR i = 0; i < *count; ++i) {
         ToolQuery query = {};
         query.tool.cbSize = sizeof(query.tool);
         query.tool.lpszText = remote->tooltip;
         WriteProcessMemory(process, remote, &query, sizeof(query), nullptr);
-        if (!SendWithTimeout(tooltip, TTM_ENUMTOOLSW, i, &remote->tool)) {
+        const std::optional<DWORD_PTR> found = Ask(tooltip, TTM_ENUMTOOLSW, i, &remote->tool);
+        if (!found) {
+            return false;
+        }
+        if (!*found) {
             continue;
         }
         ReadProcessMemory(process, remote, &query, sizeof(query), nullptr);
@@ -55,7 +66,7 @@ std::vector<Json> CollectTools(HWND tooltip, HANDLE process, ToolQuery* remote) 
                                     {"bottom", rect.bottom},
                                     {"tooltip", query.tooltip}}));
     }
-    return tools;
+    return true;
 }
 
 }  // namespace
@@ -75,10 +86,12 @@ int ListTrayIcons(const Arguments&, Json& answer) {
         return kToolFailed;
     }
     void* const memory = VirtualAllocEx(process, nullptr, sizeof(ToolQuery), MEM_COMMIT, PAGE_READWRITE);
+    std::vector<Json> tools;
+    const bool answered = memory && CollectTools(tooltip, process, static_cast<ToolQuery*>(memory), tools);
     if (memory) {
-        answer = JsonArray(CollectTools(tooltip, process, static_cast<ToolQuery*>(memory)));
         VirtualFreeEx(process, memory, 0, MEM_RELEASE);
     }
     CloseHandle(process);
-    return memory ? kToolOk : kToolFailed;
+    answer = JsonArray(tools);
+    return answered ? kToolOk : kToolFailed;
 }
