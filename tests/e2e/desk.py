@@ -29,6 +29,7 @@ MARKER = "---------- session start ----------"
 ATTEMPTS = 40
 # Seconds between a change and its save.
 SAVE_DELAY = 0.5
+WM_TIMER, SAVE_TIMER = 0x113, 1
 # The screen keeps 8 bits of a ramp's 16.
 RAMP_TOLERANCE = 256
 
@@ -51,7 +52,7 @@ class Desk(Lab):
     def start(self):
         """Starts the program and waits until its icon can be clicked."""
         if not self.program_running():
-            self.remove_dead_icons()
+            self.wait_until_ended()
         program = self.start_program()
 
         def shown():
@@ -73,6 +74,7 @@ class Desk(Lab):
         self.input.release_all()
         if self.program_running():
             self.kill_program()
+        self.wait_until_ended()
         if self.settings_folder.exists():
             self.write_events(None)
         if isinstance(settings, dict):
@@ -82,8 +84,16 @@ class Desk(Lab):
         self.set_ramp(model.ramp(model.IDENTITY))
         self.magnification.clear_calls()
 
+    def wait_until_ended(self):
+        """Waits until nothing of a program that has ended is left: its process in Windows, its icon in the taskbar. A
+        program that starts earlier may take itself for a second instance, and its icon cannot be told from the old."""
+        if self.desktop.started():
+            wait_until(lambda: not self.desktop.facts("process", self.program_image), "the end of the last program")
+            self.remove_dead_icons()
+
     def restart(self):
-        """Kills the program, as a crash would, and starts it again with its files unchanged."""
+        """Kills the program, as a crash would, and starts it again with its files unchanged. No save may be pending: a
+        kill would interrupt it."""
         self.kill_program()
         return self.start()
 
@@ -126,6 +136,17 @@ class Desk(Lab):
         """Clicks a row of the settings panel, which must be open, and waits for the save."""
         saves = self.saves()
         self.click_unit(*SETTINGS_ROWS[row])
+        self.wait_for_saves(saves + 1)
+
+    def save_now(self):
+        """Makes the program save now what it would save after a delay. Afterwards no save is pending."""
+        self.call_window(WM_TIMER, SAVE_TIMER)
+
+    def wait_until_posted_messages_are_handled(self):
+        """Waits until the program has handled all messages posted before this call. Saves the settings."""
+        self.save_now()
+        saves = self.saves()
+        self.post_message(WM_TIMER, SAVE_TIMER)
         self.wait_for_saves(saves + 1)
 
     def menu_picture(self):
@@ -193,8 +214,8 @@ class Desk(Lab):
         return [call for call in self.magnification_calls() if call.function == "MagSetFullscreenColorEffect"]
 
     def log(self):
-        """The messages of the current run without their time stamps."""
-        lines = self.events_text().rpartition(MARKER + "\n")[2].splitlines()
+        """The messages of the current run without their time stamps. An incomplete last line is still being written."""
+        lines = self.events_text().rpartition(MARKER + "\n")[2].split("\n")[:-1]
         return [line.partition("] ")[2] for line in lines]
 
     def wait_for_log(self, message, times=1):
@@ -208,8 +229,14 @@ class Desk(Lab):
         self.wait_for_log("Saved settings", times)
 
     def settings(self):
-        """settings.ini as {key: text} once it no longer changes: Windows writes key after key."""
-        text = wait_until_settled(lambda: (self.settings_text(),), "settings.ini", pause=0.03)[0]
+        """settings.ini as {key: text}. It is not read during a save, because Windows writes key after key."""
+        running = self.program_running()
+
+        def read():
+            if running:
+                self.synchronise()
+            return (self.settings_text(),)
+        text = wait_until_settled(read, "settings.ini", pause=0.002)[0]
         return dict(line.split("=", 1) for line in text.splitlines() if "=" in line)
 
     def wait_for_setting(self, key, text):

@@ -7,8 +7,8 @@ import pytest
 
 import model
 from ambrel_lab.accessibility import ACCESS_DENIED, INVALID_ARGUMENT, NONE, NOT_CONNECTED, NOT_SUPPORTED, OK, SERVER_GONE
-from ambrel_lab.hardware import Monitor, Panel
-from backlight import BUILD, CONFIRMED
+from ambrel_lab.hardware import UNTIL_ENDED, Monitor, Panel
+from backlight import BUILD, CONFIRMED, VERIFY, WM_TIMER
 from desk import SLIDER_X, SLIDER_Y, wait_for_value, wait_until
 from documents import accessibility
 from documents.text_block import text_block
@@ -25,7 +25,6 @@ NO = 7  # the button of a message box
 NEXT, PREVIOUS, FIRST_CHILD, LAST_CHILD, RIGHT, DOWN = 5, 6, 7, 8, 4, 2
 TAKE_FOCUS, TAKE_SELECTION, ADD_SELECTION = 1, 2, 8
 SCALINGS = [96, 120, 144, 192]
-PANEL_DELAY = 6000  # ms
 FEW = 5  # handles that are opened and closed in the meantime
 # A call takes a millisecond or two. AMBREL_RANDOM_CALLS=5000 runs the long form.
 RANDOM_CALLS = int(os.environ.get("AMBREL_RANDOM_CALLS", "1600"))
@@ -59,10 +58,6 @@ def main_panel(warmth, brightness, strip, selected=None, on=False):
 def settings_panel(launch=False, dim=False, legacy=False, support=("button", "COPY FEEDBACK FOR SUPPORT", "Press")):
     return [("text", "SETTINGS"), ("button", "CLOSE", "Press"), check("LAUNCH AT STARTUP", launch),
             check("ALLOW EXTREME DIM", dim), check("LEGACY MODE", legacy), support]
-
-
-def hardware_calls(desk):
-    return [call.function for call in desk.hardware.calls()]
 
 
 def wait_for_panel_read(desk, expected):
@@ -110,6 +105,7 @@ def start_with_displays_fixture(hardware_desk):
         hardware_desk.hardware.monitors(monitors)
         hardware_desk.hardware.panels(panels)
         hardware_desk.hardware.wmi()
+        hardware_desk.hardware.hold_timers()
         hardware_desk.start_fresh()
         hardware_desk.show()
         return hardware_desk
@@ -195,6 +191,7 @@ def drawn_picture(desk, seen):
     last = [None]
 
     def settled():
+        desk.send_message(WM_PAINT)  # Paints what is out of date.
         picture = desk.popup_picture()
         same, last[0] = picture == last[0], picture
         return picture if same and seen(picture) else None
@@ -473,6 +470,7 @@ def test_a_drag_announces_the_steps_that_change_the_text_and_no_others(file_desk
 
 def test_a_lock_announces_the_status_of_the_strip(start_with_displays):
     desk = start_with_displays([Monitor("desk", 40, present=False)])
+    desk.hardware.hold_timers(VERIFY)
     assert read_panel(desk)[6] == ("text", HINT)
     with desk.accessible_events() as events:
         desk.hardware.plug("desk")
@@ -480,7 +478,9 @@ def test_a_lock_announces_the_status_of_the_strip(start_with_displays):
         events.wait_for(("reorder", 0), ("name", 7), ("description", 7), ("help", 7))
         press(desk, "PWM-SAFE MODE")
         events.wait_for(("state", 7), ("description", 7), ("help", 7))
-        desk.wait_for_log(CONFIRMED % 1)
+        desk.wait_for_saves(1)
+        desk.call_window(WM_TIMER, VERIFY)
+        assert CONFIRMED % 1 in desk.log()
         wait_until(lambda: read_panel(desk)[6][3] == "DISPLAY LOCKED AT 100%", "the confirmed lock")
         events.wait_for(("description", 7), ("help", 7))
 
@@ -499,17 +499,27 @@ def test_an_end_of_the_program_announces_that_the_popup_disappears(popup):
 def test_requests_are_answered_and_actions_wait_while_a_panel_answers(start_with_displays):
     desk = start_with_displays(panels=[Panel("panel", 40)])
     card, night, brightness = (desk.accessible_control(name) for name in ("PWM-SAFE MODE", "NIGHT", "BRIGHTNESS"))
-    desk.hardware.wmi(delay_exec=PANEL_DELAY)
+    desk.hardware.wmi(delay_exec=UNTIL_ENDED)
     assert desk.accessible_press(card) == OK
-    wait_until(lambda: hardware_calls(desk)[-1:] == ["Put"] and desk.hardware.waiting(), "the wait for the panel")
+    wait_until(desk.hardware.held_calls, "the wait for the panel")
     assert desk.accessible_press(night) == desk.accessible_set(brightness, "50%") == OK
     # The wait dispatches sent messages only. Another program may send this one.
     for message_sent in (desk.send_message, desk.call_window):
         message_sent(ACTIONS_REQUESTED)
-    while_waiting = desk.effects(), read_panel(desk)
-    assert desk.hardware.waiting(), "the panel answered too early for this test"
-    assert while_waiting[0] == [] and while_waiting[1][3] == ("slider", "WARMTH", "3,998K")
+    assert desk.effects() == [] and read_panel(desk)[3] == ("slider", "WARMTH", "3,998K")
+    assert desk.hardware.held_calls()
+    desk.hardware.wmi()
+    desk.hardware.end_delays()
     desk.wait_for_colour(model.PRESETS["NIGHT"].intensity, 0.5)
+
+
+def close_boxes(popup):
+    """Lets the program perform all actions, and closes the boxes that they open."""
+    popup.wait_until_posted_messages_are_handled()
+    while boxes := popup.message_boxes():
+        for box in boxes:
+            popup.press_button(box, NO if NO in box.buttons else None)
+        popup.wait_until_posted_messages_are_handled()
 
 
 def test_random_calls_from_outside_leave_a_program_that_works(popup):
@@ -517,9 +527,7 @@ def test_random_calls_from_outside_leave_a_program_that_works(popup):
     assert quiet["lost"] == 0
     assert quiet["succeeded"] > RANDOM_CALLS // 4 and quiet["refused"] > RANDOM_CALLS // 10
     assert popup.accessible_random(2, RANDOM_CALLS // 4, acts=True)["lost"] == 0
-    popup.send_message(0)
-    for box in popup.message_boxes():
-        popup.press_button(box, NO if NO in box.buttons else None)
+    close_boxes(popup)
     if read_panel(popup)[0] == ("text", "SETTINGS"):
         press(popup, "CLOSE")
         wait_until(lambda: read_panel(popup)[0] == ("text", "AMBREL"), "the main panel")

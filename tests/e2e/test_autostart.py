@@ -6,6 +6,7 @@ from contextlib import contextmanager
 import pytest
 
 from desk import MARKER, LabError, wait_until
+from panels import show_settings
 
 RUN_KEY, RUN_VALUE = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run", "Ambrel2"
 PROGRAM = "C:\\Ambrel\\ambrel.exe"
@@ -77,8 +78,7 @@ def switch(desk, control):
         desk.menu(MENU_ITEM)
         desk.wait_for_saves(saves + 1)
     else:
-        if not desk.popup_visible():
-            desk.show_settings()
+        show_settings(desk)
         desk.flip(ROW)
 
 

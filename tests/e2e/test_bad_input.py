@@ -64,6 +64,7 @@ def test_the_program_works_and_saves_with_any_content_of_the_settings_file(file_
     assert desk.loaded()
     assert works(desk)
     desk.wait_for_saves(1)
+    desk.save_now()  # The second change may not be saved yet.
     desk.restart()
     assert desk.loaded().startswith("intensity=0.584 brightness=0.850 ")
 
@@ -83,6 +84,7 @@ def test_a_settings_file_in_utf_16_is_read_and_written(file_desk):
     assert desk.loaded() == LOADED_GOOD
     assert works(desk)
     desk.wait_for_saves(1)
+    desk.save_now()
     desk.restart()
     assert desk.loaded().startswith("intensity=0.584 brightness=0.850 extremeDim=1")
 

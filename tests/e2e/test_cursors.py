@@ -19,6 +19,7 @@ RESET = "reset"
 # Wine refuses every reset, and when the program terminates a refused one is tried once more.
 LAST_RESET = [RESET, RESET]
 WM_CLOSE, WM_ENDSESSION, WM_POWERBROADCAST, RESUMED = 0x10, 0x16, 0x218, 18
+WM_TIMER, SETTLE_TIMER = 0x113, 2
 CALL = re.compile(r"^([0-9a-f]{4}):.*:(?:NtUserSystemParametersInfo \(87, 0, \(nil\), 0\)"
                   r"|SetSystemCursor \(([0-9A-F]+),([0-9a-f]+)\))", re.M)
 COPY = re.compile(r":CopyImage hnd=[0-9A-F]+, type=2,")
@@ -182,9 +183,12 @@ def test_a_change_within_the_dead_band_replaces_no_cursor(start_with, legacy, se
     assert cursors.calls() == (TINTED if tinted else [])
     cursors.clear()
     # Applying the same values again changes nothing either.
-    choose(desk, "DAY")
+    desk.save_now()
+    saves = desk.saves()
+    desk.choose("DAY")
+    desk.wait_for_saves(saves + 1)
     desk.send_message(WM_POWERBROADCAST, RESUMED)
-    time.sleep(0.5)  # The filter is applied again after the resume.
+    desk.call_window(WM_TIMER, SETTLE_TIMER)  # What follows some time after a resume.
     assert cursors.calls() == []
 
 

@@ -7,12 +7,13 @@ import uuid
 import pytest
 
 import model
-from desk import POWER, REOPEN_DELAY, SLIDER_X, SLIDER_Y, act_within, wait_until
+from desk import POWER, REOPEN_DELAY, SLIDER_X, SLIDER_Y, act_within, wait_for_value, wait_until
 from image import is_at_its_own_base, find_rectangle
 
 WM_DISPLAYCHANGE, WM_POWERBROADCAST, WM_DPICHANGED, WM_CLOSE = 0x7E, 0x218, 0x2E0, 0x10
 RESUME_AUTOMATIC, RESUME_SUSPEND, SUSPEND, BATTERY_LOW = 18, 7, 4, 9
 POWER_SETTING_CHANGE = 0x8013
+WM_TIMER, SETTLE_TIMER = 0x113, 2
 CONSOLE_DISPLAY_STATE = uuid.UUID("6fe69556-704a-47a0-8f24-c28d936fda47")
 MONITOR_POWER_ON = uuid.UUID("02731015-4510-4526-99e6-e5a17ebd1aea")
 OFF, ON, DIMMED = 0, 1, 2
@@ -34,6 +35,15 @@ def full_size_fixture(file_desk):
     yield
     if file_desk.metrics()["width"] != file_desk.size[0]:
         file_desk.change_mode(*file_desk.size)
+        wait_for_taskbar(file_desk, *file_desk.size)
+
+
+def wait_for_taskbar(desk, width, height):
+    """Waits until the taskbar has followed a change of resolution."""
+    def corner():
+        facts = desk.window_facts("Shell_TrayWnd")
+        return facts["right"], facts["bottom"]
+    wait_for_value(corner, (width, height), "the taskbar's lower right corner")
 
 
 def wait_for_applies(desk, count):
@@ -137,8 +147,8 @@ def test_displays_that_are_already_on_or_only_dimmed_apply_nothing(filtered):
 
 
 def test_a_display_change_with_the_filter_off_sets_no_colour(desk):
-    desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
-    desk.wait_for_tooltip(model.TOOLTIP_OFF)  # The tray icon is updated after the delay.
+    desk.send_message(WM_DISPLAYCHANGE, 32, 0x04380780)
+    desk.call_window(WM_TIMER, SETTLE_TIMER)  # What follows after the delay.
     assert desk.effects() == []
     assert desk.screen_is_plain()
 
@@ -203,7 +213,8 @@ def test_after_a_change_of_resolution_the_popup_opens_in_the_new_corner(filtered
     wait_for_applies(filtered, 2)
     time.sleep(2 * REOPEN_DELAY)
     # Wine's taskbar moves its icons but reports their old positions.
-    filtered.click(1280 - 10, 720 - 10)
+    wait_for_taskbar(filtered, 1280, 720)
+    filtered.click_window(1280 - 10, 720 - 10, "Shell_TrayWnd")
     rect = filtered.wait_for_popup()
     metrics = filtered.metrics()
     assert (rect.right, rect.bottom) == (metrics["work_right"] - 10, metrics["work_bottom"] - 10)
@@ -228,7 +239,8 @@ def test_the_resolution_changes_while_a_slider_is_held(filtered, full_size):
     filtered.post_message(WM_CLOSE)
     filtered.wait_for_popup(False)
     time.sleep(2 * REOPEN_DELAY)
-    filtered.click(1280 - 10, 720 - 10)
+    wait_for_taskbar(filtered, 1280, 720)
+    filtered.click_window(1280 - 10, 720 - 10, "Shell_TrayWnd")
     filtered.wait_for_popup()
     # Wine does not move the work area's lower edge, so only the popup's upper part is on the screen.
     filtered.drag_unit(80, 150, 80, 120)

@@ -73,8 +73,8 @@ def test_drags_and_clicks_log_only_the_saves(desk):
     desk.slide("WARMTH", 60)
     desk.slide("BRIGHTNESS", -60)
     desk.wait_for_tooltip(model.tooltip_on(model.dragged(0.385, 60), model.dragged(1.0, -60, 0.1)))
-    saves = desk.saves()
-    wait_until(lambda: desk.saves() > saves, "the save after the last drag")
+    desk.wait_for_setting("Intensity", str(model.per_mille(model.dragged(0.385, 60))))
+    desk.wait_for_setting("Brightness", str(model.per_mille(model.dragged(1.0, -60, 0.1))))
     assert set(desk.log()[before:]) == {"Saved settings"}
 
 

@@ -7,7 +7,7 @@ import pytest
 import model
 from desk import SLIDER_X, SLIDER_Y, wait_until
 
-WM_NULL, WM_APP = 0, 0x8000
+WM_APP = 0x8000
 LEGACY = "Legacy Mode (Older Hardware)"
 START = (model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
 TOLERATED = "MagSetFullscreenColorEffect error 87 (1/2 before fallback)"
@@ -134,8 +134,7 @@ def test_the_notice_does_not_open_a_second_time_while_it_is_open(file_desk):
     desk = fall_back(file_desk.start_fresh(effect=(87,)))
     box = desk.wait_for_message_box()
     desk.post_message(WM_APP + 104)
-    assert desk.send_message(WM_NULL) == 0  # The posted message has been handled.
-    time.sleep(0.3)
+    desk.wait_until_posted_messages_are_handled()
     assert len(desk.message_boxes()) == 1
     desk.press_button(box)
     wait_until(lambda: not desk.message_boxes(), "the message box to close")
@@ -148,8 +147,7 @@ def test_the_failure_box_does_not_open_a_second_time_while_it_is_open(file_desk)
     desk.post_message(WM_APP + 106, 5)
     box = desk.wait_for_message_box()
     desk.post_message(WM_APP + 106, 6)
-    assert desk.send_message(WM_NULL) == 0
-    time.sleep(0.3)
+    desk.wait_until_posted_messages_are_handled()
     assert [each.text for each in desk.message_boxes()] == [failure(5)]
     desk.press_button(box)
 
@@ -178,6 +176,7 @@ def test_the_fallback_persists_to_the_next_start(file_desk):
     desk = fall_back(file_desk.start_fresh(effect=(87,)))
     desk.press_button(desk.wait_for_message_box())
     desk.magnification.clear_calls()
+    desk.save_now()
     desk.restart()
     desk.choose("DAY")
     desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
@@ -216,6 +215,7 @@ def test_after_the_user_leaves_legacy_mode_the_next_run_falls_back_with_a_notice
     desk.menu(LEGACY)
     desk.press_button(desk.wait_for_message_box())
     desk.wait_for_setting("UseLegacyGamma", "0")
+    desk.save_now()
     desk.restart()
     fall_back(desk)
     assert desk.wait_for_message_box().text == NOTICE
