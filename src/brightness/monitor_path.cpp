@@ -3,6 +3,12 @@
 #include "brightness/target_name.h"
 #include "win32/platform.h"
 
+namespace {
+
+constexpr DWORD kMaxDevices = 256;  // sanity limit
+
+}  // namespace
+
 // The active monitors of a display are listed in the order of its physical monitors. If the list is shorter,
 // its last monitor identifies the rest.
 std::wstring MonitorDevicePath(const std::wstring& targetName) {
@@ -11,7 +17,7 @@ std::wstring MonitorDevicePath(const std::wstring& targetName) {
     if (!ParseDdcTargetName(targetName, &device, &index)) return {};
     std::wstring path;
     std::uint32_t active = 0;
-    for (DWORD i = 0; active <= index; ++i) {
+    for (DWORD i = 0; i < kMaxDevices && active <= index; ++i) {
         DISPLAY_DEVICEW monitor = {};
         monitor.cb = sizeof(monitor);
         if (EnumDisplayDevicesW(device.c_str(), i, &monitor, EDD_GET_DEVICE_INTERFACE_NAME) == FALSE) break;

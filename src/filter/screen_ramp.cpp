@@ -7,6 +7,7 @@ namespace {
 
 constexpr int kSampleStep = 16;
 constexpr int kSampleTolerance = 2048;  // inclusive
+constexpr DWORD kMaxDevices = 256;      // sanity limit
 
 bool SamplesMatch(const GammaRamp& written, const GammaRamp& readBack) {
     for (int c = 0; c < 3; ++c) {
@@ -45,7 +46,7 @@ void FillIdentityRamp(GammaRamp* ramp) {
 // Finds the first active display at or after *index and sets *index to the one after it. Skips the pseudo
 // displays of mirroring drivers, which show nothing.
 bool NextActiveDisplay(DWORD* index, DISPLAY_DEVICEW* display) {
-    for (;;) {
+    while (*index < kMaxDevices) {
         *display = {};
         display->cb = sizeof(*display);
         if (EnumDisplayDevicesW(nullptr, *index, display, 0) == FALSE) return false;
@@ -55,6 +56,7 @@ bool NextActiveDisplay(DWORD* index, DISPLAY_DEVICEW* display) {
             return true;
         }
     }
+    return false;
 }
 
 bool HasSeveralActiveDisplays() {

@@ -11,6 +11,13 @@ constexpr Failure kErrno = {13, ERROR_ACCESS_DENIED};                           
 constexpr Failure kFailed = {static_cast<std::int32_t>(0x80004005), ERROR_ACCESS_DENIED};  // E_FAIL
 constexpr Failure kParameter = {0, ERROR_INVALID_PARAMETER};
 constexpr Failure kTimeout = {WAIT_TIMEOUT, ERROR_SUCCESS};
+constexpr Failure kMoreData = {ERROR_MORE_DATA, ERROR_MORE_DATA};
+// One character, byte or line of what was requested.
+constexpr Failure kShort = {1, ERROR_INSUFFICIENT_BUFFER};
+
+// Success, but the output has not been written.
+constexpr Failure kNoOutput = {TRUE, ERROR_SUCCESS};
+constexpr Failure kNoOutputCode = {S_OK, ERROR_SUCCESS};
 
 struct Group {
     Failure failure;
@@ -189,6 +196,19 @@ const std::vector<Group>& Imported() {
           "UnregisterPowerSettingNotification",
           "UnregisterSuspendResumeNotification",
           "ValidateRect"}},
+        {kMoreData, {"RegQueryValueExW"}},
+        {kShort,
+         {"fread", "fwrite", "GetDIBits", "GetModuleFileNameW", "GetObjectW",
+          "GetPrivateProfileSectionNamesW", "GetPrivateProfileStringW", "GetUserDefaultLocaleName",
+          "MultiByteToWideChar", "WideCharToMultiByte"}},
+        {kNoOutput,
+         {"EnumDisplayDevicesW", "EnumDisplayMonitors", "EnumDisplaySettingsW", "GetClientRect",
+          "GetCursorPos", "GetDeviceGammaRamp", "GetIconInfo", "GetMonitorInfoW", "GetTextExtentPoint32W",
+          "GetWindowRect", "GlobalMemoryStatusEx", "ReadProcessMemory", "SystemParametersInfoW",
+          "WriteFile"}},
+        {kNoOutputCode,
+         {"_wfopen_s", "CoCreateInstance", "CreateStreamOnHGlobal", "RegCreateKeyExW", "RegOpenKeyExW",
+          "RegQueryValueExW", "SHGetFolderPathW"}},
     };
     return groups;
 }
@@ -205,6 +225,11 @@ const std::vector<Group>& LookedUp() {
         {kFailed,
          {"SetProcessDpiAwareness", "DwmSetWindowAttribute", "DwmIsCompositionEnabled", "GetDpiForMonitor",
           "RtlGetVersion", "LresultFromObject", "AccessibleObjectFromWindow"}},
+        {kNoOutput,
+         {"GetNumberOfPhysicalMonitorsFromHMONITOR", "GetPhysicalMonitorsFromHMONITOR",
+          "GetMonitorCapabilities", "GetMonitorBrightness"}},
+        {kNoOutputCode,
+         {"DwmIsCompositionEnabled", "GetDpiForMonitor", "RtlGetVersion", "AccessibleObjectFromWindow"}},
     };
     return groups;
 }

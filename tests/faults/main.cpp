@@ -16,6 +16,7 @@
 #include "faults/fault_injector.h"
 #include "faults/fault_table.h"
 #include "faults/handle_count.h"
+#include "faults/log_claims.h"
 #include "faults/script.h"
 #include "faults/session.h"
 #include "faults/simulated_platform.h"
@@ -93,6 +94,13 @@ void CheckRestored(const Case& each, Outcome* outcome) {
     if (g_platform.busyLoop) outcome->faults.push_back("busy loop");
 }
 
+// A function that fails only sometimes may have made any line true.
+void CheckLog(const Case& each, Outcome* outcome) {
+    if (each.row == nullptr || each.occasion != Occasion::Always || each.end == End::Helper) return;
+    const std::string line = FindUntrueLine(each.row->function);
+    if (!line.empty()) outcome->faults.push_back("not true in the log: " + line);
+}
+
 // Whether the program can learn that it should quit.
 bool CanQuit(const Case& each) {
     return !IsAnyOf(each, {"CreatePopupMenu", "TrackPopupMenu", "DestroyWindow", "GetMessageW"});
@@ -121,6 +129,7 @@ Outcome RunSession(const Case& each, std::size_t number) {
     // If the program could not be told to quit, it is told now.
     if (each.end == End::Quit && g_app.mainWindow != nullptr) DestroyWindow(g_app.mainWindow);
     CheckRestored(each, &outcome);
+    CheckLog(each, &outcome);
     CleanUpSession();
     return outcome;
 }
