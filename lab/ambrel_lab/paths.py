@@ -6,6 +6,8 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 DEFAULT_BUILD = ROOT / "build" / "release"
 STATE = ROOT / "build" / "lab"
+# Keeps the exit codes of Wine's processes on a busy machine; see linux/prompt_exit.c.
+PROMPT_EXIT = DEFAULT_BUILD / "lab" / "prompt_exit.so"
 # Compiled Python modules, outside the source folders.
 BYTECODE = ROOT / "build" / "pycache"
 # The evidence of failed tests.
@@ -41,6 +43,7 @@ def windows_environment(prefix, display, home, debug="-all"):
     `home` and the prefix.
     """
     return {
+        **({"LD_PRELOAD": str(PROMPT_EXIT)} if PROMPT_EXIT.exists() else {}),
         "PATH": "/usr/local/bin:/usr/bin:/bin",
         "HOME": str(home),
         "USER": "ambrel",

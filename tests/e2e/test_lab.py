@@ -22,6 +22,13 @@ import ctypes, threading, time
 threading.Thread(target=time.sleep, args=(600,)).start()
 ctypes.CDLL(None).syscall(60, 0)
 """
+# The clean-up of a Linux library that takes longer than Wine's server waits for the end of a process.
+SLOW_EXIT = """
+int atexit(void (*function)(void));
+unsigned sleep(unsigned seconds);
+static void clean_up(void) { sleep(2); }
+__attribute__((constructor)) static void load(void) { atexit(clean_up); }
+"""
 
 
 def test_closing_a_prefix_ends_processes_during_an_exec(tmp_path):
@@ -58,6 +65,17 @@ def test_the_heap_of_a_program_does_not_cover_the_data_that_windows_shares(desk)
     start, end = (int(address, 16) for address in heap.split()[0].split("-"))
     # Without randomisation it begins behind the loader.
     assert SHARED_DATA - 0x4000000 < start < end < SHARED_DATA
+
+
+def test_a_process_that_ends_slowly_keeps_its_exit_code(make_desk, tmp_path):
+    source, library = tmp_path / "slow.c", tmp_path / "slow.so"
+    source.write_text(SLOW_EXIT)
+    subprocess.run(["clang", "-shared", "-fPIC", source, "-o", library], check=True)
+    desk = make_desk()
+    environment = desk.desktop.environment
+    environment["LD_PRELOAD"] = " ".join(filter(None, [environment.get("LD_PRELOAD"), str(library)]))
+    desk.start_fresh()
+    assert desk.quit() == 0
 
 
 def test_a_lab_that_does_not_start_saves_evidence(monkeypatch, tmp_path):
