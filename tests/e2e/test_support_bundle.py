@@ -190,6 +190,7 @@ def test_the_complete_report_with_all_optional_lines(lab_desk):
     desk, backlight = lab_desk, Backlight(lab_desk)
     backlight.hardware.monitors([Monitor("desk", 40, 10, 90, description="Desk monitor")])
     backlight.hardware.panels([Panel("laptop", 60, instance="DISPLAY\\LAB_0")])
+    backlight.hardware.hold_timers(POLL, VERIFY)
     desk.registry_set(ICM_KEY, ICM_VALUE, 256)
     desk.registry_set(RUN_KEY, RUN_VALUE, "C:\\Ambrel\\ambrel.exe")
     desk.start_fresh({"AllowExtremeDim": 1, "UseLegacyGamma": 1, "GammaFixEpoch": 1})
