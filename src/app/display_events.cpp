@@ -9,7 +9,7 @@
 #include "filter/filter.h"
 #include "filter/magnification.h"
 #include "ui/canvas.h"
-#include "win32/own_memory.h"
+#include "win32/try_copy_memory.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "app/state/app_state.h"
 #include "app/state/timers.h"
-#include "win32/own_memory.h"
+#include "win32/try_copy_memory.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "filter/gamma_restart.h"
 #include "store/autostart.h"
 #include "store/event_log.h"
-#include "win32/own_path.h"
+#include "win32/program_path.h"
 #include "win32/system_library.h"
 
 namespace {
@@ -63,7 +63,7 @@ AutostartFacts ReadAutostartFacts() {
     AutostartFacts autostart;
     autostart.value = ReadAutostartValue();
     autostart.targetExists = GetFileAttributesW(autostart.value.c_str()) != INVALID_FILE_ATTRIBUTES;
-    autostart.isThisProgram = IsOwnProgramPath(autostart.value);
+    autostart.isThisProgram = IsProgramPath(autostart.value);
     return autostart;
 }
 

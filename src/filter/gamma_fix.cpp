@@ -10,7 +10,7 @@
 #include "filter/gamma_range_helper.h"
 #include "store/event_log.h"
 #include "store/settings.h"
-#include "win32/own_path.h"
+#include "win32/program_path.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ bool AskForPermission() {
 
 // Returns the result of ShellExecuteW, or SE_ERR_FNF if the program's path is too long.
 INT_PTR LaunchElevatedHelper() {
-    const std::wstring path = OwnProgramPath();
+    const std::wstring path = ProgramPath();
     if (path.empty()) return SE_ERR_FNF;
     return reinterpret_cast<INT_PTR>(ShellExecuteW(g_app.mainWindow, L"runas", path.c_str(),
                                                    kExpandGammaRangeSwitch, nullptr, SW_SHOWNORMAL));

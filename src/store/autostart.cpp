@@ -3,7 +3,7 @@
 #include "app/state/app_state.h"
 #include "store/event_log.h"
 #include "win32/guards.h"
-#include "win32/own_path.h"
+#include "win32/program_path.h"
 
 namespace {
 
@@ -26,8 +26,8 @@ bool ValueExists() {
 
 // A path that is too long for the Run key is treated as a failed write, because a truncated one would launch
 // nothing.
-void WriteOwnPath(HKEY run) {
-    const std::wstring path = OwnProgramPath();
+void WriteProgramPath(HKEY run) {
+    const std::wstring path = ProgramPath();
     if (path.empty()) return;
     const auto bytes = static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t));
     RegSetValueExW(run, kValueName, 0, REG_SZ, reinterpret_cast<const BYTE*>(path.c_str()), bytes);
@@ -53,7 +53,7 @@ void SetAutostart(bool on) {
     RegistryKey run;
     if (OpenRunKey(&run, KEY_SET_VALUE)) {
         if (on) {
-            WriteOwnPath(run.key);
+            WriteProgramPath(run.key);
         } else {
             RegDeleteValueW(run.key, kValueName);
         }
@@ -66,7 +66,7 @@ void RepairAutostartEntry() {
     const std::wstring text = ReadAutostartValue();
     if (text.empty()) {
         LogEvent("Autostart entry missing (INI says ON) - restoring");
-    } else if (!IsOwnProgramPath(text)) {
+    } else if (!IsProgramPath(text)) {
         LogEvent("Autostart entry pointed at '%ls' - rewriting to current exe", text.c_str());
     }
     SetAutostart(true);

@@ -12,7 +12,7 @@
 #include "soak/outside_text.h"
 #include "store/autostart.h"
 #include "store/event_log.h"
-#include "win32/own_path.h"
+#include "win32/program_path.h"
 
 namespace {
 
@@ -94,7 +94,7 @@ void TestAutostart(RandomSource& random) {
     Require(ReadAutostartValue().size() < 1024, "the autostart value is too long");
     g_app.launchAtStart = random.OneIn(2);
     RepairAutostartEntry();
-    Require(ReadAutostartValue() == OwnProgramPath() && g_app.launchAtStart,
+    Require(ReadAutostartValue() == ProgramPath() && g_app.launchAtStart,
             "the autostart entry is not repaired");
     RegDeleteKeyValueW(kRunPlace.root, kRunPlace.key, kRunPlace.value);
 }

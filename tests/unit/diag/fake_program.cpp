@@ -7,7 +7,7 @@
 #include "store/event_log.h"
 #include "support/call_record.h"
 #include "support/seam.h"
-#include "win32/own_path.h"
+#include "win32/program_path.h"
 
 AMBREL_SEAM_SET(fake_program);
 
@@ -33,7 +33,7 @@ AMBREL_REPLACE(std::wstring, ReadAutostartValue, ()) {
     return g_program.autostartValue;
 }
 
-AMBREL_REPLACE(bool, IsOwnProgramPath, (const std::wstring& path)) {
+AMBREL_REPLACE(bool, IsProgramPath, (const std::wstring& path)) {
     return path == g_program.ownPath;
 }
 

@@ -5,7 +5,7 @@
 
 // The full path of the running program file. Empty when it exceeds 259 characters: the shell cannot launch a
 // longer path, from the Run key or otherwise.
-std::wstring OwnProgramPath();
+std::wstring ProgramPath();
 
-// Whether `path` is the running program file, ignoring case. False when OwnProgramPath() is empty.
-bool IsOwnProgramPath(const std::wstring& path);
+// Whether `path` is the running program file, ignoring case. False when ProgramPath() is empty.
+bool IsProgramPath(const std::wstring& path);

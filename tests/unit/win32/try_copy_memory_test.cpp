@@ -1,4 +1,4 @@
-#include "win32/own_memory.h"
+#include "win32/try_copy_memory.h"
 
 #include <gtest/gtest.h>
 
