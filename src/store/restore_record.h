@@ -5,17 +5,9 @@
 // Window thread only.
 #pragma once
 
-#include <cstdint>
 #include <map>
-#include <string>
 
-// A display's brightness from before its first lock.
-struct RestoreRow {
-    std::uint32_t percent = 0;    // 0..100
-    std::uint64_t awaySince = 0;  // seconds since 1970; 0: connected at the last start
-    std::wstring name;            // of the display target
-    std::wstring path;            // the monitor's device path; empty for a built-in panel
-};
+#include "store/restore_row.h"
 
 using RestoreRows = std::map<int, RestoreRow>;  // by number, from 1
 

@@ -17,7 +17,7 @@ BUILD = ROOT / "build" / "fuzz-planted"
 # Target: the file, what is there, and what is planted. No target reaches another one's fault first.
 PLANTED = {
     "settings": ("store/settings.cpp", "wchar_t text[512] = {};", "wchar_t text[64] = {};"),
-    "restore": ("store/restore_record.cpp", "if (encoded.size() < 5) return false;",
+    "restore": ("store/restore_row.cpp", "if (encoded.size() < 5) return false;",
                 "if (encoded.size() < 4) return false;"),
     "log_message": ("store/event_log.cpp", "ReplaceControlCharacters(line->text, line->length);",
                     "ReplaceControlCharacters(line->text, line->length - 1);"),
