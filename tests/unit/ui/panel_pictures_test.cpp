@@ -3,13 +3,11 @@
 // A missing picture is a failure. A picture that differs is a failure and is written to pictures/ in the
 // build folder. After an intended change, regenerate the golden pictures, review them and commit them:
 //     lab/run-in-lab build/release/unit/ui.exe --write-golden
-// or set AMBREL_WRITE_GOLDEN=1 where a program inherits its environment.
 #include <gtest/gtest.h>
 
 #include <objbase.h>
 
-#include <cstdlib>
-#include <cstring>
+#include <cwchar>
 #include <string>
 
 #include "app/state/app_state.h"
@@ -26,9 +24,7 @@ struct Case {
 };
 
 bool IsWritingGolden() {
-    const char* value = std::getenv("AMBREL_WRITE_GOLDEN");
-    return (value != nullptr && std::strcmp(value, "1") == 0) ||
-           std::wcsstr(GetCommandLineW(), L"--write-golden") != nullptr;
+    return std::wcsstr(GetCommandLineW(), L"--write-golden") != nullptr;
 }
 
 std::string NameOf(const Case& picture) {
