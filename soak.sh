@@ -59,7 +59,7 @@ attack_kills() {
 }
 
 attack_options() {
-    AMBREL_OPTION_ROUNDS="${1:-1000}" AMBREL_BUILD_DIR=build/release \
+    AMBREL_OPTION_ROUNDS="${1:-1000}" AMBREL_BUILD_DIR=$PWD/build/release \
         tests/run_pytest.sh tests/e2e/test_options_leaks.py -k test_rounds_leak
 }
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Most calls ask for something that exists, so that they get past the checks of the arguments.
+// Most calls name a child that exists, so that they pass the checks of the arguments.
 constexpr LONG kUsualChildren = 14;
 
 struct RandomSource {

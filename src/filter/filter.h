@@ -1,5 +1,5 @@
 // Applies and clears the filter through the pipeline in use: the Magnification API or gamma ramps. Modules
-// outside this folder load only the identity ramp directly, at the start, at the end and after a crash.
+// outside this folder load only the identity ramp directly, at start-up, at shutdown and after a crash.
 // Window thread only.
 #pragma once
 

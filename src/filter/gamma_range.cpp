@@ -21,7 +21,7 @@ bool IsGammaRangeExpanded() {
     DWORD bytes = sizeof(range);
     const LSTATUS status =
         RegQueryValueExW(icm.key, kValue, nullptr, &type, reinterpret_cast<BYTE*>(&range), &bytes);
-    // Windows also stores numbers of fewer bytes.
+    // The registry does not enforce the size of a REG_DWORD.
     return status == ERROR_SUCCESS && type == REG_DWORD && bytes == sizeof(range) && range >= kExpanded;
 }
 

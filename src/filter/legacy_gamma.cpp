@@ -63,8 +63,8 @@ void CountRejected(FilterRampStatus status) {
     RefreshPopupAndTray();
 }
 
-// Only switching the filter or the pipeline loads the filter's first ramp. The record is written even if that
-// ramp is the identity, because a later one, during a drag, differs.
+// Written when the filter or the pipeline is switched on, even if the first ramp is the identity: a later one
+// may differ, and a drag must not write to the file.
 void RecordRampOnce() {
     if (g_app.rampApplied) return;
     g_app.rampApplied = true;

@@ -17,10 +17,10 @@ protected:
     }
 
     // From the pipeline's line through the blank line after the section.
-    std::wstring LinesFor(const Outcome& fate) {
-        state.lastApplyRejected = fate.rejected;
-        state.gammaRangeExpanded = fate.expanded;
-        facts.restartDoneSinceFix = fate.restarted;
+    std::wstring LinesFor(const Outcome& outcome) {
+        state.lastApplyRejected = outcome.rejected;
+        state.gammaRangeExpanded = outcome.expanded;
+        facts.restartDoneSinceFix = outcome.restarted;
         const std::wstring section = Section(L"FILTER STATE");
         return section.substr(section.find(L"Pipeline:"));
     }
@@ -34,8 +34,8 @@ const Outcome kOutcomes[] = {{false, false, false}, {false, false, true}, {false
 }  // namespace
 
 TEST_F(PipelineLines, WithMagnificationThereIsOneLineRegardlessOfTheRamps) {
-    for (const Outcome& fate : kOutcomes)
-        EXPECT_EQ(LinesFor(fate), L"Pipeline:       Magnification API\r\n\r\n");
+    for (const Outcome& outcome : kOutcomes)
+        EXPECT_EQ(LinesFor(outcome), L"Pipeline:       Magnification API\r\n\r\n");
 }
 
 TEST_F(PipelineLines, InLegacyModeEveryResultHasItsWording) {

@@ -67,7 +67,7 @@ TEST(SystemLibrary, AMissingDllIsNullAndSetsTheLastError) {
 }
 
 TEST(SystemLibrary, ADllNextToTheProgramIsNotLoaded) {
-    const PlantedDllInCurrentFolder stranger;
+    const PlantedDllInCurrentFolder planted;
 
     // Windows' ordinary search finds it: without the restriction it would have been loaded.
     const HMODULE found = LoadLibraryW(kPlantedDll);
