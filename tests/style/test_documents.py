@@ -100,6 +100,7 @@ def test_the_code_that_a_document_names_exists(document):
     missing = {name for name in files
                if not (ROOT / name).exists() and not list((ROOT / "src").glob(f"{name}.*"))}
     code = " ".join((ROOT / file).read_text(encoding="utf-8") for file in tracked("src/*.h", "src/*.cpp", "tests/*.cpp",
-                                                                                 "tests/*.h", "lab/*.txt"))
+                                                                                 "tests/*.h", "lab/*.txt", "lab/*.cpp",
+                                                                                 "lab/*.py"))
     missing |= {name for name in quoted if re.fullmatch(r"[a-z]*[A-Z]\w+", name)} - set(re.findall(r"\w+", code))
     assert len(files) > 15 and not missing, f"{document} names {', '.join(sorted(missing))}"
