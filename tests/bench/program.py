@@ -16,7 +16,7 @@ FLOOR, FLOOR_CLASS = "C:\\Ambrel\\floor.exe", "FloorProgram"
 START_ROUNDS, FULL_START_ROUNDS = 5, 20
 MEMORY_ROUNDS, FULL_MEMORY_ROUNDS = 3, 6
 REST_SECONDS, FULL_REST_SECONDS, REST_WINDOWS = 10, 60, 3
-CLICK_ROUNDS, FULL_CLICK_ROUNDS = 6, 24
+CLICK_ROUNDS, FULL_CLICK_ROUNDS = 6, 40
 SETTLE_SECONDS = 1.5
 POLL_SECONDS = 2
 # The place of the popup, from the right and the lower edge of the screen: above the taskbar, 10 pixels from the edges.
@@ -26,7 +26,7 @@ BACKGROUND, BACKGROUND_LEFT, BACKGROUND_TOP = (0x0D, 0x0D, 0x0D), 6, 230
 
 WM_CLOSE, WM_LBUTTONUP, MESSAGE_TRAY = 0x10, 0x202, 0x401
 # The program ignores a click that follows a hide within 250 ms.
-REOPEN_PAUSE = 0.35
+REOPEN_PAUSE = 0.3
 MODE_ON = "[Settings]\r\nPWMSafeMode=1\r\n"
 
 
@@ -174,8 +174,8 @@ def rest(build, full):
 
 
 # (name, monitors, the most rounds): the slower, the smaller the share of what disturbs.
-DISPLAYS = (("no display", [], 24),
-            ("a monitor that answers at once", [Monitor("monitor", 100)], 24),
+DISPLAYS = (("no display", [], 40),
+            ("a monitor that answers at once", [Monitor("monitor", 100)], 40),
             ("a real monitor", [Monitor("monitor", 100, **native.REAL)], 6),
             ("a monitor that takes 3 s", [Monitor("monitor", 100, read_delay=3000)], 2))
 
