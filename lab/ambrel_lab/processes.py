@@ -8,7 +8,7 @@ from pathlib import Path
 
 TICKS = os.sysconf("SC_CLK_TCK")
 # The limit in seconds for an exec, the pause between checks, and the number of checks that must find no environment.
-EXEC_TIMEOUT, EXEC_PAUSE, CHECKS = 1.0, 0.001, 3
+EXEC_TIMEOUT, EXEC_PAUSE, CHECKS = 10.0, 0.001, 3
 # personality(2)
 ADDR_NO_RANDOMIZE, CURRENT_PERSONALITY = 0x0040000, 0xFFFFFFFF
 

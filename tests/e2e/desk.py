@@ -133,10 +133,13 @@ class Desk(Lab):
         self.click_unit(*CLOSE)
 
     def flip(self, row):
-        """Clicks a row of the settings panel, which must be open, and waits for the save."""
-        saves = self.saves()
+        """Clicks a row of the settings panel, which must be open, and waits until it is saved as switched. An earlier
+        change may be saved at any time, but not with the switched row."""
+        key = ROW_SETTINGS[row]
+        switched, saves = "1" if self.settings().get(key, "0") == "0" else "0", self.saves()
         self.click_unit(*SETTINGS_ROWS[row])
-        self.wait_for_saves(saves + 1)
+        wait_until(lambda: self.saves() > saves and self.settings().get(key) == switched, f"{key}={switched}",
+                   state=lambda: (self.log(), self.settings_text(), self.windows()))
 
     def save_now(self):
         """Makes the program save now what it would save after a delay. Afterwards no save is pending."""
@@ -269,6 +272,8 @@ def ramp_distance(one, other):
 
 
 MENU_SETTINGS = {MENU_LAUNCH: "LaunchAtStart", MENU_LEGACY_MODE: "UseLegacyGamma"}
+ROW_SETTINGS = {"LAUNCH AT STARTUP": "LaunchAtStart", "ALLOW EXTREME DIM": "AllowExtremeDim",
+                "LEGACY MODE": "UseLegacyGamma"}
 FILTER_KEYS = ("Intensity", "Brightness")
 
 
