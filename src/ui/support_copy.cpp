@@ -15,7 +15,7 @@ namespace {
 constexpr std::uint64_t kCopiedIndicationMs = 5000;
 
 // More than the longest report takes while it is built: at most 500 lines of the log, 16 KiB of events.log
-// and five values of 64 KiB from the registry, each in up to three copies.
+// and five values of 4 KiB from the registry, each in up to three copies.
 constexpr std::size_t kReportMemory = std::size_t{8} * 1024 * 1024;
 
 // A text that runs out of memory halfway would end the process.

@@ -355,7 +355,7 @@ def test_any_other_value_is_refused_and_changes_nothing(popup, text):
     assert read_panel(popup) == before and popup.effects() == []
 
 
-def test_what_cannot_be_pressed_or_set_says_so(popup):
+def test_a_control_that_cannot_be_pressed_or_set_returns_an_error(popup):
     assert popup.accessible_press(popup.accessible_control("WARMTH")) == NOT_SUPPORTED
     assert popup.accessible_press(1) == popup.accessible_press(0) == NOT_SUPPORTED
     assert popup.accessible_press(12) == popup.accessible_press(-1) == INVALID_ARGUMENT

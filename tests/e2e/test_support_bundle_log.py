@@ -228,7 +228,7 @@ def test_with_a_line_longer_than_the_limit_the_section_is_omitted(desk):
     assert report.text.endswith(ring_of(report)[-1] + "\r\n" + END)
 
 
-def test_of_a_large_file_the_last_lines_are_included(desk):
+def test_the_last_lines_of_a_large_file_are_included(desk):
     lines = [f"{number:06}" for number in range(20000)]
     report = copy_with(desk, "".join(line + "\r\n" for line in lines))
     assert persisted(report) == lines[-TAIL_LINES:]

@@ -147,7 +147,7 @@ TEST_F(PowerEvents, DisplaysThatWereDimmedDoNot) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(PowerEvents, AnotherSettingIsNoStateOfTheDisplays) {
+TEST_F(PowerEvents, AnotherSettingDoesNotChangeTheStateOfTheDisplays) {
     Tell(kOff, kMonitorPower);
     Tell(kOn);
     EXPECT_TRUE(g_calls.empty());

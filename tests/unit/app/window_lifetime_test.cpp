@@ -437,7 +437,7 @@ TEST_F(WindowLifetime, ASessionThatGoesOnHasTheDisplaysSettle) {
     EXPECT_EQ(g_calls.size(), 2U) << "only once";
 }
 
-TEST_F(WindowLifetime, TheWindowsEndCannotBeCalledOff) {
+TEST_F(WindowLifetime, TheDestructionOfTheWindowCannotBeCancelled) {
     OnDestroy();
     g_calls.clear();
     ContinueSession();

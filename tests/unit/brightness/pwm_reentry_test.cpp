@@ -369,7 +369,7 @@ TEST_F(PwmReentry, AVerificationDuringSwitchingOffIsNotRestarted) {
     EXPECT_EQ(g_timers.count(5), 0U);
 }
 
-TEST_F(PwmReentry, SwitchingOnIsSavedForTheNextStartIfTheSessionEndsMeanwhile) {
+TEST_F(PwmReentry, SwitchingOnIsSavedForTheNextStartIfTheSessionEndsDuringIt) {
     Prepare(kOperations[0]);
     g_whileWaiting = [](Moment moment) {
         if (moment != Moment::BeforeSet || g_app.ending) return;

@@ -198,7 +198,7 @@ TEST_F(SavedBrightnessTest, TheRowsOfADisplayThatIsAwayAndOfOneThatRefusesStay) 
     EXPECT_EQ(RecordedNames(), (std::vector<std::wstring>{kFirst, kSecond}));
 }
 
-TEST_F(SavedBrightnessTest, AfterAKillAStartWithTheModeOffRestoresEveryDisplayAtOnce) {
+TEST_F(SavedBrightnessTest, AfterAKillAStartWithTheModeOffRestoresEveryDisplayImmediately) {
     KillLocked();
     Start(false);
     EXPECT_EQ(g_sets.size(), 3U);
@@ -295,7 +295,7 @@ TEST_F(SavedBrightnessTest, AHandWrittenRowWithoutAPathIsNotUsedForAMonitorWitho
     EXPECT_FALSE(HasRecord());
 }
 
-TEST_F(SavedBrightnessTest, OfTwoRowsForOneDisplayTheFirstCounts) {
+TEST_F(SavedBrightnessTest, TheFirstOfTwoRowsForOneDisplayIsUsed) {
     LeaveOnly(kFirst);
     Display(kFirst).percent = 100;
     Store(1, {30, 0, kFirst, L"path-1"});
@@ -331,7 +331,7 @@ TEST_F(SavedBrightnessTest, TheRowOfADisplayThatIsAwayIsKeptAndDatedByTheFirstSt
     EXPECT_EQ(ReadRestoreRows().at(1).awaySince, since);
 }
 
-TEST_F(SavedBrightnessTest, ADisplayThatComesBackWithin30DaysIsRestored) {
+TEST_F(SavedBrightnessTest, ADisplayThatReconnectsWithin30DaysIsRestored) {
     for (const bool mode : {false, true}) {
         SetUp();
         LeaveOnly(kFirst);
@@ -348,7 +348,7 @@ TEST_F(SavedBrightnessTest, ADisplayThatComesBackWithin30DaysIsRestored) {
     }
 }
 
-TEST_F(SavedBrightnessTest, ADisplayThatComesBackIsNoLongerAway) {
+TEST_F(SavedBrightnessTest, ADisplayThatReconnectsIsNoLongerAway) {
     LeaveOnly(kFirst);
     Display(kFirst).percent = 100;
     Store(1, {30, Now() - 29 * kDay, kFirst, L"path-1"});

@@ -19,7 +19,7 @@ TEST_F(HeaderSection, TheSubjectNamesVersionMachineSystemAndBuild) {
               L"Ambrel Windows " AMBREL_VERSION L" - Feedback (0123456789abcdef, Windows 11 Pro b22631)");
 }
 
-TEST_F(HeaderSection, TheSubjectOfASystemWithoutANameSaysWindows) {
+TEST_F(HeaderSection, TheSubjectOfASystemWithoutANameContainsWindows) {
     facts.os.productName.clear();
     EXPECT_EQ(SupportSubjectText(facts),
               L"Ambrel Windows " AMBREL_VERSION L" - Feedback (0123456789abcdef, Windows b22631)");

@@ -81,7 +81,7 @@ TEST_P(RegistryTexts, WithoutItsValueItIsUnreadable) {
     EXPECT_EQ(GetParam().read(), GetParam().unreadable);
 }
 
-TEST_P(RegistryTexts, OfAnotherTypeItIsUnreadable) {
+TEST_P(RegistryTexts, AValueOfAnotherTypeIsUnreadable) {
     EXPECT_EQ(ReadOf(RegistryNumber(7)), GetParam().unreadable);
     EXPECT_EQ(ReadOf(RegistryText(L"Some Name", REG_BINARY)), GetParam().unreadable);
     EXPECT_EQ(ReadOf(RegistryText(L"Some Name", REG_MULTI_SZ)), GetParam().unreadable);

@@ -134,7 +134,7 @@ TEST_F(DragStep, InLegacyModeSetsAndReadsOneRampOnOneContextTintsTheCursorsAndRe
     }
 }
 
-TEST_F(DragStep, OfTheBrightnessMakesTheSameCalls) {
+TEST_F(DragStep, ADragOfTheBrightnessMakesTheSameCalls) {
     g_app.brightness = 0.6;
     Press(kBrightnessX);
     MoveTo(210);

@@ -86,7 +86,7 @@ TEST(GammaRestart, ARestartUnderAClockSetBackByADayCountsOnceTheClockHasCaughtUp
     EXPECT_TRUE(StartedAfterTheFix(kFixed + 60, 20));
 }
 
-TEST(GammaRestart, AClockSetBackBelowTheTimeSinceTheStartIsNoRestart) {
+TEST(GammaRestart, AClockSetBackBelowTheTimeSinceTheStartIsNotARestart) {
     EXPECT_FALSE(WasStartedAfter(1, 100, 101'000));
     EXPECT_FALSE(WasStartedAfter(1, 0, kDay * 1000));
     EXPECT_FALSE(WasStartedAfter(kFixed, 0, 1'000));
@@ -131,7 +131,7 @@ TEST_F(RestartSinceFix, AnExpansionMadeOutsideTheProgramHasNoRestartToCount) {
     EXPECT_FALSE(RestartDoneSince(0));
 }
 
-TEST_F(RestartSinceFix, AfterAFixJustNowTimeAndSleepAloneAreNoRestart) {
+TEST_F(RestartSinceFix, AfterAFixJustNowTimeAndSleepAreNotARestart) {
     const std::uint64_t fixed = g_clock;
     EXPECT_FALSE(RestartDoneSince(fixed));
     g_clock += 30 * 86'400;
@@ -146,7 +146,7 @@ TEST_F(RestartSinceFix, AnEpochInTheFarFutureIsNotPassed) {
     EXPECT_FALSE(RestartDoneSince(std::uint64_t{1} << 63));
 }
 
-TEST_F(RestartSinceFix, AClockSetBackBelowTheUptimeIsNoRestart) {
+TEST_F(RestartSinceFix, AClockSetBackBelowTheUptimeIsNotARestart) {
     g_clock = 100;
     EXPECT_FALSE(RestartDoneSince(50));
 }

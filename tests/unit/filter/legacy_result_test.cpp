@@ -157,7 +157,7 @@ TEST_F(LegacyResult, ADifferenceOf2048StillMatchesAndOf2049DoesNotEitherWay) {
     }
 }
 
-TEST_F(LegacyResult, ADifferenceOfMoreThanHalfTheRangeIsNoMatch) {
+TEST_F(LegacyResult, ADifferenceOfMoreThanHalfTheRangeIsNotAMatch) {
     g_app.brightness = 1.0;
     g_screen.deviations = {{kRed, 0, 65535}};
     ApplyLegacyRamp();

@@ -141,7 +141,7 @@ TEST_F(RestoreRecord, EveryCharacterOfANameSurvives) {
         EXPECT_TRUE(c == '\r' || c == '\n' || (c >= ' ' && c < 0x7F)) << static_cast<int>(c);
 }
 
-TEST_F(RestoreRecord, WhatIsNotPrintableAsciiAndPercentSignsAreEscaped) {
+TEST_F(RestoreRecord, PercentSignsAndAllButPrintableAsciiAreEscaped) {
     AddRestoreRow({0, 0, L"a%b \u00e9\u20ac", L""});
     EXPECT_EQ(g_writes.front(), "1=0 0 a%0025b%0020%00E9%20AC");
 }
@@ -304,7 +304,7 @@ TEST_F(RestoreRecord, OnlyRampEqualTo1CountsAsRecorded) {
     }
 }
 
-TEST_F(RestoreRecord, OfTenThousandRowsTheFirst32Count) {
+TEST_F(RestoreRecord, OnlyTheFirst32OfTenThousandRowsAreRead) {
     std::string lines;
     for (int number = 10000; number >= 1; --number)
         lines += std::to_string(number) + "=" + std::to_string(number % 101) + " 0 display" +
@@ -316,7 +316,7 @@ TEST_F(RestoreRecord, OfTenThousandRowsTheFirst32Count) {
     EXPECT_EQ(rows.at(32).name, L"display32");
 }
 
-TEST_F(RestoreRecord, RowsThatNobodyReadsDoNotKeepTheSection) {
+TEST_F(RestoreRecord, RowsThatAreNotReadDoNotKeepTheSection) {
     std::string lines = "1=40 0 n\r\n";
     for (int number = kMaxRestoreRows + 1; number <= 10000; ++number)
         lines += std::to_string(number) + "=50 0 display path\r\n";

@@ -21,7 +21,7 @@ TEST(RestoreRowText, HasTheFieldsInOrder) {
     ExpectRead(L"40 1800000000 name path", row);
 }
 
-TEST(RestoreRowText, OfAPanelEndsWithTheName) {
+TEST(RestoreRowText, EndsWithTheNameOfAPanel) {
     const RestoreRow row = {100, 0, L"panel", L""};
     EXPECT_EQ(RestoreRowText(row), L"100 0 panel");
     ExpectRead(L"100 0 panel", row);

@@ -124,7 +124,7 @@ TEST_F(SettingsCalls, WithoutAnApplicationDataFolderALoadDoesNothingAtAll) {
 }
 
 // S_FALSE is a success code and means that there is no such folder.
-TEST_F(SettingsCalls, AFolderThatIsReportedAsMissingIsNone) {
+TEST_F(SettingsCalls, AFolderThatIsReportedAsMissingGivesNoPath) {
     g_folderResult = S_FALSE;
     LoadSettings();
     EXPECT_EQ(g_app.settingsPath, L"");

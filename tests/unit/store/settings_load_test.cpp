@@ -190,14 +190,14 @@ TEST_F(SettingsLoad, ABrightnessIsThousandthsBetweenItsFloorAndOne) {
     EXPECT_EQ(Brightness("0"), 0.1);
 }
 
-TEST_F(SettingsLoad, ExtremeDimLowersTheFloorThoughItStandsLaterInTheFile) {
+TEST_F(SettingsLoad, ExtremeDimLowersTheMinimumEvenLaterInTheFile) {
     EXPECT_EQ(Brightness("50", "AllowExtremeDim=1"), 0.05);
     EXPECT_EQ(Brightness("50", "AllowExtremeDim=0"), 0.1);
     EXPECT_EQ(Brightness("0", "AllowExtremeDim=1"), 0.0);
     EXPECT_EQ(Brightness("5000", "AllowExtremeDim=1"), 1.0);
 }
 
-TEST_F(SettingsLoad, AnExtremeDimFromBeforeTheLoadDoesNotLowerTheFloor) {
+TEST_F(SettingsLoad, AnExtremeDimFromBeforeTheLoadDoesNotLowerTheMinimum) {
     Stored("[Filter]\r\nBrightness=50\r\n");
     g_app.allowExtremeDim = true;
     LoadSettings();
@@ -232,7 +232,7 @@ TEST_F(SettingsLoad, AnEpochEndsAtItsFirstNonDigit) {
     EXPECT_EQ(Epoch("0x10"), 0u);
 }
 
-TEST_F(SettingsLoad, AMinusSignIsNoDigitOfAnEpoch) {
+TEST_F(SettingsLoad, AnEpochWithAMinusSignIsZero) {
     EXPECT_EQ(Epoch("-5"), 0u);
 }
 

@@ -118,7 +118,7 @@ TEST_F(AccessibleActions, ValuesAreClampedAsInADrag) {
     EXPECT_EQ(g_app.intensity, 1.0);
 }
 
-TEST_F(AccessibleActions, WhatIsRefusedQueuesNothing) {
+TEST_F(AccessibleActions, ARefusedRequestQueuesNothing) {
     EXPECT_EQ(Press(kIdTitle), DISP_E_MEMBERNOTFOUND);
     EXPECT_EQ(Press(kIdWarmth), DISP_E_MEMBERNOTFOUND) << "a press of a slider does not move it";
     EXPECT_EQ(Press(CHILDID_SELF), DISP_E_MEMBERNOTFOUND);
@@ -151,7 +151,7 @@ TEST_F(AccessibleActions, RequestsArePerformedInTheirOrder) {
     EXPECT_EQ(Perform(), CallRecord{}) << "once only";
 }
 
-TEST_F(AccessibleActions, ARequestForWhatIsNoLongerShownIsDropped) {
+TEST_F(AccessibleActions, ARequestForAControlThatIsNoLongerShownIsDropped) {
     g_app.pwmTargetsPresent = true;
     ASSERT_EQ(Press(kIdStrip), S_OK);
     g_app.pwmTargetsPresent = false;

@@ -224,7 +224,7 @@ TEST_F(AccessibleArguments, ItLeavesScriptsToWindows) {
     EXPECT_EQ(argument, 0U);
 }
 
-TEST_F(AccessibleArguments, AfterTheWindowEveryMethodSaysThatItIsNotConnected) {
+TEST_F(AccessibleArguments, AfterTheWindowEveryMethodReportsThatItIsNotConnected) {
     g_app.windowDestroyed = true;
     for (int round = 0; round < 2; ++round) {
         EXPECT_EQ(ResultsFor(ChildId(kIdWarmth)),

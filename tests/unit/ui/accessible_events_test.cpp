@@ -61,7 +61,7 @@ TEST_F(AccessibleEvents, AFrameWithoutAChangeAnnouncesNothing) {
     EXPECT_EQ(Paint(), CallRecord{});
 }
 
-TEST_F(AccessibleEvents, AHiddenPopupAnnouncesNothingAndShowingItCoversWhatChangedMeanwhile) {
+TEST_F(AccessibleEvents, AHiddenPopupAnnouncesNothingAndShowingItCoversTheChangesSince) {
     AnnouncePopup(false);
     g_app.filterOn = true;
     EXPECT_EQ(Paint(), CallRecord{});
@@ -119,7 +119,7 @@ TEST_F(AccessibleEvents, AnotherPanelIsOneEvent) {
     EXPECT_EQ(Paint(), CallRecord{kReorder});
 }
 
-TEST_F(AccessibleEvents, TheSettingsPanelAnnouncesItsSwitchesAndTheCopiedLook) {
+TEST_F(AccessibleEvents, TheSettingsPanelAnnouncesItsSwitchesAndTheCopiedIndication) {
     g_app.panel = Panel::Settings;
     Paint();
     g_app.allowExtremeDim = true;

@@ -69,7 +69,7 @@ TEST_F(AccessibleHost, EveryRequestGetsANewAnswerForTheSameObject) {
     EXPECT_EQ(g_calls, (CallRecord{"load oleacc.dll", "object for 5", "object for 6"}));
 }
 
-TEST_F(AccessibleHost, AnErrorIsNoAnswer) {
+TEST_F(AccessibleHost, AnErrorGivesNoAnswer) {
     Install();
     g_answer = E_NOINTERFACE;
     EXPECT_EQ(AnswerAccessibilityRequest(5), 0);

@@ -103,7 +103,7 @@ TEST_F(DrawingKit, ASolidRoundedRectangleHasACornerOfTwiceItsRadius) {
     EXPECT_EQ(g_gdi.drawn, Drawing{Round({24, 462, 296, 516}, 16, "1 #0A180E", "#122416")});
 }
 
-TEST_F(DrawingKit, AnOutlineColourOfZeroIsNoOutlineAtAll) {
+TEST_F(DrawingKit, AnOutlineColourOfZeroMeansNoOutline) {
     FillRoundRect(dc(), 10, 20, 30, 40, 5, RGB(0x12, 0x24, 0x16), 0);
     EXPECT_EQ(g_gdi.drawn, Drawing{Round({10, 20, 40, 60}, 10, "none", "#122416")});
 }

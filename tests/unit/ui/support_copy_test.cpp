@@ -249,7 +249,7 @@ TEST_F(SupportCopy, AFailureSoonAfterACopyEndsTheIndication) {
 }
 
 // What was copied can still be pasted.
-TEST_F(SupportCopy, AClipboardThatDoesNotOpenLeavesTheLookOfAnEarlierCopy) {
+TEST_F(SupportCopy, AClipboardThatDoesNotOpenKeepsTheIndicationOfAnEarlierCopy) {
     CopySupportBundle();
     g_tick += 1000;
     g_clipboardOpens = false;
@@ -261,7 +261,7 @@ TEST_F(SupportCopy, AClipboardThatDoesNotOpenLeavesTheLookOfAnEarlierCopy) {
     EXPECT_FALSE(Did("kill timer 3"));
 }
 
-TEST_F(SupportCopy, AFailureWithAClipboardThatWasNotEmptiedLeavesTheLookOfAnEarlierCopy) {
+TEST_F(SupportCopy, AFailureWithAClipboardThatWasNotEmptiedKeepsTheIndicationOfAnEarlierCopy) {
     CopySupportBundle();
     g_clipboardEmpties = false;
     g_allocates = false;
@@ -269,7 +269,7 @@ TEST_F(SupportCopy, AFailureWithAClipboardThatWasNotEmptiedLeavesTheLookOfAnEarl
     EXPECT_EQ(g_app.copiedUntil, 1005000u);
 }
 
-TEST_F(SupportCopy, AnyFailureAfterTheClipboardWasEmptiedEndsTheLook) {
+TEST_F(SupportCopy, AnyFailureAfterTheClipboardWasEmptiedEndsTheIndication) {
     for (bool* step : {&g_allocates, &g_locks, &g_clipboardAccepts}) {
         CopySupportBundle();
         EXPECT_EQ(g_app.copiedUntil, 1005000u);

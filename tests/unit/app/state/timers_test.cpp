@@ -86,7 +86,7 @@ TEST_F(Timers, RestartingKillsBeforeItSets) {
     EXPECT_EQ(g_calls, expected);
 }
 
-TEST_F(Timers, TheActionOfAOneShotTimerThatWindowsRefusesIsPostedAtOnce) {
+TEST_F(Timers, TheActionOfAOneShotTimerThatWindowsRefusesIsPostedImmediately) {
     g_refused = true;
     StartTimer(TimerId::SaveSettings);
     StartTimer(TimerId::PwmSafeVerify);
