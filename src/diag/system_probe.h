@@ -22,8 +22,8 @@ struct OsInfo {
 // from the registry.
 OsInfo ReadOsInfo();
 
-// The registry of Windows 11 still says "Windows 10": replaces the 10 by 11 when the major version is 10 and
-// the build 22000 or later.
+// The registry of Windows 11 still contains "Windows 10": replaces the 10 by 11 when the major version is 10
+// and the build 22000 or later.
 std::wstring CorrectProductName(std::wstring name, DWORD major, DWORD build);
 
 // The first processor's name, or "unknown".

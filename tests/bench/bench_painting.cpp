@@ -1,7 +1,7 @@
-// A paint of each panel; bench_painting profile also prints where its time goes. Why the floor cannot do with
-// less: the design prescribes every shape of the panel, each shape is one call, and a device context has no
+// A paint of each panel; bench_painting profile also prints where its time goes. Why the floor is not
+// lower: the design prescribes every shape of the panel, each shape is one call, and a device context has no
 // memory for two colours. The floor repeats the recorded calls, so the ratio shows what the program adds to
-// them; how many there are is a figure of its own.
+// them; their number is a separate figure.
 #include <cmath>
 
 #include "app/state/app_state.h"

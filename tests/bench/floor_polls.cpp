@@ -1,6 +1,7 @@
-// Why not less: monitors come and go, and Windows announces neither reliably. So every poll asks WMI for the
-// panels and every display for its physical monitors; a handle that outlived the poll would not notice a
-// monitor that was replaced. A monitor's brightness may only be read if its capabilities contain it.
+// Why not less: Windows does not announce each monitor that is connected or disconnected. So every poll
+// queries WMI for the panels and every display for its physical monitors; a handle that outlived the poll
+// would not notice a monitor that was replaced. A monitor's brightness may only be read if its capabilities
+// contain it.
 #include "floor_polls.h"
 
 #include <highlevelmonitorconfigurationapi.h>

@@ -1,4 +1,4 @@
-// The floor of a look at the displays.
+// The floor of a query of the displays.
 #pragma once
 
 #include "win32/platform.h"

@@ -1,7 +1,7 @@
 // The floor of the whole program: one flat list of the calls that its start-up, its poll and its click
-// require, in a program of its own. Modes, by the first word of the command line:
+// require, in a separate program. Modes, by the first word of the command line:
 //     (none)  starts and waits for messages; a click on the icon shows the popup
-//     poll    also looks at the displays every two seconds
+//     poll    also queries the displays every two seconds
 // Why not less: the log records the machine, so its values are read; WMI needs COM with its security, and WMI
 // and dxva2 are the only ways to the displays; the settings and a ramp that an earlier run left are read;
 // each setting of the window and of the icon is one call. The lines that are logged before the file is open

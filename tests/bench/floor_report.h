@@ -1,5 +1,5 @@
 // The floor of the support report.
 #pragma once
 
-// Asks Windows for everything that the report contains, and reads the end of the log.
+// Queries Windows for everything that the report contains, and reads the end of the log.
 void FloorReport(const wchar_t* logPath);

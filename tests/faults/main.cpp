@@ -126,7 +126,7 @@ Outcome RunSession(const Case& each, std::size_t number) {
     }
     if (g_platform.scriptRanOut && each.end == End::Quit && CanQuit(each))
         outcome.faults.push_back("the program does not quit");
-    // If the program could not be told to quit, it is told now.
+    // If the script could not make the program quit, this does.
     if (each.end == End::Quit && g_app.mainWindow != nullptr) DestroyWindow(g_app.mainWindow);
     CheckRestored(each, &outcome);
     CheckLog(each, &outcome);

@@ -60,7 +60,7 @@ Month* g_month = nullptr;
 std::uint64_t g_logged = 0;
 decltype(&std::fwrite) g_write = nullptr;
 
-// Counts what is appended to the log. A cut writes 64 KiB at once.
+// Counts the bytes that are appended to the log. A trim writes 64 KiB in one call.
 std::size_t CountWrite(const void* data, std::size_t size, std::size_t count, std::FILE* file) {
     constexpr std::size_t kMaxLine = 4096;
     if (size * count < kMaxLine) g_logged += size * count;

@@ -100,7 +100,7 @@ LPARAM SuggestedPlace(RandomSource& random) {
     return reinterpret_cast<LPARAM>(&g_suggested);
 }
 
-// Windows tells the parts of a frame and its own commands by wParam.
+// wParam identifies the part of a frame, or the system command.
 void FitToFrame(RandomSource& random, Sent& sent) {
     if (sent.message == WM_SYSCOMMAND)
         sent.wParam = kSystemCommands[random.Below(std::size(kSystemCommands))] + random.Below(10);

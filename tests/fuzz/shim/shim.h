@@ -1,4 +1,4 @@
-// What the fuzz targets set in the stand-ins for Windows, and what they read back.
+// The state of the stand-ins for Windows, which the fuzz targets set and read.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// The event log: a message is one line whatever it contains, and the end of a file of any content is read as
-// at most 40 lines without control characters.
+// The event log: a message is one line regardless of its contents, and the end of a file of any content is
+// read as at most 40 lines without control characters.
 #include <algorithm>
 #include <fstream>
 #include <iterator>

@@ -31,7 +31,7 @@ std::vector<RegistryAnswer> Answers(Input* input) {
         // Data need not be whole characters.
         if (input->Flag() && !answer.data.empty()) answer.data.pop_back();
         answers.push_back(answer);
-        // Most values are the same when the program has asked for their size.
+        // Most values do not change between two queries.
         if (!input->Flag()) answers.push_back(answer);
     }
     return answers;

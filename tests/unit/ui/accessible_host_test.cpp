@@ -105,7 +105,7 @@ TEST_F(AccessibleHost, TheClientsReferenceOutlivesThePrograms) {
 TEST_F(AccessibleHost, AWindowThatIsDestroyedInsideTheCallDoesNotTakeTheObjectAway) {
     Install();
     AnswerAccessibilityRequest(5);
-    g_passedObject->AddRef();  // keeps the object for the checks, whatever the program does
+    g_passedObject->AddRef();  // keeps the object for the checks in any case
     g_windowEndsInside = true;
     EXPECT_EQ(AnswerAccessibilityRequest(6), 49152);
     EXPECT_EQ(g_referencesInside, 2U) << "this test's and the call's";
