@@ -1,4 +1,4 @@
-"""Generates the walk of docs/accessibility.md: both panels as a client in another process is told of them."""
+"""Generates the walk of docs/accessibility.md: both panels as a client in another process reads them."""
 
 from ambrel_lab.layout import CLOSE, GEAR, PRESETS, SUPPORT_NORMAL
 from ambrel_lab.paths import ROOT

@@ -78,7 +78,7 @@ def main():
     if options.document:
         figures.write_document(figures.load(options.document), DOCUMENT)
         return
-    # Before the long measurement: a wrong name should fail at once.
+    # Before the long measurement: a wrong name should fail immediately.
     earlier = options.compare and figures.load(options.compare)
     found, failed = measure(options)
     if earlier:

@@ -31,7 +31,7 @@ MODE_ON = "[Settings]\r\nPWMSafeMode=1\r\n"
 
 
 class Subject:
-    """The program, or its floor, in a lab of its own."""
+    """The program, or its floor, in a separate lab."""
 
     def __init__(self, build, floor, monitors=(), panels=(), words=(), settings=None):
         self.lab = Lab(build)

@@ -83,7 +83,7 @@ def start(desk, *arguments):
 
 
 def test_a_planted_library_is_noticed(planted_desk):
-    """The check itself: a program that does not restrict its search loads what lies beside it."""
+    """The check itself: a program that does not restrict its search loads DLLs from its folder."""
     desk = planted_desk
     desk.desktop.start(["rundll32", "textshaping.dll,Entry"], cwd=desk.prefix.path(WORKING)).wait(TIMEOUT)
     assert [line.lower().rpartition("\\")[2] for line in loaded(desk)] == ["textshaping.dll"]

@@ -146,7 +146,7 @@ def test_a_log_that_cannot_be_replaced_is_kept_and_stops_growing(desk):
 
 
 def test_a_program_killed_at_its_start_leaves_the_old_log_or_its_end(desk):
-    """Before the log is cut, meanwhile and afterwards."""
+    """Before, during and after a trim of the log."""
     old = "".join(f"[00:00:00.000] line {number}\r\n" for number in range(20000))
     end = old[-TRIMMED:]
     for _ in range(8):
