@@ -1,12 +1,20 @@
-#include "faults/log_claims.h"
+#include "faults/session_log.h"
 
 #include <cstdio>
 #include <cstring>
 #include <vector>
 
 #include "faults/session.h"
+#include "win32/platform.h"
 
 namespace {
+
+constexpr int kOldLines = 6000;  // more than 256 KiB
+constexpr char kLastOldLine[] = "[23:59:59.999] the last line of the old log";
+
+std::wstring LogPath() {
+    return ProgramFolder() + L"events.log";
+}
 
 // A beginning of messages, and the functions without which it is untrue; none if it always is.
 struct Claim {
@@ -18,8 +26,7 @@ const std::vector<Claim>& Claims() {
     static const std::vector<Claim> claims = {
         {"Crashed", {}},
         {"No messages from Windows", {}},
-        {"Support bundle copied",
-         {"OpenClipboard", "EmptyClipboard", "SetClipboardData", "GlobalAlloc", "GlobalLock"}},
+        {"Support bundle copied", {"OpenClipboard", "SetClipboardData", "GlobalAlloc", "GlobalLock"}},
         {"Tray icon added", {"Shell_NotifyIconW"}},
         {"Legacy ramp accepted", {"SetDeviceGammaRamp", "GetDC"}},
         {"Gamma-range fix helper launched", {"ShellExecuteW"}},
@@ -28,21 +35,33 @@ const std::vector<Claim>& Claims() {
          {"GetMonitorBrightness", "GetMonitorCapabilities", "SetMonitorBrightness"}},
         {"PWM-safe: 1 display(s) confirmed",
          {"GetMonitorBrightness", "GetMonitorCapabilities", "SetMonitorBrightness", "EnumDisplayMonitors",
-          "GetMonitorInfoW", "GetNumberOfPhysicalMonitorsFromHMONITOR", "GetPhysicalMonitorsFromHMONITOR",
-          "LoadLibraryExW", "GetProcAddress"}},
+          "GetNumberOfPhysicalMonitorsFromHMONITOR", "GetPhysicalMonitorsFromHMONITOR", "LoadLibraryExW",
+          "GetProcAddress"}},
     };
     return claims;
 }
 
-// The lines since the start of the session; the log keeps those of the sessions before.
-std::string SessionLog() {
+std::string OldLog() {
     std::string text;
-    std::FILE* file = _wfopen((ProgramFolder() + L"events.log").c_str(), L"rb");
+    for (int line = 0; line < kOldLines; ++line)
+        text += "[12:00:00.000] an old line of the log, " + std::to_string(line) + "\n";
+    return text + kLastOldLine + "\n";
+}
+
+std::string ReadLog() {
+    std::string text;
+    std::FILE* file = _wfopen(LogPath().c_str(), L"rb");
     if (file == nullptr) return text;
-    char part[4096];
+    static char part[1024 * 1024];
     for (std::size_t size; (size = std::fread(part, 1, sizeof(part), file)) != 0;)
         text.append(part, size);
     std::fclose(file);
+    return text;
+}
+
+// The lines since the start of the session; the log keeps those of the sessions before.
+std::string SessionLog() {
+    const std::string text = ReadLog();
     const std::size_t start = text.rfind("Ambrel Windows v");
     return start != text.npos ? text.substr(start) : std::string();
 }
@@ -56,6 +75,19 @@ bool IsUntrue(const Claim& claim, const char* function) {
 }
 
 }  // namespace
+
+void WriteOldLog() {
+    static const std::string text = OldLog();
+    CreateDirectoryW(ProgramFolder().c_str(), nullptr);
+    std::FILE* file = _wfopen(LogPath().c_str(), L"wb");
+    if (file == nullptr) return;
+    std::fwrite(text.data(), 1, text.size(), file);
+    std::fclose(file);
+}
+
+bool IsOldLogKept() {
+    return ReadLog().find(kLastOldLine) != std::string::npos;
+}
 
 std::string FindUntrueLine(const char* function) {
     const std::string log = SessionLog();
