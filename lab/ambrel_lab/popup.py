@@ -220,7 +220,10 @@ class PopupActions:
         return True
 
     def wait_for_menu_window(self):
-        return wait_until_settled(self.menu_window, "the tray menu", pause=0.02)
+        """Waits until the tray menu has stopped moving and handles input, and returns its Window."""
+        window = wait_until_settled(self.menu_window, "the tray menu", pause=0.02)
+        self.synchronise(window.handle)  # A menu appears before it captures the mouse, and would ignore a click.
+        return window
 
     def wait_for_menu(self):
         """Waits until the menu has stopped moving and is drawn, and returns the Menu."""

@@ -56,7 +56,5 @@ void OnCaptureLost() {
 }
 
 void EndDragIfReleased() {
-    if (g_app.dragSlider == Slider::None || IsPrimaryButtonDown()) return;
-    ReleaseCapture();
-    g_app.dragSlider = Slider::None;
+    if (g_app.dragSlider != Slider::None && !IsPrimaryButtonDown()) OnMouseUp();
 }

@@ -15,6 +15,6 @@ void OnMouseUp();
 // The mouse capture was lost: ends the drag without saving.
 void OnCaptureLost();
 
-// Ends a drag without saving if the mouse button is no longer down because another window received the
+// Ends a drag and schedules a save if the mouse button is no longer down because another window received the
 // release.
 void EndDragIfReleased();

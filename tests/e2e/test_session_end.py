@@ -71,17 +71,16 @@ def test_quit_after_leaving_legacy_mode_restores_the_screen(file_desk):
     assert desk.screen_is_plain()
 
 
-def quit_at_once(desk, up, menu):
-    """Drags WARMTH and quits within half a second of the release. Returns False if that took longer. `menu` is an
-    earlier tray menu: it opens at the same position again."""
+def quit_at_once(desk, up):
+    """Drags WARMTH and quits within half a second of the release. Returns False if that took longer."""
     desk.slide("WARMTH", up, release=False)
     x, y = desk.tray_icon_position()
     saves = desk.saves()
     desk.release()
     desk.click_window(x, y, TASKBAR_CLASS, 3)
-    wait_for_value(lambda: (window := desk.menu_window()) and window[3:7], menu.window[3:7], "the menu's position")
+    menu = desk.wait_for_menu()
     position = centre(menu.rows[MENU_QUIT])
-    if desk.topmost_at(*position, desk.menu_window().handle):
+    if desk.topmost_at(*position, menu.window.handle):
         desk.click(*position)
     else:  # Wine has raised the popup above the menu.
         desk.close_menu()
@@ -91,13 +90,13 @@ def quit_at_once(desk, up, menu):
 
 
 def test_quit_within_half_a_second_of_a_release_loses_that_change(desk):
-    menu = desk.open_menu()
+    desk.open_menu()  # Later menus need no search for their rows.
     desk.close_menu()
     for _ in range(ATTEMPTS):
         saves = desk.saves()
         desk.choose("DAY")
         desk.wait_for_saves(saves + 1)
-        if quit_at_once(desk, 40, menu):
+        if quit_at_once(desk, 40):
             break
         desk.start()  # The machine was too slow: this run proves nothing.
     else:

@@ -323,13 +323,13 @@ TEST_F(PopupDrag, ADragContinuesWhileThePrimaryButtonIsDown) {
     EXPECT_TRUE(g_calls.empty());
 }
 
-TEST_F(PopupDrag, ADragWhoseReleaseWentToAnotherWindowEndsAndSavesNothing) {
+TEST_F(PopupDrag, ADragWhoseReleaseWentToAnotherWindowEndsAndIsSaved) {
     for (const bool swapped : {false, true}) {
         PressBrightness(200);
         g_buttonsSwapped = swapped;
         g_buttonDown = swapped ? VK_LBUTTON : VK_RBUTTON;
         EndDragIfReleased();
-        EXPECT_EQ(g_calls, Calls{"release"});
+        EXPECT_EQ(g_calls, kReleased);
         EXPECT_EQ(g_app.dragSlider, Slider::None);
     }
 }
