@@ -8,11 +8,12 @@
 #   ./soak.sh messages [N]  sends N (100,000) random messages of another program; SEED=S repeats a run
 #   ./soak.sh fuzz [SECONDS [TARGET]] fuzzes parsing and text natively, SECONDS (60) for each target; SEED=S repeats a run
 #   ./soak.sh kills [N]     kills the program at N (500) random moments; SEED=S repeats a run
+#   ./soak.sh traps         runs all unit tests and the short attacks in a build that traps undefined behaviour
 #   ./soak.sh options [N]   switches every option of the settings panel in N (1000) rounds and counts objects and handles
 set -euo pipefail
 cd "$(dirname "$0")"
 
-attacks=(faults input month messages accessibility fuzz kills options)
+attacks=(faults input month messages accessibility fuzz kills traps options)
 
 usage() {
     sed -n '2,/^set/s/^# \{0,1\}//p' "$0" >&2
@@ -56,6 +57,15 @@ attack_messages() {
 
 attack_kills() {
     /usr/bin/python3 tests/soak/kill_anytime.py --kills "${1:-500}" ${SEED:+--seed "$SEED"} --build build/release
+}
+
+attack_traps() {
+    cmake --preset debug >build/traps.log
+    if ! cmake --build build/debug --target unit_tests >>build/traps.log 2>&1; then
+        grep -v '^\[' build/traps.log | tail -n 60 >&2
+        return 1
+    fi
+    ctest --test-dir build/debug --output-on-failure --no-tests=error -L '^(unit|attack)$' -FA '.*'
 }
 
 attack_options() {

@@ -67,7 +67,7 @@ LSTATUS WINAPI FakeRegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD, LPDWORD typ
     if (bytes != nullptr) *bytes = needed;
     if (data == nullptr) return ERROR_SUCCESS;
     if (room < needed) return ERROR_MORE_DATA;
-    std::memcpy(data, value.data.data(), needed);
+    if (needed > 0) std::memcpy(data, value.data.data(), needed);
     return ERROR_SUCCESS;
 }
 
