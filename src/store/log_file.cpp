@@ -39,11 +39,6 @@ long long SizeOf(std::FILE* file) {
     return _fseeki64(file, 0, SEEK_END) == 0 ? _ftelli64(file) : -1;
 }
 
-// Whether a line starts at that byte offset of the file. Moves the position.
-bool IsLineStart(std::FILE* file, long long offset) {
-    return offset == 0 || (_fseeki64(file, offset - 1, SEEK_SET) == 0 && std::fgetc(file) == '\n');
-}
-
 // The last kTrimmedBytes of a file of more than `limit` bytes; null for a smaller one and on failure.
 std::unique_ptr<char[]> ReadEndOfLargeFile(long long limit) {
     const File file = Open(g_path, L"rb");
@@ -133,13 +128,13 @@ std::string ReadLogFileTail() {
     const File file = Open(g_path, L"rb");
     if (file == nullptr) return {};
     const long long size = SizeOf(file.get());
-    const long long start = std::max(size - kTailBytes, 0LL);
-    const bool startsAtLine = IsLineStart(file.get(), start);
+    // One byte more than the tail: if that ends a line, the tail starts with a complete one.
+    const long long start = std::max(size - kTailBytes - 1, 0LL);
     if (size <= 0 || _fseeki64(file.get(), start, SEEK_SET) != 0) return {};
 
     std::string bytes(static_cast<std::size_t>(size - start), '\0');
     bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
-    if (startsAtLine) return bytes;
+    if (size <= kTailBytes) return bytes;
     const std::size_t firstEnd = bytes.find('\n');
     return firstEnd == std::string::npos ? std::string() : bytes.substr(firstEnd + 1);
 }
