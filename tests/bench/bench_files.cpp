@@ -1,9 +1,11 @@
 // A line of the event log, a save of the settings, and the support report with a full ring and a log of 256
-// KB.
+// KB; bench_files profile also prints where the report's time goes.
 #include <string>
 
 #include "app/state/app_state.h"
 #include "diag/support_bundle.h"
+#include "diag/support_facts.h"
+#include "diag/support_text.h"
 #include "floor_files.h"
 #include "floor_report.h"
 #include "measure.h"
@@ -54,6 +56,28 @@ void MeasureSave() {
         EmptyLogs);
 }
 
+// The median times of the report's parts on standard error, measured in turn. The facts contain both logs.
+void ProfileReport() {
+    constexpr int kReports = 201;
+    const SupportFacts facts = ReadSupportFacts();
+    std::vector<double> floor, floorTail, tail, lines, reads, texts, reports;
+    for (int i = 0; i < kReports; ++i) {
+        floor.push_back(TimeOf([](int) { FloorReport(g_log.c_str()); }, 1, nullptr));
+        floorTail.push_back(TimeOf([](int) { FloorReadTail(g_log.c_str()); }, 1, nullptr));
+        lines.push_back(TimeOf([](int) { static_cast<void>(ReadLogRing()); }, 1, nullptr));
+        tail.push_back(TimeOf([](int) { static_cast<void>(ReadLogTail()); }, 1, nullptr));
+        reads.push_back(TimeOf([](int) { static_cast<void>(ReadSupportFacts()); }, 1, nullptr));
+        texts.push_back(
+            TimeOf([&facts](int) { static_cast<void>(SupportBundleText(g_app, facts)); }, 1, nullptr));
+        reports.push_back(TimeOf([](int) { static_cast<void>(BuildSupportBundle()); }, 1, nullptr));
+    }
+    std::fprintf(stderr, "report: %.0f us; its floor: %.0f us, of it the end of the log: %.0f us\n",
+                 Median(reports), Median(floor), Median(floorTail));
+    std::fprintf(stderr, "facts: %.0f us, of them lines in memory: %.0f us, end of the log: %.0f us\n",
+                 Median(reads), Median(lines), Median(tail));
+    std::fprintf(stderr, "text: %.0f us\n", Median(texts));
+}
+
 void MeasureReport() {
     for (int i = 0; i < 500; ++i)
         LogEvent("PWM-safe: %d display(s) confirmed locked at 100%%", i);
@@ -65,7 +89,7 @@ void MeasureReport() {
 
 }  // namespace
 
-int main() {
+int main(int count, char** words) {
     wchar_t folder[MAX_PATH];
     GetTempPathW(MAX_PATH, folder);
     g_folder = std::wstring(folder) + L"AmbrelBench\\";
@@ -79,5 +103,6 @@ int main() {
     MeasureLogLine();
     MeasureSave();
     MeasureReport();
+    if (count > 1 && std::string(words[1]) == "profile") ProfileReport();
     return 0;
 }

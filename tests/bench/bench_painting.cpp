@@ -21,12 +21,12 @@ std::string Label(const char* panel, UINT dpi) {
 }
 
 void PrintCount(const std::string& name, double count, double goal = kNoGoal) {
-    PrintFigure({name, goal, ""}, {count});
+    PrintFigure({name, goal, "", true}, {count});
 }
 
 void PrintCalls(const RecordedCalls& calls, const char* panel) {
     const std::string frame = std::string(" in a frame of the ") + panel + " panel";
-    PrintCount("GDI calls" + frame, static_cast<double>(calls.Count()));
+    PrintCount("calls to GDI and user32" + frame, static_cast<double>(calls.Count()));
     PrintCount("GDI objects created" + frame, calls.Created());
     double again = 0;
     for (const auto& [function, count] : calls.MadeAgain()) {

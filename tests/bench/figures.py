@@ -10,7 +10,8 @@ from dataclasses import asdict, dataclass
 class Figure:
     """One measured figure. `goal` is the highest acceptable ratio or, without a floor, the highest acceptable value.
     `spread` is half the range of the middle half of the rounds, `error` the distance from the median to the farther
-    end of its 95 % confidence interval, both as a share of the median. `commit` is what was measured."""
+    end of its 95 % confidence interval, both as a share of the median; 0 for what is counted and does not vary, None
+    for a measurement of a single round. `commit` is what was measured."""
 
     name: str
     value: float
@@ -18,8 +19,8 @@ class Figure:
     floor: float | None = None
     ratio: float | None = None
     goal: float | None = None
-    spread: float = 0.0
-    error: float = 0.0
+    spread: float | None = 0.0
+    error: float | None = 0.0
     commit: str = ""
 
     @property
@@ -29,9 +30,12 @@ class Figure:
 
     @property
     def verdict(self):
-        """"met" or "over" if the goal is outside the error of the measurement, otherwise "unclear"; "" without goal."""
+        """"met" or "over" if the goal is outside the error of the measurement, otherwise, and without a known error,
+        "unclear"; "" without goal."""
         if self.goal is None:
             return ""
+        if self.error is None:
+            return "unclear"
         if self.judged * (1 + self.error) <= self.goal:
             return "met"
         return "over" if self.judged * (1 - self.error) > self.goal else "unclear"
@@ -46,9 +50,11 @@ def error_of_median(values, middle):
 
 
 def summary(values):
-    """(median, spread, error) of a list of numbers."""
+    """(median, spread, error) of a list of numbers; a single one has neither spread nor error."""
     middle = statistics.median(values)
-    if len(values) < 2 or not middle:
+    if len(values) < 2:
+        return middle, None, None
+    if not middle:
         return middle, 0.0, 0.0
     low, _, high = statistics.quantiles(values, n=4, method="inclusive")
     return middle, (high - low) / 2 / abs(middle), error_of_median(values, middle) / abs(middle)
@@ -64,6 +70,11 @@ def plain(name, unit, values, goal=None):
     """The Figure of values without a floor."""
     value, spread, error = summary(values)
     return Figure(name, value, unit, goal=goal, spread=spread, error=error)
+
+
+def counted(name, unit, value, goal=None):
+    """The Figure of a number that is the same in every round."""
+    return Figure(name, value, unit, goal=goal)
 
 
 def in_both_orders(measure, floor, rounds):
@@ -84,11 +95,15 @@ def number(value):
     return f"{value:,.0f}" if abs(value) >= 100 else f"{value:.1f}" if abs(value) >= 10 else f"{value:.2f}"
 
 
+def percent(share):
+    return "" if share is None else f"{100 * share:.0f} %"
+
+
 def cells(figure):
     ratio = "" if figure.ratio is None else f"{figure.ratio:.2f}"
     goal = "" if figure.goal is None else f"{figure.goal:.2f} x" if figure.ratio is not None else number(figure.goal)
     return [figure.name, number(figure.value), figure.unit, number(figure.floor), ratio, goal,
-            f"{100 * figure.spread:.0f} %", f"{100 * figure.error:.0f} %", figure.verdict]
+            percent(figure.spread), percent(figure.error), figure.verdict]
 
 
 HEADINGS = ["figure", "value", "unit", "floor", "ratio", "goal", "spread", "error", ""]
@@ -124,7 +139,7 @@ def growth(figure, before):
     if not before.judged:
         return change if figure.judged > 0 else ""
     share = figure.judged / before.judged - 1
-    return f"{change}, +{100 * share:.0f} %" if share > max(figure.spread, before.spread) else ""
+    return f"{change}, +{100 * share:.0f} %" if share > max(figure.spread or 0, before.spread or 0) else ""
 
 
 def print_comparison(figures, earlier):

@@ -47,8 +47,8 @@ void Text(Font font, COLORREF colour, RECT rect, UINT format, const wchar_t* tex
     DrawTextW(g_dc, text, -1, &rect, format | DT_SINGLELINE | DT_NOPREFIX);
 }
 
-void Round(const RECT& rect, int corner) {
-    RoundRect(g_dc, rect.left, rect.top, rect.right, rect.bottom, corner, corner);
+void Round(const RECT& rect, int cornerDiameter) {
+    RoundRect(g_dc, rect.left, rect.top, rect.right, rect.bottom, cornerDiameter, cornerDiameter);
 }
 
 // Draws with a pen, without filling.
@@ -61,15 +61,15 @@ void WithPen(int width, COLORREF colour, Draw draw) {
     DeleteObject(pen);
 }
 
-void Outline(const RECT& rect, int corner, COLORREF colour) {
+void Outline(const RECT& rect, int cornerDiameter, COLORREF colour) {
     SelectObject(g_dc, GetStockObject(NULL_BRUSH));
-    WithPen(1, colour, [&] { Round(rect, corner); });
+    WithPen(1, colour, [&] { Round(rect, cornerDiameter); });
 }
 
-void BlackBox(const RECT& rect, int corner, int width, COLORREF outline) {
+void BlackBox(const RECT& rect, int cornerDiameter, int width, COLORREF outline) {
     SetDCBrushColor(g_dc, 0);
     SelectObject(g_dc, GetStockObject(DC_BRUSH));
-    WithPen(width, outline, [&] { Round(rect, corner); });
+    WithPen(width, outline, [&] { Round(rect, cornerDiameter); });
 }
 
 void Line(POINT from, POINT to, int width, COLORREF colour) {
@@ -79,8 +79,9 @@ void Line(POINT from, POINT to, int width, COLORREF colour) {
     });
 }
 
-void Clip(const RECT& rect, int corner) {
-    HRGN region = CreateRoundRectRgn(rect.left, rect.top, rect.right + 1, rect.bottom + 1, corner, corner);
+void Clip(const RECT& rect, int cornerDiameter) {
+    HRGN region = CreateRoundRectRgn(rect.left, rect.top, rect.right + 1, rect.bottom + 1, cornerDiameter,
+                                     cornerDiameter);
     SelectClipRgn(g_dc, region);
     DeleteObject(region);
 }
@@ -90,10 +91,10 @@ TRIVERTEX Vertex(LONG x, LONG y, int grey) {
     return {x, y, level, level, level, 0xFF00};
 }
 
-void Gradient(const RECT& rect, int corner, int top, int bottom) {
+void Gradient(const RECT& rect, int cornerDiameter, int top, int bottom) {
     TRIVERTEX ends[] = {Vertex(rect.left, rect.top, top), Vertex(rect.right, rect.bottom, bottom)};
     GRADIENT_RECT whole = {0, 1};
-    Clip(rect, corner);
+    Clip(rect, cornerDiameter);
     GdiGradientFill(g_dc, ends, 2, &whole, 1, GRADIENT_FILL_RECT_V);
     SelectClipRgn(g_dc, nullptr);
 }

@@ -2,10 +2,7 @@
 // require, in a separate program. Modes, by the first word of the command line:
 //     (none)  starts and waits for messages; a click on the icon shows the popup
 //     poll    also queries the displays every two seconds
-// Why not less: the log records the machine, so its values are read; WMI needs COM with its security, and WMI
-// and dxva2 are the only ways to the displays; the settings and a ramp that an earlier run left are read;
-// each setting of the window and of the icon is one call. The lines that are logged before the file is open
-// are written together.
+// Why not less: see floor_start.cpp, floor_polls.cpp, floor_popup.cpp and floor_panel.cpp.
 #include "floor_popup.h"
 #include "floor_start.h"
 #include "win32/platform.h"

@@ -1,8 +1,9 @@
 // Why not less: the report shows the current state of the machine, its displays and the registry, so each is
 // queried once. Most of the report is not in files: its floor contains the calls to the registry and the
 // system beside those to the log. A registry value is read into a buffer that is large enough, with one call.
-// A report is rare, so the library that it needs is not kept loaded. Each display is queried for its physical
-// monitors; there are none here, since a monitor's answer takes longer than everything else.
+// dwmapi.dll serves nothing but a report, which is rare, so it is not kept loaded; dxva2.dll is, as it serves
+// every poll. Each display is queried for its physical monitors; there are none here, since a monitor's
+// answer takes longer than everything else.
 #include "floor_report.h"
 
 #include "floor_files.h"

@@ -1,3 +1,15 @@
+// Why not less:
+// - SPI_SETCURSORS: a run that was killed leaves its tinted cursors to the session, and Windows has no call
+//   that tells whether a cursor is the scheme's.
+// - The notifications of a resume and of the display's state: on modern standby they reach only a window
+//   that has registered for them, each separately. The filter must be applied again after both.
+// - The settings are in two sections, each read with one call that returns all of its keys. The record of
+//   an earlier run is in a third, which is read after the log is open because its recovery is logged.
+// - The log records the machine and the permitted range of the gamma ramp, so these values of the registry
+//   are read. The lines that are written before the log is open are kept and written together.
+// - WMI needs COM with its security. The DPI awareness must be set before the first window is created.
+// - A process of higher integrity receives the icon's clicks and a second instance's message only if each
+//   is allowed. Each attribute of the window and of the icon is one call.
 #include "floor_start.h"
 
 #include "floor_files.h"
@@ -8,6 +20,7 @@
 #include <objbase.h>
 #include <shlobj.h>
 
+#include <cwchar>
 #include <initializer_list>
 
 NOTIFYICONDATAW g_floorIcon;
@@ -18,6 +31,7 @@ constexpr wchar_t kClass[] = L"FloorProgram";
 constexpr GUID kDisplayState = {0x6FE69556, 0x704A, 0x47A0, {0x8F, 0x24, 0xC2, 0x8D, 0x93, 0x6F, 0xDA, 0x47}};
 
 wchar_t g_folder[MAX_PATH];
+unsigned long long g_settings;  // the sum, so that the compiler keeps the values
 
 HMODULE Library(const wchar_t* name) {
     return LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
@@ -65,15 +79,31 @@ const wchar_t* File(const wchar_t* name) {
     return path;
 }
 
+// The number of a key; `section` consists of lines KEY=VALUE that end with a zero, the last with two.
+unsigned long long ValueOf(const wchar_t* section, const wchar_t* key) {
+    const std::size_t length = std::wcslen(key);
+    for (const wchar_t* line = section; *line != L'\0'; line += std::wcslen(line) + 1) {
+        if (_wcsnicmp(line, key, length) == 0 && line[length] == L'=')
+            return std::wcstoull(line + length + 1, nullptr, 10);
+    }
+    return 0;
+}
+
 void ReadSettings() {
-    static constexpr const wchar_t* kKeys[] = {L"Intensity",       L"Brightness",     L"LaunchAtStart",
-                                               L"AllowExtremeDim", L"UseLegacyGamma", L"LegacyModeAutoSet",
-                                               L"PWMSafeMode",     L"GammaFixEpoch"};
+    static constexpr const wchar_t* kFilter[] = {L"Intensity", L"Brightness"};
+    static constexpr const wchar_t* kSettings[] = {L"LaunchAtStart",  L"AllowExtremeDim",
+                                                   L"UseLegacyGamma", L"LegacyModeAutoSet",
+                                                   L"PWMSafeMode",    L"GammaFixEpoch"};
     SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, g_folder);
     lstrcatW(g_folder, L"\\FloorProgram\\");
     CreateDirectoryW(g_folder, nullptr);
-    for (const wchar_t* key : kKeys)
-        GetPrivateProfileIntW(L"Settings", key, 0, File(L"settings.ini"));
+    wchar_t section[4096];
+    GetPrivateProfileSectionW(L"Filter", section, 4096, File(L"settings.ini"));
+    for (const wchar_t* key : kFilter)
+        g_settings += ValueOf(section, key);
+    GetPrivateProfileSectionW(L"Settings", section, 4096, File(L"settings.ini"));
+    for (const wchar_t* key : kSettings)
+        g_settings += ValueOf(section, key);
 }
 
 void WriteLog(int lines) {

@@ -18,6 +18,7 @@ struct Figure {
     std::string name;
     double goal = kNoGoal;  // of the ratio or, without a floor, of the value
     const char* unit = "us";
+    bool exact = false;  // a number that is the same in every round
 };
 
 inline double Median(std::vector<double> values) {
@@ -75,6 +76,7 @@ inline void PrintFigure(const Figure& figure, const std::vector<double>& values,
                         const std::vector<double>& floors = {}) {
     std::printf("{\"name\": \"%s\", \"unit\": \"%s\"", figure.name.c_str(), figure.unit);
     if (figure.goal != kNoGoal) std::printf(", \"goal\": %.6g", figure.goal);
+    if (figure.exact) std::printf(", \"exact\": true");
     PrintNumbers("values", values);
     if (!floors.empty()) PrintNumbers("floors", floors);
     std::printf("}\n");
