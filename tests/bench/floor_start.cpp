@@ -166,7 +166,7 @@ HWND FloorCreateWindow(HINSTANCE instance, WNDPROC procedure) {
     WriteLog(1);
     const DWORD round = 2;
     CallOnce<HRESULT WINAPI(HWND, DWORD, const void*, DWORD)>(L"dwmapi.dll", "DwmSetWindowAttribute", window,
-                                                              33, &round, static_cast<DWORD>(sizeof(round)));
+                                                              33U, &round, static_cast<DWORD>(sizeof(round)));
     return window;
 }
 
