@@ -46,6 +46,11 @@ case "${1:-}" in
         if ctest --preset tests -N -R "$1" | grep -q '^Total Tests: [1-9]'; then
             exec ctest --preset tests -R "$1"
         fi
-        GTEST_FILTER="*$1*" AMBREL_PYTEST_NAME="$1" exec ctest --preset tests -L 'unit|e2e|package'
+        GTEST_FILTER="*$1*" AMBREL_PYTEST_NAME="$1" ctest --preset tests -L '^(unit|e2e|package|program_file|style)$'
+        # A program without such a test passes. The log contains the summaries of pytest and GoogleTest.
+        if ! grep -Eq '^([1-9][0-9]* passed|\[  PASSED  \] [1-9])' build/release/Testing/Temporary/LastTest.log; then
+            echo "No test is called $1: see ./test.sh --list." >&2
+            exit 1
+        fi
         ;;
 esac

@@ -9,6 +9,7 @@ import sys
 import pytest
 
 import model
+from ambrel_lab.layout import SUPPORT
 from ambrel_lab.popup import WINDOW_CLASS
 from desk import ROOT, wait_until
 from panels import show_settings
@@ -24,7 +25,6 @@ CODES = {"access": "C0000005", "illegal": "C000001D", "divide": "C0000094", "ove
 MODES = pytest.mark.parametrize("legacy", [0, 1], ids=["magnification", "legacy"])
 LINE = re.compile(r"Crashed: exception ([0-9A-F]{8}) at (.*)\+([0-9A-F]+)")
 START = (model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
-SUPPORT = (160, 489)
 
 
 @pytest.fixture(scope="module", name="crash_desk")

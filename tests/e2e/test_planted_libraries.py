@@ -11,6 +11,7 @@ import pefile
 import pytest
 
 import model
+from ambrel_lab.layout import SUPPORT
 from desk import TIMEOUT, wait_until
 
 BESIDE, WORKING = "C:\\Pl\u00e1nted  by the pr\u00f6gram\\", "C:\\w\u00f6rking \u00e9 directory \\b\\"
@@ -98,7 +99,7 @@ def test_an_ordinary_run_loads_none(planted_desk):
     desk.press_power()
     desk.wait_for_colour(*START)
     desk.show_settings()
-    desk.click_unit(160, 489)
+    desk.click_unit(*SUPPORT)
     wait_until(lambda: any(line.startswith("Support bundle") for line in desk.log()), "the report", state=desk.log)
     desk.close_settings()
     desk.menu("Legacy Mode (Older Hardware)")

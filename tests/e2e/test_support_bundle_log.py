@@ -2,6 +2,7 @@
 
 import pytest
 
+from ambrel_lab.layout import SUPPORT
 from bundle import COPIED_LINE, STAMP, Report, copy, failures, messages, press
 from desk import MARKER, SETTINGS_ROWS, wait_until
 from faults import held_by_another_program
@@ -146,7 +147,7 @@ def test_with_a_locked_file_the_section_is_omitted(desk):
     with held_by_another_program(desk, desk.events_path):
         # The line of the copy is lost as well; only the clipboard shows the report.
         desk.set_clipboard_text("before")
-        desk.send_message(WM_LBUTTONDOWN, 1, 160 | 489 << 16)
+        desk.send_message(WM_LBUTTONDOWN, 1, SUPPORT[0] | SUPPORT[1] << 16)
         report = Report(desk.clipboard_text(), 0, 0)
     assert list(report.sections())[-1] == "EVENT LOG"
     assert report.text.endswith("] Gamma range: Windows default\r\n" + END)

@@ -25,7 +25,7 @@ WITHOUT_A_ROW = {
         _errno _fileno _nextafter _wcsicmp free memchr memcmp memcpy memmove memset strlen strncmp wcscmp wcslen wcsstr
         wcstoul""",
     "its result is that of the program's own window procedure": "DefWindowProcW DispatchMessageW",
-    "without memory the program ends, which test_platform_failures.py tests": "malloc",
+    "without memory the program ends, which test_crash.py tests": "malloc",
     "it is called before the session": "SetDefaultDllDirectories",
     "only the crash guard calls it, which test_crash.py tests":
         "K32GetModuleBaseNameW SetUnhandledExceptionFilter TryAcquireSRWLockExclusive VirtualQuery",
