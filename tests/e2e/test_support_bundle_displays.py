@@ -111,6 +111,11 @@ def test_a_description_with_any_characters_is_unchanged(backlight):
     assert displays(backlight) == shown("\u6a5f\u68b0 %s%n \u00f6", *supported(40, 0, 100))
 
 
+def test_a_control_character_in_a_description_starts_no_line(backlight):
+    backlight.start([Monitor("left", 40, description="Shy\r\n=== EVENT LOG ===\u2029screen")])
+    assert displays(backlight) == shown("Shy\ufffd\ufffd=== EVENT LOG ===\ufffdscreen", *supported(40, 0, 100))
+
+
 @pytest.mark.parametrize("failing", [{"count_error": 5}, {"fetch_error": 5}, {"count": 0}], ids=str)
 def test_a_display_whose_monitors_cannot_be_opened_is_still_listed(backlight, failing):
     backlight.start([Monitor("left", 40)])

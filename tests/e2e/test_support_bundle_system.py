@@ -136,6 +136,15 @@ def test_the_hardware_is_maker_and_product(start_with, maker, product, shown):
     assert system_after(start_with, "Hardware:       ", SystemManufacturer=maker, SystemProductName=product) == shown
 
 
+def test_a_control_character_in_the_registry_starts_no_line_of_the_report_or_the_log(start_with, file_desk):
+    forged = "Bench\r\n[00:00:00.000] Forged\u2028Forged\u0085Forged\x7f"
+    shown = "Lab Bench\ufffd\ufffd[00:00:00.000] Forged\ufffdForged\ufffdForged\ufffd"
+    report = copy(start_with(SystemManufacturer="Lab", SystemProductName=forged))
+    assert report.value("SYSTEM", "Hardware:       ") == shown
+    assert not [line for line in report.text.splitlines() if line.startswith(("[00:00:00.000] Forged", "Forged"))]
+    assert file_desk.log()[2].startswith(f"Hardware: {shown} / ")
+
+
 @pytest.mark.parametrize("value, name", [
     ("Lab Processor 9000", "Lab Processor 9000"),
     pytest.param(None, "unknown", id="missing"), pytest.param("", "unknown", id="empty"),
