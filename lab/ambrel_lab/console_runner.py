@@ -1,5 +1,6 @@
 """run-in-lab: runs a console program of the build, such as a unit test program, under Wine."""
 
+import os
 import shutil
 import signal
 import sys
@@ -40,6 +41,12 @@ def evidence_of_a_hang(lab, folder, timeout=HANG_TIMEOUT):
         timer.cancel()
 
 
+def selected_tests():
+    """GoogleTest's variable as an argument: a program in the lab does not receive this environment."""
+    name = "GTEST_FILTER"
+    return [f"--gtest_filter={os.environ[name]}"] if name in os.environ else []
+
+
 def main(words):
     """run-in-lab EXE ARGUMENT...: runs EXE in a lab without tools, forwards its output and returns its exit code.
     Saves evidence in build/failures/unit-PROGRAM if the program hangs or the lab does not start."""
@@ -51,7 +58,7 @@ def main(words):
     lab = Lab(size=(1280, 720), tools=False, evidence=evidence)
     try:
         with evidence_of_a_hang(lab, evidence), lab:
-            return run_console(lab.desktop, words[0], words[1:])
+            return run_console(lab.desktop, words[0], words[1:] + selected_tests())
     except LabError as error:
         print("run-in-lab:", error, *getattr(error, "__notes__", []), file=sys.stderr)
         return SIGNALLED - 1
