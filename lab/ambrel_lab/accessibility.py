@@ -16,7 +16,6 @@ STATES = {0x1: "unavailable", 0x4: "focused", 0x10: "checked", 0x40: "read-only"
 EVENTS = {0x8002: "show", 0x8003: "hide", 0x8004: "reorder", 0x800A: "state", 0x800C: "name", 0x800D: "description",
           0x800E: "value", 0x8010: "help"}
 OBJID_CLIENT = 0xFFFFFFFC
-WM_PAINT = 0xF
 OK, NONE = 0, 1  # S_OK, S_FALSE
 INVALID_ARGUMENT, NOT_SUPPORTED, ACCESS_DENIED = 0x80070057, 0x80020003, 0x80070005
 NOT_CONNECTED = 0x800401FD  # CO_E_OBJNOTCONNECTED
@@ -97,7 +96,7 @@ class AccessibilityActions:
     @contextmanager
     def accessible_events(self):
         """Context in which the events of the program are recorded. Yields an EventRecord."""
-        self.send_message(WM_PAINT, target=WINDOW_CLASS)  # Changes are announced when they are painted.
+        self.paint()  # Changes are announced when they are painted.
         child = self.desktop.start_tool("accessible-events", WINDOW_CLASS)
         try:
             yield EventRecord(child.stdout)

@@ -1,6 +1,5 @@
 """An extended desktop: simulated displays next to the lab's screen, each with its own rule for gamma ramps."""
 
-import os
 import struct
 
 from .popup import WINDOW_CLASS
@@ -35,10 +34,7 @@ class Displays:
 
     def change(self, *kinds):
         """Changes the number or the kinds of the displays after connect()."""
-        path = self.lab.prefix.path(SCRIPT)
-        temporary = path.with_suffix(".new")
-        temporary.write_text(" ".join(kinds))
-        os.replace(temporary, path)
+        self.lab.prefix.replace_text(SCRIPT, " ".join(kinds))
 
     def ramp(self, number):
         """The gamma ramp of a display, as three lists. Displays are numbered from 1."""

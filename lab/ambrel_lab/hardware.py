@@ -1,7 +1,6 @@
 """Simulated displays in one prefix: monitors through a double of dxva2.dll, built-in panels through one of WMI."""
 
 import mmap
-import os
 import time
 from dataclasses import dataclass, field, fields, replace
 
@@ -379,8 +378,5 @@ class Hardware:
             lines.append(script_line(kind, {"display": display, "slot": self.slots[name], **values}))
         lines.append(script_line("wmi", self.wmi_results))
         lines.append(script_line("timers", {"held": self.held_timers}))
-        path = self.lab.prefix.path(SCRIPT)
-        temporary = path.with_suffix(".new")
-        temporary.write_text("\n".join(lines) + "\n", encoding="utf-8")
-        os.replace(temporary, path)
+        self.lab.prefix.replace_text(SCRIPT, "\n".join(lines) + "\n")
         self.numbers[SCRIPT_SERIAL] += 1

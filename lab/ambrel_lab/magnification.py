@@ -1,6 +1,5 @@
 """The double of Magnification.dll in one prefix: installation, scripted results, recorded calls."""
 
-import os
 import struct
 from dataclasses import dataclass
 from operator import mul
@@ -68,12 +67,9 @@ class Magnification:
         return before the next script.
         """
         self.serial += 1
-        path = self.prefix.path(SCRIPT)
         effects = ",".join(map(str, effect))
         text = f"serial={self.serial}\ninitialize={initialize}\neffect={effects}\n{'hold=1' if hold else ''}\n"
-        temporary = path.with_suffix(".new")
-        temporary.write_text(text)
-        os.replace(temporary, path)
+        self.prefix.replace_text(SCRIPT, text)
 
     def applied_factors(self):
         """(red, green, blue): the factors of the applied matrices, multiplied over all processes.

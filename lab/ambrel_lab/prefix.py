@@ -2,6 +2,7 @@
 
 import fcntl
 import hashlib
+import os
 import re
 import shutil
 import subprocess
@@ -148,6 +149,13 @@ class Prefix:
         if not windows_path.lower().startswith("c:\\"):
             raise LabError(f"{windows_path} is not on drive C:")
         return self.drive_c / windows_path[3:].replace("\\", "/")
+
+    def replace_text(self, windows_path, text):
+        """Replaces a file on drive C: in one step, because programs may read it at any time."""
+        path = self.path(windows_path)
+        temporary = path.with_suffix(".new")
+        temporary.write_text(text, encoding="utf-8")
+        os.replace(temporary, path)
 
     @property
     def roaming(self):

@@ -8,6 +8,8 @@ from .popup import WINDOW_CLASS
 from .processes import kill, processes_named, processor_time
 from .waiting import TIMEOUT, wait_until
 
+WM_PAINT = 0xF
+
 
 class ProgramActions:
     """Needs `prefix`, `desktop`, `build_dir` and the icons of Lab."""
@@ -88,6 +90,10 @@ class ProgramActions:
         answer = self.desktop.request("message", target, "call", message, wparam, lparam, int(timeout * 1000),
                                   timeout=timeout + TIMEOUT)
         return answer["result"]
+
+    def paint(self):
+        """Makes the popup paint what is out of date. Windows paints only when no other message waits."""
+        self.send_message(WM_PAINT)
 
     def send_data(self, message, wparam, data, target=WINDOW_CLASS):
         """Sends a message whose lParam points to a copy of `data` in the program's memory. Returns the result."""

@@ -4,8 +4,6 @@ from ambrel_lab.layout import HEADER, HEADER_COLOUR, MAIN_PANEL_BACKGROUND, ROW_
 
 from desk import wait_for_value, wait_until
 
-WM_PAINT = 0xF
-
 
 def panel_of(desk):
     """The panel that the popup shows, identified by its colours; None while it is not drawn."""
@@ -24,7 +22,7 @@ def wait_for_panel(desk, name):
 def show_settings(desk):
     """Opens the settings panel unless it is open. A hidden popup keeps its panel."""
     desk.show()
-    desk.send_message(WM_PAINT)  # Paints what is out of date, such as the panel before the last click.
+    desk.paint()  # The panel may be that before the last click.
     if wait_until(lambda: panel_of(desk), "a panel") == "main":
         desk.show_settings()
         wait_for_panel(desk, "settings")

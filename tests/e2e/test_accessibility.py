@@ -17,7 +17,7 @@ from panels import show_settings, wait_for_panel
 HINT = "\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%"
 BLOCKED = "\u26a0 COLORS BLOCKED BY WINDOWS. CLICK TO FIX"
 COPIED_HINT = "PASTE INTO AN EMAIL TO SUPPORT@AMBREL.EXAMPLE"
-WM_DISPLAYCHANGE, WM_CLOSE, WM_PAINT = 0x7E, 0x10, 0xF
+WM_DISPLAYCHANGE, WM_CLOSE = 0x7E, 0x10
 WM_QUERYENDSESSION, WM_ENDSESSION, ENDSESSION_CLOSEAPP = 0x11, 0x16, 1
 ACTIONS_REQUESTED = 0x806C  # the program's own message
 RUN_KEY = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run"
@@ -191,7 +191,7 @@ def drawn_picture(desk, seen):
     last = [None]
 
     def settled():
-        desk.send_message(WM_PAINT)  # Paints what is out of date.
+        desk.paint()
         picture = desk.popup_picture()
         same, last[0] = picture == last[0], picture
         return picture if same and seen(picture) else None
@@ -459,7 +459,7 @@ def test_a_drag_announces_the_steps_that_change_the_text_and_no_others(file_desk
             before = len(desk.effects())
             desk.move_unit(x, y + step)
             wait_until(lambda: len(desk.effects()) > before, "the step")
-            desk.send_message(WM_PAINT)  # paints what is out of date
+            desk.paint()
             shown.append(model.percent(model.dragged(0.85, -step)))
         desk.release()
         changes = sum(one != other for one, other in zip(shown, shown[1:]))

@@ -11,7 +11,6 @@ import model
 from ambrel_lab.popup import WINDOW_CLASS
 from desk import PRESET_POSITIONS, wait_until
 
-WM_PAINT = 0xF
 SCALINGS = [96, 120, 144, 192]
 TRAVEL_BOTTOM, TRAVEL = 305, 198
 BACKGROUND, HEADER, LOWER, BLACK = (13, 13, 13), (25, 25, 25), (26, 26, 26), (0, 0, 0)
@@ -80,7 +79,7 @@ def settled(desk):
     here waits for the handler that is under way and paints what is out of date.
     """
     wait_until(lambda: is_uncovered(desk), "a popup that no tooltip covers", state=desk.windows)
-    desk.send_message(WM_PAINT)
+    desk.paint()
     last = [None]
 
     def same():

@@ -11,7 +11,7 @@ from desk import ATTEMPTS, GEAR, POWER, SETTINGS_ROWS, act_within, wait_until, w
 from text_recognition import LABEL, SMALL, span, matches_text
 from panels import panel_of, show_settings, wait_for_panel
 
-WM_PAINT, WM_LBUTTONDOWN, WM_CLOSE = 0xF, 0x201, 0x10
+WM_LBUTTONDOWN, WM_CLOSE = 0x201, 0x10
 COPIED_OUTLINE, NORMAL_OUTLINE = (0x0A, 0x18, 0x0E), (0x0C, 0x0C, 0x0C)
 BACKGROUND, WHITE = (13, 13, 13), (255, 255, 255)
 TITLE_COLOUR, HINT_COLOUR = (0x78, 0xE6, 0x96), (0x6E, 0xC8, 0x82)
@@ -46,7 +46,7 @@ def button_of(desk):
 
 def gdi_objects_while_idle(desk):
     """The number of GDI objects once the popup no longer paints, which creates some for a moment."""
-    desk.send_message(WM_PAINT)  # Windows paints when no other message waits, which may be later.
+    desk.paint()
     return wait_until_settled(desk.gdi_objects, "the number of GDI objects", pause=0.2)
 
 

@@ -2,8 +2,6 @@
 
 from desk import wait_until_settled
 
-WM_PAINT = 0xF
-
 # Face, height and weight of the popup's fonts.
 SMALL = ("Segoe UI", 12, 700)
 LABEL = ("Segoe UI", 13, 900)
@@ -17,7 +15,7 @@ ABOVE_THE_TOOLTIP = 520
 def picture_of(desk):
     """A picture of the popup once it is drawn: two consecutive pictures are equal."""
     def picture():
-        desk.send_message(WM_PAINT)  # Paints what is out of date.
+        desk.paint()
         return desk.popup_picture().crop(0, 0, 320, ABOVE_THE_TOOLTIP)
     return wait_until_settled(picture, "the popup's picture")
 
