@@ -8,7 +8,7 @@ import threading
 from contextlib import contextmanager
 from pathlib import Path
 
-from .console import SIGNALLED, run_console
+from .console import SIGNALLED, NoOutput, run_console
 from .evidence import save_evidence
 from .lab import Lab
 from .paths import FAILURES, LabError
@@ -47,18 +47,42 @@ def selected_tests():
     return [f"--gtest_filter={os.environ[name]}"] if name in os.environ else []
 
 
+def run(words, evidence, first_output):
+    """Runs a program in a new lab without tools. Returns its exit code."""
+    lab = Lab(size=(1280, 720), tools=False, evidence=evidence)
+    with evidence_of_a_hang(lab, evidence), lab:
+        try:
+            return run_console(lab.desktop, words[0], words[1:] + selected_tests(), first_output=first_output)
+        except NoOutput as error:
+            save_evidence(lab, evidence)
+            error.add_note(f"evidence: {evidence}")
+            raise
+
+
 def main(words):
-    """run-in-lab EXE ARGUMENT...: runs EXE in a lab without tools, forwards its output and returns its exit code.
-    Saves evidence in build/failures/unit-PROGRAM if the program hangs or the lab does not start."""
-    if not words:
-        print("usage: run-in-lab EXE [ARGUMENT...]", file=sys.stderr)
+    """run-in-lab [--first-output SECONDS] EXE ARGUMENT...: runs EXE in a lab without tools, forwards its output and
+    returns its exit code. Saves evidence in build/failures/unit-PROGRAM if the program hangs or the lab does not start.
+
+    --first-output is for programs that print a line when they start. Wine can hang when it starts a program: one that
+    has printed nothing after SECONDS is ended and started once more."""
+    first_output = None
+    if words[:1] == ["--first-output"] and len(words) > 2:
+        first_output, words = float(words[1]), words[2:]
+    if not words or words[0].startswith("--"):
+        print("usage: run-in-lab [--first-output SECONDS] EXE [ARGUMENT...]", file=sys.stderr)
         return 2
     end_on_signals()
     evidence = FAILURES / f"unit-{Path(words[0]).stem}"
-    lab = Lab(size=(1280, 720), tools=False, evidence=evidence)
     try:
-        with evidence_of_a_hang(lab, evidence), lab:
-            return run_console(lab.desktop, words[0], words[1:] + selected_tests())
+        try:
+            return run(words, evidence, first_output)
+        except NoOutput as error:
+            report(error)
+            return run(words, evidence, first_output)
     except LabError as error:
-        print("run-in-lab:", error, *getattr(error, "__notes__", []), file=sys.stderr)
+        report(error)
         return SIGNALLED - 1
+
+
+def report(error):
+    print("run-in-lab:", error, *getattr(error, "__notes__", []), file=sys.stderr, flush=True)

@@ -1,5 +1,6 @@
 """The lab itself: closing it ends every process, and failures and hangs save evidence."""
 
+import os
 import select
 import subprocess
 import sys
@@ -9,8 +10,11 @@ from pathlib import Path
 
 import pytest
 
+from ambrel_lab import console_runner
 from ambrel_lab import lab as lab_module
+from ambrel_lab.console import SIGNALLED, NoOutput
 from ambrel_lab.console_runner import evidence_of_a_hang
+from ambrel_lab.paths import DEFAULT_BUILD
 from ambrel_lab.processes import end_processes, has_memory
 from desk import BUILD, TIMEOUT, Lab, LabError, wait_until
 
@@ -105,3 +109,38 @@ def test_a_program_that_ends_in_time_saves_no_evidence(desk, tmp_path):
     # The thread that would save the evidence ends without doing so.
     wait_until(lambda: threading.active_count() == before, "the end of the thread", timeout=2 * TIMEOUT)
     assert not (tmp_path / "evidence").exists()
+
+
+@pytest.fixture
+def open_input():
+    """A standard input that stays open and empty."""
+    before, (source, sink) = os.dup(0), os.pipe()
+    os.dup2(source, 0)
+    yield
+    os.dup2(before, 0)
+    for descriptor in (before, source, sink):
+        os.close(descriptor)
+
+
+def test_a_program_that_prints_nothing_is_started_once_more(open_input, tmp_path, monkeypatch, capfd):
+    """The tool waits for commands and prints nothing until one arrives."""
+    monkeypatch.setattr(console_runner, "FAILURES", tmp_path)
+    monkeypatch.setattr(console_runner, "end_on_signals", lambda: None)
+    tool = Path(BUILD.get("build_dir", DEFAULT_BUILD)) / "lab" / "labtool.exe"
+    assert console_runner.main(["--first-output", "1", str(tool), "serve"]) == SIGNALLED - 1
+    assert capfd.readouterr().err.count("labtool.exe has printed nothing for 1 s") == 2
+    assert "labtool.exe" in (tmp_path / "unit-labtool" / "processes.txt").read_text()
+
+
+def test_the_second_start_of_a_program_counts(monkeypatch):
+    results = [NoOutput("nothing"), 3]
+
+    def run_console(*_, **__):
+        result = results.pop(0)
+        if isinstance(result, Exception):
+            raise result
+        return result
+    monkeypatch.setattr(console_runner, "run_console", run_console)
+    monkeypatch.setattr(console_runner, "save_evidence", lambda *_: None)
+    monkeypatch.setattr(console_runner, "end_on_signals", lambda: None)
+    assert console_runner.main(["--first-output", "1", "any.exe"]) == 3 and not results

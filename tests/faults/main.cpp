@@ -212,6 +212,8 @@ int main(int argc, char** argv) {
     InstallSimulatedPlatform();
     const std::vector<FaultRow> rows = AllFaults();
     const std::vector<Case> cases = Cases(rows, quick, only);
+    std::printf("%zu cases\n", cases.size());
+    std::fflush(stdout);
     bool good = true;
     for (int i = 0; i < kWarmUpSessions; ++i) {
         for (const End end : {End::Quit, End::EndOfSession})

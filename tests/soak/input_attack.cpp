@@ -136,6 +136,7 @@ int main(int argc, char** argv) {
     ReportCrashesAndHangs();
     InstallSimulatedPlatform();
     std::printf("seed %llu\n", static_cast<unsigned long long>(options.seed));
+    std::fflush(stdout);
     bool good = true;
     for (const Part& part : kParts) {
         if (options.only == nullptr || std::strcmp(options.only, part.name) == 0)

@@ -228,6 +228,7 @@ bool Run(bool quick, std::uint64_t days, bool monitorMissesAnswers) {
     std::printf("%s; memory and log in KiB\n%7s %10s %8s %8s %6s %6s %8s %10s %10s %10s %12s\n", monitor,
                 "day", "answers", "openings", "steps", "GDI", "icons", "handles", "heap", "private",
                 "events.log", "logged");
+    std::fflush(stdout);
     std::snprintf(g_currentCase, sizeof(g_currentCase), "%s", monitor);
     Round round = {RandomSource(0, 0, 0), 0, {}};
     return RunRound(&round, LiveAndCompare);
