@@ -68,6 +68,7 @@ void InstallCrashGuard() {
 
 void OnCrash(DWORD code, const void* address) {
     if (g_crashed.test_and_set()) return;
+    g_app.ending = true;  // nothing restores the screen later, so a refusal is tried once more
     if (g_app.rampApplied) LoadIdentityRamp();
     // Even if none is recorded as tinted: the fault may have occurred between two of the sixteen.
     ResetSystemCursors();

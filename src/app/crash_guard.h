@@ -11,6 +11,6 @@
 void InstallCrashGuard();
 
 // Restores the identity ramp if a ramp of the filter may be loaded, then the system cursors, then logs the
-// code in eight hexadecimal digits and the address relative to its module. Does nothing at a second fault.
-// Does not allocate. Runs on the failing thread.
+// code in eight hexadecimal digits and the address relative to its module. What Windows refuses is tried once
+// more. Does nothing at a second fault. Does not allocate. Runs on the failing thread.
 void OnCrash(DWORD code, const void* address);

@@ -28,7 +28,8 @@ struct Identity {
     bool IsOf(const RestoreRow& row) const { return row.name == name && row.path == path; }
 };
 
-// Without a path an external monitor cannot be distinguished from one that is connected later.
+// Without a path an external monitor cannot be distinguished from one that is connected later. Windows may
+// fail to report the path of a connected monitor.
 bool IsIdentifiable(const std::wstring& name, const std::wstring& path) {
     return !path.empty() || !IsDdcTargetName(name);
 }
@@ -64,20 +65,8 @@ const DisplayTarget* TargetOf(const RestoreRow& row, const DisplayTargetList& li
     return target != list.end() ? &*target : nullptr;
 }
 
-void RecallRow(int number, const RestoreRow& row, const DisplayTarget& target) {
-    const Identity identity(target.name);
-    if (identity.IsOf(row) && IsAt100(target)) {
-        // If two rows name the same display, the first is used.
-        if (g_app.pwmSavedBrightness.try_emplace(row.name, row.percent).second) {
-            if (row.awaySince != 0) WriteRestoreRow(number, {row.percent, 0, row.name, row.path});
-            return;
-        }
-    }
-    DeleteRestoreRow(number);
-}
-
-// The time counts from the first start at which the display is not connected. If it is in the future, the
-// clock has been set back.
+// Keeps the row of a display that is not connected or cannot be identified. The time counts from the first
+// such start. If it is in the future, the clock has been set back.
 void KeepWhileAway(int number, RestoreRow row) {
     const std::uint64_t now = SecondsSince1970();
     if (row.awaySince == 0 || row.awaySince > now) {
@@ -86,6 +75,22 @@ void KeepWhileAway(int number, RestoreRow row) {
     } else if (now - row.awaySince > kMaxTimeAway) {
         DeleteRestoreRow(number);
     }
+}
+
+void RecallRow(int number, const RestoreRow& row, const DisplayTarget& target) {
+    const Identity identity(target.name);
+    if (!IsIdentifiable(identity.name, identity.path)) {
+        KeepWhileAway(number, row);
+        return;
+    }
+    if (identity.IsOf(row) && IsAt100(target)) {
+        // If two rows name the same display, the first is used.
+        if (g_app.pwmSavedBrightness.try_emplace(row.name, row.percent).second) {
+            if (row.awaySince != 0) WriteRestoreRow(number, {row.percent, 0, row.name, row.path});
+            return;
+        }
+    }
+    DeleteRestoreRow(number);
 }
 
 }  // namespace
@@ -117,6 +122,7 @@ void DeleteRecordedBrightness(const std::vector<std::wstring>& names) {
     if (rows.empty()) return;
     for (const std::wstring& name : names) {
         const auto row = FindRow(rows, Identity(name));
-        if (row != rows.end()) DeleteRestoreRow(row->first);
+        // This run did not know the value of a row that is still marked as away, so it was not restored.
+        if (row != rows.end() && row->second.awaySince == 0) DeleteRestoreRow(row->first);
     }
 }

@@ -11,8 +11,9 @@
 
 using RestoreRows = std::map<int, RestoreRow>;  // by number, from 1
 
-// Rows with a higher number are ignored.
-constexpr int kMaxRestoreRows = 32;
+// Rows with a higher number are ignored. Enough for two new monitors a day during the 30 days that the row of
+// a display is kept.
+constexpr int kMaxRestoreRows = 64;
 
 // Returns the valid rows. A row that is damaged, out of range or too long is skipped.
 RestoreRows ReadRestoreRows();

@@ -8,7 +8,7 @@
 // A display's brightness from before its first lock.
 struct RestoreRow {
     std::uint32_t percent = 0;    // 0..100
-    std::uint64_t awaySince = 0;  // seconds since 1970; 0: connected at the last start
+    std::uint64_t awaySince = 0;  // seconds since 1970; 0: connected and identified at the last start
     std::wstring name;            // of the display target
     std::wstring path;            // the monitor's device path; empty for a built-in panel
 };

@@ -57,10 +57,10 @@ def location(function):
     return "ambrel.exe", link_map().symbols[function]
 
 
-def crash(desk, kind, function="HandleWindowMessage"):
-    """Makes the function crash in the window's thread. Returns the exit code and the fields of the one line in the log:
-    code, (module, offset)."""
-    desk.faults.inject(desk.faults.crashing(kind, link_map().symbols[function]))
+def crash(desk, kind, function="HandleWindowMessage", refused=()):
+    """Makes the function crash in the window's thread, with other faults in `refused`. Returns the exit code and the
+    fields of the one line in the log: code, (module, offset)."""
+    desk.faults.inject(*refused, desk.faults.crashing(kind, link_map().symbols[function]))
     # The window may be gone: any other message crashes the program too.
     desk.desktop.tool("message", WINDOW_CLASS, "post", WM_NULL, 0, 0)
     exit_code = desk.wait_for_exit()
@@ -88,6 +88,17 @@ def test_a_stack_overflow_restores_the_screen_within_the_reserved_stack(crash_de
     before = resets(desk)
     exit_code, code, _ = crash(desk, "overflow")
     assert (exit_code, code) == (0xFD, CODES["overflow"])
+    assert desk.ramp_is_plain()
+    assert resets(desk) == before + 1
+
+
+def test_a_refused_ramp_and_cursor_reset_are_tried_once_more_in_a_crash(crash_desk):
+    desk = crash_desk
+    start_coloured(desk, 1)
+    before = resets(desk)
+    assert not desk.ramp_is_plain()
+    crash(desk, "access", refused=[desk.faults.failing(name, times=1)
+                                   for name in ("SetDeviceGammaRamp", "SystemParametersInfoW")])
     assert desk.ramp_is_plain()
     assert resets(desk) == before + 1
 

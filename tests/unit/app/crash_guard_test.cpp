@@ -104,6 +104,17 @@ TEST_F(CrashGuard, WithoutARampOfTheFilterTheRampIsLeftAlone) {
               (CallRecord{"reset cursors", "log: Crashed: exception C000001D at " + OwnName() + "+1234"}));
 }
 
+TEST_F(CrashGuard, ARefusedRampOrCursorResetIsTriedAgainAsAtTheEndOfTheProgram) {
+    for (const bool rampApplied : {true, false}) {
+        SetUp();
+        g_app.rampApplied = rampApplied;
+        bool retries = false;
+        g_duringRestore = [&] { retries = g_app.ending; };
+        Raise(0xC0000005, OwnAddress());
+        EXPECT_TRUE(retries) << rampApplied;
+    }
+}
+
 TEST_F(CrashGuard, TheCodeHasEightDigits) {
     g_calls.clear();
     Raise(0x000000AB, OwnAddress());

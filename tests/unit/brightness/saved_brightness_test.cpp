@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <utility>
 
 #include "app/state/messages.h"
 #include "brightness/pwm_fixture.h"
@@ -346,6 +347,47 @@ TEST_F(SavedBrightnessTest, ADisplayThatReconnectsWithin30DaysIsRestored) {
         EXPECT_EQ(Display(kFirst).percent, 30U) << mode;
         EXPECT_FALSE(HasRecord()) << mode;
     }
+}
+
+TEST_F(SavedBrightnessTest, TheRowOfAMonitorThatWindowsDoesNotIdentifyIsKeptAsIfItWereAway) {
+    LeaveOnly(kFirst);
+    KillLocked();
+    const auto devices = std::exchange(g_monitorDevices, {});
+    Start(false);
+    EXPECT_TRUE(g_sets.empty());
+    ASSERT_EQ(ReadRestoreRows().size(), 1U);
+    EXPECT_NE(ReadRestoreRows().at(1).awaySince, 0U);
+    g_monitorDevices = devices;
+    Start(false);
+    EXPECT_EQ(Display(kFirst).percent, 30U);
+    EXPECT_FALSE(HasRecord());
+}
+
+TEST_F(SavedBrightnessTest, ARunThatCouldNotIdentifyTheMonitorDoesNotDeleteItsRow) {
+    LeaveOnly(kFirst);
+    KillLocked();
+    const auto devices = std::exchange(g_monitorDevices, {});
+    Start(true);
+    g_monitorDevices = devices;
+    Quit();
+    EXPECT_EQ(Display(kFirst).percent, 100U) << "this run knows no other value";
+    Start(false);
+    EXPECT_EQ(Display(kFirst).percent, 30U);
+    EXPECT_FALSE(HasRecord());
+}
+
+TEST_F(SavedBrightnessTest, AMonitorThatIsIdentifiedAfterTheStartIsLockedWithTheUsersValue) {
+    LeaveOnly(kFirst);
+    KillLocked();
+    const auto devices = g_monitorDevices;
+    g_monitorDevices.clear();
+    g_onWrite = [&] { g_monitorDevices = devices; };  // when the row is marked as away
+    Start(true);
+    EXPECT_EQ(g_app.pwmSavedBrightness, (SavedBrightness{{kFirst, 30}}));
+    EXPECT_EQ(ReadRestoreRows().at(1).awaySince, 0U);
+    Quit();
+    EXPECT_EQ(Display(kFirst).percent, 30U);
+    EXPECT_FALSE(HasRecord());
 }
 
 TEST_F(SavedBrightnessTest, ADisplayThatReconnectsIsNoLongerAway) {

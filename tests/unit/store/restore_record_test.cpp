@@ -293,7 +293,7 @@ TEST_F(RestoreRecord, TheLargestAndSmallestValuesAreValid) {
 }
 
 TEST_F(RestoreRecord, NumbersOutOfRangeAreIgnored) {
-    StoredRecord("0=40 0 n\r\n33=40 0 n\r\n-1=40 0 n\r\n001=40 0 n\r\n99999999999=40 0 n\r\n5=40 0 n\r\n");
+    StoredRecord("0=40 0 n\r\n65=40 0 n\r\n-1=40 0 n\r\n001=40 0 n\r\n99999999999=40 0 n\r\n5=40 0 n\r\n");
     EXPECT_EQ(Rows(), std::vector<std::string>{"5: 40 0 n|"});
 }
 
@@ -304,7 +304,7 @@ TEST_F(RestoreRecord, OnlyRampEqualTo1CountsAsRecorded) {
     }
 }
 
-TEST_F(RestoreRecord, OnlyTheFirst32OfTenThousandRowsAreRead) {
+TEST_F(RestoreRecord, OnlyTheFirst64OfTenThousandRowsAreRead) {
     std::string lines;
     for (int number = 10000; number >= 1; --number)
         lines += std::to_string(number) + "=" + std::to_string(number % 101) + " 0 display" +
@@ -313,7 +313,7 @@ TEST_F(RestoreRecord, OnlyTheFirst32OfTenThousandRowsAreRead) {
     const RestoreRows rows = ReadRestoreRows();
     EXPECT_EQ(rows.size(), static_cast<std::size_t>(kMaxRestoreRows));
     EXPECT_EQ(rows.at(1).name, L"display1");
-    EXPECT_EQ(rows.at(32).name, L"display32");
+    EXPECT_EQ(rows.at(64).name, L"display64");
 }
 
 TEST_F(RestoreRecord, RowsThatAreNotReadDoNotKeepTheSection) {
@@ -348,7 +348,7 @@ TEST_F(RestoreRecord, TheLongestRowThatIsWrittenIsRead) {
 }
 
 TEST_F(RestoreRecord, ASectionWithNothingValidIsDeleted) {
-    const char* const sections[] = {"", "1=garbage\r\n", "33=40 0 n\r\n", "Ramp=0\r\n",
+    const char* const sections[] = {"", "1=garbage\r\n", "65=40 0 n\r\n", "Ramp=0\r\n",
                                     "\r\n; a comment\r\nx=y\r\n"};
     for (const char* lines : sections) {
         StoredRecord(lines);
@@ -360,7 +360,7 @@ TEST_F(RestoreRecord, ASectionWithNothingValidIsDeleted) {
 }
 
 TEST_F(RestoreRecord, ASectionWithOneValidEntryIsKept) {
-    for (const char* lines : {"Ramp=1\r\n1=garbage\r\n", "Ramp=7\r\n32=40 0 n\r\n"}) {
+    for (const char* lines : {"Ramp=1\r\n1=garbage\r\n", "Ramp=7\r\n64=40 0 n\r\n"}) {
         StoredRecord(lines);
         DeleteEmptyRestoreRecord();
         EXPECT_TRUE(HasSection()) << lines;
