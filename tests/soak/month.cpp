@@ -193,6 +193,9 @@ void Live() {
             nextSample += g_month->sampleEvery;
         }
     }
+    // The last use may be earlier than the end of the last day.
+    RunUntil(g_month->length);
+    if (nextSample <= g_month->length) TakeSample();
     g_platform.monitorConnected = true;
     g_platform.monitorMissesAnswers = false;
 }
