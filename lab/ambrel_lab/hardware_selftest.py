@@ -303,13 +303,13 @@ CHECKS = (check_monitor_values, check_unusual_monitors, check_behaviours, check_
           check_monitor_misuse, check_panel_values, check_panel_set, check_failing_wmi_calls, check_panel_misuse)
 
 
-def hardware_checks(check, build_dir):
-    """Runs every check through check(name, call)."""
-    with Lab(build_dir) as lab:
+def hardware_checks(check, build_dir, evidence):
+    """Runs every check through check(name, call, lab). Labs that fail otherwise save evidence in folders of `evidence`."""
+    with Lab(build_dir, evidence=evidence / "hardware") as lab:
         lab.hardware.monitors([])
         lab.hardware.panels([])
         with Client(lab) as client:
             for call in CHECKS:
-                check(call.__name__, lambda call=call: call(lab.hardware, client))
-    with Lab(build_dir) as lab:
-        check("check_libraries", lambda: check_libraries(lab))
+                check(call.__name__, lambda call=call: call(lab.hardware, client), lab)
+    with Lab(build_dir, evidence=evidence / "libraries") as lab:
+        check("check_libraries", lambda: check_libraries(lab), lab)

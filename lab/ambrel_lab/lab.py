@@ -33,8 +33,8 @@ class Lab(AccessibilityActions, PopupActions, ProgramActions, WindowsActions):
                  keep=False, tools=True, evidence=None):
         """`magnification` is a key of magnification.LIBRARIES. `debug` is WINEDEBUG, recorded in wine_log().
         `keep` keeps the run's folder afterwards. Without `tools` the lab consists of a screen and a prefix only: no
-        build is required and the Magnification double is missing. A lab that fails to start saves its evidence in the
-        folder `evidence`."""
+        build is required and the Magnification double is missing. A lab that fails to start, or whose `with` block
+        raises an exception, saves its evidence in the folder `evidence`."""
         self.build_dir, self.dpi, self.size = Path(build_dir), dpi, size
         self.program, self.program_path = None, "C:\\Ambrel\\ambrel.exe"
         self.connection, self.desktop, self.evidence = None, None, evidence
@@ -56,15 +56,20 @@ class Lab(AccessibilityActions, PopupActions, ProgramActions, WindowsActions):
             self.input = Input(self.connection)
             self.desktop = Desktop(self.prefix, self.run, self.size, self.dpi, tools and doubles / "labtool.exe", debug)
         except BaseException as error:
-            if self.evidence:
-                save_evidence(self, self.evidence)
-                error.add_note(f"evidence: {self.evidence}")
+            self._save_evidence(error)
             self.close()
             raise
         return self
 
-    def __exit__(self, *_):
+    def __exit__(self, _kind, error, _traceback):
+        if isinstance(error, Exception):
+            self._save_evidence(error)
         self.close()
+
+    def _save_evidence(self, error):
+        if self.evidence:
+            save_evidence(self, self.evidence)
+            error.add_note(f"evidence: {self.evidence}")
 
     def close(self):
         """Ends all processes of the lab. Does nothing if the lab is closed."""

@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import signal
 import subprocess
 import sys
@@ -10,15 +11,20 @@ import traceback
 from pathlib import Path
 
 from .desktop import TOOL
+from .evidence import save_evidence
 from .hardware_selftest import hardware_checks
 from .lab import Lab
-from .paths import STATE
+from .paths import FAILURES, STATE
+from .processes import describe_processes
 from .waiting import TIMEOUT, wait_for_value, wait_until
 from .x11 import identity_ramp
 
 LONGEST_LINE = "\u26a0 FOR LOWEST FLICKER, KEEP DISPLAY BRIGHTNESS AT 100%"
 LONGEST_LINE_UNITS = 276
 TOLERANCE = 256
+
+# The evidence of each failed check is saved in a folder of its name.
+EVIDENCE = FAILURES / "selftest"
 
 # A lab in a separate process, which a check kills while everything runs.
 LAB_PROCESS = """
@@ -138,7 +144,7 @@ def check_process_facts(lab):
 
 
 def check_registry_before_start(build_dir):
-    with Lab(build_dir, dpi=144) as lab:
+    with Lab(build_dir, dpi=144, evidence=EVIDENCE / "check_registry_before_start") as lab:
         lab.registry_set("HKLM\\Software\\Lab \u26a0", "name \"q\"", "value \\ \u017c")
         assert lab.registry_get("HKLM\\Software\\Lab \u26a0", "name \"q\"") == "value \\ \u017c"
         assert lab.metrics()["dpi"] == 144
@@ -156,7 +162,8 @@ def check_end(build_dir, number):
     process.send_signal(number)
     process.wait(TIMEOUT)
     process.stdout.close()
-    wait_until(lambda: not still_alive(folder) and not folder.exists(), f"the end of all processes after {number.name}")
+    wait_until(lambda: not still_alive(folder) and not folder.exists(), f"the end of all processes after {number.name}",
+               state=lambda: (describe_processes(folder / "prefix"), still_alive(folder), folder.exists()))
 
 
 def check_failure(build_dir):
@@ -172,7 +179,8 @@ def check_failure(build_dir):
 
 
 def check_two_labs(build_dir):
-    with Lab(build_dir) as one, Lab(build_dir) as other:
+    evidence = EVIDENCE / "check_two_labs"
+    with Lab(build_dir, evidence=evidence / "one") as one, Lab(build_dir, evidence=evidence / "other") as other:
         one.set_clipboard_text("one")
         other.set_clipboard_text("other")
         one.run_tool("magnify", 500, 500, 500, "keep")
@@ -181,10 +189,11 @@ def check_two_labs(build_dir):
 
 
 def selftest(build_dir):
-    """Runs every check, prints one line each, and returns 0 when all passed."""
+    """Runs every check, prints one line each, and returns 0 when all passed. A failed check saves evidence."""
     failures = 0
+    shutil.rmtree(EVIDENCE, ignore_errors=True)
 
-    def check(name, call):
+    def check(name, call, lab=None):
         nonlocal failures
         started = time.monotonic()
         try:
@@ -193,12 +202,15 @@ def selftest(build_dir):
         except Exception:
             failures += 1
             verdict = "FAILED\n" + traceback.format_exc()
+            if lab:  # The labs that a check opens save their own.
+                save_evidence(lab, EVIDENCE / name)
+                verdict += f"evidence: {EVIDENCE / name}"
         print(f"{name:32} {time.monotonic() - started:5.1f} s  {verdict}", flush=True)
 
-    with Lab(build_dir) as lab:
+    with Lab(build_dir, evidence=EVIDENCE / "lab") as lab:
         for call in (check_fonts, check_screen, check_magnification, check_windows, check_process_facts):
-            check(call.__name__, lambda: call(lab))
-    hardware_checks(check, build_dir)
+            check(call.__name__, lambda: call(lab), lab)
+    hardware_checks(check, build_dir, EVIDENCE)
     for call in (check_registry_before_start, check_failure, check_two_labs):
         check(call.__name__, lambda: call(build_dir))
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGKILL):

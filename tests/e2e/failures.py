@@ -16,15 +16,12 @@ OPEN_DESKS = []
 
 @contextmanager
 def open_desk(make, request, **options):
-    """Context with the desk that make() returns. A desk that fails to start saves its own evidence."""
+    """Context with the desk that make() returns. A desk saves its own evidence if its start or what a fixture does with
+    it fails; the hook below handles a test's own failure."""
     with make(evidence=evidence_folder(request.node.nodeid), **options) as desk:
         OPEN_DESKS.append(desk)
         try:
             yield desk
-        except Exception as error:  # In the preparation; the hook below handles a test's own failure.
-            save_evidence(desk, desk.evidence)
-            error.add_note(f"evidence: {desk.evidence}")
-            raise
         finally:
             OPEN_DESKS.remove(desk)
 

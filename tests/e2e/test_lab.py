@@ -94,6 +94,16 @@ def test_a_lab_that_does_not_start_saves_evidence(monkeypatch, tmp_path):
     assert "screen" in (tmp_path / "evidence" / "missing.txt").read_text()
 
 
+def test_a_lab_saves_evidence_when_its_block_fails(tmp_path):
+    with pytest.raises(ZeroDivisionError) as error:
+        with Lab(evidence=tmp_path / "evidence", **BUILD) as lab:
+            lab.desktop.open()
+            raise ZeroDivisionError
+    assert error.value.__notes__ == [f"evidence: {tmp_path / 'evidence'}"]
+    assert "labtool.exe" in (tmp_path / "evidence" / "processes.txt").read_text()
+    assert (tmp_path / "evidence" / "screen.png").stat().st_size
+
+
 def test_a_hang_saves_evidence_and_continues(desk, tmp_path, capsys):
     folder = tmp_path / "evidence"
     with evidence_of_a_hang(desk, folder, timeout=0.1):

@@ -5,7 +5,8 @@
 
 After each kill, the next start and a Quit: the screen's ramp is the identity, each simulated display has the
 brightness that it had before the first start, settings.ini contains no record, each setting has a value that was once
-set or its default, and the log is readable UTF-8. Prints the seed, each failure, and a table by kind of moment.
+set or its default, and the log is readable UTF-8. Prints the seed, each failure, and a table by kind of moment. The
+first failed kills save evidence in build/failures/kills.
 
 The private-profile functions do not replace settings.ini in one step. A kill in the middle of a write may lose keys,
 and with them the record; such kills are counted as damaged files, not as failures. Wine does not replace system
@@ -14,6 +15,7 @@ cursors: only the program's request to reset them at the next start could be che
 
 import argparse
 import random
+import shutil
 import sys
 import time
 from collections import Counter
@@ -25,9 +27,11 @@ sys.path[:0] = [str(ROOT / "lab"), str(ROOT / "tests" / "e2e")]
 
 # pylint: disable=wrong-import-position
 import model  # noqa: E402
+from ambrel_lab.evidence import save_evidence  # noqa: E402
 from ambrel_lab.hardware import Monitor, Panel  # noqa: E402
 from ambrel_lab.layout import CARD, POWER, PRESETS, SLIDER_X, SLIDER_Y  # noqa: E402
-from desk import Desk  # noqa: E402
+from ambrel_lab.paths import FAILURES  # noqa: E402
+from desk import Desk, LabError  # noqa: E402
 
 WM_TIMER, WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONUP = 0x113, 0x200, 0x201, 0x202
 SAVE, POLL, VERIFY = 1, 4, 5
@@ -36,6 +40,8 @@ OWN = {"panel": 60, "left": 40, "right": 56}
 DEFAULTS = {"Intensity": 385, "Brightness": 1000, "LaunchAtStart": 0, "AllowExtremeDim": 0, "UseLegacyGamma": 0,
             "LegacyModeAutoSet": 0, "PWMSafeMode": 0, "GammaFixEpoch": 0}
 DRAG = 40
+# Failed kills that save evidence, and kills without an end after which a run gives up.
+MAX_EVIDENCE, MAX_ERRORS = 3, 3
 
 
 def per_mille(value):
@@ -43,10 +49,12 @@ def per_mille(value):
 
 
 class Victim:
-    """The program with simulated displays, and everything that a user has set so far."""
+    """The program with simulated displays, and everything that a user has set so far. Failed kills save evidence in
+    folders of `evidence`."""
 
-    def __init__(self, desk, rng):
-        self.desk, self.rng = desk, rng
+    def __init__(self, desk, rng, evidence):
+        self.desk, self.rng, self.evidence = desk, rng, evidence
+        self.kill, self.failures, self.failed_kills, self.left = "", [], 0, ""
         self.seen = {key: {value} for key, value in DEFAULTS.items()}
         for key in ("PWMSafeMode", "UseLegacyGamma"):
             self.seen[key] |= {0, 1}
@@ -133,9 +141,10 @@ class Victim:
 
     # One kill and what follows it
 
-    def kill_in(self, moment):
+    def kill_in(self, moment, number):
         """Kills the program in the middle of `moment`, starts it again and quits it. Returns whether the kill has
         damaged settings.ini, and the failures."""
+        self.kill, self.failures, self.left = f"{number}-{moment.__name__}", [], ""
         legacy, mode = self.rng.randint(0, 1), self.rng.randint(0, 1)
         values = {"Intensity": 385, "Brightness": 1000, **dict.fromkeys(list(DEFAULTS)[2:], 0),
                   "UseLegacyGamma": legacy, "PWMSafeMode": mode}
@@ -144,20 +153,33 @@ class Victim:
         self.desk.kill_program()
         self.desk.hardware.reset_outstanding()
         found = self.desk.settings()
-        damaged = bool(set(DEFAULTS) - set(found))
-        failures = self.unknown_values(found)
+        self.left = self.desk.settings_text()
+        damaged = is_damaged(found)
+        for text in unknown_values(found, self.seen):
+            self.fail(text)
         self.desk.start()
         if not damaged and not self.desk.ramp_is_plain():
-            failures.append("the start leaves the ramp")
+            self.fail("the start leaves the ramp")
         if self.desk.quit() != 0:
-            failures.append("the exit code is not 0")
-        return damaged, failures + list(self.remains(damaged))
+            self.fail("the exit code is not 0")
+        for text in self.remains(damaged):
+            self.fail(text)
+        return damaged, self.failures
 
-    def unknown_values(self, found):
-        """The settings that were never set to the value that they have."""
-        tolerance = {"Intensity": 1, "Brightness": 1}
-        return [f"{key}={text} was never set" for key, text in found.items() if key in self.seen
-                and not any(abs(int(text) - value) <= tolerance.get(key, 0) for value in self.seen[key])]
+    def fail(self, text):
+        """Records a failure of the kill. The first one of a kill saves evidence, as long as few kills have failed."""
+        if not self.failures:
+            self.failed_kills += 1
+            if self.failed_kills <= MAX_EVIDENCE:
+                text += f"; evidence: {self.save_evidence()}"
+        self.failures.append(text)
+
+    def save_evidence(self):
+        """Saves the present state and settings.ini as the kill left it, and returns the folder."""
+        folder = self.evidence / self.kill
+        save_evidence(self.desk, folder)
+        (folder / "killed-settings.ini").write_text(self.left)
+        return folder
 
     def remains(self, damaged):
         """What the program has left changed. A damaged file may have lost the displays' brightness."""
@@ -181,6 +203,23 @@ class Victim:
             self.desk.hardware.set_by_user(name, value)
 
 
+def is_damaged(settings):
+    """Whether the kill has interrupted a write of settings.ini: keys are missing or have no value."""
+    return any(not settings.get(key) for key in DEFAULTS)
+
+
+def unknown_values(settings, seen):
+    """The settings that were never set to the value that they have; `seen` has the values of each key."""
+    tolerance = {"Intensity": 1, "Brightness": 1}
+    for key, text in settings.items():
+        if key not in seen or not text:
+            continue
+        if not text.isascii() or not text.isdigit():
+            yield f"{key}={text} is not a number"
+        elif not any(abs(int(text) - value) <= tolerance.get(key, 0) for value in seen[key]):
+            yield f"{key}={text} was never set"
+
+
 def prepare(desk):
     """Displays that take as long to set as real ones, so that kills fall between their calls."""
     desk.hardware.monitors([Monitor("left", OWN["left"], read_delay=20, set_delay=50),
@@ -188,20 +227,29 @@ def prepare(desk):
     desk.hardware.panels([Panel("panel", OWN["panel"], delay=50)])
 
 
-def run(kills, seed, build=None, report=0, only=None):
+def run(kills, seed, build=None, report=0, only=None, evidence=FAILURES / "kills"):
     """Kills the program `kills` times, in every kind of moment or in those called `only`, and prints the totals after
-    every `report` kills. Returns (failures, table): texts, and counts by (moment, result)."""
+    every `report` kills. Returns (failures, table): texts, and counts by (moment, result). Saves the evidence of
+    failures in the folder `evidence`."""
+    shutil.rmtree(evidence, ignore_errors=True)
     rng = random.Random(seed)
-    failures, table = [], Counter()
-    with Desk(**({"build_dir": build} if build else {})) as desk:
+    failures, table, errors = [], Counter(), 0
+    with Desk(evidence=evidence / "desk", **({"build_dir": build} if build else {})) as desk:
         prepare(desk)
-        victim = Victim(desk, rng)
+        victim = Victim(desk, rng, evidence)
         moments = [moment for moment in victim.MOMENTS if only in (None, moment.__name__)]
         for number in range(kills):
             moment = moments[number % len(moments)]
-            damaged, found = victim.kill_in(moment)
+            try:
+                damaged, found = victim.kill_in(moment, number)
+            except LabError as error:
+                victim.fail(str(error))
+                damaged, found, errors = False, victim.failures, errors + 1
             table[moment.__name__, "failed" if found else "damaged file" if damaged else "ok"] += 1
             failures += [f"seed {seed}, kill {number}, {moment.__name__}: {text}" for text in found]
+            if errors == MAX_ERRORS:
+                failures.append(f"the run gives up after {number + 1} kills")
+                break
             victim.reset()
             if report and (number + 1) % report == 0:
                 print(f"after {number + 1} kills: {totals(table)}", flush=True)
