@@ -113,7 +113,7 @@ class Desktop:
         return self.facts(name, *arguments) or []
 
     def start_tool(self, name, *arguments, timeout=TIMEOUT):
-        """Starts a tool that keeps running (foreground, clipboard-hold). Returns its process once it is ready."""
+        """Starts a tool that keeps running (foreground, clipboard-hold, mutex-hold). Returns its process once it is ready."""
         child = self.start([TOOL, name, *arguments], stdout=subprocess.PIPE)
         ready, _, _ = select.select([child.stdout], [], [], timeout)
         if not ready or not child.stdout.readline().startswith(b"ready"):

@@ -62,6 +62,17 @@ class WindowsActions:
             holder.wait()
 
     @contextmanager
+    def mutex_held(self, name):
+        """Context in which another program owns the mutex of this name."""
+        holder = self.desktop.start_tool("mutex-hold", name)
+        try:
+            yield
+        finally:
+            holder.kill()
+            holder.wait()
+            wait_until(lambda: self.desktop.tool("mutex", name)[0] == NOT_FOUND, f"the end of the mutex {name}")
+
+    @contextmanager
     def other_window(self):
         """Context in which another program's window (class LabOtherWindow, 400 x 300 at 100,100) has taken the
         foreground. Yields its process."""

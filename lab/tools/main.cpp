@@ -40,6 +40,8 @@ const Command kCommands[] = {
     {L"metrics", 0, ShowMetrics},
     {L"foreground", 0, TakeForeground},
     {L"process", 1, DescribeProcess},
+    {L"mutex", 1, FindMutex},
+    {L"mutex-hold", 1, HoldMutex},
     {L"registry-get", 2, RegistryGet},
     {L"registry-set", 4, RegistrySet},
     {L"registry-delete", 1, RegistryDelete},

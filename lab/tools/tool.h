@@ -74,6 +74,8 @@ int ChangeMode(const Arguments& arguments, Json& answer);
 int ShowMetrics(const Arguments& arguments, Json& answer);
 int TakeForeground(const Arguments& arguments, Json& answer);
 int DescribeProcess(const Arguments& arguments, Json& answer);
+int FindMutex(const Arguments& arguments, Json& answer);
+int HoldMutex(const Arguments& arguments, Json& answer);
 int RegistryGet(const Arguments& arguments, Json& answer);
 int RegistrySet(const Arguments& arguments, Json& answer);
 int RegistryDelete(const Arguments& arguments, Json& answer);

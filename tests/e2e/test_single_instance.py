@@ -8,6 +8,7 @@ import model
 from desk import MARKER, TIMEOUT, wait_until
 
 UNKNOWN = "--unknown-option"
+MUTEX = "Global\\Ambrel2SingleInstance"
 
 
 def second_start(desk, *arguments):
@@ -119,4 +120,24 @@ def test_a_second_start_exits_while_the_first_has_no_window_yet(make_desk):
     desk.press_button(box)
     desk.wait_for_icon()
     assert not desk.popup_visible()
+    assert desk.events_text().count(MARKER) == 1
+
+
+def test_a_start_while_an_unrelated_program_holds_the_mutex_shows_nothing_and_changes_nothing(file_desk):
+    desk = file_desk
+    desk.clear({"UseLegacyGamma": 1})
+    desk.write_events("an older run\r\n")
+    settings, windows = desk.settings_text(), desk.windows()
+    with desk.mutex_held(MUTEX):
+        assert desk.start_program().wait(TIMEOUT) == 0
+        assert not desk.program_running()
+        assert desk.windows() == windows
+        assert not desk.tray_icons()
+        assert desk.events_text() == "an older run\n"
+        assert desk.settings_text() == settings
+        assert not desk.magnification_calls()
+        assert desk.screen_is_plain()
+    desk.start()
+    desk.press_power()
+    desk.wait_for_legacy_colour(model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
     assert desk.events_text().count(MARKER) == 1
