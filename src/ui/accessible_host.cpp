@@ -24,7 +24,9 @@ void LoadOleaccOnce() {
 }  // namespace
 
 LRESULT AnswerAccessibilityRequest(WPARAM wParam) {
-    if (g_app.windowDestroyed) return 0;
+    // Windows announces a window to clients before WM_CREATE arrives. An object must not be passed on before
+    // it can answer.
+    if (g_app.mainWindow == nullptr || g_app.windowDestroyed) return 0;
     LoadOleaccOnce();
     if (g_app.lresultFromObject == nullptr) return 0;
     if (g_app.accessibleObject == nullptr) g_app.accessibleObject = CreateAccessibleObject();

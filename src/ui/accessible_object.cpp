@@ -190,8 +190,10 @@ struct AccessibleObject final : IAccessible {
     HRESULT STDMETHODCALLTYPE get_accName(VARIANT child, BSTR* name) override {
         return GetText(child, Property::Name, name);
     }
+    // A control without a value does not support the property; S_FALSE is not documented for it.
     HRESULT STDMETHODCALLTYPE get_accValue(VARIANT child, BSTR* value) override {
-        return GetText(child, Property::Value, value);
+        const HRESULT result = GetText(child, Property::Value, value);
+        return result == S_FALSE ? DISP_E_MEMBERNOTFOUND : result;
     }
     HRESULT STDMETHODCALLTYPE get_accDescription(VARIANT child, BSTR* description) override {
         return GetText(child, Property::Description, description);

@@ -103,7 +103,7 @@ TEST_F(AccessibleArguments, WithoutMemoryForATextTheCallReturnsOutOfMemory) {
     EXPECT_EQ(Action(kIdStrip), refused);
     EXPECT_EQ(Text(&IAccessible::get_accHelp, kIdStrip), refused);
     EXPECT_EQ(Value(kIdWarmth), refused);
-    EXPECT_EQ(Value(kIdStrip), (TextAnswer{S_FALSE, L""})) << "there is no text to copy";
+    EXPECT_EQ(Action(kIdTitle), (TextAnswer{S_FALSE, L""})) << "there is no text to copy";
 }
 
 TEST_F(AccessibleArguments, AFailedCallClearsItsOutParameters) {

@@ -86,6 +86,13 @@ TEST_F(AccessibleHost, WithoutTheFunctionThereIsNoAnswer) {
     EXPECT_EQ(AnswerAccessibilityRequest(5), 0);
 }
 
+TEST_F(AccessibleHost, AWindowThatIsBeingCreatedGivesNoObject) {
+    Install();
+    g_app.mainWindow = nullptr;  // WM_CREATE sets it
+    EXPECT_EQ(AnswerAccessibilityRequest(5), 0);
+    EXPECT_EQ(g_calls, CallRecord{});
+}
+
 TEST_F(AccessibleHost, AWindowThatIsBeingDestroyedGivesNoObject) {
     Install();
     g_app.windowDestroyed = true;
