@@ -17,11 +17,12 @@ from desk import TIMEOUT, wait_until
 BESIDE, WORKING = "C:\\Pl\u00e1nted  by the pr\u00f6gram\\", "C:\\w\u00f6rking \u00e9 directory \\b\\"
 SWITCH = "--expand-gamma-range"
 ICM_KEY, ICM_VALUE = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM", "GdiIcmGammaRange"
+OVERRIDES = "HKCU\\Software\\Wine\\AppDefaults\\ambrel.exe\\DllOverrides"
 START = (model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
 LOG = "C:\\lab\\planted.log"
 
 # What the program loads by name, and what programs are known to look for beside themselves.
-LOADED_BY_NAME = ("magnification.dll", "shcore.dll", "dwmapi.dll", "dxva2.dll", "ntdll.dll")
+LOADED_BY_NAME = ("magnification.dll", "shcore.dll", "dwmapi.dll", "dxva2.dll", "oleacc.dll", "ntdll.dll")
 SOUGHT = ("amsi.dll", "apphelp.dll", "bcrypt.dll", "comctl32.dll", "coremessaging.dll", "cryptbase.dll", "cryptsp.dll",
           "d3d9.dll", "dbghelp.dll", "edputil.dll", "fastprox.dll", "gdiplus.dll", "iphlpapi.dll", "kernel.appcore.dll",
           "ktmw32.dll", "linkinfo.dll", "mpr.dll", "msctf.dll", "msimg32.dll", "mswsock.dll", "netapi32.dll",
@@ -66,11 +67,14 @@ def planted_desk_fixture(make_file_desk):
     desk = make_file_desk()
     desk.install_program(target=BESIDE + "ambrel.exe")
     names = names_to_plant(desk)
-    assert {"magnification.dll", "dwmapi.dll", "windowscodecs.dll", "uxtheme.dll"} <= names
+    assert {"magnification.dll", "dwmapi.dll", "oleacc.dll", "windowscodecs.dll", "uxtheme.dll"} <= names
     for folder in (BESIDE, WORKING):
         desk.prefix.path(folder).mkdir(parents=True, exist_ok=True)
         for name in names:
             shutil.copy(desk.build_dir / "lab" / "planted.dll", desk.prefix.path(folder + name))
+    # Without this Wine would load its own DLL of the name instead of the planted file.
+    for name in LOADED_BY_NAME:
+        desk.registry_set(OVERRIDES, "*" + name.removesuffix(".dll"), "native,builtin")
     return desk
 
 
@@ -98,6 +102,7 @@ def test_an_ordinary_run_loads_none(planted_desk):
     desk.wait_for_icon()
     desk.press_power()
     desk.wait_for_colour(*START)
+    assert desk.accessible_popup().name == "Ambrel"
     desk.show_settings()
     desk.click_unit(*SUPPORT)
     wait_until(lambda: any(line.startswith("Support bundle") for line in desk.log()), "the report", state=desk.log)
