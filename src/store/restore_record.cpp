@@ -13,6 +13,7 @@ constexpr wchar_t kSection[] = L"Restore";
 constexpr wchar_t kRampKey[] = L"Ramp";
 
 constexpr DWORD kMaxValueLength = 4000;  // of a row as it is stored
+constexpr int kMaxRepetitions = 100;     // of a key; sanity limit
 
 const wchar_t* Path() {
     return g_app.settingsPath.c_str();
@@ -48,6 +49,22 @@ bool ReadRow(int number, RestoreRow* row) {
 
 void Write(const wchar_t* key, const wchar_t* value) {
     WritePrivateProfileStringW(kSection, key, value, Path());
+}
+
+// A key that exists hides both fallbacks.
+bool HasKey(const wchar_t* key) {
+    wchar_t one[2] = {};
+    wchar_t other[2] = {};
+    GetPrivateProfileStringW(kSection, key, L"1", one, std::size(one), Path());
+    GetPrivateProfileStringW(kSection, key, L"2", other, std::size(other), Path());
+    return one[0] == other[0];
+}
+
+// A file that was edited by hand may contain a key several times. Only the first is read; a deletion reveals
+// the next.
+void DeleteKey(const wchar_t* key) {
+    for (int i = 0; i < kMaxRepetitions && HasKey(key); ++i)
+        Write(key, nullptr);
 }
 
 void DeleteSection() {
@@ -105,7 +122,7 @@ void DeleteRestoreRow(int number) {
     if (rows.empty() && !IsRampRecorded()) {
         DeleteSection();
     } else {
-        Write(std::to_wstring(number).c_str(), nullptr);
+        DeleteKey(std::to_wstring(number).c_str());
     }
 }
 
@@ -122,7 +139,7 @@ void DeleteRampRecord() {
     if (ReadRestoreRows().empty()) {
         DeleteSection();
     } else {
-        Write(kRampKey, nullptr);
+        DeleteKey(kRampKey);
     }
 }
 

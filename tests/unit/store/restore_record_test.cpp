@@ -191,6 +191,20 @@ TEST_F(RestoreRecord, ADeletedRowLeavesTheOthers) {
     EXPECT_EQ(Rows(), std::vector<std::string>{"2: " + Describe(kPanel)});
 }
 
+TEST_F(RestoreRecord, ADeletionLeavesNoRepetitionOfTheRow) {
+    StoredRecord("1=40 0 one\r\n2=50 0 two\r\n1=60 0 hidden\r\n1=\r\n1=70 0 hidden\r\n");
+    DeleteRestoreRow(1);
+    EXPECT_EQ(Rows(), std::vector<std::string>{"2: 50 0 two|"});
+    EXPECT_EQ(ReadBytes(path).find("hidden"), std::string::npos);
+}
+
+TEST_F(RestoreRecord, ADeletionLeavesNoRepetitionOfTheRamp) {
+    StoredRecord("Ramp=1\r\n1=40 0 one\r\nRamp=1\r\n");
+    DeleteRampRecord();
+    EXPECT_FALSE(IsRampRecorded());
+    EXPECT_EQ(Rows(), std::vector<std::string>{"1: 40 0 one|"});
+}
+
 TEST_F(RestoreRecord, TheLastRowTakesTheSectionWithIt) {
     AddRestoreRow(kMonitor);
     g_writes.clear();
