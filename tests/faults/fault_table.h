@@ -9,7 +9,8 @@ struct FaultRow {
     const char* function;
     bool lookedUp;  // by GetProcAddress
     Failure failure;
+    const char* notReached = nullptr;  // why no session calls it
 };
 
-// One row for each function and way.
+// One row for each function and way, or one in all for a function that no session calls.
 std::vector<FaultRow> AllFaults();

@@ -48,8 +48,19 @@ DWORD WINAPI Watch(void*) {
     }
 }
 
+// Wine keeps the contents of a deleted file in memory. It reads a file again whose time has changed.
+void ForgetSettings() {
+    const std::wstring path = ProgramFolder() + L"settings.ini";
+    HANDLE empty = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                               CREATE_ALWAYS, 0, nullptr);
+    if (empty != INVALID_HANDLE_VALUE) CloseHandle(empty);
+    wchar_t value[8] = L"";
+    GetPrivateProfileStringW(L"Settings", L"Intensity", L"", value, 8, path.c_str());
+}
+
 // A session whose CloseHandle failed holds its files open, which can then only be emptied.
 void DeleteProgramFiles() {
+    ForgetSettings();
     for (const wchar_t* file : {L"settings.ini", L"events.log"}) {
         const std::wstring path = ProgramFolder() + file;
         if (DeleteFileW(path.c_str()) != FALSE || GetLastError() == ERROR_FILE_NOT_FOUND) continue;

@@ -7,7 +7,7 @@
 // Describes the running case in the report of a crash or a hang.
 extern char g_currentCase[256];
 
-// From now on a crash, or 30 s without NoteProgress, prints the case and ends the process with exit code 3.
+// From now on a crash, or 90 s without NoteProgress, prints the case and ends the process with exit code 3.
 void ReportCrashesAndHangs();
 void NoteProgress();
 

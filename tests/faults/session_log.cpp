@@ -29,14 +29,21 @@ const std::vector<Claim>& Claims() {
         {"Support bundle copied", {"OpenClipboard", "SetClipboardData", "GlobalAlloc", "GlobalLock"}},
         {"Tray icon added", {"Shell_NotifyIconW"}},
         {"Legacy ramp accepted", {"SetDeviceGammaRamp", "GetDC"}},
-        {"Gamma-range fix helper launched", {"ShellExecuteW"}},
-        {"Gamma-range expansion confirmed", {"RegQueryValueExW", "RegOpenKeyExW"}},
+        {"Gamma-range fix helper launched", {"ShellExecuteW", "MessageBoxW"}},
+        {"Gamma-range expansion confirmed",
+         {"RegQueryValueExW", "RegOpenKeyExW", "RegCreateKeyExW", "RegSetValueExW"}},
         {"PWM-safe: lock recovered",
          {"GetMonitorBrightness", "GetMonitorCapabilities", "SetMonitorBrightness"}},
-        {"PWM-safe: 1 display(s) confirmed",
+        // The displays are a monitor and a panel, which Windows controls with different functions.
+        {"PWM-safe: 1 display(s) confirmed", {"SetMonitorBrightness"}},
+        {"PWM-safe: 2 display(s) confirmed",
          {"GetMonitorBrightness", "GetMonitorCapabilities", "SetMonitorBrightness", "EnumDisplayMonitors",
           "GetNumberOfPhysicalMonitorsFromHMONITOR", "GetPhysicalMonitorsFromHMONITOR", "LoadLibraryExW",
-          "GetProcAddress"}},
+          "GetProcAddress", "CoCreateInstance", "CoSetProxyBlanket", "SysAllocString"}},
+        {"PWM-safe targets: 2 controllable",
+         {"GetMonitorBrightness", "GetMonitorCapabilities", "EnumDisplayMonitors",
+          "GetNumberOfPhysicalMonitorsFromHMONITOR", "GetPhysicalMonitorsFromHMONITOR", "LoadLibraryExW",
+          "GetProcAddress", "CoCreateInstance", "CoSetProxyBlanket", "SysAllocString"}},
     };
     return claims;
 }

@@ -2,15 +2,18 @@
 
 #include <shlobj.h>
 
-#include <algorithm>
 #include <cstring>
-#include <iterator>
+#include <utility>
 
 #include "app/state/app_state.h"
 #include "brightness/physical_monitors.h"
 #include "faults/fault_injector.h"
+#include "faults/simulated_function.h"
+#include "faults/simulated_panel.h"
 
 #include <oleacc.h>
+#include <wbemcli.h>
+#include <wincodec.h>
 
 SimulatedPlatform g_platform;
 
@@ -19,57 +22,16 @@ namespace {
 constexpr int kMaxMessagesPerStep = 400;
 
 // Not called through the import table, where a fault may be injected.
-decltype(&PeekMessageW) g_peekMessage = nullptr;
-decltype(&DestroyCursor) g_destroyCursor = nullptr;
-decltype(&LoadImageW) g_loadImage = nullptr;
-decltype(&LoadCursorW) g_loadCursor = nullptr;
+const auto g_peekMessage = RealFunction<decltype(&PeekMessageW)>(L"user32.dll", "PeekMessageW");
+const auto g_getForegroundWindow =
+    RealFunction<decltype(&GetForegroundWindow)>(L"user32.dll", "GetForegroundWindow");
+const auto g_beginPaint = RealFunction<decltype(&BeginPaint)>(L"user32.dll", "BeginPaint");
+const auto g_setClipboardData = RealFunction<decltype(&SetClipboardData)>(L"user32.dll", "SetClipboardData");
+const auto g_coCreateInstance = RealFunction<decltype(&CoCreateInstance)>(L"ole32.dll", "CoCreateInstance");
 
 struct ColourMatrix {
     float cells[5][5];
 };
-
-bool IsIdentity(const std::uint16_t (&ramp)[3][256]) {
-    for (const auto& channel : ramp) {
-        for (int i = 0; i < 256; ++i) {
-            if (channel[i] != 257 * i) return false;
-        }
-    }
-    return true;
-}
-
-BOOL WINAPI FakeSetDeviceGammaRamp(HDC, const std::uint16_t (*ramp)[3][256]) {
-    if (g_platform.refusesRamps && !IsIdentity(*ramp)) return FALSE;
-    std::memcpy(g_platform.ramp, ramp, sizeof(g_platform.ramp));
-    return TRUE;
-}
-
-BOOL WINAPI FakeGetDeviceGammaRamp(HDC, void* ramp) {
-    std::memcpy(ramp, g_platform.ramp, sizeof(g_platform.ramp));
-    return TRUE;
-}
-
-BOOL WINAPI FakeSetSystemCursor(HCURSOR cursor, DWORD) {
-    g_platform.cursorsReplaced = true;
-    return g_destroyCursor(cursor);
-}
-
-// Most of a session's time goes to the cursors, so only arrow, beam and hourglass exist.
-bool IsMissingCursor(const wchar_t* name) {
-    if (!IS_INTRESOURCE(name)) return false;
-    const auto id = static_cast<WORD>(reinterpret_cast<ULONG_PTR>(name));
-    const WORD existing[] = {32512, 32513, 32514};
-    return std::find(std::begin(existing), std::end(existing), id) == std::end(existing);
-}
-
-HANDLE WINAPI FakeLoadImage(HINSTANCE instance, const wchar_t* name, UINT type, int width, int height,
-                            UINT flags) {
-    if (instance == nullptr && type == IMAGE_CURSOR && IsMissingCursor(name)) return nullptr;
-    return g_loadImage(instance, name, type, width, height, flags);
-}
-
-HCURSOR WINAPI FakeLoadCursor(HINSTANCE instance, const wchar_t* name) {
-    return instance == nullptr && IsMissingCursor(name) ? nullptr : g_loadCursor(instance, name);
-}
 
 BOOL WINAPI FakeSystemParametersInfo(UINT action, UINT, void*, UINT) {
     if (action == SPI_SETCURSORS) g_platform.cursorsReplaced = false;
@@ -78,7 +40,27 @@ BOOL WINAPI FakeSystemParametersInfo(UINT action, UINT, void*, UINT) {
 
 int WINAPI FakeMessageBox(HWND, const wchar_t*, const wchar_t*, UINT type) {
     g_platform.boxes += 1;
-    return (type & MB_TYPEMASK) == MB_YESNO ? IDNO : IDOK;
+    return (type & MB_TYPEMASK) == MB_YESNO ? g_platform.answer : IDOK;
+}
+
+HWND WINAPI FakeGetForegroundWindow() {
+    return g_platform.otherInForeground ? GetDesktopWindow() : g_getForegroundWindow();
+}
+
+BOOL WINAPI FakeAttachThreadInput(DWORD, DWORD, BOOL) {
+    return TRUE;
+}
+
+BOOL WINAPI FakeIsHungAppWindow(HWND) {
+    return FALSE;
+}
+
+HDC WINAPI FakeBeginPaint(HWND window, PAINTSTRUCT* paint) {
+    return std::exchange(g_platform.refusesPainting, false) ? nullptr : g_beginPaint(window, paint);
+}
+
+HANDLE WINAPI FakeSetClipboardData(UINT format, HANDLE memory) {
+    return std::exchange(g_platform.refusesClipboard, false) ? nullptr : g_setClipboardData(format, memory);
 }
 
 BOOL WINAPI FakeTrackPopupMenu(HMENU, UINT, int, int, int, HWND, const RECT*) {
@@ -89,10 +71,9 @@ HINSTANCE WINAPI FakeShellExecute(HWND, const wchar_t*, const wchar_t*, const wc
     return reinterpret_cast<HINSTANCE>(INT_PTR{42});
 }
 
-// Every start is that of the first instance.
 HANDLE WINAPI FakeCreateMutex(SECURITY_ATTRIBUTES*, BOOL, const wchar_t*) {
     HANDLE mutex = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    SetLastError(ERROR_SUCCESS);
+    SetLastError(g_platform.isFirstInstance ? ERROR_SUCCESS : ERROR_ALREADY_EXISTS);
     return mutex;
 }
 
@@ -104,9 +85,17 @@ BOOL WINAPI FakeShellNotifyIcon(DWORD, NOTIFYICONDATAW*) {
     return TRUE;
 }
 
-HRESULT WINAPI FakeCoCreateInstance(REFCLSID, IUnknown*, DWORD, REFIID, void** object) {
-    if (object != nullptr) *object = nullptr;
-    return REGDB_E_CLASSNOTREG;
+HRESULT WINAPI FakeCoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, REFIID iid,
+                                    void** object) {
+    *object = nullptr;
+    if (!g_platform.isComplete) return REGDB_E_CLASSNOTREG;
+    if (IsEqualGUID(clsid, CLSID_WbemLocator)) return CreateWmiLocator(iid, object);
+    return g_coCreateInstance(clsid, outer, context, iid, object);
+}
+
+HRESULT WINAPI FakeCoSetProxyBlanket(IUnknown*, DWORD, DWORD, OLECHAR*, DWORD, DWORD,
+                                     RPC_AUTH_IDENTITY_HANDLE, DWORD) {
+    return S_OK;
 }
 
 UINT_PTR WINAPI FakeSetTimer(HWND, UINT_PTR id, UINT, TIMERPROC) {
@@ -210,6 +199,10 @@ HRESULT WINAPI Succeed() {
     return S_OK;
 }
 
+HRESULT WINAPI SetDpiAwareness(int) {
+    return g_platform.refusesDpiAwareness ? E_FAIL : S_OK;
+}
+
 HRESULT WINAPI IsCompositionEnabled(BOOL* enabled) {
     *enabled = TRUE;
     return S_OK;
@@ -237,17 +230,7 @@ HRESULT WINAPI ObjectFromWindow(HWND, DWORD, REFIID, void** object) {
     return S_OK;
 }
 
-struct Simulated {
-    const char* name;
-    void* function;
-};
-
-template <typename Function>
-void* Address(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
-const Simulated kLookedUp[] = {
+const SimulatedRow kLookedUp[] = {
     {"MagInitialize", Address(&MagInitialize)},
     {"MagUninitialize", Address(&MagUninitialize)},
     {"MagSetFullscreenColorEffect", Address(&MagSetFullscreenColorEffect)},
@@ -257,7 +240,7 @@ const Simulated kLookedUp[] = {
     {"GetMonitorCapabilities", Address(&GetCapabilities)},
     {"GetMonitorBrightness", Address(&GetBrightness)},
     {"SetMonitorBrightness", Address(&SetBrightness)},
-    {"SetProcessDpiAwareness", Address(&Succeed)},
+    {"SetProcessDpiAwareness", Address(&SetDpiAwareness)},
     {"DwmSetWindowAttribute", Address(&Succeed)},
     {"DwmIsCompositionEnabled", Address(&IsCompositionEnabled)},
     {"GetDpiForMonitor", Address(&DpiForMonitor)},
@@ -266,12 +249,13 @@ const Simulated kLookedUp[] = {
     {"AccessibleObjectFromWindow", Address(&ObjectFromWindow)},
 };
 
-const Simulated kImported[] = {
-    {"SetDeviceGammaRamp", Address(&FakeSetDeviceGammaRamp)},
-    {"GetDeviceGammaRamp", Address(&FakeGetDeviceGammaRamp)},
-    {"LoadImageW", Address(&FakeLoadImage)},
-    {"LoadCursorW", Address(&FakeLoadCursor)},
-    {"SetSystemCursor", Address(&FakeSetSystemCursor)},
+const SimulatedRow kImported[] = {
+    {"GetForegroundWindow", Address(&FakeGetForegroundWindow)},
+    {"AttachThreadInput", Address(&FakeAttachThreadInput)},
+    {"IsHungAppWindow", Address(&FakeIsHungAppWindow)},
+    {"BeginPaint", Address(&FakeBeginPaint)},
+    {"SetClipboardData", Address(&FakeSetClipboardData)},
+    {"CoSetProxyBlanket", Address(&FakeCoSetProxyBlanket)},
     {"SystemParametersInfoW", Address(&FakeSystemParametersInfo)},
     {"MessageBoxW", Address(&FakeMessageBox)},
     {"TrackPopupMenu", Address(&FakeTrackPopupMenu)},
@@ -288,37 +272,25 @@ const Simulated kImported[] = {
     {"GetProcAddress", Address(&FakeGetProcAddress)},
 };
 
-template <typename Function>
-void FindReal(const char* name, Function* function) {
-    *function = reinterpret_cast<Function>(GetProcAddress(GetModuleHandleW(L"user32.dll"), name));
-}
-
 }  // namespace
 
 void* SimulatedFunction(const char* name) {
-    for (const Simulated& row : kLookedUp) {
+    for (const SimulatedRow& row : kLookedUp) {
         if (std::strcmp(row.name, name) == 0) return row.function;
     }
     return nullptr;
 }
 
 void InstallSimulatedPlatform() {
-    FindReal("PeekMessageW", &g_peekMessage);
-    FindReal("DestroyCursor", &g_destroyCursor);
-    FindReal("LoadImageW", &g_loadImage);
-    FindReal("LoadCursorW", &g_loadCursor);
-    for (const Simulated& row : kImported)
+    for (const SimulatedRow& row : kImported)
+        ReplaceImport(row.name, row.function);
+    for (const SimulatedRow& row : SimulatedRamps())
+        ReplaceImport(row.name, row.function);
+    for (const SimulatedRow& row : SimulatedCursors())
         ReplaceImport(row.name, row.function);
 }
 
 void ResetSimulatedPlatform() {
     g_platform = {};
-    for (auto& channel : g_platform.ramp) {
-        for (int i = 0; i < 256; ++i)
-            channel[i] = static_cast<std::uint16_t>(257 * i);
-    }
-}
-
-bool IsRampIdentity() {
-    return IsIdentity(g_platform.ramp);
+    DropRamps();
 }

@@ -28,7 +28,7 @@ WITHOUT_A_ROW = {
     "without memory the program ends, which test_crash.py tests": "malloc",
     "it is called before the session": "SetDefaultDllDirectories",
     "only the crash guard calls it, which test_crash.py tests":
-        "K32GetModuleBaseNameW SetUnhandledExceptionFilter TryAcquireSRWLockExclusive VirtualQuery",
+        "K32GetModuleBaseNameW SetUnhandledExceptionFilter TryAcquireSRWLockExclusive VirtualQuery WriteFile",
     "only the compiler's runtime calls it, at the start, at the end or after a fault": """
         __C_specific_handler ___lc_codepage_func ___mb_cur_max_func __iob_func __set_app_type __setusermatherr
         __wgetmainargs __winitenv _amsg_exit _cexit _commode _fmode _initterm _onexit _wcmdln abort calloc exit fprintf
