@@ -12,6 +12,7 @@ from ambrel_lab.evidence import save_evidence
 from ambrel_lab.paths import FAILURES
 
 OPEN_DESKS = []
+MAX_NAME = 150
 
 
 @contextmanager
@@ -29,7 +30,9 @@ def open_desk(make, request, **options):
 def evidence_folder(test):
     """The folder for the evidence of a failed test: build/failures/FILE/TEST."""
     file, _, name = test.partition("::")
-    return FAILURES / Path(file).stem / (re.sub(r"[^A-Za-z0-9_.-]+", "-", name).strip("-") or "start")
+    # A test's name contains its parameters, and a file's name has at most 255 characters.
+    name = re.sub(r"[^A-Za-z0-9_.-]+", "-", name).strip("-")[:MAX_NAME]
+    return FAILURES / Path(file).stem / (name or "start")
 
 
 @pytest.hookimpl(hookwrapper=True)
