@@ -27,7 +27,11 @@ case "${1:-}" in
         say "Building the program and its lab (build/release)"
         build end_to_end
         say "Running every test"
-        exec ctest --preset tests
+        status=0
+        ctest --preset tests || status=$?
+        # Programs that Wine did not start, in tests that have passed too.
+        grep -h 'has printed nothing' build/release/Testing/Temporary/LastTest.log >&2 || :
+        exit "$status"
         ;;
     --quick)
         say "Building the program and its unit tests (build/release)"

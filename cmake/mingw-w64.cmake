@@ -4,8 +4,7 @@ set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 
 set(AMBREL_TRIPLE x86_64-w64-mingw32)
-# Test programs print a line when they start.
-set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../lab/run-in-lab --first-output 150)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../lab/run-in-lab --test)
 set(CMAKE_RC_COMPILER ${AMBREL_TRIPLE}-windres)
 set(CMAKE_OBJCOPY ${AMBREL_TRIPLE}-objcopy)
 set(CMAKE_STRIP ${AMBREL_TRIPLE}-strip)

@@ -78,9 +78,10 @@ class AccessibilityActions:
         answer = self.desktop.request("accessible-navigate", WINDOW_CLASS, direction, child)
         return answer["result"], answer["child"]
 
-    def accessible_random(self, seed, count, acts, timeout=5 * TIMEOUT):
+    def accessible_random(self, seed, count, acts):
         """Makes random calls, with `acts` also those that act: {"succeeded", "refused", "lost"}."""
-        return self.desktop.request("accessible-random", WINDOW_CLASS, seed, count, int(acts), timeout=timeout)
+        return self.desktop.request("accessible-random", WINDOW_CLASS, seed, count, int(acts),
+                                    timeout=TIMEOUT + count)
 
     @contextmanager
     def accessible_holder(self):

@@ -13,8 +13,11 @@ from .evidence import save_evidence
 from .lab import Lab
 from .paths import FAILURES, LabError
 
-# Seconds after which a program is treated as hung. Shorter than CTest's timeout, after which there is no evidence.
-HANG_TIMEOUT = 400.0
+# Seconds within which a test program must print its first line.
+START_TIMEOUT = 150.0
+# Seconds after which a test program is treated as hung: some take 12 minutes on a very busy machine. Shorter than
+# CTest's timeout, after which there is no evidence.
+HANG_TIMEOUT = 1500.0
 
 
 def end_on_signals():
@@ -47,33 +50,45 @@ def selected_tests():
     return [f"--gtest_filter={os.environ[name]}"] if name in os.environ else []
 
 
-def run(words, evidence, first_output):
+def run(words):
     """Runs a program in a new lab without tools. Returns its exit code."""
+    with Lab(size=(1280, 720), tools=False) as lab:
+        return run_console(lab.desktop, words[0], words[1:])
+
+
+def run_test(words, evidence):
+    """Runs a test program in a new lab without tools. Returns its exit code. Saves evidence of a failure."""
     lab = Lab(size=(1280, 720), tools=False, evidence=evidence)
     with evidence_of_a_hang(lab, evidence), lab:
-        return run_console(lab.desktop, words[0], words[1:] + selected_tests(), first_output=first_output)
+        code = run_console(lab.desktop, words[0], words[1:] + selected_tests(), first_output=START_TIMEOUT)
+        if code:
+            save_evidence(lab, evidence)
+            print(f"run-in-lab: exit code {code}; evidence: {evidence}", file=sys.stderr, flush=True)
+        return code
 
 
 def main(words):
-    """run-in-lab [--first-output SECONDS] EXE ARGUMENT...: runs EXE in a lab without tools, forwards its output and
-    returns its exit code. Saves evidence in build/failures/unit-PROGRAM if the program hangs or the lab fails.
+    """run-in-lab [--test] EXE ARGUMENT...: runs EXE in a lab without tools, forwards its output and returns its exit
+    code.
 
-    --first-output is for programs that print a line when they start. Wine can hang when it starts a program: one that
-    has printed nothing after SECONDS is ended and started once more."""
-    first_output = None
-    if words[:1] == ["--first-output"] and len(words) > 2:
-        first_output, words = float(words[1]), words[2:]
+    --test is for a program that prints a line when it starts. Wine can hang when it starts a program: one that has
+    printed nothing after START_TIMEOUT is ended and started once more. A program that fails or hangs leaves evidence in
+    build/failures/PROGRAM."""
+    is_test = words[:1] == ["--test"]
+    words = words[1:] if is_test else words
     if not words or words[0].startswith("--"):
-        print("usage: run-in-lab [--first-output SECONDS] EXE [ARGUMENT...]", file=sys.stderr)
+        print("usage: run-in-lab [--test] EXE [ARGUMENT...]", file=sys.stderr)
         return 2
     end_on_signals()
-    evidence = FAILURES / f"unit-{Path(words[0]).stem}"
+    evidence = FAILURES / Path(words[0]).stem
     try:
+        if not is_test:
+            return run(words)
         try:
-            return run(words, evidence, first_output)
+            return run_test(words, evidence)
         except NoOutput as error:
             report(error)
-            return run(words, evidence, first_output)
+            return run_test(words, evidence)
     except LabError as error:
         report(error)
         return SIGNALLED - 1

@@ -49,7 +49,7 @@ class Desktop:
         if self.has_tool and not self.has_taskbar:
             # Listing windows creates the desktop; looking for one window does not.
             self.tool("windows")
-            wait_until(lambda: self.facts("window", "Shell_TrayWnd"), "the taskbar")
+            wait_until(lambda: self.facts("window", "Shell_TrayWnd"), "the taskbar", state=lambda: self.rows("windows"))
             self.has_taskbar = True
 
     def start(self, command, **options):

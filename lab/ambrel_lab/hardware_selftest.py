@@ -119,7 +119,7 @@ def check_behaviours(hardware, client):
     assert [hardware.value(name) for name in names] == [100, 40, 25, 100]
     hardware.change("drifts", after=400)
     assert client.set_monitor(3, 100) == 0
-    wait_until(lambda: hardware.value("drifts") == 25, "the drift")
+    wait_until(lambda: hardware.value("drifts") == 25, "the drift", state=lambda: hardware.value("drifts"))
     assert [seen.current for seen in client.monitors()] == [100, 40, 25, 25]
     hardware.set_by_user("drifts", 60)
     hardware.change("ignores", behaviour="ok")

@@ -13,6 +13,7 @@ GEAR = (292, 29)
 CARD = (160, 400)
 CARD_OUTLINE = (160, 384)
 STATUS_STRIP = (160, 395)
+STRIP_TEXT = (22, 385, 298, 405)  # left, top, right, bottom
 
 # Centres of the settings panel's controls.
 CLOSE = (276, 30)

@@ -9,6 +9,7 @@ from .processes import kill, processes_named, processor_time
 from .waiting import TIMEOUT, wait_until
 
 WM_PAINT = 0xF
+ERROR_TIMEOUT = 1460
 
 
 class ProgramActions:
@@ -55,7 +56,7 @@ class ProgramActions:
         # Until then the program's mutex exists, and a new program takes itself for a second instance.
         if killed:
             wait_until(lambda: not self.desktop.facts("process", self.program_image),
-                       f"the removal of {self.program_image} from Windows' list of processes")
+                       f"the removal of {self.program_image} from Windows' list of processes", state=self.program_pids)
             self.remove_dead_icons()
 
     def processor_seconds(self):
@@ -101,7 +102,9 @@ class ProgramActions:
 
     def synchronise(self, target=WINDOW_CLASS):
         """Waits until a window has handled what its program is doing. Does nothing if the window does not exist."""
-        self.desktop.tool("message", target, "send", 0, 0, 0, int(TIMEOUT * 1000), timeout=2 * TIMEOUT)
+        _, answer = self.desktop.tool("message", target, "send", 0, 0, 0, int(TIMEOUT * 1000), timeout=2 * TIMEOUT)
+        if (answer or {}).get("error") == ERROR_TIMEOUT:
+            raise LabError(f"{target} has handled no message for {TIMEOUT:g} s")
 
     def random_messages(self, seed, count, target=WINDOW_CLASS):
         """Sends and posts `count` random messages without pointers: {"sent", "posted", "unanswered"}."""

@@ -70,7 +70,8 @@ def check_screen(lab):
     ramp = [[step * 257 // divisor for step in range(256)] for divisor in (1, 2, 4)]
     lab.set_ramp(ramp)
     assert all(close_enough(got, wanted) for pair in zip(lab.ramp(), ramp) for got, wanted in zip(*pair))
-    red, green, blue = wait_until(lambda: any(colour := lab.pixel(5, 5)) and colour, "the desktop's colour")
+    red, green, blue = wait_until(lambda: any(colour := lab.pixel(5, 5)) and colour, "the desktop's colour",
+                                  state=lambda: lab.pixel(5, 5))
     assert lab.eye_picture().pixel(5, 5) == (red, green // 2, blue // 4)
     lab.set_ramp(identity_ramp())
     lab.move(300, 200)
@@ -107,7 +108,8 @@ def check_magnification(lab):
     lab.run_tool("magnify", 1000, 1000, 1000, "keep")
     child = lab.desktop.start([TOOL, "magnify", "500", "1000", "1000", "keep"], stdout=subprocess.PIPE)
     child.communicate(timeout=TIMEOUT)
-    wait_until(lambda: lab.magnification.applied_factors() == (1.0, 1.0, 1.0), "the removal of the effect of an ended process")
+    wait_until(lambda: lab.magnification.applied_factors() == (1.0, 1.0, 1.0), "the removal of the effect of an ended process",
+               state=lab.magnification.applied_factors)
     lab.magnification.install("without-effect")
     # A running program keeps the library that it has loaded; a new one loads the installed one.
     found = library_of_new_process(lab)

@@ -70,7 +70,8 @@ class WindowsActions:
         finally:
             holder.kill()
             holder.wait()
-            wait_until(lambda: self.desktop.tool("mutex", name)[0] == NOT_FOUND, f"the end of the mutex {name}")
+            wait_until(lambda: self.desktop.tool("mutex", name)[0] == NOT_FOUND, f"the end of the mutex {name}",
+                       state=lambda: self.desktop.tool("mutex", name))
 
     @contextmanager
     def other_window(self):
@@ -82,7 +83,8 @@ class WindowsActions:
         finally:
             child.kill()
             child.wait()
-            wait_until(lambda: not self.desktop.facts("window", "LabOtherWindow"), "the other window to disappear")
+            wait_until(lambda: not self.desktop.facts("window", "LabOtherWindow"), "the other window to disappear",
+                       state=self.windows)
 
     def windows(self):
         """Every visible top-level window, topmost first."""

@@ -13,6 +13,7 @@ from ambrel_lab.paths import FAILURES
 
 OPEN_DESKS = []
 MAX_NAME = 150
+SHOWN = 2000  # characters of each file
 
 
 @contextmanager
@@ -35,6 +36,13 @@ def evidence_folder(test):
     return FAILURES / Path(file).stem / (name or "start")
 
 
+def state_in(evidence):
+    """What the program showed and logged, from saved evidence. A wait that fails may name only what it waited for."""
+    texts = [path.read_text(errors="replace") for name in ("windows.txt", "events.log", "missing.txt")
+             if (path := evidence / name).exists()]
+    return "\n".join(text[-SHOWN:] for text in texts)
+
+
 @pytest.hookimpl(hookwrapper=True)
 def pytest_runtest_makereport(item):
     """Saves evidence from the open desks if a test or its set-up has failed."""
@@ -43,5 +51,7 @@ def pytest_runtest_makereport(item):
         folder = evidence_folder(item.nodeid)
         shutil.rmtree(folder, ignore_errors=True)
         for number, desk in enumerate(OPEN_DESKS):
-            save_evidence(desk, folder if len(OPEN_DESKS) == 1 else folder / f"desk-{number}")
+            evidence = folder if len(OPEN_DESKS) == 1 else folder / f"desk-{number}"
+            save_evidence(desk, evidence)
+            report.sections.append(("Desk", state_in(evidence)))
         report.sections.append(("Evidence", str(folder)))

@@ -8,6 +8,7 @@ import pytest
 import model
 from ambrel_lab.accessibility import ACCESS_DENIED, INVALID_ARGUMENT, NONE, NOT_CONNECTED, NOT_SUPPORTED, OK, SERVER_GONE
 from ambrel_lab.hardware import UNTIL_ENDED, Monitor, Panel
+from ambrel_lab.layout import TRACK_BOTTOM, TRACK_TOP
 from backlight import BUILD, CONFIRMED, VERIFY, WM_TIMER
 from desk import SLIDER_X, SLIDER_Y, wait_for_value, wait_until
 from documents import accessibility
@@ -242,7 +243,7 @@ def test_the_rectangles_are_where_the_controls_are_drawn(make_desk, dpi):
     assert_centred_ink(picture, on_popup(desk.accessible_control("SETTINGS")), unit)
     for name, x in (("WARMTH", 80), ("BRIGHTNESS", 240)):
         # The track that is 52 units wide and 198 high, as the slider can be pressed.
-        track = tuple(round_half_up(edge * unit) for edge in (x - 26, 107, x + 26, 305))
+        track = tuple(round_half_up(edge * unit) for edge in (x - 26, TRACK_TOP, x + 26, TRACK_BOTTOM))
         assert on_popup(desk.accessible_control(name)) == track
 
     show_settings_by_press(desk)

@@ -53,6 +53,7 @@ def hide(desk):
     if desk.popup_visible():
         desk.post_message(WM_CLOSE)
         desk.wait_for_popup(False)
+        desk.synchronise()
 
 
 def timer_messages(desk, since):
@@ -83,12 +84,15 @@ def test_a_hidden_popup_runs_no_timer_and_receives_no_message(recorded, lit):
         recorded.press_power()
         recorded.wait_for_saves(saves + 1)
     hide(recorded)
-    time.sleep(0.3)  # Hiding the popup causes messages of its own.
+    window = f"{recorded.window_facts()['handle']:#x}"
+
+    def messages():
+        return [line for line in recorded.wine_log(since).splitlines() if window in line and "dispatched" in line]
+    since = recorded.wine_log_size()
+    wait_until_settled(lambda: (True, len(messages())), "the messages that hiding causes", pause=0.3)
     since = recorded.wine_log_size()
     time.sleep(WATCHED)
-    window = f"{recorded.window_facts()['handle']:#x}"
-    messages = recorded.wine_log(since)
-    assert not [line for line in messages.splitlines() if window in line and "dispatched" in line]
+    assert not messages()
 
 
 def test_the_save_timer_of_a_drag_fires_once(recorded):
@@ -109,7 +113,7 @@ def test_the_hidden_program_uses_no_processor_time(file_desk, settings):
         desk.press_power()
         desk.wait_for_saves(1)
     hide(desk)
-    time.sleep(0.3)  # Hiding the popup uses processor time of its own.
+    wait_until(lambda: desk.processor_share(0.3) == 0, "the end of the processor time that hiding takes")
     before = desk.processor_seconds()
     time.sleep(WATCHED)
     assert desk.processor_seconds() - before <= CLOCK_TICK

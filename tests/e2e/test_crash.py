@@ -19,6 +19,8 @@ sys.path.insert(0, str(ROOT / "tests" / "program_file"))
 from link_map import link_map  # noqa: E402  pylint: disable=wrong-import-position
 
 RECORD = "-all,+system"
+# Wine refuses to reset the cursors, so the program tries twice.
+RESETS = 2
 RESET = re.compile(r"NtUserSystemParametersInfo \(87, 0, \(nil\), 0\)")
 WM_NULL = 0
 CODES = {"access": "C0000005", "illegal": "C000001D", "divide": "C0000094", "overflow": "C00000FD"}
@@ -78,7 +80,7 @@ def test_a_crash_restores_the_screen_and_the_cursors_and_logs_its_location(crash
     # Linux passes on eight bits of the exit code.
     assert crash(desk, kind) == (int(CODES[kind], 16) & 0xFF, CODES[kind], location("HandleWindowMessage"))
     assert desk.ramp_is_plain()
-    assert resets(desk) == before + 1
+    assert resets(desk) == before + RESETS
 
 
 @MODES
@@ -89,7 +91,7 @@ def test_a_stack_overflow_restores_the_screen_within_the_reserved_stack(crash_de
     exit_code, code, _ = crash(desk, "overflow")
     assert (exit_code, code) == (0xFD, CODES["overflow"])
     assert desk.ramp_is_plain()
-    assert resets(desk) == before + 1
+    assert resets(desk) == before + RESETS
 
 
 def test_a_refused_ramp_and_cursor_reset_are_tried_once_more_in_a_crash(crash_desk):
@@ -133,7 +135,7 @@ def test_a_program_without_memory_restores_the_screen_before_it_ends(crash_desk)
     desk.click(x, y)
     assert desk.wait_for_exit() == 0x09  # of 0xC0000409
     assert desk.ramp_is_plain()
-    assert resets(desk) == before + 1
+    assert resets(desk) == before + RESETS
     assert [LINE.fullmatch(line).groups()[:2] for line in crash_lines(desk)] == [("C0000409", "ambrel.exe")]
 
 

@@ -5,14 +5,14 @@ import time
 import pefile
 import pytest
 
-from ambrel_lab.layout import STATUS_STRIP
+from ambrel_lab.layout import STATUS_STRIP, STRIP_TEXT
 from desk import TIMEOUT, wait_until
 from text_recognition import SMALL, picture_of, span, matches_text
 
 ICM_KEY, ICM_VALUE = "HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ICM", "GdiIcmGammaRange"
 SWITCH = "--expand-gamma-range"
 YES, NO, OK = 6, 7, 1
-STRIP, GROUND = (22, 385, 298, 405), (26, 26, 26)
+GROUND = (26, 26, 26)
 RED, AMBER = (255, 0, 0), (255, 210, 0)
 BLOCKED = "\u26a0 COLORS BLOCKED BY WINDOWS. CLICK TO FIX"
 RESTART = "\u26a0 FIX APPLIED. RESTART YOUR COMPUTER"
@@ -64,10 +64,10 @@ def gamma_range(desk):
 
 def strip_shows(desk, text, colour):
     picture = desk.popup_picture()
-    part = picture.crop(*STRIP)
+    part = picture.crop(*STRIP_TEXT)
     colours = {part.pixel(x, y) for x in range(part.width) for y in range(part.height)}
     return (colour in colours and not {RED, AMBER} - {colour} & colours
-            and matches_text(desk, span(picture, STRIP, GROUND), text, SMALL))
+            and matches_text(desk, span(picture, STRIP_TEXT, GROUND), text, SMALL))
 
 
 def wait_for_strip(desk, text, colour):

@@ -136,10 +136,11 @@ def test_a_program_that_prints_nothing_is_started_once_more(open_input, tmp_path
     """The tool waits for commands and prints nothing until one arrives."""
     monkeypatch.setattr(console_runner, "FAILURES", tmp_path)
     monkeypatch.setattr(console_runner, "end_on_signals", lambda: None)
+    monkeypatch.setattr(console_runner, "START_TIMEOUT", 1.0)
     tool = Path(BUILD.get("build_dir", DEFAULT_BUILD)) / "lab" / "labtool.exe"
-    assert console_runner.main(["--first-output", "1", str(tool), "serve"]) == SIGNALLED - 1
+    assert console_runner.main(["--test", str(tool), "serve"]) == SIGNALLED - 1
     assert capfd.readouterr().err.count("labtool.exe has printed nothing for 1 s") == 2
-    assert "labtool.exe" in (tmp_path / "unit-labtool" / "processes.txt").read_text()
+    assert "labtool.exe" in (tmp_path / "labtool" / "processes.txt").read_text()
 
 
 def test_the_second_start_of_a_program_counts(monkeypatch):
@@ -153,4 +154,4 @@ def test_the_second_start_of_a_program_counts(monkeypatch):
     monkeypatch.setattr(console_runner, "run_console", run_console)
     monkeypatch.setattr(console_runner, "save_evidence", lambda *_: None)
     monkeypatch.setattr(console_runner, "end_on_signals", lambda: None)
-    assert console_runner.main(["--first-output", "1", "any.exe"]) == 3 and not results
+    assert console_runner.main(["--test", "any.exe"]) == 3 and not results

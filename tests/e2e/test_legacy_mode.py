@@ -3,12 +3,12 @@
 import pytest
 
 import model
+from ambrel_lab.layout import STRIP_TEXT
 from desk import wait_until
 
 LEGACY = "Legacy Mode (Older Hardware)"
 START = (model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
 REFUSED = "Legacy ramp REJECTED (intensity=1.000 brightness=0.700) - Windows range limit"
-BANNER = (22, 385, 298, 405)
 RED, AMBER = (255, 0, 0), (255, 210, 0)
 
 
@@ -19,7 +19,7 @@ def legacy_fixture(file_desk):
 
 def banner_shown(desk):
     """Whether the strip between sliders and presets contains red text."""
-    strip = desk.popup_picture().crop(*BANNER)
+    strip = desk.popup_picture().crop(*STRIP_TEXT)
     return any(strip.pixel(x, y) == RED for x in range(strip.width) for y in range(strip.height))
 
 
@@ -171,7 +171,7 @@ def test_refused_ramps_show_no_banner_outside_legacy_mode(legacy):
     legacy.show()
     legacy.slide("BRIGHTNESS", 2)  # The menu does not redraw the panel; a change does.
     wait_until(lambda: not banner_shown(legacy), "the banner to disappear")
-    strip = legacy.popup_picture().crop(*BANNER)
+    strip = legacy.popup_picture().crop(*STRIP_TEXT)
     assert any(strip.pixel(x, y) == AMBER for x in range(strip.width) for y in range(strip.height))
 
 

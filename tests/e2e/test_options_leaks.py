@@ -7,7 +7,7 @@ import pytest
 from desk import CLOSE, GEAR, SETTINGS_ROWS, wait_until, wait_until_settled
 
 # The soak test runs a thousand.
-ROUNDS, BATCH = int(os.environ.get("AMBREL_OPTION_ROUNDS", "200")), 25
+ROUNDS, BATCH = int(os.environ.get("AMBREL_OPTION_ROUNDS", "200")), 5
 SAVES = 2 * len(SETTINGS_ROWS)  # per round
 WM_NULL, WM_LBUTTONDOWN, WM_CLOSE, WM_PAINT, SHOW_POPUP = 0, 0x201, 0x10, 0xF, 0x8000 + 105
 RUN_KEY, RUN_VALUE = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run", "Ambrel2"

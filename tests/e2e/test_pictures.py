@@ -8,16 +8,15 @@ import itertools
 import pytest
 
 import model
+from ambrel_lab.layout import STRIP_TEXT, TRACK_BOTTOM, TRAVEL
 from ambrel_lab.popup import WINDOW_CLASS
 from desk import PRESET_POSITIONS, wait_until
 
 SCALINGS = [96, 120, 144, 192]
-TRAVEL_BOTTOM, TRAVEL = 305, 198
 BACKGROUND, HEADER, LOWER, BLACK = (13, 13, 13), (25, 25, 25), (26, 26, 26), (0, 0, 0)
 GROOVE, UNLIT, UNLIT_BAR, DIVIDER = (0x1E,) * 3, (0x28,) * 3, (0x50,) * 3, (0x1C,) * 3
 MAJOR_TICK, THUMB_EDGE = (0x64,) * 3, (0x3C,) * 3
 RED, WHITE, AMBER, DIMMED = (255, 0, 0), (255, 255, 255), (255, 210, 0), (0x66,) * 3
-HINT = (22, 385, 298, 405)
 # Left edges of the presets' buttons, all from y 429 to 465.
 PRESET_LEFT = {"DAY": 30, "EVENING": 120, "NIGHT": 210}
 
@@ -122,13 +121,13 @@ def assert_frame(panel):
 def assert_slider(panel, middle, value, fill, bar):
     way = int(value * TRAVEL)
     if value < 0.85:
-        assert panel.at(middle, TRAVEL_BOTTOM - way - 20) == GROOVE
+        assert panel.at(middle, TRACK_BOTTOM - way - 20) == GROOVE
     if value > 0.15:
-        assert panel.at(middle, TRAVEL_BOTTOM - way + 20) == fill
+        assert panel.at(middle, TRACK_BOTTOM - way + 20) == fill
         assert panel.at(middle, 303) == fill
     for x in (middle - 8, middle, middle + 8):
-        assert panel.at(x, 305.5 - way) == bar
-    assert THUMB_EDGE in panel.near(middle - 26, 305 - way)
+        assert panel.at(x, TRACK_BOTTOM + 0.5 - way) == bar
+    assert THUMB_EDGE in panel.near(middle - 26, TRACK_BOTTOM - way)
     grey = panel.at(middle + 18, 291.5 - way + 2)
     assert grey[0] == grey[1] == grey[2] and 60 <= grey[0] <= 89  # bright upper part of the thumb
     dip = panel.at(middle + 18, 291.5 - way + 19)
@@ -168,7 +167,7 @@ def assert_value_boxes(panel):
 
 
 def assert_hint(panel, shown):
-    colours = panel.colours(*HINT)
+    colours = panel.colours(*STRIP_TEXT)
     assert (AMBER in colours) == shown
     assert RED not in colours
 
@@ -230,7 +229,7 @@ def test_the_hint_is_highlighted_below_90_percent(panel_of):
 
 def test_the_banner_of_a_refused_ramp(panel_of):
     _, panel = panel_of("banner", choose("NIGHT"), UseLegacyGamma=1)
-    colours = panel.colours(*HINT)
+    colours = panel.colours(*STRIP_TEXT)
     assert RED in colours and AMBER not in colours
     assert_frame(panel)
 

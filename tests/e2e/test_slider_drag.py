@@ -5,11 +5,11 @@ import time
 import pytest
 
 import model
+from ambrel_lab.layout import TRACK_BOTTOM, TRACK_TOP, TRAVEL
 from desk import SAVE_DELAY, SLIDER_X, SLIDER_Y, act_within, wait_until
 from panels import wait_for_panel
 
 WM_CANCELMODE = 0x1F
-TRACK_TOP, TRACK_BOTTOM = 107, 305
 
 
 def warmth_tooltip(up, start=model.DEFAULT_INTENSITY, brightness=model.DEFAULT_BRIGHTNESS):
@@ -110,7 +110,7 @@ def test_a_drag_far_beyond_the_track_stops_at_the_end(filtered, far, value):
 
 def test_a_value_at_its_end_changes_only_after_the_pointer_returns_to_the_end(filtered):
     x, y = filtered.unit_to_screen(80, SLIDER_Y)
-    to_the_end = 198 - 76  # The default of 0.385 leaves 121.77 units up to the top.
+    to_the_end = TRAVEL - 76  # The default of 0.385 leaves 121.77 units up to the top.
     filtered.press(x, y)
     filtered.move(x, y - to_the_end - 60)
     filtered.wait_for_tooltip("Ambrel - ON (0K, 100%)")
@@ -125,7 +125,7 @@ def test_a_value_at_its_end_changes_only_after_the_pointer_returns_to_the_end(fi
 
 
 def test_brightness_ends_at_10_percent(saved):
-    saved.slide("BRIGHTNESS", -198)
+    saved.slide("BRIGHTNESS", -TRAVEL)
     saved.wait_for_tooltip("Ambrel - ON (3998K, 10%)")
     saved.wait_for_colour(0.385, 0.1)
     saved.wait_for_saves(2)
@@ -135,7 +135,7 @@ def test_brightness_ends_at_10_percent(saved):
 def test_with_extreme_dim_brightness_reaches_black(file_desk):
     desk = file_desk.start_fresh({"AllowExtremeDim": 1})
     desk.press_power()
-    desk.slide("BRIGHTNESS", -198)
+    desk.slide("BRIGHTNESS", -TRAVEL)
     desk.wait_for_tooltip("Ambrel - ON (3998K, 0%)")
     assert desk.effects()[-1].diagonal == (0.0, 0.0, 0.0)
 
@@ -238,8 +238,8 @@ def test_the_panel_is_redrawn_during_a_drag(filtered):
     filtered.slide("WARMTH", 60, release=False)
     filtered.wait_for_tooltip(warmth_tooltip(60))
     # The centre bar of the thumb.
-    travelled = int(model.dragged(0.385, 60) * 198)
-    wait_until(lambda: filtered.popup_picture().pixel(80, 305 - travelled) == (255, 0, 0),
+    travelled = int(model.dragged(0.385, 60) * TRAVEL)
+    wait_until(lambda: filtered.popup_picture().pixel(80, TRACK_BOTTOM - travelled) == (255, 0, 0),
                "the thumb at its new position")
-    assert before.pixel(80, 305 - travelled) != (255, 0, 0)
+    assert before.pixel(80, TRACK_BOTTOM - travelled) != (255, 0, 0)
     filtered.release()

@@ -6,7 +6,7 @@ import pytest
 
 import model
 from ambrel_lab.popup import TASKBAR_CLASS
-from desk import MENU_CLASS, POWER, REOPEN_DELAY, act_within, wait_until, wait_until_settled
+from desk import ATTEMPTS, MENU_CLASS, POWER, REOPEN_DELAY, LabError, act_within, wait_until, wait_until_settled
 
 WM_USER_TRAY, WM_ACTIVATE, WM_CLOSE, WM_TIMER = 0x401, 0x6, 0x10, 0x113
 WA_INACTIVE, SAVE_TIMER = 0, 1
@@ -61,20 +61,34 @@ def test_there_is_one_icon(desk):
     assert len(desk.tray_icons()) == 1
 
 
+def hide_with_a_click(desk):
+    """Clicks the icon while the popup is shown: the press hides the popup, and the release must not open it again. If a
+    busy machine handles the release too late, the popup rightly opens; then the click is repeated."""
+    for _ in range(ATTEMPTS):
+        position = desk.tray_icon_position()
+        desk.wait_for_window_at(*position, TASKBAR_CLASS)
+        started = time.monotonic()
+        desk.click_tray()
+        desk.synchronise(TASKBAR_CLASS)
+        desk.synchronise()
+        duration = time.monotonic() - started
+        time.sleep(2 * REOPEN_DELAY)  # Nothing may open late.
+        if not desk.popup_visible():
+            return
+        assert duration > REOPEN_DELAY / 2, "the click that hid the popup has opened it again"
+    raise LabError(f"none of {ATTEMPTS} clicks was handled in time")
+
+
 def test_a_left_click_opens_the_popup_and_another_hides_it(desk):
     assert not desk.popup_visible()
     desk.click_tray()
     desk.wait_for_popup()
-    desk.click_tray()
-    desk.wait_for_popup(False)
+    hide_with_a_click(desk)
 
 
 def test_the_click_that_hides_the_popup_does_not_open_it_again(desk):
     desk.open_popup()
-    desk.click_tray()
-    desk.wait_for_popup(False)
-    time.sleep(0.5)  # Twice the time in which a click is ignored: nothing may open late.
-    assert not desk.popup_visible()
+    hide_with_a_click(desk)
 
 
 def test_a_click_directly_after_the_popup_was_hidden_opens_nothing(desk):
@@ -246,9 +260,7 @@ def test_the_popup_can_be_opened_and_closed_repeatedly(desk):
     for _ in range(5):
         desk.click_tray()
         desk.wait_for_popup()
-        desk.click_tray()
-        desk.wait_for_popup(False)
-        time.sleep(REOPEN_DELAY + 0.05)
+        hide_with_a_click(desk)
 
 
 def test_quit_removes_the_icon_and_exits_with_0(desk):

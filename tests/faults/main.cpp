@@ -27,7 +27,7 @@
 #include "faults/session_log.h"
 #include "faults/simulated_platform.h"
 #include "filter/gamma_range_helper.h"
-#include "filter/gdi_counts.h"
+#include "support/gdi_counts.h"
 
 namespace {
 

@@ -6,7 +6,8 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 
 targets=(settings restore log_message log_tail registry report slider cursor)
-limits=(-max_len=2048 -timeout=10 -rss_limit_mb=1024)
+# The time limit for one input is generous, since the machine may be busy.
+limits=(-max_len=2048 -timeout=300 -rss_limit_mb=1024)
 
 if [ "${1:-}" = --quick ]; then
     build=build/fuzz-quick type=Debug

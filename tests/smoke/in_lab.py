@@ -9,11 +9,12 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "lab"))
 
 from ambrel_lab import Lab  # noqa: E402
 from ambrel_lab.console_runner import end_on_signals  # noqa: E402
+from ambrel_lab.paths import FAILURES  # noqa: E402
 
 
 def main():
     end_on_signals()
-    with Lab(sys.argv[1], size=(1280, 720)) as lab:
+    with Lab(sys.argv[1], size=(1280, 720), evidence=FAILURES / "smoke") as lab:
         return lab.run_console_program(sys.argv[2], sys.argv[3:])
 
 

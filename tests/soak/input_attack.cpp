@@ -11,8 +11,8 @@
 #include "faults/handle_count.h"
 #include "faults/session.h"
 #include "faults/simulated_platform.h"
-#include "filter/gdi_counts.h"
 #include "soak/attack.h"
+#include "support/gdi_counts.h"
 
 namespace {
 

@@ -16,10 +16,10 @@
 #include "faults/handle_count.h"
 #include "faults/session.h"
 #include "faults/simulated_platform.h"
-#include "filter/gdi_counts.h"
 #include "soak/attack.h"
 #include "soak/properties.h"
 #include "soak/simulated_time.h"
+#include "support/gdi_counts.h"
 #include "ui/regions.h"
 
 namespace {

@@ -13,8 +13,8 @@
 #include "app/state/app_state.h"
 #include "filter/cursor_factory.h"
 #include "filter/cursor_tint.h"
-#include "filter/gdi_counts.h"
 #include "filter/tinted_cursor.h"
+#include "support/gdi_counts.h"
 #include "support/seam.h"
 
 namespace {

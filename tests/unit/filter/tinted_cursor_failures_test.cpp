@@ -6,9 +6,9 @@
 
 #include "filter/cursor_factory.h"
 #include "filter/cursor_gdi_tracker.h"
-#include "filter/gdi_counts.h"
 #include "filter/tinted_cursor.h"
 #include "support/call_record.h"
+#include "support/gdi_counts.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <cmath>
 
 #include "filter/cursor_factory.h"
-#include "filter/gdi_counts.h"
 #include "filter/model/warmth.h"
 #include "filter/tinted_cursor.h"
+#include "support/gdi_counts.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "filter/gdi_counts.h"
+#include "support/gdi_counts.h"
 
 #include <cstdint>
 
