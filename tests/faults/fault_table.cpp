@@ -234,11 +234,11 @@ struct NotReached {
 
 const std::vector<NotReached>& NoSessionCalls() {
     static const std::vector<NotReached> reasons = {
-        {"no panel draws the logo; unit.ui makes it fail",
+        {"no panel draws the logo",
          {"CreateStreamOnHGlobal", "FindResourceW", "GdiAlphaBlend", "LoadResource", "LockResource",
           "SetStretchBltMode", "SizeofResource"}},
         {"no panel draws the dot of its header", {"Ellipse"}},
-        {"a monochrome cursor is not tinted; unit.filter makes it fail", {"GetDIBits"}},
+        {"no monochrome cursor is tinted", {"GetDIBits"}},
     };
     return reasons;
 }
