@@ -39,12 +39,20 @@ void CheckRamp(const Case& each, Outcome* outcome) {
     if (mayRestore || !isRecorded) outcome->faults.push_back("the gamma ramp is not the identity");
 }
 
+// GetMonitorBrightness that succeeds without values reads as 100 percent, as a monitor without a range does.
+// The monitor then keeps the lock's value.
+bool ReadsAs100(const Case& each) {
+    return IsAnyOf(each, {"GetMonitorBrightness"}) && each.row->failure.result != FALSE;
+}
+
 // A display that refuses its brightness or does not answer may stay locked if its value is recorded.
 void CheckBrightness(const Case& each, Outcome* outcome) {
     const bool isMonitorRecorded =
         IsAnyOf(each, {"SetMonitorBrightness", "GetMonitorBrightness", "GetMonitorCapabilities"}) &&
         IsRecorded(L"DXVA2:");
-    if (g_platform.monitorPercent != 40 && !isMonitorRecorded &&
+    const bool isAsBefore =
+        g_platform.monitorPercent == 40 || (g_platform.monitorPercent == 100 && ReadsAs100(each));
+    if (!isAsBefore && !isMonitorRecorded &&
         MayRestore(each,
                    {"SetMonitorBrightness", "EnumDisplayMonitors", "GetMonitorInfoW",
                     "GetNumberOfPhysicalMonitorsFromHMONITOR", "GetPhysicalMonitorsFromHMONITOR",
