@@ -107,6 +107,18 @@ def test_no_header_and_source_together_exceed_the_limit():
     assert not {unit: length for unit, length in lengths.items() if length > MAX_LINES}
 
 
+def test_every_unit_test_and_attack_is_built():
+    """A source that no CMakeLists.txt names would silently not run."""
+    listed = subprocess.run(["git", "ls-files", "--", "tests/unit", "tests/faults", "tests/soak"], cwd=ROOT,
+                            capture_output=True, text=True, check=True)
+    files = [ROOT / name for name in listed.stdout.split()]
+    built = {word for file in files if file.name == "CMakeLists.txt"
+             for word in re.findall(r"\w+\.cpp", file.read_text(encoding="utf-8"))}
+    tests = [file.name for file in files if file.suffix == ".cpp"]
+    assert len(tests) > 100
+    assert not set(tests) - built
+
+
 def test_no_source_contains_markers_or_local_paths():
     pattern = re.compile(r"TODO|FIXME|XXX|/tmp/|/home/")
     wrong = [f"{file}:{number}" for file in sources()
