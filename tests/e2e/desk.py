@@ -20,15 +20,13 @@ from ambrel_lab.waiting import TIMEOUT, wait_for_value, wait_until, wait_until_s
 import model  # noqa: E402
 
 __all__ = ["ATTEMPTS", "CLOSE", "GEAR", "TIMEOUT", "MARKER", "MENU_CLASS", "MENU_LAUNCH", "MENU_LEGACY_MODE", "MENU_QUIT",
-           "POWER", "PRESET_POSITIONS", "REOPEN_DELAY", "ROOT", "SAVE_DELAY", "SETTINGS_ROWS", "SLIDER_X", "SLIDER_Y",
-           "Desk", "LabError", "act_within",  "wait_for_value", "wait_until", "wait_until_settled"]
+           "POWER", "PRESET_POSITIONS", "REOPEN_DELAY", "ROOT", "SETTINGS_ROWS", "SLIDER_X", "SLIDER_Y",
+           "Desk", "LabError", "act_before_the_save", "act_within", "wait_for_value", "wait_until", "wait_until_settled"]
 
 # The build whose program is tested; by default the lab's own choice.
 BUILD = {"build_dir": os.environ["AMBREL_BUILD_DIR"]} if "AMBREL_BUILD_DIR" in os.environ else {}
 MARKER = "---------- session start ----------"
 ATTEMPTS = 40
-# Seconds between a change and its save.
-SAVE_DELAY = 0.5
 WM_TIMER, SAVE_TIMER = 0x113, 1
 # The screen keeps 8 bits of a ramp's 16.
 RAMP_TOLERANCE = 256
@@ -265,6 +263,18 @@ def act_within(seconds, prepare):
         if quickest < seconds:
             return result
     raise LabError(f"the quickest of {ATTEMPTS} attempts took {quickest:.1f} s instead of less than {seconds:g} s")
+
+
+def act_before_the_save(desk, prepare):
+    """Calls prepare() and then the function that it returns, repeatedly, until the program saves nothing meanwhile.
+
+    On a busy machine the delay of the save can elapse between two actions, which then rightly have a save each."""
+    for _ in range(ATTEMPTS):
+        act = prepare()
+        act()
+        if desk.saves() == 0:
+            return
+    raise LabError(f"in {ATTEMPTS} attempts the program saved before it had handled everything")
 
 
 def ramp_distance(one, other):

@@ -5,7 +5,7 @@ import time
 import pytest
 
 import model
-from desk import PRESET_POSITIONS, SAVE_DELAY, act_within, wait_until
+from desk import PRESET_POSITIONS, act_before_the_save, wait_until
 
 
 @pytest.mark.parametrize("name", model.PRESETS)
@@ -74,7 +74,7 @@ def test_three_presets_in_a_row_are_saved_once(file_desk):
         for position in positions:
             desk.input.click(*position)
         desk.wait_for_tooltip("Ambrel - ON (2700K, 85%)")
-    act_within(SAVE_DELAY, show)
+    act_before_the_save(desk, show)
     desk.wait_for_saves(1)
     time.sleep(0.8)  # No second save may follow.
     assert desk.saves() == 1

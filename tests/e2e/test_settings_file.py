@@ -5,7 +5,7 @@ import time
 import pytest
 
 import model
-from desk import POWER, SAVE_DELAY, act_within, wait_until
+from desk import POWER, act_before_the_save, wait_until
 
 DEFAULTS = "intensity=0.385 brightness=1.000 extremeDim=0 legacy=0 pwmSafe=0"
 KEYS = ["[Filter]", "Intensity", "Brightness", "[Settings]", "LaunchAtStart", "AllowExtremeDim", "UseLegacyGamma",
@@ -145,7 +145,7 @@ def test_a_burst_of_clicks_is_saved_once(file_desk):
     def click(x, y):
         desk.input.click_repeatedly(x, y, CLICKS, 0.06)
         wait_until(lambda: len(desk.effects()) == CLICKS, "the clicks to be handled")
-    act_within(SAVE_DELAY, show)
+    act_before_the_save(desk, show)
     desk.wait_for_saves(1)
     time.sleep(0.8)  # No second save may follow.
     assert desk.saves() == 1

@@ -6,7 +6,7 @@ import pytest
 
 import model
 from ambrel_lab.layout import TRACK_BOTTOM, TRACK_TOP, TRAVEL
-from desk import SAVE_DELAY, SLIDER_X, SLIDER_Y, act_within, wait_until
+from desk import SLIDER_X, SLIDER_Y, act_before_the_save, wait_until
 from panels import wait_for_panel
 
 WM_CANCELMODE = 0x1F
@@ -175,7 +175,7 @@ def test_two_drags_in_quick_succession_are_saved_together(file_desk):
         file_desk.slide("BRIGHTNESS", -30, steps=1)
         file_desk.show_settings()  # A click that is certainly handled after the second release.
         wait_for_panel(file_desk, "settings")
-    act_within(SAVE_DELAY, drag_both)
+    act_before_the_save(file_desk, drag_both)
     file_desk.wait_for_saves(1)
     time.sleep(0.8)  # No second save may follow.
     assert file_desk.saves() == 1
