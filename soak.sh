@@ -22,14 +22,16 @@ usage() {
 
 # Continues after a case that crashes or hangs.
 attack_faults() {
-    local from=0 status failed=0
+    local from=0 status failed=0 number
     while :; do
         status=0
         lab/run-in-lab build/release/unit/fault_matrix.exe --from "$from" >build/faults.log || status=$?
         cat build/faults.log
         [ "$status" -eq 3 ] || return $((status || failed))
         failed=1
-        from=$(($(sed -nE 's/^(CRASH|HANG): ([0-9]+):.*/\2/p' build/faults.log) + 1))
+        number=$(sed -nE 's/^(CRASH|HANG): ([0-9]+):.*/\2/p' build/faults.log)
+        [ -n "$number" ] || return 1  # in a session without a fault
+        from=$((number + 1))
     done
 }
 

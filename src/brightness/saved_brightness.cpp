@@ -79,11 +79,13 @@ void KeepWhileAway(int number, RestoreRow row) {
 
 void RecallRow(int number, const RestoreRow& row, const DisplayTarget& target) {
     const Identity identity(target.name);
-    if (!IsIdentifiable(identity.name, identity.path)) {
+    const bool isLocked = IsAt100(target);
+    // If it reads less, it is another monitor, or the user has chosen that brightness.
+    if (isLocked && !IsIdentifiable(identity.name, identity.path)) {
         KeepWhileAway(number, row);
         return;
     }
-    if (identity.IsOf(row) && IsAt100(target)) {
+    if (isLocked && identity.IsOf(row)) {
         // If two rows name the same display, the first is used.
         if (g_app.pwmSavedBrightness.try_emplace(row.name, row.percent).second) {
             if (row.awaySince != 0) WriteRestoreRow(number, {row.percent, 0, row.name, row.path});

@@ -17,7 +17,7 @@ std::uint32_t SaveBrightness(const DisplayTarget& target);
 // Called with the first enumeration after the start. Saves the recorded values of displays that a previous
 // run has not restored. A value is used only if the target and the monitor are the same and the display still
 // reads the lock's 100 percent; otherwise it is deleted. The value of a display that is not connected, or
-// whose monitor Windows does not identify, is kept for 30 days.
+// that reads 100 percent and whose monitor Windows does not identify, is kept for 30 days.
 void RecallBrightness(const DisplayTargetList& list);
 
 // Deletes the values of these targets, which have been restored, from the record. A value that this run has

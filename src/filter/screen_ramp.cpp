@@ -123,13 +123,25 @@ bool LoadIdentityIntoWholeScreen(GammaRamp* identity, bool* refused) {
     return accepted;
 }
 
+// False if Windows refuses it or provides no context; *refused is true in the first case.
+bool LoadIdentityIntoDisplay(const wchar_t* name, GammaRamp* identity, bool* refused) {
+    const DisplayDc context(name);
+    if (context.dc == nullptr) return false;
+    const bool accepted = LoadIdentityInto(context.dc, identity);
+    *refused = !accepted;
+    return accepted;
+}
+
 // False if no display accepts it.
 bool LoadIdentityIntoEachDisplay(GammaRamp* identity) {
     bool anyLoaded = false;
     DISPLAY_DEVICEW display;
     for (DWORD next = 0; NextActiveDisplay(&next, &display);) {
-        const DisplayDc context(display.DeviceName);
-        if (context.dc != nullptr && LoadIdentityInto(context.dc, identity)) anyLoaded = true;
+        bool refused = false;
+        bool accepted = LoadIdentityIntoDisplay(display.DeviceName, identity, &refused);
+        if (!accepted && !refused && g_app.ending)
+            accepted = LoadIdentityIntoDisplay(display.DeviceName, identity, &refused);
+        anyLoaded = anyLoaded || accepted;
     }
     return anyLoaded;
 }

@@ -363,6 +363,20 @@ TEST_F(SavedBrightnessTest, TheRowOfAMonitorThatWindowsDoesNotIdentifyIsKeptAsIf
     EXPECT_FALSE(HasRecord());
 }
 
+TEST_F(SavedBrightnessTest, TheRowOfAMonitorThatIsNotIdentifiedAndReadsLessIsDeleted) {
+    LeaveOnly(kFirst);
+    KillLocked();
+    const auto devices = std::exchange(g_monitorDevices, {});
+    Display(kFirst).percent = 60;  // by the user
+    Start(false);
+    EXPECT_FALSE(HasRecord());
+    g_monitorDevices = devices;
+    Display(kFirst).percent = 100;
+    Start(false);
+    EXPECT_TRUE(g_sets.empty());
+    EXPECT_EQ(Display(kFirst).percent, 100U);
+}
+
 TEST_F(SavedBrightnessTest, ARunThatCouldNotIdentifyTheMonitorDoesNotDeleteItsRow) {
     LeaveOnly(kFirst);
     KillLocked();

@@ -107,6 +107,10 @@ HDC WINAPI FakeCreateDCW(LPCWSTR driver, LPCWSTR device, LPCWSTR port, const DEV
         if (display.name != device) continue;
         Record("create dc of ", Narrow(device));
         if (!display.givesContext) return nullptr;
+        if (display.contextsRefused > 0) {
+            display.contextsRefused -= 1;
+            return nullptr;
+        }
         EXPECT_FALSE(display.contextHeld);
         display.contextHeld = true;
         g_screen.contextsHeld += 1;

@@ -33,6 +33,7 @@ struct FakeDisplay {
     Accepts accepts = Accepts::Everything;
     DWORD state = DISPLAY_DEVICE_ATTACHED_TO_DESKTOP;
     bool givesContext = true;
+    int contextsRefused = 0;  // the next ones
     bool canBeRead = true;
     bool takesItsRampAgain = true;  // false: refuses even its current ramp
     std::vector<Deviation> deviations;

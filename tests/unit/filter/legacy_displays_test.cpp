@@ -274,6 +274,16 @@ TEST_F(LegacyDisplays, TheIdentityReachesEachDisplayEvenIfOthersRefuseIt) {
     EXPECT_EQ(g_app.rampsAccepted, 1) << "the identity is not counted";
 }
 
+TEST_F(LegacyDisplays, TheIdentityIsTriedAgainAtTheEndIfWindowsProvidesNoContextOfADisplay) {
+    Connect({Display(1), Display(2)});
+    ApplyLegacyRamp();
+    g_app.ending = true;
+    At(1).contextsRefused = 1;
+    RestoreIdentityRamp();
+    EXPECT_TRUE(At(0).shown == IdentityRamp());
+    EXPECT_TRUE(At(1).shown == IdentityRamp());
+}
+
 TEST_F(LegacyDisplays, TheIdentityOfASingleDisplayIsSetOnceAndItsRefusalIgnored) {
     Connect({Display(1)});
     RestoreIdentityRamp();
