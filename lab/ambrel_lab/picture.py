@@ -61,6 +61,10 @@ class Picture:
         """(red, green, blue), each 0 to 255."""
         return self.image.getpixel((x, y))
 
+    def pixels(self):
+        """All pixels as (red, green, blue), row by row from the top."""
+        return list(self.image.getdata())
+
     def crop(self, left, top, right, bottom):
         """The part from (left, top) up to but not including (right, bottom)."""
         return Picture(self.image.crop((left, top, right, bottom)))

@@ -24,8 +24,10 @@ def fix_addresses():
 
 
 def read_bytes(path):
+    """The content of a file, b"" if it cannot be read. Every search reads hundreds: unbuffered, without a Path."""
     try:
-        return Path(path).read_bytes()
+        with open(path, "rb", buffering=0) as file:
+            return file.read()
     except OSError:
         return b""
 
@@ -63,27 +65,41 @@ def command_line_of(pid):
 
 
 def read_in_threads(pid, name):
-    """The content of a file of the first thread for which it is not empty, b"" if there is none."""
+    """The content of a file of a process's other threads: the first that is not empty, b"" if there is none."""
     try:
         threads = os.listdir(f"/proc/{pid}/task")
     except OSError:
         return b""
-    return next(filter(None, (read_bytes(f"/proc/{pid}/task/{thread}/{name}") for thread in threads)), b"")
+    others = (read_bytes(f"/proc/{pid}/task/{thread}/{name}") for thread in threads if thread != str(pid))
+    return next(filter(None, others), b"")
+
+
+def all_processes():
+    """Process ids of all processes of the machine."""
+    return [int(name) for name in os.listdir("/proc") if name.isdigit()]
+
+
+def in_prefix(pid, prefix):
+    return f"WINEPREFIX={prefix}".encode() in environment_of(pid).split(b"\0")
 
 
 def processes_of(prefix):
     """Process ids of all processes in the prefix, including Wine's server and services."""
-    mark = f"WINEPREFIX={prefix}".encode()
-    return [int(name) for name in os.listdir("/proc") if name.isdigit() and mark in environment_of(name).split(b"\0")]
+    return [pid for pid in all_processes() if in_prefix(pid, prefix)]
+
+
+def names_in(words):
+    """The names of the files that the first two words of a command line denote: the loader and its program, or one."""
+    return [word.replace(b"/", b"\\").rsplit(b"\\", 1)[-1].decode("utf-8", "replace").lower() for word in words[:2]]
 
 
 def processes_named(prefix, image):
     """Process ids of the Windows programs in the prefix whose file is called `image`, in ascending order."""
-    found = []
-    for pid in processes_of(prefix):
-        words = command_line_of(pid)[:2]
-        names = [word.replace(b"/", b"\\").rsplit(b"\\", 1)[-1].decode("utf-8", "replace").lower() for word in words]
-        if image.lower() in names:
+    found, image = [], image.lower()
+    for pid in all_processes():
+        # Most processes have another name. During an exec a process has none, so in_prefix() waits for the end of it.
+        line = read_bytes(f"/proc/{pid}/cmdline").decode("utf-8", "replace").lower()
+        if (not line or image in line) and in_prefix(pid, prefix) and image in names_in(command_line_of(pid)):
             found.append(pid)
     return sorted(found)
 

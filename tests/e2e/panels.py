@@ -1,4 +1,4 @@
-"""Identifies the panel that the popup shows at 96 DPI, and opens the settings panel."""
+"""The panel that the popup shows: identified at 96 DPI, opened, and as a picture."""
 
 from ambrel_lab.layout import HEADER, HEADER_COLOUR, MAIN_PANEL_BACKGROUND, ROW_COLOUR, SETTINGS_ROW_SURFACE
 
@@ -26,3 +26,16 @@ def show_settings(desk):
     if wait_until(lambda: panel_of(desk), "a panel") == "main":
         desk.show_settings()
         wait_for_panel(desk, "settings")
+
+
+def drawn_picture(desk, seen):
+    """A picture of the popup once seen(picture) is true."""
+    desk.move(5, 5)
+    last = [None]
+
+    def settled():
+        desk.paint()
+        picture = desk.popup_picture()
+        same, last[0] = picture == last[0], picture
+        return picture if same and seen(picture) else None
+    return wait_until(settled, "the drawn popup", pause=0.1)

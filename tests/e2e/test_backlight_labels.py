@@ -35,7 +35,7 @@ class Card:
 
     def colours(self, area):
         part = self.part(area)
-        return {part.pixel(x, y) for x in range(part.width) for y in range(part.height)}
+        return set(part.pixels())
 
     def word_widths(self):
         """The width of each word of the status line, from its first to its last lit column."""

@@ -64,8 +64,7 @@ def gamma_range(desk):
 
 def strip_shows(desk, text, colour):
     picture = desk.popup_picture()
-    part = picture.crop(*STRIP_TEXT)
-    colours = {part.pixel(x, y) for x in range(part.width) for y in range(part.height)}
+    colours = set(picture.crop(*STRIP_TEXT).pixels())
     return (colour in colours and not {RED, AMBER} - {colour} & colours
             and matches_text(desk, span(picture, STRIP_TEXT, GROUND), text, SMALL))
 

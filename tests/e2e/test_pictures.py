@@ -41,8 +41,7 @@ class Panel:
         return {self.picture.pixel(left + a, top + b) for a in (-1, 0, 1) for b in (-1, 0, 1)}
 
     def colours(self, left, top, right, bottom):
-        part = self.picture.crop(*(round(edge * self.scale) for edge in (left, top, right, bottom)))
-        return [part.pixel(x, y) for x in range(part.width) for y in range(part.height)]
+        return self.picture.crop(*(round(edge * self.scale) for edge in (left, top, right, bottom))).pixels()
 
 
 @pytest.fixture(name="panel_of", scope="module", params=SCALINGS)
