@@ -9,7 +9,7 @@ from pathlib import Path
 
 from .paths import WINE, LabError, windows_environment
 from .prefix import append_registry
-from .processes import end_processes
+from .processes import end_processes, on_processors
 from .waiting import TIMEOUT, wait_until
 
 NAME = "shell"
@@ -30,7 +30,7 @@ class Desktop:
     """
 
     def __init__(self, prefix, run, size, dpi, tool_file, debug, extra_environment=None):
-        self.prefix, self.log = prefix, run.folder / "wine.log"
+        self.prefix, self.log, self.processors = prefix, run.folder / "wine.log", run.processors
         self.environment = windows_environment(prefix.folder, run.display, run.home, debug)
         self.environment.update(extra_environment or {})
         self.tool_process = None
@@ -60,7 +60,7 @@ class Desktop:
     def _start(self, command, **options):
         options = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "env": self.environment,
                    "cwd": self.prefix.drive_c, **options}
-        with open(self.log, "ab") as log:
+        with open(self.log, "ab") as log, on_processors(self.processors):
             child = subprocess.Popen([WINE, *command], **{"stderr": log, **options})
         self.children.append(child)
         return child

@@ -30,19 +30,19 @@ class Lab(AccessibilityActions, PopupActions, ProgramActions, WindowsActions):
     """
 
     def __init__(self, build_dir=DEFAULT_BUILD, dpi=96, size=(1920, 1080), magnification="ok", debug="-all",
-                 keep=False, tools=True, evidence=None):
+                 keep=False, tools=True, evidence=None, one_processor=True):
         """`magnification` is a key of magnification.LIBRARIES. `debug` is WINEDEBUG, recorded in wine_log().
         `keep` keeps the run's folder afterwards. Without `tools` the lab consists of a screen and a prefix only: no
         build is required and the Magnification double is missing. A lab that fails to start, or whose `with` block
-        raises an exception, saves its evidence in the folder `evidence`."""
+        raises an exception, saves its evidence in the folder `evidence`. `one_processor` is described at Run."""
         self.build_dir, self.dpi, self.size = Path(build_dir), dpi, size
         self.program, self.program_path = None, "C:\\Ambrel\\ambrel.exe"
         self.connection, self.desktop, self.evidence = None, None, evidence
-        self._options = (magnification, debug, keep, tools)
+        self._options = (magnification, debug, keep, tools, one_processor)
 
     def __enter__(self):
-        magnification, debug, keep, tools = self._options
-        self.run = Run(self.size, kept=keep)
+        magnification, debug, keep, tools, one_processor = self._options
+        self.run = Run(self.size, kept=keep, one_processor=one_processor)
         try:
             doubles = self.build_dir / "lab"
             self.prefix = Prefix(self.run.folder / "prefix")

@@ -4,6 +4,7 @@ import ctypes
 import os
 import signal
 import time
+from contextlib import contextmanager
 from pathlib import Path
 
 TICKS = os.sysconf("SC_CLK_TCK")
@@ -21,6 +22,17 @@ def fix_addresses():
     """
     libc = ctypes.CDLL(None)
     libc.personality(libc.personality(CURRENT_PERSONALITY) | ADDR_NO_RANDOMIZE)
+
+
+@contextmanager
+def on_processors(numbers):
+    """Context in which this thread, and every process that it starts, runs on these processors only."""
+    before = os.sched_getaffinity(0)
+    os.sched_setaffinity(0, numbers)
+    try:
+        yield
+    finally:
+        os.sched_setaffinity(0, before)
 
 
 def read_bytes(path):

@@ -12,9 +12,9 @@ from pathlib import Path
 
 from .watchdog import KEPT
 from .paths import BYTECODE, STATE, LabError, make_home
-from .processes import end_processes, fix_addresses
+from .processes import end_processes, fix_addresses, on_processors, read_bytes
 
-LOCK = "lock"
+LOCK, PROCESSOR = "lock", "processor"
 WATCHDOG = "from ambrel_lab.watchdog import main; main()"
 
 XORG_CONFIG = """\
@@ -83,34 +83,46 @@ def remove_leftovers(runs):
             pass
 
 
-def make_folder(kept):
-    """Creates and locks a run's folder. Returns (folder, lock). No other lab removes leftovers in between."""
+def least_used_processor(runs):
+    """The number of the processor on which the fewest runs are."""
+    used = [read_bytes(file).decode() for file in runs.glob(f"*/{PROCESSOR}")]
+    return min(sorted(os.sched_getaffinity(0)), key=lambda number: used.count(str(number)))
+
+
+def make_folder(kept, one_processor):
+    """Creates and locks a run's folder. Returns (folder, lock, processors). No other lab removes leftovers in between,
+    or chooses a processor."""
     runs = STATE / "runs"
     runs.mkdir(parents=True, exist_ok=True)
     with open(STATE / "runs.lock", "w") as guard:
         fcntl.flock(guard, fcntl.LOCK_EX)
         remove_leftovers(runs)
+        processors = [least_used_processor(runs)] if one_processor else os.sched_getaffinity(0)
         folder = Path(tempfile.mkdtemp(prefix=time.strftime("%H%M%S-"), dir=runs))
         if kept:
             (folder / KEPT).touch()
+        if one_processor:
+            (folder / PROCESSOR).write_text(str(processors[0]), encoding="ascii")
         lock = open(folder / LOCK, "w")
         fcntl.flock(lock, fcntl.LOCK_EX)
-        return folder, lock
+        return folder, lock, processors
 
 
 class Run:
-    """A folder and a screen, both removed by the watchdog afterwards. Sets `folder`, `home` and `display`.
+    """A folder and a screen, both removed by the watchdog afterwards. Sets `folder`, `home`, `display` and `processors`.
 
     With `borrowed_display` the run uses that display instead of a new screen and restores its gamma ramp at the end.
+    With `one_processor` all its processes run on one processor: Wine's programs and its server wait for each other most
+    of the time, and waking a process on another processor takes several times as long as on the same one.
     """
 
-    def __init__(self, size=(1920, 1080), borrowed_display="", kept=False):
+    def __init__(self, size=(1920, 1080), borrowed_display="", kept=False, one_processor=False):
         fix_addresses()
-        self.folder, lock = make_folder(kept)
+        self.folder, lock, self.processors = make_folder(kept, one_processor)
         self.home = make_home(self.folder / "home")
         (self.folder / "xorg.conf").write_text(screen_config(*size))
         # The watchdog inherits the lock, which is released only when both processes have ended.
-        with lock:
+        with lock, on_processors(self.processors):
             environment = dict(os.environ, PYTHONPATH=str(Path(__file__).resolve().parents[1]),
                                PYTHONPYCACHEPREFIX=str(BYTECODE))
             self.watchdog = subprocess.Popen(

@@ -51,7 +51,7 @@ def run(lab, build, name, arguments, rounds):
 def in_one_process(name):
     """The measurement of one group without displays."""
     def measure(build, full):
-        with Lab(build, size=(1920, 1080)) as lab:
+        with Lab(build, size=(1920, 1080), one_processor=False) as lab:
             yield from run(lab, build, name, [], FULL_ROUNDS if full else ROUNDS)
     return measure
 
@@ -76,7 +76,7 @@ def increment(of_many, of_few, many, few):
 
 
 def polls(build, full):
-    with Lab(build) as lab:
+    with Lab(build, one_processor=False) as lab:
         lab.hardware.panels([])
         measured = {}
         for count in (1, 4, 16, 64):
@@ -94,7 +94,7 @@ def real_polls(build, full):
         running, measured = [], []
         counts = FULL_REAL_ROUNDS if full else REAL_ROUNDS
         for count, rounds in counts.items():
-            lab = stack.enter_context(Lab(build))
+            lab = stack.enter_context(Lab(build, one_processor=False))
             lab.hardware.panels([])
             lab.hardware.monitors([Monitor(f"monitor {i}", 100, **REAL) for i in range(count)])
             arguments = [f"poll of {monitors(count, 'real ')}", str(count), "real"]

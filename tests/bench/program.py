@@ -34,7 +34,7 @@ class Subject:
     """The program, or its floor, in a separate lab."""
 
     def __init__(self, build, floor, monitors=(), panels=(), words=(), settings=None):
-        self.lab = Lab(build)
+        self.lab = Lab(build, one_processor=False)
         self.lab.__enter__()
         self.window_class = FLOOR_CLASS if floor else WINDOW_CLASS
         self.lab.hardware.monitors(list(monitors))
@@ -126,7 +126,7 @@ def per_window(seconds, part, polls):
 
 
 def start(build, full):
-    with Lab(build) as lab:
+    with Lab(build, one_processor=False) as lab:
         lab.hardware.monitors([Monitor("monitor", 100)])
         lab.hardware.panels([])
         lab.install_program(build / "bench/floor_program.exe", FLOOR)

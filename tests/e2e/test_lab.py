@@ -6,6 +6,7 @@ import subprocess
 import sys
 import threading
 import time
+from contextlib import suppress
 from pathlib import Path
 
 import pytest
@@ -15,7 +16,8 @@ from ambrel_lab import lab as lab_module
 from ambrel_lab.console import SIGNALLED, NoOutput
 from ambrel_lab.console_runner import evidence_of_a_hang
 from ambrel_lab.paths import DEFAULT_BUILD
-from ambrel_lab.processes import end_processes, has_memory
+from ambrel_lab.processes import end_processes, has_memory, processes_of
+from ambrel_lab.run import PROCESSOR, least_used_processor
 from desk import BUILD, TIMEOUT, Lab, LabError, wait_until
 
 ROUNDS = 100
@@ -33,6 +35,25 @@ unsigned sleep(unsigned seconds);
 static void clean_up(void) { sleep(2); }
 __attribute__((constructor)) static void load(void) { atexit(clean_up); }
 """
+
+
+def test_a_lab_runs_on_one_processor(tmp_path):
+    with Lab(evidence=tmp_path / "evidence", **BUILD) as lab:
+        lab.desktop.open()
+        used = set()
+        for pid in processes_of(lab.prefix.folder):
+            with suppress(ProcessLookupError):  # It has ended.
+                used.add(frozenset(os.sched_getaffinity(pid)))
+        assert used == {frozenset(lab.run.processors)} and len(lab.run.processors) == 1
+
+
+def test_a_run_takes_the_processor_with_the_fewest_runs(tmp_path):
+    numbers = sorted(os.sched_getaffinity(0))
+    for run, number in enumerate([*numbers, *numbers[:-1]]):
+        (tmp_path / str(run)).mkdir()
+        (tmp_path / str(run) / PROCESSOR).write_text(str(number), encoding="ascii")
+    (tmp_path / "on all processors").mkdir()
+    assert least_used_processor(tmp_path) == numbers[-1]
 
 
 def test_closing_a_prefix_ends_processes_during_an_exec(tmp_path):
