@@ -26,7 +26,7 @@ def fix_addresses():
 
 @contextmanager
 def on_processors(numbers):
-    """Context in which this thread, and every process that it starts, runs on these processors only."""
+    """Context in which this thread and every process that it starts run on these processors only."""
     before = os.sched_getaffinity(0)
     os.sched_setaffinity(0, numbers)
     try:
@@ -36,7 +36,8 @@ def on_processors(numbers):
 
 
 def read_bytes(path):
-    """The content of a file, b"" if it cannot be read. Every search reads hundreds: unbuffered, without a Path."""
+    """The content of a file, b"" if it cannot be read. Unbuffered and without a Path, because a search reads hundreds of
+    files."""
     try:
         with open(path, "rb", buffering=0) as file:
             return file.read()
@@ -101,7 +102,7 @@ def processes_of(prefix):
 
 
 def names_in(words):
-    """The names of the files that the first two words of a command line denote: the loader and its program, or one."""
+    """The file names in the first two words of a command line: the loader and its program, or the program alone."""
     return [word.replace(b"/", b"\\").rsplit(b"\\", 1)[-1].decode("utf-8", "replace").lower() for word in words[:2]]
 
 
@@ -109,7 +110,8 @@ def processes_named(prefix, image):
     """Process ids of the Windows programs in the prefix whose file is called `image`, in ascending order."""
     found, image = [], image.lower()
     for pid in all_processes():
-        # Most processes have another name. During an exec a process has none, so in_prefix() waits for the end of it.
+        # Most processes have another name. During an exec a process has no command line; in_prefix() waits until the exec
+        # has finished.
         line = read_bytes(f"/proc/{pid}/cmdline").decode("utf-8", "replace").lower()
         if (not line or image in line) and in_prefix(pid, prefix) and image in names_in(command_line_of(pid)):
             found.append(pid)

@@ -84,14 +84,14 @@ def remove_leftovers(runs):
 
 
 def least_used_processor(runs):
-    """The number of the processor on which the fewest runs are."""
-    used = [read_bytes(file).decode() for file in runs.glob(f"*/{PROCESSOR}")]
+    """The number of the processor that the fewest runs use. Kept runs do not count."""
+    used = [read_bytes(file).decode() for file in runs.glob(f"*/{PROCESSOR}") if not (file.parent / KEPT).exists()]
     return min(sorted(os.sched_getaffinity(0)), key=lambda number: used.count(str(number)))
 
 
 def make_folder(kept, one_processor):
-    """Creates and locks a run's folder. Returns (folder, lock, processors). No other lab removes leftovers in between,
-    or chooses a processor."""
+    """Creates and locks a run's folder. Returns (folder, lock, processors). In between, no other lab removes leftovers or
+    chooses a processor."""
     runs = STATE / "runs"
     runs.mkdir(parents=True, exist_ok=True)
     with open(STATE / "runs.lock", "w") as guard:
@@ -112,8 +112,8 @@ class Run:
     """A folder and a screen, both removed by the watchdog afterwards. Sets `folder`, `home`, `display` and `processors`.
 
     With `borrowed_display` the run uses that display instead of a new screen and restores its gamma ramp at the end.
-    With `one_processor` all its processes run on one processor: Wine's programs and its server wait for each other most
-    of the time, and waking a process on another processor takes several times as long as on the same one.
+    With `one_processor` all its processes run on one processor: Wine's programs and its server mostly wait for each other,
+    and waking a process on another processor takes several times as long as on the same one.
     """
 
     def __init__(self, size=(1920, 1080), borrowed_display="", kept=False, one_processor=False):

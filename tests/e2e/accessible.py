@@ -1,4 +1,4 @@
-"""What an accessibility client reads of the popup, and the desks of the tests that use such a client."""
+"""What an accessibility client reads of the popup, and the fixtures of the tests that use such a client."""
 
 import pytest
 
@@ -46,7 +46,8 @@ def wait_for_panel_read(desk, expected):
 
 
 def press(desk, name):
-    assert desk.accessible_press(desk.accessible_control(name)) == OK
+    result = desk.accessible_press(desk.accessible_control(name))
+    assert result == OK, (name, result)
 
 
 def put(desk, slider, text):

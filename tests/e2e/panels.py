@@ -1,4 +1,4 @@
-"""The panel that the popup shows: identified at 96 DPI, opened, and as a picture."""
+"""Identifies the panel that the popup shows at 96 DPI, opens the settings panel, and takes pictures of the drawn popup."""
 
 from ambrel_lab.layout import HEADER, HEADER_COLOUR, MAIN_PANEL_BACKGROUND, ROW_COLOUR, SETTINGS_ROW_SURFACE
 

@@ -1,4 +1,4 @@
-"""The popup through IAccessible, as a screen reader in another process reads it, at any moment."""
+"""What a screen reader in another process reads of the popup through IAccessible, and requests at any moment."""
 
 import os
 from pathlib import Path

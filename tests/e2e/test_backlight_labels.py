@@ -34,8 +34,7 @@ class Card:
         return self.picture.crop(*(edge * SCALE for edge in area))
 
     def colours(self, area):
-        part = self.part(area)
-        return set(part.pixels())
+        return set(self.part(area).pixels())
 
     def word_widths(self):
         """The width of each word of the status line, from its first to its last lit column."""

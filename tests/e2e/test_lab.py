@@ -1,4 +1,4 @@
-"""The lab itself: closing it ends every process, and failures and hangs save evidence."""
+"""The lab itself: it runs on one processor, closing it ends every process, and failures and hangs save evidence."""
 
 import os
 import select
@@ -18,6 +18,7 @@ from ambrel_lab.console_runner import evidence_of_a_hang
 from ambrel_lab.paths import DEFAULT_BUILD
 from ambrel_lab.processes import end_processes, has_memory, processes_of
 from ambrel_lab.run import PROCESSOR, least_used_processor
+from ambrel_lab.watchdog import KEPT
 from desk import BUILD, TIMEOUT, Lab, LabError, wait_until
 
 ROUNDS = 100
@@ -37,14 +38,25 @@ __attribute__((constructor)) static void load(void) { atexit(clean_up); }
 """
 
 
+def processors_of(processes):
+    """The sets of processors that the threads of these processes may use."""
+    used = set()
+    for pid in processes:
+        with suppress(FileNotFoundError, ProcessLookupError):  # It has ended.
+            used |= {frozenset(os.sched_getaffinity(int(thread))) for thread in os.listdir(f"/proc/{pid}/task")}
+    return used
+
+
 def test_a_lab_runs_on_one_processor(tmp_path):
+    before = os.sched_getaffinity(0)
     with Lab(evidence=tmp_path / "evidence", **BUILD) as lab:
         lab.desktop.open()
-        used = set()
-        for pid in processes_of(lab.prefix.folder):
-            with suppress(ProcessLookupError):  # It has ended.
-                used.add(frozenset(os.sched_getaffinity(pid)))
+        watchdog = lab.run.watchdog.pid
+        screen = Path(f"/proc/{watchdog}/task/{watchdog}/children").read_text(encoding="ascii").split()
+        assert screen
+        used = processors_of([watchdog, *screen, *processes_of(lab.prefix.folder)])
         assert used == {frozenset(lab.run.processors)} and len(lab.run.processors) == 1
+    assert os.sched_getaffinity(0) == before
 
 
 def test_a_run_takes_the_processor_with_the_fewest_runs(tmp_path):
@@ -53,6 +65,10 @@ def test_a_run_takes_the_processor_with_the_fewest_runs(tmp_path):
         (tmp_path / str(run)).mkdir()
         (tmp_path / str(run) / PROCESSOR).write_text(str(number), encoding="ascii")
     (tmp_path / "on all processors").mkdir()
+    for run in range(3):
+        (tmp_path / f"kept {run}").mkdir()
+        (tmp_path / f"kept {run}" / PROCESSOR).write_text(str(numbers[-1]), encoding="ascii")
+        (tmp_path / f"kept {run}" / KEPT).touch()
     assert least_used_processor(tmp_path) == numbers[-1]
 
 

@@ -1,15 +1,58 @@
 #include <algorithm>
+#include <chrono>
+#include <future>
 #include <map>
 #include <thread>
+#include <utility>
 
 #include "store/log_fixture.h"
 
 namespace {
 
+// Long enough for a thread that need not wait.
+constexpr std::chrono::milliseconds kUnhindered{200};
+
+// A line that another thread is logging: it has read the clock and is not in the ring.
+class HeldLine {
+public:
+    HeldLine() {
+        log_fixture::g_afterReading = [this, first = true]() mutable {
+            if (!std::exchange(first, false)) return;
+            read_.set_value();
+            released_.get_future().wait();
+        };
+        thread_ = std::thread([] { LogEvent("held"); });
+        read_.get_future().wait();
+    }
+
+    void Release() {
+        released_.set_value();
+        thread_.join();
+    }
+
+private:
+    std::promise<void> read_;
+    std::promise<void> released_;
+    std::thread thread_;
+};
+
 class EventLogThreads : public log_fixture::EventLogTest {
 protected:
     static constexpr int kThreads = 4;
     static constexpr int kLines = 125;  // together exactly the capacity of the ring
+
+    // The lab runs a program on one processor, where a thread can end before the next one starts.
+    void SetUp() override {
+        EventLogTest::SetUp();
+        DWORD_PTR all = 0;
+        ASSERT_NE(GetProcessAffinityMask(GetCurrentProcess(), &processors_, &all), FALSE);
+        ASSERT_NE(SetProcessAffinityMask(GetCurrentProcess(), all), FALSE);
+    }
+
+    void TearDown() override {
+        EXPECT_NE(SetProcessAffinityMask(GetCurrentProcess(), processors_), FALSE);
+        EventLogTest::TearDown();
+    }
 
     static void LogFromSeveralThreads() {
         std::vector<std::thread> threads;
@@ -55,6 +98,9 @@ protected:
         EXPECT_EQ(next.size(), static_cast<std::size_t>(kThreads));
         EXPECT_EQ(found, kThreads * kLines);
     }
+
+private:
+    DWORD_PTR processors_ = 0;
 };
 
 }  // namespace
@@ -107,4 +153,32 @@ TEST_F(EventLogThreads, TheRingMayBeReadWhileOthersLog) {
     LogFromSeveralThreads();
     reader.join();
     ExpectEveryLineWhole(Ring());
+}
+
+TEST_F(EventLogThreads, ALineWaitsUntilThePreviousOneIsComplete) {
+    HeldLine held;
+    std::future<void> next = std::async(std::launch::async, [] { LogEvent("next"); });
+    EXPECT_EQ(next.wait_for(kUnhindered), std::future_status::timeout);
+    held.Release();
+    next.get();
+    const std::vector<std::string> ring = Ring();
+    EXPECT_EQ(ring[498], "[21:04:07.031] held");
+    EXPECT_EQ(ring[499], "[21:04:07.031] next");
+}
+
+TEST_F(EventLogThreads, TheRingIsReadOnceALineIsComplete) {
+    HeldLine held;
+    std::future<std::vector<std::string>> ring = std::async(std::launch::async, Ring);
+    EXPECT_EQ(ring.wait_for(kUnhindered), std::future_status::timeout);
+    held.Release();
+    EXPECT_EQ(ring.get().back(), "[21:04:07.031] held");
+}
+
+TEST_F(EventLogThreads, TheFileIsOpenedOnceALineIsComplete) {
+    HeldLine held;
+    std::future<void> opened = std::async(std::launch::async, [this] { OpenEventLogFile(path); });
+    EXPECT_EQ(opened.wait_for(kUnhindered), std::future_status::timeout);
+    held.Release();
+    opened.get();
+    EXPECT_EQ(Lines(ReadBytes(path)).back(), "[21:04:07.031] held");
 }

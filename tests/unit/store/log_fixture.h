@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ namespace log_fixture {
 
 inline SYSTEMTIME g_now = {};
 inline std::atomic<int> g_ticksPerReading = 0;  // milliseconds that pass at each reading
+inline std::function<void()> g_afterReading;    // called after each reading, unless empty
 inline std::vector<std::string> g_opened;       // modes, in order
 inline std::string g_refusedMode;               // an open in this mode fails
 
@@ -28,6 +30,7 @@ inline void WINAPI FakeGetLocalTime(SYSTEMTIME* now) {
         g_now.wMilliseconds = static_cast<WORD>(g_now.wMilliseconds - 1000);
         ++g_now.wSecond;
     }
+    if (g_afterReading) g_afterReading();
 }
 
 inline errno_t FakeOpen(std::FILE** file, const wchar_t* path, const wchar_t* mode) {
@@ -71,6 +74,7 @@ protected:
 
     // Closes the log's file. The ring cannot be emptied, so it is filled with known lines.
     void TearDown() override {
+        g_afterReading = nullptr;
         g_refusedMode.clear();
         OpenEventLogFile(L"");
     }
