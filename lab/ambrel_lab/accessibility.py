@@ -19,8 +19,9 @@ OBJID_CLIENT = 0xFFFFFFFC
 OK, NONE = 0, 1  # S_OK, S_FALSE
 INVALID_ARGUMENT, NOT_SUPPORTED, ACCESS_DENIED = 0x80070057, 0x80020003, 0x80070005
 NOT_CONNECTED = 0x800401FD  # CO_E_OBJNOTCONNECTED
-# RPC_E_SERVER_DIED, RPC_E_DISCONNECTED, RPC_S_SERVER_UNAVAILABLE, RPC_S_CALL_FAILED: the process has ended.
-SERVER_GONE = 0x80010007, 0x80010108, 0x800706BA, 0x800706BE
+# RPC_E_SERVER_DIED, RPC_E_DISCONNECTED, RPC_S_UNKNOWN_IF, RPC_S_SERVER_UNAVAILABLE, RPC_S_CALL_FAILED: the process has
+# ended, or COM has already unregistered its interfaces.
+SERVER_GONE = 0x80010007, 0x80010108, 0x800706B5, 0x800706BA, 0x800706BE
 
 # `state` is a frozenset of names, `rect` in pixels of the screen.
 Control = namedtuple("Control", "id name role state value description help action rect")
