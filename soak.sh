@@ -9,11 +9,10 @@
 #   ./soak.sh fuzz [SECONDS [TARGET]] fuzzes parsing and text natively, SECONDS (60) for each target; SEED=S repeats a run
 #   ./soak.sh kills [N]     kills the program at N (500) random moments; SEED=S repeats a run
 #   ./soak.sh traps         runs all unit tests and the short attacks in a build that traps undefined behaviour
-#   ./soak.sh options [N]   switches every option of the settings panel in N (1000) rounds and counts objects and handles
 set -euo pipefail
 cd "$(dirname "$0")"
 
-attacks=(faults input month messages accessibility fuzz kills traps options)
+attacks=(faults input month messages accessibility fuzz kills traps)
 
 usage() {
     sed -n '2,/^set/s/^# \{0,1\}//p' "$0" >&2
@@ -68,11 +67,6 @@ attack_traps() {
         return 1
     fi
     ctest --test-dir build/debug --output-on-failure --no-tests=error -L '^(unit|attack)$' -FA '.*'
-}
-
-attack_options() {
-    AMBREL_OPTION_ROUNDS="${1:-1000}" AMBREL_BUILD_DIR=$PWD/build/release \
-        tests/run_pytest.sh tests/e2e/test_options_leaks.py -k test_rounds_leak
 }
 
 chosen=${1:-}

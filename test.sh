@@ -21,23 +21,27 @@ build() {
     fi
 }
 
+# test_with OPTION...: runs CTest and names the programs that Wine did not start at first, in tests that have passed too.
+test_with() {
+    local status=0
+    ctest --preset "$@" || status=$?
+    grep -h 'has printed nothing' build/release/Testing/Temporary/LastTest.log >&2 || :
+    return "$status"
+}
+
 case "${1:-}" in
     "")
         # Tests build the rest while the end-to-end tests, which mostly wait, run.
         say "Building the program and its lab (build/release)"
         build end_to_end
         say "Running every test"
-        status=0
-        ctest --preset tests || status=$?
-        # Programs that Wine did not start, in tests that have passed too.
-        grep -h 'has printed nothing' build/release/Testing/Temporary/LastTest.log >&2 || :
-        exit "$status"
+        test_with tests
         ;;
     --quick)
         say "Building the program and its unit tests (build/release)"
         build ambrel unit_tests
         say "Running the tests that need no desktop"
-        exec ctest --preset quick
+        test_with quick
         ;;
     --list)
         build end_to_end
@@ -48,9 +52,10 @@ case "${1:-}" in
         build end_to_end unit_tests
         say "Running the tests that match $1"
         if ctest --preset tests -N -R "$1" | grep -q '^Total Tests: [1-9]'; then
-            exec ctest --preset tests -R "$1"
+            test_with tests -R "$1"
+            exit
         fi
-        GTEST_FILTER="*$1*" AMBREL_PYTEST_NAME="$1" ctest --preset tests -L '^(unit|e2e|package|program_file|style)$'
+        GTEST_FILTER="*$1*" AMBREL_PYTEST_NAME="$1" test_with tests -L '^(unit|e2e|package|program_file|style)$'
         # A program without such a test passes. The log contains the summaries of pytest and GoogleTest.
         if ! grep -Eq '^([1-9][0-9]* passed|\[  PASSED  \] [1-9])' build/release/Testing/Temporary/LastTest.log; then
             echo "No test is called $1: see ./test.sh --list." >&2

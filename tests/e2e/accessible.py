@@ -60,6 +60,7 @@ def popup_fixture(file_desk):
     file_desk.registry_delete(RUN_KEY, "Ambrel2")
     file_desk.start_fresh({"Intensity": 0, "Brightness": 1000})
     file_desk.open_popup()
+    file_desk.wait_for_foreground()
     return file_desk
 
 

@@ -21,13 +21,15 @@ import model  # noqa: E402
 
 __all__ = ["ATTEMPTS", "CLOSE", "GEAR", "TIMEOUT", "MARKER", "MENU_CLASS", "MENU_LAUNCH", "MENU_LEGACY_MODE", "MENU_QUIT",
            "POWER", "PRESET_POSITIONS", "REOPEN_DELAY", "ROOT", "SETTINGS_ROWS", "SLIDER_X", "SLIDER_Y",
-           "Desk", "LabError", "act_before_the_save", "act_within", "wait_for_value", "wait_until", "wait_until_settled"]
+           "Desk", "LabError", "act_before_the_save", "act_within", "assert_save_is_due", "wait_for_value", "wait_until",
+           "wait_until_settled"]
 
 # The build whose program is tested; by default the lab's own choice.
 BUILD = {"build_dir": os.environ["AMBREL_BUILD_DIR"]} if "AMBREL_BUILD_DIR" in os.environ else {}
 MARKER = "---------- session start ----------"
 ATTEMPTS = 40
 WM_TIMER, SAVE_TIMER = 0x113, 1
+SAVE_DELAY = 0.48  # seconds: half a second less a tick of Windows' clock
 # The screen keeps 8 bits of a ramp's 16.
 RAMP_TOLERANCE = 256
 
@@ -250,19 +252,19 @@ class Desk(Lab):
         return next(line for line in self.log() if line.startswith("Loaded settings")).partition(": ")[2]
 
 
-def act_within(seconds, prepare):
+def act_within(seconds, prepare, attempts=ATTEMPTS):
     """Calls prepare() and then the function that it returns, repeatedly, until that function takes less than `seconds`.
 
     For actions that must happen within a short time: a run on a busy machine that is too slow proves nothing."""
     quickest = math.inf
-    for _ in range(ATTEMPTS):
+    for _ in range(attempts):
         act = prepare()
         started = time.monotonic()
         result = act()
         quickest = min(quickest, time.monotonic() - started)
         if quickest < seconds:
             return result
-    raise LabError(f"the quickest of {ATTEMPTS} attempts took {quickest:.1f} s instead of less than {seconds:g} s")
+    raise LabError(f"the quickest of {attempts} attempts took {quickest:.1f} s instead of less than {seconds:g} s")
 
 
 def act_before_the_save(desk, prepare):
@@ -271,10 +273,18 @@ def act_before_the_save(desk, prepare):
     On a busy machine the delay of the save can elapse between two actions, which then rightly have a save each."""
     for _ in range(ATTEMPTS):
         act = prepare()
+        started = time.monotonic()
         act()
         if desk.saves() == 0:
             return
+        assert_save_is_due(started)
     raise LabError(f"in {ATTEMPTS} attempts the program saved before it had handled everything")
+
+
+def assert_save_is_due(changed):
+    """Asserts that the delay of the save has elapsed since a time (time.monotonic()) before the change."""
+    passed = time.monotonic() - changed
+    assert passed >= SAVE_DELAY, f"the program saved within {passed:.3f} s of a change"
 
 
 def ramp_distance(one, other):

@@ -77,6 +77,7 @@ def test_an_end_of_the_program_announces_that_the_popup_disappears(popup):
     with popup.accessible_events() as events:
         # As an installer that replaces the program's file.
         popup.send_message(WM_QUERYENDSESSION, 0, ENDSESSION_CLOSEAPP)
+        assert popup.popup_visible()
         popup.send_message(WM_ENDSESSION, 1, ENDSESSION_CLOSEAPP)
         assert ("hide", 0) in events.wait_for(("hide", 0))
     assert popup.wait_for_exit() == 0

@@ -124,7 +124,8 @@ def test_the_session_end_is_handled_within_five_seconds(backlight):
         backlight.hardware.change("left", delay=UNTIL_ENDED)
         return lambda: backlight.desk.send_message(WM_ENDSESSION, 1, 0)
 
-    act_within(5, lock_and_stall)
+    # The program waits for four of the five seconds, so a busy machine may need another attempt.
+    act_within(5, lock_and_stall, attempts=3)
     assert backlight.hardware.held_calls()
     backlight.hardware.change("left", delay=0)
     backlight.hardware.end_delays()

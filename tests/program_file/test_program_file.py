@@ -45,7 +45,7 @@ def test_every_rule_rejects_a_modified_file():
 
 # What a build of the program depends on, besides the compilers.
 INPUTS = ("CMakeLists.txt", "CMakePresets.json", "cmake", "src", "packaging/publisher.ini")
-COMPILERS = ("x86_64-w64-mingw32-g++-posix", "clang++")
+COMPILERS = ("x86_64-w64-mingw32-g++-posix", "x86_64-w64-mingw32-windres", "clang++", "ld.lld")
 # The inputs of the last rebuild, and the hash of its program.
 LAST_REBUILD = BUILD / "program_file" / "rebuilt.txt"
 

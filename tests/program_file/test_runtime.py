@@ -129,7 +129,8 @@ def test_neither_threads_nor_exceptions_nor_a_second_printf_are_linked(symbols):
 def actions_fixture():
     """{action: (output, exit code)} of runtime_probe."""
     probe = BUILD / "program_file" / "runtime_probe.exe"
-    printed = subprocess.run([ROOT / "lab" / "run-in-lab", probe], capture_output=True, text=True, check=True).stdout
+    printed = subprocess.run([ROOT / "lab" / "run-in-lab", "--test", probe], stdout=subprocess.PIPE, text=True,
+                             check=True).stdout
     return {line.split(" ")[0]: (line.partition(" ")[2].partition(" = ")[0].strip(), line.rpartition(" = ")[2])
             for line in printed.splitlines()}
 

@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr int kRetints = 1000;  // of one cursor; the soak test of thirty days tints 200,000 times
+constexpr int kRetints = 10000;  // of one cursor; the soak test of thirty days tints 200,000 times
 constexpr int kRetintsOfAll = 120;
 
 struct {
@@ -138,8 +138,8 @@ AMBREL_SEAM(LoadCursorW, FakeLoadCursorW);
 AMBREL_SEAM(CopyImage, FakeCopyImage);
 AMBREL_SEAM(CopyIcon, FakeCopyIcon);
 
-// Only one cursor, so that a thousand tints take a second.
-TEST_F(CursorLeak, AThousandRetintsDoNotChangeTheCounts) {
+// Only one cursor, so that ten thousand tints take seconds.
+TEST_F(CursorLeak, TenThousandRetintsDoNotChangeTheCounts) {
     HCURSOR others[kSystemCursorCount];
     std::copy(std::begin(g_app.baseCursors), std::end(g_app.baseCursors), others);
     std::fill(std::begin(g_app.baseCursors) + 1, std::end(g_app.baseCursors), nullptr);
