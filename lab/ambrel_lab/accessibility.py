@@ -114,15 +114,16 @@ class AccessibilityActions:
 
 
 class EventRecord:
-    """The events for the client area so far: (name of the event, child)."""
+    """The events for the client area so far: (name of the event, child). `lines` are all events of the process."""
 
     def __init__(self, stream):
-        self.stream, self.rest, self.events = stream, b"", []
+        self.stream, self.rest, self.events, self.lines = stream, b"", [], []
         os.set_blocking(stream.fileno(), False)
 
     def read(self):
         """All events so far that have not been taken."""
         *lines, self.rest = (self.rest + (self.stream.read() or b"")).split(b"\n")
+        self.lines += lines
         for event in map(json.loads, lines):
             if event["object"] == OBJID_CLIENT and event["event"] in EVENTS:
                 self.events.append((EVENTS[event["event"]], event["child"]))
@@ -135,5 +136,6 @@ class EventRecord:
 
     def wait_for(self, *expected):
         """Waits until these events have come, in any order, and takes them with all others so far."""
-        wait_until(lambda: set(expected) <= set(self.read()), f"the events {expected}", state=self.read)
+        wait_until(lambda: set(expected) <= set(self.read()), f"the events {expected}",
+                   state=lambda: (self.read(), self.lines[-100:]))
         return self.take()
