@@ -218,11 +218,13 @@ int ReportEvents(const Arguments& arguments, Json&) {
     if (!window || !GetWindowThreadProcessId(window, &process)) {
         return kToolNotFound;
     }
+    // Creates the thread's message queue: events for a thread without one are lost.
+    MSG message = {};
+    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
     if (!SetWinEventHook(EVENT_MIN, EVENT_MAX, nullptr, PrintEvent, process, 0, WINEVENT_OUTOFCONTEXT)) {
         return kToolFailed;
     }
     PrintReady();
-    MSG message = {};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         DispatchMessageW(&message);
     }
