@@ -59,6 +59,10 @@ class Input:
 
     def press(self, x, y, button=1):
         self.move(x, y)
+        self.press_here(button)
+
+    def press_here(self, button=1):
+        """Presses a button at the pointer's position, immediately."""
         self._button(button, True)
         time.sleep(SETTLE)
 

@@ -107,10 +107,10 @@ class PopupActions:
         self.input.release(button)
 
     def press_window(self, x, y, target, button=1):
-        # The pointer moves first, because that can show or hide a tooltip.
+        # The pointer moves first, because that can show or hide a tooltip. Nothing comes between the check and the press.
         self.input.move(x, y)
         self.wait_for_window_at(x, y, target)
-        self.input.press(x, y, button)
+        self.input.press_here(button)
 
     def window_facts(self, target=WINDOW_CLASS):
         """Facts of a window, by class or "0x..." handle: visible, foreground, left, top, right, bottom, enabled,
