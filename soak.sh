@@ -66,7 +66,11 @@ attack_traps() {
         grep -v '^\[' build/traps.log | tail -n 60 >&2
         return 1
     fi
-    ctest --test-dir build/debug --output-on-failure --no-tests=error -L '^(unit|attack)$' -FA '.*'
+    local status=0
+    rm -f build/restarts.log
+    ctest --test-dir build/debug --output-on-failure --no-tests=error -L '^(unit|attack)$' -FA '.*' || status=$?
+    [ ! -e build/restarts.log ] || sed 's/^/Started once more: /' build/restarts.log >&2
+    return "$status"
 }
 
 chosen=${1:-}

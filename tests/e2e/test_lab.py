@@ -172,23 +172,29 @@ def open_input():
 def test_a_program_that_prints_nothing_is_started_once_more(open_input, tmp_path, monkeypatch, capfd):
     """The tool waits for commands and prints nothing until one arrives."""
     monkeypatch.setattr(console_runner, "FAILURES", tmp_path)
+    monkeypatch.setattr(console_runner, "RESTARTS", tmp_path / "restarts.log")
     monkeypatch.setattr(console_runner, "end_on_signals", lambda: None)
     monkeypatch.setattr(console_runner, "START_TIMEOUT", 1.0)
     tool = Path(BUILD.get("build_dir", DEFAULT_BUILD)) / "lab" / "labtool.exe"
     assert console_runner.main(["--test", str(tool), "serve"]) == SIGNALLED - 1
     assert capfd.readouterr().err.count("labtool.exe has printed nothing for 1 s") == 2
     assert "labtool.exe" in (tmp_path / "labtool" / "processes.txt").read_text()
+    assert (tmp_path / "restarts.log").read_text() == f"{tool} has printed nothing for 1 s\n"
 
 
-def test_the_second_start_of_a_program_counts(monkeypatch):
+def test_the_second_start_of_a_program_counts_and_the_first_is_recorded(tmp_path, monkeypatch):
     results = [NoOutput("nothing"), 3]
+    restarts = tmp_path / "restarts.log"
+    restarts.write_text("an earlier program\n")
 
     def run_console(*_, **__):
         result = results.pop(0)
         if isinstance(result, Exception):
             raise result
         return result
+    monkeypatch.setattr(console_runner, "RESTARTS", restarts)
     monkeypatch.setattr(console_runner, "run_console", run_console)
     monkeypatch.setattr(console_runner, "save_evidence", lambda *_: None)
     monkeypatch.setattr(console_runner, "end_on_signals", lambda: None)
     assert console_runner.main(["--test", "any.exe"]) == 3 and not results
+    assert restarts.read_text() == "an earlier program\nnothing\n"
