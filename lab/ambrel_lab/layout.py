@@ -1,7 +1,6 @@
 """Positions of the popup's controls in design units (pixels at 96 DPI), and colours that identify its panels."""
 
 UNITS = 96
-WIDTH, HEIGHT = 320, 540
 
 # Centres of the main panel's controls.
 POWER = (160, 503)
@@ -15,9 +14,10 @@ CARD_OUTLINE = (160, 384)
 STATUS_STRIP = (160, 395)
 STRIP_TEXT = (22, 385, 298, 405)  # left, top, right, bottom
 
-# Centres of the settings panel's controls.
+# Centres of the settings panel's controls, and the upper edges of its rows.
 CLOSE = (276, 30)
 SETTINGS_ROWS = {"LAUNCH AT STARTUP": (160, 153), "ALLOW EXTREME DIM": (160, 203), "LEGACY MODE": (160, 253)}
+SETTINGS_ROW_TOPS = {"LAUNCH AT STARTUP": 132, "ALLOW EXTREME DIM": 182, "LEGACY MODE": 232}
 SUPPORT = (160, 489)
 
 # Positions without text or icons, whose colour identifies what is shown.

@@ -4,6 +4,8 @@ import math
 import struct
 from collections import namedtuple
 
+from ambrel_lab.layout import TRAVEL
+
 Preset = namedtuple("Preset", "intensity brightness kelvin")
 PRESETS = {
     "DAY": Preset(1.0 - 4000.0 / 6500.0, 1.0, 4000),
@@ -11,7 +13,6 @@ PRESETS = {
     "NIGHT": Preset(1.0, 0.7, 0),
 }
 DEFAULT_INTENSITY, DEFAULT_BRIGHTNESS = 0.385, 1.0
-TRAVEL = 198.0
 STEPS = 256
 
 

@@ -6,7 +6,7 @@ from accessible import press, read_panel
 from accessible import popup_fixture  # noqa: F401
 from ambrel_lab.accessibility import NONE, OK
 from ambrel_lab.hardware import Monitor
-from ambrel_lab.layout import TRACK_BOTTOM, TRACK_TOP
+from ambrel_lab.layout import SLIDER_X, TRACK_BOTTOM, TRACK_TOP
 from backlight import BUILD
 from desk import wait_until
 from panels import drawn_picture
@@ -73,8 +73,8 @@ def test_the_rectangles_are_where_the_controls_are_drawn(make_desk, dpi):
     card = on_popup(desk.accessible_control("PWM-SAFE MODE"))
     assert near(drawn_bounds(picture, card, margin), card, 1), (card, drawn_bounds(picture, card, margin))
     assert_centred_ink(picture, on_popup(desk.accessible_control("SETTINGS")), unit)
-    for name, x in (("WARMTH", 80), ("BRIGHTNESS", 240)):
-        # The track that is 52 units wide and 198 high, as the slider can be pressed.
+    for name, x in SLIDER_X.items():
+        # The track, which is 52 units wide, as the slider can be pressed.
         track = tuple(round_half_up(edge * unit) for edge in (x - 26, TRACK_TOP, x + 26, TRACK_BOTTOM))
         assert on_popup(desk.accessible_control(name)) == track
 

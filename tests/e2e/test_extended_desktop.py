@@ -3,11 +3,10 @@
 import pytest
 
 import model
-from desk import RAMP_TOLERANCE, ramp_distance, wait_until
+from desk import MENU_LEGACY_MODE, RAMP_TOLERANCE, ramp_distance, wait_until
 
 DAY, EVENING = model.PRESETS["DAY"][:2], model.PRESETS["EVENING"][:2]
 REFUSED = "Legacy ramp REJECTED (intensity=0.385 brightness=1.000) - Windows range limit"
-LEGACY = "Legacy Mode (Older Hardware)"
 
 
 @pytest.fixture(name="legacy")
@@ -74,7 +73,7 @@ def test_leaving_legacy_mode_leaves_one_filter_on_every_display(legacy):
     legacy.displays.connect("everything", "everything")
     legacy.choose("EVENING")
     wait_for_display(legacy, 2, model.factors(*EVENING))
-    legacy.menu(LEGACY)
+    legacy.menu(MENU_LEGACY_MODE)
     legacy.wait_for_colour(*EVENING)
     wait_for_display(legacy, 2, model.IDENTITY)
 

@@ -5,10 +5,9 @@ import time
 import pytest
 
 import model
-from desk import SLIDER_X, SLIDER_Y, wait_until
+from desk import MENU_LEGACY_MODE, SLIDER_X, SLIDER_Y, wait_until
 
 WM_APP = 0x8000
-LEGACY = "Legacy Mode (Older Hardware)"
 START = (model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
 TOLERATED = "MagSetFullscreenColorEffect error 87 (1/2 before fallback)"
 FALLEN_BACK = "Auto-fallback to Legacy Mode after 2 consecutive error 87s"
@@ -126,7 +125,7 @@ def test_a_library_that_also_refuses_the_identity_is_initialised_again(file_desk
     desk.wait_for_plain_screen()
     desk.magnification_script()
     desk.press_power()
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_colour(*model.PRESETS["EVENING"][:2])
 
 
@@ -197,7 +196,7 @@ def test_after_the_user_leaves_legacy_mode_there_is_no_fallback_in_this_run(file
     desk = fall_back(file_desk.start_fresh(effect=(87,)))
     desk.press_button(desk.wait_for_message_box())
     initialised = [call.function for call in desk.magnification_calls()].count("MagInitialize")
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     box = desk.wait_for_message_box()
     assert box.text == failure(87)
     desk.press_button(box)
@@ -212,7 +211,7 @@ def test_after_the_user_leaves_legacy_mode_there_is_no_fallback_in_this_run(file
 def test_after_the_user_leaves_legacy_mode_the_next_run_falls_back_with_a_notice(file_desk):
     desk = fall_back(file_desk.start_fresh(effect=(87,)))
     desk.press_button(desk.wait_for_message_box())
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.press_button(desk.wait_for_message_box())
     desk.wait_for_setting("UseLegacyGamma", "0")
     desk.save_now()

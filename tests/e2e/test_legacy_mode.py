@@ -4,9 +4,8 @@ import pytest
 
 import model
 from ambrel_lab.layout import STRIP_TEXT
-from desk import wait_until
+from desk import MENU_LEGACY_MODE, wait_until
 
-LEGACY = "Legacy Mode (Older Hardware)"
 START = (model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
 REFUSED = "Legacy ramp REJECTED (intensity=1.000 brightness=0.700) - Windows range limit"
 RED, AMBER = (255, 0, 0), (255, 210, 0)
@@ -67,7 +66,7 @@ def test_the_menu_moves_an_active_filter_to_the_ramp_and_saves_immediately(desk)
     desk.choose("DAY")
     desk.wait_for_colour(*model.PRESETS["DAY"][:2])
     desk.wait_for_saves(1)
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(2)
     assert desk.effects()[-1].matrix == model.matrix(model.IDENTITY)
     desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
@@ -77,12 +76,12 @@ def test_the_menu_moves_an_active_filter_to_the_ramp_and_saves_immediately(desk)
 
 
 def test_the_menu_moves_an_active_filter_back_to_the_matrix(desk):
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(1)
     desk.choose("DAY")
     desk.wait_for_legacy_colour(*model.PRESETS["DAY"][:2])
     assert desk.effects() == []
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     wait_until(desk.effects, "the colour matrix")
     desk.wait_for_colour(*model.PRESETS["DAY"][:2])
     assert desk.effects()[-1].diagonal == pytest.approx(model.factors(*model.PRESETS["DAY"][:2]), abs=1e-6)
@@ -91,7 +90,7 @@ def test_the_menu_moves_an_active_filter_back_to_the_matrix(desk):
 
 
 def test_leaving_legacy_mode_after_the_start_loads_the_library(legacy):
-    legacy.menu(LEGACY)
+    legacy.menu(MENU_LEGACY_MODE)
     legacy.wait_for_saves(1)
     assert [call.function for call in legacy.magnification_calls()] == ["MagInitialize"]
     legacy.press_power()
@@ -99,17 +98,17 @@ def test_leaving_legacy_mode_after_the_start_loads_the_library(legacy):
 
 
 def test_the_menu_with_the_filter_off_leaves_the_screen_plain(desk):
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(1)
     assert desk.effects() == []
     assert desk.screen_is_plain()
 
 
 def test_the_menu_ticks_legacy_mode_while_it_is_on(desk):
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(1)
     ticked = desk.menu_picture()
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(2)
     plain = desk.menu_picture()
     assert ticked != plain
@@ -146,7 +145,7 @@ def test_a_series_of_refusals_is_logged_once(legacy):
     legacy.wait_for_log(REFUSED)
     for brightness_way in (-5, -10, -15):
         legacy.slide("BRIGHTNESS", brightness_way)
-    legacy.wait_for_tooltip(model.tooltip_on(1.0, 0.7 - 30 / 198))
+    legacy.wait_for_tooltip(model.tooltip_on(1.0, 0.7 - 30 / model.TRAVEL))
     legacy.choose("NIGHT")
     legacy.wait_for_tooltip("Ambrel - ON (0K, 70%)")
     assert len([line for line in legacy.log() if "REJECTED" in line]) == 1
@@ -164,7 +163,7 @@ def test_every_change_of_the_ramp_result_is_logged_once(legacy):
 def test_refused_ramps_show_no_banner_outside_legacy_mode(legacy):
     legacy.choose("NIGHT")
     wait_until(lambda: banner_shown(legacy), "the banner")
-    legacy.menu(LEGACY)
+    legacy.menu(MENU_LEGACY_MODE)
     wait_until(legacy.effects, "the colour matrix")
     legacy.wait_for_colour(*model.PRESETS["NIGHT"][:2])
     legacy.show()

@@ -12,7 +12,7 @@ import pytest
 
 import model
 from ambrel_lab.layout import SUPPORT
-from desk import TIMEOUT, wait_until
+from desk import MENU_LEGACY_MODE, TIMEOUT, wait_until
 
 BESIDE, WORKING = "C:\\Pl\u00e1nted  by the pr\u00f6gram\\", "C:\\w\u00f6rking \u00e9 directory \\b\\"
 SWITCH = "--expand-gamma-range"
@@ -107,7 +107,7 @@ def test_an_ordinary_run_loads_none(planted_desk):
     desk.click_unit(*SUPPORT)
     wait_until(lambda: any(line.startswith("Support bundle") for line in desk.log()), "the report", state=desk.log)
     desk.close_settings()
-    desk.menu("Legacy Mode (Older Hardware)")
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_legacy_colour(*START)
     assert desk.quit() == 0
     assert loaded(desk) == []

@@ -6,7 +6,8 @@ import pytest
 
 import model
 from ambrel_lab.popup import TASKBAR_CLASS, centre
-from desk import ATTEMPTS, MENU_QUIT, REOPEN_DELAY, SLIDER_X, SLIDER_Y, assert_save_is_due, wait_for_value
+from desk import (ATTEMPTS, MENU_LEGACY_MODE, MENU_QUIT, REOPEN_DELAY, SLIDER_X, SLIDER_Y, assert_save_is_due,
+                  wait_for_value)
 
 WM_CLOSE, WM_QUERYENDSESSION, WM_ENDSESSION, WM_DISPLAYCHANGE, SHOW_POPUP = 0x10, 0x11, 0x16, 0x7E, 0x8069
 EMPTY_POSITION = (160, 60)  # in design units
@@ -65,7 +66,7 @@ def test_quit_after_leaving_legacy_mode_restores_the_screen(file_desk):
     desk = file_desk.start_fresh(MODES["legacy"])
     desk.choose("EVENING")
     desk.wait_for_legacy_colour(*EVENING)
-    desk.menu("Legacy Mode (Older Hardware)")
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_colour(*EVENING)
     assert desk.quit() == 0
     assert desk.screen_is_plain()

@@ -5,20 +5,19 @@ import time
 import pytest
 
 import model
-from desk import POWER, act_before_the_save, wait_until
+from desk import MENU_LEGACY_MODE, POWER, act_before_the_save, wait_until
 
 DEFAULTS = "intensity=0.385 brightness=1.000 extremeDim=0 legacy=0 pwmSafe=0"
 KEYS = ["[Filter]", "Intensity", "Brightness", "[Settings]", "LaunchAtStart", "AllowExtremeDim", "UseLegacyGamma",
         "LegacyModeAutoSet", "PWMSafeMode", "GammaFixEpoch"]
-LEGACY = "Legacy Mode (Older Hardware)"
 CLICKS = 5  # an odd number leaves the filter on
 
 
 def save_by_menu_twice(desk):
     """Makes the program save without changing anything."""
     saves = desk.saves()
-    desk.menu(LEGACY)
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(saves + 2)
 
 
@@ -101,7 +100,7 @@ def test_values_out_of_range_are_written_back_clamped(file_desk):
 def test_thousandths_and_the_time_of_the_gamma_fix_survive_a_load_and_a_save(
         file_desk, epoch, saved_epoch, intensity, brightness):
     desk = file_desk.start_fresh({"Intensity": intensity, "Brightness": brightness, "GammaFixEpoch": epoch})
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(1)
     assert desk.settings()["GammaFixEpoch"] == saved_epoch
     assert desk.settings()["Intensity"] == str(intensity)
@@ -153,10 +152,10 @@ def test_a_burst_of_clicks_is_saved_once(file_desk):
 
 
 def test_the_tray_menu_saves_immediately(desk):
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(1)
     desk.wait_for_setting("UseLegacyGamma", "1")
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(2)
     assert desk.settings()["UseLegacyGamma"] == "0"
 

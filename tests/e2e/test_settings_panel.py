@@ -6,18 +6,16 @@ import pytest
 
 import model
 from bundle import while_copied
-from ambrel_lab.layout import HEADER_COLOUR as HEADER, ROW_COLOUR as ROW
-from desk import CLOSE, GEAR, PRESET_POSITIONS, SETTINGS_ROWS, SLIDER_X, wait_until
+from ambrel_lab.layout import HEADER_COLOUR as HEADER, ROW_COLOUR as ROW, SETTINGS_ROW_TOPS as ROW_TOPS
+from desk import CLOSE, GEAR, MENU_LEGACY_MODE, PRESET_POSITIONS, SETTINGS_ROWS, SLIDER_X, wait_until
 from text_recognition import LABEL, SMALL, TITLE, closest, picture_of, span, matches_text
 from panels import panel_of, wait_for_panel
 
 WM_LBUTTONDOWN, WM_CLOSE = 0x201, 0x10
 BACKGROUND, OUTLINE, RED = (13, 13, 13), (0x2C,) * 3, (255, 0, 0)
 KEYS = {"LAUNCH AT STARTUP": "LaunchAtStart", "ALLOW EXTREME DIM": "AllowExtremeDim", "LEGACY MODE": "UseLegacyGamma"}
-ROW_TOPS = {"LAUNCH AT STARTUP": 132, "ALLOW EXTREME DIM": 182, "LEGACY MODE": 232}
 # On the main panel the power button is here; the support button ends above.
 POWER_BELOW_SUPPORT = (160, 522)
-MENU_LEGACY = "Legacy Mode (Older Hardware)"
 RUN_KEY, RUN_VALUE = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Run", "Ambrel2"
 DAY, NIGHT = model.PRESETS["DAY"][:2], model.PRESETS["NIGHT"][:2]
 FALLEN_BACK = "Auto-fallback to Legacy Mode after 2 consecutive error 87s"
@@ -294,7 +292,7 @@ def test_with_the_filter_on_each_click_applies_the_filter_again(start_with, lega
 def switch_legacy_mode(desk, control):
     saves = desk.saves()
     if control == "menu":
-        desk.menu(MENU_LEGACY)
+        desk.menu(MENU_LEGACY_MODE)
     else:
         if panel_of(desk) != "settings" or not desk.popup_visible():
             desk.show_settings()
@@ -350,7 +348,7 @@ def test_leaving_legacy_mode_loads_the_library(start_with, control):
 def test_row_and_menu_switch_the_same_flag(panel):
     panel.flip("LEGACY MODE")
     wait_for_value(panel, "LEGACY MODE", "ON")
-    panel.menu(MENU_LEGACY)
+    panel.menu(MENU_LEGACY_MODE)
     panel.wait_for_setting("UseLegacyGamma", "0")
     panel.flip("LEGACY MODE")
     panel.wait_for_setting("UseLegacyGamma", "1")

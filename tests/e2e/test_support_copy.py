@@ -296,7 +296,7 @@ def test_the_button_reacts_where_it_is_drawn_at_a_larger_scaling(make_desk):
     desk = make_desk(dpi=192, size=(1920, 1200))
     desk.start_fresh()
     desk.show_settings()
-    x, y = 280, 470
+    x, y = SURFACE
     wait_until(lambda: desk.popup_picture().pixel(2 * x, 2 * y) == NORMAL, "the button")
     press_by_message(desk, 2 * 24, 2 * 461)
     assert copies(desk) == []
