@@ -5,7 +5,7 @@ from collections import namedtuple
 
 from .layout import MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT, REOPEN_DELAY, UNITS
 from .paths import LabError
-from .waiting import TIMEOUT, wait_for_value, wait_until, wait_until_settled
+from .waiting import TIMEOUT, wait_until, wait_until_settled
 
 WINDOW_CLASS = "Ambrel2Class"
 TASKBAR_CLASS = "Shell_TrayWnd"
@@ -76,9 +76,6 @@ class PopupActions:
     def wait_for_tray_icon(self, timeout=TIMEOUT):
         """Waits until the shell shows the program's TrayIcon and returns it."""
         return wait_until(self.tray_icon, "the tray icon", timeout, state=self.tray_icons)
-
-    def wait_for_tray_tooltip(self, text, timeout=TIMEOUT):
-        wait_for_value(self.tray_tooltip, text, "the tooltip", timeout)
 
     def remove_dead_icons(self):
         """Makes the taskbar remove the icons of ended programs now. By itself it does so every two seconds."""
