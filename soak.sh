@@ -67,9 +67,9 @@ attack_traps() {
         return 1
     fi
     local status=0
-    rm -f build/restarts.log
+    rm -f build/repetitions.log
     ctest --test-dir build/debug --output-on-failure --no-tests=error -L '^(unit|attack)$' -FA '.*' || status=$?
-    [ ! -e build/restarts.log ] || sed 's/^/Started once more: /' build/restarts.log >&2
+    [ ! -e build/repetitions.log ] || sed 's/^/Repeated: /' build/repetitions.log >&2
     return "$status"
 }
 

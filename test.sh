@@ -21,12 +21,12 @@ build() {
     fi
 }
 
-# test_with OPTION...: runs CTest and then lists the programs that were started once more and the tests that were skipped.
+# test_with OPTION...: runs CTest and then lists what was repeated because of Wine, and the tests that were skipped.
 test_with() {
     local status=0
-    rm -f build/restarts.log
+    rm -f build/repetitions.log
     ctest --preset "$@" || status=$?
-    [ ! -e build/restarts.log ] || sed 's/^/Started once more: /' build/restarts.log >&2
+    [ ! -e build/repetitions.log ] || sed 's/^/Repeated: /' build/repetitions.log >&2
     grep '^SKIPPED' build/release/Testing/Temporary/LastTest.log >&2 || :
     return "$status"
 }

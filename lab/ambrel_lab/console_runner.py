@@ -9,9 +9,9 @@ from contextlib import contextmanager
 from pathlib import Path
 
 from .console import SIGNALLED, NoOutput, run_console
-from .evidence import save_evidence
+from .evidence import record_repetition, save_evidence
 from .lab import Lab
-from .paths import FAILURES, RESTARTS, LabError
+from .paths import FAILURES, LabError
 
 # Seconds within which a test program must print its first line.
 START_TIMEOUT = 150.0
@@ -72,7 +72,7 @@ def main(words):
     code.
 
     --test is for a program that prints a line when it starts. Wine can hang when it starts a program: one that has
-    printed nothing after START_TIMEOUT is ended and started once more, which is recorded in build/restarts.log. A program
+    printed nothing after START_TIMEOUT is ended and started once more, which is recorded in build/repetitions.log. A program
     that fails or hangs leaves evidence in build/failures/PROGRAM."""
     is_test = words[:1] == ["--test"]
     words = words[1:] if is_test else words
@@ -88,17 +88,11 @@ def main(words):
             return run_test(words, evidence)
         except NoOutput as error:
             report(error)
-            record_restart(error)
+            record_repetition(f"{error}; started once more")
             return run_test(words, evidence)
     except LabError as error:
         report(error)
         return SIGNALLED - 1
-
-
-def record_restart(reason):
-    """Appends the reason to the list that ./test.sh prints. The output of a test that passes is not shown."""
-    with RESTARTS.open("a", encoding="utf-8") as restarts:
-        restarts.write(f"{reason}\n")
 
 
 def report(error):

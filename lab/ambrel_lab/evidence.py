@@ -1,9 +1,16 @@
-"""Evidence of a failure: screenshots, the list of windows, and the logs."""
+"""Evidence of a failure: screenshots, the list of windows, and the logs. The list of repeated acts."""
 
 import shutil
 
+from . import paths
 from .paths import LabError
 from .processes import describe_processes
+
+
+def record_repetition(what):
+    """Adds an act to the list that ./test.sh prints. The output of a test that passes is not shown."""
+    with paths.REPETITIONS.open("a", encoding="utf-8") as repetitions:
+        repetitions.write(f"{what}\n")
 
 
 def save_evidence(lab, folder):

@@ -12,8 +12,8 @@ PROMPT_EXIT = DEFAULT_BUILD / "lab" / "prompt_exit.so"
 BYTECODE = ROOT / "build" / "pycache"
 # The evidence of failed tests.
 FAILURES = ROOT / "build" / "failures"
-# One line for each test program that has been started once more.
-RESTARTS = ROOT / "build" / "restarts.log"
+# One line for each act that a test run has repeated because of Wine.
+REPETITIONS = ROOT / "build" / "repetitions.log"
 WINE_FOLDER = Path("/usr/lib/wine")
 WINE = str(WINE_FOLDER / "wine64")
 WINESERVER = str(WINE_FOLDER / "wineserver64")

@@ -3,6 +3,7 @@
 import time
 from collections import namedtuple
 
+from .evidence import record_repetition
 from .layout import MENU_LAUNCH, MENU_LEGACY_MODE, MENU_QUIT, REOPEN_DELAY, UNITS
 from .paths import LabError
 from .waiting import TIMEOUT, wait_until, wait_until_settled
@@ -194,7 +195,8 @@ class PopupActions:
     def open_menu(self):
         """Opens the tray menu with the right button and returns the Menu once it has stopped moving.
 
-        Wine sometimes raises the popup above a menu that has just opened. Such a menu is closed and opened again.
+        Wine sometimes raises the popup above a menu that has just opened. Such a menu is closed and opened again, which
+        ./test.sh reports.
         """
         for _ in range(MENU_ATTEMPTS - 1):
             self.click_tray(3)
@@ -203,6 +205,7 @@ class PopupActions:
             if all(self.topmost_at(x, y, window.handle)
                    for y in (top + MENU_MARGIN, (top + bottom) // 2, bottom - MENU_MARGIN)):
                 return self.menu_in(window)
+            record_repetition(f"the menu at {x}, {top} was covered by {self.window_at(x, top)}; opened again")
             self.close_menu()
         self.click_tray(3)
         return self.wait_for_menu()

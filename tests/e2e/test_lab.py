@@ -11,7 +11,7 @@ from pathlib import Path
 
 import pytest
 
-from ambrel_lab import console_runner
+from ambrel_lab import console_runner, paths
 from ambrel_lab import lab as lab_module
 from ambrel_lab.console import SIGNALLED, NoOutput
 from ambrel_lab.console_runner import evidence_of_a_hang
@@ -172,29 +172,38 @@ def open_input():
 def test_a_program_that_prints_nothing_is_started_once_more(open_input, tmp_path, monkeypatch, capfd):
     """The tool waits for commands and prints nothing until one arrives."""
     monkeypatch.setattr(console_runner, "FAILURES", tmp_path)
-    monkeypatch.setattr(console_runner, "RESTARTS", tmp_path / "restarts.log")
+    monkeypatch.setattr(paths, "REPETITIONS", tmp_path / "repetitions.log")
     monkeypatch.setattr(console_runner, "end_on_signals", lambda: None)
     monkeypatch.setattr(console_runner, "START_TIMEOUT", 1.0)
     tool = Path(BUILD.get("build_dir", DEFAULT_BUILD)) / "lab" / "labtool.exe"
     assert console_runner.main(["--test", str(tool), "serve"]) == SIGNALLED - 1
     assert capfd.readouterr().err.count("labtool.exe has printed nothing for 1 s") == 2
     assert "labtool.exe" in (tmp_path / "labtool" / "processes.txt").read_text()
-    assert (tmp_path / "restarts.log").read_text() == f"{tool} has printed nothing for 1 s\n"
+    assert (tmp_path / "repetitions.log").read_text() == f"{tool} has printed nothing for 1 s; started once more\n"
 
 
 def test_the_second_start_of_a_program_counts_and_the_first_is_recorded(tmp_path, monkeypatch):
     results = [NoOutput("nothing"), 3]
-    restarts = tmp_path / "restarts.log"
-    restarts.write_text("an earlier program\n")
+    repetitions = tmp_path / "repetitions.log"
+    repetitions.write_text("an earlier program\n")
 
     def run_console(*_, **__):
         result = results.pop(0)
         if isinstance(result, Exception):
             raise result
         return result
-    monkeypatch.setattr(console_runner, "RESTARTS", restarts)
+    monkeypatch.setattr(paths, "REPETITIONS", repetitions)
     monkeypatch.setattr(console_runner, "run_console", run_console)
     monkeypatch.setattr(console_runner, "save_evidence", lambda *_: None)
     monkeypatch.setattr(console_runner, "end_on_signals", lambda: None)
     assert console_runner.main(["--test", "any.exe"]) == 3 and not results
-    assert restarts.read_text() == "an earlier program\nnothing\n"
+    assert repetitions.read_text() == "an earlier program\nnothing; started once more\n"
+
+
+def test_a_covered_menu_is_opened_again_and_recorded(desk, tmp_path, monkeypatch):
+    topmost = [False, True, True, True]
+    monkeypatch.setattr(paths, "REPETITIONS", tmp_path / "repetitions.log")
+    monkeypatch.setattr(desk, "topmost_at", lambda *_: topmost.pop(0))
+    desk.open_menu()
+    recorded = (tmp_path / "repetitions.log").read_text().splitlines()
+    assert len(recorded) == 1 and recorded[0].startswith("the menu at ") and not topmost

@@ -6,7 +6,8 @@ import pytest
 
 import model
 from ambrel_lab.popup import TASKBAR_CLASS
-from desk import ATTEMPTS, MENU_CLASS, POWER, REOPEN_DELAY, LabError, act_within, wait_until, wait_until_settled
+from desk import (ATTEMPTS, MENU_CLASS, MENU_LEGACY_MODE, POWER, REOPEN_DELAY, LabError, act_within, wait_until,
+                  wait_until_settled)
 
 WM_USER_TRAY, WM_ACTIVATE, WM_CLOSE, WM_TIMER = 0x401, 0x6, 0x10, 0x113
 WA_INACTIVE, SAVE_TIMER = 0, 1
@@ -152,7 +153,7 @@ def test_a_menu_closed_without_a_choice_changes_nothing(desk):
 
 def test_a_click_on_the_separator_does_nothing(desk):
     menu = desk.open_menu()
-    above, below = menu.rows["Legacy Mode (Older Hardware)"], menu.rows["Quit"]
+    above, below = menu.rows[MENU_LEGACY_MODE], menu.rows["Quit"]
     desk.click_window(above.left + 60, (above.bottom + below.top) // 2, menu.window.handle)
     time.sleep(0.2)  # No command may run.
     assert desk.program_running()
@@ -318,7 +319,7 @@ def test_messages_of_timers_that_do_not_run_are_ignored(desk, number):
 
 
 def test_the_menu_command_of_legacy_mode_does_not_change_the_tooltip(desk):
-    desk.menu("Legacy Mode (Older Hardware)")
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(1)
     assert desk.tray_tooltip() == "Ambrel"
 
