@@ -62,8 +62,8 @@ class Connection:
     def __init__(self, display):
         """Raises LabError if there is no connection to `display` (such as ":3")."""
         self.x11, self.vidmode = load_libraries()
-        self.handle = self.x11.XOpenDisplay(display.encode())
-        if not self.handle:
+        self._handle = self.x11.XOpenDisplay(display.encode())
+        if not self._handle:
             raise LabError(f"no X server answers on {display}")
         self.x11.XSetIOErrorExitHandler(self.handle, stay_alive, None)
         self.x11.XSetErrorHandler(ignore_error)
@@ -72,10 +72,17 @@ class Connection:
         self.width = self.x11.XDisplayWidth(self.handle, self.screen)
         self.height = self.x11.XDisplayHeight(self.handle, self.screen)
 
+    @property
+    def handle(self):
+        """The open display, for calls of the X libraries, which crash without one. Raises LabError after close()."""
+        if not self._handle:
+            raise LabError("the connection to the X server is closed")
+        return self._handle
+
     def close(self):
-        if self.handle:
-            self.x11.XCloseDisplay(self.handle)
-            self.handle = None
+        if self._handle:
+            self.x11.XCloseDisplay(self._handle)
+            self._handle = None
 
     def picture(self, left=0, top=0, width=None, height=None):
         """The pixels of the screen or of a rectangle clipped to it, without the gamma ramp and the pointer."""

@@ -10,7 +10,8 @@ import pytest
 import model
 from ambrel_lab.layout import STRIP_TEXT, TRACK_BOTTOM, TRAVEL
 from ambrel_lab.popup import WINDOW_CLASS
-from desk import PRESET_POSITIONS, wait_until
+from desk import PRESET_POSITIONS, Desk, wait_until
+from failures import open_desk
 
 SCALINGS = [96, 120, 144, 192]
 BACKGROUND, HEADER, LOWER, BLACK = (13, 13, 13), (25, 25, 25), (26, 26, 26), (0, 0, 0)
@@ -45,21 +46,21 @@ class Panel:
 
 
 @pytest.fixture(name="panel_of", scope="module", params=SCALINGS)
-def panel_of_fixture(request, make_file_desk, pictures):
+def panel_of_fixture(request, pictures):
     """Draws a state of the popup at one scaling: panel_of(name, act, settings) returns (desk, Panel)."""
-    dpi, desk = request.param, make_file_desk(dpi=request.param, size=(1920, 1200))
-
-    def draw(name, act=lambda desk: None, **settings):
-        desk.start_fresh(settings)
-        desk.open_popup()
-        act(desk)
-        desk.move(5, 5)
-        picture = settled(desk)
-        picture.save(pictures / f"popup-{dpi}-{name}.png")
-        desk.popup_picture(as_seen=True).save(pictures / f"popup-{dpi}-{name}-as-seen.png")
-        return desk, Panel(picture, dpi)
-    yield draw
-    desk.close()
+    dpi = request.param
+    # Each scaling has its own desk, which closes before the next one opens.
+    with open_desk(Desk, request, dpi=dpi, size=(1920, 1200)) as desk:
+        def draw(name, act=lambda desk: None, **settings):
+            desk.start_fresh(settings)
+            desk.open_popup()
+            act(desk)
+            desk.move(5, 5)
+            picture = settled(desk)
+            picture.save(pictures / f"popup-{dpi}-{name}.png")
+            desk.popup_picture(as_seen=True).save(pictures / f"popup-{dpi}-{name}-as-seen.png")
+            return desk, Panel(picture, dpi)
+        yield draw
 
 
 def is_uncovered(desk):
