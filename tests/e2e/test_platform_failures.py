@@ -13,6 +13,7 @@ PBT_POWERSETTINGCHANGE = 0x8013
 WILD = (0, 1, 0x10, 0xFFFF, 0x7FFF0000, 0x123456789, 0x7FFFFFFFFFFF, -1)
 MINUS_ONE = 0xFFFFFFFF
 TRIMMED, LARGE = 65536, 4 << 20
+NO_PAUSE = 1e-6  # seconds
 
 
 def position(slider):
@@ -145,16 +146,48 @@ def test_a_log_that_cannot_be_replaced_is_kept_and_stops_growing(desk):
     assert sorted(path.name for path in desk.settings_folder.iterdir()) == ["events.log", "settings.ini"]
 
 
+OLD_LOG = b"".join(b"[00:00:00.000] line %d\r\n" % number for number in range(20000))
+LOG_END = OLD_LOG[-TRIMMED:]
+
+
+def unfinished_log(desk):
+    """The file that a trim writes beside the log and then renames."""
+    return desk.settings_folder / "events.log.new"
+
+
+def kill_at_start(desk, moment):
+    """Starts the program with an old log, kills it once moment() is true, and returns the log that is left."""
+    desk.clear()
+    unfinished_log(desk).unlink(missing_ok=True)
+    desk.write_events(OLD_LOG)
+    program = desk.start_program()
+    wait_until(moment, "the moment of the kill", state=lambda: log_size(desk), pause=NO_PAUSE)
+    program.kill()
+    desk.kill_program()
+    return log_bytes(desk)
+
+
+def log_size(desk):
+    return desk.events_path.stat().st_size
+
+
+def is_trimmed(log):
+    """Whether a log is the end of the old one, with or without the new run's lines."""
+    return log == LOG_END or log.startswith(LOG_END + MARKER.encode())
+
+
 def test_a_program_killed_at_its_start_leaves_the_old_log_or_its_end(desk):
-    """Before, during and after a trim of the log."""
-    old = "".join(f"[00:00:00.000] line {number}\r\n" for number in range(20000))
-    end = old[-TRIMMED:]
-    for _ in range(8):
-        desk.kill_program()
-        desk.write_events(old)
-        desk.start_program()
-        wait_until(lambda: desk.settings_path.exists() or desk.program_running(), "a program")
-        desk.kill_program()
-        text = log_bytes(desk).decode()
-        assert text.startswith(old) or text.startswith(end)
-        assert text.replace(old if text.startswith(old) else end, "").startswith(MARKER) or text in (old, end)
+    def at_once():
+        return True
+
+    def trimming():
+        return unfinished_log(desk).exists() or trimmed()
+
+    def trimmed():
+        return log_size(desk) != len(OLD_LOG)
+    # A kill at once comes long before the trim. The unfinished file exists only for a moment, so the kills at its sight
+    # come during the trim or soon after it.
+    left = [kill_at_start(desk, moment) for moment in [at_once] * 3 + [trimming] * 6]
+    assert [len(log) for log in left if log != OLD_LOG and not is_trimmed(log)] == []
+    assert OLD_LOG in left[:3]
+    assert is_trimmed(kill_at_start(desk, trimmed))
