@@ -10,6 +10,7 @@ from ambrel_lab.layout import SUPPORT, SUPPORT_COPIED as COPIED, SUPPORT_NORMAL 
 from desk import ATTEMPTS, TIMEOUT, LabError, wait_for_value, wait_until
 from panels import show_settings
 
+WM_LBUTTONDOWN = 0x201
 COPIED_LINE = re.compile(r"Support bundle copied to clipboard \((\d+) chars\)")
 FAILED_LINE = "Support bundle copy failed"
 BEFORE = "what was on the clipboard before"
@@ -123,6 +124,12 @@ def copy(desk):
     desk.click_unit(*SUPPORT)
     wait_until(lambda: len(copies(desk)) > logged, "the line that the report was copied", state=desk.log)
     return Report(desk.clipboard_text(), since, time.time())
+
+
+def copy_by_message(desk):
+    """Presses the support button of the open settings panel with one message. The report is on the clipboard when this
+    returns."""
+    desk.send_message(WM_LBUTTONDOWN, 1, SUPPORT[0] | SUPPORT[1] << 16)
 
 
 def copy_without_log(desk):

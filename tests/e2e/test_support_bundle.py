@@ -7,7 +7,8 @@ import pytest
 
 import model
 from backlight import POLL, VERIFY, Backlight, Monitor, Panel
-from bundle import COPIED_LINE, LAB_MACHINE, LAB_TAG, STAMP, Machine, copy, fnv_1a, memory, processors
+from bundle import (COPIED_LINE, LAB_MACHINE, LAB_TAG, STAMP, Machine, Report, copy, copy_by_message, fnv_1a, memory,
+                    processors)
 from desk import MARKER, act_within, wait_until
 from panels import show_settings
 
@@ -291,8 +292,10 @@ def test_the_uptime_counts_from_the_start_of_the_program(desk):
         started = time.monotonic() - (time.time() % 86400 - moment(stamped_lines()[0])) % 86400
         wait_until(lambda: (up := time.monotonic() - started) > 2.5 and 0.2 < up % 1 < 0.3, "a few seconds of uptime",
                    pause=0.01)
-        return lambda: copy(desk)
-    report = act_within(0.5, prepare)
+        return lambda: copy_by_message(desk)
+    since = time.time()
+    act_within(0.5, prepare)
+    report = Report(desk.clipboard_text(), since, time.time())
     assert stamped_lines()[0].endswith(" starting") and COPIED_LINE.search(stamped_lines()[-1]) and lived() >= 2.5
     minutes, seconds = divmod(int(lived()), 60)
     assert report.value("APP", "Session uptime: ") == (f"{minutes}m {seconds}s" if minutes else f"{seconds}s")
