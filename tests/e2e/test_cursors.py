@@ -52,7 +52,7 @@ class Cursors:
 
     def expect(self, calls):
         """Waits for exactly these calls and discards them."""
-        wait_until(lambda: len(self.calls()) >= len(calls), f"{len(calls)} cursor calls, not {self.calls()}")
+        wait_until(lambda: len(self.calls()) >= len(calls), f"{len(calls)} cursor calls", state=self.calls)
         assert self.calls() == calls
         self.clear()
 

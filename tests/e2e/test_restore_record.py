@@ -7,7 +7,7 @@ import pytest
 import model
 from backlight import CONFIRMED, WM_ENDSESSION, Monitor, Panel
 from backlight import backlight_desk_fixture, backlight_fixture  # noqa: F401
-from desk import settings_file, wait_until_settled
+from desk import TIMEOUT, settings_file, wait_until_settled
 
 SECTION = "[Restore]"
 START = (model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
@@ -232,6 +232,6 @@ def test_the_row_of_a_display_that_is_away_at_the_end_stays(backlight):
 
 def test_a_second_instance_does_not_touch_the_record(locked):
     before = locked.desk.settings_path.read_bytes()
-    locked.desk.start_program().wait()
+    assert locked.desk.start_program().wait(TIMEOUT) == 0
     assert locked.desk.settings_path.read_bytes() == before
     assert locked.values("panel", "left", "right") == [100, 100, 80]
