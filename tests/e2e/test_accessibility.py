@@ -141,6 +141,7 @@ def test_the_accessibility_library_is_loaded_on_the_first_request(popup):
 def test_clients_leave_no_handles_behind(popup):
     read_panel(popup)
     before = popup.open_handles()
+    assert before > 0
     for _ in range(20):
         read_panel(popup)
     wait_until(lambda: popup.open_handles() <= before + FEW, "the handles to be closed",

@@ -10,8 +10,8 @@ from ambrel_lab.hardware import Monitor
 from ambrel_lab.waiting import TIMEOUT
 from desk import MARKER, wait_for_value, wait_until
 from failures import open_desk
-from installer_desk import (APPROVED_KEY, FAILED, OTHER_SETUP, OTHER_VERSION, PUBLISHER, RUN_KEY, RUN_VALUE, SETUP,
-                            STAND_IN, UNINSTALL_KEY, UNINSTALLER, VERSION, InstallerDesk, difference)
+from installer_desk import (APPROVED_KEY, FAILED, OTHER_SETUP, OTHER_VERSION, PUBLISHER, RUN_KEY, RUN_VALUE, STAND_IN,
+                            UNINSTALL_KEY, UNINSTALLER, VERSION, InstallerDesk, difference)
 
 WINDOWS_KEY = "HKLM\\Software\\Microsoft\\Windows NT\\CurrentVersion"
 EVENING = model.PRESETS["EVENING"][:2]
@@ -482,7 +482,7 @@ def test_a_program_file_that_stays_open_stops_the_uninstaller_and_one_that_is_cl
     with desk.stand_in("hold", f"{desk.home}\\ambrel.exe") as holder:
         desk.start_uninstaller("/S")
         wait_until(lambda: desk.program_pids() == [], "the end of the program")
-        time.sleep(0.5)
+        time.sleep(0.5)  # The first attempts to delete the file fail; the uninstaller repeats them for longer.
         assert desk.installed_version() == VERSION
         holder.stdin.close()
         desk.wait_for_uninstaller()
