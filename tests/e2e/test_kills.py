@@ -10,7 +10,7 @@ from failures import evidence_folder
 sys.path.insert(0, str(ROOT / "tests" / "soak"))
 import kill_anytime  # noqa: E402  pylint: disable=wrong-import-position
 
-KILLS = 10
+KILLS = 12
 SEED = 20
 
 
@@ -31,7 +31,20 @@ def test_a_setting_without_a_value_counts_as_damage_and_one_without_a_number_as_
     settings["Brightness"] = ""
     assert kill_anytime.is_damaged(settings)
     assert not list(kill_anytime.unknown_values(settings, seen))
+    assert not kill_anytime.is_beginning(settings)
     settings.update(Brightness="x", Intensity="38", LaunchAtStart="\u00b2")
     assert not kill_anytime.is_damaged(settings)
     assert list(kill_anytime.unknown_values(settings, seen)) == [
         "Intensity=38 was never set", "Brightness=x is not a number", "LaunchAtStart=\u00b2 is not a number"]
+
+
+def test_a_damaged_file_must_be_the_beginning_of_a_complete_one():
+    complete = [(key, str(value)) for key, value in kill_anytime.DEFAULTS.items()]
+    for length in range(len(complete)):
+        beginning = dict(complete[:length])
+        assert kill_anytime.is_damaged(beginning) and kill_anytime.is_beginning(beginning)
+    without_value = dict([*complete[:2], (complete[2][0], "")])
+    assert kill_anytime.is_beginning(without_value)
+    for wrong in (complete[1:], complete[:2] + complete[3:], [*complete[:2], ("Ramp", "1")],
+                  [(complete[0][0], ""), *complete[1:]]):
+        assert kill_anytime.is_damaged(dict(wrong)) and not kill_anytime.is_beginning(dict(wrong))
