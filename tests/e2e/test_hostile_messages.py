@@ -76,8 +76,8 @@ def test_random_messages_leave_a_program_that_works_and_restores_everything(desk
     desk.hardware.monitors([Monitor("desk", OWN_BRIGHTNESS)])
     process = desk.program_pids()
     totals = {"sent": 0, "posted": 0, "unanswered": 0}
-    for chunk in range(MESSAGES // CHUNK):
-        for name, count in desk.random_messages(SEED * 100000 + chunk, CHUNK).items():
+    for chunk, done in enumerate(range(0, MESSAGES, CHUNK)):
+        for name, count in desk.random_messages(SEED * 100000 + chunk, min(CHUNK, MESSAGES - done)).items():
             totals[name] += count
         close_boxes(desk)
         assert desk.program_pids() == process, f"the program ended in chunk {chunk} of seed {SEED}"

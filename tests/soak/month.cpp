@@ -5,6 +5,7 @@
 //     month [--quick] [--days N] [--bad-only]
 //
 // The short form is a day, and three hours with the bad monitor.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -202,6 +203,8 @@ void Live() {
 
 // From the second sample on: the first sees what Windows and Wine create once.
 void RequireFlat() {
+    Require(g_month->samples.size() > 1, "too short to compare");
+    if (Failed()) return;
     const Sample& first = g_month->samples[1];
     const Sample& last = g_month->samples.back();
     Require(last.objects.gdiObjects <= first.objects.gdiObjects, "more GDI objects");
@@ -224,7 +227,7 @@ bool Run(bool quick, std::uint64_t days, bool monitorMissesAnswers) {
     // The bad monitor fills the log's ring within minutes.
     const std::uint64_t length = quick && monitorMissesAnswers ? kDay / 8 : days * kDay;
     const bool rare = quick || monitorMissesAnswers;
-    Month month = {length, quick ? length / 3 : kDay, rare ? kRareUse : kUse, monitorMissesAnswers, {}};
+    Month month = {length, std::min(kDay, length / 3), rare ? kRareUse : kUse, monitorMissesAnswers, {}};
     g_month = &month;
     const char* monitor =
         monitorMissesAnswers ? "a monitor that misses every second answer" : "a good monitor";
