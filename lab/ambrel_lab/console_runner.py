@@ -72,8 +72,8 @@ def main(words):
     code.
 
     --test is for a program that prints a line when it starts. Wine can hang when it starts a program: one that has
-    printed nothing after START_TIMEOUT is ended and started once more, which is recorded in build/repetitions.log. A program
-    that fails or hangs leaves evidence in build/failures/PROGRAM."""
+    printed nothing after START_TIMEOUT is ended and started once more, which is recorded in build/repetitions.log. A
+    program that fails or hangs leaves evidence in build/failures/PROGRAM."""
     is_test = words[:1] == ["--test"]
     words = words[1:] if is_test else words
     if not words or words[0].startswith("--"):

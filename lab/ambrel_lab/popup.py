@@ -105,7 +105,7 @@ class PopupActions:
         self.input.release(button)
 
     def press_window(self, x, y, target, button=1):
-        # The pointer moves first, because that can show or hide a tooltip. Nothing comes between the check and the press.
+        # The pointer moves first, because that can show or hide a tooltip. The press follows the check immediately.
         self.input.move(x, y)
         self.wait_for_window_at(x, y, target)
         self.input.press_here(button)
