@@ -1,6 +1,6 @@
 // A console program with the shipped program's runtime and load configuration.
 //   runtime_probe          runs itself for each action and prints "ACTION OUTPUT = EXIT-CODE", in hex
-//   runtime_probe ACTION   prints "started", performs the action and prints its result
+//   runtime_probe ACTION   prints its stack cookie and "started", performs the action and prints its result
 #include "win32/abnormal_end.h"
 #include "win32/platform.h"
 
@@ -27,10 +27,6 @@ template <typename Value>
 [[gnu::noinline]] Value Opaque(Value value) {
     __asm__ volatile("" : "+r"(value));
     return value;
-}
-
-void PrintCookie() {
-    std::printf("%llx", static_cast<unsigned long long>(__stack_chk_guard));
 }
 
 [[gnu::noinline]] void Overwrite(std::size_t length) {
@@ -136,8 +132,6 @@ struct Action {
 };
 
 constexpr Action kActions[] = {
-    {"cookie", PrintCookie},
-    {"cookie-again", PrintCookie},
     {"intact-stack", KeepTheStackIntact},
     {"smashed-stack", SmashTheStack},
     {"new", RequestTooMuch},
@@ -175,7 +169,7 @@ DWORD RunItself(const char* program, const char* action) {
 int main(int count, char** words) {
     for (const Action& action : kActions) {
         if (count > 1 && std::strcmp(words[1], action.name) == 0) {
-            std::printf("started ");
+            std::printf("%llx started ", static_cast<unsigned long long>(__stack_chk_guard));
             std::fflush(stdout);
             action.perform();
             return 0;

@@ -125,14 +125,24 @@ def test_neither_threads_nor_exceptions_nor_a_second_printf_are_linked(symbols):
     assert [name for name in linked if "pformat" in name] == ["lib64_libmingwex_a-mingw_pformatw.o"]
 
 
-@pytest.fixture(scope="module", name="actions")
-def actions_fixture():
-    """{action: (output, exit code)} of runtime_probe."""
+@pytest.fixture(scope="module", name="processes")
+def processes_fixture():
+    """{action: (cookie, output, exit code)} of runtime_probe, which runs each action in a process of its own."""
     probe = BUILD / "program_file" / "runtime_probe.exe"
     printed = subprocess.run([ROOT / "lab" / "run-in-lab", "--test", probe], stdout=subprocess.PIPE, text=True,
                              check=True).stdout
-    return {line.split(" ")[0]: (line.partition(" ")[2].partition(" = ")[0].strip(), line.rpartition(" = ")[2])
-            for line in printed.splitlines()}
+    found = {}
+    for line in printed.splitlines():
+        output, _, code = line.rpartition(" = ")
+        action, cookie, text = output.split(" ", 2)
+        found[action] = (int(cookie, 16), text.strip(), code)
+    return found
+
+
+@pytest.fixture(name="actions")
+def actions_fixture(processes):
+    """{action: (output, exit code)}"""
+    return {action: (text, code) for action, (_, text, code) in processes.items()}
 
 
 @pytest.mark.parametrize("action", TERMINATING_ACTIONS)
@@ -156,11 +166,12 @@ def test_memory_is_allocated_with_the_requested_size_and_alignment(actions):
     assert actions["memory"] == ("started aligned block", "00000000")
 
 
-def test_the_loader_replaces_the_cookie_in_each_process(actions):
-    cookies = {int(actions[action][0].split()[1], 16) for action in ("cookie", "cookie-again")}
-    assert len(cookies) == 2
+def test_the_loader_replaces_the_cookie_in_each_process(processes):
+    cookies = {cookie for cookie, _, _ in processes.values()}
     assert not cookies & {0, DEFAULT_COOKIE}
+    # Wine computes it from the time and the process, so it may be the same in two of them.
+    assert len(cookies) > len(processes) / 2
 
 
 def test_every_action_is_checked(actions):
-    assert set(actions) == {*TERMINATING_ACTIONS, "new-handled", "intact-stack", "new-nothrow", "memory", "cookie", "cookie-again"}
+    assert set(actions) == {*TERMINATING_ACTIONS, "new-handled", "intact-stack", "new-nothrow", "memory"}
