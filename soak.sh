@@ -66,11 +66,11 @@ attack_traps() {
         grep -v '^\[' build/traps.log | tail -n 60 >&2
         return 1
     fi
-    local status=0
-    rm -f build/repetitions.log
-    ctest --test-dir build/debug --output-on-failure --no-tests=error -L '^(unit|attack)$' -FA '.*' || status=$?
+    ctest --test-dir build/debug --output-on-failure --no-tests=error -L '^(unit|attack)$' -FA '.*'
+}
+
+list_repetitions() {
     [ ! -e build/repetitions.log ] || sed 's/^/Repeated: /' build/repetitions.log >&2
-    return "$status"
 }
 
 chosen=${1:-}
@@ -87,6 +87,8 @@ if ! { cmake --preset tests && cmake --build --preset tests --target ambrel lab 
     exit 1
 fi
 
+rm -f build/repetitions.log
+trap list_repetitions EXIT
 if [ -n "$chosen" ]; then
     "attack_$chosen" "$@"
     exit

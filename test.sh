@@ -21,7 +21,7 @@ build() {
     fi
 }
 
-# test_with OPTION...: runs CTest and then lists what was repeated because of Wine, and the tests that were skipped.
+# test_with OPTION...: runs CTest and then lists what was repeated because of Wine, and why tests were skipped.
 test_with() {
     local status=0
     rm -f build/repetitions.log

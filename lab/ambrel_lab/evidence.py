@@ -1,4 +1,4 @@
-"""Evidence of a failure: screenshots, the list of windows, and the logs. The list of repeated acts."""
+"""Evidence of a failure: screenshots, the list of windows, and the logs. The list of repetitions."""
 
 import shutil
 
@@ -8,7 +8,7 @@ from .processes import describe_processes
 
 
 def record_repetition(what):
-    """Adds an act to the list that ./test.sh prints. The output of a test that passes is not shown."""
+    """Adds an action to the list that ./test.sh prints. The output of a test that passes is not shown."""
     with paths.REPETITIONS.open("a", encoding="utf-8") as repetitions:
         repetitions.write(f"{what}\n")
 

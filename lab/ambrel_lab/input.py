@@ -35,7 +35,7 @@ class Input:
         self.held = set()
 
     def _send(self, call, *arguments):
-        if not self.connection.handle or not call(self.connection.handle, *arguments, 0):
+        if not call(self.connection.handle, *arguments, 0):
             raise LabError("the X server accepted no input")
         self.x11.XSync(self.connection.handle, 0)
 

@@ -12,7 +12,7 @@ PROMPT_EXIT = DEFAULT_BUILD / "lab" / "prompt_exit.so"
 BYTECODE = ROOT / "build" / "pycache"
 # The evidence of failed tests.
 FAILURES = ROOT / "build" / "failures"
-# One line for each act that a test run has repeated because of Wine.
+# One line for each action that a test run has repeated because of Wine.
 REPETITIONS = ROOT / "build" / "repetitions.log"
 WINE_FOLDER = Path("/usr/lib/wine")
 WINE = str(WINE_FOLDER / "wine64")

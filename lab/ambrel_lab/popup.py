@@ -202,10 +202,11 @@ class PopupActions:
             self.click_tray(3)
             window = self.wait_for_menu_window()
             x, top, bottom = (window.left + window.right) // 2, window.top, window.bottom
-            if all(self.topmost_at(x, y, window.handle)
-                   for y in (top + MENU_MARGIN, (top + bottom) // 2, bottom - MENU_MARGIN)):
+            covered = next((y for y in (top + MENU_MARGIN, (top + bottom) // 2, bottom - MENU_MARGIN)
+                            if not self.topmost_at(x, y, window.handle)), None)
+            if covered is None:
                 return self.menu_in(window)
-            record_repetition(f"the menu at {x}, {top} was covered by {self.window_at(x, top)}; opened again")
+            record_repetition(f"the menu was covered by {self.window_at(x, covered)}; opened again")
             self.close_menu()
         self.click_tray(3)
         return self.wait_for_menu()

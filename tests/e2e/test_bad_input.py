@@ -5,11 +5,10 @@ import shutil
 import pytest
 
 import model
-from desk import MARKER, settings_file, wait_until
+from desk import MARKER, MENU_LEGACY_MODE, settings_file, wait_until
 from faults import MEGABYTE, held_by_another_program, noise, put_on_a_full_disk, read_only
 
 EVENING = model.PRESETS["EVENING"][:2]
-LEGACY = "Legacy Mode (Older Hardware)"
 FOLDERS = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\"
 GOOD = settings_file(Intensity=700, Brightness=900, AllowExtremeDim=1)
 LOADED_GOOD = "intensity=0.700 brightness=0.900 extremeDim=1 legacy=0 pwmSafe=0"
@@ -239,7 +238,7 @@ def test_without_an_application_data_folder_the_program_works_with_the_defaults(
     desk.press_power()
     desk.wait_for_colour(model.DEFAULT_INTENSITY, model.DEFAULT_BRIGHTNESS)
     assert works(desk)
-    desk.click_menu_row(desk.open_menu(), LEGACY)
+    desk.click_menu_row(desk.open_menu(), MENU_LEGACY_MODE)
     desk.wait_for_menu_end()
     desk.press_power()
     desk.wait_for_legacy_colour(*EVENING)
@@ -291,7 +290,7 @@ def test_an_unusable_library_is_reported_once_and_legacy_mode_works(desk_with_li
     desk.wait_for_tooltip("Ambrel - ON (2700K, 85%)")
     assert desk.screen_is_plain()
     assert desk.message_boxes() == []
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_legacy_colour(*EVENING)
     assert desk.quit() == 0
     assert desk.screen_is_plain()
@@ -349,12 +348,12 @@ def test_leaving_legacy_mode_retries_a_failed_library_and_reports_a_failure_agai
     desk = file_desk
     desk.start_fresh({"UseLegacyGamma": 1}, initialize=5)
     assert desk.message_boxes() == []
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.press_button(desk.wait_for_message_box())
     desk.wait_for_saves(1)
     desk.magnification_script(initialize=0)
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(2)
-    desk.menu(LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(3)
     assert works(desk)

@@ -9,7 +9,7 @@ import time
 import pytest
 
 import model
-from desk import SLIDER_X, SLIDER_Y, wait_until
+from desk import MENU_LEGACY_MODE, SLIDER_X, SLIDER_Y, wait_until
 
 RECORD = "-all,+cursor,+system"
 # Every system cursor, in order. Wine's 32641 is monochrome and is not tinted.
@@ -25,7 +25,6 @@ CALL = re.compile(r"^([0-9a-f]{4}):.*:(?:NtUserSystemParametersInfo \(87, 0, \(n
 COPY = re.compile(r":CopyImage hnd=[0-9A-F]+, type=2,")
 DESTROYED = re.compile(r":NtUserDestroyCursor 0x([0-9a-f]+)")
 EVENING = model.PRESETS["EVENING"][:2]
-MENU_LEGACY = "Legacy Mode (Older Hardware)"
 MODES = pytest.mark.parametrize("legacy", [0, 1], ids=["magnification", "legacy"])
 
 
@@ -229,7 +228,7 @@ def test_switching_legacy_mode_restores_the_cursors_and_tints_them_again(start_w
     desk, cursors = start_with({"UseLegacyGamma": legacy})
     choose(desk, "EVENING")
     cursors.expect(TINTED)
-    desk.menu(MENU_LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(2)
     cursors.expect([RESET, *TINTED])
 
@@ -237,7 +236,7 @@ def test_switching_legacy_mode_restores_the_cursors_and_tints_them_again(start_w
 @MODES
 def test_switching_legacy_mode_with_the_filter_off_does_not_change_the_cursors(start_with, legacy):
     desk, cursors = start_with({"UseLegacyGamma": legacy})
-    desk.menu(MENU_LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(1)
     assert cursors.calls() == []
 
@@ -283,7 +282,7 @@ def test_without_the_library_nothing_is_tinted_until_legacy_mode(make_desk):
     cursors.expect([RESET])
     choose(desk, "EVENING")
     assert cursors.calls() == []
-    desk.menu(MENU_LEGACY)
+    desk.menu(MENU_LEGACY_MODE)
     desk.wait_for_saves(2)
     assert cursors.calls()[-len(TINTED):] == TINTED
 

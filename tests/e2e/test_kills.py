@@ -48,3 +48,14 @@ def test_a_damaged_file_must_be_the_beginning_of_a_complete_one():
     for wrong in (complete[1:], complete[:2] + complete[3:], [*complete[:2], ("Ramp", "1")],
                   [(complete[0][0], ""), *complete[1:]]):
         assert kill_anytime.is_damaged(dict(wrong)) and not kill_anytime.is_beginning(dict(wrong))
+
+
+def test_the_number_of_damaged_files_is_limited():
+    few = {("saving", "damaged file"): 3, ("saving", "ok"): 0}
+    assert not kill_anytime.too_many_are_damaged(few)
+    assert kill_anytime.too_many_are_damaged({**few, ("dragging", "damaged file"): 1})
+    many = {("saving", "damaged file"): 25, ("tinting", "ok"): 75}
+    assert not kill_anytime.too_many_are_damaged(many)
+    assert kill_anytime.too_many_are_damaged({**many, ("saving", "damaged file"): 26})
+    # Kills in moments without writes do not raise the limit.
+    assert kill_anytime.too_many_are_damaged({("starting", "damaged file"): 4, ("resting", "ok"): 96})

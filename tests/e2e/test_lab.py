@@ -206,4 +206,4 @@ def test_a_covered_menu_is_opened_again_and_recorded(desk, tmp_path, monkeypatch
     monkeypatch.setattr(desk, "topmost_at", lambda *_: topmost.pop(0))
     desk.open_menu()
     recorded = (tmp_path / "repetitions.log").read_text().splitlines()
-    assert len(recorded) == 1 and recorded[0].startswith("the menu at ") and not topmost
+    assert len(recorded) == 1 and recorded[0].startswith("the menu was covered by ") and not topmost

@@ -170,7 +170,7 @@ def test_the_popup_stays_open_while_the_menu_is_open(desk):
 
 def press_power_of_a_slow_display(desk):
     """Presses the power button and returns its position while the program handles the press, which takes until
-    open_menu_while_busy ends it."""
+    end_slow_call."""
     desk.show()
     power = desk.unit_to_screen(*POWER)
     desk.magnification.script(hold=True)

@@ -116,7 +116,7 @@ def test_every_unit_test_and_attack_is_built():
     files = [ROOT / name for name in listed.stdout.split()]
     calls = [(file.parent, arguments) for file in files if file.name == "CMakeLists.txt"
              for arguments in re.findall(rf"^(?:{'|'.join(BUILDING_CALLS)})\(([^)]*)\)",
-                                         file.read_text(encoding="utf-8"), re.M)]
+                                         re.sub("#.*", "", file.read_text(encoding="utf-8")), re.M)]
     built = {folder / word for folder, arguments in calls for word in arguments.split()}
     tests = {file for file in files if file.suffix == ".cpp"}
     assert len(tests) > 100
@@ -124,8 +124,8 @@ def test_every_unit_test_and_attack_is_built():
 
 
 def test_no_file_contains_markers_or_local_paths():
-    # A path has a name after the folder. This file contains the pattern.
-    command = ["git", "grep", "-nIE", r"\b(TODO|FIXME|XXX)\b|/(tmp|home)/[^\"' ]", "--", ".",
+    # This file contains the pattern.
+    command = ["git", "grep", "-nIE", r"\b(TODO|FIXME|XXX)\b|/(tmp|home)/(\w|$)", "--", ".",
                ":!tests/style/test_layout.py"]
     found = subprocess.run(command, cwd=ROOT, capture_output=True, text=True, check=False)
     assert found.returncode == 1 and not found.stderr, found.stdout + found.stderr
