@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs one pytest file and lists the reasons of skipped tests; AMBREL_PYTEST_NAME selects tests by name. A run without
-# any test fails, except with AMBREL_PYTEST_NAME, since the name may be that of a test in another file.
+# Runs one pytest file and says why tests were skipped; AMBREL_PYTEST_NAME selects tests by name. A run without any test
+# fails, except with AMBREL_PYTEST_NAME, since the name may be that of a test in another file.
 set -uo pipefail
 name=${AMBREL_PYTEST_NAME:-}
 root=$(cd "$(dirname "$0")/.." && pwd)

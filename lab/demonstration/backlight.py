@@ -37,7 +37,7 @@ def lock_a_monitor(stage):
     hardware.set_by_user("desk", 40)
     displays_changed(stage)
     expect_card(stage, "12-lock-display", "LOCK DISPLAY AT 100%", AMBER)
-    hardware.hold_timers(VERIFY_TIMER)  # The verification would soon end the state of the picture.
+    hardware.hold_timers(VERIFY_TIMER)  # The verification would end this state before the picture is taken.
     stage.lab.click_unit(*CARD)
     expect_card(stage, "13-verifying", "VERIFYING 100% LOCK", AMBER)
     hardware.hold_timers()

@@ -72,7 +72,7 @@ def post_changes(desk, times, pause):
             last = time.monotonic()
             desk.post_message(WM_DISPLAYCHANGE, 32, 0x04380780)
         return last
-    # No two changes are a full delay apart if the burst takes less than one delay and all its pauses but one.
+    # No two changes are a full delay apart if the burst takes less than one delay plus all its pauses but one.
     return act_within((times - 2) * pause + AFTER_DISPLAY_CHANGE, start_filtered)
 
 

@@ -185,8 +185,8 @@ def test_a_program_killed_at_its_start_leaves_the_old_log_or_its_end(desk):
 
     def trimmed():
         return log_size(desk) != len(OLD_LOG)
-    # A kill at once comes long before the trim. The unfinished file exists only for a moment, so the kills at its sight
-    # come during the trim or soon after it.
+    # A kill at once comes long before the trim. The unfinished file exists only for a moment, so a kill that waits for it
+    # comes during the trim or soon after it.
     left = [kill_at_start(desk, moment) for moment in [at_once] * 3 + [trimming] * 6]
     assert [len(log) for log in left if log != OLD_LOG and not is_trimmed(log)] == []
     assert OLD_LOG in left[:3]

@@ -235,6 +235,6 @@ def test_after_a_crash_and_a_start_there_is_one_icon(filtered):
 def test_quit_leaves_no_process_running(desk):
     desk.press_power()
     desk.quit()
-    # Windows' own list; quit() waits for the processes of Linux.
+    # Windows' own list; quit() waits for the Linux processes.
     wait_until(lambda: not desk.desktop.facts("process", desk.program_image), "the end of the process",
                state=desk.program_pids)

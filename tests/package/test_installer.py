@@ -482,7 +482,7 @@ def test_a_program_file_that_stays_open_stops_the_uninstaller_and_one_that_is_cl
     with desk.stand_in("hold", f"{desk.home}\\ambrel.exe") as holder:
         desk.start_uninstaller("/S")
         wait_until(lambda: desk.program_pids() == [], "the end of the program")
-        time.sleep(0.5)  # The first attempts to delete the file fail; the uninstaller repeats them for longer.
+        time.sleep(0.5)  # The first attempts to delete the file fail; the uninstaller keeps trying for longer.
         assert desk.installed_version() == VERSION
         holder.stdin.close()
         desk.wait_for_uninstaller()

@@ -45,8 +45,8 @@ DEFAULTS = {"Intensity": 385, "Brightness": 1000, "LaunchAtStart": 0, "AllowExtr
 DRAG = 40
 # Failed kills that save evidence, and kills without an end after which a run gives up.
 MAX_EVIDENCE, MAX_ERRORS = 3, 3
-# Damaged files that are allowed: the share of the kills in moments with writes, and the number in a short run. Of kills
-# during continuous saves, about one in ten damages the file.
+# The largest share of damaged files among the kills in moments with writes, and the number that a short run may have.
+# About one in ten kills during continuous saves damages the file.
 MAX_DAMAGED_SHARE, MAX_DAMAGED_IN_SHORT_RUN = 0.25, 3
 
 
